@@ -1,0 +1,106 @@
+#include "FrequencyHandler_Common.h"
+
+#include "InterfaceBroker.h"
+#include "Trace.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstddef>
+#include <new>
+
+namespace RL::FrequencyHandler::Common {
+
+OrbiTrace FrequencyHandler::m_trace(Trace::objectName, Trace::initialLevel);
+
+FrequencyHandler::FrequencyHandler(const std::string& name, unsigned long channel) : m_name(name) {
+    m_cStruct.handler = this;
+    m_cStruct.registerObserver = &IFrequencyHandler::registerObserver;
+    // The channel is a 32-bit number, also where unsigned long has more bits.
+    m_cStruct.m_channel = static_cast<std::uint32_t>(channel);
+    m_pCStruct = &m_cStruct;
+    InterfaceBroker::getInstance().registerInterface(interfaceName(), this);
+}
+
+FrequencyHandler::~FrequencyHandler() {
+    InterfaceBroker::getInstance().unregisterInterface(interfaceName(), nullptr);
+}
+
+EAFResult FrequencyHandler::setRfFrequency(unsigned long frequency) {
+    m_frequency = static_cast<std::uint32_t>(frequency);
+
+    // Deliberately ignored: the rest of the radio follows the carrier that was asked for, whether or not the
+    // hardware took it.
+    static_cast<void>(writeFrequencyToHW(m_frequency));
+
+    // By index and with the size read each time: the list may grow while it is walked.
+    for (std::size_t index = 0; index < m_observers.size(); ++index) {
+        Observer<IFrequencyHandler>* const observer = m_observers[index];
+        if (observer == nullptr) {
+            FH_TRACE(m_trace, TraceCode::error, "setRfFrequency: observer %zu of direction %s is null", index,
+                     m_name.c_str());
+            continue;
+        }
+        observer->onChange(this);
+    }
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::registerObserver(Observer<IFrequencyHandler>* observer) {
+    try {
+        m_observers.push_back(observer);
+    } catch (const std::bad_alloc&) {
+        FH_TRACE(m_trace, TraceCode::error, "registerObserver: out of memory for direction %s",
+                 m_name.c_str());
+        return ResultFailed;
+    }
+    return ResultOk;
+}
+
+unsigned long FrequencyHandler::getFrequency() const {
+    return m_frequency;
+}
+
+EAFResult FrequencyHandler::onModuleInit() {
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::getVariablesFromDatabase() {
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::getFFVariablesFromDatabase() {
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::bindRequiredDriver(const DriverLookup& lookup, const std::string& driverName,
+                                               NeededOperation needed, DriverInterface*& driver) {
+    const DriverLookupResult result = lookup.find(driverName, needed, driver);
+    if (result.complete) {
+        return ResultOk;
+    }
+    // The driver layer's code is the level, also when it is a success that came with an incomplete record.
+    FH_TRACE(m_trace, result.code, "%s failed to get driver interface [%s] (EDriverResult = 0x%x)",
+             "onModuleInit", driverName.c_str(), static_cast<unsigned>(result.code));
+    return ResultFailed;
+}
+
+std::string FrequencyHandler::tablePrefix() const {
+    return "Channel." + std::to_string(channelNumber()) + "." + m_name + ".";
+}
+
+std::string FrequencyHandler::driverPrefix() const {
+    std::string prefix = tablePrefix();
+    std::transform(prefix.begin(), prefix.end(), prefix.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    return prefix;
+}
+
+std::string FrequencyHandler::interfaceName() const {
+    std::string name = "IFrequencyHandler_" + m_name;
+    if (channelNumber() != 0) {
+        name += "_" + std::to_string(channelNumber());
+    }
+    return name;
+}
+
+} // namespace RL::FrequencyHandler::Common

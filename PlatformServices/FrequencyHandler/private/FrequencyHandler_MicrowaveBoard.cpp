@@ -1,0 +1,430 @@
+#include "FrequencyHandler_MicrowaveBoard.h"
+
+#include "CStorageManager.h"
+#include "Trace.h"
+
+#include <algorithm>
+#include <array>
+
+namespace RL::FrequencyHandler::MicrowaveBoard {
+
+namespace {
+
+constexpr const char* chargePumpTableName = "Rf.Pll.Frequency.To.Chargepump.Setting";
+
+/** What stands for the channel-spacing offset when none is found. Not 0: the carrier is raised by it. */
+constexpr std::int32_t defaultChannelSpacingOffset = 3000;
+
+/** The DSP hardware whose receiver wants half the channel spacing when the offset array has no entry. */
+constexpr std::int32_t hwCodeDspWithHalfSpacing = 3;
+
+/** The DSP receive offset for a channel spacing code. Codes from 300 on deliberately repeat the first five.
+ */
+struct HalfSpacing {
+    std::int32_t channelSpacing;
+    std::int32_t dspOffset;
+};
+constexpr std::array<HalfSpacing, 10> halfSpacings{{
+    {50, 25000},
+    {100, 50000},
+    {150, 75000},
+    {200, 100000},
+    {250, 125000},
+    {300, 25000},
+    {350, 50000},
+    {400, 75000},
+    {450, 100000},
+    {600, 125000},
+}};
+
+constexpr std::uint32_t word(std::int32_t number) {
+    return static_cast<std::uint32_t>(number);
+}
+
+constexpr std::int32_t signedProduct(std::int32_t sign, std::uint32_t magnitude) {
+    return static_cast<std::int32_t>(word(sign) * magnitude);
+}
+
+constexpr std::uint32_t magnitudeOf(std::int32_t number) {
+    return number < 0 ? 0U - word(number) : word(number);
+}
+
+/** Finds the live content of an int variable; null when the lookup failed. */
+EAFResult getContentAddress(const std::string& name, const std::int32_t*& content) {
+    void* address = nullptr;
+    const EAFResult code = CStorageManager_GetVariableContentAddressByName(name.c_str(), &address, 0);
+    content = isSuccess(code) ? static_cast<const std::int32_t*>(address) : nullptr;
+    return code;
+}
+
+} // namespace
+
+FrequencyHandler::FrequencyHandler(const std::string& name, int channel, bool useIfFrequency,
+                                   bool useDspRxFreqOffset, bool useCsOffsetArray, bool loFrequencyInHz)
+    : Common::FrequencyHandler(name, word(channel)),
+      m_useIfFrequency(useIfFrequency),
+      m_useDspRxFreqOffset(useDspRxFreqOffset),
+      m_useCsOffsetArray(useCsOffsetArray),
+      m_loFrequencyInHz(loFrequencyInHz) {}
+
+FrequencyHandler::~FrequencyHandler() = default;
+
+// Initialisation
+
+EAFResult FrequencyHandler::onModuleInit() {
+    const DriverLookup lookup;
+    if (lookup.hasDriverLayer() && isFailure(bindDrivers(lookup))) {
+        return ResultFailed;
+    }
+    if (m_chargePumpTableValid) {
+        fetchChargePumpTable();
+    }
+    // With the carrier 0 the LO is the IF itself: the IF synthesiser starts on its own frequency.
+    return writeIfFrequency(calculateIfPllFrequency(0));
+}
+
+EAFResult FrequencyHandler::bindDrivers(const DriverLookup& lookup) {
+    const std::string prefix = driverPrefix();
+
+    if (isFailure(
+            bindRequiredDriver(lookup, prefix + "rf.lo.frequency", NeededOperation::write, m_rfLoDriver))) {
+        return ResultFailed;
+    }
+    if (m_loFrequencyInHz && isFailure(bindRequiredDriver(lookup, prefix + "rf.lo.frequency.in.hz",
+                                                          NeededOperation::writeBuffer, m_rfLoInHzDriver))) {
+        return ResultFailed;
+    }
+    if (!m_useIfFrequency) {
+        static_cast<void>(lookup.find(prefix + "if.frequency", NeededOperation::write, m_ifDriver));
+    } else if (isFailure(
+                   bindRequiredDriver(lookup, prefix + "if.frequency", NeededOperation::write, m_ifDriver))) {
+        return ResultFailed;
+    }
+    if (isFailure(bindPllConfigurationDriver(lookup))) {
+        return ResultFailed;
+    }
+    if (m_useDspRxFreqOffset || m_useCsOffsetArray) {
+        return bindRequiredDriver(lookup,
+                                  "channel." + std::to_string(channelNumber()) + ".dsp.rx.freq.offset",
+                                  NeededOperation::write, m_dspOffsetDriver);
+    }
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::bindPllConfigurationDriver(const DriverLookup& lookup) {
+    const std::string prefix = driverPrefix();
+    if (lookup.find(prefix + "rf.lo.config", NeededOperation::write, m_pllConfigurationDriver).complete) {
+        // A board with an LO configuration driver has no charge-pump table. It is switched on here and now;
+        // what the driver answers is deliberately not looked at.
+        static_cast<void>(m_pllConfigurationDriver->write(m_pllConfigurationDriver->context, 1));
+        m_chargePumpTableValid = false;
+        return ResultOk;
+    }
+    return bindRequiredDriver(lookup, prefix + "rf.pll.config", NeededOperation::write,
+                              m_pllConfigurationDriver);
+}
+
+void FrequencyHandler::fetchChargePumpTable() {
+    const std::string name = tablePrefix() + chargePumpTableName;
+    if (isSuccess(CCalibrationHandler_GetTable(name.c_str(), &m_chargePumpTable))) {
+        return;
+    }
+    if (channelNumber() > 1) {
+        FH_TRACE(m_trace, TraceCode::notice, "TODO: %s uses Channel.1 data for now", (name + ".pdb").c_str());
+    }
+    // Channel 1's table stands in for any channel's own: a deliberate interim choice.
+    const std::string fallback = "Channel.1." + m_name + "." + chargePumpTableName + ".Pdb";
+    const ECHResult code = CCalibrationHandler_GetTable(fallback.c_str(), &m_chargePumpTable);
+    if (isFailure(code)) {
+        // The table stays in use all the same, so that every later write reports its failed lookup.
+        FH_TRACE(m_trace, TraceCode::error,
+                 "Unable to fetch table Channel.%d.%s.Rf.Pll.Frequency.To.Chargepump.Setting.Pdb "
+                 "(EDriverResult = 0x%x)",
+                 channelNumber(), m_name.c_str(), static_cast<unsigned>(code));
+    }
+}
+
+// Database variables
+
+EAFResult FrequencyHandler::getStorageVariableByName(const std::string& name, int* value) const {
+    StorageVariable* variable = nullptr;
+    const EAFResult code = CStorageManager_GetVariableByName(name.c_str(), &variable);
+    if (isFailure(code) || variable == nullptr || variable->content == nullptr) {
+        FH_TRACE(m_trace, TraceCode::error, "Could not get the variable %s from the database", name.c_str());
+        return ResultFailed;
+    }
+    *value = *static_cast<const std::int32_t*>(variable->content);
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::getVariablesFromDatabase() {
+    const std::string prefix = driverPrefix();
+
+    if (isFailure(
+            getStorageVariableByName(prefix + "mixer.multiplicationfactor", &m_mixerMultiplicationFactor))) {
+        return ResultFailed;
+    }
+    // One temporary for both, deliberately: when the second variable is missing, the first decides both
+    // signs.
+    int isInverted = 0;
+    static_cast<void>(getStorageVariableByName(prefix + "rf.spectruminverted", &isInverted));
+    m_rfSideband = isInverted != 0 ? 1 : -1;
+    static_cast<void>(getStorageVariableByName(prefix + "baseband.spectruminverted", &isInverted));
+    m_ifSideband = isInverted != 0 ? 1 : -1;
+
+    if (m_useIfFrequency && isFailure(getStorageVariableByName(prefix + "if.frequency", &m_ifFrequency))) {
+        return ResultFailed;
+    }
+    if (isFailure(getStorageVariableByName(m_name + "IfBb", &m_ifBb))) {
+        return ResultFailed;
+    }
+    return m_useCsOffsetArray && isRx() ? readOffsetArrayAddresses() : ResultOk;
+}
+
+EAFResult FrequencyHandler::readOffsetArrayAddresses() {
+    const std::string prefix = "channel." + std::to_string(channelNumber()) + ".rx.rf.frequency.cs.offset.";
+
+    if (isFailure(getContentAddress("HwCodeDsp", m_hwCodeDsp)) ||
+        isFailure(getContentAddress(prefix + "arraysize", m_csOffsetArraySize)) ||
+        isFailure(getContentAddress(prefix + "array", m_csOffsetArray))) {
+        return ResultFailed;
+    }
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::getFFVariablesFromDatabase() {
+    if (isFailure(getStorageVariableByName(m_name + "IfBb", &m_ifBb))) {
+        return ResultFailed;
+    }
+    return (m_useDspRxFreqOffset || m_useCsOffsetArray) && isRx() ? readChannelSpacing() : ResultOk;
+}
+
+EAFResult FrequencyHandler::readChannelSpacing() {
+    const std::int32_t* channelSpacing = nullptr;
+    const EAFResult code = getContentAddress("ChannelSpacing", channelSpacing);
+    if (isFailure(code)) {
+        // "in the database", and the storage manager's code as the level: unlike the message for other
+        // variables.
+        FH_TRACE(m_trace, code, "Could not get the variable %s in the database", "ChannelSpacing");
+        return ResultFailed;
+    }
+    if (channelSpacing == nullptr) {
+        FH_TRACE(m_trace, TraceCode::error, "The variable %s has no content", "ChannelSpacing");
+        return ResultFailed;
+    }
+    m_channelSpacing = *channelSpacing;
+    FH_TRACE(m_trace, TraceCode::information, "%s: New channel spacing = %d", "getFFVariablesFromDatabase",
+             m_channelSpacing);
+    return ResultOk;
+}
+
+// Frequency plan
+
+FrequencyPlan::Parameters FrequencyHandler::plan() const {
+    return {m_ifSideband, m_rfSideband, m_ifFrequency, m_mixerMultiplicationFactor, m_ifBb};
+}
+
+std::uint32_t FrequencyHandler::calculaterRfLoFrequency(unsigned long frequency) const {
+    return FrequencyPlan::rfLoFrequency(static_cast<std::uint32_t>(frequency), plan());
+}
+
+std::uint32_t FrequencyHandler::calculateFrequencyStep(unsigned long frequency) const {
+    return FrequencyPlan::frequencyStep(static_cast<std::uint32_t>(frequency));
+}
+
+std::uint32_t FrequencyHandler::calculateIfPllFrequency(unsigned long frequency) const {
+    const std::uint32_t ifPll = FrequencyPlan::ifPllFrequency(static_cast<std::uint32_t>(frequency), plan());
+    FH_TRACE(m_trace, TraceCode::information, "channel.%d.%s.if.pll %lu", channelNumber(), m_name.c_str(),
+             static_cast<unsigned long>(ifPll));
+    return ifPll;
+}
+
+std::uint64_t FrequencyHandler::calculateRfPllFrequency(unsigned long frequency, bool exact) const {
+    if (m_mixerMultiplicationFactor == 0) {
+        FH_TRACE(m_trace, TraceCode::error,
+                 "channel.%d.%s.rf.pll needs a mixer multiplication factor other than 0", channelNumber(),
+                 m_name.c_str());
+        return 0;
+    }
+    const auto argument = static_cast<std::uint32_t>(frequency);
+    const std::uint64_t rfPll = exact ? FrequencyPlan::exactRfPllFrequency(argument, plan())
+                                      : FrequencyPlan::rfPllFrequency(argument, plan());
+    FH_TRACE(m_trace, TraceCode::information, "channel.%d.%s.rf.pll %llu", channelNumber(), m_name.c_str(),
+             static_cast<unsigned long long>(rfPll));
+    return rfPll;
+}
+
+std::uint32_t FrequencyHandler::getBbFrequency() const {
+    return FrequencyPlan::bbFrequency(plan());
+}
+
+// Hardware write
+
+EAFResult FrequencyHandler::writeFrequencyToHW(unsigned long frequency) {
+    auto carrier = static_cast<std::uint32_t>(frequency);
+    std::uint32_t dspOffset = 0;
+
+    if (m_useCsOffsetArray && isRx() && isFailure(applyChannelSpacingOffset(carrier))) {
+        return ResultFailed;
+    }
+    if (m_useDspRxFreqOffset && canWrite(m_dspOffsetDriver) && isRx() &&
+        isFailure(applyHalfSpacingOffset(dspOffset))) {
+        return ResultFailed;
+    }
+
+    const std::uint32_t ifPll = calculateIfPllFrequency(carrier);
+    const std::uint64_t rfPll = calculateRfPllFrequency(carrier - dspOffset, m_loFrequencyInHz);
+    if (m_mixerMultiplicationFactor == 0) {
+        return ResultFailed;
+    }
+    FH_TRACE(m_trace, TraceCode::information, "channel.%d.%s.ifSideband %d", channelNumber(), m_name.c_str(),
+             m_ifSideband);
+    FH_TRACE(m_trace, TraceCode::information, "channel.%d.%s.rfSideband %d", channelNumber(), m_name.c_str(),
+             m_rfSideband);
+    FH_TRACE(m_trace, TraceCode::information, "%sIfBb %d", m_name.c_str(), m_ifBb);
+
+    if (isFailure(writeIfFrequency(ifPll)) || isFailure(writeRfLoFrequency(rfPll))) {
+        return ResultFailed;
+    }
+    return m_chargePumpTableValid ? writeChargePump(carrier) : ResultOk;
+}
+
+EAFResult FrequencyHandler::applyChannelSpacingOffset(std::uint32_t& carrier) {
+    std::int32_t offset = 0;
+    if (isFailure(findChannelSpacingOffset(offset))) {
+        return ResultFailed;
+    }
+    const std::int32_t channelSpacingOffsetkHz = offset != 0 ? offset : defaultChannelSpacingOffset;
+    FH_TRACE(m_trace, TraceCode::information, "%s: channelSpacingOffsetkHz=%i, m_rfSideband=%i",
+             "writeFrequencyToHW", channelSpacingOffsetkHz, m_rfSideband);
+
+    // The default is added like any other offset; only the DSP is told 0 for it. Both are deliberate.
+    carrier += word(channelSpacingOffsetkHz);
+    if (!canWrite(m_dspOffsetDriver)) {
+        return ResultOk;
+    }
+    return writeDspOffset(channelSpacingOffsetkHz == defaultChannelSpacingOffset
+                              ? 0
+                              : static_cast<std::int32_t>(0U - word(channelSpacingOffsetkHz)));
+}
+
+EAFResult FrequencyHandler::findChannelSpacingOffset(std::int32_t& offset) const {
+    if (m_csOffsetArraySize == nullptr || m_csOffsetArray == nullptr) {
+        FH_TRACE(m_trace, TraceCode::error, "channel.%d.rx.rf.frequency.cs.offset.array was not found",
+                 channelNumber());
+        return ResultFailed;
+    }
+    const std::int32_t size = *m_csOffsetArraySize;
+    for (std::int32_t i = 0; i < size; i += 2) {
+        if (m_csOffsetArray[i] != m_channelSpacing) {
+            continue;
+        }
+        if (i + 1 == size) {
+            FH_TRACE(m_trace, TraceCode::error,
+                     "channel.%d.rx.rf.frequency.cs.offset.array ends inside a pair", channelNumber());
+            return ResultFailed;
+        }
+        FH_TRACE(m_trace, TraceCode::information, "%s: Array(CS)=%i, Array(Foffset)=%i", "writeFrequencyToHW",
+                 m_csOffsetArray[i], m_csOffsetArray[i + 1]);
+        // The sideband supplies the sign, whatever sign is stored.
+        offset = signedProduct(m_rfSideband, magnitudeOf(m_csOffsetArray[i + 1]));
+        break;
+    }
+
+    const bool mayUseHalfSpacing =
+        m_channelSpacing == 125 || m_channelSpacing == 250 || m_channelSpacing == 500;
+    if (offset == 0 && m_hwCodeDsp != nullptr && *m_hwCodeDsp == hwCodeDspWithHalfSpacing &&
+        mayUseHalfSpacing) {
+        offset = signedProduct(m_rfSideband, word(m_channelSpacing) * 1000U >> 1U);
+    }
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::applyHalfSpacingOffset(std::uint32_t& dspOffset) {
+    FH_TRACE(m_trace, TraceCode::information, "%s: ChannelSpacing used: = %d", "writeFrequencyToHW",
+             m_channelSpacing);
+    const auto* const entry =
+        std::find_if(halfSpacings.begin(), halfSpacings.end(), [this](const HalfSpacing& candidate) {
+            return candidate.channelSpacing == m_channelSpacing;
+        });
+    if (entry == halfSpacings.end()) {
+        FH_TRACE(m_trace, TraceCode::error, "Unhandled channelspacetype %d", m_channelSpacing);
+        return ResultFailed;
+    }
+    FH_TRACE(m_trace, TraceCode::information, "channel.%d.dsp.rx.freq.offset = %d", channelNumber(),
+             entry->dspOffset);
+    dspOffset = word(entry->dspOffset);
+    return writeDspOffset(entry->dspOffset);
+}
+
+EAFResult FrequencyHandler::writeDspOffset(std::int32_t offset) {
+    const EDriverResult code = m_dspOffsetDriver->write(m_dspOffsetDriver->context, offset);
+    if (isFailure(code)) {
+        FH_TRACE(m_trace, code,
+                 "Write to driver failed for channel.%d.dsp.rx.freq.offset (EDriverResult = 0x%x)",
+                 channelNumber(), static_cast<unsigned>(code));
+        return ResultFailed;
+    }
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::writeIfFrequency(std::uint32_t ifPll) {
+    if (!m_useIfFrequency || !canWrite(m_ifDriver)) {
+        return ResultOk;
+    }
+    const EDriverResult code = m_ifDriver->write(m_ifDriver->context, static_cast<std::int32_t>(ifPll));
+    if (isFailure(code)) {
+        FH_TRACE(m_trace, code,
+                 "Write to driver failed for channel.%d.%s.if.frequency (EDriverResult = 0x%x)",
+                 channelNumber(), m_name.c_str(), static_cast<unsigned>(code));
+        return ResultFailed;
+    }
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::writeRfLoFrequency(std::uint64_t rfPll) {
+    EDriverResult code{};
+    if (!m_loFrequencyInHz && canWrite(m_rfLoDriver)) {
+        code = m_rfLoDriver->write(m_rfLoDriver->context, static_cast<std::int32_t>(rfPll));
+    } else if (m_loFrequencyInHz && canWriteBuffer(m_rfLoInHzDriver)) {
+        std::array<std::uint8_t, 8> bytes{};
+        for (std::size_t i = 0; i < bytes.size(); ++i) {
+            bytes[i] = static_cast<std::uint8_t>(rfPll >> (8U * i)); // least significant first, on any host
+        }
+        code = m_rfLoInHzDriver->writeBuffer(m_rfLoInHzDriver->context, bytes.data(), bytes.size());
+    }
+    if (isFailure(code)) {
+        FH_TRACE(m_trace, code,
+                 "Write to driver failed for channel.%d.%s.rf.lo.frequency%s (EDriverResult = 0x%x)",
+                 channelNumber(), m_name.c_str(), m_loFrequencyInHz ? ".in.hz" : "",
+                 static_cast<unsigned>(code));
+        return ResultFailed;
+    }
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::writeChargePump(std::uint32_t carrier) {
+    int setting = 0;
+    const ECHResult lookup =
+        CCalibrationTable_LinearInterpolate(m_chargePumpTable, static_cast<std::int32_t>(carrier), &setting);
+    if (isFailure(lookup)) {
+        // Reported, but not fatal: what the lookup left is written.
+        FH_TRACE(m_trace, TraceCode::error,
+                 "Unable to fetch value from table Channel.%d.%s.Rf.Pll.Frequency.To.Chargepump.Setting "
+                 "(ECHResult = 0x%x)",
+                 channelNumber(), m_name.c_str(), static_cast<unsigned>(lookup));
+    }
+    if (!canWrite(m_pllConfigurationDriver)) {
+        return ResultOk;
+    }
+    const EDriverResult code = m_pllConfigurationDriver->write(m_pllConfigurationDriver->context, setting);
+    if (isFailure(code)) {
+        FH_TRACE(m_trace, code,
+                 "Unable to write to driver channel.%d.%s.rf.pll.config (EDriverResult = 0x%x)",
+                 channelNumber(), m_name.c_str(), static_cast<unsigned>(code));
+        return ResultFailed;
+    }
+    return ResultOk;
+}
+
+} // namespace RL::FrequencyHandler::MicrowaveBoard

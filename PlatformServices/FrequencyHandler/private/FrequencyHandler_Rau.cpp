@@ -1,0 +1,53 @@
+#include "FrequencyHandler_Rau.h"
+
+#include "InterfaceBroker.h"
+#include "Trace.h"
+
+namespace RL::FrequencyHandler::Rau {
+
+namespace {
+
+std::string rauInterfaceName(std::int32_t channel) {
+    return channel == 0 ? "IRauHandler" : "IRauHandler_" + std::to_string(channel);
+}
+
+} // namespace
+
+FrequencyHandler::FrequencyHandler(const std::string& name, int channel)
+    : Common::FrequencyHandler(name, static_cast<std::uint32_t>(channel)),
+      m_direction(name),
+      m_channel(channel) {}
+
+FrequencyHandler::~FrequencyHandler() = default;
+
+EAFResult FrequencyHandler::onModuleInit() {
+    const std::string name = rauInterfaceName(m_channel);
+    m_pRauHandler = InterfaceBroker::getInstance().getInterface<IRauHandler>(name);
+    if (m_pRauHandler == nullptr) {
+        // Deliberately written unlike every other message: at level 1 as it stands, whatever the threshold,
+        // and never closed with endLogMsg.
+        constexpr OrbiTraceLevel unmappedLevel{1};
+        m_trace.beginLogMsg(unmappedLevel, __FILE__, __LINE__)
+            << "onModuleInit"
+            << "(): Error getting interface to " << name << std::endl;
+        return ResultFailed;
+    }
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::getVariablesFromDatabase() {
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::writeFrequencyToHW(unsigned long frequency) {
+    if (m_pRauHandler == nullptr) {
+        FH_TRACE(m_trace, TraceCode::error, "writeFrequencyToHW called without IRauHandler for direction %s",
+                 m_direction.c_str());
+        return ResultFailed;
+    }
+    const EAFResult code = m_direction == "Rx" ? m_pRauHandler->setRxRadioFrequency(frequency)
+                                               : m_pRauHandler->setTxRadioFrequency(frequency);
+    return isSuccess(code) ? ResultOk : ResultFailed;
+}
+
+} // namespace RL::FrequencyHandler::Rau

@@ -1,0 +1,49 @@
+#include "FrequencyHandler_RfModule.h"
+
+#include "Trace.h"
+
+namespace RL::FrequencyHandler::RfModule {
+
+FrequencyHandler::FrequencyHandler(const std::string& name, int channel)
+    : Common::FrequencyHandler(name, static_cast<std::uint32_t>(channel)),
+      m_direction(name) {}
+
+FrequencyHandler::~FrequencyHandler() = default;
+
+EAFResult FrequencyHandler::onModuleInit() {
+    const DriverLookup lookup;
+    if (!lookup.hasDriverLayer()) {
+        FH_TRACE(m_trace, TraceCode::error, "Unable to get DriverLayer Interface");
+        return ResultFailed;
+    }
+    return bindRequiredDriver(lookup, driverPrefix() + "rf.frequency", NeededOperation::write,
+                              rfFrequencyDriver);
+}
+
+EAFResult FrequencyHandler::getVariablesFromDatabase() {
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::writeFrequencyToHW(unsigned long frequency) {
+    const auto carrier = static_cast<std::int32_t>(frequency);
+    FH_TRACE(m_trace, TraceCode::information, "Write frequency to HW %ld for direction %s",
+             static_cast<long>(carrier), m_direction.c_str());
+
+    if (!canWrite(rfFrequencyDriver)) {
+        // Deliberately a success, and told at the information level: a radio without this driver goes on to
+        // keep the carrier and to tell its observers.
+        FH_TRACE(m_trace, TraceCode::information, "Unable to write to rfFrequencyDriver for direction %s",
+                 m_direction.c_str());
+        return ResultOk;
+    }
+    const EDriverResult code = rfFrequencyDriver->write(rfFrequencyDriver->context, carrier);
+    if (isFailure(code)) {
+        FH_TRACE(m_trace, code,
+                 "Write to driver failed for channel.%d.%s.rf.frequency (EDriverResult = 0x%x)",
+                 channelNumber(), m_direction.c_str(), static_cast<unsigned>(code));
+        return ResultFailed;
+    }
+    return ResultOk;
+}
+
+} // namespace RL::FrequencyHandler::RfModule

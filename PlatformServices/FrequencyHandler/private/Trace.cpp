@@ -1,0 +1,22 @@
+#include "Trace.h"
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <ostream>
+
+namespace RL::FrequencyHandler::Trace {
+
+void write(OrbiTrace& trace, OrbiTraceLevel level, const char* sourceFile, int line, const char* format,
+           ...) {
+    std::array<char, 200> text{};
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text.data(), text.size(), format, arguments);
+    va_end(arguments);
+
+    trace.beginLogMsg(level, sourceFile, line) << text.data() << std::endl;
+    trace.endLogMsg();
+}
+
+} // namespace RL::FrequencyHandler::Trace
