@@ -4,6 +4,7 @@
 #include "Visibility.h"
 
 #include <string>
+#include <utility>
 
 /**
  * Root of everything that can be registered in the interface broker.
@@ -15,7 +16,7 @@
 class RADIO_API IInterface {
 public:
     IInterface() = default;
-    explicit IInterface(const std::string& name) : m_interfaceName(name) {}
+    explicit IInterface(std::string name) : m_interfaceName(std::move(name)) {}
     IInterface(const IInterface&) = delete;
     IInterface& operator=(const IInterface&) = delete;
     virtual ~IInterface() = default;

@@ -12,6 +12,7 @@ namespace RL::FrequencyHandler::Common {
 
 OrbiTrace FrequencyHandler::m_trace(Trace::objectName, Trace::initialLevel);
 
+// NOLINTNEXTLINE(modernize-pass-by-value): the signature is published.
 FrequencyHandler::FrequencyHandler(const std::string& name, unsigned long channel) : m_name(name) {
     m_cStruct.handler = this;
     m_cStruct.registerObserver = &IFrequencyHandler::registerObserver;

@@ -12,7 +12,7 @@ void write(OrbiTrace& trace, OrbiTraceLevel level, const char* sourceFile, int l
     std::array<char, 200> text{};
     va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(text.data(), text.size(), format, arguments);
+    static_cast<void>(std::vsnprintf(text.data(), text.size(), format, arguments));
     va_end(arguments);
 
     trace.beginLogMsg(level, sourceFile, line) << text.data() << std::endl;
