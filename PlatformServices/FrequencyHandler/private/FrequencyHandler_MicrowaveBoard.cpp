@@ -383,21 +383,37 @@ EAFResult FrequencyHandler::writeIfFrequency(std::uint32_t ifPll) {
 }
 
 EAFResult FrequencyHandler::writeRfLoFrequency(std::uint64_t rfPll) {
-    EDriverResult code{};
-    if (!m_loFrequencyInHz && canWrite(m_rfLoDriver)) {
-        code = m_rfLoDriver->write(m_rfLoDriver->context, static_cast<std::int32_t>(rfPll));
-    } else if (m_loFrequencyInHz && canWriteBuffer(m_rfLoInHzDriver)) {
-        std::array<std::uint8_t, 8> bytes{};
-        for (std::size_t i = 0; i < bytes.size(); ++i) {
-            bytes[i] = static_cast<std::uint8_t>(rfPll >> (8U * i)); // least significant first, on any host
-        }
-        code = m_rfLoInHzDriver->writeBuffer(m_rfLoInHzDriver->context, bytes.data(), bytes.size());
+    return m_loFrequencyInHz ? writeRfLoInHz(rfPll) : writeRfLoInKHz(static_cast<std::uint32_t>(rfPll));
+}
+
+EAFResult FrequencyHandler::writeRfLoInKHz(std::uint32_t rfPll) {
+    if (!canWrite(m_rfLoDriver)) {
+        return ResultOk;
     }
+    const EDriverResult code = m_rfLoDriver->write(m_rfLoDriver->context, static_cast<std::int32_t>(rfPll));
     if (isFailure(code)) {
         FH_TRACE(m_trace, code,
-                 "Write to driver failed for channel.%d.%s.rf.lo.frequency%s (EDriverResult = 0x%x)",
-                 channelNumber(), m_name.c_str(), m_loFrequencyInHz ? ".in.hz" : "",
-                 static_cast<unsigned>(code));
+                 "Write to driver failed for channel.%d.%s.rf.lo.frequency (EDriverResult = 0x%x)",
+                 channelNumber(), m_name.c_str(), static_cast<unsigned>(code));
+        return ResultFailed;
+    }
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::writeRfLoInHz(std::uint64_t rfPll) {
+    if (!canWriteBuffer(m_rfLoInHzDriver)) {
+        return ResultOk;
+    }
+    std::array<std::uint8_t, 8> bytes{};
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = static_cast<std::uint8_t>(rfPll >> (8U * i)); // least significant first, on any host
+    }
+    const EDriverResult code =
+        m_rfLoInHzDriver->writeBuffer(m_rfLoInHzDriver->context, bytes.data(), bytes.size());
+    if (isFailure(code)) {
+        FH_TRACE(m_trace, code,
+                 "Write to driver failed for channel.%d.%s.rf.lo.frequency.in.hz (EDriverResult = 0x%x)",
+                 channelNumber(), m_name.c_str(), static_cast<unsigned>(code));
         return ResultFailed;
     }
     return ResultOk;

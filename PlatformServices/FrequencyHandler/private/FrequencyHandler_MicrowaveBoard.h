@@ -83,6 +83,8 @@ private:
     EAFResult writeDspOffset(std::int32_t offset);
     EAFResult writeIfFrequency(std::uint32_t ifPll);
     EAFResult writeRfLoFrequency(std::uint64_t rfPll);
+    EAFResult writeRfLoInKHz(std::uint32_t rfPll);
+    EAFResult writeRfLoInHz(std::uint64_t rfPll);
     EAFResult writeChargePump(std::uint32_t carrier);
 
     std::int32_t m_ifSideband = -1;
