@@ -45,8 +45,9 @@ EAFResult FrequencyHandler::writeFrequencyToHW(unsigned long frequency) {
                  m_direction.c_str());
         return ResultFailed;
     }
-    const EAFResult code = m_direction == "Rx" ? m_pRauHandler->setRxRadioFrequency(frequency)
-                                               : m_pRauHandler->setTxRadioFrequency(frequency);
+    const auto carrier = static_cast<std::uint32_t>(frequency);
+    const EAFResult code = m_direction == "Rx" ? m_pRauHandler->setRxRadioFrequency(carrier)
+                                               : m_pRauHandler->setTxRadioFrequency(carrier);
     return isSuccess(code) ? ResultOk : ResultFailed;
 }
 

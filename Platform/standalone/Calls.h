@@ -1,0 +1,156 @@
+#ifndef PLATFORM_STANDALONE_CALLS_H
+#define PLATFORM_STANDALONE_CALLS_H
+
+#include "ResultCode.h"
+#include "Visibility.h"
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Standalone {
+
+/** Every operation that a library can call on the platform, apart from tracing. */
+enum class Operation : std::uint8_t {
+    brokerRegister,
+    brokerUnregister,
+    brokerLookup,
+    brokerOpen,
+    brokerGet,
+    brokerClose,
+    moduleRegister,
+    moduleUnregister,
+    moduleRegisterC,
+    callbackRegister,
+    driverLookup,
+    driverWrite,
+    driverWriteBuffer,
+    driverRead,
+    variableGet,
+    variableAddress,
+    tableLookup,
+    tableLinear,
+    tableBilinear,
+    temperatureRegister,
+    rauTx,
+    rauRx,
+};
+
+/** The word for an operation in scripts, messages and transcripts, for example "driver-write". */
+RADIO_API std::string_view toString(Operation operation);
+/** The operation that `word` stands for; nothing for an unknown word. */
+RADIO_API std::optional<Operation> operationFromString(std::string_view word);
+/** All operations, in the order of the enumeration. */
+RADIO_API const std::vector<Operation>& allOperations();
+
+/** One call that reached the platform, and how it was answered. */
+struct Call {
+    Operation operation;
+    /** The driver, variable, table, interface or module that the call was about. */
+    std::string object{};
+    /** What was written, read or given back (of a variable its first value); for an interpolation the result;
+     *  otherwise 0. */
+    std::int64_t value = 0;
+    /** The point of an interpolation: x, or x1 and x2; otherwise 0. */
+    std::array<std::int32_t, 2> at{};
+    /** The bytes of a buffer write. */
+    std::vector<std::uint8_t> bytes{};
+    /** The answer. */
+    std::int32_t code = 0;
+};
+
+/** Has calls of one operation on one object answered with a code instead of being carried out. */
+struct Fault {
+    Operation operation;
+    /** The object's name; empty for every object. */
+    std::string object;
+    /** The answer. A call answered with a success code is carried out all the same. */
+    std::int32_t code = 0;
+    /** How many calls are answered so before the fault has spent itself; nothing: until it is cleared. */
+    std::optional<std::uint32_t> times;
+    /** What a failing call that has an int to give back leaves there; nothing: it leaves it untouched. */
+    std::optional<std::int32_t> output;
+};
+
+/**
+ * The one place that every call to the platform passes: it decides on faults and keeps the journal.
+ *
+ * Belongs to a Platform and is used on one thread at a time.
+ */
+class RADIO_API Calls {
+public:
+    /** Adds a fault, unless it is for 0 calls. Where several match a call, the one added last decides. */
+    void inject(Fault fault);
+    /** Takes back the faults of `operation` on `object`, or all of them when that is empty; returns how many.
+     */
+    std::size_t clear(Operation operation, std::string_view object);
+    void clearAll();
+    /** The faults that have not spent themselves, oldest first. */
+    const std::vector<Fault>& faults() const { return m_faults; }
+
+    /** Whether calls are kept in the journal; they are, unless told otherwise. */
+    void setRecording(bool recording);
+    /** The calls so far, oldest first. */
+    const std::vector<Call>& journal() const { return m_journal; }
+    void clearJournal() { m_journal.clear(); }
+    /** The calls of one operation, oldest first. */
+    std::vector<Call> journalOf(Operation operation) const;
+
+    /** Is told of every call, after it was answered; must not throw. An empty function for nobody. */
+    void setListener(std::function<void(const Call&)> listener);
+
+    /** True when nobody listens, nothing is recorded and there is no fault: a call need not be described. */
+    bool isIdle() const { return m_idle; }
+
+    /**
+     * For the services: answers one call about `object`. `call` holds the operation and what is known
+     * beforehand; `work` carries it out, adds to the call what it gives back and returns the code. A fault
+     * with a failing code answers in its place and puts its output into `*output`; one with a success code
+     * only replaces the code.
+     */
+    template <typename Work>
+    std::int32_t answer(std::string_view object, Call call, Work work, int* output = nullptr) {
+        if (m_idle) {
+            return work(call);
+        }
+        const std::optional<Verdict> verdict = judge(call.operation, object);
+        if (!verdict || isSuccess(verdict->code)) {
+            call.code = work(call);
+        } else if (verdict->output && output != nullptr) {
+            *output = *verdict->output;
+            call.value = *output;
+        }
+        if (verdict) {
+            call.code = verdict->code;
+        }
+        call.object = object;
+        return enter(call);
+    }
+
+private:
+    /** What a fault says to a call. */
+    struct Verdict {
+        std::int32_t code;
+        std::optional<std::int32_t> output;
+    };
+
+    /** Takes one turn of the fault that matches the call; nothing: no fault, carry the call out. */
+    std::optional<Verdict> judge(Operation operation, std::string_view object);
+    /** Enters an answered call in the journal, tells the listener, and returns its code. */
+    std::int32_t enter(const Call& call);
+    void updateIdle();
+
+    std::vector<Fault> m_faults;
+    std::vector<Call> m_journal;
+    std::function<void(const Call&)> m_listener;
+    bool m_recording = true;
+    bool m_idle = false;
+};
+
+} // namespace Standalone
+
+#endif

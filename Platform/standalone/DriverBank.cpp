@@ -1,0 +1,134 @@
+#include "standalone/DriverBank.h"
+
+#include "standalone/Codes.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Standalone {
+
+namespace {
+
+/** The largest buffer that counts as a number. */
+constexpr unsigned maxNumberBytes = 8;
+
+std::int64_t numberFrom(const std::uint8_t* bytes, unsigned byteCount) {
+    std::uint64_t number = 0;
+    for (unsigned i = byteCount; i > 0; --i) {
+        number = (number << 8U) | bytes[i - 1];
+    }
+    return static_cast<std::int64_t>(number);
+}
+
+} // namespace
+
+Driver::Driver(std::string name, Calls& calls, unsigned missingWords)
+    : m_name(std::move(name)),
+      m_calls(calls),
+      m_record{{}, this} {
+    setMissingWords(missingWords);
+}
+
+void Driver::setMissingWords(unsigned missingWords) {
+    m_missingWords = missingWords;
+    m_record.words = {&m_record, &Driver::write, &Driver::writeBuffer, &Driver::read};
+    if ((missingWords & wordContext) != 0) {
+        m_record.words.context = nullptr;
+    }
+    if ((missingWords & wordWrite) != 0) {
+        m_record.words.write = nullptr;
+    }
+    if ((missingWords & wordWriteBuffer) != 0) {
+        m_record.words.writeBuffer = nullptr;
+    }
+    if ((missingWords & wordRead) != 0) {
+        m_record.words.read = nullptr;
+    }
+}
+
+EDriverResult Driver::write(void* context, int value) {
+    auto* const record = static_cast<Record*>(context);
+    return static_cast<EDriverResult>(record != nullptr ? record->driver->write(value) : Codes::badArgument);
+}
+
+EDriverResult Driver::writeBuffer(void* context, const void* data, unsigned byteCount) {
+    auto* const record = static_cast<Record*>(context);
+    return static_cast<EDriverResult>(record != nullptr ? record->driver->writeBuffer(data, byteCount)
+                                                        : Codes::badArgument);
+}
+
+EDriverResult Driver::read(void* context, int* value) {
+    auto* const record = static_cast<Record*>(context);
+    return static_cast<EDriverResult>(record != nullptr ? record->driver->read(value) : Codes::badArgument);
+}
+
+std::int32_t Driver::write(int value) {
+    return m_calls.answer(m_name, Call{Operation::driverWrite, {}, value}, [&](Call&) {
+        m_value = value;
+        ++m_writes;
+        return ResultOk;
+    });
+}
+
+std::int32_t Driver::writeBuffer(const void* data, unsigned byteCount) {
+    const auto* const bytes = static_cast<const std::uint8_t*>(data);
+    const bool isNumber = data != nullptr && byteCount > 0 && byteCount <= maxNumberBytes;
+    Call call{Operation::driverWriteBuffer, {}, isNumber ? numberFrom(bytes, byteCount) : 0};
+    if (data != nullptr && !m_calls.isIdle()) {
+        call.bytes.assign(bytes, bytes + byteCount);
+    }
+    return m_calls.answer(m_name, std::move(call), [&](Call& answered) -> std::int32_t {
+        if (data == nullptr && byteCount != 0) {
+            return Codes::badArgument;
+        }
+        if (isNumber) {
+            m_value = answered.value;
+        }
+        ++m_writes;
+        return ResultOk;
+    });
+}
+
+std::int32_t Driver::read(int* value) {
+    const auto giveValue = [&](Call& call) -> std::int32_t {
+        if (value == nullptr) {
+            return Codes::badArgument;
+        }
+        *value = static_cast<int>(m_value);
+        call.value = *value;
+        return ResultOk;
+    };
+    return m_calls.answer(m_name, Call{Operation::driverRead}, giveValue, value);
+}
+
+Driver& DriverBank::add(const std::string& name, unsigned missingWords) {
+    std::unique_ptr<Driver>& driver = m_drivers[name];
+    if (driver == nullptr) {
+        driver = std::make_unique<Driver>(name, m_calls, missingWords);
+    }
+    return *driver;
+}
+
+Driver* DriverBank::find(std::string_view name) {
+    const auto found = m_drivers.find(name);
+    return found != m_drivers.end() ? found->second.get() : nullptr;
+}
+
+std::int32_t DriverBank::lookup(DriverInterface** out, const char* name) {
+    const std::string_view wanted = name != nullptr ? name : "";
+    return m_calls.answer(wanted, Call{Operation::driverLookup}, [&](Call&) -> std::int32_t {
+        if (out == nullptr || name == nullptr) {
+            return Codes::badArgument;
+        }
+        Driver* const driver = find(wanted);
+        if (driver == nullptr) {
+            return Codes::notFound;
+        }
+        const bool givesNull =
+            std::find(m_nullRecords.begin(), m_nullRecords.end(), wanted) != m_nullRecords.end();
+        *out = givesNull ? nullptr : driver->record();
+        return ResultOk;
+    });
+}
+
+} // namespace Standalone

@@ -1,0 +1,132 @@
+#include "standalone/InterfaceRegistry.h"
+
+#include "CInterfaceBroker.h"
+#include "IInterface_c.h"
+#include "InterfaceBroker.h"
+#include "standalone/Codes.h"
+#include "standalone/Platform.h"
+
+#include <string_view>
+
+using Standalone::Platform;
+namespace Codes = Standalone::Codes;
+
+namespace Standalone {
+
+std::int32_t InterfaceRegistry::add(const std::string& name, IInterface* iface) {
+    return m_calls.answer(name, Call{Operation::brokerRegister}, [&](Call&) -> std::int32_t {
+        return m_entries.emplace(name, iface).second ? ResultOk : Codes::alreadyThere;
+    });
+}
+
+std::int32_t InterfaceRegistry::remove(const std::string& name, IInterface** removed) {
+    return m_calls.answer(name, Call{Operation::brokerUnregister}, [&](Call&) -> std::int32_t {
+        const auto entry = m_entries.find(name);
+        if (entry == m_entries.end()) {
+            return Codes::notFound;
+        }
+        if (removed != nullptr) {
+            *removed = entry->second;
+        }
+        m_entries.erase(entry);
+        return ResultOk;
+    });
+}
+
+IInterface* InterfaceRegistry::find(const std::string& name) {
+    IInterface* found = nullptr;
+    m_calls.answer(name, Call{Operation::brokerLookup}, [&](Call&) -> std::int32_t {
+        const auto entry = m_entries.find(name);
+        found = entry != m_entries.end() ? entry->second : nullptr;
+        return found != nullptr ? ResultOk : Codes::notFound;
+    });
+    return found;
+}
+
+std::int32_t InterfaceRegistry::open(void** handle) {
+    if (handle != nullptr) {
+        *handle = nullptr;
+    }
+    return m_calls.answer({}, Call{Operation::brokerOpen}, [&](Call&) -> std::int32_t {
+        if (handle == nullptr) {
+            return Codes::badArgument;
+        }
+        *handle = this;
+        ++m_openHandles;
+        return ResultOk;
+    });
+}
+
+std::int32_t InterfaceRegistry::get(void* handle, const char* name, void** record) {
+    if (record != nullptr) {
+        *record = nullptr;
+    }
+    const std::string_view wanted = name != nullptr ? name : "";
+    return m_calls.answer(wanted, Call{Operation::brokerGet}, [&](Call&) -> std::int32_t {
+        if (!isOpen(handle) || name == nullptr || record == nullptr) {
+            return Codes::badArgument;
+        }
+        const auto entry = m_entries.find(wanted);
+        auto* const iface = entry != m_entries.end() ? dynamic_cast<IInterface_c*>(entry->second) : nullptr;
+        *record = iface != nullptr ? iface->getCStruct() : nullptr;
+        return *record != nullptr ? ResultOk : Codes::notFound;
+    });
+}
+
+std::int32_t InterfaceRegistry::close(void* handle) {
+    return m_calls.answer({}, Call{Operation::brokerClose}, [&](Call&) -> std::int32_t {
+        if (!isOpen(handle)) {
+            return Codes::badArgument;
+        }
+        --m_openHandles;
+        return ResultOk;
+    });
+}
+
+} // namespace Standalone
+
+InterfaceBroker& InterfaceBroker::getInstance() {
+    static InterfaceBroker broker;
+    return broker;
+}
+
+EAFResult InterfaceBroker::registerInterface(const std::string& name, IInterface* iface) {
+    Platform* const platform = Platform::current();
+    return static_cast<EAFResult>(platform != nullptr ? platform->interfaces().add(name, iface)
+                                                      : Codes::noPlatform);
+}
+
+EAFResult InterfaceBroker::unregisterInterface(const std::string& name, IInterface** removed) {
+    Platform* const platform = Platform::current();
+    return static_cast<EAFResult>(platform != nullptr ? platform->interfaces().remove(name, removed)
+                                                      : Codes::noPlatform);
+}
+
+IInterface* InterfaceBroker::findInterface(const std::string& name) {
+    Platform* const platform = Platform::current();
+    return platform != nullptr ? platform->interfaces().find(name) : nullptr;
+}
+
+EAFResult CInterfaceBroker_GetInstance(void** broker) {
+    Platform* const platform = Platform::current();
+    if (platform == nullptr && broker != nullptr) {
+        *broker = nullptr;
+    }
+    return static_cast<EAFResult>(platform != nullptr ? platform->interfaces().open(broker)
+                                                      : Codes::noPlatform);
+}
+
+EAFResult CInterfaceBroker_GetInterface(void* broker, const char* name, void** iface) {
+    Platform* const platform = Platform::current();
+    if (platform == nullptr && iface != nullptr) {
+        *iface = nullptr;
+    }
+    return static_cast<EAFResult>(platform != nullptr ? platform->interfaces().get(broker, name, iface)
+                                                      : Codes::noPlatform);
+}
+
+EAFResult CInterfaceBroker_DestroyInstance(void* broker) {
+    Platform* const platform = Platform::current();
+    return static_cast<EAFResult>(platform != nullptr ? platform->interfaces().close(broker)
+                                                      : Codes::noPlatform);
+}

@@ -1,0 +1,126 @@
+#include "standalone/TableStore.h"
+
+#include "standalone/Codes.h"
+#include "standalone/Interpolation.h"
+#include "standalone/Platform.h"
+
+#include <stdexcept>
+#include <utility>
+
+using Standalone::Platform;
+namespace Codes = Standalone::Codes;
+
+namespace Standalone {
+
+namespace {
+
+/** What is wrong with one axis that has nodes; empty: nothing. */
+std::string whatIsWrongWithNodes(const char* axisName, const std::vector<std::int32_t>& axis) {
+    for (std::size_t i = 1; i < axis.size(); ++i) {
+        if (axis[i] <= axis[i - 1]) {
+            return std::string(axisName) + " is not ascending: node " + std::to_string(i + 1) + " is " +
+                   std::to_string(axis[i]) + " after " + std::to_string(axis[i - 1]);
+        }
+    }
+    return {};
+}
+
+std::string_view nameOf(const CalibrationTable* table) {
+    return table != nullptr ? std::string_view(table->name) : "";
+}
+
+} // namespace
+
+std::string TableStore::whatIsWrongWith(const CalibrationTable& table) {
+    if (table.axis1.empty()) {
+        return "axis 1 has no nodes";
+    }
+    std::string wrong = whatIsWrongWithNodes("axis 1", table.axis1);
+    if (wrong.empty()) {
+        wrong = whatIsWrongWithNodes("axis 2", table.axis2);
+    }
+    const std::size_t needed = table.axis1.size() * (table.axis2.empty() ? 1 : table.axis2.size());
+    if (wrong.empty() && table.values.size() != needed) {
+        wrong = std::to_string(needed) + " values are needed and " + std::to_string(table.values.size()) +
+                " given";
+    }
+    return wrong;
+}
+
+CalibrationTable& TableStore::add(CalibrationTable table) {
+    const std::string wrong = whatIsWrongWith(table);
+    if (!wrong.empty()) {
+        throw std::invalid_argument("table \"" + table.name + "\": " + wrong);
+    }
+    std::unique_ptr<CalibrationTable>& place = m_tables[table.name];
+    if (place == nullptr) {
+        place = std::make_unique<CalibrationTable>();
+    }
+    *place = std::move(table);
+    return *place;
+}
+
+CalibrationTable* TableStore::find(std::string_view name) {
+    const auto found = m_tables.find(name);
+    return found != m_tables.end() ? found->second.get() : nullptr;
+}
+
+std::int32_t TableStore::lookup(const char* name, CalibrationTable** out) {
+    const std::string_view wanted = name != nullptr ? name : "";
+    return m_calls.answer(wanted, Call{Operation::tableLookup}, [&](Call&) -> std::int32_t {
+        if (name == nullptr || out == nullptr) {
+            return Codes::badArgument;
+        }
+        CalibrationTable* const table = find(wanted);
+        if (table == nullptr) {
+            return Codes::notFound;
+        }
+        *out = table;
+        return ResultOk;
+    });
+}
+
+std::int32_t TableStore::interpolate(CalibrationTable* table, std::int32_t x, int* y) {
+    const auto interpolateLinear = [&](Call& call) -> std::int32_t {
+        if (table == nullptr || y == nullptr || !table->axis2.empty()) {
+            return Codes::badArgument;
+        }
+        *y = Interpolation::linear(table->axis1, table->values, x);
+        call.value = *y;
+        return ResultOk;
+    };
+    return m_calls.answer(nameOf(table), Call{Operation::tableLinear, {}, 0, {x, 0}}, interpolateLinear, y);
+}
+
+std::int32_t TableStore::interpolate(CalibrationTable* table, std::int32_t x1, std::int32_t x2, int* y) {
+    const auto interpolateBilinear = [&](Call& call) -> std::int32_t {
+        if (table == nullptr || y == nullptr || table->axis2.empty()) {
+            return Codes::badArgument;
+        }
+        *y = Interpolation::bilinear(table->axis1, table->axis2, table->values, x1, x2);
+        call.value = *y;
+        return ResultOk;
+    };
+    return m_calls.answer(nameOf(table), Call{Operation::tableBilinear, {}, 0, {x1, x2}}, interpolateBilinear,
+                          y);
+}
+
+} // namespace Standalone
+
+ECHResult CCalibrationHandler_GetTable(const char* tableName, CalibrationTableHandle* out) {
+    Platform* const platform = Platform::current();
+    return static_cast<ECHResult>(platform != nullptr ? platform->tables().lookup(tableName, out)
+                                                      : Codes::noPlatform);
+}
+
+ECHResult CCalibrationTable_LinearInterpolate(CalibrationTableHandle table, int x, int* y) {
+    Platform* const platform = Platform::current();
+    return static_cast<ECHResult>(platform != nullptr ? platform->tables().interpolate(table, x, y)
+                                                      : Codes::noPlatform);
+}
+
+ECHResult CCalibrationTable_BiLinearInterpolate(CalibrationTableHandle table, int x1, int x2, int* y) {
+    Platform* const platform = Platform::current();
+    return static_cast<ECHResult>(platform != nullptr ? platform->tables().interpolate(table, x1, x2, y)
+                                                      : Codes::noPlatform);
+}

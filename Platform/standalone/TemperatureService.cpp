@@ -1,0 +1,55 @@
+#include "standalone/TemperatureService.h"
+
+#include "standalone/Codes.h"
+#include "standalone/Platform.h"
+
+#include <algorithm>
+
+ITemperatureHandler::~ITemperatureHandler() = default;
+
+ETHResult ITemperatureHandler::registerObserver(ITemperatureObserver* observer) {
+    using Standalone::Platform;
+    Platform* const platform = Platform::current();
+    return static_cast<ETHResult>(platform != nullptr ? platform->temperature().add(observer)
+                                                      : Standalone::Codes::noPlatform);
+}
+
+namespace Standalone {
+
+TemperatureService::TemperatureService(Calls& calls)
+    : IInterface("ITemperatureHandler"),
+      m_calls(calls),
+      m_record{&ITemperatureHandler::registerObserver} {
+    m_pCStruct = &m_record;
+}
+
+std::int32_t TemperatureService::add(ITemperatureObserver* observer) {
+    return m_calls.answer(
+        "ITemperatureHandler", Call{Operation::temperatureRegister}, [&](Call&) -> std::int32_t {
+            if (observer == nullptr || observer->notifyTemperature == nullptr) {
+                return Codes::badArgument;
+            }
+            if (std::find(m_observers.begin(), m_observers.end(), observer) == m_observers.end()) {
+                m_observers.push_back(observer);
+            }
+            return ResultOk;
+        });
+}
+
+std::size_t TemperatureService::set(int temperature) {
+    if (m_temperature == temperature) {
+        return 0;
+    }
+    m_temperature = temperature;
+    // An observer may register another one, which must not disturb this walk.
+    const std::vector<ITemperatureObserver*> observers = m_observers;
+    for (ITemperatureObserver* const observer : observers) {
+        // The record is the observer's, which may have taken its function out since.
+        if (observer->notifyTemperature != nullptr) {
+            observer->notifyTemperature(observer->context, temperature);
+        }
+    }
+    return observers.size();
+}
+
+} // namespace Standalone

@@ -1,0 +1,40 @@
+#ifndef PLATFORM_STANDALONE_TEMPERATURESERVICE_H
+#define PLATFORM_STANDALONE_TEMPERATURESERVICE_H
+
+#include "Calls.h"
+#include "ITemperatureHandler.h"
+#include "Visibility.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+namespace Standalone {
+
+/**
+ * The temperature service. It tells its observers, in the order of their registration, whenever the
+ * temperature changes; the first temperature counts as a change.
+ */
+class RADIO_API TemperatureService final : public ITemperatureHandler {
+public:
+    explicit TemperatureService(Calls& calls);
+
+    /** A record that is there already is not registered twice, so that a start-up phase may be repeated. */
+    std::int32_t add(ITemperatureObserver* observer);
+    /** Sets the temperature, in degrees Celsius; returns how many observers were told. */
+    std::size_t set(int temperature);
+    /** The temperature last set; nothing before the first one. */
+    std::optional<int> temperature() const { return m_temperature; }
+    std::size_t observerCount() const { return m_observers.size(); }
+    /** Forgets all observers; to be called before they are destroyed. */
+    void forgetObservers() { m_observers.clear(); }
+
+private:
+    Calls& m_calls;
+    TemperatureHandlerCStruct m_record;
+    std::optional<int> m_temperature;
+};
+
+} // namespace Standalone
+
+#endif

@@ -1,0 +1,94 @@
+#include "standalone/VariableStore.h"
+
+#include "standalone/Codes.h"
+#include "standalone/Platform.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+using Standalone::Platform;
+namespace Codes = Standalone::Codes;
+
+namespace Standalone {
+
+Variable::Variable(std::string name, std::vector<std::int32_t> values)
+    : m_name(std::move(name)),
+      m_values(std::move(values)) {
+    if (m_values.empty()) {
+        throw std::invalid_argument("variable \"" + m_name + "\" has no value");
+    }
+    setContentMissing(false);
+}
+
+bool Variable::set(const std::vector<std::int32_t>& values) {
+    if (values.empty() || values.size() > m_values.size()) {
+        return false;
+    }
+    std::copy(values.begin(), values.end(), m_values.begin());
+    return true;
+}
+
+void Variable::setContentMissing(bool missing) {
+    m_record.content = missing ? nullptr : m_values.data();
+}
+
+Variable& VariableStore::add(const std::string& name, std::vector<std::int32_t> values) {
+    if (Variable* const there = find(name)) {
+        return *there;
+    }
+    return *m_variables.emplace(name, std::make_unique<Variable>(name, std::move(values))).first->second;
+}
+
+Variable* VariableStore::find(std::string_view name) {
+    const auto found = m_variables.find(name);
+    return found != m_variables.end() ? found->second.get() : nullptr;
+}
+
+std::int32_t VariableStore::getByName(const char* name, StorageVariable** out) {
+    const std::string_view wanted = name != nullptr ? name : "";
+    return m_calls.answer(wanted, Call{Operation::variableGet}, [&](Call& call) -> std::int32_t {
+        if (name == nullptr || out == nullptr) {
+            return Codes::badArgument;
+        }
+        Variable* const variable = find(wanted);
+        if (variable == nullptr) {
+            return Codes::notFound;
+        }
+        *out = variable->record();
+        call.value = variable->values().front();
+        return ResultOk;
+    });
+}
+
+std::int32_t VariableStore::getContentAddress(const char* name, void** address) {
+    const std::string_view wanted = name != nullptr ? name : "";
+    return m_calls.answer(wanted, Call{Operation::variableAddress}, [&](Call& call) -> std::int32_t {
+        if (name == nullptr || address == nullptr) {
+            return Codes::badArgument;
+        }
+        Variable* const variable = find(wanted);
+        if (variable == nullptr) {
+            return Codes::notFound;
+        }
+        *address = variable->content();
+        call.value = variable->values().front();
+        return ResultOk;
+    });
+}
+
+} // namespace Standalone
+
+EAFResult CStorageManager_GetVariableByName(const char* name, StorageVariable** out) {
+    Platform* const platform = Platform::current();
+    return static_cast<EAFResult>(platform != nullptr ? platform->variables().getByName(name, out)
+                                                      : Codes::noPlatform);
+}
+
+EAFResult CStorageManager_GetVariableContentAddressByName(const char* name, void** contentAddress,
+                                                          int /*reserved*/) {
+    Platform* const platform = Platform::current();
+    return static_cast<EAFResult>(platform != nullptr
+                                      ? platform->variables().getContentAddress(name, contentAddress)
+                                      : Codes::noPlatform);
+}

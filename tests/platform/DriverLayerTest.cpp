@@ -1,0 +1,180 @@
+#include "PlatformFixture.h"
+
+#include <array>
+
+namespace {
+
+using ::testing::ElementsAre;
+namespace Codes = Standalone::Codes;
+
+class DriverLayerTest : public PlatformFixture {
+protected:
+    Standalone::Driver& bank() { return *platform.drivers().find("lo"); }
+
+    template <std::size_t Size>
+    static EDriverResult writeBytes(DriverInterface& driver, const std::array<std::uint8_t, Size>& bytes) {
+        return driver.writeBuffer(driver.context, bytes.data(), Size);
+    }
+
+    DriverInterface& lo = driver("lo");
+};
+
+TEST_F(DriverLayerTest, LookupGivesTheRecordOfTheNamedDriver) {
+    DriverInterface* found = nullptr;
+    EXPECT_EQ(lookUpDriver(&found, "lo"), 0);
+    EXPECT_EQ(found, bank().record());
+}
+
+TEST_F(DriverLayerTest, RecordStaysWhereItIsWhenDriversAreAdded) {
+    for (int i = 0; i < 100; ++i) {
+        driver(("driver." + std::to_string(i)).c_str());
+    }
+    EXPECT_EQ(&driver("lo"), &lo);
+}
+
+TEST_F(DriverLayerTest, UnknownNameFailsAndLeavesTheOutputUntouched) {
+    DriverInterface* found = &lo;
+    EXPECT_EQ(lookUpDriver(&found, "LO"), Codes::notFound);
+    EXPECT_EQ(found, &lo);
+}
+
+TEST_F(DriverLayerTest, NullArgumentsOfTheLookupAreRefused) {
+    DriverInterface* found = &lo;
+    EXPECT_EQ(lookUpDriver(nullptr, "lo"), Codes::badArgument);
+    EXPECT_EQ(lookUpDriver(&found, nullptr), Codes::badArgument);
+    EXPECT_EQ(found, &lo);
+}
+
+TEST_F(DriverLayerTest, LookupCanBeToldToGiveANullRecord) {
+    DriverInterface* found = &lo;
+    platform.drivers().giveNullRecord("lo");
+    EXPECT_EQ(lookUpDriver(&found, "lo"), 0);
+    EXPECT_EQ(found, nullptr);
+}
+
+TEST_F(DriverLayerTest, ReadGivesWhatWasWrittenLast) {
+    EXPECT_EQ(lo.write(lo.context, 5), 0);
+    EXPECT_EQ(lo.write(lo.context, -7), 0);
+    EXPECT_EQ(read(lo), -7);
+    EXPECT_EQ(bank().value(), -7);
+}
+
+TEST_F(DriverLayerTest, DriversKeepTheirValuesApart) {
+    DriverInterface& other = driver("other");
+    lo.write(lo.context, 5);
+    other.write(other.context, 6);
+    EXPECT_EQ(read(lo), 5);
+}
+
+TEST_F(DriverLayerTest, ReadBeforeAnyWriteGivesTheValuePutThere) {
+    bank().setValue(1234);
+    EXPECT_EQ(read(lo), 1234);
+    EXPECT_FALSE(bank().wasWritten());
+}
+
+TEST_F(DriverLayerTest, SuccessfulWritesOfBothKindsAreCounted) {
+    lo.write(lo.context, 5);
+    writeBytes(lo, std::array<std::uint8_t, 1>{1});
+    EXPECT_TRUE(bank().wasWritten());
+    EXPECT_EQ(bank().writes(), 2U);
+}
+
+TEST_F(DriverLayerTest, BufferOfEightBytesIsANumberWithItsLeastSignificantByteFirst) {
+    // 7 450 000 000 Hz is 0x1BC0DFA80.
+    EXPECT_EQ(writeBytes(lo, std::array<std::uint8_t, 8>{0x80, 0xFA, 0x0D, 0xBC, 0x01, 0, 0, 0}), 0);
+    EXPECT_EQ(bank().value(), 7450000000);
+}
+
+TEST_F(DriverLayerTest, BufferOfTwoBytesIsAnUnsignedNumber) {
+    writeBytes(lo, std::array<std::uint8_t, 2>{0xFE, 0xFF});
+    EXPECT_EQ(bank().value(), 65534);
+}
+
+TEST_F(DriverLayerTest, ReadGivesTheLow32BitsOfALongNumber) {
+    writeBytes(lo, std::array<std::uint8_t, 5>{4, 3, 2, 1, 9});
+    EXPECT_EQ(read(lo), 0x01020304);
+}
+
+TEST_F(DriverLayerTest, BufferOfNineBytesIsNoNumberButIsJournaled) {
+    lo.write(lo.context, 5);
+    EXPECT_EQ(writeBytes(lo, std::array<std::uint8_t, 9>{1, 2, 3, 4, 5, 6, 7, 8, 9}), 0);
+    EXPECT_EQ(bank().value(), 5);
+    EXPECT_EQ(bank().writes(), 2U);
+    EXPECT_THAT(platform.calls().journal().back().bytes, ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9));
+}
+
+TEST_F(DriverLayerTest, MissingBufferIsRefused) {
+    EXPECT_EQ(lo.writeBuffer(lo.context, nullptr, 8), Codes::badArgument);
+    EXPECT_FALSE(bank().wasWritten());
+}
+
+TEST_F(DriverLayerTest, MissingPlaceForTheValueReadIsRefused) {
+    EXPECT_EQ(lo.read(lo.context, nullptr), Codes::badArgument);
+}
+
+TEST_F(DriverLayerTest, RecordInPlaceOfItsContextReachesTheSameDriver) {
+    EXPECT_EQ(lo.write(&lo, 8), 0);
+    EXPECT_EQ(bank().value(), 8);
+}
+
+TEST_F(DriverLayerTest, NullContextReachesNoDriver) {
+    int value = 3;
+    EXPECT_EQ(lo.write(nullptr, 8), Codes::badArgument);
+    EXPECT_EQ(lo.writeBuffer(nullptr, "x", 1), Codes::badArgument);
+    EXPECT_EQ(lo.read(nullptr, &value), Codes::badArgument);
+    EXPECT_EQ(value, 3);
+}
+
+TEST_F(DriverLayerTest, AddingADriverTwiceGivesTheSameOne) {
+    bank().setValue(4);
+    EXPECT_EQ(platform.drivers().add("lo").value(), 4);
+    EXPECT_EQ(platform.drivers().drivers().size(), 1U);
+}
+
+struct MissingWordTest : DriverLayerTest {
+    DriverInterface& withMissing(unsigned words) {
+        bank().setMissingWords(words);
+        return lo;
+    }
+};
+
+TEST_F(MissingWordTest, EveryWordIsThereUnlessToldOtherwise) {
+    EXPECT_EQ(bank().missingWords(), 0U);
+    EXPECT_NE(lo.context, nullptr);
+    EXPECT_NE(lo.write, nullptr);
+    EXPECT_NE(lo.writeBuffer, nullptr);
+    EXPECT_NE(lo.read, nullptr);
+}
+
+TEST_F(MissingWordTest, ContextCanBeMissing) {
+    EXPECT_EQ(withMissing(Standalone::wordContext).context, nullptr);
+    EXPECT_NE(lo.write, nullptr);
+}
+
+TEST_F(MissingWordTest, WriteCanBeMissing) {
+    EXPECT_EQ(withMissing(Standalone::wordWrite).write, nullptr);
+    EXPECT_NE(lo.writeBuffer, nullptr);
+}
+
+TEST_F(MissingWordTest, WriteBufferCanBeMissing) {
+    EXPECT_EQ(withMissing(Standalone::wordWriteBuffer).writeBuffer, nullptr);
+    EXPECT_NE(lo.read, nullptr);
+}
+
+TEST_F(MissingWordTest, ReadCanBeMissing) {
+    EXPECT_EQ(withMissing(Standalone::wordRead).read, nullptr);
+    EXPECT_NE(lo.context, nullptr);
+}
+
+TEST_F(MissingWordTest, WordsCanBeGivenBack) {
+    withMissing(Standalone::wordContext | Standalone::wordWrite);
+    withMissing(0);
+    EXPECT_EQ(lo.write(lo.context, 6), 0);
+    EXPECT_EQ(bank().value(), 6);
+}
+
+TEST_F(MissingWordTest, DriverCanBeAddedWithMissingWords) {
+    EXPECT_EQ(platform.drivers().add("if", Standalone::wordWrite).record()->write, nullptr);
+}
+
+} // namespace
