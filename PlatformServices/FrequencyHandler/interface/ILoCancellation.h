@@ -36,8 +36,9 @@ public:
      * On success `*calibratedI` and `*calibratedQ` hold the result. `*maxDelta` is the wider range after the
      * last complete iteration. `*iterations` is counted up from what the caller put there.
      *
-     * Returns 0; 0x8000 when a write or a reading failed, which leaves `*calibratedI` and `*calibratedQ` as
-     * they were and the hardware at the values last tried.
+     * Returns 0; 0x8000 when a write or a reading failed, which leaves the hardware at the values last tried,
+     * and `*calibratedI` and `*calibratedQ` as they were, unless it was the result that could not be written:
+     * then they hold it. 0x8000 also when one of the four pointers is null; then nothing is tried.
      */
     virtual EAFResult calibrateLoCancellation(int iLow, int iHigh, int qLow, int qHigh, double shrinkFactor,
                                               int minDelta, unsigned int maxIterations,

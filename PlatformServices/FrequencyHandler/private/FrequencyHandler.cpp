@@ -10,7 +10,6 @@
 #include "Trace.h"
 
 #include <cstddef>
-#include <new>
 
 using namespace RL::FrequencyHandler;
 

@@ -309,13 +309,13 @@ EAFResult FrequencyHandler::applyChannelSpacingOffset(std::uint32_t& carrier) {
 }
 
 EAFResult FrequencyHandler::findChannelSpacingOffset(std::int32_t& offset) const {
-    if (m_csOffsetArraySize == nullptr || m_csOffsetArray == nullptr) {
+    if (m_csOffsetArraySize == nullptr || (*m_csOffsetArraySize > 0 && m_csOffsetArray == nullptr)) {
         FH_TRACE(m_trace, TraceCode::error, "channel.%d.rx.rf.frequency.cs.offset.array was not found",
                  channelNumber());
         return ResultFailed;
     }
-    const std::int32_t size = *m_csOffsetArraySize;
-    for (std::int32_t i = 0; i < size; i += 2) {
+    const auto size = static_cast<std::size_t>(std::max(*m_csOffsetArraySize, 0));
+    for (std::size_t i = 0; i < size; i += 2) {
         if (m_csOffsetArray[i] != m_channelSpacing) {
             continue;
         }

@@ -225,7 +225,7 @@ EAFResult LoCancellation::calibrateLoCancellation(int iLow, int iHigh, int qLow,
         }
         *maxDelta = search.narrow();
         ++*iterations;
-    } while (*iterations<maxIterations&& * maxDelta> minDelta);
+    } while ((*iterations < maxIterations) && (*maxDelta > minDelta));
 
     const auto [i, q] = search.midpoint();
     *calibratedI = i;
