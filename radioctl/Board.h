@@ -1,0 +1,117 @@
+#ifndef RADIOCTL_BOARD_H
+#define RADIOCTL_BOARD_H
+
+#include "FrequencyHandler.h"
+#include "InputError.h"
+#include "standalone/Platform.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Radioctl {
+
+struct ChannelDescription {
+    int number = 0;
+    ::FrequencyHandler::FrequencyHandlerType type = ::FrequencyHandler::MicrowaveBoardIf;
+    Place place;
+};
+
+struct DriverDescription {
+    std::string name;
+    /** A combination of Standalone::DriverWord. */
+    unsigned missingWords = 0;
+    /** What a read gives before the first write. */
+    std::int32_t value = 0;
+    Place place;
+};
+
+struct VariableDescription {
+    std::string name;
+    /** One value, or those of an array. */
+    std::vector<std::int32_t> values;
+    bool isArray = false;
+    Place place;
+};
+
+struct TableDescription {
+    CalibrationTable table;
+    Place place;
+};
+
+/** How an interface of the platform shows itself; remote radio units exist only if they are described. */
+struct InterfaceDescription {
+    std::string name;
+    Standalone::Presence presence;
+    Place place;
+};
+
+/** A row of carriers of one direction: `first`, `first` + `step`, ... `count` of them, in kHz. */
+struct CarrierRow {
+    bool transmit;
+    std::uint32_t first;
+    std::uint32_t step;
+    std::uint32_t count;
+};
+
+/** Carriers for which radio channels are made: an arrangement of a recommendation, or a plain row. */
+struct RasterDescription {
+    std::string name;
+    /** Radio channel numbers, each one of the board's. */
+    std::vector<int> channels;
+    /** At most one row for each direction. */
+    std::vector<CarrierRow> rows;
+    /** Channel spacing codes with which the carriers are used; empty: whatever the database says. */
+    std::vector<std::int32_t> channelSpacings;
+    Place place;
+};
+
+/** A closed range. */
+struct Range {
+    std::int64_t low;
+    std::int64_t high;
+};
+
+/** What the hardware of a board can do; what is not stated is not limited. */
+struct Limits {
+    /** IF PLL, in kHz. */
+    std::optional<Range> ifPll;
+    /** RF PLL, in kHz. */
+    std::optional<Range> rfPll;
+    /** By how much the produced carrier may be off the asked one, in Hz. */
+    std::optional<std::int64_t> carrierError;
+};
+
+/** A radio as its board file describes it, checked key by key, but not yet against what its handlers ask for.
+ */
+struct Board {
+    std::filesystem::path file;
+    std::string name;
+    std::string description;
+    /** In the order of the file, numbers unique. */
+    std::vector<ChannelDescription> channels;
+    std::vector<DriverDescription> drivers;
+    std::vector<VariableDescription> variables;
+    std::vector<TableDescription> tables;
+    std::vector<InterfaceDescription> interfaces;
+    std::vector<RasterDescription> rasters;
+    Limits limits;
+};
+
+/** The word for a handler type in board files, for example "rf-module". */
+std::string_view toString(::FrequencyHandler::FrequencyHandlerType type);
+/** The handler type that `word` stands for; nothing for an unknown word. */
+std::optional<::FrequencyHandler::FrequencyHandlerType> handlerTypeFromString(std::string_view word);
+
+/** The words in board files for a combination of Standalone::DriverWord, for example {"write", "read"}. */
+std::vector<std::string_view> toStrings(unsigned driverWords);
+
+/** Reads a board file. Throws InputError, and nothing else, for a file that cannot be read or used. */
+Board loadBoard(const std::filesystem::path& file);
+
+} // namespace Radioctl
+
+#endif
