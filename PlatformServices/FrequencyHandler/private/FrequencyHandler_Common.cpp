@@ -14,7 +14,7 @@ OrbiTrace FrequencyHandler::m_trace(Trace::objectName, Trace::initialLevel);
 
 // NOLINTNEXTLINE(modernize-pass-by-value): the signature is published.
 FrequencyHandler::FrequencyHandler(const std::string& name, unsigned long channel) : m_name(name) {
-    m_cStruct.handler = this;
+    m_cStruct.handler = static_cast<IFrequencyHandler*>(this);
     m_cStruct.registerObserver = &IFrequencyHandler::registerObserver;
     // The channel is a 32-bit number, also where unsigned long has more bits.
     m_cStruct.m_channel = static_cast<std::uint32_t>(channel);

@@ -1,0 +1,44 @@
+#ifndef RADIOCTL_ATOMICFILE_H
+#define RADIOCTL_ATOMICFILE_H
+
+#include <filesystem>
+#include <fstream>
+#include <ostream>
+
+namespace Radioctl {
+
+/**
+ * A text file that is there as a whole or not at all. It is written beside the place where it belongs, and
+ * put there by commit(); until then, and if anything goes wrong, whatever was there before stays as it was.
+ *
+ * A place that is no ordinary file (a device, a pipe) is written directly.
+ */
+class AtomicFile {
+public:
+    /** Opens the file. Throws InputError when it cannot be written there. */
+    explicit AtomicFile(const std::filesystem::path& place);
+    AtomicFile(const AtomicFile&) = delete;
+    AtomicFile& operator=(const AtomicFile&) = delete;
+    /** Without commit() there was never anything. */
+    ~AtomicFile();
+
+    std::ostream& stream() { return m_stream; }
+    /** Puts the file in its place, on the disk. Throws InputError when something could not be written. */
+    void commit();
+
+private:
+    [[noreturn]] void fail(const char* what) const;
+    void createBeside();
+
+    /** As the user calls it. */
+    std::filesystem::path m_name;
+    /** Where it belongs, behind all symbolic links. */
+    std::filesystem::path m_place;
+    /** Where it is written meanwhile; empty for one that is written directly. */
+    std::filesystem::path m_beside;
+    std::ofstream m_stream;
+};
+
+} // namespace Radioctl
+
+#endif

@@ -1,0 +1,27 @@
+#include "CommandParser.h"
+
+#include "CommandTable.h"
+#include "Tokenizer.h"
+
+#include <algorithm>
+
+namespace Radioctl {
+
+std::optional<Command> parseCommand(std::string_view line) {
+    std::vector<std::string> words = splitIntoWords(line);
+    if (words.empty()) {
+        return std::nullopt;
+    }
+    const CommandInfo& info = findCommand(words);
+    const auto nameWords = static_cast<std::size_t>(std::count(info.name.begin(), info.name.end(), ' ')) + 1;
+    Arguments arguments(std::move(words), nameWords, info.usage);
+    try {
+        Command command = info.parse(arguments);
+        arguments.finish();
+        return command;
+    } catch (const CommandError& error) {
+        throw CommandError(std::string(info.name) + ": " + error.what());
+    }
+}
+
+} // namespace Radioctl

@@ -1,0 +1,203 @@
+#include "Programs.h"
+
+#include "BoardCheck.h"
+#include "CommandError.h"
+#include "CompletionScript.h"
+#include "InputError.h"
+#include "Interrupt.h"
+#include "JsonLine.h"
+#include "LineEditor.h"
+#include "LineReader.h"
+#include "Output.h"
+#include "Script.h"
+#include "Session.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <iostream>
+
+namespace Radioctl {
+
+namespace {
+
+constexpr const char* standardInput = "stdin";
+
+int exitCodeFor(const Summary& summary) {
+    if (summary.signal != 0) {
+        return ExitCode::signalBase + summary.signal;
+    }
+    if (!summary.bootAccepted) {
+        return ExitCode::notBooted;
+    }
+    if (summary.refusedLines != 0) {
+        return ExitCode::unusableInput;
+    }
+    return summary.failed != 0 || summary.unexpectedFailures != 0 ? ExitCode::expectationFailed
+                                                                  : ExitCode::good;
+}
+
+/** Tells what the session came to; gives the exit code. */
+int conclude(Session& session, Reporter& reporter, int signal, std::size_t refusedLines) {
+    Summary summary = session.finish();
+    summary.signal = signal;
+    summary.refusedLines = refusedLines;
+    const int exitCode = exitCodeFor(summary);
+    reporter.summarised(summary, exitCode);
+    return exitCode;
+}
+
+int refuse(Reporter& reporter, const std::string& message) {
+    reporter.refused(message);
+    complain(message);
+    return ExitCode::unusableInput;
+}
+
+/** The script that the options name; without one, what standard input has unless it is a terminal. */
+Script loadScript(const Options& options, const CommandCheck& check, const Interrupt& interrupt) {
+    const bool fromInput = options.script == "-" || (options.script.empty() && isatty(STDIN_FILENO) == 0);
+    if (fromInput) {
+        return readScript(LineReader(STDIN_FILENO, interrupt).all(), standardInput, check);
+    }
+    return options.script.empty() ? Script()
+                                  : readScript(readTextFile(options.script), options.script, check);
+}
+
+int runOn(const Board& board, const Options& options, Reporter& reporter) {
+    const Interrupt interrupt;
+    const CommandCheck check(board);
+    const Script script = loadScript(options, check, interrupt);
+    if (interrupt.signal() != 0) {
+        return ExitCode::signalBase + interrupt.signal();
+    }
+    reporter.boardLoaded(board);
+    Session session(board, reporter, options.trace);
+    session.boot();
+    for (const ScriptLine& line : script) {
+        if (session.isOver() || interrupt.signal() != 0) {
+            break;
+        }
+        session.execute(line);
+    }
+    return conclude(session, reporter, interrupt.signal(), 0);
+}
+
+/** Where the lines of a console come from. */
+class ConsoleInput {
+public:
+    ConsoleInput(bool atTerminal, const BoardNames& names, Interrupt& interrupt)
+        : m_reader(STDIN_FILENO, interrupt) {
+        if (atTerminal) {
+            m_editor.emplace(names, interrupt, historyFile());
+        }
+    }
+
+    std::optional<std::string> next() { return m_editor.has_value() ? m_editor->next() : m_reader.next(); }
+
+private:
+    LineReader m_reader;
+    std::optional<LineEditor> m_editor;
+};
+
+int consoleOn(const Board& board, const Options& options, Reporter& reporter, bool atTerminal) {
+    Interrupt interrupt;
+    const CommandCheck check(board);
+    reporter.boardLoaded(board);
+    Session session(board, reporter, options.trace);
+    session.boot();
+    std::size_t refusedLines = 0;
+    ConsoleInput input(atTerminal, check.names(), interrupt);
+    Place place{atTerminal ? "" : standardInput, 0};
+    while (!session.isOver()) {
+        const std::optional<std::string> line = input.next();
+        if (!line.has_value()) {
+            break;
+        }
+        ++place.line;
+        try {
+            if (const auto command = readLine(*line, place, check)) {
+                session.execute(*command);
+            }
+        } catch (const CommandError& error) {
+            refuse(reporter, (atTerminal ? "" : toString(place) + ": ") + error.what());
+            refusedLines += atTerminal ? 0 : 1;
+        }
+    }
+    return conclude(session, reporter, interrupt.signal(), refusedLines);
+}
+
+void showFinding(const Finding& finding, bool json) {
+    if (json) {
+        writeJsonLine(std::cout, {{"event", "finding"},
+                                  {"severity", toString(finding.severity)},
+                                  {"file", finding.place.file},
+                                  {"line", finding.place.line},
+                                  {"text", finding.text}});
+    } else {
+        std::cout << toString(finding.place) << ": " << toString(finding.severity) << ": " << finding.text
+                  << "\n";
+    }
+}
+
+void showVerdict(const std::string& file, std::size_t errors, std::size_t warnings, bool json) {
+    if (json) {
+        writeJsonLine(std::cout,
+                      {{"event", "checked"}, {"file", file}, {"errors", errors}, {"warnings", warnings}});
+    } else if (errors + warnings == 0) {
+        std::cout << file << ": good\n";
+    } else {
+        std::cout << file << ": " << counted(errors, "error") << ", " << counted(warnings, "warning") << "\n";
+    }
+}
+
+int checkOne(const std::string& file, const Options& options) {
+    const std::vector<Finding> findings = checkBoard(loadBoard(file));
+    const auto isError = [](const Finding& finding) { return finding.severity == Severity::error; };
+    const auto errors = static_cast<std::size_t>(std::count_if(findings.begin(), findings.end(), isError));
+    for (const Finding& finding : findings) {
+        showFinding(finding, options.json);
+    }
+    showVerdict(file, errors, findings.size() - errors, options.json);
+    return errors == 0 ? ExitCode::good : ExitCode::expectationFailed;
+}
+
+} // namespace
+
+int runScript(const Options& options) {
+    const auto reporter = makeReporter(options, true);
+    try {
+        return runOn(loadBoard(options.board), options, *reporter);
+    } catch (const InputError& error) {
+        return refuse(*reporter, error.what());
+    }
+}
+
+int runConsole(const Options& options) {
+    const bool atTerminal = !options.json && isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1;
+    const auto reporter = makeReporter(options, !atTerminal);
+    try {
+        return consoleOn(loadBoard(options.board), options, *reporter, atTerminal);
+    } catch (const InputError& error) {
+        return refuse(*reporter, error.what());
+    }
+}
+
+int runCheck(const Options& options) {
+    const auto reporter = makeReporter(options, true);
+    int worst = ExitCode::good;
+    for (const std::string& board : options.boards) {
+        try {
+            worst = std::max(worst, checkOne(board, options));
+        } catch (const InputError& error) {
+            worst = std::max(worst, refuse(*reporter, error.what()));
+        }
+    }
+    return worst;
+}
+
+int printCompletion() {
+    std::cout << bashCompletionScript;
+    return ExitCode::good;
+}
+
+} // namespace Radioctl

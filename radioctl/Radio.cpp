@@ -1,0 +1,144 @@
+#include "Radio.h"
+
+#include "BoardNames.h"
+#include "CInterfaceBroker.h"
+#include "InterfaceBroker.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace Radioctl {
+
+/** Tells the radio's owner what a handler tells its observers; as a class or through a plain C function. */
+class Radio::ChangeObserver final : public Observer<IFrequencyHandler> {
+public:
+    ChangeObserver(ObserverState state, const RadioEvents& events) : m_state(state), m_events(events) {}
+
+    void onChange(IFrequencyHandler* subject) override { tell(subject->getFrequency()); }
+
+    /** The function of an IFrequencyObserver whose context is the object. */
+    static void onFrequencyChanged(void* context, unsigned long /*channel*/, unsigned long frequency) {
+        static_cast<ChangeObserver*>(context)->tell(frequency);
+    }
+
+    const ObserverState& state() const { return m_state; }
+
+private:
+    void tell(unsigned long frequency) {
+        ++m_state.notifications;
+        m_state.frequency = frequency;
+        m_events.notified({m_state.direction, m_state.channel, frequency, m_state.throughC});
+    }
+
+    ObserverState m_state;
+    const RadioEvents& m_events;
+};
+
+Radio::Radio(const Board& board, RadioEvents events) : m_events(std::move(events)) {
+    furnishPlatform(board);
+    listen();
+    for (const ChannelDescription& channel : board.channels) {
+        m_modules[channel.number] =
+            std::make_unique<::FrequencyHandler>(static_cast<unsigned long>(channel.number), channel.type);
+    }
+    observeAll(board);
+}
+
+Radio::~Radio() {
+    // Taking the radio down is nothing that was asked for; nobody is told of it.
+    m_platform.calls().setListener({});
+    m_platform.trace().setSink({});
+    m_platform.temperature().forgetObservers();
+    m_modules.clear();
+}
+
+void Radio::furnishPlatform(const Board& board) {
+    for (const DriverDescription& driver : board.drivers) {
+        m_platform.drivers().add(driver.name, driver.missingWords).setValue(driver.value);
+    }
+    for (const VariableDescription& variable : board.variables) {
+        m_platform.variables().add(variable.name, variable.values);
+    }
+    for (const TableDescription& table : board.tables) {
+        m_platform.tables().add(table.table);
+    }
+    m_presences = {{"IDriverLayer", Standalone::Presence::present},
+                   {"ITemperatureHandler", Standalone::Presence::present}};
+    for (const InterfaceDescription& interface : board.interfaces) {
+        if (const auto channel = rauChannel(interface.name)) {
+            m_platform.addRau(*channel);
+        }
+        setPresence(interface.name, interface.presence);
+    }
+}
+
+void Radio::listen() {
+    m_platform.calls().setListener([this](const Standalone::Call& call) { m_events.called(call); });
+    m_platform.trace().setSink([this](const Standalone::TraceMessage& message) { m_events.traced(message); });
+}
+
+void Radio::observeAll(const Board& board) {
+    InterfaceBroker& broker = InterfaceBroker::getInstance();
+    for (const ChannelDescription& channel : board.channels) {
+        for (const Direction direction : {Direction::tx, Direction::rx}) {
+            auto* const handler =
+                broker.getInterface<IFrequencyHandler>(handlerName(direction, channel.number));
+            if (handler != nullptr) {
+                m_handlers[{direction, channel.number}] = handler;
+                handler->registerObserver(&addObserver(direction, channel.number, false));
+            }
+        }
+    }
+}
+
+Radio::ChangeObserver& Radio::addObserver(Direction direction, int channel, bool throughC) {
+    m_observers.push_back(
+        std::make_unique<ChangeObserver>(ObserverState{direction, channel, throughC}, m_events));
+    return *m_observers.back();
+}
+
+std::int32_t Radio::tune(Direction direction, int channel, std::uint32_t frequency) {
+    ::FrequencyHandler& module = *m_modules.at(channel);
+    return direction == Direction::tx ? module.setTxFrequency(frequency) : module.setRxFrequency(frequency);
+}
+
+std::int32_t Radio::observeThroughC(Direction direction, int channel) {
+    void* broker = nullptr;
+    EAFResult result = CInterfaceBroker_GetInstance(&broker);
+    if (isFailure(result)) {
+        return result;
+    }
+    void* found = nullptr;
+    result = CInterfaceBroker_GetInterface(broker, handlerName(direction, channel).c_str(), &found);
+    if (isSuccess(result)) {
+        const auto* const handler = static_cast<const FrequencyHandlerCStruct*>(found);
+        IFrequencyObserver observer{&addObserver(direction, channel, true),
+                                    &ChangeObserver::onFrequencyChanged};
+        result = handler->registerObserver(handler->handler, &observer);
+        if (isFailure(result)) {
+            m_observers.pop_back();
+        }
+    }
+    CInterfaceBroker_DestroyInstance(broker);
+    return result;
+}
+
+void Radio::setPresence(const std::string& name, Standalone::Presence presence) {
+    m_platform.setPresence(name, presence);
+    m_presences[name] = presence;
+}
+
+unsigned long Radio::frequency(Direction direction, int channel) const {
+    const auto handler = m_handlers.find({direction, channel});
+    return handler == m_handlers.end() ? 0 : handler->second->getFrequency();
+}
+
+std::vector<Radio::ObserverState> Radio::observers() const {
+    std::vector<ObserverState> states;
+    std::transform(m_observers.begin(), m_observers.end(), std::back_inserter(states),
+                   [](const auto& observer) { return observer->state(); });
+    return states;
+}
+
+} // namespace Radioctl

@@ -1,0 +1,147 @@
+#include "ExplanationReport.h"
+
+#include "JsonLine.h"
+#include "ResultCode.h"
+#include "TextTable.h"
+#include "Words.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace Radioctl::Plan {
+
+namespace {
+
+std::string valuesText(const std::vector<std::int32_t>& values) {
+    std::vector<std::string> items;
+    std::transform(values.begin(), values.end(), std::back_inserter(items),
+                   [](std::int32_t value) { return std::to_string(value); });
+    return items.empty() ? "missing" : joined(items, ",");
+}
+
+void writeSteps(std::ostream& out, const std::string& heading, const std::vector<ExplainedStep>& steps) {
+    TextTable table;
+    table.alignRight(2);
+    for (const ExplainedStep& step : steps) {
+        table.add({step.name, step.formula, std::to_string(step.value), step.unit, step.note});
+    }
+    out << "\n" << heading << "\n";
+    table.write(out);
+}
+
+void writeVariables(std::ostream& out, const std::vector<ReadVariable>& variables) {
+    TextTable table;
+    table.alignRight(1);
+    for (const ReadVariable& variable : variables) {
+        table.add({variable.name, valuesText(variable.values), variable.meaning});
+    }
+    out << "\nParameters\n";
+    table.write(out);
+}
+
+void writeWrites(std::ostream& out, const std::vector<ExplainedWrite>& writes) {
+    out << "\nWords written, in this order\n";
+    TextTable table;
+    table.alignRight(0);
+    std::size_t number = 0;
+    for (const ExplainedWrite& write : writes) {
+        const bool failed = isFailure(write.code);
+        table.add({failed ? "-" : std::to_string(++number),
+                   write.driver + " <- " + std::to_string(write.value) +
+                       (failed ? "  FAILED " + codeText(write.code) : "")});
+    }
+    if (writes.empty()) {
+        table.add({"none"});
+    }
+    table.write(out);
+}
+
+void writeOutcome(std::ostream& out, const Explanation& explanation) {
+    out << "\n";
+    for (const std::string& complaint : explanation.complaints) {
+        out << "The library reports: " << complaint << "\n";
+    }
+    if (explanation.produced) {
+        const std::int64_t error = *explanation.error();
+        out << "These words produce " << *explanation.produced << " Hz, "
+            << (error == 0 ? "exactly the carrier" : "off by " + signedText(error) + " Hz") << ".\n";
+    } else {
+        out << "No carrier comes of these words.\n";
+    }
+    for (const std::string& disagreement : explanation.disagreements) {
+        out << "DIFFERENT " << disagreement << "\n";
+    }
+    if (explanation.disagreements.empty()) {
+        out << "The library wrote what the steps say.\n";
+    }
+}
+
+Json numberOrNull(const std::optional<std::int64_t>& number) {
+    return number ? Json(*number) : Json(nullptr);
+}
+
+void writeJsonSteps(std::ostream& out, const char* event, const std::vector<ExplainedStep>& steps) {
+    for (const ExplainedStep& step : steps) {
+        Json line = {{"event", event},
+                     {"name", step.name},
+                     {"formula", step.formula},
+                     {"value", step.value},
+                     {"unit", step.unit}};
+        if (!step.note.empty()) {
+            line["note"] = step.note;
+        }
+        writeJsonLine(out, line);
+    }
+}
+
+} // namespace
+
+void writeText(std::ostream& out, const Board& board, const Explanation& explanation) {
+    out << board.name << " (" << board.file.string() << ")\n  " << toString(explanation.direction) << " "
+        << explanation.channel.number << ", " << Radioctl::toString(explanation.channel.type) << ": "
+        << explanation.carrier << " kHz\n";
+    if (explanation.passesOn()) {
+        out << "\nThe carrier is passed on unchanged; its plan is made elsewhere.\n";
+    } else {
+        writeVariables(out, explanation.variables);
+        writeSteps(out, "Steps", explanation.steps);
+    }
+    writeWrites(out, explanation.writes);
+    if (!explanation.production.empty()) {
+        writeSteps(out, "What the words produce", explanation.production);
+    }
+    writeOutcome(out, explanation);
+}
+
+void writeJson(std::ostream& out, const Board& board, const Explanation& explanation) {
+    writeJsonLine(out, {{"event", "carrier"},
+                        {"file", board.file.string()},
+                        {"channel", explanation.channel.number},
+                        {"type", Radioctl::toString(explanation.channel.type)},
+                        {"direction", toString(explanation.direction)},
+                        {"khz", explanation.carrier},
+                        {"passed_on", explanation.passesOn()}});
+    for (const ReadVariable& variable : explanation.variables) {
+        writeJsonLine(out, {{"event", "parameter"},
+                            {"variable", variable.name},
+                            {"values", variable.values},
+                            {"meaning", variable.meaning}});
+    }
+    writeJsonSteps(out, "step", explanation.steps);
+    for (const ExplainedWrite& write : explanation.writes) {
+        writeJsonLine(out, {{"event", "word"},
+                            {"driver", write.driver},
+                            {"value", write.value},
+                            {"code", write.code},
+                            {"ok", isSuccess(write.code)}});
+    }
+    writeJsonSteps(out, "production", explanation.production);
+    writeJsonLine(out, {{"event", "explained"},
+                        {"produced_hz", numberOrNull(explanation.produced)},
+                        {"error_hz", numberOrNull(explanation.error())},
+                        {"complaints", explanation.complaints},
+                        {"disagreements", explanation.disagreements},
+                        {"ok", explanation.isGood()}});
+}
+
+} // namespace Radioctl::Plan

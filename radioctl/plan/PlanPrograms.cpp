@@ -1,0 +1,210 @@
+#include "PlanPrograms.h"
+
+#include "AtomicFile.h"
+#include "Audit.h"
+#include "AuditReport.h"
+#include "Board.h"
+#include "BoardCheck.h"
+#include "BootedRadio.h"
+#include "ExplanationReport.h"
+#include "InputError.h"
+#include "Interrupt.h"
+#include "JsonLine.h"
+#include "Output.h"
+#include "Programs.h"
+#include "Progress.h"
+#include "Words.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+namespace Radioctl::Plan {
+
+namespace {
+
+int refuse(const std::string& message, bool json, int exitCode) {
+    if (json) {
+        writeJsonLine(std::cout, {{"event", "error"}, {"message", message}});
+    }
+    complain(message);
+    return exitCode;
+}
+
+/** Reads a board on which every channel finds what it needs; anything else throws InputError. */
+Board loadUsableBoard(const std::string& file) {
+    Board board = loadBoard(file);
+    const std::vector<Finding> findings = checkBoard(board);
+    const auto error = std::find_if(findings.begin(), findings.end(), [](const Finding& finding) {
+        return finding.severity == Severity::error;
+    });
+    if (error != findings.end()) {
+        throw InputError(error->place, error->text + " (\"radioctl check\" has the whole list)");
+    }
+    return board;
+}
+
+/** "FILE: WHAT: " and the first thing that the radio complained of. */
+std::string failureOf(const Board& board, const std::string& what, const BootedRadio& booted) {
+    const std::vector<std::string>& complaints = booted.complaints();
+    return board.file.string() + ": " + what + (complaints.empty() ? "" : ": " + complaints.front());
+}
+
+const ChannelDescription* findChannel(const Board& board, int number) {
+    const auto channel =
+        std::find_if(board.channels.begin(), board.channels.end(),
+                     [number](const ChannelDescription& candidate) { return candidate.number == number; });
+    return channel == board.channels.end() ? nullptr : &*channel;
+}
+
+std::string noSuchChannel(const Board& board, int number) {
+    std::vector<std::string> numbers;
+    for (const ChannelDescription& channel : board.channels) {
+        numbers.push_back(std::to_string(channel.number));
+    }
+    return "--channel: " + board.file.string() + " has no channel " + std::to_string(number) +
+           "; it has: " + joined(numbers, ", ");
+}
+
+/** Where the lines of --csv go: a file that is there when all is done, or standard output. */
+class CsvOutput {
+public:
+    explicit CsvOutput(const std::string& place) {
+        if (!place.empty() && place != "-") {
+            m_file.emplace(place);
+        }
+        if (!place.empty()) {
+            AuditCsv::writeHeading(stream());
+        }
+    }
+    std::ostream& stream() { return m_file.has_value() ? m_file->stream() : std::cout; }
+    void commit() {
+        if (m_file.has_value()) {
+            m_file->commit();
+        }
+    }
+
+private:
+    std::optional<AtomicFile> m_file;
+};
+
+/** Audits boards one after the other. */
+class AuditRun {
+public:
+    explicit AuditRun(const AuditOptions& options) : m_options(options), m_csv(options.csv) {}
+
+    int run();
+
+private:
+    int auditFile(const std::string& file);
+    int audit(const Board& board);
+    std::unique_ptr<AuditReport> makeReport(const Board& board) const;
+
+    const AuditOptions& m_options;
+    const Interrupt m_interrupt;
+    CsvOutput m_csv;
+};
+
+int AuditRun::run() {
+    int worst = ExitCode::good;
+    for (const std::string& file : m_options.boards) {
+        worst = std::max(worst, auditFile(file));
+        if (m_interrupt.signal() != 0) {
+            return ExitCode::signalBase + m_interrupt.signal();
+        }
+    }
+    m_csv.commit();
+    return worst;
+}
+
+int AuditRun::auditFile(const std::string& file) {
+    try {
+        return audit(loadUsableBoard(file));
+    } catch (const InputError& error) {
+        return refuse(error.what(), m_options.json, ExitCode::unusableInput);
+    }
+}
+
+std::unique_ptr<AuditReport> AuditRun::makeReport(const Board& board) const {
+    if (m_options.json) {
+        return std::make_unique<AuditJson>(std::cout, board);
+    }
+    // With the carriers on standard output, what a person reads goes elsewhere.
+    return std::make_unique<AuditText>(m_options.csv == "-" ? std::cerr : std::cout, board);
+}
+
+int AuditRun::audit(const Board& board) {
+    std::uint64_t total = 0;
+    for (const AuditRow& row : rowsOf(board)) {
+        total += row.carriers.count;
+    }
+    if (total == 0) {
+        throw InputError({board.file.string(), 0}, "no carriers to audit; expected at least one [[raster]]");
+    }
+    BootedRadio booted(board);
+    if (!booted.isUp()) {
+        return refuse(failureOf(board, "the radio did not boot", booted), m_options.json,
+                      ExitCode::notBooted);
+    }
+    const std::unique_ptr<AuditReport> report = makeReport(board);
+    AuditCsv csv(m_csv.stream(), board);
+    std::vector<AuditListener*> listeners{report.get()};
+    if (!m_options.csv.empty()) {
+        listeners.push_back(&csv);
+    }
+    const auto start = std::chrono::steady_clock::now();
+    AuditEnd end = AuditEnd::complete;
+    {
+        Progress progress(total);
+        end = auditBoard(booted, board, listeners, [&](std::uint64_t done) {
+            progress.update(done);
+            return m_interrupt.signal() == 0;
+        });
+    }
+    if (end == AuditEnd::phaseFailed) {
+        return refuse(failureOf(board, "the radio did not take a channel spacing", booted), m_options.json,
+                      ExitCode::notBooted);
+    }
+    AuditSummary summary;
+    summary.signal = end == AuditEnd::stopped ? m_interrupt.signal() : 0;
+    summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    summary.exitCode = summary.signal != 0      ? ExitCode::signalBase + summary.signal
+                       : report->outside() != 0 ? ExitCode::outsideLimits
+                                                : ExitCode::good;
+    report->finished(summary);
+    return summary.exitCode;
+}
+
+} // namespace
+
+int runExplain(const ExplainOptions& options) {
+    try {
+        const Board board = loadUsableBoard(options.board);
+        const ChannelDescription* const channel = findChannel(board, options.channel);
+        if (channel == nullptr) {
+            return refuse(noSuchChannel(board, options.channel), options.json, ExitCode::wrongCommandLine);
+        }
+        BootedRadio booted(board);
+        if (!booted.isUp()) {
+            return refuse(failureOf(board, "the radio did not boot", booted), options.json,
+                          ExitCode::notBooted);
+        }
+        const Explanation explanation = explain(booted, *channel, options.direction, options.carrier);
+        (options.json ? writeJson : writeText)(std::cout, board, explanation);
+        return explanation.isGood() ? ExitCode::good : ExitCode::outsideLimits;
+    } catch (const InputError& error) {
+        return refuse(error.what(), options.json, ExitCode::unusableInput);
+    }
+}
+
+int runAudit(const AuditOptions& options) {
+    try {
+        return AuditRun(options).run();
+    } catch (const InputError& error) {
+        return refuse(error.what(), options.json, ExitCode::unusableInput);
+    }
+}
+
+} // namespace Radioctl::Plan

@@ -1,0 +1,3 @@
+// Compiles as a part of the library.
+#include "FrequencyHandler.h"
+#include "InterfaceBroker.h"

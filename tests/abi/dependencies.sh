@@ -1,0 +1,17 @@
+#!/bin/sh
+# dependencies.sh READELF LIBRARY SONAME
+#
+# LIBRARY calls itself SONAME and needs nothing but the standard library of the language.
+set -eu
+
+dynamic=$("$1" -d "$2")
+
+echo "$dynamic" | grep -qF "Library soname: [$3]" || { echo "the soname is not $3"; exit 1; }
+
+needed=$(echo "$dynamic" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
+strangers=$(echo "$needed" | grep -vxE '(libstdc\+\+|libm|libgcc_s|libc)\.so\.[0-9]+' || true)
+if [ -n "$strangers" ]; then
+    echo "needs:"
+    echo "$strangers"
+    exit 1
+fi

@@ -1,0 +1,35 @@
+/* The C records hold their words in the order that clients and platforms were compiled with. */
+#include "CModuleManager_c.h"
+#include "CStorageManager.h"
+#include "DriverLayer.h"
+#include "IFrequencyHandler_c.h"
+#include "ITemperatureHandler_c.h"
+
+#include <stddef.h>
+
+/* Does not compile unless `member` is the word of that number. */
+#define WORD(number, record, member)                                                                         \
+    typedef char record##_##member[offsetof(record, member) == (number) * sizeof(void*) ? 1 : -1]
+
+WORD(0, FrequencyHandlerCStruct, handler);
+WORD(1, FrequencyHandlerCStruct, registerObserver);
+WORD(2, FrequencyHandlerCStruct, m_channel);
+
+WORD(0, IFrequencyObserver, context);
+WORD(1, IFrequencyObserver, onFrequencyChanged);
+
+WORD(1, DriverLayerInterface, getDriverInterface);
+
+WORD(0, DriverInterface, context);
+WORD(1, DriverInterface, write);
+WORD(2, DriverInterface, writeBuffer);
+WORD(3, DriverInterface, read);
+
+WORD(0, ITemperatureObserver, context);
+WORD(1, ITemperatureObserver, notifyTemperature);
+WORD(0, TemperatureHandlerCStruct, registerObserver);
+
+WORD(1, StorageVariable, content);
+
+WORD(0, ModuleCallbackRecord, context);
+WORD(1, ModuleCallbackRecord, onPhaseActivation);

@@ -1,0 +1,21 @@
+#!/bin/sh
+# symbols.sh NM LIBRARY --defined-only|--undefined-only ALLOWED [REQUIRED]
+#
+# Holds the dynamic symbols of LIBRARY against two lists: each must match one of the patterns in ALLOWED, and
+# each line of REQUIRED must be one of them.
+set -eu
+
+symbols=$("$1" -D -C "$3" "$2" | sed -E 's/^[0-9a-f]* *[A-Za-z] //')
+
+strangers=$(echo "$symbols" | grep -vxEf "$4" | sort -u || true)
+if [ -n "$strangers" ]; then
+    echo "not allowed by $4:"
+    echo "$strangers"
+    exit 1
+fi
+
+if [ $# -gt 4 ]; then
+    while IFS= read -r required; do
+        echo "$symbols" | grep -qxF -e "$required" || { echo "missing: $required"; exit 1; }
+    done < "$5"
+fi

@@ -1,0 +1,84 @@
+#include "CommandCheck.h"
+
+#include "CommandError.h"
+#include "CommandParser.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace Radioctl {
+namespace {
+
+/** A board with an RF-module channel 1 and a RAU channel 2. */
+class CommandCheckTest : public testing::Test {
+protected:
+    CommandCheckTest() {
+        m_board.channels = {{1, ::FrequencyHandler::RfModule, {}}, {2, ::FrequencyHandler::Rau, {}}};
+        m_board.drivers = {{"channel.1.tx.rf.frequency", 0, 0, {}}, {"channel.1.rx.rf.frequency", 0, 0, {}}};
+        m_board.variables = {{"Channel.Spacing", {28000}, false, {}}, {"Offsets", {1, 2, 3}, true, {}}};
+        m_board.interfaces = {{"IRauHandler_2", Standalone::Presence::present, {}}};
+    }
+
+    std::string complaintAbout(const std::string& line) const {
+        try {
+            CommandCheck(m_board).check(*parseCommand(line));
+        } catch (const CommandError& error) {
+            return error.what();
+        }
+        return "";
+    }
+
+    Board m_board;
+};
+
+TEST_F(CommandCheckTest, AcceptsNamesOfTheBoard) {
+    for (const char* const line :
+         {"tune tx 1 7442000", "observe rx 2", "set Offsets 1,2,3",
+          "expect driver channel.1.tx.rf.frequency 0", "fault driver-write channel.1.rx.rf.frequency 0x8000",
+          "fault broker-lookup IRauHandler_1 5", "fault rau-tx IRauHandler_2 5",
+          "interface IDriverLayer null", "interface IRauHandler_2 absent", "expect rau tx 2 1",
+          "expect writes IRauHandler_2.tx=1 channel.1.tx.rf.frequency=2"}) {
+        EXPECT_EQ(complaintAbout(line), "") << line;
+    }
+}
+
+TEST_F(CommandCheckTest, RefusesUnknownChannel) {
+    for (const char* const line :
+         {"tune tx 3 7442000", "observe tx 3", "expect frequency rx 3 0", "expect notified rx 3 0"}) {
+        EXPECT_EQ(complaintAbout(line), "the board has no channel 3, expected 1 or 2") << line;
+    }
+}
+
+TEST_F(CommandCheckTest, OffersTheNearestName) {
+    EXPECT_EQ(
+        complaintAbout("expect driver channel.1.tx.rf.frequenzy 0"),
+        "the board has no driver \"channel.1.tx.rf.frequenzy\", expected \"channel.1.tx.rf.frequency\"?");
+    EXPECT_EQ(complaintAbout("set Offset 1"), "the board has no variable \"Offset\", expected \"Offsets\"?");
+    EXPECT_EQ(complaintAbout("interface IDriverLayr absent"),
+              "the board has no interface \"IDriverLayr\", expected \"IDriverLayer\"?");
+    EXPECT_EQ(complaintAbout("expect writes IRauHandler_2.dx=1"),
+              "the board has no driver \"IRauHandler_2.dx\", expected \"IRauHandler_2.tx\"?");
+}
+
+TEST_F(CommandCheckTest, RefusesFaultThatCouldNeverStrike) {
+    EXPECT_EQ(
+        complaintAbout("fault driver-write channel.1.xx.rf.frequency 0x8000"),
+        "the board has no driver \"channel.1.xx.rf.frequency\", expected \"channel.1.tx.rf.frequency\"?");
+    EXPECT_EQ(complaintAbout("fault table-lookup Channel.1.Table 0x8000"),
+              "the board has no table \"Channel.1.Table\", expected none: it has no table at all");
+    EXPECT_EQ(complaintAbout("clear variable-get Something.else"),
+              "the board has no variable \"Something.else\", expected one such as \"Channel.Spacing\"");
+}
+
+TEST_F(CommandCheckTest, RefusesMoreValuesThanPlaces) {
+    EXPECT_EQ(complaintAbout("set Channel.Spacing 1,2"),
+              "2 values for \"Channel.Spacing\", expected at most 1");
+}
+
+TEST_F(CommandCheckTest, RefusesChannelWithoutRemoteRadioUnit) {
+    EXPECT_EQ(complaintAbout("expect rau tx 1 0"), "the board has no IRauHandler_1, expected IRauHandler_2");
+}
+
+} // namespace
+} // namespace Radioctl

@@ -1,0 +1,62 @@
+#include "CommandTable.h"
+#include "HelpText.h"
+#include "standalone/Calls.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <string>
+
+namespace Radioctl {
+namespace {
+
+using testing::HasSubstr;
+
+std::string contentOf(const char* file) {
+    std::ifstream stream(file);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+TEST(Documentation, ManPageHasUsageAndHelpOfEveryCommand) {
+    const std::string page = contentOf(RADIOCTL_MAN_PAGE);
+    for (const CommandInfo& info : commandTable()) {
+        EXPECT_THAT(page,
+                    HasSubstr(".TP\n" + std::string(info.usage) + "\n" + std::string(info.help) + "\n"));
+    }
+}
+
+TEST(Documentation, ReferenceHasUsageOfEveryCommand) {
+    const std::string page = std::regex_replace(contentOf(RADIOCTL_REFERENCE), std::regex(R"(\\\|)"), "|");
+    for (const CommandInfo& info : commandTable()) {
+        const std::string entry = "| `" + std::string(info.usage) + "` |";
+        EXPECT_NE(page.find(entry), std::string::npos) << entry;
+    }
+}
+
+TEST(Documentation, ReferenceHasEveryOperation) {
+    const std::string page = contentOf(RADIOCTL_REFERENCE);
+    for (const Standalone::Operation operation : Standalone::allOperations()) {
+        const std::string entry = "`" + std::string(Standalone::toString(operation)) + "`";
+        EXPECT_NE(page.find(entry), std::string::npos) << entry;
+    }
+}
+
+TEST(Documentation, HelpListsEveryCommand) {
+    const std::string help = helpText("");
+    for (const CommandInfo& info : commandTable()) {
+        EXPECT_THAT(help, HasSubstr(std::string(info.name) + " "));
+        EXPECT_THAT(help, HasSubstr(std::string(info.help) + "\n"));
+    }
+}
+
+TEST(Documentation, HelpExplainsOneCommand) {
+    EXPECT_EQ(helpText("temperature"),
+              "temperature DEGREES\nTells the radio its temperature, in degrees Celsius.\n"
+              "Observers of the temperature are told when it changes.\n");
+}
+
+} // namespace
+} // namespace Radioctl

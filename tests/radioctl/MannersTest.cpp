@@ -1,0 +1,204 @@
+#include "ProgramTest.h"
+
+#include <sys/stat.h>
+
+#include <csignal>
+#include <iterator>
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+/** How the program behaves towards shells, terminals and signals. */
+class MannersTest : public ProgramTest {
+protected:
+    static Invocation consoleAtTerminal() {
+        return {{"console", "board.toml"},
+                {{"XDG_STATE_HOME", std::filesystem::current_path()}, {"TERM", "xterm"}},
+                true};
+    }
+
+    static constexpr const char* interrupt = "\x03";
+    static constexpr const char* endOfInput = "\x04";
+
+    static std::string contentOf(const std::string& file) {
+        std::ifstream stream(file);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+};
+
+TEST_F(MannersTest, VersionIsOneLine) {
+    const Ending ending = runProgram({{"--version"}});
+    EXPECT_EQ(ending.output, "radioctl " RADIOCTL_VERSION "\n");
+    EXPECT_EQ(ending.exitCode, 0);
+}
+
+TEST_F(MannersTest, HelpHasTheExitCodes) {
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"--help"}, {"run", "--help"}}) {
+        const Ending ending = runProgram({arguments});
+        EXPECT_THAT(ending.output, HasSubstr("\nExit codes:\n  0    good\n  1    an expectation failed"));
+        EXPECT_EQ(ending.exitCode, 0);
+    }
+}
+
+TEST_F(MannersTest, PrintsTheCompletionScriptThatIsInstalled) {
+    EXPECT_EQ(runProgram({{"completion", "bash"}}).output, contentOf(RADIOCTL_BASH_COMPLETION));
+}
+
+TEST_F(MannersTest, CheckOfGoodBoardsIsExitCode0) {
+    write("second.toml", rauBoard);
+    const Ending ending = runProgram({{"check", "board.toml", "second.toml"}});
+    EXPECT_EQ(ending.output, "board.toml: good\nsecond.toml: good\n");
+    EXPECT_EQ(ending.exitCode, 0);
+}
+
+TEST_F(MannersTest, CheckOfABrokenBoardIsExitCode1) {
+    write("broken.toml", brokenBoard);
+    const Ending ending = runProgram({{"check", "broken.toml", "board.toml"}});
+    EXPECT_THAT(ending.output, HasSubstr(": error: "));
+    EXPECT_THAT(ending.output, EndsWith("broken.toml: 1 error, 0 warnings\nboard.toml: good\n"));
+    EXPECT_EQ(ending.exitCode, 1);
+}
+
+TEST_F(MannersTest, CheckGoesOnAfterABoardThatCannotBeRead) {
+    const Ending ending = runProgram({{"check", "none.toml", "board.toml"}});
+    EXPECT_THAT(ending.errors, StartsWith("radioctl: none.toml: cannot be read: No such file or directory"));
+    EXPECT_EQ(ending.output, "board.toml: good\n");
+    EXPECT_EQ(ending.exitCode, 3);
+}
+
+TEST_F(MannersTest, InterruptWhileCommandsAreAwaitedLeaves) {
+    Process process({{"run", "board.toml", "-"}});
+    process.type("tune tx 1 7442000\n");
+    ASSERT_TRUE(process.waitUntilItCatches(SIGINT));
+    process.signal(SIGINT);
+    const Ending ending = process.finish();
+    EXPECT_EQ(ending.output, "");
+    EXPECT_EQ(ending.errors, "");
+    EXPECT_EQ(ending.exitCode, 130);
+}
+
+TEST_F(MannersTest, InterruptInARunFinishesTheCommandAndLeaves) {
+    std::string script;
+    for (int i = 0; i < 100000; ++i) {
+        script += "tune tx 1 7442000\n";
+    }
+    write("script", script);
+    Process process({{"run", "board.toml", "script"}});
+    ASSERT_TRUE(process.waitFor("> tune tx 1 7442000\n"));
+    process.signal(SIGINT);
+    const Ending ending = process.finish();
+    EXPECT_THAT(ending.output, HasSubstr("     tx 1 told its observer: 7442000 kHz\n\n"));
+    EXPECT_THAT(ending.output, EndsWith(", 0 expectations.\nInterrupted.\n"));
+    EXPECT_THAT(ending.output, Not(HasSubstr("100000 commands")));
+    EXPECT_EQ(ending.errors, "");
+    EXPECT_EQ(ending.exitCode, 130);
+}
+
+TEST_F(MannersTest, TerminationLeavesCleanlyToo) {
+    Process process({{"console", "board.toml"}});
+    ASSERT_TRUE(process.waitFor("The radio is up.\n"));
+    process.signal(SIGTERM);
+    const Ending ending = process.finish();
+    EXPECT_THAT(ending.output, EndsWith("\nInterrupted.\n"));
+    EXPECT_EQ(ending.exitCode, 143);
+}
+
+TEST_F(MannersTest, ReaderThatStopsReadingEndsTheProgramQuietly) {
+    Process process({{"console", "board.toml"}});
+    ASSERT_TRUE(process.waitFor("The radio is up.\n"));
+    process.closeOutput();
+    process.type("show drivers\n");
+    const Ending ending = process.finish();
+    EXPECT_EQ(ending.errors, "");
+    EXPECT_EQ(ending.exitCode, -SIGPIPE);
+}
+
+TEST_F(MannersTest, ConsoleThroughAPipeCarriesOutEachLineAtOnce) {
+    Process process({{"console", "board.toml"}});
+    ASSERT_TRUE(process.waitFor("The radio is up.\n"));
+    process.type("tune tx 1 7442000\n");
+    ASSERT_TRUE(process.waitFor("  1  channel.1.tx.rf.frequency <- 7442000\n"));
+    process.type("expect writes 1");
+    process.closeInput();
+    const Ending ending = process.finish();
+    EXPECT_THAT(ending.output,
+                EndsWith("  held    expect writes 1\n\n1 command, 1 expectation: all held.\n"));
+    EXPECT_EQ(ending.exitCode, 0);
+}
+
+TEST_F(MannersTest, ConsoleThroughAPipeGoesOnAfterABadLineButSaysSo) {
+    const Ending ending = runProgram({{"console", "board.toml"}}, "tune\nexpect result ok\n");
+    EXPECT_EQ(ending.errors,
+              "radioctl: stdin:1: tune: tx|rx is missing, expected: tune tx|rx CHANNEL FREQUENCY "
+              "[kHz|MHz|GHz]\n");
+    EXPECT_THAT(ending.output, HasSubstr("  held    expect result ok\n"));
+    EXPECT_EQ(ending.exitCode, 3);
+}
+
+TEST_F(MannersTest, PromptCompletesAndCarriesOut) {
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    process.type("expect dr\tchannel.1.t\t0\r");
+    ASSERT_TRUE(process.waitFor("  held    expect driver channel.1.tx.rf.frequency 0\r\nradio> "));
+    process.type(endOfInput);
+    EXPECT_EQ(process.finish().exitCode, 0);
+}
+
+TEST_F(MannersTest, PromptListsWhatCanStandAtTheCursor) {
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    process.type("tune \t");
+    EXPECT_TRUE(process.waitFor("\r\n  rx\r\n  tx\r\n"));
+}
+
+TEST_F(MannersTest, PromptForgivesALineThatMakesNoSense) {
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    process.type("temperature hot\r");
+    ASSERT_TRUE(process.waitFor("radioctl: temperature: \"hot\" is no degrees, expected a number from "
+                                "-2147483648 to 2147483647\r\nradio> "));
+    process.type("quit\r");
+    EXPECT_EQ(process.finish().exitCode, 0);
+}
+
+TEST_F(MannersTest, InterruptAtThePromptTakesTheLineBackAndThenLeaves) {
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    process.type("tune tx 1");
+    ASSERT_TRUE(process.waitFor("tune tx 1"));
+    process.type(interrupt);
+    ASSERT_TRUE(process.waitFor("\r\nradio> "));
+    process.type("temperature 7\r");
+    ASSERT_TRUE(process.waitFor("     1 observer told\r\nradio> "));
+    process.type(interrupt);
+    const Ending ending = process.finish();
+    EXPECT_THAT(ending.output, EndsWith("1 command, 0 expectations.\r\nInterrupted.\r\n"));
+    EXPECT_EQ(ending.exitCode, 130);
+}
+
+TEST_F(MannersTest, HistoryOutlivesTheProgramAndIsPrivate) {
+    for (const char* const keys : {"temperature 21\r", "\x1b[A\r"}) {
+        Process process(consoleAtTerminal());
+        ASSERT_TRUE(process.waitFor("radio> "));
+        process.type(keys);
+        ASSERT_TRUE(process.waitFor("     1 observer told\r\nradio> "));
+        process.type(endOfInput);
+        EXPECT_EQ(process.finish().exitCode, 0);
+    }
+    struct stat status {};
+    ASSERT_EQ(stat("radioctl/history", &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+}
+
+TEST_F(MannersTest, OutputThatCannotBeWrittenIsNoSuccess) {
+    const Ending ending = runProgram({{"check", "board.toml"}, {}, false, "/dev/full"});
+    EXPECT_EQ(ending.errors, "radioctl: standard output cannot be written\n");
+    EXPECT_EQ(ending.exitCode, 3);
+}
+
+} // namespace
