@@ -12,7 +12,7 @@ public:
     Observer& operator=(const Observer&) = delete;
     virtual ~Observer() = default;
 
-    /** Called on the thread that changed `subject`, before the changing call returns. */
+    /** Called on the thread that changed `subject`, before the changing call returns. Must not throw. */
     virtual void onChange(SubjectType* subject) = 0;
 };
 

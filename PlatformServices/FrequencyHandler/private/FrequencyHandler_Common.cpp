@@ -73,18 +73,6 @@ EAFResult FrequencyHandler::getFFVariablesFromDatabase() {
     return ResultOk;
 }
 
-EAFResult FrequencyHandler::bindRequiredDriver(const DriverLookup& lookup, const std::string& driverName,
-                                               NeededOperation needed, DriverInterface*& driver) {
-    const DriverLookupResult result = lookup.find(driverName, needed, driver);
-    if (result.complete) {
-        return ResultOk;
-    }
-    // The driver layer's code is the level, also when it is a success that came with an incomplete record.
-    FH_TRACE(m_trace, result.code, "%s failed to get driver interface [%s] (EDriverResult = 0x%x)",
-             "onModuleInit", driverName.c_str(), static_cast<unsigned>(result.code));
-    return ResultFailed;
-}
-
 std::string FrequencyHandler::tablePrefix() const {
     return "Channel." + std::to_string(channelNumber()) + "." + m_name + ".";
 }

@@ -1,7 +1,6 @@
 #ifndef FREQUENCYHANDLER_PRIVATE_FREQUENCYHANDLER_COMMON_H
 #define FREQUENCYHANDLER_PRIVATE_FREQUENCYHANDLER_COMMON_H
 
-#include "DriverLookup.h"
 #include "IFrequencyHandler.h"
 #include "OrbiTrace.h"
 
@@ -58,13 +57,6 @@ protected:
     std::string tablePrefix() const;
     /** "channel.1.tx.", with which the names of drivers and variables begin. */
     std::string driverPrefix() const;
-
-    /**
-     * Binds a driver that the handler cannot do without, as part of onModuleInit. Returns 0; 0x8000, after a
-     * trace message whose level is the driver layer's code, when the driver is not complete.
-     */
-    static EAFResult bindRequiredDriver(const DriverLookup& lookup, const std::string& driverName,
-                                        NeededOperation needed, DriverInterface*& driver);
 
     static OrbiTrace m_trace;
 

@@ -1,10 +1,10 @@
 #include "FrequencyHandler_MicrowaveBoard.h"
 
-#include "CStorageManager.h"
 #include "Trace.h"
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 
 namespace RL::FrequencyHandler::MicrowaveBoard {
 
@@ -49,14 +49,6 @@ constexpr std::uint32_t magnitudeOf(std::int32_t number) {
     return number < 0 ? 0U - word(number) : word(number);
 }
 
-/** Finds the live content of an int variable; null when the lookup failed. */
-EAFResult getContentAddress(const std::string& name, const std::int32_t*& content) {
-    void* address = nullptr;
-    const EAFResult code = CStorageManager_GetVariableContentAddressByName(name.c_str(), &address, 0);
-    content = isSuccess(code) ? static_cast<const std::int32_t*>(address) : nullptr;
-    return code;
-}
-
 } // namespace
 
 FrequencyHandler::FrequencyHandler(const std::string& name, int channel, bool useIfFrequency,
@@ -79,7 +71,8 @@ EAFResult FrequencyHandler::onModuleInit() {
     if (m_chargePumpTableValid) {
         fetchChargePumpTable();
     }
-    // With the carrier 0 the LO is the IF itself: the IF synthesiser starts on its own frequency.
+    // With the carrier 0 the LO is the IF itself: the synthesiser starts there, with baseband offset and
+    // residue.
     return writeIfFrequency(calculateIfPllFrequency(0));
 }
 
@@ -107,6 +100,19 @@ EAFResult FrequencyHandler::bindDrivers(const DriverLookup& lookup) {
         return bindRequiredDriver(lookup,
                                   "channel." + std::to_string(channelNumber()) + ".dsp.rx.freq.offset",
                                   NeededOperation::write, m_dspOffsetDriver);
+    }
+    return ResultOk;
+}
+
+EAFResult FrequencyHandler::bindRequiredDriver(const DriverLookup& lookup, const std::string& driverName,
+                                               NeededOperation needed, DriverInterface*& driver) {
+    const DriverLookupResult result = lookup.find(driverName, needed, driver);
+    if (!result.complete) {
+        // The driver layer's code is the level, also when it is a success that came with an incomplete
+        // record.
+        FH_TRACE(m_trace, result.code, "%s failed to get driver interface [%s] (EDriverResult = 0x%x)",
+                 "onModuleInit", driverName.c_str(), static_cast<unsigned>(result.code));
+        return ResultFailed;
     }
     return ResultOk;
 }
@@ -142,80 +148,6 @@ void FrequencyHandler::fetchChargePumpTable() {
                  "(EDriverResult = 0x%x)",
                  channelNumber(), m_name.c_str(), static_cast<unsigned>(code));
     }
-}
-
-// Database variables
-
-EAFResult FrequencyHandler::getStorageVariableByName(const std::string& name, int* value) const {
-    StorageVariable* variable = nullptr;
-    const EAFResult code = CStorageManager_GetVariableByName(name.c_str(), &variable);
-    if (isFailure(code) || variable == nullptr || variable->content == nullptr) {
-        FH_TRACE(m_trace, TraceCode::error, "Could not get the variable %s from the database", name.c_str());
-        return ResultFailed;
-    }
-    *value = *static_cast<const std::int32_t*>(variable->content);
-    return ResultOk;
-}
-
-EAFResult FrequencyHandler::getVariablesFromDatabase() {
-    const std::string prefix = driverPrefix();
-
-    if (isFailure(
-            getStorageVariableByName(prefix + "mixer.multiplicationfactor", &m_mixerMultiplicationFactor))) {
-        return ResultFailed;
-    }
-    // One temporary for both, deliberately: when the second variable is missing, the first decides both
-    // signs.
-    int isInverted = 0;
-    static_cast<void>(getStorageVariableByName(prefix + "rf.spectruminverted", &isInverted));
-    m_rfSideband = isInverted != 0 ? 1 : -1;
-    static_cast<void>(getStorageVariableByName(prefix + "baseband.spectruminverted", &isInverted));
-    m_ifSideband = isInverted != 0 ? 1 : -1;
-
-    if (m_useIfFrequency && isFailure(getStorageVariableByName(prefix + "if.frequency", &m_ifFrequency))) {
-        return ResultFailed;
-    }
-    if (isFailure(getStorageVariableByName(m_name + "IfBb", &m_ifBb))) {
-        return ResultFailed;
-    }
-    return m_useCsOffsetArray && isRx() ? readOffsetArrayAddresses() : ResultOk;
-}
-
-EAFResult FrequencyHandler::readOffsetArrayAddresses() {
-    const std::string prefix = "channel." + std::to_string(channelNumber()) + ".rx.rf.frequency.cs.offset.";
-
-    if (isFailure(getContentAddress("HwCodeDsp", m_hwCodeDsp)) ||
-        isFailure(getContentAddress(prefix + "arraysize", m_csOffsetArraySize)) ||
-        isFailure(getContentAddress(prefix + "array", m_csOffsetArray))) {
-        return ResultFailed;
-    }
-    return ResultOk;
-}
-
-EAFResult FrequencyHandler::getFFVariablesFromDatabase() {
-    if (isFailure(getStorageVariableByName(m_name + "IfBb", &m_ifBb))) {
-        return ResultFailed;
-    }
-    return (m_useDspRxFreqOffset || m_useCsOffsetArray) && isRx() ? readChannelSpacing() : ResultOk;
-}
-
-EAFResult FrequencyHandler::readChannelSpacing() {
-    const std::int32_t* channelSpacing = nullptr;
-    const EAFResult code = getContentAddress("ChannelSpacing", channelSpacing);
-    if (isFailure(code)) {
-        // "in the database", and the storage manager's code as the level: unlike the message for other
-        // variables.
-        FH_TRACE(m_trace, code, "Could not get the variable %s in the database", "ChannelSpacing");
-        return ResultFailed;
-    }
-    if (channelSpacing == nullptr) {
-        FH_TRACE(m_trace, TraceCode::error, "The variable %s has no content", "ChannelSpacing");
-        return ResultFailed;
-    }
-    m_channelSpacing = *channelSpacing;
-    FH_TRACE(m_trace, TraceCode::information, "%s: New channel spacing = %d", "getFFVariablesFromDatabase",
-             m_channelSpacing);
-    return ResultOk;
 }
 
 // Frequency plan
@@ -309,12 +241,14 @@ EAFResult FrequencyHandler::applyChannelSpacingOffset(std::uint32_t& carrier) {
 }
 
 EAFResult FrequencyHandler::findChannelSpacingOffset(std::int32_t& offset) const {
-    if (m_csOffsetArraySize == nullptr || (*m_csOffsetArraySize > 0 && m_csOffsetArray == nullptr)) {
+    // The content is live: the size is read once, so that what is checked is what is scanned.
+    const std::int32_t entries = m_csOffsetArraySize != nullptr ? *m_csOffsetArraySize : 0;
+    if (m_csOffsetArraySize == nullptr || (entries > 0 && m_csOffsetArray == nullptr)) {
         FH_TRACE(m_trace, TraceCode::error, "channel.%d.rx.rf.frequency.cs.offset.array was not found",
                  channelNumber());
         return ResultFailed;
     }
-    const auto size = static_cast<std::size_t>(std::max(*m_csOffsetArraySize, 0));
+    const auto size = static_cast<std::size_t>(std::max(entries, 0));
     for (std::size_t i = 0; i < size; i += 2) {
         if (m_csOffsetArray[i] != m_channelSpacing) {
             continue;

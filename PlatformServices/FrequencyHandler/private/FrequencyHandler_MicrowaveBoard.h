@@ -2,6 +2,7 @@
 #define FREQUENCYHANDLER_PRIVATE_FREQUENCYHANDLER_MICROWAVEBOARD_H
 
 #include "CCalibrationHandler.h"
+#include "DriverLookup.h"
 #include "FrequencyHandler_Common.h"
 #include "FrequencyPlan.h"
 
@@ -19,7 +20,7 @@ public:
     /**
      * The four flags tell how the board is built:
      * `useIfFrequency`: it has an IF synthesiser, driven through "if.frequency";
-     * `useDspRxFreqOffset`: the DSP shifts the receive side by half the channel spacing;
+     * `useDspRxFreqOffset`: the DSP shifts the receive side, for most spacings by half of it;
      * `useCsOffsetArray`: the receive side is corrected from an array of offsets per channel spacing;
      * `loFrequencyInHz`: the RF LO is written in Hz, as 64 bits, through "rf.lo.frequency.in.hz".
      */
@@ -71,6 +72,8 @@ private:
     bool isRx() const { return m_name == "Rx"; }
 
     EAFResult bindDrivers(const DriverLookup& lookup);
+    static EAFResult bindRequiredDriver(const DriverLookup& lookup, const std::string& driverName,
+                                        NeededOperation needed, DriverInterface*& driver);
     EAFResult bindPllConfigurationDriver(const DriverLookup& lookup);
     void fetchChargePumpTable();
 

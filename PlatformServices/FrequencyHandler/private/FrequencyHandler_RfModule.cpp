@@ -1,5 +1,6 @@
 #include "FrequencyHandler_RfModule.h"
 
+#include "DriverLookup.h"
 #include "Trace.h"
 
 namespace RL::FrequencyHandler::RfModule {
@@ -16,8 +17,16 @@ EAFResult FrequencyHandler::onModuleInit() {
         FH_TRACE(m_trace, TraceCode::error, "Unable to get DriverLayer Interface");
         return ResultFailed;
     }
-    return bindRequiredDriver(lookup, driverPrefix() + "rf.frequency", NeededOperation::write,
-                              rfFrequencyDriver);
+    const std::string driverName = driverPrefix() + "rf.frequency";
+    const DriverLookupResult result = lookup.find(driverName, NeededOperation::write, rfFrequencyDriver);
+    if (!result.complete) {
+        // The driver layer's code is the level, also when it is a success that came with an incomplete
+        // record.
+        FH_TRACE(m_trace, result.code, "%s failed to get driver interface [%s] (EDriverResult = 0x%x)",
+                 "onModuleInit", driverName.c_str(), static_cast<unsigned>(result.code));
+        return ResultFailed;
+    }
+    return ResultOk;
 }
 
 EAFResult FrequencyHandler::getVariablesFromDatabase() {

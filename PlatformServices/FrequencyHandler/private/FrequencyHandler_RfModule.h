@@ -1,6 +1,7 @@
 #ifndef FREQUENCYHANDLER_PRIVATE_FREQUENCYHANDLER_RFMODULE_H
 #define FREQUENCYHANDLER_PRIVATE_FREQUENCYHANDLER_RFMODULE_H
 
+#include "DriverLayer.h"
 #include "FrequencyHandler_Common.h"
 
 namespace RL::FrequencyHandler::RfModule {
