@@ -19,11 +19,15 @@ namespace {
 constexpr const char* exitCodes =
     "Exit codes:\n"
     "  0    good\n"
-    "  1    an expectation failed, a command failed without an \"expect result\" behind it,\n"
-    "       check found errors, or plan found something outside its limits\n"
+    "  1    an expectation failed, a command failed without an \"expect result\"\n"
+    "       behind it, check found errors, or plan found something outside its\n"
+    "       limits\n"
     "  2    wrong command line\n"
-    "  3    a board or a script cannot be used; the message is on standard error\n"
-    "  4    the radio did not boot, and the script does not begin with an \"expect result\"\n"
+    "  3    a board or a script cannot be used, a line for console through a pipe\n"
+    "       was refused, a board has no raster to audit, or output cannot be\n"
+    "       written; the message is on standard error\n"
+    "  4    the radio did not boot, and the script does not begin with an\n"
+    "       \"expect result\"\n"
     "  130  interrupted by Ctrl-C (129 and 143: by SIGHUP and SIGTERM)\n";
 
 void addJson(CLI::App& app, Options& options) {
@@ -41,7 +45,7 @@ CLI::App& addRadioCommand(CLI::App& app, const char* name, const char* help, Opt
         ->check(CLI::IsMember({"off", "error", "warning", "notice", "information"}))
         ->capture_default_str();
     command.add_flag("-v,--verbose", options.verbose,
-                     "Show every call to the platform, and where messages come from");
+                     "Show every call to the platform, and where\nmessages come from");
     return command;
 }
 
@@ -54,8 +58,9 @@ std::string failureMessage(const CLI::App* /*app*/, const CLI::Error& error) {
 int runCommandLine(int argumentCount, const char* const* arguments) {
     Options options;
     std::string trace = "notice";
+    std::string script;
     std::string shell;
-    CLI::App app("Boots a described radio, tunes it and shows every value that reaches its hardware.",
+    CLI::App app("Boots a described radio, tunes it and shows every value that reaches its\nhardware.",
                  "radioctl");
     app.set_version_flag("--version", "radioctl " RADIOCTL_VERSION);
     addJson(app, options);
@@ -64,14 +69,15 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     app.failure_message(failureMessage);
 
     CLI::App& run = addRadioCommand(app, "run", "Boot a board and carry out a script", options, trace);
-    run.add_option(
-        "SCRIPT", options.script,
-        "Commands, one a line; - reads them from standard input, and so does leaving it out when standard "
-        "input is no terminal");
+    const CLI::Option& scriptOption =
+        *run.add_option("SCRIPT", script,
+                        "Commands, one a line; - reads them from\nstandard input, and so does leaving it\n"
+                        "out when standard input is no terminal")
+             ->type_name("FILE");
     CLI::App& console =
         addRadioCommand(app, "console", "Boot a board and carry out what is typed", options, trace);
     CLI::App& check =
-        *app.add_subcommand("check", "Say what a board lacks or has too much of, without booting it");
+        *app.add_subcommand("check", "Say what a board lacks or has too much of,\nwithout booting it");
     check.add_option("BOARD", options.boards, "Board descriptions (TOML)")->required()->type_name("FILE");
     addJson(check, options);
     Plan::PlanCommandLine plan(app);
@@ -90,6 +96,9 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
         return code == 0 ? ExitCode::good : ExitCode::wrongCommandLine;
     }
     options.trace = *traceLevelFromString(trace);
+    if (scriptOption.count() != 0) {
+        options.script = script;
+    }
     if (run.parsed()) {
         return runScript(options);
     }

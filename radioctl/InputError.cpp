@@ -1,9 +1,12 @@
 #include "InputError.h"
 
+#include "Words.h"
+
 namespace Radioctl {
 
 std::string toString(const Place& place) {
-    return place.line == 0 ? place.file : place.file + ":" + std::to_string(place.line);
+    const std::string file = place.file.empty() ? inQuotes(place.file) : harmless(place.file);
+    return place.line == 0 ? file : file + ":" + std::to_string(place.line);
 }
 
 } // namespace Radioctl

@@ -12,7 +12,7 @@ struct Place {
     unsigned line = 0;
 };
 
-/** "FILE:LINE", or the file alone when there is no line. */
+/** "FILE:LINE", or the file alone when there is no line; safe to be shown, and "" for an empty name. */
 std::string toString(const Place& place);
 
 /**

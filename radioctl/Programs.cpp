@@ -11,6 +11,7 @@
 #include "Output.h"
 #include "Script.h"
 #include "Session.h"
+#include "TextFile.h"
 
 #include <unistd.h>
 
@@ -20,8 +21,6 @@
 namespace Radioctl {
 
 namespace {
-
-constexpr const char* standardInput = "stdin";
 
 int exitCodeFor(const Summary& summary) {
     if (summary.signal != 0) {
@@ -55,12 +54,15 @@ int refuse(Reporter& reporter, const std::string& message) {
 
 /** The script that the options name; without one, what standard input has unless it is a terminal. */
 Script loadScript(const Options& options, const CommandCheck& check, const Interrupt& interrupt) {
-    const bool fromInput = options.script == "-" || (options.script.empty() && isatty(STDIN_FILENO) == 0);
-    if (fromInput) {
-        return readScript(LineReader(STDIN_FILENO, interrupt).all(), standardInput, check);
+    if (!options.script.has_value() && isatty(STDIN_FILENO) == 1) {
+        return {};
     }
-    return options.script.empty() ? Script()
-                                  : readScript(readTextFile(options.script), options.script, check);
+    const std::string file = options.script.value_or("-");
+    if (file.empty()) {
+        throw InputError({"SCRIPT", 0}, "is empty, expected a file or \"-\"");
+    }
+    return file == "-" ? readScript(LineReader(interrupt).all(maxScriptSize), standardInput, check)
+                       : readScript(readTextFile(file, maxScriptSize, "a script"), file, check);
 }
 
 int runOn(const Board& board, const Options& options, Reporter& reporter) {
@@ -85,8 +87,7 @@ int runOn(const Board& board, const Options& options, Reporter& reporter) {
 /** Where the lines of a console come from. */
 class ConsoleInput {
 public:
-    ConsoleInput(bool atTerminal, const BoardNames& names, Interrupt& interrupt)
-        : m_reader(STDIN_FILENO, interrupt) {
+    ConsoleInput(bool atTerminal, const BoardNames& names, Interrupt& interrupt) : m_reader(interrupt) {
         if (atTerminal) {
             m_editor.emplace(names, interrupt, historyFile());
         }
@@ -144,9 +145,10 @@ void showVerdict(const std::string& file, std::size_t errors, std::size_t warnin
         writeJsonLine(std::cout,
                       {{"event", "checked"}, {"file", file}, {"errors", errors}, {"warnings", warnings}});
     } else if (errors + warnings == 0) {
-        std::cout << file << ": good\n";
+        std::cout << harmless(file) << ": good\n";
     } else {
-        std::cout << file << ": " << counted(errors, "error") << ", " << counted(warnings, "warning") << "\n";
+        std::cout << harmless(file) << ": " << counted(errors, "error") << ", "
+                  << counted(warnings, "warning") << "\n";
     }
 }
 

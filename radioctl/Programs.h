@@ -4,6 +4,7 @@
 #include "OrbiTrace.h"
 #include "standalone/Platform.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,8 +32,8 @@ struct Options {
     std::string board;
     /** For check. */
     std::vector<std::string> boards;
-    /** A file, "-" for standard input, or empty. */
-    std::string script;
+    /** A file, or "-" for standard input; nothing when it was left out. */
+    std::optional<std::string> script;
 };
 
 /** Boots a board and carries out a script. These functions give the exit code. */

@@ -3,11 +3,19 @@
 _radioctl()
 {
     local current previous command word
+    local -a matches=()
     current=${COMP_WORDS[COMP_CWORD]}
-    previous=${COMP_WORDS[COMP_CWORD-1]}
+    previous=${COMP_WORDS[COMP_CWORD - 1]}
+
+    # bash takes "--trace=error" for three words.
+    if [[ $current == = ]]; then
+        current=
+    elif [[ $previous == = ]]; then
+        previous=${COMP_WORDS[COMP_CWORD - 2]}
+    fi
 
     if [[ $previous == --trace ]]; then
-        COMPREPLY=($(compgen -W "off error warning notice information" -- "$current"))
+        mapfile -t COMPREPLY < <(compgen -W "off error warning notice information" -- "$current")
         return
     fi
 
@@ -24,26 +32,33 @@ _radioctl()
 
     if [[ $current == -* ]]; then
         case $command in
-            run | console) COMPREPLY=($(compgen -W "--help --json --trace --verbose" -- "$current")) ;;
-            explain) COMPREPLY=($(compgen -W "--help --json --channel --tx --rx" -- "$current")) ;;
-            audit) COMPREPLY=($(compgen -W "--help --json --csv" -- "$current")) ;;
-            check | completion) COMPREPLY=($(compgen -W "--help --json" -- "$current")) ;;
-            *) COMPREPLY=($(compgen -W "--help --json --version" -- "$current")) ;;
+            run | console) word="--help --json --trace --verbose" ;;
+            explain) word="--help --json --channel --tx --rx" ;;
+            audit) word="--help --json --csv" ;;
+            check | completion) word="--help --json" ;;
+            *) word="--help --json --version" ;;
         esac
+        mapfile -t COMPREPLY < <(compgen -W "$word" -- "$current")
         return
     fi
 
-    compopt -o filenames 2> /dev/null
     case $command in
-        run)
-            COMPREPLY=($(compgen -f -X '!*.toml' -- "$current") $(compgen -f -X '!*.script' -- "$current")
-                $(compgen -d -- "$current"))
-            ;;
-        console | check | explain | audit) COMPREPLY=($(compgen -f -X '!*.toml' -- "$current") $(compgen -d -- "$current")) ;;
-        plan) COMPREPLY=($(compgen -W "explain audit" -- "$current")) ;;
-        completion) COMPREPLY=($(compgen -W "bash" -- "$current")) ;;
-        *) COMPREPLY=($(compgen -W "run console check plan completion" -- "$current")) ;;
+        run) mapfile -t matches < <(
+            compgen -f -X '!*.toml' -- "$current"
+            compgen -f -X '!*.script' -- "$current"
+            compgen -d -- "$current"
+        ) ;;
+        console | check | explain | audit) mapfile -t matches < <(
+            compgen -f -X '!*.toml' -- "$current"
+            compgen -d -- "$current"
+        ) ;;
+        plan) mapfile -t COMPREPLY < <(compgen -W "explain audit" -- "$current") && return ;;
+        completion) mapfile -t COMPREPLY < <(compgen -W "bash" -- "$current") && return ;;
+        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan completion" -- "$current") && return ;;
     esac
+    # Has bash put a backslash before the spaces of a name, and a slash behind a directory.
+    compopt -o filenames 2> /dev/null
+    COMPREPLY=("${matches[@]}")
 }
 
 complete -F _radioctl radioctl

@@ -82,7 +82,7 @@ void AuditText::rowAudited(const RowResult& result) {
 }
 
 void AuditText::finished(const AuditSummary& summary) {
-    m_out << m_board.name << " (" << m_board.file.string() << ")\n";
+    m_out << m_board.name << " (" << harmless(m_board.file.string()) << ")\n";
     showRows();
     showFindings();
     if (summary.signal != 0) {

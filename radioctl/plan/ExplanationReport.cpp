@@ -97,8 +97,8 @@ void writeJsonSteps(std::ostream& out, const char* event, const std::vector<Expl
 } // namespace
 
 void writeText(std::ostream& out, const Board& board, const Explanation& explanation) {
-    out << board.name << " (" << board.file.string() << ")\n  " << toString(explanation.direction) << " "
-        << explanation.channel.number << ", " << Radioctl::toString(explanation.channel.type) << ": "
+    out << board.name << " (" << harmless(board.file.string()) << ")\n  " << toString(explanation.direction)
+        << " " << explanation.channel.number << ", " << Radioctl::toString(explanation.channel.type) << ": "
         << explanation.carrier << " kHz\n";
     if (explanation.passesOn()) {
         out << "\nThe carrier is passed on unchanged; its plan is made elsewhere.\n";

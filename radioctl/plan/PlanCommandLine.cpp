@@ -44,8 +44,8 @@ PlanCommandLine::PlanCommandLine(CLI::App& app)
 }
 
 void PlanCommandLine::addExplain() {
-    m_explain = m_plan.add_subcommand("explain", "Show how one carrier becomes words for the hardware, and "
-                                                 "what these produce");
+    m_explain = m_plan.add_subcommand(
+        "explain", "Show how one carrier becomes words for the\nhardware, and what these produce");
     m_explain->add_option("BOARD", m_explainOptions.board, "Board description (TOML)")
         ->required()
         ->type_name("FILE");
@@ -56,7 +56,7 @@ void PlanCommandLine::addExplain() {
     CLI::Option_group& direction = *m_explain->add_option_group("Carrier", "The carrier, and its direction");
     direction.require_option(1);
     for (const auto& [name, value, help] :
-         {std::tuple("--tx", &m_tx, "Transmit carrier: kHz, or with a unit behind it, such as 18.00025 GHz"),
+         {std::tuple("--tx", &m_tx, "Transmit carrier: kHz, or with a unit\nbehind it, such as 18.00025 GHz"),
           std::tuple("--rx", &m_rx, "Receive carrier")}) {
         direction.add_option(name, *value, help)->type_name("F")->check(whyNoFrequency);
     }
@@ -65,11 +65,11 @@ void PlanCommandLine::addExplain() {
 
 void PlanCommandLine::addAudit() {
     m_audit = m_plan.add_subcommand(
-        "audit", "Tune every carrier of the boards' rasters and say what is outside its limits");
+        "audit", "Tune every carrier of the boards' rasters and\nsay what is outside its limits");
     m_audit->add_option("BOARD", m_auditOptions.boards, "Board descriptions (TOML)")
         ->required()
         ->type_name("FILE");
-    m_audit->add_option("--csv", m_auditOptions.csv, "Write a line for each carrier; - is standard output")
+    m_audit->add_option("--csv", m_auditOptions.csv, "Write a line for each carrier; - is\nstandard output")
         ->type_name("FILE");
     m_audit->add_flag("--json", m_auditOptions.json, "One JSON object per event and line");
 }

@@ -49,7 +49,8 @@ Board loadUsableBoard(const std::string& file) {
 /** "FILE: WHAT: " and the first thing that the radio complained of. */
 std::string failureOf(const Board& board, const std::string& what, const BootedRadio& booted) {
     const std::vector<std::string>& complaints = booted.complaints();
-    return board.file.string() + ": " + what + (complaints.empty() ? "" : ": " + complaints.front());
+    return harmless(board.file.string()) + ": " + what +
+           (complaints.empty() ? "" : ": " + complaints.front());
 }
 
 const ChannelDescription* findChannel(const Board& board, int number) {
@@ -64,7 +65,7 @@ std::string noSuchChannel(const Board& board, int number) {
     for (const ChannelDescription& channel : board.channels) {
         numbers.push_back(std::to_string(channel.number));
     }
-    return "--channel: " + board.file.string() + " has no channel " + std::to_string(number) +
+    return "--channel: " + harmless(board.file.string()) + " has no channel " + std::to_string(number) +
            "; it has: " + joined(numbers, ", ");
 }
 

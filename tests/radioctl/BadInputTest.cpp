@@ -13,6 +13,13 @@ protected:
         EXPECT_EQ(ending.exitCode, 3);
     }
 
+    static void expectUnusable(const Invocation& invocation, const std::string& message) {
+        const Ending ending = runProgram(invocation);
+        EXPECT_EQ(ending.errors, "radioctl: " + message + "\n");
+        EXPECT_EQ(ending.output, "");
+        EXPECT_EQ(ending.exitCode, 3);
+    }
+
     static void expectWrongCommandLine(const std::vector<std::string>& arguments,
                                        const std::string& message) {
         const Ending ending = runProgram({arguments});
@@ -55,12 +62,11 @@ TEST_F(BadInputTest, UnknownChannel) {
 TEST_F(BadInputTest, MisspeltDriver) {
     expectRefusal(
         "expect driver chanel.1.tx.rf.frequency 0",
-        R"(the board has no driver "chanel.1.tx.rf.frequency", expected "channel.1.tx.rf.frequency"?)");
+        R"(the board has no driver "chanel.1.tx.rf.frequency" (did you mean "channel.1.tx.rf.frequency"?))");
 }
 
 TEST_F(BadInputTest, UnknownVariable) {
-    expectRefusal("set Spacing 28000",
-                  "the board has no variable \"Spacing\", expected none: it has no variable at all");
+    expectRefusal("set Spacing 28000", "the board has no variable \"Spacing\": it has no variable at all");
 }
 
 TEST_F(BadInputTest, UnknownOperation) {
@@ -71,6 +77,16 @@ TEST_F(BadInputTest, UnknownOperation) {
         "module-register-c, callback-register, driver-lookup, driver-write, driver-write-buffer, "
         "driver-read, variable-get, variable-address, table-lookup, table-linear, table-bilinear, "
         "temperature-register, rau-tx, rau-rx");
+}
+
+TEST_F(BadInputTest, MisspeltOperation) {
+    expectRefusal(
+        "clear rau-xt",
+        "clear: unknown operation \"rau-xt\" (did you mean \"rau-tx\"?), expected one of broker-register, "
+        "broker-unregister, broker-lookup, broker-open, broker-get, broker-close, module-register, "
+        "module-unregister, module-register-c, callback-register, driver-lookup, driver-write, "
+        "driver-write-buffer, driver-read, variable-get, variable-address, table-lookup, table-linear, "
+        "table-bilinear, temperature-register, rau-tx, rau-rx");
 }
 
 TEST_F(BadInputTest, OpenQuotation) {
@@ -100,14 +116,58 @@ TEST_F(BadInputTest, PipeIsNamedInTheMessage) {
 
 TEST_F(BadInputTest, ScriptThatIsNotThere) {
     const Ending ending = runProgram({{"run", "board.toml", "none.script"}});
-    EXPECT_EQ(ending.errors,
-              "radioctl: none.script: cannot be read: No such file or directory, expected a text file\n");
+    EXPECT_EQ(ending.errors, "radioctl: none.script: cannot be read: No such file or directory\n");
     EXPECT_EQ(ending.exitCode, 3);
 }
 
 TEST_F(BadInputTest, ScriptThatIsADirectory) {
     const Ending ending = runProgram({{"run", "board.toml", "."}});
-    EXPECT_EQ(ending.errors, "radioctl: .: cannot be read: Is a directory, expected a text file\n");
+    EXPECT_EQ(ending.errors, "radioctl: .: is a directory, expected a script\n");
+    EXPECT_EQ(ending.exitCode, 3);
+}
+
+TEST_F(BadInputTest, EmptyScriptNameIsNotAScriptLeftOut) {
+    expectUnusable({{"run", "board.toml", ""}}, "SCRIPT: is empty, expected a file or \"-\"");
+}
+
+TEST_F(BadInputTest, EmptyBoardNameIsShownAsSuch) {
+    expectUnusable({{"run", ""}}, "\"\": cannot be read: No such file or directory");
+}
+
+TEST_F(BadInputTest, FileNameThatATerminalWouldObeyIsShownHarmlessly) {
+    expectUnusable({{"check", "a\033[2J"}}, "a\\x1b[2J: cannot be read: No such file or directory");
+}
+
+TEST_F(BadInputTest, BoardIsNotReadFromStandardInput) {
+    expectUnusable({{"check", "-"}}, "-: a board is not read from standard input, expected a file");
+}
+
+TEST_F(BadInputTest, StandardInputThatCannotBeReadIsNoEmptyScript) {
+    Invocation invocation{{"run", "board.toml"}};
+    invocation.inputFile = ".";
+    expectUnusable(invocation, "stdin: cannot be read: Is a directory");
+    invocation.arguments = {"run", "board.toml", "-"};
+    expectUnusable(invocation, "stdin: cannot be read: Is a directory");
+}
+
+TEST_F(BadInputTest, ScriptOfMoreThan16Mebibytes) {
+    expectUnusable({{"run", "board.toml", "/dev/zero"}},
+                   "/dev/zero: is larger than 16 MiB, expected a script");
+    Invocation endless{{"run", "board.toml"}};
+    endless.inputFile = "/dev/zero";
+    expectUnusable(endless, "stdin: is larger than 16 MiB, expected a script");
+}
+
+TEST_F(BadInputTest, ScriptOf16MebibytesIsTaken) {
+    const Ending ending = runScript(std::string(16 * 1024 * 1024 - 5, '\n') + "quit\n");
+    EXPECT_EQ(ending.errors, "");
+    EXPECT_EQ(ending.exitCode, 0);
+}
+
+TEST_F(BadInputTest, LineOfAConsolePipeOfMoreThan64Kibibytes) {
+    const Ending ending =
+        runProgram({{"console", "board.toml"}}, "# first\n#" + std::string(65536, ' ') + "\n");
+    EXPECT_EQ(ending.errors, "radioctl: stdin:2: longer than 64 KiB, expected one command\n");
     EXPECT_EQ(ending.exitCode, 3);
 }
 

@@ -418,8 +418,8 @@ TEST_F(BoardCheckTest, MisspeltRequiredDriverIsOneErrorOnItsLine) {
     EXPECT_THAT(
         findings(),
         ElementsAre(
-            "board.toml:4: error: driver \"channel.1.tx.rf.frequncy\" is asked for by no channel; did you "
-            "mean \"channel.1.tx.rf.frequency\"? channel 1 (rf-module) cannot start without it"));
+            "board.toml:4: error: driver \"channel.1.tx.rf.frequncy\" is asked for by no channel (did you "
+            "mean \"channel.1.tx.rf.frequency\"?); channel 1 (rf-module) cannot start without it"));
 }
 
 TEST_F(BoardCheckTest, MisspeltTableIsOneWarningOnItsLine) {
@@ -429,7 +429,7 @@ TEST_F(BoardCheckTest, MisspeltTableIsOneWarningOnItsLine) {
     EXPECT_THAT(
         texts(),
         ElementsAre("warning: table \"Channel.1.Tx.Rf.Pll.Frequency.To.ChargePump.Setting\" is asked for by "
-                    "no channel; did you mean \"Channel.1.Tx.Rf.Pll.Frequency.To.Chargepump.Setting\"? "
+                    "no channel (did you mean \"Channel.1.Tx.Rf.Pll.Frequency.To.Chargepump.Setting\"?); "
                     "channel 1 (microwave-dsp-offset) can start without it, but will report errors"));
 }
 
@@ -462,7 +462,7 @@ TEST_F(BoardCheckTest, LeftOverEntryNearAnUnneededNameIsAWarningThatOffersIt) {
     microwaveBoard();
     driver("channel.1.tx.if.freqency");
     EXPECT_THAT(texts(), ElementsAre("warning: driver \"channel.1.tx.if.freqency\" is asked for by no "
-                                     "channel; did you mean \"channel.1.tx.if.frequency\"?"));
+                                     "channel (did you mean \"channel.1.tx.if.frequency\"?)"));
 }
 
 // What has the wrong shape or value.
@@ -511,6 +511,17 @@ TEST_F(BoardCheckTest, CoarseDcTableMayHaveAnyShape) {
     tableWithOneAxis("Channel.1.Tx.Bb.Frequency.To.Coarse.Dc.I.Compensation");
     tableWithTwoAxes("Channel.1.Tx.Bb.Frequency.To.Coarse.Dc.Q.Compensation");
     EXPECT_THAT(findings(), IsEmpty());
+}
+
+TEST_F(BoardCheckTest, CancellationTableBesideCoarseDcTableOfTheOtherBranchIsNotUsed) {
+    microwaveBoard();
+    removeTable("Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.Q");
+    tableWithOneAxis("Channel.1.Tx.Bb.Frequency.To.Coarse.Dc.Q.Compensation");
+    EXPECT_THAT(
+        texts(),
+        ElementsAre("warning: table \"Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I\" is not "
+                    "used; with table \"Channel.1.Tx.Bb.Frequency.To.Coarse.Dc.Q.Compensation\" channel 1 "
+                    "(microwave-dsp-offset) makes no correction by frequency"));
 }
 
 TEST_F(BoardCheckTest, OffsetArrayOfOddLengthIsAnError) {

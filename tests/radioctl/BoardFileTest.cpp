@@ -342,6 +342,20 @@ TEST_F(BoardFileTest, UnknownWordOfADriverIsRefused) {
               "read, found 1");
 }
 
+TEST_F(BoardFileTest, WordOfADriverTwiceIsRefused) {
+    EXPECT_EQ(refusedAfterChannel("[drivers]\na = { without = [\"read\", \"write\", \"read\"] }\n"),
+              "board.toml:6: drivers.a.without: expected each word once, found \"read\" twice");
+}
+
+TEST_F(BoardFileTest, OffsetArraySizeAboveItsPlacesIsRefused) {
+    const std::string array = "[variables]\n\"channel.1.rx.rf.frequency.cs.offset.array\" = [27, 15000]\n";
+    EXPECT_EQ(refusedAfterChannel(array + "\"channel.1.rx.rf.frequency.cs.offset.arraysize\" = 3\n"),
+              "board.toml:7: variable \"channel.1.rx.rf.frequency.cs.offset.arraysize\" is 3, but "
+              "\"channel.1.rx.rf.frequency.cs.offset.array\" has 2 places");
+    EXPECT_EQ(refusedAfterChannel(array + "\"channel.1.rx.rf.frequency.cs.offset.arraysize\" = 2\n"),
+              "accepted");
+}
+
 TEST_F(BoardFileTest, AxisThatDoesNotAscendIsRefusedWithTheTwoNodes) {
     EXPECT_EQ(refusedAfterChannel("[tables]\n\"T\" = { axis = [1, 20, 10], values = [1, 2, 3] }\n"),
               "board.toml:6: tables.T.axis: expected ascending nodes, found 10 after 20");

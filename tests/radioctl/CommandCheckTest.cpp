@@ -51,22 +51,23 @@ TEST_F(CommandCheckTest, RefusesUnknownChannel) {
 }
 
 TEST_F(CommandCheckTest, OffersTheNearestName) {
-    EXPECT_EQ(
-        complaintAbout("expect driver channel.1.tx.rf.frequenzy 0"),
-        "the board has no driver \"channel.1.tx.rf.frequenzy\", expected \"channel.1.tx.rf.frequency\"?");
-    EXPECT_EQ(complaintAbout("set Offset 1"), "the board has no variable \"Offset\", expected \"Offsets\"?");
+    EXPECT_EQ(complaintAbout("expect driver channel.1.tx.rf.frequenzy 0"),
+              "the board has no driver \"channel.1.tx.rf.frequenzy\" (did you mean "
+              "\"channel.1.tx.rf.frequency\"?)");
+    EXPECT_EQ(complaintAbout("set Offset 1"),
+              "the board has no variable \"Offset\" (did you mean \"Offsets\"?)");
     EXPECT_EQ(complaintAbout("interface IDriverLayr absent"),
-              "the board has no interface \"IDriverLayr\", expected \"IDriverLayer\"?");
+              "the board has no interface \"IDriverLayr\" (did you mean \"IDriverLayer\"?)");
     EXPECT_EQ(complaintAbout("expect writes IRauHandler_2.dx=1"),
-              "the board has no driver \"IRauHandler_2.dx\", expected \"IRauHandler_2.tx\"?");
+              "the board has no driver \"IRauHandler_2.dx\" (did you mean \"IRauHandler_2.tx\"?)");
 }
 
 TEST_F(CommandCheckTest, RefusesFaultThatCouldNeverStrike) {
-    EXPECT_EQ(
-        complaintAbout("fault driver-write channel.1.xx.rf.frequency 0x8000"),
-        "the board has no driver \"channel.1.xx.rf.frequency\", expected \"channel.1.tx.rf.frequency\"?");
+    EXPECT_EQ(complaintAbout("fault driver-write channel.1.xx.rf.frequency 0x8000"),
+              "the board has no driver \"channel.1.xx.rf.frequency\" (did you mean "
+              "\"channel.1.tx.rf.frequency\"?)");
     EXPECT_EQ(complaintAbout("fault table-lookup Channel.1.Table 0x8000"),
-              "the board has no table \"Channel.1.Table\", expected none: it has no table at all");
+              "the board has no table \"Channel.1.Table\": it has no table at all");
     EXPECT_EQ(complaintAbout("clear variable-get Something.else"),
               "the board has no variable \"Something.else\", expected one such as \"Channel.Spacing\"");
 }
@@ -74,6 +75,15 @@ TEST_F(CommandCheckTest, RefusesFaultThatCouldNeverStrike) {
 TEST_F(CommandCheckTest, RefusesMoreValuesThanPlaces) {
     EXPECT_EQ(complaintAbout("set Channel.Spacing 1,2"),
               "2 values for \"Channel.Spacing\", expected at most 1");
+}
+
+TEST_F(CommandCheckTest, RefusesSizeThatTheOffsetArrayDoesNotHave) {
+    m_board.variables = {{"channel.2.rx.rf.frequency.cs.offset.array", {27, 15000, 55, 29000}, true, {}},
+                         {"channel.2.rx.rf.frequency.cs.offset.arraysize", {4}, false, {}}};
+    EXPECT_EQ(complaintAbout("set channel.2.rx.rf.frequency.cs.offset.arraysize 5"),
+              "5 for \"channel.2.rx.rf.frequency.cs.offset.arraysize\": the array has 4 places");
+    EXPECT_EQ(complaintAbout("set channel.2.rx.rf.frequency.cs.offset.arraysize 4"), "");
+    EXPECT_EQ(complaintAbout("set channel.2.rx.rf.frequency.cs.offset.arraysize -2"), "");
 }
 
 TEST_F(CommandCheckTest, RefusesChannelWithoutRemoteRadioUnit) {

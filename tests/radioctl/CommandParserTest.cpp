@@ -141,10 +141,10 @@ TEST(CommandParser, OffersTheNearestCommand) {
         "fault, clear, interface, observe, trace, show, expect, help, quit");
     EXPECT_EQ(
         complaintAbout("expect drivers x 1"),
-        "unknown expect \"drivers\" (did you mean \"driver\"?), expected one of driver, frequency, rau, "
+        "unknown expectation \"drivers\" (did you mean \"driver\"?), expected one of driver, frequency, rau, "
         "notified, result, trace, no, writes");
     EXPECT_EQ(complaintAbout("expect"),
-              "expect what, expected one of driver, frequency, rau, notified, result, "
+              "the line ends after \"expect\", expected one of driver, frequency, rau, notified, result, "
               "trace, no, writes");
 }
 
@@ -165,11 +165,45 @@ TEST(CommandParser, NamesTheChoicesForAWordThatIsNoneOfThem) {
               "expect result: unknown result \"good\", expected ok, failed or a code such as 0x8000");
 }
 
+TEST(CommandParser, OffersTheNearestWordOfAList) {
+    EXPECT_EQ(complaintAbout("show driver"),
+              "show: unknown list \"driver\" (did you mean \"drivers\"?), expected "
+              "one of drivers, variables, observers, faults, interfaces, tables");
+    EXPECT_EQ(complaintAbout("trace warnning"),
+              "trace: unknown level \"warnning\" (did you mean \"warning\"?), expected one of off, error, "
+              "warning, notice, information");
+    EXPECT_EQ(
+        complaintAbout("expect result faild"),
+        "expect result: unknown result \"faild\" (did you mean \"failed\"?), expected ok, failed or a code "
+        "such as 0x8000");
+}
+
+TEST(CommandParser, SaysWhatIsMissingBehindANumberOfTurns) {
+    EXPECT_EQ(complaintAbout("fault driver-write 0x8001 3"), "fault: \"3\" lacks \"times\"");
+    EXPECT_EQ(complaintAbout("fault driver-write a.driver 0x8001 3"), "fault: \"3\" lacks \"times\"");
+}
+
+TEST(CommandParser, RefusesTextThatIsInEveryMessage) {
+    EXPECT_EQ(complaintAbout("expect trace \"\""),
+              "expect trace: an empty text is in every message, expected some text");
+    EXPECT_EQ(complaintAbout("expect no trace \"\""),
+              "expect no trace: an empty text is in every message, expected some text");
+}
+
+TEST(CommandParser, SaysWhatAnUnfinishedExpectationLacks) {
+    EXPECT_EQ(complaintAbout("expect no"), "the line ends after \"expect no\", expected trace");
+    EXPECT_EQ(complaintAbout("trace"),
+              "trace: LEVEL is missing, expected: trace off|error|warning|notice|information");
+}
+
 TEST(CommandParser, RefusesNumbersOutOfRange) {
     EXPECT_EQ(complaintAbout("temperature 2147483648"),
-              "temperature: \"2147483648\" is no degrees, expected a number from -2147483648 to 2147483647");
+              "temperature: \"2147483648\" is no number of degrees, expected a number from -2147483648 to "
+              "2147483647");
     EXPECT_EQ(complaintAbout("fault rau-tx 0x100000000"),
               "fault: \"0x100000000\" is no code, expected a number from -2147483648 to 4294967295");
+    EXPECT_EQ(complaintAbout("tune tx -1 7442000"),
+              "tune: \"-1\" is no channel, expected a number from 0 to 2147483647");
     EXPECT_EQ(complaintAbout("fault rau-tx 5 0 times"), "fault: \"0\" times is never, expected at least 1");
 }
 

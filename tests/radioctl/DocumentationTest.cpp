@@ -13,7 +13,9 @@
 namespace Radioctl {
 namespace {
 
+using testing::ContainsRegex;
 using testing::HasSubstr;
+using testing::Not;
 
 std::string contentOf(const char* file) {
     std::ifstream stream(file);
@@ -50,6 +52,19 @@ TEST(Documentation, HelpListsEveryCommand) {
         EXPECT_THAT(help, HasSubstr(std::string(info.name) + " "));
         EXPECT_THAT(help, HasSubstr(std::string(info.help) + "\n"));
     }
+}
+
+TEST(Documentation, HelpFitsIntoEightyColumns) {
+    EXPECT_THAT(helpText(""), Not(ContainsRegex("[^\n]{80}")));
+    for (const CommandInfo& info : commandTable()) {
+        EXPECT_THAT(helpText(info.name), Not(ContainsRegex("[^\n]{80}")));
+    }
+}
+
+TEST(Documentation, HelpBreaksLinesBetweenWords) {
+    EXPECT_THAT(helpText("set"),
+                HasSubstr("\nThe handlers see a change at once where they keep the variable's "
+                          "address,\notherwise when its phase is run again. Fewer values"));
 }
 
 TEST(Documentation, HelpExplainsOneCommand) {

@@ -61,8 +61,9 @@ TEST(Frequency, RefusesMoreThan32Bits) {
 
 TEST(Frequency, RefusesWhatIsNoNumber) {
     const std::string expected =
-        " is not a frequency, expected one such as 7442000, 7442.5 MHz or 7.4425 GHz";
-    for (const char* const word : {"high", "-7442", "7442.", ".5", "7.4.4", "", "7,442", "+5"}) {
+        " is not a frequency, expected a decimal number of kHz, or with kHz, MHz or GHz";
+    for (const char* const word :
+         {"high", "-7442", "7442.", ".5", "7.4.4", "", "7,442", "+5", "0xFFFFFFFF", "1e6", "7THz"}) {
         EXPECT_EQ(complaintAbout(word), "\"" + std::string(word) + "\"" + expected);
     }
 }

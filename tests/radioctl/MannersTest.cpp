@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <iterator>
 
 namespace {
@@ -19,6 +20,15 @@ protected:
         return {{"console", "board.toml"},
                 {{"XDG_STATE_HOME", std::filesystem::current_path()}, {"TERM", "xterm"}},
                 true};
+    }
+
+    /** What bash offers for the word with this number, counted from 0, of a line. */
+    static std::string completed(const std::string& line, int word) {
+        const std::string command = "bash -c 'source \"" RADIOCTL_BASH_COMPLETION "\"; COMP_WORDS=(" + line +
+                                    "); COMP_CWORD=" + std::to_string(word) +
+                                    "; _radioctl; printf \"%s\\n\" \"${COMPREPLY[@]}\"' > completed";
+        EXPECT_EQ(std::system(command.c_str()), 0);
+        return contentOf("completed");
     }
 
     static constexpr const char* interrupt = "\x03";
@@ -45,8 +55,31 @@ TEST_F(MannersTest, HelpHasTheExitCodes) {
     }
 }
 
+TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
+                                                      {"run", "--help"},
+                                                      {"console", "--help"},
+                                                      {"check", "--help"},
+                                                      {"plan", "--help"},
+                                                      {"plan", "explain", "--help"},
+                                                      {"plan", "audit", "--help"},
+                                                      {"completion", "--help"}}) {
+        EXPECT_THAT(runProgram({arguments}).output, Not(testing::ContainsRegex("[^\n]{80}")));
+    }
+}
+
 TEST_F(MannersTest, PrintsTheCompletionScriptThatIsInstalled) {
     EXPECT_EQ(runProgram({{"completion", "bash"}}).output, contentOf(RADIOCTL_BASH_COMPLETION));
+}
+
+TEST_F(MannersTest, CompletionKeepsNamesWithSpacesTogether) {
+    write("two words.toml", "");
+    EXPECT_EQ(completed("radioctl check two", 2), "two words.toml\n");
+}
+
+TEST_F(MannersTest, CompletionKnowsTheLevelsBehindAnEqualsSign) {
+    EXPECT_EQ(completed("radioctl run --trace = n", 4), "notice\n");
+    EXPECT_EQ(completed("radioctl run --trace n", 3), "notice\n");
 }
 
 TEST_F(MannersTest, CheckOfGoodBoardsIsExitCode0) {
@@ -136,7 +169,9 @@ TEST_F(MannersTest, ConsoleThroughAPipeGoesOnAfterABadLineButSaysSo) {
     EXPECT_EQ(ending.errors,
               "radioctl: stdin:1: tune: tx|rx is missing, expected: tune tx|rx CHANNEL FREQUENCY "
               "[kHz|MHz|GHz]\n");
-    EXPECT_THAT(ending.output, HasSubstr("  held    expect result ok\n"));
+    EXPECT_THAT(
+        ending.output,
+        EndsWith("  held    expect result ok\n\n0 commands, 1 expectation: all held.\n1 line refused.\n"));
     EXPECT_EQ(ending.exitCode, 3);
 }
 
@@ -160,10 +195,31 @@ TEST_F(MannersTest, PromptForgivesALineThatMakesNoSense) {
     Process process(consoleAtTerminal());
     ASSERT_TRUE(process.waitFor("radio> "));
     process.type("temperature hot\r");
-    ASSERT_TRUE(process.waitFor("radioctl: temperature: \"hot\" is no degrees, expected a number from "
-                                "-2147483648 to 2147483647\r\nradio> "));
+    ASSERT_TRUE(
+        process.waitFor("radioctl: temperature: \"hot\" is no number of degrees, expected a number from "
+                        "-2147483648 to 2147483647\r\nradio> "));
     process.type("quit\r");
     EXPECT_EQ(process.finish().exitCode, 0);
+}
+
+TEST_F(MannersTest, PromptIsShownAgainAfterTheProgramWasStopped) {
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    process.type("temperature 7");
+    ASSERT_TRUE(process.waitFor("temperature 7"));
+    process.leaveTerminalToAShell();
+    process.signal(SIGCONT);
+    ASSERT_TRUE(process.waitFor("radio> temperature 7"));
+    process.type("\r");
+    EXPECT_TRUE(process.waitFor("     1 observer told\r\nradio> "));
+}
+
+TEST_F(MannersTest, StoppedPipeGoesOn) {
+    Process process({{"console", "board.toml"}});
+    ASSERT_TRUE(process.waitFor("The radio is up.\n"));
+    process.signal(SIGCONT);
+    process.type("expect writes 0\n");
+    EXPECT_TRUE(process.waitFor("  held    expect writes 0\n"));
 }
 
 TEST_F(MannersTest, InterruptAtThePromptTakesTheLineBackAndThenLeaves) {

@@ -26,6 +26,11 @@ TEST(NearestNameTest, FirstOfEquallyNearNamesIsTaken) {
     EXPECT_EQ(nearestName("xx", {"rx", "tx"}), "rx");
 }
 
+TEST(NearestNameTest, QuestionIsAskedOnlyWhenANameIsNear) {
+    EXPECT_EQ(didYouMean("tpye", {"type"}), " (did you mean \"type\"?)");
+    EXPECT_EQ(didYouMean("colour", {"type"}), "");
+}
+
 TEST(NearestNameTest, NothingIsOfferedWhenNothingIsNear) {
     EXPECT_EQ(nearestName("colour", {"number", "type"}), std::nullopt);
     EXPECT_EQ(nearestName("channel.1.tx.rf.lo", {"channel.1.tx.bb.iq"}), std::nullopt);

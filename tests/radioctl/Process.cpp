@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <array>
@@ -110,11 +111,15 @@ void Process::execute(const Invocation& invocation) {
     if (!invocation.outputFile.empty()) {
         dup2(open(invocation.outputFile.c_str(), O_WRONLY), STDOUT_FILENO);
     }
+    if (!invocation.inputFile.empty()) {
+        dup2(open(invocation.inputFile.c_str(), O_RDONLY), STDIN_FILENO);
+    }
     // Observers that subscribe through C live as long as the process: nobody may delete them.
     setenv("LSAN_OPTIONS", "suppressions=" RADIOCTL_LEAKS ":print_suppressions=0", 1);
     for (const auto& [name, value] : invocation.environment) {
         setenv(name.c_str(), value.c_str(), 1);
     }
+    unsetenv(invocation.environmentWithout.c_str());
     std::string program = RADIOCTL_PROGRAM;
     std::vector<std::string> words = invocation.arguments;
     std::vector<char*> arguments{program.data()};
@@ -147,6 +152,13 @@ void Process::closeOutput() {
 
 void Process::signal(int number) {
     kill(m_pid, number);
+}
+
+void Process::leaveTerminalToAShell() const {
+    termios mode{};
+    tcgetattr(m_output, &mode);
+    mode.c_lflag |= ICANON | ECHO;
+    tcsetattr(m_output, TCSANOW, &mode);
 }
 
 bool Process::waitUntilItCatches(int number) const {

@@ -15,6 +15,10 @@ struct Invocation {
     bool atTerminal = false;
     /** Where standard output goes instead; empty: to the test. */
     std::string outputFile{};
+    /** Where standard input comes from instead; empty: from the test. */
+    std::string inputFile{};
+    /** A variable that its environment lacks. */
+    std::string environmentWithout{};
 };
 
 /** What a program left behind. */
@@ -38,6 +42,8 @@ public:
     /** Closes the end from which the test reads the program's output. */
     void closeOutput();
     void signal(int number);
+    /** Puts the terminal into the mode in which a shell leaves it that has stopped the program. */
+    void leaveTerminalToAShell() const;
     /** Waits until the program has taken charge of a signal; false when it has not after 10 s. */
     bool waitUntilItCatches(int number) const;
     /**

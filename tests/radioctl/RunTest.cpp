@@ -143,7 +143,6 @@ TEST_F(RunTest, RadioThatDoesNotBootIsExitCode4) {
     EXPECT_EQ(ending.output, R"(Broken radio (board.toml)
   channel 1: rf-module
 phase 11: module initialisation
-     driver-lookup channel.1.tx.rf.frequency  FAILED 0x8001
      error: onModuleInit failed to get driver interface [channel.1.tx.rf.frequency] (EDriverResult = 0x8001)
   FrequencyHandler, channel 1: FAILED 0x8000
 The radio did not boot. "radioctl check board.toml" may say why.
@@ -223,8 +222,38 @@ TEST_F(RunTest, ShowListsFaultsWithTheTurnsTheyHaveLeft) {
 
 TEST_F(RunTest, QuitEndsTheScript) {
     const Ending ending = runScript("quit\nexpect result failed\n");
-    EXPECT_THAT(ending.output, HasSubstr("1 command, 0 expectations.\n"));
+    EXPECT_THAT(ending.output, HasSubstr("0 commands, 0 expectations.\n"));
     EXPECT_EQ(ending.exitCode, 0);
+}
+
+TEST_F(RunTest, HelpAndListsAreNotCountedAsCommands) {
+    const Ending ending = runScript("help\nshow drivers\ntune tx 1 7442000\n");
+    EXPECT_THAT(ending.output, HasSubstr("\n1 command, 0 expectations.\n"));
+}
+
+TEST_F(RunTest, HealthyBootShowsNoFailedLookup) {
+    const std::string board = std::string(RADIOCTL_BOARDS) + "/microwave-if-8ghz.toml";
+    EXPECT_THAT(runProgram({{"run", board}}).output, Not(HasSubstr("FAILED")));
+    EXPECT_THAT(runProgram({{"run", board, "-v"}}).output,
+                HasSubstr("     driver-lookup channel.1.tx.rf.lo.config  FAILED 0x8001\n"));
+}
+
+TEST_F(RunTest, ShowListsTheNodesOfEachAxis) {
+    write("board.toml", std::string(rfModuleBoard) + R"(
+[tables]
+"One" = { axis = [1, 2, 3], values = [0, 0, 0] }
+"Two" = { axes = [[1, 2], [1]], values = [[0], [0]] }
+)");
+    EXPECT_THAT(runScript("show tables\n").output, HasSubstr("     table  nodes\n"
+                                                             "     One    3\n"
+                                                             "     Two    2,1\n"));
+}
+
+TEST_F(RunTest, PassesOverAByteOrderMark) {
+    EXPECT_EQ(runScript("\xEF\xBB\xBF"
+                        "tune tx 1 7442000\nexpect writes 1\n")
+                  .exitCode,
+              0);
 }
 
 TEST_F(RunTest, ReadsCommandsFromAPipe) {
@@ -250,6 +279,13 @@ TEST_F(RunTest, ColoursFailuresAtATerminal) {
     const Ending ending = runProgram({{"run", "board.toml"}, {{"NO_COLOR", ""}, {"TERM", "xterm"}}, true});
     EXPECT_THAT(ending.output, HasSubstr("\033[1;31merror: onModuleInit failed to get driver interface"));
     EXPECT_EQ(ending.exitCode, 4);
+}
+
+TEST_F(RunTest, ColoursNothingAtATerminalOfUnknownType) {
+    write("board.toml", brokenBoard);
+    Invocation invocation{{"run", "board.toml"}, {{"NO_COLOR", ""}}, true};
+    invocation.environmentWithout = "TERM";
+    EXPECT_THAT(runProgram(invocation).output, Not(HasSubstr("\033")));
 }
 
 TEST_F(RunTest, HonoursNoColor) {

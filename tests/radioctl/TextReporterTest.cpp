@@ -60,8 +60,21 @@ TEST_F(TextReporterTest, HidesLookupsThatWentWell) {
     call.operation = Operation::driverLookup;
     call.object = "driver";
     EXPECT_EQ(shownFor(call), "");
+    call.code = 0x8000;
+    EXPECT_EQ(shownFor(call), "     driver-lookup driver  FAILED 0x8000\n");
+}
+
+TEST_F(TextReporterTest, HidesLookupsOfWhatIsNotThere) {
+    Call call{};
+    call.object = "name";
     call.code = 0x8001;
-    EXPECT_EQ(shownFor(call), "     driver-lookup driver  FAILED 0x8001\n");
+    for (const Operation operation : {Operation::driverLookup, Operation::tableLookup, Operation::variableGet,
+                                      Operation::variableAddress, Operation::brokerLookup}) {
+        call.operation = operation;
+        EXPECT_EQ(shownFor(call), "");
+    }
+    call.operation = Operation::driverRead;
+    EXPECT_EQ(shownFor(call), "     driver-read name  FAILED 0x8001\n");
 }
 
 TEST_F(TextReporterTest, ColoursErrorsRed) {

@@ -1,0 +1,88 @@
+#include "BoardNames.h"
+
+#include "Arguments.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace Radioctl {
+
+namespace {
+
+constexpr std::string_view rauBase = "IRauHandler";
+
+void append(std::vector<std::string>& names, const std::vector<std::string>& more) {
+    names.insert(names.end(), more.begin(), more.end());
+}
+
+} // namespace
+
+std::string channelName(std::string_view base, int channel) {
+    return std::string(base) + (channel == 0 ? "" : "_" + std::to_string(channel));
+}
+
+std::string handlerName(Direction direction, int channel) {
+    return channelName(direction == Direction::tx ? "IFrequencyHandler_Tx" : "IFrequencyHandler_Rx", channel);
+}
+
+std::string rauName(int channel) {
+    return channelName(rauBase, channel);
+}
+
+std::string rauCarrierName(std::string_view rau, Direction direction) {
+    return std::string(rau) + "." + std::string(toString(direction));
+}
+
+std::optional<int> rauChannel(std::string_view name) {
+    if (name == rauBase) {
+        return 0;
+    }
+    if (name.size() < rauBase.size() + 2) {
+        return std::nullopt;
+    }
+    const auto number = parseInteger(name.substr(rauBase.size() + 1));
+    const auto channel = static_cast<int>(number.value_or(0));
+    return channel != 0 && rauName(channel) == name ? std::optional(channel) : std::nullopt;
+}
+
+const VariableDescription* arraySizedBy(std::string_view name, const Board& board) {
+    constexpr std::string_view ending = ".rx.rf.frequency.cs.offset.arraysize";
+    if (name.size() < ending.size() || name.substr(name.size() - ending.size()) != ending) {
+        return nullptr;
+    }
+    name.remove_suffix(std::string_view("size").size());
+    const auto array =
+        std::find_if(board.variables.begin(), board.variables.end(),
+                     [name](const VariableDescription& variable) { return variable.name == name; });
+    return array == board.variables.end() ? nullptr : &*array;
+}
+
+BoardNames::BoardNames(const Board& board) : platformInterfaces{"IDriverLayer", "ITemperatureHandler"} {
+    for (const DriverDescription& driver : board.drivers) {
+        drivers.push_back(driver.name);
+    }
+    for (const VariableDescription& variable : board.variables) {
+        variables.push_back(variable.name);
+    }
+    for (const TableDescription& table : board.tables) {
+        tables.push_back(table.table.name);
+    }
+    for (const InterfaceDescription& interface : board.interfaces) {
+        if (rauChannel(interface.name).has_value()) {
+            raus.push_back(interface.name);
+        }
+    }
+    append(platformInterfaces, raus);
+    brokerNames = platformInterfaces;
+    for (const ChannelDescription& channel : board.channels) {
+        channels.push_back(std::to_string(channel.number));
+        append(brokerNames, {handlerName(Direction::tx, channel.number),
+                             handlerName(Direction::rx, channel.number), rauName(channel.number)});
+    }
+    hardware = drivers;
+    for (const std::string& rau : raus) {
+        append(hardware, {rauCarrierName(rau, Direction::tx), rauCarrierName(rau, Direction::rx)});
+    }
+}
+
+} // namespace Radioctl

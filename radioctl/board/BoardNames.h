@@ -1,0 +1,50 @@
+#ifndef RADIOCTL_BOARDNAMES_H
+#define RADIOCTL_BOARDNAMES_H
+
+#include "Board.h"
+#include "Words.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Radioctl {
+
+/** The names that a command can use on one board: what lines are checked against and completed from. */
+struct BoardNames {
+    explicit BoardNames(const Board& board);
+
+    std::vector<std::string> channels;
+    std::vector<std::string> drivers;
+    std::vector<std::string> variables;
+    std::vector<std::string> tables;
+    /** The remote radio units that the board describes. */
+    std::vector<std::string> raus;
+    /** The interfaces of the platform whose presence can be changed. */
+    std::vector<std::string> platformInterfaces;
+    /** Every name that somebody looks up in or gives to the broker. */
+    std::vector<std::string> brokerNames;
+    /** Where values reach hardware: drivers, and the carriers of remote radio units. */
+    std::vector<std::string> hardware;
+};
+
+/** `base`, followed by "_" and the channel unless it is 0. */
+std::string channelName(std::string_view base, int channel);
+/** The name under which a handler is published, for example "IFrequencyHandler_Tx_1". */
+std::string handlerName(Direction direction, int channel);
+/** The name under which the remote radio unit of a channel is published, for example "IRauHandler_1". */
+std::string rauName(int channel);
+/** How a carrier of a remote radio unit is called where values reach hardware, for example
+ * "IRauHandler_1.tx". */
+std::string rauCarrierName(std::string_view rau, Direction direction);
+/** The channel of the remote radio unit `name`; nothing when it is no name of one. */
+std::optional<int> rauChannel(std::string_view name);
+/**
+ * The array of which a receiver reads as many integers as the variable `name` says; null when `name` is no
+ * such variable, or the board has no such array.
+ */
+const VariableDescription* arraySizedBy(std::string_view name, const Board& board);
+
+} // namespace Radioctl
+
+#endif

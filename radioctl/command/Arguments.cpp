@@ -1,0 +1,117 @@
+#include "Arguments.h"
+
+#include "Frequency.h"
+#include "NearestName.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <limits>
+#include <system_error>
+
+namespace Radioctl {
+
+namespace {
+
+/** `what` as it reads in a sentence: "CHANNEL" is "channel". */
+std::string spoken(std::string_view what) {
+    if (what == "DEGREES") {
+        return "number of degrees";
+    }
+    std::string text(what);
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char character) { return static_cast<char>(std::tolower(character)); });
+    return text;
+}
+
+std::int64_t parseInRange(std::string_view word, std::string_view what, std::int64_t lowest,
+                          std::int64_t highest) {
+    const std::optional<std::int64_t> number = parseInteger(word);
+    if (!number.has_value() || *number < lowest || *number > highest) {
+        throw CommandError(inQuotes(word) + " is no " + spoken(what) + ", expected a number from " +
+                           std::to_string(lowest) + " to " + std::to_string(highest));
+    }
+    return *number;
+}
+
+constexpr std::int64_t lowestInt32 = std::numeric_limits<std::int32_t>::min();
+constexpr std::int64_t highestInt32 = std::numeric_limits<std::int32_t>::max();
+
+} // namespace
+
+std::optional<std::int64_t> parseInteger(std::string_view word) {
+    const bool negative = !word.empty() && word.front() == '-';
+    std::string_view digits = word.substr(negative ? 1 : 0);
+    const bool hexadecimal = digits.size() > 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X');
+    digits.remove_prefix(hexadecimal ? 2 : 0);
+    if (digits.empty() || digits.front() == '-') {
+        return std::nullopt;
+    }
+    const std::string signedDigits = (negative ? "-" : "") + std::string(digits);
+    const char* const end = signedDigits.data() + signedDigits.size();
+    std::int64_t value = 0;
+    const auto [rest, error] = std::from_chars(signedDigits.data(), end, value, hexadecimal ? 16 : 10);
+    return error == std::errc() && rest == end ? std::optional(value) : std::nullopt;
+}
+
+std::int32_t parseInt32(std::string_view word, std::string_view what) {
+    return static_cast<std::int32_t>(parseInRange(word, what, lowestInt32, highestInt32));
+}
+
+const std::string& Arguments::take(std::string_view what) {
+    if (atEnd()) {
+        throwUsage(std::string(what) + " is missing");
+    }
+    return m_words[m_next++];
+}
+
+std::int32_t Arguments::takeInt32(std::string_view what) {
+    return parseInt32(take(what), what);
+}
+
+std::int64_t Arguments::takeInt64(std::string_view what) {
+    return parseInRange(take(what), what, std::numeric_limits<std::int64_t>::min(),
+                        std::numeric_limits<std::int64_t>::max());
+}
+
+std::int32_t Arguments::takeCode(std::string_view what) {
+    constexpr std::int64_t highest = std::numeric_limits<std::uint32_t>::max();
+    return static_cast<std::int32_t>(parseInRange(take(what), what, lowestInt32, highest));
+}
+
+std::int32_t Arguments::takeChannel() {
+    return static_cast<std::int32_t>(parseInRange(take("CHANNEL"), "CHANNEL", 0, highestInt32));
+}
+
+Direction Arguments::takeDirection() {
+    return takeOneOf("tx|rx", directionFromString, {"tx", "rx"});
+}
+
+std::uint32_t Arguments::takeFrequency() {
+    const std::string& number = take("FREQUENCY");
+    const bool unitFollows = !atEnd() && looksLikeUnit(peek());
+    return parseFrequency(number, unitFollows ? std::string_view(take("unit")) : std::string_view());
+}
+
+void Arguments::finish() const {
+    if (!atEnd()) {
+        throwUsage(inQuotes(peek()) + " is one word too many");
+    }
+}
+
+void Arguments::throwUsage(const std::string& complaint) const {
+    throw CommandError(complaint + ", expected: " + std::string(m_usage));
+}
+
+void Arguments::throwUnknown(std::string_view what, std::string_view word,
+                             const std::vector<std::string_view>& words) {
+    const std::string hint =
+        parseInteger(word).has_value() ? "" : didYouMean(word, {words.begin(), words.end()});
+    const bool namesItself = what.find('|') != std::string_view::npos;
+    throw CommandError((namesItself ? inQuotes(word) + " is out of place"
+                                    : "unknown " + spoken(what) + " " + inQuotes(word)) +
+                       hint + ", expected " +
+                       (words.size() == 2 ? joined(words, " or ") : "one of " + joined(words, ", ")));
+}
+
+} // namespace Radioctl

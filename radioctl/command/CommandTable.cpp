@@ -1,0 +1,133 @@
+#include "CommandTable.h"
+
+#include "CommandParsers.h"
+#include "NearestName.h"
+#include "Tokenizer.h"
+
+#include <algorithm>
+
+namespace Radioctl {
+
+namespace {
+
+/** The first words of `text`, as many as `words` has. */
+bool beginsWith(const std::vector<std::string>& words, const std::vector<std::string>& start) {
+    return start.size() <= words.size() && std::equal(start.begin(), start.end(), words.begin());
+}
+
+[[noreturn]] void throwUnknownCommand(const std::vector<std::string>& known,
+                                      const std::vector<std::string>& words,
+                                      const std::vector<std::string>& candidates) {
+    const std::string choice =
+        (candidates.size() == 1 ? "expected " : "expected one of ") + joined(candidates, ", ");
+    if (known.size() == words.size()) {
+        throw CommandError("the line ends after " + inQuotes(joined(known, " ")) + ", " + choice);
+    }
+    const std::string& word = words[known.size()];
+    throw CommandError((known.empty() ? "unknown command " : "unknown expectation ") + inQuotes(word) +
+                       didYouMean(word, candidates) + ", " + choice);
+}
+
+} // namespace
+
+const std::vector<CommandInfo>& commandTable() {
+    static const std::vector<CommandInfo> table = {
+        {"tune", "tune tx|rx CHANNEL FREQUENCY [kHz|MHz|GHz]", "Sets the carrier of a channel.",
+         "Without a unit the frequency is in kHz. Decimal fractions are exact: a fraction of a kHz, or more "
+         "than 4294967295 kHz, is refused. The result is ok also when the hardware refused the value; what "
+         "failed is shown and traced.",
+         parseTune},
+        {"temperature", "temperature DEGREES", "Tells the radio its temperature, in degrees Celsius.",
+         "Observers of the temperature are told when it changes.", parseTemperature},
+        {"set", "set VARIABLE VALUE[,VALUE...]", "Changes a variable of the database.",
+         "The handlers see a change at once where they keep the variable's address, otherwise when its phase "
+         "is run again. Fewer values than the variable has places leave the others as they are.",
+         parseSet},
+        {"phase", "phase init|storage|frame-format|11|5|20", "Runs a start-up phase again over all channels.",
+         "It stops at the first module that fails; the result is then 0x8000.", parsePhase},
+        {"fault", "fault OPERATION [OBJECT] CODE [once|always|N times]",
+         "Has the platform answer calls with a code.",
+         "Without an object all calls of the operation are answered so; without a number of turns, always. "
+         "Where several faults match, the one given last decides. With a code below 0x8000, a success, the "
+         "call is carried out all the same.",
+         parseFault},
+        {"clear", "clear all|OPERATION [OBJECT]", "Takes faults back.",
+         "Without an object, all faults of the operation.", parseClear},
+        {"interface", "interface INTERFACE present|absent|null|foreign|null-record",
+         "Changes how an interface of the platform shows itself.",
+         "absent: no entry in the broker; null: an entry that holds nothing; foreign: an entry of another "
+         "type; null-record: the right type without a C record. Handlers notice in the next phase init.",
+         parseInterface},
+        {"observe", "observe tx|rx CHANNEL", "Subscribes to a channel once more, as a C client does.",
+         "radioctl observes every handler as a class-based client from the start.", parseObserve},
+        {"trace", "trace off|error|warning|notice|information",
+         "Sets which trace messages are written and shown.", "The start is notice.", parseTrace},
+        {"show", "show drivers|variables|observers|faults|interfaces|tables [PATTERN]",
+         "Lists what the radio has, and its state.",
+         "A pattern chooses names that contain it; it may have the wildcards * and ?.", parseShow},
+        {"expect driver", "expect driver DRIVER VALUE", "Holds when a driver has this value.",
+         "A driver that was never written has the value from the board file.", parseExpectDriver},
+        {"expect frequency", "expect frequency tx|rx CHANNEL FREQUENCY [kHz|MHz|GHz]",
+         "Holds when the frequency handler reports this carrier.", "", parseExpectFrequency},
+        {"expect rau", "expect rau tx|rx CHANNEL FREQUENCY [kHz|MHz|GHz]",
+         "Holds when the remote radio unit has this carrier.", "", parseExpectRau},
+        {"expect notified", "expect notified tx|rx CHANNEL FREQUENCY [kHz|MHz|GHz]",
+         "Holds when the last command told the observers this carrier.", "", parseExpectNotified},
+        {"expect result", "expect result ok|failed|CODE", "Holds when the last command answered so.",
+         "At the beginning of a script the last command is the start-up of the radio. A command that fails "
+         "without an \"expect result\" behind it makes the run fail.",
+         parseExpectResult},
+        {"expect trace", "expect trace TEXT", "Holds when the last command traced a message with this text.",
+         "A text of several words stands in quotation marks. Only messages of the level set by the command "
+         "trace count (notice at the start), whatever --trace shows.",
+         parseExpectTrace},
+        {"expect no trace", "expect no trace [TEXT]",
+         "Holds when it did not; without a text, when it traced none.", "", parseExpectNoTrace},
+        {"expect writes", "expect writes COUNT|DRIVER=VALUE...",
+         "Holds when the last command wrote this to the hardware.",
+         "Either how many values, or exactly which ones in which order. The carriers of a remote radio unit "
+         "go by the names IRauHandler_1.tx and IRauHandler_1.rx. A write that failed did not reach the "
+         "hardware.",
+         parseExpectWrites},
+        {"help", "help [COMMAND]", "Lists the commands, or explains one.", "", parseHelp},
+        {"quit", "quit", "Ends the script or leaves the prompt.", "", parseQuit},
+    };
+    return table;
+}
+
+const CommandInfo& findCommand(const std::vector<std::string>& words) {
+    std::vector<std::string> known;
+    for (;;) {
+        std::vector<std::string> candidates;
+        for (const CommandInfo& info : commandTable()) {
+            const std::vector<std::string> name = splitIntoWords(info.name);
+            if (beginsWith(words, name)) {
+                return info;
+            }
+            if (name.size() > known.size() && beginsWith(name, known) &&
+                std::find(candidates.begin(), candidates.end(), name[known.size()]) == candidates.end()) {
+                candidates.push_back(name[known.size()]);
+            }
+        }
+        const bool isKnown =
+            known.size() < words.size() &&
+            std::find(candidates.begin(), candidates.end(), words[known.size()]) != candidates.end();
+        if (!isKnown) {
+            throwUnknownCommand(known, words, candidates);
+        }
+        known.push_back(words[known.size()]);
+    }
+}
+
+std::vector<const CommandInfo*> commandsNamed(std::string_view name) {
+    const std::vector<std::string> wanted = splitIntoWords(name);
+    std::vector<const CommandInfo*> found;
+    for (const CommandInfo& info : commandTable()) {
+        if (beginsWith(splitIntoWords(info.name), wanted)) {
+            found.push_back(&info);
+        }
+    }
+    return found;
+}
+
+} // namespace Radioctl

@@ -1,0 +1,199 @@
+#include "LineEditor.h"
+
+#include "Completion.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <iostream>
+#include <string_view>
+#include <system_error>
+
+namespace Radioctl {
+
+namespace {
+
+constexpr int historyLength = 1000;
+
+std::filesystem::path directoryFrom(const char* variable) {
+    const char* const value = std::getenv(variable);
+    std::filesystem::path directory = value == nullptr ? "" : value;
+    return directory.is_absolute() ? directory : std::filesystem::path();
+}
+
+} // namespace
+
+std::filesystem::path historyFile() {
+    std::filesystem::path state = directoryFrom("XDG_STATE_HOME");
+    if (state.empty()) {
+        const std::filesystem::path home = directoryFrom("HOME");
+        state = home.empty() ? home : home / ".local" / "state";
+    }
+    return state.empty() ? state : state / "radioctl" / "history";
+}
+
+LineEditor::LineEditor(const BoardNames& names, Interrupt& interrupt, std::filesystem::path historyFile)
+    : m_names(names),
+      m_interrupt(interrupt),
+      m_historyFile(std::move(historyFile)),
+      m_history(history_init()),
+      m_editor(el_init("radioctl", stdin, stdout, stderr)) {
+    static_cast<void>(std::setlocale(LC_CTYPE, ""));
+    loadHistory();
+    el_set(m_editor, EL_CLIENTDATA, this);
+    el_set(m_editor, EL_EDITOR, "emacs");
+    el_set(m_editor, EL_PROMPT, &LineEditor::prompt);
+    el_set(m_editor, EL_HIST, history, m_history);
+    el_set(m_editor, EL_GETCFN, &LineEditor::readCharacter);
+    // The narrow el_set would copy these two strings and never free them.
+    el_wset(m_editor, EL_ADDFN, L"complete-word", L"Completes the word at the cursor",
+            &LineEditor::completeWord);
+    el_set(m_editor, EL_BIND, "^I", "complete-word", nullptr);
+    el_set(m_editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
+}
+
+LineEditor::~LineEditor() {
+    saveHistory();
+    el_end(m_editor);
+    history_end(m_history);
+}
+
+LineEditor& LineEditor::of(EditLine* editor) {
+    void* self = nullptr;
+    el_get(editor, EL_CLIENTDATA, &self);
+    return *static_cast<LineEditor*>(self);
+}
+
+const char* LineEditor::prompt(EditLine* /*editor*/) {
+    return "radio> ";
+}
+
+/** Gives libedit the next character, or -1 when a signal came: libedit itself would read on. */
+int LineEditor::readCharacter(EditLine* editor, wchar_t* character) {
+    std::mbstate_t state{};
+    for (;;) {
+        char byte = 0;
+        while (!of(editor).m_interrupt.waitForInput(STDIN_FILENO)) {
+            if (of(editor).m_interrupt.signal() != 0) {
+                return -1;
+            }
+            takeTerminalBack(editor);
+        }
+        const ssize_t count = read(STDIN_FILENO, &byte, 1);
+        if (count <= 0) {
+            return static_cast<int>(count);
+        }
+        const std::size_t length = std::mbrtowc(character, &byte, 1, &state);
+        if (length == 0 || length == 1) {
+            return 1;
+        }
+        if (length == static_cast<std::size_t>(-1)) {
+            // No character of this locale: it is left out.
+            state = {};
+        }
+    }
+}
+
+/** After Ctrl-Z and fg: the shell has left the terminal in a mode of its own, and its text on the line. */
+void LineEditor::takeTerminalBack(EditLine* editor) {
+    // libedit believes that the terminal is still prepared.
+    el_set(editor, EL_PREP_TERM, 0);
+    el_set(editor, EL_PREP_TERM, 1);
+    el_set(editor, EL_REFRESH);
+}
+
+unsigned char LineEditor::completeWord(EditLine* editor, int /*key*/) {
+    LineEditor& self = of(editor);
+    const LineInfo* const line = el_line(editor);
+    const std::string_view before(line->buffer, static_cast<std::size_t>(line->cursor - line->buffer));
+    const Completion completion = complete(before, self.m_names);
+    if (completion.candidates.empty()) {
+        return CC_ERROR;
+    }
+    std::string more = completion.common.substr(completion.typed);
+    const bool isUnique = completion.candidates.size() == 1;
+    if (isUnique && completion.common.back() != '=') {
+        more += ' ';
+    }
+    if (!more.empty()) {
+        return el_insertstr(editor, more.c_str()) == 0 ? CC_REFRESH : CC_ERROR;
+    }
+    self.showCandidates(completion.candidates);
+    return CC_REDISPLAY;
+}
+
+void LineEditor::showCandidates(const std::vector<std::string>& candidates) {
+    constexpr std::size_t most = 100;
+    std::cout << "\n";
+    for (std::size_t i = 0; i < candidates.size() && i < most; ++i) {
+        std::cout << "  " << candidates[i] << "\n";
+    }
+    if (candidates.size() > most) {
+        std::cout << "  ... and " << candidates.size() - most << " more\n";
+    }
+    std::cout << std::flush;
+}
+
+std::optional<std::string> LineEditor::next() {
+    for (;;) {
+        // Before the prompt is shown: what is typed at it must not meet a terminal that still edits by
+        // itself.
+        el_set(m_editor, EL_PREP_TERM, 1);
+        int length = 0;
+        const char* const text = el_gets(m_editor, &length);
+        if (m_interrupt.signal() != 0) {
+            const LineInfo* const line = el_line(m_editor);
+            const bool isEmpty = line->lastchar == line->buffer;
+            std::cout << "\n" << std::flush;
+            if (isEmpty || m_interrupt.signal() != SIGINT) {
+                return std::nullopt;
+            }
+            m_interrupt.forget();
+            el_reset(m_editor);
+        } else if (text == nullptr || length <= 0) {
+            std::cout << "\n" << std::flush;
+            return std::nullopt;
+        } else {
+            std::string line(text, static_cast<std::size_t>(length));
+            line.erase(line.find_last_not_of("\r\n") + 1);
+            remember(line);
+            return line;
+        }
+    }
+}
+
+void LineEditor::remember(const std::string& line) {
+    if (line.find_first_not_of(" \t") != std::string::npos) {
+        HistEvent event{};
+        history(m_history, &event, H_ENTER, line.c_str());
+    }
+}
+
+void LineEditor::loadHistory() {
+    HistEvent event{};
+    history(m_history, &event, H_SETSIZE, historyLength);
+    history(m_history, &event, H_SETUNIQUE, 1);
+    if (!m_historyFile.empty()) {
+        history(m_history, &event, H_LOAD, m_historyFile.c_str());
+    }
+}
+
+/** Best effort: a history that cannot be kept is no reason to trouble the user. */
+void LineEditor::saveHistory() {
+    if (m_historyFile.empty()) {
+        return;
+    }
+    std::error_code error;
+    std::filesystem::create_directories(m_historyFile.parent_path(), error);
+    const mode_t maskBefore = umask(S_IRWXG | S_IRWXO);
+    HistEvent event{};
+    history(m_history, &event, H_SAVE, m_historyFile.c_str());
+    umask(maskBefore);
+}
+
+} // namespace Radioctl

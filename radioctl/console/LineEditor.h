@@ -1,0 +1,58 @@
+#ifndef RADIOCTL_LINEEDITOR_H
+#define RADIOCTL_LINEEDITOR_H
+
+#include "BoardNames.h"
+#include "Interrupt.h"
+
+#include <histedit.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace Radioctl {
+
+/**
+ * Reads lines from a terminal with editing, history and completion.
+ *
+ * Ctrl-C takes back the line; on an empty line it leaves, as Ctrl-D does.
+ */
+class LineEditor {
+public:
+    /** History is loaded from and saved to `historyFile`; empty for none. The others must outlive the object.
+     */
+    LineEditor(const BoardNames& names, Interrupt& interrupt, std::filesystem::path historyFile);
+    LineEditor(const LineEditor&) = delete;
+    LineEditor& operator=(const LineEditor&) = delete;
+    /** Saves the history and gives the terminal back as it was. */
+    ~LineEditor();
+
+    /** The next line without its end; nothing when the user leaves. */
+    std::optional<std::string> next();
+
+private:
+    static const char* prompt(EditLine* editor);
+    static int readCharacter(EditLine* editor, wchar_t* character);
+    static void takeTerminalBack(EditLine* editor);
+    static unsigned char completeWord(EditLine* editor, int key);
+    static LineEditor& of(EditLine* editor);
+
+    void loadHistory();
+    void saveHistory();
+    void remember(const std::string& line);
+    void showCandidates(const std::vector<std::string>& candidates);
+
+    const BoardNames& m_names;
+    Interrupt& m_interrupt;
+    std::filesystem::path m_historyFile;
+    History* m_history;
+    EditLine* m_editor;
+};
+
+/** Where the prompt's history is kept: below $XDG_STATE_HOME or ~/.local/state. Empty when neither is known.
+ */
+std::filesystem::path historyFile();
+
+} // namespace Radioctl
+
+#endif

@@ -1,0 +1,27 @@
+#ifndef RADIOCTL_OUTPUT_H
+#define RADIOCTL_OUTPUT_H
+
+#include "Programs.h"
+#include "Reporter.h"
+
+#include <memory>
+#include <string>
+
+namespace Radioctl {
+
+/** True when standard output is a terminal that wants colours: NO_COLOR is not set, and TERM is set to
+ * something other than "dumb". */
+bool wantsColour();
+
+/** The reporter that the options ask for, writing to standard output. `echo`: see TextStyle. */
+std::unique_ptr<Reporter> makeReporter(const Options& options, bool echo);
+
+/** Tells people, on standard error, what is wrong with their input. */
+void complain(const std::string& message);
+
+/** `exitCode`, unless what the program wrote did not arrive: then it complains, and the exit code says so. */
+int checkedOutput(int exitCode);
+
+} // namespace Radioctl
+
+#endif

@@ -1,0 +1,271 @@
+#include "TextReporter.h"
+
+#include "ResultCode.h"
+#include "Words.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <iomanip>
+
+namespace Radioctl {
+
+namespace {
+
+/** What is shown below a command stands here, behind the column of the numbers. */
+constexpr std::string_view indent = "     ";
+
+std::string channelList(const std::vector<unsigned>& channels) {
+    return (channels.size() == 1 ? "channel " : "channels ") + numberList(channels);
+}
+
+std::string cellText(const Listing::Cell& cell) {
+    return std::visit(Visitor{[](std::int64_t number) { return std::to_string(number); },
+                              [](const std::string& text) { return text; },
+                              [](const std::vector<std::int32_t>& values) {
+                                  std::vector<std::string> items;
+                                  std::transform(values.begin(), values.end(), std::back_inserter(items),
+                                                 [](std::int32_t value) { return std::to_string(value); });
+                                  return joined(items, ",");
+                              }},
+                      cell);
+}
+
+std::vector<std::vector<std::string>> textCells(const Listing& listing) {
+    std::vector<std::vector<std::string>> lines{listing.columns};
+    for (const auto& row : listing.rows) {
+        std::vector<std::string> line;
+        std::transform(row.begin(), row.end(), std::back_inserter(line), cellText);
+        lines.push_back(std::move(line));
+    }
+    return lines;
+}
+
+std::vector<std::size_t> columnWidths(const std::vector<std::vector<std::string>>& lines) {
+    std::vector<std::size_t> widths(lines.front().size(), 0);
+    for (const auto& line : lines) {
+        for (std::size_t column = 0; column < line.size(); ++column) {
+            widths[column] = std::max(widths[column], line[column].size());
+        }
+    }
+    return widths;
+}
+
+std::string padded(const std::vector<std::string>& line, const std::vector<std::size_t>& widths) {
+    std::string text(indent);
+    for (std::size_t column = 0; column + 1 < line.size(); ++column) {
+        text += line[column] + std::string(widths[column] - line[column].size() + 2, ' ');
+    }
+    return text + line.back();
+}
+
+} // namespace
+
+std::string numberList(const std::vector<unsigned>& numbers) {
+    std::vector<std::string> items;
+    for (std::size_t begin = 0; begin < numbers.size();) {
+        std::size_t end = begin + 1;
+        while (end < numbers.size() && numbers[end] == numbers[end - 1] + 1) {
+            ++end;
+        }
+        const bool isRange = end - begin > 2;
+        items.push_back(std::to_string(numbers[begin]) +
+                        (isRange ? " to " + std::to_string(numbers[end - 1]) : ""));
+        begin = isRange ? end : begin + 1;
+    }
+    return joined(items, ", ");
+}
+
+std::string TextReporter::painted(Paint paint, std::string_view text) const {
+    if (!m_style.colour) {
+        return std::string(text);
+    }
+    constexpr std::array<std::string_view, 4> escapes = {"\033[1;31m", "\033[33m", "\033[36m", "\033[2m"};
+    return std::string(escapes.at(static_cast<std::size_t>(paint))) + std::string(text) + "\033[0m";
+}
+
+std::string TextReporter::answer(std::int32_t code) const {
+    if (isFailure(code)) {
+        return "  " + failure("FAILED " + codeText(code));
+    }
+    return code == 0 ? "" : "  (answered " + codeText(code) + ")";
+}
+
+void TextReporter::boardLoaded(const Board& board) {
+    m_boardFile = harmless(board.file.string());
+    m_out << board.name << " (" << m_boardFile << ")\n";
+    if (!board.description.empty()) {
+        m_out << "  " << board.description << "\n";
+    }
+    std::vector<std::pair<std::string_view, std::vector<unsigned>>> byType;
+    for (const ChannelDescription& channel : board.channels) {
+        const std::string_view type = toString(channel.type);
+        if (byType.empty() || byType.back().first != type) {
+            byType.push_back({type, {}});
+        }
+        byType.back().second.push_back(static_cast<unsigned>(channel.number));
+    }
+    for (const auto& [type, channels] : byType) {
+        m_out << "  " << channelList(channels) << ": " << type << "\n";
+    }
+}
+
+void TextReporter::phaseStarted(unsigned long phase) {
+    m_writes = 0;
+    m_out << "phase " << phase << ": " << meaningOf(phase) << "\n";
+}
+
+void TextReporter::phaseFinished(const Standalone::PhaseReport& report) {
+    std::vector<unsigned> good;
+    std::string name;
+    const auto showGood = [&] {
+        if (!good.empty()) {
+            m_out << "  " << name << ", " << channelList(good) << ": ok\n";
+        }
+        good.clear();
+    };
+    for (const Standalone::PhaseStep& step : report.steps) {
+        if (step.moduleName != name || isFailure(step.code)) {
+            showGood();
+        }
+        name = step.moduleName;
+        if (isFailure(step.code)) {
+            m_out << "  " << name << ", channel " << step.channel << ": "
+                  << failure("FAILED " + codeText(step.code)) << "\n";
+        } else {
+            good.push_back(step.channel);
+        }
+    }
+    showGood();
+}
+
+void TextReporter::booted(bool succeeded) {
+    if (succeeded) {
+        m_out << "The radio is up.\n";
+    } else {
+        m_out << failure("The radio did not boot.") << " \"radioctl check " << m_boardFile
+              << "\" may say why.\n";
+    }
+    m_out << std::flush;
+}
+
+void TextReporter::commandStarted(const ScriptLine& line) {
+    m_writes = 0;
+    if (m_style.echo) {
+        m_out << "\n> " << line.text << "\n";
+    }
+}
+
+void TextReporter::commandFinished(std::int32_t code, const std::string& note) {
+    if (isFailure(code)) {
+        m_out << indent << "result" << answer(code) << "\n";
+    }
+    if (!note.empty()) {
+        m_out << indent << note << "\n";
+    }
+    m_out << std::flush;
+}
+
+void TextReporter::called(const Standalone::Call& call) {
+    if (isWrite(call)) {
+        showWrite(call);
+    } else if (m_style.verbose || mattersToAPerson(call)) {
+        m_out << indent << Standalone::toString(call.operation) << (call.object.empty() ? "" : " ")
+              << call.object << answer(call.code) << "\n";
+    }
+}
+
+void TextReporter::showWrite(const Standalone::Call& call) {
+    if (isSuccess(call.code)) {
+        m_out << std::setw(3) << ++m_writes;
+    } else {
+        m_out << "  -";
+    }
+    m_out << "  " << destination(call) << " <- " << call.value;
+    if (call.operation == Standalone::Operation::driverWriteBuffer) {
+        m_out << " (" << counted(call.bytes.size(), "byte") << ")";
+    }
+    m_out << answer(call.code) << "\n";
+}
+
+void TextReporter::traced(const Standalone::TraceMessage& message) {
+    namespace Level = Standalone::TraceLevel;
+    const Paint paint = message.level == Level::error     ? Paint::failure
+                        : message.level == Level::warning ? Paint::warning
+                        : message.level == Level::notice  ? Paint::notice
+                                                          : Paint::faint;
+    std::string text = std::string(toString(message.level)) + ": " + message.text;
+    if (m_style.verbose) {
+        text += " [" + std::filesystem::path(message.file).filename().string() + ":" +
+                std::to_string(message.line) + "]";
+    }
+    m_out << indent << painted(paint, text) << "\n";
+}
+
+void TextReporter::notified(const Notification& notification) {
+    m_out << indent << toString(notification.direction) << " " << notification.channel << " told its "
+          << (notification.throughC ? "C observer: " : "observer: ") << notification.frequency << " kHz\n";
+}
+
+void TextReporter::judged(const ScriptLine& line, const Judgement& judgement) {
+    if (judgement.held) {
+        m_out << "  held    " << line.text << "\n";
+    } else {
+        m_out << "  " << failure("FAILED") << "  " << line.text
+              << (line.place.file.empty() ? "" : "  (" + toString(line.place) + ")") << "\n          "
+              << "expected " << judgement.expected << ", found " << judgement.found << "\n";
+    }
+    m_out << std::flush;
+}
+
+void TextReporter::listed(const Listing& listing) {
+    const auto lines = textCells(listing);
+    if (listing.rows.empty()) {
+        m_out << indent << "no " << listing.title << "\n";
+        return;
+    }
+    const auto widths = columnWidths(lines);
+    for (const auto& line : lines) {
+        m_out << padded(line, widths) << "\n";
+    }
+}
+
+void TextReporter::helped(const std::string& text) {
+    m_out << text;
+}
+
+void TextReporter::refused(const std::string& /*message*/) {
+    m_out << std::flush;
+}
+
+void TextReporter::summarised(const Summary& summary, int /*exitCode*/) {
+    m_out << "\n";
+    showTotals(summary);
+    if (!summary.bootAccepted) {
+        m_out << failure("The radio did not boot, and no \"expect result\" came first.") << "\n";
+    }
+    if (summary.unexpectedFailures != 0) {
+        m_out << failure(counted(summary.unexpectedFailures, "command") + " FAILED")
+              << " without an \"expect result\".\n";
+    }
+    if (summary.refusedLines != 0) {
+        m_out << failure(counted(summary.refusedLines, "line") + " refused.") << "\n";
+    }
+    if (summary.signal != 0) {
+        m_out << "Interrupted.\n";
+    }
+    m_out << std::flush;
+}
+
+void TextReporter::showTotals(const Summary& summary) {
+    const std::size_t expectations = summary.held + summary.failed;
+    m_out << counted(summary.commands, "command") << ", " << counted(expectations, "expectation");
+    if (summary.failed != 0) {
+        m_out << ": " << failure(std::to_string(summary.failed) + " FAILED");
+    } else if (expectations != 0) {
+        m_out << ": all held";
+    }
+    m_out << ".\n";
+}
+
+} // namespace Radioctl

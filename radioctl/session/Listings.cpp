@@ -1,0 +1,125 @@
+#include "Listings.h"
+
+#include "BoardNames.h"
+#include "Words.h"
+
+#include <fnmatch.h>
+
+namespace Radioctl {
+
+namespace {
+
+using Cell = Listing::Cell;
+using Row = std::vector<Cell>;
+
+bool matches(const std::string& pattern, const std::string& name) {
+    return fnmatch(("*" + pattern + "*").c_str(), name.c_str(), 0) == 0;
+}
+
+Cell numberCell(std::uint64_t number) {
+    return static_cast<std::int64_t>(number);
+}
+
+std::vector<Row> driverRows(Radio& radio) {
+    std::vector<Row> rows;
+    for (const auto& [name, driver] : radio.platform().drivers().drivers()) {
+        rows.push_back({name, driver->value(), numberCell(driver->writes())});
+    }
+    return rows;
+}
+
+std::vector<Row> variableRows(Radio& radio) {
+    std::vector<Row> rows;
+    for (const auto& [name, variable] : radio.platform().variables().variables()) {
+        rows.push_back({name, variable->values()});
+    }
+    return rows;
+}
+
+std::vector<Row> observerRows(Radio& radio) {
+    const std::vector<Radio::ObserverState> observers = radio.observers();
+    std::vector<Row> rows;
+    rows.reserve(observers.size());
+    for (const Radio::ObserverState& observer : observers) {
+        rows.push_back({handlerName(observer.direction, observer.channel),
+                        std::string(observer.throughC ? "C" : "class"), numberCell(observer.notifications),
+                        numberCell(observer.frequency)});
+    }
+    return rows;
+}
+
+std::vector<Row> faultRows(Radio& radio) {
+    std::vector<Row> rows;
+    for (const Standalone::Fault& fault : radio.platform().calls().faults()) {
+        rows.push_back({std::string(Standalone::toString(fault.operation)),
+                        fault.object.empty() ? std::string("(all)") : fault.object, codeText(fault.code),
+                        fault.times.has_value() ? std::to_string(*fault.times) : std::string("always")});
+    }
+    return rows;
+}
+
+std::vector<Row> interfaceRows(Radio& radio) {
+    std::map<std::string, std::string> states;
+    for (const auto& [name, interface] : radio.platform().interfaces().entries()) {
+        states[name] =
+            toString(interface == nullptr ? Standalone::Presence::null : Standalone::Presence::present);
+    }
+    for (const auto& [name, presence] : radio.presences()) {
+        states[name] = toString(presence);
+    }
+    std::vector<Row> rows;
+    rows.reserve(states.size());
+    for (const auto& [name, state] : states) {
+        rows.push_back({name, state});
+    }
+    return rows;
+}
+
+std::vector<Row> tableRows(Radio& radio) {
+    std::vector<Row> rows;
+    for (const auto& [name, table] : radio.platform().tables().tables()) {
+        std::vector<std::int32_t> nodes{static_cast<std::int32_t>(table->axis1.size())};
+        if (!table->axis2.empty()) {
+            nodes.push_back(static_cast<std::int32_t>(table->axis2.size()));
+        }
+        rows.push_back({name, nodes});
+    }
+    return rows;
+}
+
+/** How each kind of list is called, what its columns are and where its rows come from. */
+struct ListingKind {
+    Show::Kind kind;
+    std::string title;
+    std::vector<std::string> columns;
+    std::vector<Row> (*rows)(Radio& radio);
+};
+
+const ListingKind& listingKind(Show::Kind kind) {
+    static const std::vector<ListingKind> kinds = {
+        {Show::Kind::drivers, "drivers", {"driver", "value", "writes"}, driverRows},
+        {Show::Kind::variables, "variables", {"variable", "values"}, variableRows},
+        {Show::Kind::observers, "observers", {"interface", "kind", "told", "last_khz"}, observerRows},
+        {Show::Kind::faults, "faults", {"operation", "object", "code", "turns"}, faultRows},
+        {Show::Kind::interfaces, "interfaces", {"interface", "state"}, interfaceRows},
+        {Show::Kind::tables, "tables", {"table", "nodes"}, tableRows},
+    };
+    return kinds.at(static_cast<std::size_t>(kind));
+}
+
+} // namespace
+
+Listing makeListing(const Show& command, Radio& radio) {
+    const ListingKind& kind = listingKind(command.kind);
+    Listing listing{kind.title, kind.columns, {}};
+    for (Row& row : kind.rows(radio)) {
+        const bool isFault = command.kind == Show::Kind::faults;
+        if (matches(command.pattern, std::get<std::string>(row[0])) ||
+            (isFault && matches(command.pattern, std::get<std::string>(row[1])))) {
+            listing.rows.push_back(std::move(row));
+        }
+    }
+    return listing;
+}
+
+} // namespace Radioctl
