@@ -54,6 +54,9 @@ private:
  * platform. */
 class RADIO_API CModuleManager {
 public:
+    CModuleManager(const CModuleManager&) = delete;
+    CModuleManager& operator=(const CModuleManager&) = delete;
+
     /** The module manager of the process, created on first use. */
     static CModuleManager& GetInstance();
 

@@ -9,6 +9,9 @@
 /** Publishes interfaces under names and finds them again. It owns none of them. Supplied by the platform. */
 class RADIO_API InterfaceBroker {
 public:
+    InterfaceBroker(const InterfaceBroker&) = delete;
+    InterfaceBroker& operator=(const InterfaceBroker&) = delete;
+
     /** The broker of the process, created on first use. */
     static InterfaceBroker& getInstance();
 

@@ -43,13 +43,15 @@ std::size_t TemperatureService::set(int temperature) {
     m_temperature = temperature;
     // An observer may register another one, which must not disturb this walk.
     const std::vector<ITemperatureObserver*> observers = m_observers;
+    std::size_t told = 0;
     for (ITemperatureObserver* const observer : observers) {
         // The record is the observer's, which may have taken its function out since.
         if (observer->notifyTemperature != nullptr) {
             observer->notifyTemperature(observer->context, temperature);
+            ++told;
         }
     }
-    return observers.size();
+    return told;
 }
 
 } // namespace Standalone

@@ -55,7 +55,7 @@ std::int32_t VariableStore::getByName(const char* name, StorageVariable** out) {
         if (variable == nullptr) {
             return Codes::notFound;
         }
-        *out = variable->record();
+        *out = m_nullRecords.count(wanted) != 0 ? nullptr : variable->record();
         call.value = variable->values().front();
         return ResultOk;
     });

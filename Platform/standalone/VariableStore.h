@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -60,12 +61,15 @@ public:
 
     /** An unknown name gives Codes::notFound. On failure `*out` is untouched. */
     std::int32_t getByName(const char* name, StorageVariable** out);
+    /** Has a successful getByName of `name` store null instead of the variable's record. */
+    void giveNullRecord(const std::string& name) { m_nullRecords.insert(name); }
     /** An unknown name gives Codes::notFound. On failure `*address` is untouched. */
     std::int32_t getContentAddress(const char* name, void** address);
 
 private:
     Calls& m_calls;
     std::map<std::string, std::unique_ptr<Variable>, std::less<>> m_variables;
+    std::set<std::string, std::less<>> m_nullRecords;
 };
 
 } // namespace Standalone

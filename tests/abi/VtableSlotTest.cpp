@@ -23,8 +23,9 @@ namespace Rau = RL::FrequencyHandler::Rau;
 namespace RfModule = RL::FrequencyHandler::RfModule;
 
 /**
- * The slot of a virtual operation. A pointer to one holds the slot's offset in the table, with the lowest bit
- * set on processors whose functions may lie at odd addresses.
+ * The slot of a virtual operation. The first word of a pointer to one is the slot's offset in the table plus
+ * 1, which the division drops; where functions may lie at odd addresses, as on ARM, the 1 is in the second
+ * word.
  */
 template <typename Operation>
 std::size_t slotOf(Operation operation) {

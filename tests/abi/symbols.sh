@@ -5,7 +5,10 @@
 # each line of REQUIRED must be one of them.
 set -eu
 
-symbols=$("$1" -D -C "$3" "$2" | sed -E 's/^[0-9a-f]* *[A-Za-z] //')
+# Two steps, because the shell does not see when the first part of a pipe fails.
+listing=$("$1" -D -C "$3" "$2")
+symbols=$(echo "$listing" | sed -E 's/^[0-9a-f]* *[A-Za-z] //')
+[ -n "$symbols" ] || { echo "$2 has no such symbols"; exit 1; }
 
 strangers=$(echo "$symbols" | grep -vxEf "$4" | sort -u || true)
 if [ -n "$strangers" ]; then

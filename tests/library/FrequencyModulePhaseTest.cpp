@@ -189,6 +189,15 @@ TEST_F(FrequencyModulePhaseTest, Type5ReadsNeitherIfNorOffsetArray) {
     EXPECT_THAT(objectsOf(Operation::variableAddress), IsEmpty());
 }
 
+TEST_F(FrequencyModulePhaseTest, StoragePhaseIsTracedBeforeItsWork) {
+    build(5);
+    startStory();
+    EXPECT_EQ(module->onPhaseModuleStorageObjectsRetreived(), ResultOk);
+    EXPECT_EQ(story[0], "trace onPhaseModuleStorageObjectsRetreived");
+    EXPECT_EQ(story[1], "variable-get channel.1.tx.mixer.multiplicationfactor");
+    EXPECT_EQ(story.size(), 9U);
+}
+
 TEST_F(FrequencyModulePhaseTest, FailedTransmitterStopsTheStoragePhase) {
     fail(Operation::variableGet, "channel.1.tx.mixer.multiplicationfactor", 0x8001);
     build(0);
@@ -209,9 +218,10 @@ TEST_F(FrequencyModulePhaseTest, FailedReceiverFailsTheStoragePhase) {
 
 TEST_F(FrequencyModulePhaseTest, FrameFormatPhaseReadsTransmitterThenReceiver) {
     build(0);
-    forget();
+    startStory();
     EXPECT_EQ(module->onPhasePostFrameformatLoad(), ResultOk);
-    EXPECT_THAT(calls(), ElementsAre("variable-get TxIfBb", "variable-get RxIfBb"));
+    EXPECT_THAT(
+        story, ElementsAre("trace onPhasePostFrameformatLoad", "variable-get TxIfBb", "variable-get RxIfBb"));
     EXPECT_THAT(traces(), ElementsAre("information: onPhasePostFrameformatLoad"));
 }
 

@@ -87,6 +87,17 @@ TEST_F(LoCancellationCalibrationTest, DetectorThatStoresNothingLeavesTheReadingA
     EXPECT_EQ(Pair(calibratedI, calibratedQ), Pair(62, 62)); // as for readings of 0
 }
 
+TEST_F(LoCancellationCalibrationTest, SearchRunsAlsoWithCoarseDcTables) {
+    for (const std::string branch : {"I", "Q"}) {
+        takeAwayTable("Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer." + branch);
+        platform.tables().add(
+            {"Channel.1.Tx.Bb.Frequency.To.Coarse.Dc." + branch + ".Compensation", {0}, {0}, {7}});
+    }
+    leak(detector, towardTheLowerCorner);
+    EXPECT_EQ(calibrate({}), ResultOk);
+    EXPECT_EQ(written(), (Pairs{{0, 0}, {100, 0}, {0, 100}, {100, 100}, {37, 37}}));
+}
+
 // More iterations
 
 TEST_F(LoCancellationCalibrationTest, TwoIterationsTowardTheLowerCorner) {

@@ -184,9 +184,27 @@ TEST(LoCancellationSearchTest, BoundsAreCutTowardZero) {
     EXPECT_EQ(afterOne(3, 10, 0.5, best0), (Outcome{3, 4, 4, 4}));      // 6.5 becomes 6: 3..6
 }
 
-TEST(LoCancellationSearchTest, ProductIsRoundedBeforeItIsAdded) {
+// Rounded once, after the sum, each of the next four would come out one further on: 0.7 is a little less than
+// seven tenths, 0.1 and 0.2 are a little more than theirs, and 1 less 0.2 is a little more than 0.8.
+
+TEST(LoCancellationSearchTest, ProductIsRoundedBeforeItIsAddedToTheLowBound) {
     // 10 times 0.7 is 7 once rounded; added to -6 before rounding it would stay below 1.
     EXPECT_EQ(afterOne(-6, 4, 0.7, best0).widest, 7);
+}
+
+TEST(LoCancellationSearchTest, ProductIsRoundedBeforeItIsTakenFromTheHighBound) {
+    // 30 times 0.1 is 3 once rounded: 1..4. Taken from 4 before rounding it would leave less than 1: 0..4.
+    EXPECT_EQ(afterOne(-26, 4, 0.1, best3).widest, 3);
+}
+
+TEST(LoCancellationSearchTest, ProductIsRoundedBeforeItIsAddedForTheLowerProbe) {
+    // 46 times 0.2 is 9.2: -12..-2. Eight tenths of 10 are 8 once rounded, else a little more.
+    EXPECT_EQ(afterOne(-12, 34, 0.2, best0), (Outcome{10, -7, -4, -10}));
+}
+
+TEST(LoCancellationSearchTest, ProductIsRoundedBeforeItIsAddedForTheUpperProbe) {
+    // 50 times 0.2 is 10: -3..7. Two tenths of 10 are 2 once rounded, else a little more.
+    EXPECT_EQ(afterOne(-3, 47, 0.2, best0), (Outcome{10, 2, 5, -1}));
 }
 
 TEST(LoCancellationSearchTest, LowerProbeLiesAtOneLessTheFactor) {

@@ -307,6 +307,21 @@ TEST_F(LoCancellationSetupTest, CoarseDcTableForQSwitchesTheCorrectionOff) {
     EXPECT_EQ(calls(), Lines{});
 }
 
+TEST_F(LoCancellationSetupTest, CoarseDcTableForISwitchesTheCorrectionOffAlsoWithoutAnyTableForQ) {
+    takeAwayTable(tableI);
+    takeAwayTable(tableQ);
+    addCoarseDcTable("I");
+    EXPECT_EQ(bootCanceller().setLoCancellation(18'000'000, 25), ResultOk);
+    EXPECT_EQ(calls(), Lines{});
+}
+
+TEST_F(LoCancellationSetupTest, CorrectionSwitchedOffStillWritesWhatItIsGiven) {
+    takeAwayTable(tableI);
+    addCoarseDcTable("I");
+    EXPECT_EQ(bootCanceller().setIQ(5, 6), ResultOk);
+    EXPECT_EQ(writes(), (Lines{"channel.1.tx.rf.mixer.i=5", "channel.1.tx.rf.mixer.q=6"}));
+}
+
 TEST_F(LoCancellationSetupTest, CoarseDcTableBesideTheUsualOneIsNotLookedFor) {
     addCoarseDcTable("I");
     addCoarseDcTable("Q");

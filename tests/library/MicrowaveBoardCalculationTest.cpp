@@ -74,6 +74,7 @@ TEST_F(MicrowaveBoardCalculationTest, ResultsDoNotDependOnTracing) {
     platform.trace().setThreshold(Standalone::TraceLevel::notice);
     EXPECT_EQ(board.calculateIfPllFrequency(18'000'250), 140'250U);
     EXPECT_EQ(board.calculateRfPllFrequency(18'000'250, false), 8'930'000U);
+    EXPECT_EQ(board.calculateRfPllFrequency(18'000'250, true), 9'000'125'000U);
     EXPECT_EQ(traces(), Lines{});
 }
 

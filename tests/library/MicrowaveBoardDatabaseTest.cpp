@@ -145,6 +145,15 @@ TEST_F(MicrowaveBoardDatabaseTest, MissingRfInversionMeansSidebandMinusOne) {
                                         "information: channel.1.Rx.rfSideband -1", "information: RxIfBb 0"}));
 }
 
+TEST_F(MicrowaveBoardDatabaseTest, RfInversionThatHasGoneMeansSidebandMinusOneAgain) {
+    set("channel.1.rx.rf.spectruminverted", {1});
+    Board& board = boot("Rx", withIf);
+    takeAwayVariable("channel.1.rx.rf.spectruminverted");
+    EXPECT_EQ(board.getVariablesFromDatabase(), ResultOk);
+    EXPECT_EQ(parameters(board), (Lines{"information: channel.1.Rx.ifSideband 1",
+                                        "information: channel.1.Rx.rfSideband -1", "information: RxIfBb 0"}));
+}
+
 TEST_F(MicrowaveBoardDatabaseTest, BothInversionsMissingMeansBothSidebandsMinusOne) {
     takeAwayVariable("channel.1.rx.rf.spectruminverted");
     takeAwayVariable("channel.1.rx.baseband.spectruminverted");
@@ -266,6 +275,14 @@ TEST_F(MicrowaveBoardDatabaseTest, VariableWithoutContentIsMissing) {
     EXPECT_EQ(traces(), (Lines{"error: Could not get the variable RxIfBb from the database"}));
 }
 
+TEST_F(MicrowaveBoardDatabaseTest, VariableWithoutRecordIsMissing) {
+    platform.variables().giveNullRecord("RxIfBb");
+    int value = 77;
+    EXPECT_EQ(make("Rx", withIf).getStorageVariableByName("RxIfBb", &value), ResultFailed);
+    EXPECT_EQ(value, 77);
+    EXPECT_EQ(traces(), (Lines{"error: Could not get the variable RxIfBb from the database"}));
+}
+
 TEST_F(MicrowaveBoardDatabaseTest, CodesBelow8000HexAreSuccess) {
     const Board& board = make("Rx", withIf);
     int value = 0;
@@ -306,6 +323,12 @@ TEST_F(MicrowaveBoardDatabaseTest, ReceiverWithNeitherDoesNotReadTheChannelSpaci
 TEST_F(MicrowaveBoardDatabaseTest, TransmitterNeverReadsTheChannelSpacing) {
     EXPECT_EQ(make("Tx", withEverything).getFFVariablesFromDatabase(), ResultOk);
     EXPECT_EQ(calls(), (Lines{"variable-get TxIfBb"}));
+}
+
+TEST_F(MicrowaveBoardDatabaseTest, OnlyTheDirectionRxItselfReadsTheChannelSpacing) {
+    platform.variables().add("RXIfBb", {0});
+    EXPECT_EQ(make("RX", withEverything).getFFVariablesFromDatabase(), ResultOk);
+    EXPECT_EQ(calls(), (Lines{"variable-get RXIfBb"}));
 }
 
 TEST_F(MicrowaveBoardDatabaseTest, MissingBasebandOffsetFailsBeforeTheChannelSpacingIsRead) {

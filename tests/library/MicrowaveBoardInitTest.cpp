@@ -303,6 +303,13 @@ TEST_F(MicrowaveBoardInitTest, IfStartsAtItsOwnFrequencyOnceThatIsKnown) {
     EXPECT_EQ(writes(), (Lines{"channel.1.tx.if.frequency=140000"}));
 }
 
+TEST_F(MicrowaveBoardInitTest, IfStartsWithItsBasebandOffset) {
+    set("TxIfBb", {20});
+    Board& board = boot("Tx", withIf);
+    EXPECT_EQ(board.onModuleInit(), ResultOk);
+    EXPECT_EQ(writes(), (Lines{"channel.1.tx.if.frequency=160000"}));
+}
+
 TEST_F(MicrowaveBoardInitTest, IfStartsAtItsOwnFrequencyWhateverTheCarrier) {
     Board& board = boot("Tx", withIf);
     board.setRfFrequency(18'000'250);

@@ -105,6 +105,7 @@ TEST_F(MicrowaveBoardSpacingTest, ArrayWithoutContentFailsBeforeAnythingIsWritte
     platform.variables().find("channel.1.rx.rf.frequency.cs.offset.array")->setContentMissing(true);
     EXPECT_EQ(boot("Rx", withOffsetArray).writeFrequencyToHW(carrier), ResultFailed);
     EXPECT_EQ(calls(), Lines{});
+    EXPECT_EQ(traces(), (Lines{"error: channel.1.rx.rf.frequency.cs.offset.array was not found"}));
 }
 
 TEST_F(MicrowaveBoardSpacingTest, EmptyArrayNeedsNoContent) {

@@ -107,6 +107,15 @@ TEST_F(MicrowaveBoardWriteTest, ReceiverWithAllFlagsWritesTheDspTwice) {
                      "channel.1.rx.rf.pll.config=996250"}));
 }
 
+TEST_F(MicrowaveBoardWriteTest, OnlyTheDirectionRxItselfWritesTheDsp) {
+    platform.variables().add("RXIfBb", {0});
+    fail(Operation::tableLookup, "", 0x8001); // tables have names of another case
+    EXPECT_EQ(boot("RX", withEverything).writeFrequencyToHW(carrier), ResultOk);
+    EXPECT_EQ(writes(),
+              (Lines{"channel.1.rx.if.frequency=140250", "channel.1.rx.rf.lo.frequency.in.hz=9000125000",
+                     "channel.1.rx.rf.pll.config=0"}));
+}
+
 TEST_F(MicrowaveBoardWriteTest, InformationOfOneWriteComesInThisOrder) {
     set("RxIfBb", {56});
     boot("Rx", withEverything).writeFrequencyToHW(carrier);
@@ -157,6 +166,14 @@ TEST_F(MicrowaveBoardWriteTest, FactorZeroFailsBeforeASynthesiserIsTouched) {
     set("channel.1.rx.mixer.multiplicationfactor", {0});
     EXPECT_EQ(boot("Rx", withIf).writeFrequencyToHW(carrier), ResultFailed);
     EXPECT_EQ(writes(), Lines{});
+    EXPECT_EQ(complaints(),
+              (Lines{"error: channel.1.Rx.rf.pll needs a mixer multiplication factor other than 0"}));
+}
+
+TEST_F(MicrowaveBoardWriteTest, FactorZeroFailsAfterTheDspWasWritten) {
+    set("channel.1.rx.mixer.multiplicationfactor", {0});
+    EXPECT_EQ(boot("Rx", withEverything).writeFrequencyToHW(carrier), ResultFailed);
+    EXPECT_EQ(writes(), (Lines{"channel.1.dsp.rx.freq.offset=4000", "channel.1.dsp.rx.freq.offset=50000"}));
     EXPECT_EQ(complaints(),
               (Lines{"error: channel.1.Rx.rf.pll needs a mixer multiplication factor other than 0"}));
 }

@@ -204,6 +204,39 @@ TEST_F(RfModuleTest, WriteAfterAFailedLookupIsASuccessThatWritesNothing) {
     EXPECT_THAT(writes(), IsEmpty());
 }
 
+TEST_F(RfModuleTest, RecordThatFailedTheChecksIsStillWrittenTo) {
+    driver.setMissingWords(Standalone::wordContext);
+    EXPECT_EQ(handler.onModuleInit(), ResultFailed);
+    driver.setMissingWords(0);
+    EXPECT_EQ(handler.writeFrequencyToHW(7442000), ResultOk);
+    EXPECT_THAT(writes(), ElementsAre("channel.1.tx.rf.frequency=7442000"));
+}
+
+TEST_F(RfModuleTest, RecordWithoutContextIsStillWrittenTo) {
+    driver.setMissingWords(Standalone::wordContext);
+    EXPECT_EQ(handler.onModuleInit(), ResultFailed);
+    forget();
+    EXPECT_EQ(handler.writeFrequencyToHW(7442000), ResultFailed); // this platform's drivers refuse it
+    EXPECT_THAT(complaints(), ElementsAre("error: Write to driver failed for channel.1.Tx.rf.frequency "
+                                          "(EDriverResult = 0x8003)"));
+}
+
+TEST_F(RfModuleTest, FailedRepeatedLookupKeepsTheDriver) {
+    EXPECT_EQ(handler.onModuleInit(), ResultOk);
+    fail(Operation::driverLookup, txDriver, 0x8001);
+    EXPECT_EQ(handler.onModuleInit(), ResultFailed);
+    handler.writeFrequencyToHW(7442000);
+    EXPECT_THAT(writes(), ElementsAre("channel.1.tx.rf.frequency=7442000"));
+}
+
+TEST_F(RfModuleTest, RepeatedInitialisationWithoutDriverLayerKeepsTheDriver) {
+    EXPECT_EQ(handler.onModuleInit(), ResultOk);
+    platform.setPresence("IDriverLayer", Presence::absent);
+    EXPECT_EQ(handler.onModuleInit(), ResultFailed);
+    handler.writeFrequencyToHW(7442000);
+    EXPECT_THAT(writes(), ElementsAre("channel.1.tx.rf.frequency=7442000"));
+}
+
 TEST_F(RfModuleTest, WriteWithoutAWriteOperationIsASuccessThatWritesNothing) {
     handler.onModuleInit();
     driver.setMissingWords(Standalone::wordWrite);

@@ -2,7 +2,9 @@
 
 #include "FrequencyHandler_Rau.h"
 #include "FrequencyHandler_RfModule.h"
+#include "LoCancellation.h"
 #include "ModuleTest.h"
+#include "NumericLevels.h"
 
 #include <set>
 #include <string>
@@ -43,22 +45,52 @@ protected:
     OrbiTrace trace{"QVX.FH", OrbiTraceLevel{3}};
 };
 
+/** The trace objects of the library, each through something that has it write one message. */
+class TraceObjectTest : public testing::TestWithParam<void (*)()> {
+protected:
+    /** The names of the objects whose messages were emitted when every message has `level`. */
+    std::vector<std::string> sourcesAt(int level) {
+        NumericLevels::mapAllTo(OrbiTraceLevel{level});
+        platform.trace().clear();
+        GetParam()();
+        NumericLevels::mapAllTo(std::nullopt);
+        std::vector<std::string> names;
+        for (const Standalone::TraceMessage& message : platform.trace().messages()) {
+            names.push_back(message.source);
+        }
+        return names;
+    }
+
+    Standalone::Platform platform;
+};
+
+void messageOfTheHandlers() {
+    RfModule::FrequencyHandler("Tx", 1).onModuleInit();
+}
+void messageOfTheModule() {
+    const ::FrequencyHandler module(1, static_cast<::FrequencyHandler::FrequencyHandlerType>(6));
+}
+void messageOfTheCanceller() {
+    const LoCancellation neverPublished(1);
+}
+void messageOfTheObserver() {
+    IFrequencyHandler::registerObserver(nullptr, nullptr);
+}
+
 const std::string directory = "PlatformServices/FrequencyHandler/private/";
 
 } // namespace
 
 // Threshold
 
-TEST(TraceThreshold, IsThreeForEveryObjectOfTheLibraryUntilItIsChanged) {
-    Standalone::Platform platform;
-    RfModule::FrequencyHandler handler("Tx", 1);
-    handler.writeFrequencyToHW(1); // information, which is level 4
-    EXPECT_THAT(platform.trace().messages(), IsEmpty());
-    platform.calls().inject({Operation::driverLookup, "", 256, {}, {}}); // 256 is a notice, which is level 3
-    platform.drivers().add("channel.1.tx.rf.frequency", Standalone::wordContext);
-    handler.onModuleInit();
-    EXPECT_EQ(platform.trace().messages().size(), 1U);
+TEST_P(TraceObjectTest, HasTheNameOfAllAndStartsWithThreshold3) {
+    EXPECT_EQ(sourcesAt(3), (std::vector<std::string>{"QVX.FH"}));
+    EXPECT_EQ(sourcesAt(4), std::vector<std::string>{});
 }
+
+INSTANTIATE_TEST_SUITE_P(HandlersModuleCancellerObserver, TraceObjectTest,
+                         testing::Values(&messageOfTheHandlers, &messageOfTheModule, &messageOfTheCanceller,
+                                         &messageOfTheObserver));
 
 TEST_F(TraceTest, MessageAtTheThresholdIsEmitted) {
     FH_TRACE(trace, TraceCode::notice, "at %d", 3);
@@ -145,14 +177,32 @@ TEST_F(TraceTest, MessageCarriesSourceAndLineAndIsEnded) {
     EXPECT_TRUE(message.ended);
 }
 
-TEST_F(TraceTest, EverySourceFileTracesUnderItsPathInTheProject) {
+TEST_F(TraceTest, SourceFilesOfAModuleTraceUnderTheirPathsInTheProject) {
     fail(Operation::driverWrite, "channel.1.tx.rf.mixer.i", 0x8001);
     boot(0);
     module->setTxFrequency(7442000); // module, microwave board, canceller
     EXPECT_THAT(files(), UnorderedElementsAre(directory + "FrequencyHandler.cpp",
                                               directory + "FrequencyHandler_MicrowaveBoard.cpp",
                                               directory + "LoCancellation.cpp"));
-    forget();
+}
+
+TEST_F(TraceTest, DatabaseSourceTracesUnderItsPathInTheProject) {
+    build(0);
+    fail(Operation::variableGet, "TxIfBb", 0x8001);
+    EXPECT_EQ(module->onPhasePostFrameformatLoad(), ResultFailed);
+    EXPECT_THAT(files(), UnorderedElementsAre(directory + "FrequencyHandler.cpp",
+                                              directory + "FrequencyHandler_MicrowaveBoardDatabase.cpp"));
+}
+
+TEST_F(TraceTest, CommonSourceTracesUnderItsPathInTheProject) {
+    RfModule::FrequencyHandler handler("Tx", 7);
+    handler.registerObserver(static_cast<Observer<IFrequencyHandler>*>(nullptr));
+    platform.trace().setThreshold(TraceLevel::error); // nothing else that it tells is one
+    handler.setRfFrequency(7442000);
+    EXPECT_THAT(files(), ElementsAre(directory + "FrequencyHandler_Common.cpp"));
+}
+
+TEST_F(TraceTest, OtherSourceFilesTraceUnderTheirPathsInTheProject) {
     IFrequencyHandler::registerObserver(nullptr, nullptr);
     EXPECT_THAT(files(), ElementsAre(directory + "FrequencyObserverCWrapper.cpp"));
     forget();
@@ -160,10 +210,7 @@ TEST_F(TraceTest, EverySourceFileTracesUnderItsPathInTheProject) {
     EXPECT_THAT(files(), ElementsAre(directory + "FrequencyHandler_Rau.cpp"));
     forget();
     RfModule::FrequencyHandler handler("Tx", 7);
-    handler.onModuleInit(); // its driver is missing, which the common part tells
-    EXPECT_THAT(files(), ElementsAre(directory + "FrequencyHandler_Common.cpp"));
-    forget();
-    handler.writeFrequencyToHW(7442000);
+    handler.onModuleInit(); // its driver is missing
     EXPECT_THAT(files(), ElementsAre(directory + "FrequencyHandler_RfModule.cpp"));
 }
 

@@ -1,6 +1,8 @@
 #include "CInterfaceBroker.h"
 #include "PlatformFixture.h"
 
+#include <type_traits>
+
 namespace {
 
 namespace Codes = Standalone::Codes;
@@ -25,6 +27,7 @@ protected:
 
 TEST_F(BrokerTest, IsOneObjectForTheProcess) {
     EXPECT_EQ(&broker, &InterfaceBroker::getInstance());
+    EXPECT_FALSE(std::is_copy_constructible_v<InterfaceBroker> || std::is_copy_assignable_v<InterfaceBroker>);
 }
 
 TEST_F(BrokerTest, FindsWhatWasPublished) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <numeric>
 #include <random>
 #include <set>
 
@@ -43,6 +44,15 @@ TEST(LocateTest, WidestSegmentFits32Bits) {
     const auto position = locate({lowest, highest}, highest - 1);
     EXPECT_EQ(position.offset, 0xFFFFFFFEU);
     EXPECT_EQ(position.width, 0xFFFFFFFFU);
+}
+
+TEST(LocateTest, FarEndOfALongAxisIsNotWalkedTo) {
+    Numbers axis(1'000'000);
+    std::iota(axis.begin(), axis.end(), 0);
+    // Twenty comparisons each; a walk along the axis would outlast the time limit of a test many times over.
+    for (int i = 0; i < 2'000'000; ++i) {
+        ASSERT_EQ(locate(axis, 999'998).index, 999'998U);
+    }
 }
 
 TEST(LinearTest, NodesGiveTheirOwnValues) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <type_traits>
 
 namespace {
 
@@ -58,6 +59,7 @@ protected:
 
 TEST_F(ModuleManagerTest, IsOneObjectForTheProcess) {
     EXPECT_EQ(&manager, &CModuleManager::GetInstance());
+    EXPECT_FALSE(std::is_copy_constructible_v<CModuleManager> || std::is_copy_assignable_v<CModuleManager>);
 }
 
 TEST_F(ModuleManagerTest, Phase11IsModuleInitialisation) {

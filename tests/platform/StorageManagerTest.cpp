@@ -106,6 +106,14 @@ TEST_F(StorageManagerTest, ContentPointerCanBeMissing) {
     EXPECT_EQ(address("ChannelSpacing"), nullptr);
 }
 
+TEST_F(StorageManagerTest, NullRecordIsASuccessThatStoresNull) {
+    platform.variables().giveNullRecord("ChannelSpacing");
+    StorageVariable* found = offsets.record();
+    EXPECT_EQ(CStorageManager_GetVariableByName("ChannelSpacing", &found), 0);
+    EXPECT_EQ(found, nullptr);
+    EXPECT_EQ(*address("ChannelSpacing"), 28);
+}
+
 TEST_F(StorageManagerTest, ContentPointerCanComeBack) {
     spacing.setContentMissing(true);
     spacing.setContentMissing(false);

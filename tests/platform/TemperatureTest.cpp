@@ -100,9 +100,11 @@ TEST_F(TemperatureTest, IncompleteRecordIsRefused) {
 
 TEST_F(TemperatureTest, RecordWhoseFunctionWasTakenOutIsNotCalled) {
     observe(first);
+    observe(second);
     first.record.notifyTemperature = nullptr;
-    service.set(25);
+    EXPECT_EQ(service.set(25), 1U); // only those that were told count
     EXPECT_THAT(first.seen, IsEmpty());
+    EXPECT_THAT(second.seen, ElementsAre(25));
 }
 
 TEST_F(TemperatureTest, ForgottenObserversAreNotTold) {

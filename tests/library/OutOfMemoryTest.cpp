@@ -1,0 +1,103 @@
+// What an observer's registration does when there is no memory for it.
+
+#include "CallingObserver.h"
+#include "FrequencyHandler_RfModule.h"
+#include "RadioTest.h"
+
+#include <cstdlib>
+#include <new>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+/** How many allocations from now the one is that fails; 0 for none. */
+unsigned failingAllocation = 0;
+
+void* allocate(std::size_t size) {
+    if (failingAllocation != 0 && --failingAllocation == 0) {
+        return nullptr;
+    }
+    return std::malloc(size != 0 ? size : 1); // NOLINT: what memory is made of
+}
+
+/** A handler to which nobody listens yet. */
+class OutOfMemoryTest : public RadioTest {
+protected:
+    OutOfMemoryTest() { forget(); }
+
+    /** Registers a C observer; the allocation of that number fails. */
+    EAFResult subscribe(unsigned failing) {
+        const auto& record = *static_cast<FrequencyHandlerCStruct*>(handler.getCStruct());
+        failingAllocation = failing;
+        const EAFResult result = record.registerObserver(record.handler, &observer);
+        failingAllocation = 0;
+        return result;
+    }
+
+    static void count(void* context, unsigned long /*channel*/, unsigned long /*frequency*/) {
+        ++*static_cast<int*>(context);
+    }
+
+    RL::FrequencyHandler::RfModule::FrequencyHandler handler{"Tx", 1};
+    int told = 0;
+    IFrequencyObserver observer{&told, count};
+};
+
+} // namespace
+
+// They stand in for those of the standard library in the whole test program.
+
+void* operator new(std::size_t size) {
+    if (void* const memory = allocate(size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    return allocate(size);
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory); // NOLINT: what memory is made of
+}
+void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory); // NOLINT: what memory is made of
+}
+
+TEST_F(OutOfMemoryTest, ObserverThatCannotBeWrappedIsRefusedWithOneErrorMessage) {
+    EXPECT_EQ(subscribe(1), ResultFailed);
+    EXPECT_THAT(traces(), ElementsAre("error: registerObserver: out of memory"));
+    handler.setRfFrequency(1);
+    EXPECT_EQ(told, 0);
+}
+
+TEST_F(OutOfMemoryTest, WrappedObserverForWhichTheListCannotGrowIsTracedOnly) {
+    EXPECT_EQ(subscribe(2), ResultOk);
+    EXPECT_THAT(traces(), ElementsAre("error: registerObserver: out of memory for direction Tx"));
+    handler.setRfFrequency(1);
+    EXPECT_EQ(told, 0);
+}
+
+TEST_F(OutOfMemoryTest, ObserverForWhichTheListCannotGrowIsRefusedWithoutAnException) {
+    CallingObserver classObserver([](IFrequencyHandler*) {});
+    failingAllocation = 1;
+    EXPECT_EQ(handler.registerObserver(&classObserver), ResultFailed);
+    EXPECT_THAT(traces(), ElementsAre("error: registerObserver: out of memory for direction Tx"));
+}
+
+TEST_F(OutOfMemoryTest, ObserversFromBeforeAreStillTold) {
+    EXPECT_EQ(subscribe(0), ResultOk);
+    EXPECT_EQ(subscribe(2), ResultOk);
+    handler.setRfFrequency(1);
+    EXPECT_EQ(told, 1);
+}
+
+TEST_F(OutOfMemoryTest, RegistrationWorksOnceThereIsMemoryAgain) {
+    EXPECT_EQ(subscribe(1), ResultFailed);
+    forget();
+    EXPECT_EQ(subscribe(0), ResultOk);
+    EXPECT_THAT(traces(), IsEmpty());
+    handler.setRfFrequency(1);
+    EXPECT_EQ(told, 1);
+}
