@@ -106,7 +106,7 @@ std::vector<ChannelDescription> readChannels(const TomlItem& root) {
         item.entries({"number", "type"});
         const TomlItem number = item.get("number", "an integer from 0 to 2147483647");
         const TomlItem type = item.get("type", "one of the words " + joined(wordsOf(handlerTypes), ", "));
-        const ChannelDescription channel{number.integer(0), readType(type), item.place()};
+        const ChannelDescription channel{number.integer(0), readType(type), false, item.place()};
         const auto [first, isNew] = lineOfNumber.emplace(channel.number, number.place().line);
         if (!isNew) {
             number.fail(std::to_string(channel.number) + " is taken by the channel on line " +
