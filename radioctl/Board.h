@@ -18,9 +18,9 @@ namespace Radioctl {
 struct ChannelDescription {
     int number = 0;
     ::FrequencyHandler::FrequencyHandlerType type = ::FrequencyHandler::MicrowaveBoardIf;
+    Place place;
     /** The channel corrects its transmitter's IQ imbalance over temperature. */
     bool iqCompensation = false;
-    Place place;
 };
 
 struct DriverDescription {

@@ -59,7 +59,8 @@ struct Demand {
     unsigned laterWords = 0;
     /** All of them must hold. */
     std::vector<Condition> conditions;
-    /** Who asks. The descriptions belong to the board. */
+    /** Who asks, of several with different needs only those with the greatest. The descriptions belong to the
+     * board. */
     std::vector<const ChannelDescription*> channels;
 };
 

@@ -14,7 +14,8 @@ struct ThermalCurve {
     double at(double temperature) const;
 };
 
-/** What is wrong with a transmitter's IQ modulator, and what one step of each correction word does about it. */
+/** What is wrong with a transmitter's IQ modulator, and what one step of each correction word does about it.
+ */
 struct TransmitterDescription {
     /** The radio channel. */
     int channel = 0;
@@ -39,7 +40,7 @@ struct IqCorrections {
     std::int32_t phase = 0;
 };
 
-/** How clean the transmitter is; both relative to the carrier's signal, in dBc, the lower the better. */
+/** How clean the transmitter is; both relative to the wanted signal, in dBc, the lower the better. */
 struct IqCleanliness {
     /** Power of the image. */
     double image = 0.0;
@@ -47,7 +48,8 @@ struct IqCleanliness {
     double carrierLeakage = 0.0;
 };
 
-/** How clean a described transmitter is at `temperature`, in degrees, with these corrections. Not below -120 dBc. */
+/** How clean a described transmitter is at `temperature`, in degrees, with these corrections. From -120 to
+ * 120 dBc. */
 IqCleanliness cleanlinessOf(const TransmitterDescription& transmitter, double temperature,
                             const IqCorrections& corrections);
 
