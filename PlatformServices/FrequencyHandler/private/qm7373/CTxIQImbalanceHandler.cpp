@@ -40,7 +40,7 @@ private:
 /** A handle of the broker. Whoever has it gives it back. */
 class BrokerHandle {
 public:
-    BrokerHandle() : m_code(CInterfaceBroker_GetInstance(&m_broker)) {}
+    BrokerHandle() : m_code(CInterfaceBroker_GetInstance(&m_broker)), m_isOpen(isSuccess(m_code)) {}
     BrokerHandle(const BrokerHandle&) = delete;
     BrokerHandle& operator=(const BrokerHandle&) = delete;
     ~BrokerHandle() { giveBack(); }
@@ -55,16 +55,18 @@ public:
         return code;
     }
 
+    /** Also a handle that is null: what it looks like is the broker's own business. */
     void giveBack() {
-        if (isSuccess(m_code) && m_broker != nullptr) {
+        if (m_isOpen) {
             CInterfaceBroker_DestroyInstance(m_broker);
-            m_broker = nullptr;
+            m_isOpen = false;
         }
     }
 
 private:
     void* m_broker = nullptr;
     EAFResult m_code;
+    bool m_isOpen;
 };
 
 } // namespace
@@ -234,8 +236,8 @@ EAFResult CTxIQImbalanceHandler::doImbalanceCompensation() {
             return ResultFailed;
         }
     }
+    int value = 0; // one for all four: a table that succeeds without a value gives that of the one before
     for (const Compensation& compensation : s_compensations) {
-        int value = 0;
         if (isFailure(
                 CCalibrationTable_LinearInterpolate(this->*compensation.table, m_temperature, &value))) {
             continue; // deliberately without a word: the other compensations still help
