@@ -29,7 +29,7 @@ const std::vector<std::string> wholeSetUp{
 class IQImbalanceSetupTest : public TxIQImbalanceTest {
 protected:
     /** No handle of the broker is left open, whatever the test did. */
-    ~IQImbalanceSetupTest() override { EXPECT_EQ(platform.interfaces().openHandles(), 0U); }
+    void TearDown() override { EXPECT_EQ(platform.interfaces().openHandles(), 0U); }
 
     /** Runs phase 11, which ends with 0x8000; gives what happened. */
     Lines setUpInVain() {
@@ -188,9 +188,9 @@ TEST_F(IQImbalanceSetupTest, HandleThatIsNullIsGivenBackToo) {
                        {"0x8000: CTxFrequencyHandler failed to get IDriverLayer (EAFResult = 0x8003)"}));
     FlatCalls::reset();
     void* handle = nullptr;
-    EXPECT_EQ(platform.interfaces().open(&handle), ResultOk); // of the two handles one was never known
+    EXPECT_EQ(platform.interfaces().open(&handle), ResultOk);
     EXPECT_EQ(platform.interfaces().close(handle), ResultOk);
-    EXPECT_EQ(platform.interfaces().close(handle), ResultOk);
+    EXPECT_EQ(platform.interfaces().close(handle), ResultOk); // the one that the handler could not know
 }
 
 // Drivers

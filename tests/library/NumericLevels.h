@@ -6,8 +6,8 @@
 #include <optional>
 
 /**
- * The numeric levels that the library has had mapped in this test program, in which the mapping of the platform
- * is called through a function of the tests.
+ * The numeric levels that the library has had mapped in this test program, in which the mapping of the
+ * platform is called through a function of the tests.
  */
 namespace NumericLevels {
 

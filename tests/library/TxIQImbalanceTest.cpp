@@ -44,6 +44,7 @@ void TxIQImbalanceTest::equip(unsigned long channel) {
 }
 
 void TxIQImbalanceTest::setUp() {
+    forget();
     EXPECT_EQ(activate(11), ResultOk);
     EXPECT_EQ(complaints(), Lines{});
     forget();
