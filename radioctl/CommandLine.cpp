@@ -4,6 +4,7 @@
 #include "Programs.h"
 #include "Words.h"
 #include "plan/PlanCommandLine.h"
+#include "thermal/ThermalCommandLine.h"
 
 #include <CLI/CLI.hpp>
 
@@ -20,9 +21,10 @@ constexpr const char* exitCodes =
     "Exit codes:\n"
     "  0    good\n"
     "  1    an expectation failed, a command failed without an \"expect result\" behind it,\n"
-    "       check found errors, or plan found something outside its limits\n"
+    "       check found errors, plan found something outside its limits, or the radio complained\n"
+    "       during thermal\n"
     "  2    wrong command line\n"
-    "  3    a board or a script cannot be used; the message is on standard error\n"
+    "  3    a board, a script or a log cannot be used; the message is on standard error\n"
     "  4    the radio did not boot, and the script does not begin with an \"expect result\"\n"
     "  130  interrupted by Ctrl-C (129 and 143: by SIGHUP and SIGTERM)\n";
 
@@ -75,6 +77,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     check.add_option("BOARD", options.boards, "Board descriptions (TOML)")->required()->type_name("FILE");
     addJson(check, options);
     Plan::PlanCommandLine plan(app);
+    Thermal::ThermalCommandLine thermal(app);
     CLI::App& completion = *app.add_subcommand("completion", "Print the completion script for a shell");
     completion.add_option("SHELL", shell, "bash")->required()->check(CLI::IsMember({"bash"}));
 
@@ -83,7 +86,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
         std::reverse(words.begin(), words.end()); // as the parser wants them
         app.parse(words);
         if (app.get_subcommands().empty()) {
-            throw CLI::RequiredError("One of run, console, check, plan and completion");
+            throw CLI::RequiredError("One of run, console, check, plan, thermal and completion");
         }
     } catch (const CLI::ParseError& error) {
         const int code = app.exit(error);
@@ -98,6 +101,9 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     }
     if (plan.parsed()) {
         return plan.run(options.json);
+    }
+    if (thermal.parsed()) {
+        return thermal.run(options.json);
     }
     return check.parsed() ? runCheck(options) : printCompletion();
 }

@@ -13,8 +13,8 @@ struct Point {
 };
 
 /**
- * A value over time for a plot. It keeps a few points for each of a thousand parts of the time, the lowest and
- * the highest among them, so that a plot of a week is not larger than it can show.
+ * A value over time for a plot. It keeps a few points for each of a thousand parts of the time, the lowest
+ * and the highest among them, so that a plot of a week is not larger than it can show.
  */
 class Series {
 public:

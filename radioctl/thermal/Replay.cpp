@@ -111,9 +111,10 @@ std::uint64_t ChannelTotals::unchanged() const {
 Carriers rasterCarriers(const Board& board) {
     Carriers carriers;
     for (const RasterDescription& raster : board.rasters) {
-        const auto row = std::find_if(raster.rows.begin(), raster.rows.end(), [](const CarrierRow& candidate) {
-            return candidate.transmit && candidate.count != 0;
-        });
+        const auto row =
+            std::find_if(raster.rows.begin(), raster.rows.end(), [](const CarrierRow& candidate) {
+                return candidate.transmit && candidate.count != 0;
+            });
         if (row != raster.rows.end()) {
             for (const int channel : raster.channels) {
                 carriers.emplace(channel, row->first);
@@ -142,12 +143,10 @@ void Replay::watch(const Board& board, const ChannelDescription& channel) {
         m_watched.emplace(prefix + std::string(driver.name), std::pair(index, driver.correction));
     }
     m_totals.channels.emplace_back().channel = channel.number;
-    const auto described = std::find_if(board.transmitters.begin(), board.transmitters.end(),
-                                        [&](const TransmitterDescription& candidate) {
-                                            return candidate.channel == channel.number;
-                                        });
-    m_transmitters.emplace_back().description =
-        described == board.transmitters.end() ? nullptr : &*described;
+    const auto described = std::find_if(
+        board.transmitters.begin(), board.transmitters.end(),
+        [&](const TransmitterDescription& candidate) { return candidate.channel == channel.number; });
+    m_transmitters.emplace_back().description = described == board.transmitters.end() ? nullptr : &*described;
 }
 
 void Replay::tune(const Carriers& carriers) {

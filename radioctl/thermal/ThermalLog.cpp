@@ -85,7 +85,8 @@ private:
         if (comma == std::string_view::npos || line.find(',', comma + 1) != std::string_view::npos) {
             fail(inQuotes(line) + ", expected two numbers with a comma between them, such as \"60,-5\"");
         }
-        const Sample sample{seconds(trimmed(line.substr(0, comma))), degrees(trimmed(line.substr(comma + 1)))};
+        const Sample sample{seconds(trimmed(line.substr(0, comma))),
+                            degrees(trimmed(line.substr(comma + 1)))};
         if (!m_log.empty() && sample.seconds <= m_log.back().seconds) {
             fail("second " + std::to_string(sample.seconds) + ", expected more than the " +
                  std::to_string(m_log.back().seconds) + " of the sample before it");

@@ -59,9 +59,10 @@ std::uint64_t unchangedIn(const Moment& moment) {
 } // namespace
 
 std::string temperatureSpan(const ThermalLog& log) {
-    const auto [coldest, hottest] = std::minmax_element(
-        log.begin(), log.end(),
-        [](const Sample& one, const Sample& other) { return one.degrees < other.degrees; });
+    const auto [coldest, hottest] =
+        std::minmax_element(log.begin(), log.end(), [](const Sample& one, const Sample& other) {
+            return one.degrees < other.degrees;
+        });
     return std::to_string(coldest->degrees) + " to " + std::to_string(hottest->degrees) + " degrees";
 }
 
@@ -94,8 +95,8 @@ void ThermalText::finished(const ReplayTotals& totals, const ReplayEnd& end) {
         m_out << "Interrupted: not all samples were replayed.\n";
     }
     if (totals.complaints != 0) {
-        m_out << "The radio complained " << counted(totals.complaints, "time") << ", first: "
-              << totals.firstComplaint << "\n";
+        m_out << "The radio complained " << counted(totals.complaints, "time")
+              << ", first: " << totals.firstComplaint << "\n";
     }
     m_out << counted(totals.samples, "sample") << " in " << std::fixed << std::setprecision(2) << end.seconds
           << " s: " << counted(totals.notifications, "notification") << ", " << counted(writes, "write")
@@ -154,12 +155,10 @@ void ThermalJson::told(const ChannelTotals& channel, const Moment& moment) {
 
 void ThermalJson::finished(const ReplayTotals& totals, const ReplayEnd& end) {
     for (const ChannelTotals& channel : totals.channels) {
-        Json event{{"event", "thermal_channel"},
-                   {"file", m_subject.board.file.string()},
-                   {"channel", channel.channel},
-                   {"khz", channel.carrier ? Json(*channel.carrier) : Json(nullptr)},
-                   {"writes", channel.writes()},
-                   {"unchanged", channel.unchanged()}};
+        Json event{
+            {"event", "thermal_channel"}, {"file", m_subject.board.file.string()},
+            {"channel", channel.channel}, {"khz", channel.carrier ? Json(*channel.carrier) : Json(nullptr)},
+            {"writes", channel.writes()}, {"unchanged", channel.unchanged()}};
         Json& drivers = event["drivers"] = Json::array();
         for (const DriverTotals& driver : channel.drivers) {
             drivers.push_back(toJson(driver));
