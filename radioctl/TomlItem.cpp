@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cmath>
 #include <fstream>
+#include <iomanip>
 #include <set>
 #include <sstream>
 #include <system_error>
@@ -31,10 +32,10 @@ std::string keyText(std::string_view key) {
     return isBare ? std::string(key) : '"' + escaped(key) + '"';
 }
 
-/** At most 6 digits, which is enough to recognise it. */
+/** At most 7 digits, which is enough to recognise it. */
 std::string numberText(double number) {
     std::ostringstream text;
-    text << number;
+    text << std::setprecision(7) << number;
     return text.str();
 }
 
