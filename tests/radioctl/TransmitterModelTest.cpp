@@ -1,14 +1,63 @@
 #include "model/TransmitterModel.h"
 
+#include "Board.h"
+
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <limits>
+#include <string>
+#include <vector>
 
 namespace Radioctl {
 namespace {
 
 /** A hundredth of a dB. */
 constexpr double tolerance = 0.005;
+
+using testing::ElementsAre;
+
+/** The words of the demonstration board's tables at their nodes, and what the model makes of them. */
+class DemonstrationBoardTest : public testing::Test {
+protected:
+    /** A correction of the transmitter `index` at a node of its temperature table, counted from the coldest.
+     */
+    std::int32_t word(std::size_t index, const std::string& quantity, std::size_t node) const {
+        const std::string name = "Channel." + std::to_string(m_board.transmitters.at(index).channel) +
+                                 ".Tx.Dsp.Temperature.To." + quantity + ".Compensation";
+        const auto table =
+            std::find_if(m_board.tables.begin(), m_board.tables.end(),
+                         [&](const TableDescription& entry) { return entry.table.name == name; });
+        return table->table.values.at(node);
+    }
+    IqCorrections words(std::size_t index, std::size_t node) const {
+        return {word(index, "Dc.I", node), word(index, "Dc.Q", node), word(index, "Gain.Offset", node),
+                word(index, "Phase.Offset", node)};
+    }
+    static std::vector<std::int32_t> list(const IqCorrections& words) {
+        return {words.dcI, words.dcQ, words.gain, words.phase};
+    }
+
+    const Board m_board = loadBoard(RADIOCTL_BOARDS "/iq-compensation-18ghz.toml");
+    const std::vector<double> m_nodes = {-33, -25, -15, -5, 5, 15, 25, 35, 45, 55};
+};
+
+TEST_F(DemonstrationBoardTest, WordsOfOneNodeAreThoseWorkedOutByHand) {
+    EXPECT_THAT(list(words(0, 3)), ElementsAre(-131, 99, -99, -149));
+    EXPECT_THAT(list(idealCorrections(m_board.transmitters[0], -5.0)), ElementsAre(-131, 99, -99, -149));
+}
+
+TEST_F(DemonstrationBoardTest, TablesHoldTheIdealWordsOfEveryNode) {
+    for (std::size_t index = 0; index < 2; ++index) {
+        for (std::size_t node = 0; node < m_nodes.size(); ++node) {
+            EXPECT_EQ(list(words(index, node)),
+                      list(idealCorrections(m_board.transmitters.at(index), m_nodes[node])))
+                << "transmitter " << index << ", " << m_nodes[node] << " degrees";
+        }
+    }
+}
 
 /** A transmitter with nothing wrong, for a test to spoil. One step is 1 %, or half a degree. */
 class TransmitterModelTest : public testing::Test {
