@@ -14,7 +14,7 @@ _radioctl()
     command=
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case $word in
-            run | console | check | completion | explain | audit)
+            run | console | check | completion | explain | audit | thermal)
                 command=$word
                 break
                 ;;
@@ -27,6 +27,7 @@ _radioctl()
             run | console) COMPREPLY=($(compgen -W "--help --json --trace --verbose" -- "$current")) ;;
             explain) COMPREPLY=($(compgen -W "--help --json --channel --tx --rx" -- "$current")) ;;
             audit) COMPREPLY=($(compgen -W "--help --json --csv" -- "$current")) ;;
+            thermal) COMPREPLY=($(compgen -W "--help --json --carrier --csv --html" -- "$current")) ;;
             check | completion) COMPREPLY=($(compgen -W "--help --json" -- "$current")) ;;
             *) COMPREPLY=($(compgen -W "--help --json --version" -- "$current")) ;;
         esac
@@ -40,9 +41,13 @@ _radioctl()
                 $(compgen -d -- "$current"))
             ;;
         console | check | explain | audit) COMPREPLY=($(compgen -f -X '!*.toml' -- "$current") $(compgen -d -- "$current")) ;;
+        thermal)
+            COMPREPLY=($(compgen -f -X '!*.toml' -- "$current") $(compgen -f -X '!*.csv' -- "$current")
+                $(compgen -d -- "$current"))
+            ;;
         plan) COMPREPLY=($(compgen -W "explain audit" -- "$current")) ;;
         completion) COMPREPLY=($(compgen -W "bash" -- "$current")) ;;
-        *) COMPREPLY=($(compgen -W "run console check plan completion" -- "$current")) ;;
+        *) COMPREPLY=($(compgen -W "run console check plan thermal completion" -- "$current")) ;;
     esac
 }
 
