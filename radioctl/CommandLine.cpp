@@ -4,6 +4,7 @@
 #include "Programs.h"
 #include "Words.h"
 #include "plan/PlanCommandLine.h"
+#include "thermal/ThermalCommandLine.h"
 
 #include <CLI/CLI.hpp>
 
@@ -20,12 +21,13 @@ constexpr const char* exitCodes =
     "Exit codes:\n"
     "  0    good\n"
     "  1    an expectation failed, a command failed without an \"expect result\"\n"
-    "       behind it, check found errors, or plan found something outside its\n"
-    "       limits\n"
+    "       behind it, check found errors, plan found something outside its\n"
+    "       limits, or the radio complained during thermal\n"
     "  2    wrong command line\n"
-    "  3    a board or a script cannot be used, a line for console through a pipe\n"
-    "       was refused, a board has no raster to audit, or output cannot be\n"
-    "       written; the message is on standard error\n"
+    "  3    a board, a script or a log cannot be used, a line for console through a\n"
+    "       pipe was refused, a board has no raster to audit or no compensation to\n"
+    "       replay, gnuplot is missing, or output cannot be written; the message is\n"
+    "       on standard error\n"
     "  4    the radio did not boot, and the script does not begin with an\n"
     "       \"expect result\"\n"
     "  130  interrupted by Ctrl-C (129 and 143: by SIGHUP and SIGTERM)\n";
@@ -81,6 +83,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     check.add_option("BOARD", options.boards, "Board descriptions (TOML)")->required()->type_name("FILE");
     addJson(check, options);
     Plan::PlanCommandLine plan(app);
+    Thermal::ThermalCommandLine thermal(app);
     CLI::App& completion = *app.add_subcommand("completion", "Print the completion script for a shell");
     completion.add_option("SHELL", shell, "bash")->required()->check(CLI::IsMember({"bash"}));
 
@@ -89,7 +92,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
         std::reverse(words.begin(), words.end()); // as the parser wants them
         app.parse(words);
         if (app.get_subcommands().empty()) {
-            throw CLI::RequiredError("One of run, console, check, plan and completion");
+            throw CLI::RequiredError("One of run, console, check, plan, thermal and completion");
         }
     } catch (const CLI::ParseError& error) {
         const int code = app.exit(error);
@@ -107,6 +110,9 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     }
     if (plan.parsed()) {
         return plan.run(options.json);
+    }
+    if (thermal.parsed()) {
+        return thermal.run(options.json);
     }
     return check.parsed() ? runCheck(options) : printCompletion();
 }

@@ -22,7 +22,7 @@ _radioctl()
     command=
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case $word in
-            run | console | check | completion | explain | audit)
+            run | console | check | completion | explain | audit | thermal)
                 command=$word
                 break
                 ;;
@@ -35,6 +35,7 @@ _radioctl()
             run | console) word="--help --json --trace --verbose" ;;
             explain) word="--help --json --channel --tx --rx" ;;
             audit) word="--help --json --csv" ;;
+            thermal) word="--help --json --carrier --csv --html" ;;
             check | completion) word="--help --json" ;;
             *) word="--help --json --version" ;;
         esac
@@ -52,9 +53,14 @@ _radioctl()
             compgen -f -X '!*.toml' -- "$current"
             compgen -d -- "$current"
         ) ;;
+        thermal) mapfile -t matches < <(
+            compgen -f -X '!*.toml' -- "$current"
+            compgen -f -X '!*.csv' -- "$current"
+            compgen -d -- "$current"
+        ) ;;
         plan) mapfile -t COMPREPLY < <(compgen -W "explain audit" -- "$current") && return ;;
         completion) mapfile -t COMPREPLY < <(compgen -W "bash" -- "$current") && return ;;
-        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan completion" -- "$current") && return ;;
+        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal completion" -- "$current") && return ;;
     esac
     # Has bash put a backslash before the spaces of a name, and a slash behind a directory.
     compopt -o filenames 2> /dev/null

@@ -3,6 +3,7 @@
 
 #include "FrequencyHandler.h"
 #include "InputError.h"
+#include "model/TransmitterModel.h"
 #include "standalone/Platform.h"
 
 #include <cstdint>
@@ -18,6 +19,8 @@ struct ChannelDescription {
     int number = 0;
     ::FrequencyHandler::FrequencyHandlerType type = ::FrequencyHandler::MicrowaveBoardIf;
     Place place;
+    /** The channel corrects its transmitter's IQ imbalance over temperature. */
+    bool iqCompensation = false;
 };
 
 struct DriverDescription {
@@ -93,6 +96,8 @@ struct Board {
     std::string description;
     /** In the order of the file, numbers unique. */
     std::vector<ChannelDescription> channels;
+    /** The modelled transmitters: at most one for each channel, and only for channels of the board. */
+    std::vector<TransmitterDescription> transmitters;
     std::vector<DriverDescription> drivers;
     std::vector<VariableDescription> variables;
     std::vector<TableDescription> tables;

@@ -43,6 +43,7 @@ private:
     void addMicrowaveDirection(const DirectionWords& direction, MicrowaveFlags flags);
     void addMicrowaveVariables(const DirectionWords& direction, MicrowaveFlags flags);
     void addLoCancellation();
+    void addIqCompensation();
 
     std::string driver(const std::string& name) const;
     std::string table(const std::string& name) const;
@@ -76,6 +77,9 @@ void DemandList::addChannel(const ChannelDescription& channel) {
         break;
     }
     addInterface(Need::optional, "ITemperatureHandler");
+    if (channel.iqCompensation) {
+        addIqCompensation();
+    }
 }
 
 Demand& DemandList::add(ObjectKind kind, Need need, std::vector<Candidate> candidates) {
@@ -84,7 +88,11 @@ Demand& DemandList::add(ObjectKind kind, Need need, std::vector<Candidate> candi
         m_demands.push_back({kind, need, std::move(candidates), 0, 0, {}, {}, {}});
     }
     Demand& demand = m_demands[place->second];
-    if (demand.channels.empty() || demand.channels.back() != m_channel) {
+    if (need > demand.need) {
+        demand.need = need;
+        demand.channels.clear();
+    }
+    if (need == demand.need && (demand.channels.empty() || demand.channels.back() != m_channel)) {
         demand.channels.push_back(m_channel);
     }
     return demand;
@@ -192,6 +200,24 @@ void DemandList::addLoCancellation() {
              {coarseTable(branch)}})
             .idledBy = coarseTable(other);
     }
+}
+
+void DemandList::addIqCompensation() {
+    addInterface(Need::required, "IDriverLayer");
+    // The start-up only looks whether drivers are there; what they lack shows when they are written. The two
+    // of the DC offset are written without their context.
+    const unsigned dcWords = Standalone::wordWrite;
+    for (const auto& [name, words] : {std::pair("dc.compensation.i", dcWords),
+                                      {"dc.compensation.q", dcWords},
+                                      {"quadrature.gain.offset.compensation", writableDriver},
+                                      {"quadrature.phase.offset.compensation", writableDriver}}) {
+        add(ObjectKind::driver, Need::required, {{driver(std::string("dsp.tx.") + name)}}).laterWords = words;
+    }
+    for (const std::string quantity : {"Dc.I", "Dc.Q", "Gain.Offset", "Phase.Offset"}) {
+        add(ObjectKind::table, Need::required,
+            {{table("Tx.Dsp.Temperature.To." + quantity + ".Compensation"), Shape::oneAxis}});
+    }
+    addInterface(Need::required, "ITemperatureHandler");
 }
 
 } // namespace

@@ -61,7 +61,8 @@ struct Demand {
     std::vector<Condition> conditions;
     /** Where a channel takes this table for something else, it leaves the first candidate alone. */
     std::string idledBy;
-    /** Who asks. The descriptions belong to the board. */
+    /** Who asks, of several with different needs only those with the greatest. The descriptions belong to the
+     * board. */
     std::vector<const ChannelDescription*> channels;
 };
 

@@ -2,6 +2,7 @@
 #include "BoardNames.h"
 #include "TomlItem.h"
 #include "Words.h"
+#include "model/TransmitterReader.h"
 
 #include <algorithm>
 #include <array>
@@ -103,10 +104,13 @@ std::vector<ChannelDescription> readChannels(const TomlItem& root) {
     std::vector<ChannelDescription> result;
     std::map<std::int32_t, unsigned> lineOfNumber;
     for (const TomlItem& item : channels->elements()) {
-        item.entries({"number", "type"});
+        item.entries({"number", "type", "iq_compensation"});
         const TomlItem number = item.get("number", "an integer from 0 to 2147483647");
         const TomlItem type = item.get("type", "one of the words " + joined(wordsOf(handlerTypes), ", "));
-        const ChannelDescription channel{number.integer(0), readType(type), item.place()};
+        ChannelDescription channel{number.integer(0), readType(type), item.place()};
+        if (const std::optional<TomlItem> compensation = item.find("iq_compensation")) {
+            channel.iqCompensation = compensation->boolean();
+        }
         const auto [first, isNew] = lineOfNumber.emplace(channel.number, number.place().line);
         if (!isNew) {
             number.fail(std::to_string(channel.number) + " is taken by the channel on line " +
@@ -365,8 +369,8 @@ void refuseOverlongSizes(const Board& board) {
 }
 
 Board readBoard(const std::filesystem::path& file, const TomlItem& root) {
-    root.entries({"name", "description", "channel", "drivers", "variables", "tables", "interfaces", "raster",
-                  "limits"});
+    root.entries({"name", "description", "channel", "transmitter", "drivers", "variables", "tables",
+                  "interfaces", "raster", "limits"});
     Board board;
     board.file = file;
     board.name = root.get("name", "the name of the radio").nonEmptyText("the name of the radio");
@@ -374,6 +378,7 @@ Board readBoard(const std::filesystem::path& file, const TomlItem& root) {
         board.description = description->text();
     }
     board.channels = readChannels(root);
+    board.transmitters = readTransmitters(root, board.channels);
     board.drivers = readSection(root, "drivers", readDriver);
     board.variables = readSection(root, "variables", readVariable);
     refuseOverlongSizes(board);

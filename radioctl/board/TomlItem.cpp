@@ -5,7 +5,10 @@
 #include "Words.h"
 
 #include <algorithm>
+#include <cmath>
+#include <iomanip>
 #include <set>
+#include <sstream>
 
 namespace Radioctl {
 
@@ -25,6 +28,13 @@ std::string keyText(std::string_view key) {
     const std::string_view letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
     const bool isBare = !key.empty() && key.find_first_not_of(letters) == std::string_view::npos;
     return isBare ? std::string(key) : '"' + escaped(key) + '"';
+}
+
+/** At most 7 digits, which is enough to recognise it. */
+std::string numberText(double number) {
+    std::ostringstream text;
+    text << std::setprecision(7) << number;
+    return text.str();
 }
 
 std::string readText(const std::filesystem::path& file) {
@@ -106,6 +116,22 @@ std::int32_t TomlItem::integer(std::int32_t least) const {
         failExpecting("an integer from " + std::to_string(least) + " to " + std::to_string(most));
     }
     return static_cast<std::int32_t>(*value);
+}
+
+double TomlItem::number(double most) const {
+    const std::optional<double> value = m_node->is_number() ? m_node->value<double>() : std::nullopt;
+    if (!value || !(std::abs(*value) <= most)) { // not a number is not within any limits
+        failExpecting("a number from -" + numberText(most) + " to " + numberText(most));
+    }
+    return *value;
+}
+
+bool TomlItem::boolean() const {
+    const std::optional<bool> value = m_node->value_exact<bool>();
+    if (!value) {
+        failExpecting("true or false");
+    }
+    return *value;
 }
 
 std::string TomlItem::text() const {
@@ -249,7 +275,7 @@ std::string TomlItem::found() const {
     case toml::node_type::boolean:
         return m_node->ref<bool>() ? "true" : "false";
     case toml::node_type::floating_point:
-        return "a floating-point number";
+        return numberText(m_node->ref<double>());
     case toml::node_type::array:
         return m_node->as_array()->empty() ? "an empty array" : "an array";
     case toml::node_type::table:

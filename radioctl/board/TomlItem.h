@@ -44,6 +44,9 @@ public:
 
     /** An integer of 32 bits, not below `least`. */
     std::int32_t integer(std::int32_t least = std::numeric_limits<std::int32_t>::min()) const;
+    /** A number, whole or not, from -`most` to `most`. */
+    double number(double most) const;
+    bool boolean() const;
     /** A string without control characters other than tabs and line ends. */
     std::string text() const;
     /** The same, not empty; `what` says what it should be. */

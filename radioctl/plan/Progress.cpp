@@ -21,16 +21,17 @@ bool isTerminal() {
 
 } // namespace
 
-std::string progressLine(std::uint64_t done, std::uint64_t total) {
+std::string progressLine(std::uint64_t done, std::uint64_t total, std::string_view things) {
     const std::uint64_t filled = total == 0 ? barWidth : done * barWidth / total;
     const std::string percent = std::to_string(total == 0 ? 100 : done * 100 / total);
     return "[" + std::string(filled, '#') + std::string(barWidth - filled, '.') + "] " +
            std::string(3 - percent.size(), ' ') + percent + " %  " + std::to_string(done) + " of " +
-           std::to_string(total) + " carriers";
+           std::to_string(total) + " " + std::string(things);
 }
 
-Progress::Progress(std::uint64_t total)
+Progress::Progress(std::uint64_t total, std::string_view things)
     : m_total(total),
+      m_things(things),
       m_isShown(isTerminal()),
       m_next(std::chrono::steady_clock::now() + interval) {}
 
@@ -46,7 +47,7 @@ void Progress::update(std::uint64_t done) {
     }
     m_next = std::chrono::steady_clock::now() + interval;
     m_isDrawn = true;
-    std::cerr << "\r" << progressLine(done, m_total) << std::flush;
+    std::cerr << "\r" << progressLine(done, m_total, m_things) << std::flush;
 }
 
 } // namespace Radioctl::Plan

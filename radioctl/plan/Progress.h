@@ -4,16 +4,18 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace Radioctl::Plan {
 
-/** "[#####...............]  25 %  1000 of 4000 carriers". */
-std::string progressLine(std::uint64_t done, std::uint64_t total);
+/** "[#####...............]  25 %  1000 of 4000 carriers", or whatever is counted. */
+std::string progressLine(std::uint64_t done, std::uint64_t total, std::string_view things = "carriers");
 
 /** A bar on standard error while something takes its time; nothing at all when that is no terminal. */
 class Progress {
 public:
-    explicit Progress(std::uint64_t total);
+    /** `things` is what is counted; the text must outlive the object. */
+    explicit Progress(std::uint64_t total, std::string_view things = "carriers");
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
     /** Takes the bar away. */
@@ -24,6 +26,7 @@ public:
 
 private:
     std::uint64_t m_total;
+    std::string_view m_things;
     bool m_isShown;
     bool m_isDrawn = false;
     std::chrono::steady_clock::time_point m_next;

@@ -10,6 +10,9 @@
 
 namespace Radioctl {
 
+/** What the module identifier of an IQ compensation is above its channel. */
+static constexpr unsigned compensationModules = 83000;
+
 /** Tells the radio's owner what a handler tells its observers; as a class or through a plain C function. */
 class Radio::ChangeObserver final : public Observer<IFrequencyHandler> {
 public:
@@ -39,10 +42,19 @@ Radio::Radio(const Board& board, RadioEvents events) : m_events(std::move(events
     furnishPlatform(board);
     listen();
     for (const ChannelDescription& channel : board.channels) {
-        m_modules[channel.number] =
-            std::make_unique<::FrequencyHandler>(static_cast<unsigned long>(channel.number), channel.type);
+        addChannel(channel);
     }
     observeAll(board);
+}
+
+void Radio::addChannel(const ChannelDescription& channel) {
+    const auto number = static_cast<unsigned long>(channel.number);
+    m_modules[channel.number] = std::make_unique<::FrequencyHandler>(number, channel.type);
+    if (channel.iqCompensation) {
+        m_compensations.push_back(std::make_unique<CTxIQImbalanceHandler>(number));
+        // A failure is in the trace, and its phase will not have its turn.
+        static_cast<void>(m_compensations.back()->initialize());
+    }
 }
 
 Radio::~Radio() {
@@ -96,6 +108,17 @@ Radio::ChangeObserver& Radio::addObserver(Direction direction, int channel, bool
     m_observers.push_back(
         std::make_unique<ChangeObserver>(ObserverState{direction, channel, throughC}, m_events));
     return *m_observers.back();
+}
+
+Standalone::PhaseReport Radio::runPhase(Standalone::Phase phase) {
+    Standalone::PhaseReport report = m_platform.modules().run(phase);
+    // Of the modules that register through plain functions the manager knows no channel, only an identifier.
+    for (Standalone::PhaseStep& step : report.steps) {
+        if (step.moduleName == "CTxIqImbalanceHandler") {
+            step.channel = step.moduleId - compensationModules;
+        }
+    }
+    return report;
 }
 
 std::int32_t Radio::tune(Direction direction, int channel, std::uint32_t frequency) {

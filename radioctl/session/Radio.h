@@ -2,6 +2,7 @@
 #define RADIOCTL_RADIO_H
 
 #include "Board.h"
+#include "CTxIQImbalanceHandler.h"
 #include "FrequencyHandler.h"
 #include "IFrequencyHandler.h"
 #include "Words.h"
@@ -34,19 +35,22 @@ struct RadioEvents {
 };
 
 /**
- * A described radio: the stand-alone platform filled from a board, one frequency module for each channel, and
- * an observer on every handler. There can be one at a time.
+ * A described radio: the stand-alone platform filled from a board, for each channel one frequency module and,
+ * where the board says so, an IQ compensation, and an observer on every handler. There can be one at a time.
  */
 class Radio {
 public:
-    /** Builds the modules of all channels, which are not started yet. `events` is called from then on. */
+    /**
+     * Builds the modules and IQ compensations of all channels, which are not started yet. `events` is called
+     * from then on.
+     */
     Radio(const Board& board, RadioEvents events);
     Radio(const Radio&) = delete;
     Radio& operator=(const Radio&) = delete;
     ~Radio();
 
     /** Runs a phase over all channels, up to the first module that fails. */
-    Standalone::PhaseReport runPhase(Standalone::Phase phase) { return m_platform.modules().run(phase); }
+    Standalone::PhaseReport runPhase(Standalone::Phase phase);
     /** Sets a carrier in kHz; gives the module's answer. `channel` is one of the board's. */
     std::int32_t tune(Direction direction, int channel, std::uint32_t frequency);
     /** Subscribes to a handler once more, through the C view of the broker; gives the first failing code. */
@@ -80,10 +84,14 @@ private:
 
     void furnishPlatform(const Board& board);
     void listen();
+    void addChannel(const ChannelDescription& channel);
     void observeAll(const Board& board);
     ChangeObserver& addObserver(Direction direction, int channel, bool throughC);
 
     RadioEvents m_events;
+    // The platform knows the compensations until its end: they never leave broker, module manager and
+    // temperature service.
+    std::vector<std::unique_ptr<CTxIQImbalanceHandler>> m_compensations;
     Standalone::Platform m_platform;
     std::map<std::string, Standalone::Presence> m_presences;
     std::vector<std::unique_ptr<ChangeObserver>> m_observers;

@@ -1,12 +1,14 @@
 // The virtual operations stand in the slots with which clients and platforms were compiled.
 
 #include "CModuleManager.h"
+#include "CTxIQImbalanceHandler.h"
 #include "FrequencyHandler.h"
 #include "FrequencyHandler_MicrowaveBoard.h"
 #include "FrequencyHandler_Rau.h"
 #include "FrequencyHandler_RfModule.h"
 #include "IFrequencyHandler.h"
 #include "IRauHandler.h"
+#include "ITxIQImbalanceHandler.h"
 #include "LoCancellation.h"
 
 #include <gtest/gtest.h>
@@ -43,6 +45,19 @@ void expectSlotsOfDirectionHandler() {
     EXPECT_EQ(slotOf(&Handler::getVariablesFromDatabase), 6U);
     EXPECT_EQ(slotOf(&Handler::getFFVariablesFromDatabase), 7U);
     EXPECT_EQ(slotOf(&Handler::writeFrequencyToHW), 8U);
+}
+
+template <typename Handler>
+void expectSlotsOfIQImbalanceHandler() {
+    EXPECT_EQ(slotOf(&Handler::doImbalanceCompensation), 2U);
+    EXPECT_EQ(slotOf(&Handler::onTxFrequencyChanged), 3U);
+    EXPECT_EQ(slotOf(&Handler::testSetIQCompensationBar), 4U);
+    EXPECT_EQ(slotOf(&Handler::testGetIQCompensationBar), 5U);
+    EXPECT_EQ(slotOf(&Handler::testSetIQMode), 6U);
+    EXPECT_EQ(slotOf(&Handler::testGetIQMode), 7U);
+    EXPECT_EQ(slotOf(&Handler::testSetSimulatorMode), 8U);
+    EXPECT_EQ(slotOf(&Handler::testGetSimulatorMode), 9U);
+    EXPECT_EQ(slotOf(&Handler::testGetAdaptiveIQCompEnabled), 10U);
 }
 
 using RegisterObserver = EAFResult (IFrequencyHandler::*)(Observer<IFrequencyHandler>*);
@@ -100,6 +115,16 @@ TEST(VtableSlot, Canceller) {
     EXPECT_EQ(slotOf(&LoCancellation::onModuleInit), 2U);
     EXPECT_EQ(slotOf(&LoCancellation::setLoCancellation), 3U);
     EXPECT_EQ(slotOf(&LoCancellation::calibrateLoCancellation), 4U);
+}
+
+TEST(VtableSlot, IQImbalanceHandler) {
+    expectSlotsOfIQImbalanceHandler<ITxIQImbalanceHandler>();
+    expectSlotsOfIQImbalanceHandler<CTxIQImbalanceHandler>();
+}
+
+// Derived virtually, the interface would stand behind a table of its own and a pointer to it more.
+TEST(VtableSlot, IQImbalanceInterfaceIsNothingMoreThanItsBase) {
+    EXPECT_EQ(sizeof(ITxIQImbalanceHandler), sizeof(IInterface));
 }
 
 TEST(VtableSlot, RauTransmitStandsImmediatelyBeforeReceive) {

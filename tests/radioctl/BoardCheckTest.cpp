@@ -105,6 +105,21 @@ protected:
         array("channel.1.rx.rf.frequency.cs.offset.array", {250, 125000, 500, 250000});
     }
 
+    /** Gives the channel that was added last an IQ compensation with nothing missing. */
+    void iqCompensation() {
+        ChannelDescription& channel = board.channels.back();
+        channel.iqCompensation = true;
+        const std::string number = std::to_string(channel.number);
+        for (const std::string name :
+             {"dc.compensation.i", "dc.compensation.q", "quadrature.gain.offset.compensation",
+              "quadrature.phase.offset.compensation"}) {
+            driver("channel." + number + ".dsp.tx." + name);
+        }
+        for (const std::string quantity : {"Dc.I", "Dc.Q", "Gain.Offset", "Phase.Offset"}) {
+            tableWithOneAxis("Channel." + number + ".Tx.Dsp.Temperature.To." + quantity + ".Compensation");
+        }
+    }
+
     void removeDriver(const std::string& name) {
         remove(board.drivers, [&](const DriverDescription& entry) { return entry.name == name; });
     }
@@ -562,6 +577,94 @@ TEST_F(BoardCheckTest, FindingsComeInTheOrderOfTheirLines) {
                                         "board.toml:2: warning: driver \"a\" is asked for by no channel",
                                         "board.toml:3: error: interface \"IRauHandler_1\" is missing; "
                                         "channel 1 (rau) cannot start without it"));
+}
+
+// IQ compensation.
+
+TEST_F(BoardCheckTest, CompensatedChannelWithDriversAndTablesGivesNoFinding) {
+    rfModule();
+    iqCompensation();
+    EXPECT_THAT(findings(), IsEmpty());
+}
+
+TEST_F(BoardCheckTest, DriversAndTablesOfCompensationAreAskedForByCompensatedChannelsOnly) {
+    rfModule();
+    driver("channel.1.dsp.tx.dc.compensation.i");
+    EXPECT_THAT(texts(), ElementsAre("warning: driver \"channel.1.dsp.tx.dc.compensation.i\" is asked for by "
+                                     "no channel"));
+}
+
+TEST_F(BoardCheckTest, CompensationCannotStartWithoutItsFourDriversAndTables) {
+    rfModule();
+    board.channels.back().iqCompensation = true;
+    const std::string rest = " is missing; channel 1 (rf-module) cannot start without it";
+    EXPECT_THAT(
+        texts(),
+        ElementsAre("error: driver \"channel.1.dsp.tx.dc.compensation.i\"" + rest,
+                    "error: driver \"channel.1.dsp.tx.dc.compensation.q\"" + rest,
+                    "error: driver \"channel.1.dsp.tx.quadrature.gain.offset.compensation\"" + rest,
+                    "error: driver \"channel.1.dsp.tx.quadrature.phase.offset.compensation\"" + rest,
+                    "error: table \"Channel.1.Tx.Dsp.Temperature.To.Dc.I.Compensation\"" + rest,
+                    "error: table \"Channel.1.Tx.Dsp.Temperature.To.Dc.Q.Compensation\"" + rest,
+                    "error: table \"Channel.1.Tx.Dsp.Temperature.To.Gain.Offset.Compensation\"" + rest,
+                    "error: table \"Channel.1.Tx.Dsp.Temperature.To.Phase.Offset.Compensation\"" + rest));
+}
+
+TEST_F(BoardCheckTest, CompensationDriverThatCannotBeWrittenIsAWarning) {
+    rfModule();
+    iqCompensation();
+    removeDriver("channel.1.dsp.tx.dc.compensation.q");
+    driver("channel.1.dsp.tx.dc.compensation.q", Standalone::wordWrite);
+    EXPECT_THAT(texts(),
+                ElementsAre("warning: driver \"channel.1.dsp.tx.dc.compensation.q\" is without write; "
+                            "channel 1 (rf-module) can start, but not use it"));
+}
+
+TEST_F(BoardCheckTest, OnlyDriversOfGainAndPhaseNeedTheirContext) {
+    rfModule();
+    iqCompensation();
+    for (DriverDescription& described : board.drivers) {
+        if (described.name.find(".dsp.tx.") != std::string::npos) {
+            described.missingWords = Standalone::wordContext;
+        }
+    }
+    const std::string rest = " is without context; channel 1 (rf-module) can start, but not use it";
+    EXPECT_THAT(
+        texts(),
+        ElementsAre("warning: driver \"channel.1.dsp.tx.quadrature.gain.offset.compensation\"" + rest,
+                    "warning: driver \"channel.1.dsp.tx.quadrature.phase.offset.compensation\"" + rest));
+}
+
+TEST_F(BoardCheckTest, CompensationTableHasOneAxis) {
+    rfModule();
+    iqCompensation();
+    removeTable("Channel.1.Tx.Dsp.Temperature.To.Dc.Q.Compensation");
+    tableWithTwoAxes("Channel.1.Tx.Dsp.Temperature.To.Dc.Q.Compensation");
+    EXPECT_THAT(
+        texts(),
+        ElementsAre("error: table \"Channel.1.Tx.Dsp.Temperature.To.Dc.Q.Compensation\" has two axes; "
+                    "it must have one for channel 1 (rf-module)"));
+}
+
+TEST_F(BoardCheckTest, OnlyCompensatedChannelsNeedTheTemperatureService) {
+    interface("ITemperatureHandler", Standalone::Presence::absent);
+    rfModule();
+    EXPECT_THAT(findings(), IsEmpty());
+    channel(2, FrequencyHandler::RfModule);
+    driver("channel.2.tx.rf.frequency");
+    driver("channel.2.rx.rf.frequency");
+    iqCompensation();
+    EXPECT_THAT(findings(), ElementsAre("board.toml:1: error: interface \"ITemperatureHandler\" is absent; "
+                                        "channel 2 (rf-module) cannot start without it"));
+}
+
+TEST_F(BoardCheckTest, CompensationOfARemoteRadioUnitNeedsTheDriverLayer) {
+    channel(1, FrequencyHandler::Rau);
+    iqCompensation();
+    interface("IRauHandler_1", Standalone::Presence::present);
+    interface("IDriverLayer", Standalone::Presence::absent);
+    EXPECT_THAT(texts(), ElementsAre("error: interface \"IDriverLayer\" is absent; channel 1 (rau) cannot "
+                                     "start without it"));
 }
 
 // The demands themselves.

@@ -17,6 +17,7 @@ namespace RL::FrequencyHandler::TraceCode {
 constexpr int notice = 0x100;
 constexpr int information = 0x800;
 constexpr int error = 0x8000;
+constexpr int moduleRegistrationError = 0x8005;
 } // namespace RL::FrequencyHandler::TraceCode
 
 namespace RL::FrequencyHandler::Trace {

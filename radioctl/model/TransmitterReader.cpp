@@ -1,0 +1,77 @@
+#include "model/TransmitterReader.h"
+
+#include <algorithm>
+#include <map>
+
+namespace Radioctl {
+
+namespace {
+
+/** Beyond anything physical, and so small that no result of the model leaves the range of a double. */
+constexpr double largestNumber = 1000000.0;
+
+ThermalCurve readCurve(const TomlItem& transmitter, std::string_view key) {
+    const std::string what = "the value at 25 degrees, its change per degree, and per degree squared";
+    const TomlItem item = transmitter.get(key, what);
+    const std::vector<TomlItem> elements = item.elements();
+    item.requireCount(elements.size(), 3, what);
+    return {elements[0].number(largestNumber), elements[1].number(largestNumber),
+            elements[2].number(largestNumber)};
+}
+
+double readStep(const TomlItem& transmitter, std::string_view key) {
+    const TomlItem item = transmitter.get(key, "what one step of the correction changes");
+    const double step = item.number(largestNumber);
+    if (step == 0.0) {
+        item.failExpecting("a number other than 0");
+    }
+    return step;
+}
+
+int readChannel(const TomlItem& transmitter, const std::vector<ChannelDescription>& channels,
+                std::map<int, unsigned>& lineOfChannel) {
+    const TomlItem item = transmitter.get("channel", "the number of one of the board's channels");
+    const int number = item.integer();
+    if (std::none_of(channels.begin(), channels.end(),
+                     [number](const ChannelDescription& channel) { return channel.number == number; })) {
+        item.failExpecting("the number of one of the board's channels");
+    }
+    const auto [first, isNew] = lineOfChannel.emplace(number, item.place().line);
+    if (!isNew) {
+        item.fail(std::to_string(number) + " has the transmitter on line " + std::to_string(first->second) +
+                  ", expected one for each channel");
+    }
+    return number;
+}
+
+} // namespace
+
+std::vector<TransmitterDescription> readTransmitters(const TomlItem& root,
+                                                     const std::vector<ChannelDescription>& channels) {
+    std::vector<TransmitterDescription> result;
+    const std::optional<TomlItem> transmitters = root.find("transmitter");
+    if (!transmitters) {
+        return result;
+    }
+    if (!transmitters->isArray()) {
+        transmitters->failExpecting("[[transmitter]] tables, one for each transmitter");
+    }
+    std::map<int, unsigned> lineOfChannel;
+    for (const TomlItem& item : transmitters->elements()) {
+        item.entries({"channel", "gain_imbalance", "phase_imbalance", "dc_offset_i", "dc_offset_q",
+                      "gain_step", "phase_step", "dc_step"});
+        TransmitterDescription transmitter;
+        transmitter.channel = readChannel(item, channels, lineOfChannel);
+        transmitter.gainImbalance = readCurve(item, "gain_imbalance");
+        transmitter.phaseImbalance = readCurve(item, "phase_imbalance");
+        transmitter.dcOffsetI = readCurve(item, "dc_offset_i");
+        transmitter.dcOffsetQ = readCurve(item, "dc_offset_q");
+        transmitter.gainStep = readStep(item, "gain_step");
+        transmitter.phaseStep = readStep(item, "phase_step");
+        transmitter.dcStep = readStep(item, "dc_step");
+        result.push_back(transmitter);
+    }
+    return result;
+}
+
+} // namespace Radioctl

@@ -1,0 +1,16 @@
+#ifndef RADIOCTL_THERMAL_GNUPLOT_H
+#define RADIOCTL_THERMAL_GNUPLOT_H
+
+#include <string>
+
+namespace Radioctl::Thermal {
+
+/** Throws InputError when there is no gnuplot that can be run. */
+void requireGnuplot();
+
+/** What gnuplot draws to its standard output when it is given `script`. Throws InputError when it fails. */
+std::string runGnuplot(const std::string& script);
+
+} // namespace Radioctl::Thermal
+
+#endif

@@ -1,0 +1,85 @@
+#include "thermal/ThermalCommandLine.h"
+
+#include "CommandError.h"
+#include "Frequency.h"
+#include "Output.h"
+#include "Programs.h"
+#include "Words.h"
+
+#include <charconv>
+#include <string_view>
+#include <utility>
+
+namespace Radioctl::Thermal {
+
+namespace {
+
+/** Throws CommandError for anything but "CHANNEL=FREQUENCY". */
+Carriers::value_type parseCarrier(std::string_view word) {
+    const std::size_t equals = word.find('=');
+    const std::string_view number = word.substr(0, equals);
+    int channel = 0;
+    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), channel);
+    if (equals == std::string_view::npos || error != std::errc() || end != number.data() + number.size() ||
+        channel < 0) {
+        throw CommandError(inQuotes(word) +
+                           ", expected a channel and its carrier, such as \"1=18.00025GHz\"");
+    }
+    return {channel, parseFrequency(word.substr(equals + 1), "")};
+}
+
+/** Has the value of an option checked with the rest of the command line. */
+std::string whyNoCarrier(const std::string& word) {
+    try {
+        parseCarrier(word);
+        return {};
+    } catch (const CommandError& error) {
+        return error.what();
+    }
+}
+
+} // namespace
+
+ThermalCommandLine::ThermalCommandLine(CLI::App& app)
+    : m_thermal(*app.add_subcommand(
+          "thermal", "Replay a temperature log and show how the transmitters' corrections follow it")) {
+    m_thermal.add_option("BOARD", m_options.board, "Board description (TOML)")->required()->type_name("FILE");
+    m_thermal.add_option("LOG", m_options.log, "Temperature log (CSV): seconds,degrees")
+        ->required()
+        ->type_name("FILE");
+    m_thermal
+        .add_option("--carrier", m_carriers,
+                    "Transmit carrier of a channel, such as 1=18.00025GHz; otherwise the first of its raster")
+        ->type_name("CHANNEL=F")
+        ->allow_extra_args(false)
+        ->check(whyNoCarrier);
+    m_thermal
+        .add_option("--csv", m_options.csv,
+                    "Write a line for each temperature and channel; - is standard output")
+        ->type_name("FILE");
+    m_thermal.add_option("--html", m_options.html, "Write a page with plots (needs gnuplot)")
+        ->type_name("FILE");
+    m_thermal.add_flag("--json", m_options.json, "One JSON object per event and line");
+}
+
+int ThermalCommandLine::run(bool json) {
+    m_options.json |= json;
+    if (m_options.json && m_options.csv == "-") {
+        complain("--json and --csv - both want standard output");
+        return ExitCode::wrongCommandLine;
+    }
+    if (m_options.html == "-") {
+        complain("--html - is no file; expected a name such as thermal.html");
+        return ExitCode::wrongCommandLine;
+    }
+    for (const std::string& word : m_carriers) {
+        const auto [channel, carrier] = parseCarrier(word);
+        if (!m_options.carriers.emplace(channel, carrier).second) {
+            complain("--carrier: channel " + std::to_string(channel) + " has two carriers, expected one");
+            return ExitCode::wrongCommandLine;
+        }
+    }
+    return runThermal(m_options);
+}
+
+} // namespace Radioctl::Thermal

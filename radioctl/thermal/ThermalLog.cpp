@@ -1,0 +1,154 @@
+#include "thermal/ThermalLog.h"
+
+#include "InputError.h"
+#include "Words.h"
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace Radioctl::Thermal {
+
+namespace {
+
+constexpr std::string_view heading = "seconds,degrees";
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF"; // spreadsheets write one
+/** No radio works outside; a log in Kelvin or in tenths of a degree is found out. */
+constexpr std::int32_t coldest = -100;
+constexpr std::int32_t hottest = 200;
+/** A century of seconds since any epoch, and more; times can be subtracted and scaled without a thought. */
+constexpr std::int64_t latest = 1'000'000'000'000;
+constexpr std::size_t longestLine = 256;
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view space = " \t\r";
+    const std::size_t begin = text.find_first_not_of(space);
+    return begin == std::string_view::npos ? std::string_view()
+                                           : text.substr(begin, text.find_last_not_of(space) - begin + 1);
+}
+
+/** A decimal number with nothing behind it. */
+template <typename Number>
+bool parse(std::string_view text, Number& number) {
+    if (text.size() > 1 && text.front() == '+' && text[1] != '-') {
+        text.remove_prefix(1);
+    }
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+/** Takes one line after the other. */
+class LogReader {
+public:
+    explicit LogReader(const std::filesystem::path& file) : m_place{file.string(), 0} {}
+
+    void take(std::string_view line) {
+        ++m_place.line;
+        if (m_place.line == 1 && line.substr(0, byteOrderMark.size()) == byteOrderMark) {
+            line.remove_prefix(byteOrderMark.size());
+        }
+        line = trimmed(line);
+        if (line.empty() || line.front() == '#') {
+            return;
+        }
+        if (m_hasHeading) {
+            takeSample(line);
+        } else if (line == heading) {
+            m_hasHeading = true;
+        } else {
+            fail(inQuotes(line) + ", expected the heading \"" + std::string(heading) + "\"");
+        }
+    }
+
+    void refuseLongLine() {
+        ++m_place.line;
+        fail("longer than " + std::to_string(longestLine - 1) +
+             " characters, expected two numbers, such as \"60,-5\"");
+    }
+
+    ThermalLog finish() {
+        if (m_log.empty()) {
+            m_place.line = 0;
+            fail(m_hasHeading ? "no samples, expected lines such as \"60,-5\" below the heading"
+                              : "empty, expected the heading \"" + std::string(heading) + "\"");
+        }
+        return std::move(m_log);
+    }
+
+private:
+    void takeSample(std::string_view line) {
+        const std::size_t comma = line.find(',');
+        if (comma == std::string_view::npos || line.find(',', comma + 1) != std::string_view::npos) {
+            fail(inQuotes(line) + ", expected two numbers with a comma between them, such as \"60,-5\"");
+        }
+        const Sample sample{seconds(trimmed(line.substr(0, comma))),
+                            degrees(trimmed(line.substr(comma + 1)))};
+        if (!m_log.empty() && sample.seconds <= m_log.back().seconds) {
+            fail("second " + std::to_string(sample.seconds) + ", expected more than the " +
+                 std::to_string(m_log.back().seconds) + " of the sample before it");
+        }
+        m_log.push_back(sample);
+    }
+
+    std::int64_t seconds(std::string_view text) const {
+        std::int64_t number = 0;
+        if (!parse(text, number) || number < 0 || number > latest) {
+            fail("seconds: " + inQuotes(text) + ", expected a whole number from 0 to " +
+                 std::to_string(latest));
+        }
+        return number;
+    }
+
+    std::int32_t degrees(std::string_view text) const {
+        std::int32_t number = 0;
+        if (!parse(text, number) || number < coldest || number > hottest) {
+            fail("degrees: " + inQuotes(text) + ", expected a whole number from " + std::to_string(coldest) +
+                 " to " + std::to_string(hottest) + ", as the temperature service gives it");
+        }
+        return number;
+    }
+
+    [[noreturn]] void fail(const std::string& message) const { throw InputError(m_place, message); }
+
+    Place m_place;
+    bool m_hasHeading = false;
+    ThermalLog m_log;
+};
+
+[[noreturn]] void throwUnreadable(const std::filesystem::path& file, int reason) {
+    throw InputError({file.string(), 0}, "cannot be read: " + std::generic_category().message(reason) +
+                                             ", expected a temperature log");
+}
+
+} // namespace
+
+ThermalLog readThermalLog(const std::filesystem::path& file) {
+    std::error_code error;
+    if (std::filesystem::is_directory(file, error)) {
+        throwUnreadable(file, EISDIR);
+    }
+    errno = 0;
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream) {
+        throwUnreadable(file, errno == 0 ? EIO : errno);
+    }
+    LogReader reader(file);
+    // A line has a limit, so that a file that is no log at all is not read as one endless line.
+    std::array<char, longestLine> line{};
+    while (stream.getline(line.data(), static_cast<std::streamsize>(line.size()))) {
+        reader.take(line.data());
+    }
+    if (stream.bad()) {
+        throwUnreadable(file, EIO);
+    }
+    if (!stream.eof()) {
+        reader.refuseLongLine();
+    }
+    return reader.finish();
+}
+
+} // namespace Radioctl::Thermal

@@ -1,0 +1,51 @@
+#ifndef RADIOCTL_THERMAL_THERMALPAGE_H
+#define RADIOCTL_THERMAL_THERMALPAGE_H
+
+#include "thermal/Plot.h"
+#include "thermal/ThermalReport.h"
+
+#include <map>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace Radioctl::Thermal {
+
+/** One HTML page with everything in it: it opens from a file and asks nobody for anything. */
+class ThermalPage final : public ReplayListener {
+public:
+    /** What is borrowed must outlive the object. */
+    explicit ThermalPage(const Subject& subject);
+
+    void told(const ChannelTotals& channel, const Moment& moment) override;
+    /** Writes the page. Throws InputError when the plots cannot be drawn. */
+    void write(std::ostream& out, const ReplayTotals& totals) const;
+
+private:
+    /** What is plotted of one channel. */
+    struct ChannelSeries {
+        explicit ChannelSeries(const Series& empty);
+
+        Series temperature;
+        Series imageWithout;
+        Series image;
+        Series leakageWithout;
+        Series leakage;
+        Series dcI;
+        Series dcQ;
+        Series gain;
+        Series phase;
+    };
+
+    void writeChannel(std::ostream& out, const ChannelTotals& channel) const;
+    void writePlot(std::ostream& out, const std::string& id, const std::string& title,
+                   const std::string& yLabel, std::vector<Curve> curves) const;
+
+    const Subject& m_subject;
+    Series m_empty;
+    std::map<int, ChannelSeries> m_channels;
+};
+
+} // namespace Radioctl::Thermal
+
+#endif

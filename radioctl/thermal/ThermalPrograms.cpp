@@ -1,0 +1,190 @@
+#include "thermal/ThermalPrograms.h"
+
+#include "AtomicFile.h"
+#include "Board.h"
+#include "BoardCheck.h"
+#include "InputError.h"
+#include "Interrupt.h"
+#include "JsonLine.h"
+#include "Output.h"
+#include "Programs.h"
+#include "Words.h"
+#include "plan/BootedRadio.h"
+#include "plan/Progress.h"
+#include "thermal/Gnuplot.h"
+#include "thermal/ThermalLog.h"
+#include "thermal/ThermalPage.h"
+#include "thermal/ThermalReport.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+namespace Radioctl::Thermal {
+
+namespace {
+
+int refuse(const std::string& message, bool json, int exitCode) {
+    if (json) {
+        writeJsonLine(std::cout, {{"event", "error"}, {"message", message}});
+    }
+    complain(message);
+    return exitCode;
+}
+
+/** Reads a board on which every channel finds what it needs, and at least one follows the temperature. */
+Board loadUsableBoard(const std::string& file) {
+    Board board = loadBoard(file);
+    const std::vector<Finding> findings = checkBoard(board);
+    const auto error = std::find_if(findings.begin(), findings.end(), [](const Finding& finding) {
+        return finding.severity == Severity::error;
+    });
+    if (error != findings.end()) {
+        throw InputError(error->place, error->text + " (\"radioctl check\" has the whole list)");
+    }
+    if (std::none_of(board.channels.begin(), board.channels.end(),
+                     [](const ChannelDescription& channel) { return channel.iqCompensation; })) {
+        throw InputError({file, 0}, "nothing to replay; expected \"iq_compensation = true\" in at least one "
+                                    "[[channel]]");
+    }
+    return board;
+}
+
+/** What is wrong with the channels of --carrier; empty when nothing is. */
+std::string whyNoCarriers(const Board& board, const Carriers& carriers) {
+    std::vector<std::string> numbers;
+    for (const ChannelDescription& channel : board.channels) {
+        if (channel.iqCompensation) {
+            numbers.push_back(std::to_string(channel.number));
+        }
+    }
+    for (const auto& [channel, carrier] : carriers) {
+        if (std::find(numbers.begin(), numbers.end(), std::to_string(channel)) == numbers.end()) {
+            return "--carrier: " + board.file.string() + " has no channel " + std::to_string(channel) +
+                   " with IQ compensation; it has: " + joined(numbers, ", ");
+        }
+    }
+    return {};
+}
+
+/** One replay from the command line to the exit code. */
+class ThermalRun {
+public:
+    explicit ThermalRun(const ThermalOptions& options) : m_options(options) {}
+
+    int run();
+
+private:
+    int replay(const Subject& subject);
+    std::unique_ptr<ThermalReport> makeReport(const Subject& subject) const;
+    void openFiles(const Subject& subject);
+    bool play(Replay& replay, const ThermalLog& log) const;
+    /** Puts the files in their places. */
+    void commit(const ReplayTotals& totals);
+
+    const ThermalOptions& m_options;
+    const Interrupt m_interrupt;
+    std::optional<AtomicFile> m_csvFile;
+    std::optional<AtomicFile> m_htmlFile;
+    std::optional<ThermalCsv> m_csv;
+    std::optional<ThermalPage> m_page;
+};
+
+int ThermalRun::run() {
+    const Board board = loadUsableBoard(m_options.board);
+    const std::string wrong = whyNoCarriers(board, m_options.carriers);
+    if (!wrong.empty()) {
+        return refuse(wrong, m_options.json, ExitCode::wrongCommandLine);
+    }
+    const ThermalLog log = readThermalLog(m_options.log);
+    return replay({board, m_options.log, log});
+}
+
+std::unique_ptr<ThermalReport> ThermalRun::makeReport(const Subject& subject) const {
+    if (m_options.json) {
+        return std::make_unique<ThermalJson>(std::cout, subject);
+    }
+    // With the timeline on standard output, what a person reads goes elsewhere.
+    return std::make_unique<ThermalText>(m_options.csv == "-" ? std::cerr : std::cout, subject);
+}
+
+void ThermalRun::openFiles(const Subject& subject) {
+    if (!m_options.html.empty()) {
+        requireGnuplot();
+        m_htmlFile.emplace(m_options.html);
+        m_page.emplace(subject);
+    }
+    if (m_options.csv == "-") {
+        m_csv.emplace(std::cout);
+    } else if (!m_options.csv.empty()) {
+        m_csvFile.emplace(m_options.csv);
+        m_csv.emplace(m_csvFile->stream());
+    }
+}
+
+bool ThermalRun::play(Replay& replay, const ThermalLog& log) const {
+    Plan::Progress progress(log.size(), "samples");
+    return replay.play(log, [&](std::uint64_t done) {
+        progress.update(done);
+        return m_interrupt.signal() == 0;
+    });
+}
+
+void ThermalRun::commit(const ReplayTotals& totals) {
+    if (m_page) {
+        m_page->write(m_htmlFile->stream(), totals);
+        m_htmlFile->commit();
+    }
+    if (m_csvFile) {
+        m_csvFile->commit();
+    }
+}
+
+int ThermalRun::replay(const Subject& subject) {
+    openFiles(subject);
+    const std::unique_ptr<ThermalReport> report = makeReport(subject);
+    std::vector<ReplayListener*> listeners{report.get()};
+    if (m_csv) {
+        listeners.push_back(&*m_csv);
+    }
+    if (m_page) {
+        listeners.push_back(&*m_page);
+    }
+    Plan::BootedRadio booted(subject.board);
+    if (!booted.isUp()) {
+        const std::vector<std::string>& complaints = booted.complaints();
+        return refuse(subject.board.file.string() + ": the radio did not boot" +
+                          (complaints.empty() ? "" : ": " + complaints.front()),
+                      m_options.json, ExitCode::notBooted);
+    }
+    Carriers carriers = m_options.carriers;
+    carriers.merge(rasterCarriers(subject.board));
+    const auto start = std::chrono::steady_clock::now();
+    Replay replay(booted, subject.board, carriers, listeners);
+    const bool isComplete = play(replay, subject.log);
+    ReplayEnd end;
+    end.signal = isComplete ? 0 : m_interrupt.signal();
+    end.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    end.exitCode = end.signal != 0                   ? ExitCode::signalBase + end.signal
+                   : replay.totals().complaints != 0 ? ExitCode::outsideLimits
+                                                     : ExitCode::good;
+    if (isComplete) {
+        commit(replay.totals());
+    }
+    report->finished(replay.totals(), end);
+    return end.exitCode;
+}
+
+} // namespace
+
+int runThermal(const ThermalOptions& options) {
+    try {
+        return ThermalRun(options).run();
+    } catch (const InputError& error) {
+        return refuse(error.what(), options.json, ExitCode::unusableInput);
+    }
+}
+
+} // namespace Radioctl::Thermal
