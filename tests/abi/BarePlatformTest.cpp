@@ -2,6 +2,7 @@
 // each argument that the stand-alone platform does not look at.
 
 #include "CCalibrationHandler.h"
+#include "CInterfaceBroker.h"
 #include "CModuleManager.h"
 #include "CStorageManager.h"
 #include "DriverLayer.h"
@@ -219,6 +220,28 @@ EAFResult ModuleInterface::onPhaseSetRadioChannelNearEndFinished() {
     return ResultOk;
 }
 
+EAFResult CModuleManager_RegisterModule(unsigned /*moduleId*/, const char* /*moduleName*/) {
+    return ResultOk;
+}
+EAFResult CModuleManager_RegisterCallback(unsigned /*moduleId*/, const char* /*callbackName*/,
+                                          unsigned /*order*/, ModuleCallbackRecord* /*callback*/,
+                                          ECallbackPriority /*priority*/, unsigned /*reserved*/,
+                                          const unsigned long* /*phases*/, unsigned long /*phaseCount*/) {
+    return ResultOk;
+}
+
+EAFResult CInterfaceBroker_GetInstance(void** broker) {
+    *broker = &bare();
+    return ResultOk;
+}
+EAFResult CInterfaceBroker_GetInterface(void* /*broker*/, const char* /*name*/, void** iface) {
+    *iface = nullptr;
+    return ResultFailed;
+}
+EAFResult CInterfaceBroker_DestroyInstance(void* /*broker*/) {
+    return ResultOk;
+}
+
 IRadio::~IRadio() = default;
 IRauHandler::~IRauHandler() = default;
 ITemperatureHandler::~ITemperatureHandler() = default;
@@ -255,7 +278,7 @@ ECHResult CCalibrationTable_BiLinearInterpolate(CalibrationTableHandle /*table*/
 // Trace
 
 TEST_F(BarePlatformTest, EveryTraceObjectIsBuiltWithTheSameNameAndLevel) {
-    EXPECT_THAT(bare().traceObjects, AllOf(SizeIs(4), Each("QVX.FH 3")));
+    EXPECT_THAT(bare().traceObjects, AllOf(SizeIs(5), Each("QVX.FH 3")));
 }
 
 TEST_F(BarePlatformTest, MessageIsMappedBegunWrittenFlushedAndEnded) {
