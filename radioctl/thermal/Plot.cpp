@@ -129,7 +129,7 @@ std::string drawSvg(const Plot& plot) {
     svg.erase(0, svg.find("<svg"));
     replaceBetween(svg, "<title>", "</title>", "<title>" + plot.title + "</title>");
     replaceBetween(svg, "<desc>", "</desc>", "");
-    svg.insert(std::string_view("<svg").size(), " role=\"img\" id=\"" + plot.id + "\"");
+    svg.insert(std::string_view("<svg").size(), R"( role="img" id=")" + plot.id + '"');
     // Every drawing has the same names inside, and they hold for the whole page.
     const std::size_t content = svg.find('>');
     std::string inside = svg.substr(content);

@@ -74,9 +74,11 @@ class ThermalRun {
 public:
     explicit ThermalRun(const ThermalOptions& options) : m_options(options) {}
 
-    int run();
+    /** Throws InputError for what cannot be used, but not once the user wants to leave. */
+    int runUnlessInterrupted();
 
 private:
+    int run();
     int replay(const Subject& subject);
     std::unique_ptr<ThermalReport> makeReport(const Subject& subject) const;
     void openFiles(const Subject& subject);
@@ -91,6 +93,18 @@ private:
     std::optional<ThermalCsv> m_csv;
     std::optional<ThermalPage> m_page;
 };
+
+int ThermalRun::runUnlessInterrupted() {
+    try {
+        return run();
+    } catch (const InputError&) {
+        // Ctrl-C reaches gnuplot too, which then has drawn nothing.
+        if (m_interrupt.signal() == 0) {
+            throw;
+        }
+        return ExitCode::signalBase + m_interrupt.signal();
+    }
+}
 
 int ThermalRun::run() {
     const Board board = loadUsableBoard(m_options.board);
@@ -181,7 +195,7 @@ int ThermalRun::replay(const Subject& subject) {
 
 int runThermal(const ThermalOptions& options) {
     try {
-        return ThermalRun(options).run();
+        return ThermalRun(options).runUnlessInterrupted();
     } catch (const InputError& error) {
         return refuse(error.what(), options.json, ExitCode::unusableInput);
     }

@@ -85,8 +85,10 @@ void ThermalText::finished(const ReplayTotals& totals, const ReplayEnd& end) {
         m_out << "\nChannel " << channel.channel << ", "
               << (channel.carrier ? "carrier " + std::to_string(*channel.carrier) + " kHz" : "not tuned")
               << "\n";
-        showDrivers(channel);
-        showWorst(channel);
+        if (!channel.drivers.empty()) {
+            showDrivers(channel);
+            showWorst(channel);
+        }
         writes += channel.writes();
         unchanged += channel.unchanged();
     }
