@@ -42,20 +42,22 @@ std::string whyNoCarrier(const std::string& word) {
 
 ThermalCommandLine::ThermalCommandLine(CLI::App& app)
     : m_thermal(*app.add_subcommand(
-          "thermal", "Replay a temperature log and show how the transmitters' corrections follow it")) {
+          "thermal",
+          "Replay a temperature log and show how the\ncorrections of the transmitters follow it")) {
     m_thermal.add_option("BOARD", m_options.board, "Board description (TOML)")->required()->type_name("FILE");
     m_thermal.add_option("LOG", m_options.log, "Temperature log (CSV): seconds,degrees")
         ->required()
         ->type_name("FILE");
     m_thermal
-        .add_option("--carrier", m_carriers,
-                    "Transmit carrier of a channel, such as 1=18.00025GHz; otherwise the first of its raster")
+        .add_option(
+            "--carrier", m_carriers,
+            "Transmit carrier of a channel, such as\n1=18.00025GHz; otherwise the first of its raster")
         ->type_name("CHANNEL=F")
         ->allow_extra_args(false)
         ->check(whyNoCarrier);
     m_thermal
         .add_option("--csv", m_options.csv,
-                    "Write a line for each temperature and channel; - is standard output")
+                    "Write a line for each temperature and\nchannel; - is standard output")
         ->type_name("FILE");
     m_thermal.add_option("--html", m_options.html, "Write a page with plots (needs gnuplot)")
         ->type_name("FILE");

@@ -63,6 +63,7 @@ TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
                                                       {"plan", "--help"},
                                                       {"plan", "explain", "--help"},
                                                       {"plan", "audit", "--help"},
+                                                      {"thermal", "--help"},
                                                       {"completion", "--help"}}) {
         EXPECT_THAT(runProgram({arguments}).output, Not(testing::ContainsRegex("[^\n]{80}")));
     }
