@@ -365,4 +365,16 @@ std::vector<Finding> checkBoard(const Board& board) {
     return Checker(board).run();
 }
 
+Board loadUsableBoard(const std::filesystem::path& file) {
+    Board board = loadBoard(file);
+    const std::vector<Finding> findings = checkBoard(board);
+    const auto error = std::find_if(findings.begin(), findings.end(), [](const Finding& finding) {
+        return finding.severity == Severity::error;
+    });
+    if (error != findings.end()) {
+        throw InputError(error->place, error->text + " (\"radioctl check\" has the whole list)");
+    }
+    return board;
+}
+
 } // namespace Radioctl

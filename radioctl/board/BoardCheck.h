@@ -31,6 +31,9 @@ struct Finding {
  */
 std::vector<Finding> checkBoard(const Board& board);
 
+/** Reads a board and throws InputError also for the first error that checkBoard finds. */
+Board loadUsableBoard(const std::filesystem::path& file);
+
 } // namespace Radioctl
 
 #endif

@@ -25,27 +25,6 @@ namespace Radioctl::Plan {
 
 namespace {
 
-int refuse(const std::string& message, bool json, int exitCode) {
-    if (json) {
-        writeJsonLine(std::cout, {{"event", "error"}, {"message", message}});
-    }
-    complain(message);
-    return exitCode;
-}
-
-/** Reads a board on which every channel finds what it needs; anything else throws InputError. */
-Board loadUsableBoard(const std::string& file) {
-    Board board = loadBoard(file);
-    const std::vector<Finding> findings = checkBoard(board);
-    const auto error = std::find_if(findings.begin(), findings.end(), [](const Finding& finding) {
-        return finding.severity == Severity::error;
-    });
-    if (error != findings.end()) {
-        throw InputError(error->place, error->text + " (\"radioctl check\" has the whole list)");
-    }
-    return board;
-}
-
 /** "FILE: WHAT: " and the first thing that the radio complained of. */
 std::string failureOf(const Board& board, const std::string& what, const BootedRadio& booted) {
     const std::vector<std::string>& complaints = booted.complaints();

@@ -1,5 +1,6 @@
 #include "Output.h"
 
+#include "JsonLine.h"
 #include "JsonReporter.h"
 #include "TextReporter.h"
 
@@ -29,6 +30,14 @@ std::unique_ptr<Reporter> makeReporter(const Options& options, bool echo) {
 void complain(const std::string& message) {
     std::cout << std::flush;
     std::cerr << "radioctl: " << message << "\n";
+}
+
+int refuse(const std::string& message, bool json, int exitCode) {
+    if (json) {
+        writeJsonLine(std::cout, {{"event", "error"}, {"message", message}});
+    }
+    complain(message);
+    return exitCode;
 }
 
 int checkedOutput(int exitCode) {

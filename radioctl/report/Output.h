@@ -19,6 +19,9 @@ std::unique_ptr<Reporter> makeReporter(const Options& options, bool echo);
 /** Tells people, on standard error, what is wrong with their input. */
 void complain(const std::string& message);
 
+/** Complains, with `json` as an "error" event on standard output as well; gives `exitCode`. */
+int refuse(const std::string& message, bool json, int exitCode);
+
 /** `exitCode`, unless what the program wrote did not arrive: then it complains, and the exit code says so. */
 int checkedOutput(int exitCode);
 

@@ -26,24 +26,9 @@ namespace Radioctl::Thermal {
 
 namespace {
 
-int refuse(const std::string& message, bool json, int exitCode) {
-    if (json) {
-        writeJsonLine(std::cout, {{"event", "error"}, {"message", message}});
-    }
-    complain(message);
-    return exitCode;
-}
-
 /** Reads a board on which every channel finds what it needs, and at least one follows the temperature. */
-Board loadUsableBoard(const std::string& file) {
-    Board board = loadBoard(file);
-    const std::vector<Finding> findings = checkBoard(board);
-    const auto error = std::find_if(findings.begin(), findings.end(), [](const Finding& finding) {
-        return finding.severity == Severity::error;
-    });
-    if (error != findings.end()) {
-        throw InputError(error->place, error->text + " (\"radioctl check\" has the whole list)");
-    }
+Board loadCompensatedBoard(const std::string& file) {
+    Board board = loadUsableBoard(file);
     if (std::none_of(board.channels.begin(), board.channels.end(),
                      [](const ChannelDescription& channel) { return channel.iqCompensation; })) {
         throw InputError({file, 0}, "nothing to replay; expected \"iq_compensation = true\" in at least one "
@@ -107,7 +92,7 @@ int ThermalRun::runUnlessInterrupted() {
 }
 
 int ThermalRun::run() {
-    const Board board = loadUsableBoard(m_options.board);
+    const Board board = loadCompensatedBoard(m_options.board);
     const std::string wrong = whyNoCarriers(board, m_options.carriers);
     if (!wrong.empty()) {
         return refuse(wrong, m_options.json, ExitCode::wrongCommandLine);
