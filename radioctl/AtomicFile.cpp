@@ -103,4 +103,14 @@ void AtomicFile::fail(const char* what) const {
                      what + (reason == 0 ? "" : ": " + std::generic_category().message(reason)));
 }
 
+bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& other) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    if (fs::exists(one, error) && fs::exists(other, error)) {
+        return fs::is_regular_file(one, error) && fs::equivalent(one, other, error);
+    }
+    const fs::path first = fs::weakly_canonical(one, error);
+    return !error && first == fs::weakly_canonical(other, error);
+}
+
 } // namespace Radioctl

@@ -39,6 +39,9 @@ private:
     std::ofstream m_stream;
 };
 
+/** True when both names mean one ordinary file, whether or not it exists yet. */
+bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& other);
+
 } // namespace Radioctl
 
 #endif

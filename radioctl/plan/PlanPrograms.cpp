@@ -180,6 +180,12 @@ int runExplain(const ExplainOptions& options) {
 }
 
 int runAudit(const AuditOptions& options) {
+    for (const std::string& board : options.boards) {
+        if (!options.csv.empty() && options.csv != "-" && isSameFile(options.csv, board)) {
+            return refuse("--csv: " + options.csv + " is a board, expected a file of its own", options.json,
+                          ExitCode::wrongCommandLine);
+        }
+    }
     try {
         return AuditRun(options).run();
     } catch (const InputError& error) {

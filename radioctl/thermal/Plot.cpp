@@ -54,6 +54,10 @@ std::string scriptFor(const Plot& plot) {
         for (const Point& point : plot.curves[i].points) {
             script << scaled(point.seconds) << ' ' << point.value << '\n';
         }
+        // A step needs two ends: a log of one sample is drawn as a level.
+        if (plot.end == plot.begin && !plot.curves[i].points.empty()) {
+            script << "1 " << plot.curves[i].points.back().value << '\n';
+        }
         script << "END\n";
     }
     script << "plot ";

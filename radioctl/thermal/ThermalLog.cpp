@@ -3,6 +3,7 @@
 #include "InputError.h"
 #include "Words.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
@@ -41,6 +42,12 @@ bool parse(std::string_view text, Number& number) {
     return error == std::errc() && end == text.data() + text.size();
 }
 
+std::string withoutBlanks(std::string_view line) {
+    std::string text(line);
+    text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
+    return text;
+}
+
 /** Takes one line after the other. */
 class LogReader {
 public:
@@ -57,7 +64,7 @@ public:
         }
         if (m_hasHeading) {
             takeSample(line);
-        } else if (line == heading) {
+        } else if (withoutBlanks(line) == heading) {
             m_hasHeading = true;
         } else {
             fail(inQuotes(line) + ", expected the heading \"" + std::string(heading) + "\"");

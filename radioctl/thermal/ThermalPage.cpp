@@ -1,5 +1,7 @@
 #include "thermal/ThermalPage.h"
 
+#include "Words.h"
+
 #include <string_view>
 #include <utility>
 
@@ -130,12 +132,12 @@ void ThermalPage::write(std::ostream& out, const ReplayTotals& totals) const {
         << style << "</head>\n<body>\n"
         << "<h1>Transmit IQ compensation over temperature</h1>\n"
         << "<p>" << name << " (" << inHtml(m_subject.board.file.string()) << ")<br/>\n"
-        << inHtml(m_subject.logFile) << ": " << log.size() << " samples in "
+        << inHtml(m_subject.logFile) << ": " << counted(log.size(), "sample") << " in "
         << log.back().seconds - log.front().seconds << " s, " << temperatureSpan(log) << " Celsius; "
-        << totals.notifications << " notifications</p>\n";
+        << counted(totals.notifications, "notification") << "</p>\n";
     if (totals.complaints != 0) {
-        out << "<p>The radio complained, " << totals.complaints
-            << " times, first: " << inHtml(totals.firstComplaint) << "</p>\n";
+        out << "<p>The radio complained, " << counted(totals.complaints, "time")
+            << ", first: " << inHtml(totals.firstComplaint) << "</p>\n";
     }
     out << "<p class=\"note\">The library was told every change of the temperature, and wrote what is shown. "
            "Image and carrier leakage are those of the modelled transmitter, relative to its signal: the "

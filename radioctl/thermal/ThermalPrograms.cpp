@@ -17,6 +17,7 @@
 #include "thermal/ThermalReport.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <iostream>
 #include <memory>
@@ -54,22 +55,45 @@ std::string whyNoCarriers(const Board& board, const Carriers& carriers) {
     return {};
 }
 
+/** Why what is written and what is read cannot all be meant; empty when it can. */
+std::string whyNoFiles(const ThermalOptions& options) {
+    struct Named {
+        const char* name;
+        const std::string& file;
+    };
+    const std::array<Named, 4> files{{{"the board", options.board},
+                                      {"the log", options.log},
+                                      {"--html", options.html},
+                                      {"--csv", options.csv}}};
+    for (std::size_t output = 2; output < files.size(); ++output) {
+        if (files[output].file.empty() || files[output].file == "-") {
+            continue;
+        }
+        for (std::size_t other = 0; other < output; ++other) {
+            if (!files[other].file.empty() && isSameFile(files[output].file, files[other].file)) {
+                return std::string(files[output].name) + ": " + files[output].file + " is " +
+                       files[other].name + ", expected a file of its own";
+            }
+        }
+    }
+    return {};
+}
+
 /** One replay from the command line to the exit code. */
 class ThermalRun {
 public:
     explicit ThermalRun(const ThermalOptions& options) : m_options(options) {}
 
-    /** Throws InputError for what cannot be used, but not once the user wants to leave. */
-    int runUnlessInterrupted();
+    /** Throws InputError for what cannot be used. */
+    int run();
 
 private:
-    int run();
     int replay(const Subject& subject);
     std::unique_ptr<ThermalReport> makeReport(const Subject& subject) const;
     void openFiles(const Subject& subject);
     bool play(Replay& replay, const ThermalLog& log) const;
-    /** Puts the files in their places. */
-    void commit(const ReplayTotals& totals);
+    /** Puts the files in their places, unless the user wants to leave. Gives what went wrong, or nothing. */
+    std::string commit(const ReplayTotals& totals);
 
     const ThermalOptions& m_options;
     const Interrupt m_interrupt;
@@ -79,21 +103,13 @@ private:
     std::optional<ThermalPage> m_page;
 };
 
-int ThermalRun::runUnlessInterrupted() {
-    try {
-        return run();
-    } catch (const InputError&) {
-        // Ctrl-C reaches gnuplot too, which then has drawn nothing.
-        if (m_interrupt.signal() == 0) {
-            throw;
-        }
-        return ExitCode::signalBase + m_interrupt.signal();
-    }
-}
-
 int ThermalRun::run() {
+    std::string wrong = whyNoFiles(m_options);
+    if (!wrong.empty()) {
+        return refuse(wrong, m_options.json, ExitCode::wrongCommandLine);
+    }
     const Board board = loadCompensatedBoard(m_options.board);
-    const std::string wrong = whyNoCarriers(board, m_options.carriers);
+    wrong = whyNoCarriers(board, m_options.carriers);
     if (!wrong.empty()) {
         return refuse(wrong, m_options.json, ExitCode::wrongCommandLine);
     }
@@ -131,13 +147,21 @@ bool ThermalRun::play(Replay& replay, const ThermalLog& log) const {
     });
 }
 
-void ThermalRun::commit(const ReplayTotals& totals) {
-    if (m_page) {
-        m_page->write(m_htmlFile->stream(), totals);
-        m_htmlFile->commit();
-    }
-    if (m_csvFile) {
-        m_csvFile->commit();
+std::string ThermalRun::commit(const ReplayTotals& totals) {
+    try {
+        if (m_page) {
+            m_page->write(m_htmlFile->stream(), totals);
+        }
+        // Ctrl-C reaches gnuplot too, which then has drawn nothing.
+        if (m_interrupt.signal() == 0 && m_csvFile) {
+            m_csvFile->commit();
+        }
+        if (m_interrupt.signal() == 0 && m_htmlFile) {
+            m_htmlFile->commit();
+        }
+        return {};
+    } catch (const InputError& error) {
+        return m_interrupt.signal() == 0 ? error.what() : "";
     }
 }
 
@@ -164,15 +188,17 @@ int ThermalRun::replay(const Subject& subject) {
     Replay replay(booted, subject.board, carriers, listeners);
     const bool isComplete = play(replay, subject.log);
     ReplayEnd end;
-    end.signal = isComplete ? 0 : m_interrupt.signal();
     end.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    const std::string notWritten = isComplete ? commit(replay.totals()) : "";
+    end.signal = m_interrupt.signal();
     end.exitCode = end.signal != 0                   ? ExitCode::signalBase + end.signal
+                   : !notWritten.empty()             ? ExitCode::unusableInput
                    : replay.totals().complaints != 0 ? ExitCode::outsideLimits
                                                      : ExitCode::good;
-    if (isComplete) {
-        commit(replay.totals());
-    }
     report->finished(replay.totals(), end);
+    if (!notWritten.empty()) {
+        return refuse(notWritten, m_options.json, end.exitCode);
+    }
     return end.exitCode;
 }
 
@@ -180,7 +206,7 @@ int ThermalRun::replay(const Subject& subject) {
 
 int runThermal(const ThermalOptions& options) {
     try {
-        return ThermalRun(options).runUnlessInterrupted();
+        return ThermalRun(options).run();
     } catch (const InputError& error) {
         return refuse(error.what(), options.json, ExitCode::unusableInput);
     }

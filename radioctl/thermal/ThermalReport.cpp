@@ -94,7 +94,7 @@ void ThermalText::finished(const ReplayTotals& totals, const ReplayEnd& end) {
     }
     m_out << "\n";
     if (end.signal != 0) {
-        m_out << "Interrupted: not all samples were replayed.\n";
+        m_out << "Interrupted: no files were written.\n";
     }
     if (totals.complaints != 0) {
         m_out << "The radio complained " << counted(totals.complaints, "time")

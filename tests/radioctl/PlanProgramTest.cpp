@@ -39,6 +39,15 @@ last = )" + std::to_string(7442000 + count - 1) +
         "rf_pll_unit,charge_pump,mixer_i,mixer_q,passed_on_khz,produced_hz,error_hz,findings\n";
 };
 
+TEST_F(PlanProgramTest, AuditDoesNotWriteOverABoard) {
+    addRaster(1);
+    const std::string before = contentOf("board.toml");
+    const Ending ending = plan({"audit", "board.toml", "--csv", "./board.toml"});
+    EXPECT_EQ(ending.errors, "radioctl: --csv: ./board.toml is a board, expected a file of its own\n");
+    EXPECT_EQ(ending.exitCode, 2);
+    EXPECT_EQ(contentOf("board.toml"), before);
+}
+
 TEST_F(PlanProgramTest, ExplainTakesFrequenciesAsScriptsDo) {
     const std::string told = plan({"explain", "board.toml", "--channel", "1", "--tx", "7442500"}).output;
     EXPECT_THAT(told, HasSubstr("  1  channel.1.tx.rf.frequency <- 7442500\n"));

@@ -200,6 +200,30 @@ TEST_F(ThermalProgramTest, FileThatCannotBeWrittenIsRefusedBeforeTheReplay) {
     EXPECT_EQ(ending.exitCode, 3);
 }
 
+TEST_F(ThermalProgramTest, FileThatIsReadIsNotWritten) {
+    const Ending log = thermal({"--csv", "./log.csv"});
+    EXPECT_EQ(log.errors, "radioctl: --csv: ./log.csv is the log, expected a file of its own\n");
+    EXPECT_EQ(log.exitCode, 2);
+    const Ending itself = thermal({"--html", "board.toml"});
+    EXPECT_EQ(itself.errors, "radioctl: --html: board.toml is the board, expected a file of its own\n");
+    EXPECT_EQ(contentOf("board.toml"), board);
+}
+
+TEST_F(ThermalProgramTest, TimelineAndPageAreTwoFiles) {
+    const Ending ending = thermal({"--html", "x", "--csv", "x"});
+    EXPECT_EQ(ending.errors, "radioctl: --csv: x is --html, expected a file of its own\n");
+    EXPECT_EQ(ending.exitCode, 2);
+}
+
+TEST_F(ThermalProgramTest, LogOfOneSampleIsDrawnAsALevel) {
+    write("log.csv", "seconds, degrees\n0,10\n");
+    EXPECT_EQ(thermal({"--html", "page.html"}).exitCode, 0);
+    const std::string page = contentOf("page.html");
+    EXPECT_THAT(page, HasSubstr("1 sample in 0 s"));
+    // Behind the line in the key comes a line in the plot.
+    EXPECT_THAT(page, testing::ContainsRegex("L[0-9.]+,[0-9.]+ M[0-9.]+,[0-9.]+ L[0-9.]+,"));
+}
+
 TEST_F(ThermalProgramTest, UnusableLogIsExitCode3) {
     write("log.csv", "seconds,degrees\n0,warm\n");
     const Ending ending = thermal({});
@@ -255,7 +279,7 @@ TEST_F(ThermalProgramTest, InterruptEndsTheReplayCleanly) {
     ASSERT_TRUE(process.waitUntilItCatches(SIGINT));
     process.signal(SIGINT);
     const Ending ending = process.finish();
-    EXPECT_THAT(ending.output, HasSubstr("\nInterrupted: not all samples were replayed.\n"));
+    EXPECT_THAT(ending.output, HasSubstr("\nInterrupted: no files were written.\n"));
     EXPECT_EQ(ending.exitCode, 130);
     EXPECT_FALSE(std::filesystem::exists("out.csv"));
     EXPECT_EQ(ending.errors, "");
