@@ -28,14 +28,12 @@ public:
     /** The board fitted. A number outside this list builds no handlers, and the module then answers 0x8000.
      */
     enum FrequencyHandlerType : std::int32_t {
-        MicrowaveBoardIf = 0, ///< microwave board with an IF synthesiser
-        RfModule = 1,         ///< RF module
-        MicrowaveBoardDspOffset =
-            2, ///< microwave board, receiver shifted by half the channel spacing in the DSP
-        MicrowaveBoardHzCsOffset =
-            3,                ///< microwave board, LO in Hz, receiver with channel-spacing offset array
-        Rau = 4,              ///< remote radio unit
-        MicrowaveBoardHz = 5, ///< microwave board, LO in Hz
+        MicrowaveBoardIf = 0,         ///< microwave board with an IF synthesiser
+        RfModule = 1,                 ///< RF module
+        MicrowaveBoardDspOffset = 2,  ///< microwave board, receiver offset in the DSP
+        MicrowaveBoardHzCsOffset = 3, ///< microwave board, LO in Hz, receiver with offset array
+        Rau = 4,                      ///< remote radio unit
+        MicrowaveBoardHz = 5,         ///< microwave board, LO in Hz
     };
 
     /** Builds the handlers of `type` for `channel` and registers the module with the module manager. */

@@ -73,7 +73,7 @@ private:
 
 /**
  * The four compensations, in the order in which they are looked up, checked and written. That the DC pair is
- * called with its record and the other pair with the record's context is deliberate: the drivers rely on it.
+ * called with its record and the other pair with the record's context is deliberate.
  */
 const std::array<CTxIQImbalanceHandler::Compensation, CTxIQImbalanceHandler::compensationCount>
     CTxIQImbalanceHandler::s_compensations{{
