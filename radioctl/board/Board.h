@@ -3,6 +3,7 @@
 
 #include "FrequencyHandler.h"
 #include "InputError.h"
+#include "model/LeakageModel.h"
 #include "model/TransmitterModel.h"
 #include "standalone/Platform.h"
 
@@ -41,8 +42,15 @@ struct VariableDescription {
 };
 
 struct TableDescription {
+    /** Without nodes when it is to come from a file that is not there: nothing has been calibrated yet. */
     CalibrationTable table;
     Place place;
+    /** The CSV file that it comes from; empty for a table that stands in the board file itself. */
+    std::filesystem::path file{};
+    /** The column of that file that has its values. */
+    std::string column{};
+
+    bool isThere() const { return !table.axis1.empty(); }
 };
 
 /** How an interface of the platform shows itself; remote radio units exist only if they are described. */
@@ -78,6 +86,26 @@ struct Range {
     std::int64_t high;
 };
 
+/** How the LO leakage of a channel is calibrated, as far as the board says it. */
+struct CalibrationDescription {
+    /** The radio channel. */
+    int channel = 0;
+    /** First and last transmit carrier, in kHz, and the distance of two. */
+    std::optional<Range> band;
+    std::optional<std::uint32_t> step;
+    /** In degrees Celsius, ascending. */
+    std::vector<std::int32_t> temperatures;
+    /** Where the corrections are searched, in units of their drivers. */
+    std::optional<Range> iRange;
+    std::optional<Range> qRange;
+    std::optional<double> shrinkFactor;
+    std::optional<std::int32_t> minDelta;
+    std::optional<std::uint32_t> maxIterations;
+    /** In ms. */
+    std::optional<std::uint32_t> settleTime;
+    std::optional<bool> useHighDetector;
+};
+
 /** What the hardware of a board can do; what is not stated is not limited. */
 struct Limits {
     /** IF PLL, in kHz. */
@@ -86,6 +114,8 @@ struct Limits {
     std::optional<Range> rfPll;
     /** By how much the produced carrier may be off the asked one, in Hz. */
     std::optional<std::int64_t> carrierError;
+    /** Where the radio works, in degrees Celsius. */
+    std::optional<Range> temperature;
 };
 
 /** A radio as its board file describes it, checked key by key, but not yet against what its handlers ask for.
@@ -93,11 +123,17 @@ struct Limits {
 struct Board {
     std::filesystem::path file;
     std::string name;
+    /** Of this one radio; empty when the board does not say. */
+    std::string serial;
     std::string description;
     /** In the order of the file, numbers unique. */
     std::vector<ChannelDescription> channels;
     /** The modelled transmitters: at most one for each channel, and only for channels of the board. */
     std::vector<TransmitterDescription> transmitters;
+    /** The modelled LO leakages: at most one for each channel, bound to drivers of the board. */
+    std::vector<LeakageDescription> leakages;
+    /** At most one for each channel. */
+    std::vector<CalibrationDescription> calibrations;
     std::vector<DriverDescription> drivers;
     std::vector<VariableDescription> variables;
     std::vector<TableDescription> tables;

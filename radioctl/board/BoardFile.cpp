@@ -1,32 +1,25 @@
 #include "Board.h"
 #include "BoardNames.h"
+#include "RasterReader.h"
+#include "TableReader.h"
 #include "TomlItem.h"
+#include "WordList.h"
 #include "Words.h"
+#include "calibration/CalibrationReader.h"
+#include "model/LeakageReader.h"
 #include "model/TransmitterReader.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <iterator>
 #include <limits>
 #include <map>
-#include <numeric>
 
 namespace Radioctl {
 
 namespace {
 
 using ::FrequencyHandler;
-
-/** Enough for every kHz of several bands, and gone through in seconds. */
-constexpr std::int64_t maxCarriers = 10000000;
-
-/** One of the words that stand for a value in board files. */
-template <typename Value>
-struct Word {
-    std::string_view word;
-    Value value;
-};
 
 constexpr std::array<Word<FrequencyHandler::FrequencyHandlerType>, 6> handlerTypes{{
     {"microwave-if", FrequencyHandler::MicrowaveBoardIf},
@@ -44,40 +37,8 @@ constexpr std::array<Word<unsigned>, 4> driverWords{{
     {"read", Standalone::wordRead},
 }};
 
-enum class RowDirection : std::uint8_t { tx, rx, both };
-
-constexpr std::array<Word<RowDirection>, 3> rowDirections{{
-    {"tx", RowDirection::tx},
-    {"rx", RowDirection::rx},
-    {"both", RowDirection::both},
-}};
-
-template <typename Value, std::size_t count>
-std::vector<std::string_view> wordsOf(const std::array<Word<Value>, count>& list) {
-    std::vector<std::string_view> words;
-    words.reserve(count);
-    for (const auto& entry : list) {
-        words.push_back(entry.word);
-    }
-    return words;
-}
-
-template <typename Value, std::size_t count>
-std::optional<Value> valueOf(const std::array<Word<Value>, count>& list, std::string_view word) {
-    for (const auto& entry : list) {
-        if (entry.word == word) {
-            return entry.value;
-        }
-    }
-    return std::nullopt;
-}
-
 std::optional<unsigned> driverWordFromString(std::string_view word) {
     return valueOf(driverWords, word);
-}
-
-std::optional<RowDirection> rowDirectionFromString(std::string_view word) {
-    return valueOf(rowDirections, word);
 }
 
 FrequencyHandler::FrequencyHandlerType readType(const TomlItem& item) {
@@ -151,48 +112,6 @@ VariableDescription readVariable(const std::string& name, const TomlItem& item) 
     return {name, {item.integer()}, false, item.place()};
 }
 
-std::vector<std::int32_t> readAxis(const TomlItem& item) {
-    std::vector<std::int32_t> axis = item.integers();
-    const auto wrong = std::adjacent_find(
-        axis.begin(), axis.end(), [](std::int32_t left, std::int32_t right) { return left >= right; });
-    if (wrong != axis.end()) {
-        item.fail("expected ascending nodes, found " + std::to_string(*(wrong + 1)) + " after " +
-                  std::to_string(*wrong));
-    }
-    return axis;
-}
-
-TableDescription readTable(const std::string& name, const TomlItem& item) {
-    item.entries({"axis", "axes", "values"});
-    CalibrationTable table;
-    table.name = name;
-    const std::optional<TomlItem> axis = item.find("axis");
-    const std::optional<TomlItem> axes = item.find("axes");
-    if (axis.has_value() == axes.has_value()) {
-        item.fail(std::string("expected either axis or axes, found ") + (axis ? "both" : "neither"));
-    }
-    const TomlItem values = item.get("values", axis ? "an array of integers" : "an array of rows");
-    if (axis) {
-        table.axis1 = readAxis(*axis);
-        table.values = values.integers();
-        values.requireCount(table.values.size(), table.axis1.size(), "one value for each node of the axis");
-        return {table, item.place()};
-    }
-    const std::vector<TomlItem> both = axes->elements();
-    axes->requireCount(both.size(), 2, "two axes");
-    table.axis1 = readAxis(both[0]);
-    table.axis2 = readAxis(both[1]);
-    const std::vector<TomlItem> rows = values.elements();
-    values.requireCount(rows.size(), table.axis1.size(), "one row for each node of the first axis");
-    for (const TomlItem& row : rows) {
-        const std::vector<std::int32_t> rowValues = row.integers();
-        row.requireCount(rowValues.size(), table.axis2.size(),
-                         "one value in each row for each node of the second axis");
-        table.values.insert(table.values.end(), rowValues.begin(), rowValues.end());
-    }
-    return {table, item.place()};
-}
-
 InterfaceDescription readInterface(const std::string& name, const TomlItem& item) {
     const std::vector<std::string_view> known = {"IDriverLayer", "ITemperatureHandler", "IRauHandler"};
     const bool isRau = rauChannel(name).value_or(-1) >= 0;
@@ -215,126 +134,14 @@ std::vector<Description> readSection(const TomlItem& root, std::string_view key,
     return result;
 }
 
-/** `count` carriers from `first` on, each of which has to be one that a channel can be tuned to. */
-CarrierRow makeRow(const TomlItem& raster, bool transmit, std::int64_t first, std::int64_t step,
-                   std::int64_t count) {
-    const std::int64_t last = first + (count - 1) * step;
-    if (first < 1 || last > std::numeric_limits<std::uint32_t>::max()) {
-        raster.fail("expected carriers from 1 to 4294967295 kHz, found " + std::to_string(first) + " to " +
-                    std::to_string(last));
-    }
-    return {transmit, static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(step),
-            static_cast<std::uint32_t>(count)};
-}
-
-std::vector<CarrierRow> readArrangement(const TomlItem& raster) {
-    const std::int64_t centre = raster.get("centre", "the centre of the arrangement, in kHz").integer(1);
-    const std::int64_t spacing = raster.get("spacing", "the spacing of the carriers, in kHz").integer(1);
-    const std::int64_t count = raster.get("count", "the number of carriers in one direction").integer(1);
-    std::vector<CarrierRow> rows;
-    for (const std::string_view direction : {"tx", "rx"}) {
-        if (const std::optional<TomlItem> offset = raster.find(direction)) {
-            const std::int64_t first = centre + offset->integer() + spacing;
-            rows.push_back(makeRow(raster, direction == "tx", first, spacing, count));
-        }
-    }
-    if (rows.empty()) {
-        raster.fail("expected tx, rx or both, found neither");
-    }
-    return rows;
-}
-
-std::vector<CarrierRow> readPlainRow(const TomlItem& raster) {
-    const std::vector<std::string_view> words = wordsOf(rowDirections);
-    const RowDirection direction = raster.get("direction", "one of the words " + joined(words, ", "))
-                                       .word(rowDirectionFromString, words);
-    const std::int32_t first = raster.get("first", "the first carrier, in kHz").integer(1);
-    const std::int64_t last = raster.get("last", "the last carrier, in kHz").integer(first);
-    const std::int64_t step = raster.get("step", "the distance of two carriers, in kHz").integer(1);
-    const std::int64_t count = (last - first) / step + 1;
-    std::vector<CarrierRow> rows;
-    if (direction != RowDirection::rx) {
-        rows.push_back(makeRow(raster, true, first, step, count));
-    }
-    if (direction != RowDirection::tx) {
-        rows.push_back(makeRow(raster, false, first, step, count));
-    }
-    return rows;
-}
-
-std::vector<CarrierRow> readRows(const TomlItem& raster) {
-    const std::optional<std::string_view> ofArrangement =
-        raster.firstOf({"centre", "spacing", "count", "tx", "rx"});
-    const std::optional<std::string_view> ofPlainRow = raster.firstOf({"direction", "first", "last", "step"});
-    if (ofArrangement.has_value() == ofPlainRow.has_value()) {
-        raster.fail(
-            "expected either centre, spacing, count, tx and rx, or direction, first, last and step, found " +
-            (ofArrangement ? std::string(*ofArrangement) + " and " + std::string(*ofPlainRow)
-                           : std::string("neither")));
-    }
-    std::vector<CarrierRow> rows = ofArrangement ? readArrangement(raster) : readPlainRow(raster);
-    const auto carriers =
-        std::accumulate(rows.begin(), rows.end(), std::int64_t{0},
-                        [](std::int64_t sum, const CarrierRow& row) { return sum + row.count; });
-    if (carriers > maxCarriers) {
-        raster.fail("expected at most " + std::to_string(maxCarriers) + " carriers, found " +
-                    std::to_string(carriers));
-    }
-    return rows;
-}
-
-/** The channels of a raster; all of the board unless it says which. */
-std::vector<int> readRasterChannels(const TomlItem& raster, const std::vector<ChannelDescription>& channels) {
-    std::vector<int> numbers;
-    std::transform(channels.begin(), channels.end(), std::back_inserter(numbers),
-                   [](const ChannelDescription& channel) { return channel.number; });
-    const std::optional<TomlItem> item = raster.find("channels");
-    if (!item) {
-        return numbers;
-    }
-    std::vector<int> chosen = item->distinctIntegers();
-    for (const int number : chosen) {
-        if (std::find(numbers.begin(), numbers.end(), number) == numbers.end()) {
-            item->fail("expected numbers of the board's channels, found " + std::to_string(number));
-        }
-    }
-    return chosen;
-}
-
-std::vector<RasterDescription> readRasters(const TomlItem& root,
-                                           const std::vector<ChannelDescription>& channels) {
-    std::vector<RasterDescription> result;
-    const std::optional<TomlItem> rasters = root.find("raster");
-    if (!rasters) {
-        return result;
-    }
-    if (!rasters->isArray()) {
-        rasters->failExpecting("[[raster]] tables, one for each raster");
-    }
-    for (const TomlItem& item : rasters->elements()) {
-        item.entries({"name", "channels", "centre", "spacing", "count", "tx", "rx", "direction", "first",
-                      "last", "step", "channel_spacings"});
-        RasterDescription raster;
-        raster.name = item.get("name", "the name of the raster").nonEmptyText("the name of the raster");
-        raster.channels = readRasterChannels(item, channels);
-        raster.rows = readRows(item);
-        if (const std::optional<TomlItem> spacings = item.find("channel_spacings")) {
-            raster.channelSpacings = spacings->distinctIntegers();
-        }
-        raster.place = item.place();
-        result.push_back(raster);
-    }
-    return result;
-}
-
-std::optional<Range> readRange(const TomlItem& limits, std::string_view key) {
+std::optional<Range> readRange(const TomlItem& limits, std::string_view key, std::int32_t least = 0) {
     const std::optional<TomlItem> item = limits.find(key);
     if (!item) {
         return std::nullopt;
     }
     const std::vector<TomlItem> ends = item->elements();
     item->requireCount(ends.size(), 2, "the lowest and the highest value");
-    const Range range{ends[0].integer(0), ends[1].integer(0)};
+    const Range range{ends[0].integer(least), ends[1].integer(least)};
     if (range.low > range.high) {
         item->fail("expected the lowest value first, found " + std::to_string(range.high) + " after " +
                    std::to_string(range.low));
@@ -345,12 +152,13 @@ std::optional<Range> readRange(const TomlItem& limits, std::string_view key) {
 Limits readLimits(const TomlItem& root) {
     Limits limits;
     if (const std::optional<TomlItem> item = root.find("limits")) {
-        item->entries({"if_pll", "rf_pll", "carrier_error"});
+        item->entries({"if_pll", "rf_pll", "carrier_error", "temperature"});
         limits.ifPll = readRange(*item, "if_pll");
         limits.rfPll = readRange(*item, "rf_pll");
         if (const std::optional<TomlItem> error = item->find("carrier_error")) {
             limits.carrierError = error->integer(0);
         }
+        limits.temperature = readRange(*item, "temperature", std::numeric_limits<std::int32_t>::min());
     }
     return limits;
 }
@@ -369,17 +177,22 @@ void refuseOverlongSizes(const Board& board) {
 }
 
 Board readBoard(const std::filesystem::path& file, const TomlItem& root) {
-    root.entries({"name", "description", "channel", "transmitter", "drivers", "variables", "tables",
-                  "interfaces", "raster", "limits"});
+    root.entries({"name", "serial", "description", "channel", "transmitter", "leakage", "calibration",
+                  "drivers", "variables", "tables", "interfaces", "raster", "limits"});
     Board board;
     board.file = file;
     board.name = root.get("name", "the name of the radio").nonEmptyText("the name of the radio");
+    if (const std::optional<TomlItem> serial = root.find("serial")) {
+        board.serial = serial->nonEmptyText("the serial number of the radio");
+    }
     if (const std::optional<TomlItem> description = root.find("description")) {
         board.description = description->text();
     }
     board.channels = readChannels(root);
     board.transmitters = readTransmitters(root, board.channels);
     board.drivers = readSection(root, "drivers", readDriver);
+    board.leakages = readLeakages(root, board.channels, board.drivers);
+    board.calibrations = readCalibrations(root, board.channels);
     board.variables = readSection(root, "variables", readVariable);
     refuseOverlongSizes(board);
     board.tables = readSection(root, "tables", readTable);

@@ -1,6 +1,6 @@
 #include "thermal/Plot.h"
 
-#include "thermal/Gnuplot.h"
+#include "page/Svg.h"
 
 #include <algorithm>
 #include <sstream>
@@ -71,21 +71,6 @@ std::string scriptFor(const Plot& plot) {
     return script.str();
 }
 
-/** Puts `text` behind every `mark`. */
-void insertBehind(std::string& svg, std::string_view mark, const std::string& text) {
-    for (std::size_t at = svg.find(mark); at != std::string::npos; at = svg.find(mark, at + mark.size())) {
-        svg.insert(at + mark.size(), text);
-    }
-}
-
-void replaceBetween(std::string& svg, std::string_view begin, std::string_view end, const std::string& text) {
-    const std::size_t first = svg.find(begin);
-    const std::size_t last = svg.find(end, first);
-    if (first != std::string::npos && last != std::string::npos) {
-        svg.replace(first, last + end.size() - first, text);
-    }
-}
-
 } // namespace
 
 std::int64_t Series::partOf(std::int64_t seconds) const {
@@ -128,19 +113,7 @@ std::vector<Point> Series::points() const {
 }
 
 std::string drawSvg(const Plot& plot) {
-    std::string svg = runGnuplot(scriptFor(plot));
-    // What stands in front of the element belongs to a file of its own.
-    svg.erase(0, svg.find("<svg"));
-    replaceBetween(svg, "<title>", "</title>", "<title>" + plot.title + "</title>");
-    replaceBetween(svg, "<desc>", "</desc>", "");
-    svg.insert(std::string_view("<svg").size(), R"( role="img" id=")" + plot.id + '"');
-    // Every drawing has the same names inside, and they hold for the whole page.
-    const std::size_t content = svg.find('>');
-    std::string inside = svg.substr(content);
-    for (const std::string_view mark : {" id='", " id=\"", "href='#", "href=\"#", "url(#"}) {
-        insertBehind(inside, mark, plot.id + "-");
-    }
-    return svg.substr(0, content) + inside;
+    return Page::drawSvg(scriptFor(plot), plot.id, plot.title);
 }
 
 } // namespace Radioctl::Thermal

@@ -124,7 +124,7 @@ Carriers rasterCarriers(const Board& board) {
     return carriers;
 }
 
-Replay::Replay(Plan::BootedRadio& booted, const Board& board, const Carriers& carriers,
+Replay::Replay(BootedRadio& booted, const Board& board, const Carriers& carriers,
                std::vector<ReplayListener*> listeners)
     : m_booted(booted),
       m_listeners(std::move(listeners)) {

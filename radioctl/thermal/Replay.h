@@ -2,8 +2,8 @@
 #define RADIOCTL_THERMAL_REPLAY_H
 
 #include "Board.h"
+#include "BootedRadio.h"
 #include "model/TransmitterModel.h"
-#include "plan/BootedRadio.h"
 #include "thermal/ThermalLog.h"
 
 #include <cstddef>
@@ -132,7 +132,7 @@ Carriers rasterCarriers(const Board& board);
 class Replay {
 public:
     /** Tunes the channels. What is borrowed must outlive the object; `booted` is up. */
-    Replay(Plan::BootedRadio& booted, const Board& board, const Carriers& carriers,
+    Replay(BootedRadio& booted, const Board& board, const Carriers& carriers,
            std::vector<ReplayListener*> listeners);
 
     /**
@@ -156,7 +156,7 @@ private:
     void note(const Standalone::Call& call, const Sample& sample);
     void noteComplaints();
 
-    Plan::BootedRadio& m_booted;
+    BootedRadio& m_booted;
     std::vector<ReplayListener*> m_listeners;
     /** The channel, as its place in the totals, and the correction that a driver is for. */
     std::map<std::string, std::pair<std::size_t, Correction>, std::less<>> m_watched;

@@ -1,62 +1,15 @@
 #include "thermal/ThermalPage.h"
 
 #include "Words.h"
+#include "page/Html.h"
 
-#include <string_view>
 #include <utility>
 
 namespace Radioctl::Thermal {
 
 namespace {
 
-// Colours that people with any colour vision can tell apart.
-constexpr const char* blue = "#0072b2";
-constexpr const char* orange = "#d55e00";
-constexpr const char* green = "#009e73";
-constexpr const char* purple = "#aa4499";
-
-constexpr const char* style = R"(<style>
-body { font: 16px/1.5 sans-serif; color: #222; background: #fff; max-width: 62rem; margin: 2rem auto; padding: 0 1rem; }
-h1 { font-size: 1.5rem; margin-bottom: 0; }
-h2 { font-size: 1.2rem; margin-top: 2.5rem; border-top: 1px solid #ccc; padding-top: 1rem; }
-table { border-collapse: collapse; margin: 1rem 0; font-size: 0.9rem; }
-th, td { padding: 0.2rem 0.8rem 0.2rem 0; text-align: left; border-bottom: 1px solid #ddd; }
-.number { text-align: right; font-variant-numeric: tabular-nums; }
-figure { margin: 1rem 0; }
-figcaption { font-weight: bold; }
-svg { width: 100%; height: auto; }
-.note { color: #555; }
-</style>
-)";
-
-/** Text of a page: what would be markup, or nothing that a page may have, is written as something else. */
-std::string inHtml(std::string_view text) {
-    std::string html;
-    for (const char character : text) {
-        switch (character) {
-        case '&':
-            html += "&amp;";
-            break;
-        case '<':
-            html += "&lt;";
-            break;
-        case '>':
-            html += "&gt;";
-            break;
-        default:
-            html += static_cast<unsigned char>(character) < ' ' || character == '\x7f' ? '?' : character;
-        }
-    }
-    return html;
-}
-
-std::string cell(const std::string& text) {
-    return "<td>" + text + "</td>";
-}
-
-std::string numberCell(const std::string& text) {
-    return "<td class=\"number\">" + text + "</td>";
-}
+using namespace Page;
 
 std::string momentCell(std::int64_t seconds, std::int32_t degrees) {
     return cell("at " + std::to_string(seconds) + " s, " + std::to_string(degrees) + " °C");
@@ -125,12 +78,8 @@ void ThermalPage::told(const ChannelTotals& channel, const Moment& moment) {
 void ThermalPage::write(std::ostream& out, const ReplayTotals& totals) const {
     const ThermalLog& log = m_subject.log;
     const std::string name = inHtml(m_subject.board.name);
-    out << "<!DOCTYPE html>\n<html lang=\"en\" xmlns=\"http://www.w3.org/1999/xhtml\">\n<head>\n"
-        << "<meta charset=\"utf-8\"/>\n"
-        << "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n"
-        << "<title>" << name << ": compensation over temperature</title>\n"
-        << style << "</head>\n<body>\n"
-        << "<h1>Transmit IQ compensation over temperature</h1>\n"
+    writeBeginning(out, name + ": compensation over temperature");
+    out << "<h1>Transmit IQ compensation over temperature</h1>\n"
         << "<p>" << name << " (" << inHtml(m_subject.board.file.string()) << ")<br/>\n"
         << inHtml(m_subject.logFile) << ": " << counted(log.size(), "sample") << " in "
         << log.back().seconds - log.front().seconds << " s, " << temperatureSpan(log) << " Celsius; "
@@ -149,7 +98,7 @@ void ThermalPage::write(std::ostream& out, const ReplayTotals& totals) const {
     for (const ChannelTotals& channel : totals.channels) {
         writeChannel(out, channel);
     }
-    out << "</body>\n</html>\n";
+    writeEnd(out);
 }
 
 void ThermalPage::writeChannel(std::ostream& out, const ChannelTotals& channel) const {
@@ -187,9 +136,8 @@ void ThermalPage::writeChannel(std::ostream& out, const ChannelTotals& channel) 
 void ThermalPage::writePlot(std::ostream& out, const std::string& id, const std::string& title,
                             const std::string& yLabel, std::vector<Curve> curves) const {
     const ThermalLog& log = m_subject.log;
-    out << "<figure>\n<figcaption>" << title << "</figcaption>\n"
-        << drawSvg({id, title, yLabel, log.front().seconds, log.back().seconds, std::move(curves)})
-        << "</figure>\n";
+    writeFigure(out, title,
+                drawSvg({id, title, yLabel, log.front().seconds, log.back().seconds, std::move(curves)}));
 }
 
 } // namespace Radioctl::Thermal

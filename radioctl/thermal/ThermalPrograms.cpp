@@ -3,15 +3,15 @@
 #include "AtomicFile.h"
 #include "Board.h"
 #include "BoardCheck.h"
+#include "BootedRadio.h"
 #include "InputError.h"
 #include "Interrupt.h"
 #include "JsonLine.h"
 #include "Output.h"
 #include "Programs.h"
+#include "Progress.h"
 #include "Words.h"
-#include "plan/BootedRadio.h"
-#include "plan/Progress.h"
-#include "thermal/Gnuplot.h"
+#include "page/Gnuplot.h"
 #include "thermal/ThermalLog.h"
 #include "thermal/ThermalPage.h"
 #include "thermal/ThermalReport.h"
@@ -127,7 +127,7 @@ std::unique_ptr<ThermalReport> ThermalRun::makeReport(const Subject& subject) co
 
 void ThermalRun::openFiles(const Subject& subject) {
     if (!m_options.html.empty()) {
-        requireGnuplot();
+        Page::requireGnuplot();
         m_htmlFile.emplace(m_options.html);
         m_page.emplace(subject);
     }
@@ -140,7 +140,7 @@ void ThermalRun::openFiles(const Subject& subject) {
 }
 
 bool ThermalRun::play(Replay& replay, const ThermalLog& log) const {
-    Plan::Progress progress(log.size(), "samples");
+    Progress progress(log.size(), "samples");
     return replay.play(log, [&](std::uint64_t done) {
         progress.update(done);
         return m_interrupt.signal() == 0;
@@ -175,7 +175,7 @@ int ThermalRun::replay(const Subject& subject) {
     if (m_page) {
         listeners.push_back(&*m_page);
     }
-    Plan::BootedRadio booted(subject.board);
+    BootedRadio booted(subject.board);
     if (!booted.isUp()) {
         const std::vector<std::string>& complaints = booted.complaints();
         return refuse(subject.board.file.string() + ": the radio did not boot" +

@@ -1,8 +1,8 @@
 #include "thermal/ThermalReport.h"
 
 #include "JsonLine.h"
+#include "TextTable.h"
 #include "Words.h"
-#include "plan/TextTable.h"
 
 #include <algorithm>
 #include <array>
@@ -29,7 +29,7 @@ std::string momentText(std::int64_t seconds, std::int32_t degrees) {
     return "at " + std::to_string(seconds) + " s, " + std::to_string(degrees) + " degrees";
 }
 
-void addWorst(Plan::TextTable& table, const std::string& what, const WorstFigure& without,
+void addWorst(TextTable& table, const std::string& what, const WorstFigure& without,
               const WorstFigure& with) {
     table.add({what, figureText(without.dBc), momentText(without.seconds, without.degrees),
                figureText(with.dBc), momentText(with.seconds, with.degrees)});
@@ -107,7 +107,7 @@ void ThermalText::finished(const ReplayTotals& totals, const ReplayEnd& end) {
 }
 
 void ThermalText::showDrivers(const ChannelTotals& channel) {
-    Plan::TextTable table;
+    TextTable table;
     for (const std::size_t column : {1U, 2U, 3U}) {
         table.alignRight(column);
     }
@@ -126,7 +126,7 @@ void ThermalText::showWorst(const ChannelTotals& channel) {
         m_out << "  The board does not describe the transmitter: no image and leakage.\n";
         return;
     }
-    Plan::TextTable table;
+    TextTable table;
     table.alignRight(1);
     table.alignRight(3);
     table.add({"worst", "without", "", "compensated"});

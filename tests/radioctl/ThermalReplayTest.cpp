@@ -28,7 +28,7 @@ protected:
     }
 
     ReplayTotals play(const ThermalLog& log, const Carriers& carriers = {}) const {
-        Plan::BootedRadio booted(board);
+        BootedRadio booted(board);
         EXPECT_TRUE(booted.isUp());
         Replay replay(booted, board, carriers, {});
         EXPECT_TRUE(replay.play(log, [](std::uint64_t /*done*/) { return true; }));

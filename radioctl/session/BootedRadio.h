@@ -1,5 +1,5 @@
-#ifndef RADIOCTL_PLAN_BOOTEDRADIO_H
-#define RADIOCTL_PLAN_BOOTEDRADIO_H
+#ifndef RADIOCTL_BOOTEDRADIO_H
+#define RADIOCTL_BOOTEDRADIO_H
 
 #include "Board.h"
 #include "Radio.h"
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace Radioctl::Plan {
+namespace Radioctl {
 
 /** A radio that went through its start-up, with what it wrote and complained of since the last forget(). */
 class BootedRadio {
@@ -38,6 +38,6 @@ private:
     bool m_isUp;
 };
 
-} // namespace Radioctl::Plan
+} // namespace Radioctl
 
 #endif

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace Radioctl::Plan {
+namespace Radioctl {
 
 bool TextTable::isRight(std::size_t column) const {
     return std::find(m_rightColumns.begin(), m_rightColumns.end(), column) != m_rightColumns.end();
@@ -27,4 +27,4 @@ void TextTable::write(std::ostream& out) const {
     }
 }
 
-} // namespace Radioctl::Plan
+} // namespace Radioctl

@@ -2,7 +2,7 @@
 
 #include "Reporter.h"
 
-namespace Radioctl::Plan {
+namespace Radioctl {
 
 BootedRadio::BootedRadio(const Board& board) : m_radio(board, events()) {
     m_radio.platform().calls().setRecording(false);
@@ -38,4 +38,4 @@ void BootedRadio::stopNotingWrites() {
     m_radio.platform().calls().setListener({});
 }
 
-} // namespace Radioctl::Plan
+} // namespace Radioctl

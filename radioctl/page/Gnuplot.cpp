@@ -1,4 +1,4 @@
-#include "thermal/Gnuplot.h"
+#include "page/Gnuplot.h"
 
 #include "InputError.h"
 
@@ -13,7 +13,7 @@
 #include <memory>
 #include <system_error>
 
-namespace Radioctl::Thermal {
+namespace Radioctl::Page {
 
 namespace {
 
@@ -121,4 +121,4 @@ void requireGnuplot() {
     static_cast<void>(runGnuplot(""));
 }
 
-} // namespace Radioctl::Thermal
+} // namespace Radioctl::Page

@@ -1,9 +1,9 @@
-#ifndef RADIOCTL_THERMAL_GNUPLOT_H
-#define RADIOCTL_THERMAL_GNUPLOT_H
+#ifndef RADIOCTL_PAGE_GNUPLOT_H
+#define RADIOCTL_PAGE_GNUPLOT_H
 
 #include <string>
 
-namespace Radioctl::Thermal {
+namespace Radioctl::Page {
 
 /** Throws InputError when there is no gnuplot that can be run. */
 void requireGnuplot();
@@ -11,6 +11,6 @@ void requireGnuplot();
 /** What gnuplot draws to its standard output when it is given `script`. Throws InputError when it fails. */
 std::string runGnuplot(const std::string& script);
 
-} // namespace Radioctl::Thermal
+} // namespace Radioctl::Page
 
 #endif

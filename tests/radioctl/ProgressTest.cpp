@@ -1,25 +1,25 @@
-#include "plan/Progress.h"
+#include "Progress.h"
 
 #include <gtest/gtest.h>
 
-namespace Radioctl::Plan {
+namespace Radioctl {
 namespace {
 
-TEST(PlanProgress, LineAtTheBeginning) {
+TEST(Progress, LineAtTheBeginning) {
     EXPECT_EQ(progressLine(0, 4000), "[....................]   0 %  0 of 4000 carriers");
 }
 
-TEST(PlanProgress, LineInBetween) {
+TEST(Progress, LineInBetween) {
     EXPECT_EQ(progressLine(1000, 4000), "[#####...............]  25 %  1000 of 4000 carriers");
 }
 
-TEST(PlanProgress, LineAtTheEnd) {
+TEST(Progress, LineAtTheEnd) {
     EXPECT_EQ(progressLine(4000, 4000), "[####################] 100 %  4000 of 4000 carriers");
 }
 
-TEST(PlanProgress, NothingToDoIsDone) {
+TEST(Progress, NothingToDoIsDone) {
     EXPECT_EQ(progressLine(0, 0), "[####################] 100 %  0 of 0 carriers");
 }
 
 } // namespace
-} // namespace Radioctl::Plan
+} // namespace Radioctl

@@ -6,7 +6,7 @@
 #include <iostream>
 #include <string_view>
 
-namespace Radioctl::Plan {
+namespace Radioctl {
 
 namespace {
 
@@ -50,4 +50,4 @@ void Progress::update(std::uint64_t done) {
     std::cerr << "\r" << progressLine(done, m_total, m_things) << std::flush;
 }
 
-} // namespace Radioctl::Plan
+} // namespace Radioctl

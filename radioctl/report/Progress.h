@@ -1,12 +1,12 @@
-#ifndef RADIOCTL_PLAN_PROGRESS_H
-#define RADIOCTL_PLAN_PROGRESS_H
+#ifndef RADIOCTL_PROGRESS_H
+#define RADIOCTL_PROGRESS_H
 
 #include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-namespace Radioctl::Plan {
+namespace Radioctl {
 
 /** "[#####...............]  25 %  1000 of 4000 carriers", or whatever is counted. */
 std::string progressLine(std::uint64_t done, std::uint64_t total, std::string_view things = "carriers");
@@ -32,6 +32,6 @@ private:
     std::chrono::steady_clock::time_point m_next;
 };
 
-} // namespace Radioctl::Plan
+} // namespace Radioctl
 
 #endif

@@ -1,0 +1,60 @@
+#ifndef RADIOCTL_MODEL_LEAKINGTRANSMITTER_H
+#define RADIOCTL_MODEL_LEAKINGTRANSMITTER_H
+
+#include "model/LeakageModel.h"
+#include "standalone/DriverBank.h"
+
+#include <cstdint>
+#include <functional>
+#include <random>
+
+namespace Radioctl {
+
+/**
+ * A modelled transmitter at work: it takes its corrections from drivers of the platform, and gives the
+ * drivers of its detectors what they read. A detector follows with time; time goes on when it is told so.
+ *
+ * Belongs to a radio, whose drivers it borrows.
+ */
+class LeakingTransmitter {
+public:
+    /** `surroundings` says under which conditions it works at the moment. The drivers are those that
+     * `leakage` names; all of them exist. What is borrowed must outlive the object. */
+    LeakingTransmitter(const LeakageDescription& leakage, Standalone::DriverBank& drivers,
+                       std::function<Surroundings()> surroundings);
+    LeakingTransmitter(const LeakingTransmitter&) = delete;
+    LeakingTransmitter& operator=(const LeakingTransmitter&) = delete;
+
+    const LeakageDescription& description() const { return m_leakage; }
+    Surroundings surroundings() const { return m_surroundings(); }
+    /** What the drivers of the corrections have now. */
+    LoCorrections corrections() const;
+    /** In dBc, with the corrections that the drivers have now. */
+    double level() const;
+
+    /** Has the detectors follow for a while, in ms. */
+    void elapse(double milliseconds);
+    /** As after a long rest under these surroundings: the detectors have settled, and the noise begins where
+     * it always begins for this carrier and temperature. */
+    void rest();
+
+private:
+    struct Detector {
+        const DetectorDescription* description;
+        double output;
+    };
+
+    std::int64_t read(Detector& detector);
+    double noise();
+
+    const LeakageDescription& m_leakage;
+    std::function<Surroundings()> m_surroundings;
+    const Standalone::Driver& m_i;
+    const Standalone::Driver& m_q;
+    std::vector<Detector> m_detectors;
+    std::mt19937_64 m_random;
+};
+
+} // namespace Radioctl
+
+#endif
