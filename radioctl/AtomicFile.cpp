@@ -103,6 +103,26 @@ void AtomicFile::fail(const char* what) const {
                      what + (reason == 0 ? "" : ": " + std::generic_category().message(reason)));
 }
 
+std::filesystem::path keepBackup(const std::filesystem::path& file) {
+    std::error_code error;
+    if (!fs::is_regular_file(file, error)) {
+        return {};
+    }
+    // Beside the file itself, where a link to it may lead from somewhere else.
+    const fs::path place = fs::canonical(file, error);
+    for (unsigned number = 1;; ++number) {
+        const fs::path backup = place.string() + ".~" + std::to_string(number) + "~";
+        if (link(place.c_str(), backup.c_str()) == 0) {
+            return fs::is_symlink(file, error) ? backup
+                                               : fs::path(file.string() + backup.extension().string());
+        }
+        if (errno != EEXIST) {
+            throw InputError({backup.string(), 0},
+                             "cannot be made: " + std::generic_category().message(errno));
+        }
+    }
+}
+
 bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& other) {
     namespace fs = std::filesystem;
     std::error_code error;

@@ -39,6 +39,12 @@ private:
     std::ofstream m_stream;
 };
 
+/**
+ * Gives what is at `file` a second name that nothing has yet: FILE.~1~, FILE.~2~ and so on. The file itself
+ * stays where it is. Returns the new name, or an empty one when there is no ordinary file. Throws InputError.
+ */
+std::filesystem::path keepBackup(const std::filesystem::path& file);
+
 /** True when both names mean one ordinary file, whether or not it exists yet. */
 bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& other);
 

@@ -3,7 +3,9 @@
 #include "Output.h"
 #include "Programs.h"
 #include "Words.h"
+#include "calibration/CalibrationCommandLine.h"
 #include "plan/PlanCommandLine.h"
+#include "tables/TablesCommandLine.h"
 #include "thermal/ThermalCommandLine.h"
 
 #include <CLI/CLI.hpp>
@@ -21,13 +23,15 @@ constexpr const char* exitCodes =
     "Exit codes:\n"
     "  0    good\n"
     "  1    an expectation failed, a command failed without an \"expect result\"\n"
-    "       behind it, check found errors, plan found something outside its\n"
-    "       limits, or the radio complained during thermal\n"
+    "       behind it, check or tables lint found errors, plan found something\n"
+    "       outside its limits, the radio complained during thermal, calibrate had\n"
+    "       points without good corrections, tables diff found differences, or the\n"
+    "       library wrote something else than tables why computed\n"
     "  2    wrong command line\n"
-    "  3    a board, a script or a log cannot be used, a line for console through a\n"
-    "       pipe was refused, a board has no raster to audit or no compensation to\n"
-    "       replay, gnuplot is missing, or output cannot be written; the message is\n"
-    "       on standard error\n"
+    "  3    a board, a script, a log, a table or a journal cannot be used, a line for\n"
+    "       console through a pipe was refused, a board has no raster to audit, no\n"
+    "       compensation to replay or no tables to look at, gnuplot is missing, or\n"
+    "       output cannot be written; the message is on standard error\n"
     "  4    the radio did not boot, and the script does not begin with an\n"
     "       \"expect result\"\n"
     "  130  interrupted by Ctrl-C (129 and 143: by SIGHUP and SIGTERM)\n";
@@ -84,6 +88,8 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addJson(check, options);
     Plan::PlanCommandLine plan(app);
     Thermal::ThermalCommandLine thermal(app);
+    Calibration::CalibrationCommandLine calibration(app);
+    Tables::TablesCommandLine tables(app);
     CLI::App& completion = *app.add_subcommand("completion", "Print the completion script for a shell");
     completion.add_option("SHELL", shell, "bash")->required()->check(CLI::IsMember({"bash"}));
 
@@ -92,7 +98,8 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
         std::reverse(words.begin(), words.end()); // as the parser wants them
         app.parse(words);
         if (app.get_subcommands().empty()) {
-            throw CLI::RequiredError("One of run, console, check, plan, thermal and completion");
+            throw CLI::RequiredError(
+                "One of run, console, check, plan, thermal, calibrate, tables and completion");
         }
     } catch (const CLI::ParseError& error) {
         const int code = app.exit(error);
@@ -113,6 +120,12 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     }
     if (thermal.parsed()) {
         return thermal.run(options.json);
+    }
+    if (calibration.parsed()) {
+        return calibration.run(options.json);
+    }
+    if (tables.parsed()) {
+        return tables.run(options.json);
     }
     return check.parsed() ? runCheck(options) : printCompletion();
 }

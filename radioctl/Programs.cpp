@@ -3,9 +3,9 @@
 #include "BoardCheck.h"
 #include "CommandError.h"
 #include "CompletionScript.h"
+#include "FindingReport.h"
 #include "InputError.h"
 #include "Interrupt.h"
-#include "JsonLine.h"
 #include "LineEditor.h"
 #include "LineReader.h"
 #include "Output.h"
@@ -127,42 +127,6 @@ int consoleOn(const Board& board, const Options& options, Reporter& reporter, bo
     return conclude(session, reporter, interrupt.signal(), refusedLines);
 }
 
-void showFinding(const Finding& finding, bool json) {
-    if (json) {
-        writeJsonLine(std::cout, {{"event", "finding"},
-                                  {"severity", toString(finding.severity)},
-                                  {"file", finding.place.file},
-                                  {"line", finding.place.line},
-                                  {"text", finding.text}});
-    } else {
-        std::cout << toString(finding.place) << ": " << toString(finding.severity) << ": " << finding.text
-                  << "\n";
-    }
-}
-
-void showVerdict(const std::string& file, std::size_t errors, std::size_t warnings, bool json) {
-    if (json) {
-        writeJsonLine(std::cout,
-                      {{"event", "checked"}, {"file", file}, {"errors", errors}, {"warnings", warnings}});
-    } else if (errors + warnings == 0) {
-        std::cout << harmless(file) << ": good\n";
-    } else {
-        std::cout << harmless(file) << ": " << counted(errors, "error") << ", "
-                  << counted(warnings, "warning") << "\n";
-    }
-}
-
-int checkOne(const std::string& file, const Options& options) {
-    const std::vector<Finding> findings = checkBoard(loadBoard(file));
-    const auto isError = [](const Finding& finding) { return finding.severity == Severity::error; };
-    const auto errors = static_cast<std::size_t>(std::count_if(findings.begin(), findings.end(), isError));
-    for (const Finding& finding : findings) {
-        showFinding(finding, options.json);
-    }
-    showVerdict(file, errors, findings.size() - errors, options.json);
-    return errors == 0 ? ExitCode::good : ExitCode::expectationFailed;
-}
-
 } // namespace
 
 int runScript(const Options& options) {
@@ -189,7 +153,7 @@ int runCheck(const Options& options) {
     int worst = ExitCode::good;
     for (const std::string& board : options.boards) {
         try {
-            worst = std::max(worst, checkOne(board, options));
+            worst = std::max(worst, showFindings(board, checkBoard(loadBoard(board)), options.json));
         } catch (const InputError& error) {
             worst = std::max(worst, refuse(*reporter, error.what()));
         }

@@ -16,6 +16,7 @@ namespace ExitCode {
 constexpr int good = 0;
 constexpr int expectationFailed = 1;
 constexpr int outsideLimits = 1;
+constexpr int different = 1;
 constexpr int wrongCommandLine = 2;
 constexpr int unusableInput = 3;
 constexpr int notBooted = 4;

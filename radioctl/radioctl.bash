@@ -22,13 +22,18 @@ _radioctl()
     command=
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case $word in
-            run | console | check | completion | explain | audit | thermal)
+            run | console | check | completion | explain | audit | thermal | calibrate | lint | diff | why)
                 command=$word
                 break
                 ;;
-            plan) command=$word ;;
+            plan | tables) command=$word ;;
         esac
     done
+
+    if [[ $previous == --detector ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "low high" -- "$current")
+        return
+    fi
 
     if [[ $current == -* ]]; then
         case $command in
@@ -36,7 +41,12 @@ _radioctl()
             explain) word="--help --json --channel --tx --rx" ;;
             audit) word="--help --json --csv" ;;
             thermal) word="--help --json --carrier --csv --html" ;;
-            check | completion) word="--help --json" ;;
+            calibrate) word="--help --json --verbose --channel --band --step --temperatures --i-range --q-range
+                --shrink --min-delta --max-iterations --settle-time --detector --serial --journal --out --html
+                --resume --restart --offline --accept-edge --real-time" ;;
+            diff) word="--help --json --board --channel --all" ;;
+            why) word="--help --json --channel --frequency --temperature" ;;
+            check | completion | lint) word="--help --json" ;;
             *) word="--help --json --version" ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$word" -- "$current")
@@ -49,18 +59,19 @@ _radioctl()
             compgen -f -X '!*.script' -- "$current"
             compgen -d -- "$current"
         ) ;;
-        console | check | explain | audit) mapfile -t matches < <(
+        console | check | explain | audit | calibrate | why) mapfile -t matches < <(
             compgen -f -X '!*.toml' -- "$current"
             compgen -d -- "$current"
         ) ;;
-        thermal) mapfile -t matches < <(
+        thermal | lint | diff) mapfile -t matches < <(
             compgen -f -X '!*.toml' -- "$current"
             compgen -f -X '!*.csv' -- "$current"
             compgen -d -- "$current"
         ) ;;
         plan) mapfile -t COMPREPLY < <(compgen -W "explain audit" -- "$current") && return ;;
+        tables) mapfile -t COMPREPLY < <(compgen -W "lint diff why" -- "$current") && return ;;
         completion) mapfile -t COMPREPLY < <(compgen -W "bash" -- "$current") && return ;;
-        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal completion" -- "$current") && return ;;
+        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal calibrate tables completion" -- "$current") && return ;;
     esac
     # Has bash put a backslash before the spaces of a name, and a slash behind a directory.
     compopt -o filenames 2> /dev/null

@@ -94,6 +94,9 @@ std::int32_t Driver::read(int* value) {
         if (value == nullptr) {
             return Codes::badArgument;
         }
+        if (m_source) {
+            m_value = m_source();
+        }
         *value = static_cast<int>(m_value);
         call.value = *value;
         return ResultOk;

@@ -6,10 +6,12 @@
 #include "Visibility.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Standalone {
@@ -22,7 +24,8 @@ enum DriverWord : unsigned {
     wordRead = 1U << 3U,
 };
 
-/** A simulated hardware driver: it keeps what was written last and gives it back when read. */
+/** A simulated hardware driver: it keeps what was written last and gives it back when read, unless what it
+ * reads comes from somewhere else. */
 class RADIO_API Driver {
 public:
     Driver(std::string name, Calls& calls, unsigned missingWords);
@@ -41,12 +44,17 @@ public:
     /** How many writes of either kind succeeded. */
     std::uint64_t writes() const { return m_writes; }
     /**
-     * The value last written; a buffer of 1 to 8 bytes counts as an unsigned number, least significant byte
-     * first, and a longer or empty one leaves it as it was.
+     * The value last written, or the one that was read from a source since; a buffer of 1 to 8 bytes counts
+     * as an unsigned number, least significant byte first, and a longer or empty one leaves it as it was.
      */
     std::int64_t value() const { return m_value; }
     /** Puts the value that the next read gives; a read gives its low 32 bits. */
     void setValue(std::int64_t value) { m_value = value; }
+    /** Has each read ask `source` for its value. It is not asked when the read fails. An empty one is none:
+     * the driver then gives its value again. */
+    void setSource(std::function<std::int64_t()> source) { m_source = std::move(source); }
+    /** Where reads get their value from; empty: they give what was written. */
+    const std::function<std::int64_t()>& source() const { return m_source; }
 
 private:
     /**
@@ -71,6 +79,7 @@ private:
     Record m_record;
     unsigned m_missingWords = 0;
     std::int64_t m_value = 0;
+    std::function<std::int64_t()> m_source;
     std::uint64_t m_writes = 0;
 };
 

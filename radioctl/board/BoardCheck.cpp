@@ -1,6 +1,7 @@
 #include "BoardCheck.h"
 
 #include "BoardDemand.h"
+#include "BoardNames.h"
 #include "NearestName.h"
 #include "Words.h"
 
@@ -18,7 +19,7 @@ struct Entry {
     Place place;
     const DriverDescription* driver = nullptr;
     const VariableDescription* variable = nullptr;
-    const CalibrationTable* table = nullptr;
+    const TableDescription* table = nullptr;
     Standalone::Presence presence = Standalone::Presence::present;
     /** The missing name to which its own is near, if no channel asks for its own. */
     std::optional<std::string> meant = std::nullopt;
@@ -53,6 +54,7 @@ std::string notAskedFor(const Key& key, const Entry& entry) {
 
 class Checker {
 public:
+    /** `board` must outlive the object. */
     explicit Checker(const Board& board);
     std::vector<Finding> run();
 
@@ -74,8 +76,10 @@ private:
     void checkLeftOver(const Key& key, const Entry& entry);
 
     static std::string whatIsMissing(const Demand& demand, const Entry& entry, const Candidate& candidate);
+    std::string howToMake(const Demand& demand, const Entry& entry) const;
     std::string whyNotUsed(const Key& key);
 
+    const Board& m_board;
     std::vector<Demand> m_demands;
     std::map<Key, Entry> m_entries;
     /** Every name that some channel may ask for, with the demand. */
@@ -85,7 +89,7 @@ private:
     std::vector<Finding> m_findings;
 };
 
-Checker::Checker(const Board& board) : m_demands(demandsOf(board)) {
+Checker::Checker(const Board& board) : m_board(board), m_demands(demandsOf(board)) {
     for (const DriverDescription& driver : board.drivers) {
         m_entries[{ObjectKind::driver, driver.name}] = {driver.place, &driver};
     }
@@ -93,7 +97,7 @@ Checker::Checker(const Board& board) : m_demands(demandsOf(board)) {
         m_entries[{ObjectKind::variable, variable.name}] = {variable.place, nullptr, &variable};
     }
     for (const TableDescription& table : board.tables) {
-        m_entries[{ObjectKind::table, table.table.name}] = {table.place, nullptr, nullptr, &table.table};
+        m_entries[{ObjectKind::table, table.table.name}] = {table.place, nullptr, nullptr, &table};
     }
     for (const InterfaceDescription& interface : board.interfaces) {
         m_entries[{ObjectKind::interface, interface.name}] = {interface.place, nullptr, nullptr, nullptr,
@@ -140,6 +144,7 @@ bool Checker::isUsable(ObjectKind kind, const std::string& name, unsigned words)
         return name == "IDriverLayer" || name == "ITemperatureHandler";
     }
     return entry->presence == Standalone::Presence::present &&
+           (entry->table == nullptr || entry->table->isThere()) &&
            (entry->driver == nullptr || (entry->driver->missingWords & words) == 0);
 }
 
@@ -229,7 +234,8 @@ void Checker::checkMissing(const Demand& demand) {
         if (const Entry* entry = find(demand.kind, candidate.name)) {
             isExplained = true;
             report(severity, entry->place,
-                   whatIsMissing(demand, *entry, candidate) + "; " + consequence(demand));
+                   whatIsMissing(demand, *entry, candidate) + "; " + consequence(demand) +
+                       howToMake(demand, *entry));
         } else if (misspelt != m_misspelt.end()) {
             isExplained = true;
             auto& [key, stray] = *misspelt->second;
@@ -298,12 +304,12 @@ void Checker::checkShape(const Demand& demand, const Candidate& taken, const Ent
         }
         break;
     case Shape::oneAxis:
-        if (!entry.table->axis2.empty()) {
+        if (!entry.table->table.axis2.empty()) {
             fail("has two axes; it must have one" + askers);
         }
         break;
     case Shape::twoAxes:
-        if (entry.table->axis2.empty()) {
+        if (entry.table->table.axis2.empty()) {
             fail("has one axis; it must have two" + askers);
         }
         break;
@@ -336,11 +342,26 @@ void Checker::checkLeftOver(const Key& key, const Entry& entry) {
 
 std::string Checker::whatIsMissing(const Demand& demand, const Entry& entry, const Candidate& candidate) {
     const std::string name = named(demand.kind, candidate.name);
+    if (entry.table != nullptr) {
+        return name + " has no content: there is no file " + inQuotes(entry.table->file.string());
+    }
     if (entry.driver == nullptr) {
         return name + " is " + std::string(toString(entry.presence));
     }
     return name + " is without " +
            joined(toStrings(entry.driver->missingWords & (demand.words | demand.laterWords)), " and ");
+}
+
+/** What makes a table whose file is not there, if there is such a thing. */
+std::string Checker::howToMake(const Demand& demand, const Entry& entry) const {
+    const int channel = demand.channels.front()->number;
+    for (const std::string_view branch : {"I", "Q"}) {
+        if (entry.table != nullptr && entry.table->table.name == cancellationTableName(channel, branch)) {
+            return "; \"radioctl calibrate " + harmless(m_board.file.string()) + " --channel " +
+                   std::to_string(channel) + "\" makes it";
+        }
+    }
+    return "";
 }
 
 /** Why an entry that some channel may ask for is never asked for on this board. */

@@ -196,8 +196,7 @@ void DemandList::addLoCancellation() {
     };
     for (const auto& [branch, other] : {std::pair<std::string, std::string>("I", "Q"), {"Q", "I"}}) {
         add(ObjectKind::table, Need::wanted,
-            {{table("Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer." + branch), Shape::twoAxes},
-             {coarseTable(branch)}})
+            {{cancellationTableName(m_channel->number, branch), Shape::twoAxes}, {coarseTable(branch)}})
             .idledBy = coarseTable(other);
     }
 }

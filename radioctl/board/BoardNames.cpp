@@ -45,6 +45,11 @@ std::optional<int> rauChannel(std::string_view name) {
     return channel != 0 && rauName(channel) == name ? std::optional(channel) : std::nullopt;
 }
 
+std::string cancellationTableName(int channel, std::string_view branch) {
+    return "Channel." + std::to_string(channel) + ".Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer." +
+           std::string(branch);
+}
+
 const VariableDescription* arraySizedBy(std::string_view name, const Board& board) {
     constexpr std::string_view ending = ".rx.rf.frequency.cs.offset.arraysize";
     if (name.size() < ending.size() || name.substr(name.size() - ending.size()) != ending) {

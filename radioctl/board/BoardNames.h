@@ -39,6 +39,8 @@ std::string rauName(int channel);
 std::string rauCarrierName(std::string_view rau, Direction direction);
 /** The channel of the remote radio unit `name`; nothing when it is no name of one. */
 std::optional<int> rauChannel(std::string_view name);
+/** The table that corrects a branch, "I" or "Q", of a channel's mixer by frequency and temperature. */
+std::string cancellationTableName(int channel, std::string_view branch);
 /**
  * The array of which a receiver reads as many integers as the variable `name` says; null when `name` is no
  * such variable, or the board has no such array.

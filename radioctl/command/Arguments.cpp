@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <system_error>
 
@@ -77,6 +78,19 @@ std::int64_t Arguments::takeInt64(std::string_view what) {
 std::int32_t Arguments::takeCode(std::string_view what) {
     constexpr std::int64_t highest = std::numeric_limits<std::uint32_t>::max();
     return static_cast<std::int32_t>(parseInRange(take(what), what, lowestInt32, highest));
+}
+
+double Arguments::takeLevel(std::string_view what) {
+    constexpr double farthest = 120.0;
+    const std::string& word = take(what);
+    const char* const end = word.data() + word.size();
+    double level = 0.0;
+    const auto [rest, error] = std::from_chars(word.data(), end, level, std::chars_format::fixed);
+    // What is not a number is not within any limits.
+    if (error != std::errc() || rest != end || !(std::abs(level) <= farthest)) {
+        throw CommandError(inQuotes(word) + " is no level, expected a number of dBc from -120 to 120");
+    }
+    return level;
 }
 
 std::int32_t Arguments::takeChannel() {

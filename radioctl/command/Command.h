@@ -61,7 +61,7 @@ struct SetTrace {
 };
 
 struct Show {
-    enum class Kind : std::uint8_t { drivers, variables, observers, faults, interfaces, tables };
+    enum class Kind : std::uint8_t { drivers, variables, observers, faults, interfaces, tables, leakage };
     Kind kind;
     /** What the names shown have in common, with the wildcards of a shell; empty for all. */
     std::string pattern;
@@ -114,6 +114,13 @@ struct ExpectNoTrace {
     std::string text;
 };
 
+/** That the modelled LO leakage of a channel is lower, with what its drivers have now. */
+struct ExpectLeakage {
+    int channel;
+    /** In dBc. */
+    double limit;
+};
+
 struct ExpectWriteCount {
     std::size_t count;
 };
@@ -123,7 +130,7 @@ struct ExpectWrites {
 };
 
 using Expectation = std::variant<ExpectDriver, ExpectFrequency, ExpectRau, ExpectNotified, ExpectResult,
-                                 ExpectTrace, ExpectNoTrace, ExpectWriteCount, ExpectWrites>;
+                                 ExpectTrace, ExpectNoTrace, ExpectWriteCount, ExpectWrites, ExpectLeakage>;
 
 /** What is done to the radio or asked of the program. */
 using Action = std::variant<Tune, SetTemperature, SetVariable, RunPhase, InjectFault, ClearFaults,

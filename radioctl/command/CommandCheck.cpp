@@ -36,6 +36,18 @@ void requireChannel(int channel, const BoardNames& names) {
     }
 }
 
+void requireLeakage(int channel, const Board& board) {
+    std::vector<std::string> modelled;
+    for (const LeakageDescription& leakage : board.leakages) {
+        modelled.push_back(std::to_string(leakage.channel));
+    }
+    if (!contains(modelled, std::to_string(channel))) {
+        throw CommandError(
+            "the board models no LO leakage of channel " + std::to_string(channel) + ", expected " +
+            (modelled.empty() ? "a board with [[leakage]]" : "channel " + joined(modelled, " or ")));
+    }
+}
+
 void requireRau(int channel, const BoardNames& names) {
     if (!contains(names.raus, rauName(channel))) {
         throw CommandError(
@@ -105,6 +117,10 @@ public:
     void operator()(const ExpectFrequency& command) const { requireChannel(command.channel, m_names); }
     void operator()(const ExpectNotified& command) const { requireChannel(command.channel, m_names); }
     void operator()(const ExpectRau& command) const { requireRau(command.channel, m_names); }
+    void operator()(const ExpectLeakage& command) const {
+        requireChannel(command.channel, m_names);
+        requireLeakage(command.channel, m_board);
+    }
     void operator()(const ExpectDriver& command) const {
         requireName("driver", command.name, m_names.drivers);
     }

@@ -15,8 +15,8 @@ public:
 
     /**
      * Throws CommandError when `command` names a channel, driver, variable, table or interface that the board
-     * does not have, gives a variable more values than it has places, or
-     * states a size for an array that it does not have.
+     * does not have, or a LO leakage that it does not model, gives a variable more values than it has places,
+     * or states a size for an array that it does not have.
      */
     void check(const Command& command) const;
 

@@ -20,13 +20,14 @@ std::vector<std::string_view> operationWords() {
 }
 
 std::optional<Show::Kind> showKindFromString(std::string_view word) {
-    constexpr std::array<std::pair<std::string_view, Show::Kind>, 6> kinds = {
+    constexpr std::array<std::pair<std::string_view, Show::Kind>, 7> kinds = {
         {{"drivers", Show::Kind::drivers},
          {"variables", Show::Kind::variables},
          {"observers", Show::Kind::observers},
          {"faults", Show::Kind::faults},
          {"interfaces", Show::Kind::interfaces},
-         {"tables", Show::Kind::tables}}};
+         {"tables", Show::Kind::tables},
+         {"leakage", Show::Kind::leakage}}};
     for (const auto& [name, kind] : kinds) {
         if (name == word) {
             return kind;
@@ -153,7 +154,8 @@ Command parseTrace(Arguments& arguments) {
 
 Command parseShow(Arguments& arguments) {
     const Show::Kind kind = arguments.takeOneOf(
-        "LIST", showKindFromString, {"drivers", "variables", "observers", "faults", "interfaces", "tables"});
+        "LIST", showKindFromString,
+        {"drivers", "variables", "observers", "faults", "interfaces", "tables", "leakage"});
     return Show{kind, arguments.takeIfAny()};
 }
 
@@ -224,6 +226,15 @@ Command parseExpectWrites(Arguments& arguments) {
         expected.writes.push_back(parseWrite(arguments.take("NAME=VALUE")));
     }
     return expected;
+}
+
+Command parseExpectLeakage(Arguments& arguments) {
+    const std::int32_t channel = arguments.takeChannel();
+    const std::string& word = arguments.take("below");
+    if (word != "below") {
+        arguments.throwUsage(inQuotes(word) + " is out of place");
+    }
+    return ExpectLeakage{channel, arguments.takeLevel("DBC")};
 }
 
 } // namespace Radioctl

@@ -27,6 +27,7 @@ Command parseExpectResult(Arguments& arguments);
 Command parseExpectTrace(Arguments& arguments);
 Command parseExpectNoTrace(Arguments& arguments);
 Command parseExpectWrites(Arguments& arguments);
+Command parseExpectLeakage(Arguments& arguments);
 
 } // namespace Radioctl
 

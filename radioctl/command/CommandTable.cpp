@@ -62,9 +62,11 @@ const std::vector<CommandInfo>& commandTable() {
          "radioctl observes every handler as a class-based client from the start.", parseObserve},
         {"trace", "trace off|error|warning|notice|information",
          "Sets which trace messages are written and shown.", "The start is notice.", parseTrace},
-        {"show", "show drivers|variables|observers|faults|interfaces|tables [PATTERN]",
+        {"show", "show drivers|variables|observers|faults|interfaces|tables|leakage [PATTERN]",
          "Lists what the radio has, and its state.",
-         "A pattern chooses names that contain it; it may have the wildcards * and ?.", parseShow},
+         "A pattern chooses names that contain it; it may have the wildcards * and ?. Of the modelled LO "
+         "leakages, it chooses the numbers of channels.",
+         parseShow},
         {"expect driver", "expect driver DRIVER VALUE", "Holds when a driver has this value.",
          "A driver that was never written has the value from the board file.", parseExpectDriver},
         {"expect frequency", "expect frequency tx|rx CHANNEL FREQUENCY [kHz|MHz|GHz]",
@@ -89,6 +91,13 @@ const std::vector<CommandInfo>& commandTable() {
          "go by the names IRauHandler_1.tx and IRauHandler_1.rx. A write that failed did not reach the "
          "hardware.",
          parseExpectWrites},
+        {"expect leakage", "expect leakage CHANNEL below DBC",
+         "Holds when the modelled LO leakage of a channel is lower.",
+         "It is in dBc, at the transmit carrier and the temperature of the moment, with the corrections that "
+         "the drivers have. Without a temperature it counts as that at 25 degrees; a channel without a "
+         "carrier "
+         "has no leakage that could be expected.",
+         parseExpectLeakage},
         {"help", "help [COMMAND]", "Lists the commands, or explains one.", "", parseHelp},
         {"quit", "quit", "Ends the script or leaves the prompt.", "", parseQuit},
     };

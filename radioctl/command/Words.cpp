@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <iterator>
 #include <utility>
 
@@ -133,6 +134,14 @@ std::string harmless(std::string_view text) {
 std::string inQuotes(std::string_view word) {
     constexpr std::size_t longest = 60;
     return '"' + harmless(word.substr(0, longest)) + (word.size() > longest ? "...\"" : "\"");
+}
+
+std::string inTwoDecimals(double number) {
+    // Adding 0 takes the sign from what was rounded to 0.
+    const double rounded = std::round(number * 100.0) / 100.0 + 0.0;
+    std::array<char, 400> digits{};
+    const auto end = std::to_chars(digits.begin(), digits.end(), rounded, std::chars_format::fixed, 2).ptr;
+    return {digits.begin(), end};
 }
 
 std::string counted(std::size_t count, std::string_view noun) {

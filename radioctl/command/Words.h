@@ -43,6 +43,9 @@ std::string harmless(std::string_view text);
 /** `word` in quotation marks, cut when it is long and with nothing in it that a terminal would obey. */
 std::string inQuotes(std::string_view word);
 
+/** For example "-71.24"; never "-0.00". */
+std::string inTwoDecimals(double number);
+
 /** "1 channel", "2 channels". */
 std::string counted(std::size_t count, std::string_view noun);
 

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <random>
+#include <vector>
 
 namespace Radioctl {
 
@@ -18,12 +19,13 @@ namespace Radioctl {
  */
 class LeakingTransmitter {
 public:
-    /** `surroundings` says under which conditions it works at the moment. The drivers are those that
-     * `leakage` names; all of them exist. What is borrowed must outlive the object. */
-    LeakingTransmitter(const LeakageDescription& leakage, Standalone::DriverBank& drivers,
+    /** `surroundings` says under which conditions it works at the moment. `drivers` must outlive the object,
+     * and has all those that `leakage` names. It begins at rest. */
+    LeakingTransmitter(LeakageDescription leakage, Standalone::DriverBank& drivers,
                        std::function<Surroundings()> surroundings);
     LeakingTransmitter(const LeakingTransmitter&) = delete;
     LeakingTransmitter& operator=(const LeakingTransmitter&) = delete;
+    ~LeakingTransmitter();
 
     const LeakageDescription& description() const { return m_leakage; }
     Surroundings surroundings() const { return m_surroundings(); }
@@ -40,14 +42,17 @@ public:
 
 private:
     struct Detector {
-        const DetectorDescription* description;
+        const DetectorDescription& description;
+        Standalone::Driver& driver;
+        /** Before noise, limits and conversion, in units. */
         double output;
     };
 
     std::int64_t read(Detector& detector);
+    /** The next number of a distribution that is nearly normal, with mean 0 and variance 1. */
     double noise();
 
-    const LeakageDescription& m_leakage;
+    const LeakageDescription m_leakage;
     std::function<Surroundings()> m_surroundings;
     const Standalone::Driver& m_i;
     const Standalone::Driver& m_q;

@@ -1,1 +1,45 @@
 #include "model/ModelClock.h"
+
+#include "Visibility.h"
+
+#include <time.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+
+namespace Radioctl {
+
+ModelClock* ModelClock::s_current = nullptr;
+
+ModelClock::ModelClock() {
+    s_current = this;
+}
+
+ModelClock::~ModelClock() {
+    s_current = nullptr;
+}
+
+void ModelClock::sleep(std::uint32_t microseconds) {
+    const std::chrono::duration<double, std::milli> elapsed = std::chrono::microseconds(microseconds);
+    if (m_realTime) {
+        std::this_thread::sleep_for(elapsed);
+    }
+    for (const auto& listener : m_listeners) {
+        listener(elapsed.count());
+    }
+}
+
+} // namespace Radioctl
+
+/** What every library of this program finds in place of the C library's usleep(). */
+extern "C" RADIO_API int usleep(useconds_t microseconds) {
+    if (Radioctl::ModelClock* const clock = Radioctl::ModelClock::current()) {
+        clock->sleep(microseconds);
+        return 0;
+    }
+    constexpr useconds_t perSecond = 1000000;
+    const timespec duration{static_cast<time_t>(microseconds / perSecond),
+                            static_cast<long>(microseconds % perSecond) * 1000};
+    return nanosleep(&duration, nullptr);
+}

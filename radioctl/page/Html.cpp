@@ -15,6 +15,8 @@ figure { margin: 1rem 0; }
 figcaption { font-weight: bold; }
 svg { width: 100%; height: auto; }
 .note { color: #555; }
+.warning { border-left: 0.3rem solid #d55e00; padding: 0.1rem 1rem; background: #fdf0e6; }
+.bad { background: #fdf0e6; }
 </style>
 )";
 

@@ -31,7 +31,7 @@ bool isUnit(std::string word) {
 }
 
 bool isFrequencyOption(const std::string& word) {
-    return word == "--tx" || word == "--rx" || word == "--carrier";
+    return word == "--tx" || word == "--rx" || word == "--carrier" || word == "--frequency";
 }
 
 } // namespace

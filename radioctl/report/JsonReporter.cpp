@@ -4,6 +4,8 @@
 #include "ResultCode.h"
 #include "Words.h"
 
+#include <cmath>
+
 namespace Radioctl {
 
 namespace {
@@ -22,7 +24,10 @@ void addCode(Json& event, std::int32_t code) {
 }
 
 Json cellValue(const Listing::Cell& cell) {
-    return std::visit([](const auto& value) { return Json(value); }, cell);
+    return std::visit(Visitor{[](const auto& value) { return Json(value); },
+                              [](double level) { return Json(std::round(level * 100.0) / 100.0); },
+                              [](std::monostate) { return Json(nullptr); }},
+                      cell);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <iostream>
 #include <string_view>
@@ -29,11 +30,22 @@ std::string progressLine(std::uint64_t done, std::uint64_t total, std::string_vi
            std::to_string(total) + " " + std::string(things);
 }
 
+std::string timeLeft(std::chrono::duration<double> elapsed, std::uint64_t done, std::uint64_t total) {
+    if (done == 0) {
+        return {};
+    }
+    const double left = elapsed.count() * static_cast<double>(total - done) / static_cast<double>(done);
+    const auto seconds = static_cast<std::uint64_t>(std::ceil(left));
+    return (seconds < 60 ? "" : std::to_string(seconds / 60) + " min ") + std::to_string(seconds % 60) +
+           " s left";
+}
+
 Progress::Progress(std::uint64_t total, std::string_view things)
     : m_total(total),
       m_things(things),
       m_isShown(isTerminal()),
-      m_next(std::chrono::steady_clock::now() + interval) {}
+      m_begin(std::chrono::steady_clock::now()),
+      m_next(m_begin + interval) {}
 
 Progress::~Progress() {
     if (m_isDrawn) {
@@ -42,12 +54,32 @@ Progress::~Progress() {
 }
 
 void Progress::update(std::uint64_t done) {
-    if (!m_isShown || std::chrono::steady_clock::now() < m_next) {
-        return;
+    if (isDue()) {
+        draw(progressLine(done, m_total, m_things));
     }
-    m_next = std::chrono::steady_clock::now() + interval;
+}
+
+void Progress::update(std::uint64_t done, const std::string& note) {
+    if (isDue()) {
+        const std::string left = timeLeft(std::chrono::steady_clock::now() - m_begin, done, m_total);
+        draw(progressLine(done, m_total, m_things) + (left.empty() ? "" : ", " + left) +
+             (note.empty() ? "" : ", " + note));
+    }
+}
+
+bool Progress::isDue() {
+    const auto now = std::chrono::steady_clock::now();
+    if (!m_isShown || now < m_next) {
+        return false;
+    }
+    m_next = now + interval;
+    return true;
+}
+
+void Progress::draw(const std::string& line) {
     m_isDrawn = true;
-    std::cerr << "\r" << progressLine(done, m_total, m_things) << std::flush;
+    // A shorter line leaves nothing of the one before it.
+    std::cerr << "\r" << line << "\033[K" << std::flush;
 }
 
 } // namespace Radioctl

@@ -22,7 +22,10 @@ struct Judgement {
 
 /** A list that a command shows. */
 struct Listing {
-    using Cell = std::variant<std::int64_t, std::string, std::vector<std::int32_t>>;
+    /** A number with a fraction is a level in dBc, shown with two decimals; the last is for what is not
+     * known.
+     */
+    using Cell = std::variant<std::int64_t, double, std::string, std::vector<std::int32_t>, std::monostate>;
 
     std::string title;
     std::vector<std::string> columns;

@@ -21,7 +21,9 @@ std::string channelList(const std::vector<unsigned>& channels) {
 
 std::string cellText(const Listing::Cell& cell) {
     return std::visit(Visitor{[](std::int64_t number) { return std::to_string(number); },
+                              [](double level) { return inTwoDecimals(level); },
                               [](const std::string& text) { return text; },
+                              [](std::monostate) { return std::string("-"); },
                               [](const std::vector<std::int32_t>& values) {
                                   std::vector<std::string> items;
                                   std::transform(values.begin(), values.end(), std::back_inserter(items),

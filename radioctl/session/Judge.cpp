@@ -104,6 +104,16 @@ public:
                     (m_last.writes.empty() ? "" : ": " + textOf(m_last.writes))};
     }
 
+    Judgement operator()(const ExpectLeakage& expected) const {
+        const LeakingTransmitter& transmitter = *m_radio.transmitter(expected.channel);
+        const std::string limit = "less than " + inTwoDecimals(expected.limit) + " dBc";
+        if (transmitter.surroundings().carrier == 0) {
+            return {false, limit, "no carrier"};
+        }
+        const double level = transmitter.level();
+        return {level < expected.limit, limit, inTwoDecimals(level) + " dBc"};
+    }
+
     Judgement operator()(const ExpectWrites& expected) const {
         return {m_last.writes == expected.writes, textOf(expected.writes), textOf(m_last.writes)};
     }

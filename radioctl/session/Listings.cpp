@@ -12,8 +12,11 @@ namespace {
 using Cell = Listing::Cell;
 using Row = std::vector<Cell>;
 
-bool matches(const std::string& pattern, const std::string& name) {
-    return fnmatch(("*" + pattern + "*").c_str(), name.c_str(), 0) == 0;
+/** Whether the name in `cell`, or a channel's number, fits the pattern. */
+bool matches(const std::string& pattern, const Cell& cell) {
+    const auto* const name = std::get_if<std::string>(&cell);
+    const std::string text = name != nullptr ? *name : std::to_string(std::get<std::int64_t>(cell));
+    return fnmatch(("*" + pattern + "*").c_str(), text.c_str(), 0) == 0;
 }
 
 Cell numberCell(std::uint64_t number) {
@@ -87,6 +90,22 @@ std::vector<Row> tableRows(Radio& radio) {
     return rows;
 }
 
+std::vector<Row> leakageRows(Radio& radio) {
+    std::vector<Row> rows;
+    for (const auto& [channel, transmitter] : radio.transmitters()) {
+        const Surroundings surroundings = transmitter->surroundings();
+        const LoCorrections corrections = transmitter->corrections();
+        const bool isTuned = surroundings.carrier != 0;
+        rows.push_back(
+            {numberCell(static_cast<std::uint64_t>(channel)),
+             isTuned ? Cell(static_cast<std::int64_t>(surroundings.carrier)) : Cell(std::monostate()),
+             static_cast<std::int64_t>(surroundings.temperature), static_cast<std::int64_t>(corrections.i),
+             static_cast<std::int64_t>(corrections.q),
+             isTuned ? Cell(transmitter->level()) : Cell(std::monostate())});
+    }
+    return rows;
+}
+
 /** How each kind of list is called, what its columns are and where its rows come from. */
 struct ListingKind {
     Show::Kind kind;
@@ -103,6 +122,10 @@ const ListingKind& listingKind(Show::Kind kind) {
         {Show::Kind::faults, "faults", {"operation", "object", "code", "turns"}, faultRows},
         {Show::Kind::interfaces, "interfaces", {"interface", "state"}, interfaceRows},
         {Show::Kind::tables, "tables", {"table", "nodes"}, tableRows},
+        {Show::Kind::leakage,
+         "leakage",
+         {"channel", "carrier_khz", "degrees", "i", "q", "level_dbc"},
+         leakageRows},
     };
     return kinds.at(static_cast<std::size_t>(kind));
 }
@@ -114,8 +137,7 @@ Listing makeListing(const Show& command, Radio& radio) {
     Listing listing{kind.title, kind.columns, {}};
     for (Row& row : kind.rows(radio)) {
         const bool isFault = command.kind == Show::Kind::faults;
-        if (matches(command.pattern, std::get<std::string>(row[0])) ||
-            (isFault && matches(command.pattern, std::get<std::string>(row[1])))) {
+        if (matches(command.pattern, row[0]) || (isFault && matches(command.pattern, row[1]))) {
             listing.rows.push_back(std::move(row));
         }
     }

@@ -45,6 +45,7 @@ Radio::Radio(const Board& board, RadioEvents events) : m_events(std::move(events
         addChannel(channel);
     }
     observeAll(board);
+    bindTransmitters(board);
 }
 
 void Radio::addChannel(const ChannelDescription& channel) {
@@ -73,7 +74,9 @@ void Radio::furnishPlatform(const Board& board) {
         m_platform.variables().add(variable.name, variable.values);
     }
     for (const TableDescription& table : board.tables) {
-        m_platform.tables().add(table.table);
+        if (table.isThere()) {
+            m_platform.tables().add(table.table);
+        }
     }
     m_presences = {{"IDriverLayer", Standalone::Presence::present},
                    {"ITemperatureHandler", Standalone::Presence::present}};
@@ -102,6 +105,33 @@ void Radio::observeAll(const Board& board) {
             }
         }
     }
+}
+
+void Radio::bindTransmitters(const Board& board) {
+    for (const LeakageDescription& leakage : board.leakages) {
+        m_transmitters[leakage.channel] = std::make_unique<LeakingTransmitter>(
+            leakage, m_platform.drivers(),
+            [this, channel = leakage.channel] { return surroundings(channel); });
+    }
+    m_clock.addListener([this](double milliseconds) {
+        for (const auto& [channel, transmitter] : m_transmitters) {
+            transmitter->elapse(milliseconds);
+        }
+    });
+}
+
+Surroundings Radio::surroundings(int channel) {
+    Surroundings result;
+    result.carrier = static_cast<std::uint32_t>(frequency(Direction::tx, channel));
+    if (const std::optional<int> temperature = m_platform.temperature().temperature()) {
+        result.temperature = *temperature;
+    }
+    return result;
+}
+
+LeakingTransmitter* Radio::transmitter(int channel) {
+    const auto found = m_transmitters.find(channel);
+    return found == m_transmitters.end() ? nullptr : found->second.get();
 }
 
 Radio::ChangeObserver& Radio::addObserver(Direction direction, int channel, bool throughC) {

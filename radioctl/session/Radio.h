@@ -6,6 +6,8 @@
 #include "FrequencyHandler.h"
 #include "IFrequencyHandler.h"
 #include "Words.h"
+#include "model/LeakingTransmitter.h"
+#include "model/ModelClock.h"
 #include "standalone/Platform.h"
 
 #include <cstdint>
@@ -36,7 +38,9 @@ struct RadioEvents {
 
 /**
  * A described radio: the stand-alone platform filled from a board, for each channel one frequency module and,
- * where the board says so, an IQ compensation, and an observer on every handler. There can be one at a time.
+ * where the board says so, an IQ compensation, and an observer on every handler. Where the board models the
+ * LO leakage of a channel, its drivers are bound to the model, whose time goes on when the library sleeps.
+ * There can be one at a time.
  */
 class Radio {
 public:
@@ -78,6 +82,12 @@ public:
     const std::map<std::string, Standalone::Presence>& presences() const { return m_presences; }
 
     Standalone::Platform& platform() { return m_platform; }
+    /** The modelled transmitter of a channel; null when there is none. */
+    LeakingTransmitter* transmitter(int channel);
+    /** By their channels. */
+    const std::map<int, std::unique_ptr<LeakingTransmitter>>& transmitters() const { return m_transmitters; }
+    /** The time in which modelled transmitters live. */
+    ModelClock& clock() { return m_clock; }
 
 private:
     class ChangeObserver;
@@ -86,6 +96,8 @@ private:
     void listen();
     void addChannel(const ChannelDescription& channel);
     void observeAll(const Board& board);
+    void bindTransmitters(const Board& board);
+    Surroundings surroundings(int channel);
     ChangeObserver& addObserver(Direction direction, int channel, bool throughC);
 
     RadioEvents m_events;
@@ -97,6 +109,8 @@ private:
     std::vector<std::unique_ptr<ChangeObserver>> m_observers;
     std::map<int, std::unique_ptr<::FrequencyHandler>> m_modules;
     std::map<std::pair<Direction, int>, IFrequencyHandler*> m_handlers;
+    std::map<int, std::unique_ptr<LeakingTransmitter>> m_transmitters;
+    ModelClock m_clock;
 };
 
 } // namespace Radioctl

@@ -125,6 +125,40 @@ TEST_F(DriverLayerTest, NullContextReachesNoDriver) {
     EXPECT_EQ(value, 3);
 }
 
+TEST_F(DriverLayerTest, ReadAsksTheSource) {
+    int next = 5;
+    bank().setSource([&next] { return next++; });
+    EXPECT_EQ(read(lo), 5);
+    EXPECT_EQ(read(lo), 6);
+    EXPECT_EQ(platform.calls().journal().back().value, 6);
+}
+
+TEST_F(DriverLayerTest, ValueIsTheOneReadFromTheSourceOrWrittenSince) {
+    bank().setSource([] { return 5; });
+    EXPECT_EQ(bank().value(), 0);
+    read(lo);
+    EXPECT_EQ(bank().value(), 5);
+    lo.write(lo.context, 8);
+    EXPECT_EQ(bank().value(), 8);
+    EXPECT_EQ(read(lo), 5);
+}
+
+TEST_F(DriverLayerTest, ReadThatFailsDoesNotAskTheSource) {
+    int asked = 0;
+    bank().setSource([&asked] { return ++asked; });
+    EXPECT_EQ(lo.read(lo.context, nullptr), Codes::badArgument);
+    fail(Standalone::Operation::driverRead, "lo", 0x8005);
+    read(lo);
+    EXPECT_EQ(asked, 0);
+}
+
+TEST_F(DriverLayerTest, EmptySourceIsNone) {
+    bank().setSource([] { return 5; });
+    bank().setSource({});
+    bank().setValue(6);
+    EXPECT_EQ(read(lo), 6);
+}
+
 TEST_F(DriverLayerTest, AddingADriverTwiceGivesTheSameOne) {
     bank().setValue(4);
     EXPECT_EQ(platform.drivers().add("lo").value(), 4);

@@ -126,5 +126,36 @@ TEST_F(AtomicFileTest, FullDiskIsTold) {
     EXPECT_THROW(atomic.commit(), InputError);
 }
 
+TEST_F(AtomicFileTest, BackupTakesTheFirstNameThatIsFree) {
+    write("out.csv", "first\n");
+    EXPECT_EQ(keepBackup("out.csv"), "out.csv.~1~");
+    write("out.csv", "second\n");
+    EXPECT_EQ(keepBackup("out.csv"), "out.csv.~2~");
+    write("out.csv", "third\n");
+    EXPECT_EQ(contentOf("out.csv.~1~"), "first\n");
+    EXPECT_EQ(contentOf("out.csv.~2~"), "second\n");
+}
+
+TEST_F(AtomicFileTest, FileStaysWhereItIsDuringItsBackup) {
+    write("out.csv", "first\n");
+    keepBackup("out.csv");
+    EXPECT_EQ(contentOf("out.csv"), "first\n");
+}
+
+TEST_F(AtomicFileTest, NothingNeedsNoBackup) {
+    EXPECT_EQ(keepBackup("out.csv"), "");
+    EXPECT_EQ(keepBackup("/dev/null"), "");
+}
+
+TEST_F(AtomicFileTest, BackupOfALinkedFileIsBesideTheFile) {
+    fs::create_directory("elsewhere");
+    write("elsewhere/out.csv", "old\n");
+    fs::create_symlink("elsewhere/out.csv", "link.csv");
+    const fs::path backup = keepBackup("link.csv");
+    write("link.csv", "new\n");
+    EXPECT_EQ(backup, fs::canonical("elsewhere") / "out.csv.~1~");
+    EXPECT_EQ(contentOf(backup), "old\n");
+}
+
 } // namespace
 } // namespace Radioctl

@@ -180,7 +180,8 @@ TEST_F(BadInputTest, BoardThatIsNoToml) {
 }
 
 TEST_F(BadInputTest, NoCommand) {
-    expectWrongCommandLine({}, "One of run, console, check, plan, thermal and completion is required");
+    expectWrongCommandLine(
+        {}, "One of run, console, check, plan, thermal, calibrate, tables and completion is required");
 }
 
 TEST_F(BadInputTest, NoBoard) {

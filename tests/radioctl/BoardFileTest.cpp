@@ -182,14 +182,16 @@ TEST_F(BoardFileTest, ControlCharactersAreNotShownAsTheyAre) {
 
 TEST_F(BoardFileTest, UnknownKeyIsRefusedAndTheNearestOffered) {
     EXPECT_EQ(refused("nmae = \"Radio\"\n"),
-              "board.toml:1: nmae: unknown key (did you mean \"name\"?), expected one of name, description, "
-              "channel, transmitter, drivers, variables, tables, interfaces, raster, limits");
+              "board.toml:1: nmae: unknown key (did you mean \"name\"?), expected one of name, serial, "
+              "description, channel, transmitter, leakage, calibration, drivers, variables, tables, "
+              "interfaces, raster, limits");
 }
 
 TEST_F(BoardFileTest, UnknownSectionIsRefusedAndTheNearestOffered) {
     EXPECT_EQ(refusedAfterChannel("[Driver]\n"),
-              "board.toml:5: Driver: unknown key (did you mean \"drivers\"?), expected one of name, "
-              "description, channel, transmitter, drivers, variables, tables, interfaces, raster, limits");
+              "board.toml:5: Driver: unknown key (did you mean \"drivers\"?), expected one of name, serial, "
+              "description, channel, transmitter, leakage, calibration, drivers, variables, tables, "
+              "interfaces, raster, limits");
 }
 
 TEST_F(BoardFileTest, UnknownKeyOfAChannelIsRefused) {
@@ -206,7 +208,7 @@ TEST_F(BoardFileTest, UnknownKeyOfADriverIsRefused) {
 TEST_F(BoardFileTest, UnknownKeyOfATableIsRefused) {
     EXPECT_EQ(refusedAfterChannel("[tables]\n\"T\" = { axis = [1], value = [3] }\n"),
               "board.toml:6: tables.T.value: unknown key (did you mean \"values\"?), expected one of axis, "
-              "axes, values");
+              "axes, values, file, column");
 }
 
 TEST_F(BoardFileTest, DriverNameWithoutQuotesIsRefused) {

@@ -86,6 +86,16 @@ TEST_F(CommandCheckTest, RefusesSizeThatTheOffsetArrayDoesNotHave) {
     EXPECT_EQ(complaintAbout("set channel.2.rx.rf.frequency.cs.offset.arraysize -2"), "");
 }
 
+TEST_F(CommandCheckTest, RefusesLeakageThatIsNotModelled) {
+    EXPECT_EQ(complaintAbout("expect leakage 3 below -50"), "the board has no channel 3, expected 1 or 2");
+    EXPECT_EQ(complaintAbout("expect leakage 1 below -50"),
+              "the board models no LO leakage of channel 1, expected a board with [[leakage]]");
+    m_board.leakages.emplace_back().channel = 2;
+    EXPECT_EQ(complaintAbout("expect leakage 1 below -50"),
+              "the board models no LO leakage of channel 1, expected channel 2");
+    EXPECT_EQ(complaintAbout("expect leakage 2 below -50"), "");
+}
+
 TEST_F(CommandCheckTest, RefusesChannelWithoutRemoteRadioUnit) {
     EXPECT_EQ(complaintAbout("expect rau tx 1 0"), "the board has no IRauHandler_1, expected IRauHandler_2");
 }

@@ -134,6 +134,24 @@ TEST(CommandParser, ReadsExpectedTrace) {
     EXPECT_EQ(parsed<ExpectNoTrace>("expect no trace failed").text, "failed");
 }
 
+TEST(CommandParser, ReadsExpectedLeakage) {
+    const auto command = parsed<ExpectLeakage>("expect leakage 2 below -55.5");
+    EXPECT_EQ(command.channel, 2);
+    EXPECT_EQ(command.limit, -55.5);
+    EXPECT_EQ(parsed<ExpectLeakage>("expect leakage 0 below 120").limit, 120.0);
+}
+
+TEST(CommandParser, RefusesLeakageThatIsNoLevel) {
+    for (const std::string word : {"-120.1", "x", "-1e1", "nan", "inf", "0x10", "-55dBc"}) {
+        EXPECT_EQ(complaintAbout("expect leakage 1 below " + word),
+                  "expect leakage: \"" + word + "\" is no level, expected a number of dBc from -120 to 120");
+    }
+    EXPECT_EQ(complaintAbout("expect leakage 1 above -50"),
+              "expect leakage: \"above\" is out of place, expected: expect leakage CHANNEL below DBC");
+    EXPECT_EQ(complaintAbout("expect leakage 1 below"),
+              "expect leakage: DBC is missing, expected: expect leakage CHANNEL below DBC");
+}
+
 TEST(CommandParser, OffersTheNearestCommand) {
     EXPECT_EQ(
         complaintAbout("tone tx 1 7442000"),
@@ -142,10 +160,10 @@ TEST(CommandParser, OffersTheNearestCommand) {
     EXPECT_EQ(
         complaintAbout("expect drivers x 1"),
         "unknown expectation \"drivers\" (did you mean \"driver\"?), expected one of driver, frequency, rau, "
-        "notified, result, trace, no, writes");
+        "notified, result, trace, no, writes, leakage");
     EXPECT_EQ(complaintAbout("expect"),
               "the line ends after \"expect\", expected one of driver, frequency, rau, notified, result, "
-              "trace, no, writes");
+              "trace, no, writes, leakage");
 }
 
 TEST(CommandParser, ShowsTheUsageForMissingAndSurplusWords) {
@@ -168,7 +186,7 @@ TEST(CommandParser, NamesTheChoicesForAWordThatIsNoneOfThem) {
 TEST(CommandParser, OffersTheNearestWordOfAList) {
     EXPECT_EQ(complaintAbout("show driver"),
               "show: unknown list \"driver\" (did you mean \"drivers\"?), expected "
-              "one of drivers, variables, observers, faults, interfaces, tables");
+              "one of drivers, variables, observers, faults, interfaces, tables, leakage");
     EXPECT_EQ(complaintAbout("trace warnning"),
               "trace: unknown level \"warnning\" (did you mean \"warning\"?), expected one of off, error, "
               "warning, notice, information");

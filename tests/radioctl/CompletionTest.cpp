@@ -32,6 +32,8 @@ TEST_F(CompletionTest, CompletesFixedWordsOfAUsage) {
     EXPECT_THAT(at("tune ").candidates, ElementsAre("rx", "tx"));
     EXPECT_THAT(at("tune tx 1 7442 M").candidates, ElementsAre("MHz"));
     EXPECT_THAT(at("expect no ").candidates, ElementsAre("trace"));
+    EXPECT_THAT(at("expect leakage 1 ").candidates, ElementsAre("below"));
+    EXPECT_THAT(at("show l").candidates, ElementsAre("leakage"));
 }
 
 TEST_F(CompletionTest, CompletesNamesOfTheBoard) {
@@ -56,6 +58,7 @@ TEST_F(CompletionTest, KnowsWhatAllCandidatesBeginWith) {
 
 TEST_F(CompletionTest, OffersNothingWhereOnlyTheUserKnows) {
     EXPECT_THAT(at("temperature ").candidates, IsEmpty());
+    EXPECT_THAT(at("expect leakage 1 below ").candidates, IsEmpty());
     EXPECT_THAT(at("frob ").candidates, IsEmpty());
     EXPECT_THAT(at("tune tx 1 7442 MHz ").candidates, IsEmpty());
 }

@@ -64,6 +64,10 @@ TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
                                                       {"plan", "explain", "--help"},
                                                       {"plan", "audit", "--help"},
                                                       {"thermal", "--help"},
+                                                      {"tables", "--help"},
+                                                      {"tables", "lint", "--help"},
+                                                      {"tables", "diff", "--help"},
+                                                      {"tables", "why", "--help"},
                                                       {"completion", "--help"}}) {
         EXPECT_THAT(runProgram({arguments}).output, Not(testing::ContainsRegex("[^\n]{80}")));
     }
@@ -81,6 +85,11 @@ TEST_F(MannersTest, CompletionKeepsNamesWithSpacesTogether) {
 TEST_F(MannersTest, CompletionKnowsTheLevelsBehindAnEqualsSign) {
     EXPECT_EQ(completed("radioctl run --trace = n", 4), "notice\n");
     EXPECT_EQ(completed("radioctl run --trace n", 3), "notice\n");
+}
+
+TEST_F(MannersTest, CompletionKnowsTheCommandsForTables) {
+    EXPECT_EQ(completed("radioctl tables \"\"", 2), "lint\ndiff\nwhy\n");
+    EXPECT_EQ(completed("radioctl tables why --t", 3), "--temperature\n");
 }
 
 TEST_F(MannersTest, CheckOfGoodBoardsIsExitCode0) {

@@ -93,6 +93,11 @@ TEST_F(TextReporterTest, ShowsInformationFaintly) {
     EXPECT_EQ(traceInColour(Standalone::TraceLevel::information), "     \033[2minformation: text\033[0m\n");
 }
 
+TEST_F(TextReporterTest, ListsLevelsWithTwoDecimals) {
+    TextReporter(m_out, {}).listed({"levels", {"level"}, {{-71.238}, {0.0}, {-0.004}, {-40.0}}});
+    EXPECT_EQ(m_out.str(), "     level\n     -71.24\n     0.00\n     0.00\n     -40.00\n");
+}
+
 TEST_F(TextReporterTest, JoinsNeighbouringChannels) {
     EXPECT_EQ(numberList({1}), "1");
     EXPECT_EQ(numberList({1, 2}), "1, 2");

@@ -1,0 +1,94 @@
+#ifndef RADIOCTL_CALIBRATION_JOURNAL_H
+#define RADIOCTL_CALIBRATION_JOURNAL_H
+
+#include "InputError.h"
+#include "calibration/Calibration.h"
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Radioctl::Calibration {
+
+/** What a calibration is about; stands in front of its journal. */
+struct JournalHeader {
+    /** The name of the radio. */
+    std::string board;
+    std::string serial;
+    /** When the calibration began. */
+    std::string date;
+    std::string version;
+    Settings settings;
+};
+
+/** A probe that is in a journal, and where. */
+struct JournaledProbe {
+    Probe probe;
+    unsigned line = 0;
+};
+
+/** Probes of one carrier at one temperature, in their order. */
+using JournaledProbes = std::vector<JournaledProbe>;
+
+/** What a journal says. */
+struct JournalContent {
+    JournalHeader header;
+    /** By temperature and carrier. */
+    std::map<std::pair<std::int32_t, std::uint32_t>, JournaledProbes> probes;
+    /** The calibration came to its end. */
+    bool isFinished = false;
+    /** The size of what can be used; a line that was cut off behind it counts as never written. */
+    std::uintmax_t size = 0;
+};
+
+/** Reads a journal. Throws InputError for a file that cannot be read, or that is none. */
+JournalContent readJournal(const std::filesystem::path& file);
+
+/** Throws InputError unless a calibration that `wanted` describes can go on with what the journal was begun
+ * with. */
+void requireSameCalibration(const JournalHeader& wanted, const JournalHeader& begun,
+                            const std::filesystem::path& file);
+
+/**
+ * The journal of a calibration that goes on: whatever was entered is on the disk, and outlives the program
+ * and the power. Nobody else can open it meanwhile.
+ */
+class Journal {
+public:
+    /** Begins a journal. Throws InputError when it cannot be written, or is there already. */
+    static Journal begin(const std::filesystem::path& file, const JournalHeader& header);
+    /** Goes on with one. Throws InputError as above, and when another calibration has it open. */
+    static Journal open(const std::filesystem::path& file);
+
+    Journal(Journal&& other) noexcept;
+    Journal& operator=(Journal&& other) = delete;
+    ~Journal();
+
+    /** Takes away what stands behind the usable part. */
+    void cutOff(std::uintmax_t size);
+    void enter(std::uint32_t frequency, std::int32_t temperature, const Probe& probe);
+    /** Says that nothing will follow. */
+    void finish();
+
+private:
+    Journal(std::filesystem::path file, int descriptor);
+
+    void append(const std::string& line);
+    [[noreturn]] void fail(const std::string& what) const;
+
+    std::filesystem::path m_file;
+    int m_descriptor;
+};
+
+/** A time in UTC, for example "2026-03-01T09:30:00Z". */
+std::string utcText(std::chrono::system_clock::time_point time);
+/** The same with milliseconds, "2026-03-01T09:30:00.250Z". */
+std::string preciseUtcText(std::chrono::system_clock::time_point time);
+
+} // namespace Radioctl::Calibration
+
+#endif

@@ -1,0 +1,198 @@
+#include "calibration/Settings.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace Radioctl::Calibration {
+
+namespace {
+
+constexpr double usualShrinkFactor = 0.75;
+/** A range of 3 loses less than 1 to this factor, and nothing once its ends are whole numbers again. */
+constexpr std::int32_t usualMinDelta = 3;
+constexpr std::uint32_t usualMaxIterations = 40;
+constexpr std::uint32_t usualSettleTime = 5;
+
+/** What one of the board's channels is asked for, from one source after the other. */
+class Choice {
+public:
+    Choice(const Board& board, const CalibrationDescription& wishes) : m_board(board), m_wishes(wishes) {
+        const auto found =
+            std::find_if(board.calibrations.begin(), board.calibrations.end(),
+                         [&](const auto& candidate) { return candidate.channel == wishes.channel; });
+        if (found != board.calibrations.end()) {
+            m_described = *found;
+        }
+    }
+
+    template <typename Value>
+    std::optional<Value> of(std::optional<Value> CalibrationDescription::*member) const {
+        return (m_wishes.*member) ? m_wishes.*member : m_described.*member;
+    }
+
+    const std::vector<std::int32_t>& temperatures() const {
+        return m_wishes.temperatures.empty() ? m_described.temperatures : m_wishes.temperatures;
+    }
+
+    [[noreturn]] void lacks(const char* what, const char* key, const char* option) const {
+        throw InputError({m_board.file.string(), 0}, "channel " + std::to_string(m_wishes.channel) + ": no " +
+                                                         what + ", expected " + key +
+                                                         " in its [[calibration]], or " + option);
+    }
+
+private:
+    const Board& m_board;
+    const CalibrationDescription& m_wishes;
+    CalibrationDescription m_described;
+};
+
+/** From the first to the last transmit carrier of the channel's rasters. */
+std::optional<Range> bandOfRasters(const Board& board, int channel) {
+    std::optional<Range> band;
+    for (const RasterDescription& raster : board.rasters) {
+        if (std::find(raster.channels.begin(), raster.channels.end(), channel) == raster.channels.end()) {
+            continue;
+        }
+        for (const CarrierRow& row : raster.rows) {
+            const std::int64_t last = row.first + (static_cast<std::int64_t>(row.count) - 1) * row.step;
+            if (row.transmit) {
+                band = Range{std::min<std::int64_t>(band ? band->low : row.first, row.first),
+                             std::max(band ? band->high : last, last)};
+            }
+        }
+    }
+    return band;
+}
+
+/** The carriers of a band; its last one is among them, also when it does not fall on a step. */
+std::vector<std::uint32_t> carriersOf(const Range& band, std::int64_t step, const Place& place) {
+    if ((band.high - band.low) / step >= static_cast<std::int64_t>(maxPoints)) {
+        throw InputError(place, "expected at most " + std::to_string(maxPoints) + " carriers, found " +
+                                    std::to_string((band.high - band.low) / step + 1));
+    }
+    std::vector<std::uint32_t> carriers;
+    for (std::int64_t carrier = band.low; carrier < band.high; carrier += step) {
+        carriers.push_back(static_cast<std::uint32_t>(carrier));
+    }
+    carriers.push_back(static_cast<std::uint32_t>(band.high));
+    return carriers;
+}
+
+Json rangeJson(const Range& range) {
+    return Json::array({range.low, range.high});
+}
+
+Range rangeFrom(const Json& json, const Range& bounds) {
+    const Range range{json.at(0).get<std::int64_t>(), json.at(1).get<std::int64_t>()};
+    if (json.size() != 2 || range.low < bounds.low || range.low >= range.high || range.high > bounds.high) {
+        throw std::runtime_error("not a range: " + json.dump());
+    }
+    return range;
+}
+
+template <typename Number>
+Number numberFrom(const Json& json, const Range& bounds) {
+    const auto number = json.get<std::int64_t>();
+    if (!json.is_number_integer() || number < bounds.low || number > bounds.high) {
+        throw std::runtime_error("not a number from " + std::to_string(bounds.low) + " to " +
+                                 std::to_string(bounds.high) + ": " + json.dump());
+    }
+    return static_cast<Number>(number);
+}
+
+template <typename Number>
+std::vector<Number> axisFrom(const Json& json, const Range& bounds) {
+    std::vector<Number> axis;
+    for (const Json& element : json) {
+        axis.push_back(numberFrom<Number>(element, bounds));
+    }
+    const auto wrong = std::adjacent_find(axis.begin(), axis.end(), std::greater_equal<>());
+    if (!json.is_array() || axis.empty() || wrong != axis.end()) {
+        throw std::runtime_error("not ascending numbers: " + json.dump());
+    }
+    return axis;
+}
+
+} // namespace
+
+bool isShrinkFactor(double factor) {
+    return factor > 0.0 && factor < 1.0;
+}
+
+const LeakageDescription* leakageOf(const Board& board, int channel) {
+    const auto found = std::find_if(board.leakages.begin(), board.leakages.end(),
+                                    [&](const auto& leakage) { return leakage.channel == channel; });
+    return found == board.leakages.end() ? nullptr : &*found;
+}
+
+Settings settingsFor(const Board& board, const CalibrationDescription& wishes) {
+    const Choice choice(board, wishes);
+    const Place place{board.file.string(), 0};
+    const LeakageDescription& leakage = *leakageOf(board, wishes.channel);
+    auto band = choice.of(&CalibrationDescription::band);
+    if (!band) {
+        band = bandOfRasters(board, wishes.channel);
+    }
+    if (!band) {
+        choice.lacks("band, and no [[raster]] with transmit carriers", "band", "--band");
+    }
+    const auto step = choice.of(&CalibrationDescription::step);
+    if (!step) {
+        choice.lacks("distance of two carriers", "step", "--step");
+    }
+    if (choice.temperatures().empty()) {
+        choice.lacks("temperatures", "temperatures", "--temperatures");
+    }
+    Settings settings;
+    settings.channel = wishes.channel;
+    settings.frequencies = carriersOf(*band, *step, place);
+    settings.temperatures = choice.temperatures();
+    if (settings.frequencies.size() * settings.temperatures.size() > maxPoints) {
+        throw InputError(place, "expected at most " + std::to_string(maxPoints) + " points, found " +
+                                    std::to_string(settings.frequencies.size()) + " carriers at " +
+                                    std::to_string(settings.temperatures.size()) + " temperatures");
+    }
+    settings.i = choice.of(&CalibrationDescription::iRange).value_or(Range{leakage.i.low, leakage.i.high});
+    settings.q = choice.of(&CalibrationDescription::qRange).value_or(Range{leakage.q.low, leakage.q.high});
+    settings.shrinkFactor = choice.of(&CalibrationDescription::shrinkFactor).value_or(usualShrinkFactor);
+    settings.minDelta = choice.of(&CalibrationDescription::minDelta).value_or(usualMinDelta);
+    settings.maxIterations = choice.of(&CalibrationDescription::maxIterations).value_or(usualMaxIterations);
+    settings.settleTime = choice.of(&CalibrationDescription::settleTime).value_or(usualSettleTime);
+    settings.useHighDetector = choice.of(&CalibrationDescription::useHighDetector).value_or(false);
+    return settings;
+}
+
+Json toJson(const Settings& settings) {
+    return {{"channel", settings.channel},
+            {"frequencies_khz", settings.frequencies},
+            {"temperatures_c", settings.temperatures},
+            {"i_range", rangeJson(settings.i)},
+            {"q_range", rangeJson(settings.q)},
+            {"shrink_factor", settings.shrinkFactor},
+            {"min_delta", settings.minDelta},
+            {"max_iterations", settings.maxIterations},
+            {"settle_time_ms", settings.settleTime},
+            {"detector", settings.useHighDetector ? "high" : "low"}};
+}
+
+Settings settingsFromJson(const Json& json) {
+    Settings settings;
+    settings.channel = numberFrom<int>(json.at("channel"), {0, 2147483647});
+    settings.frequencies = axisFrom<std::uint32_t>(json.at("frequencies_khz"), {1, 4294967295});
+    settings.temperatures = axisFrom<std::int32_t>(json.at("temperatures_c"), temperatureBounds);
+    settings.i = rangeFrom(json.at("i_range"), correctionBounds);
+    settings.q = rangeFrom(json.at("q_range"), correctionBounds);
+    settings.shrinkFactor = json.at("shrink_factor").get<double>();
+    settings.minDelta = numberFrom<std::int32_t>(json.at("min_delta"), minDeltaBounds);
+    settings.maxIterations = numberFrom<std::uint32_t>(json.at("max_iterations"), iterationBounds);
+    settings.settleTime = numberFrom<std::uint32_t>(json.at("settle_time_ms"), settleTimeBounds);
+    const auto detector = json.at("detector").get<std::string>();
+    if (!isShrinkFactor(settings.shrinkFactor) || (detector != "low" && detector != "high") ||
+        settings.frequencies.size() * settings.temperatures.size() > maxPoints) {
+        throw std::runtime_error("not the settings of a calibration");
+    }
+    settings.useHighDetector = detector == "high";
+    return settings;
+}
+
+} // namespace Radioctl::Calibration

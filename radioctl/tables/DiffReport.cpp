@@ -1,0 +1,199 @@
+#include "tables/DiffReport.h"
+
+#include "JsonLine.h"
+#include "TextTable.h"
+#include "Words.h"
+#include "tables/Levels.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace Radioctl::Tables {
+
+namespace {
+
+/** More than a person reads at once. */
+constexpr std::size_t nodesShown = 10;
+
+using Member = std::int32_t LoCorrections::*;
+
+std::string text(std::int64_t number) {
+    return std::to_string(number);
+}
+
+std::int64_t moveOf(const NodeDifference& node, Member branch) {
+    return std::int64_t{node.after.*branch} - node.before.*branch;
+}
+
+/** "-47 -> 12". */
+std::string change(const NodeDifference& node, Member branch) {
+    return text(node.before.*branch) + " -> " + text(node.after.*branch);
+}
+
+std::string placeOf(const NodeDifference& node) {
+    return text(node.carrier) + " kHz at " + text(node.temperature) + " degrees";
+}
+
+/** The node for which `measure` gives the most. */
+template <typename Measure>
+const NodeDifference& most(const ChannelDifference& channel, Measure measure) {
+    return *std::max_element(
+        channel.nodes.begin(), channel.nodes.end(),
+        [&](const NodeDifference& a, const NodeDifference& b) { return measure(a) < measure(b); });
+}
+
+const NodeDifference& largestMove(const ChannelDifference& channel, Member branch) {
+    return most(channel, [branch](const NodeDifference& node) { return std::abs(moveOf(node, branch)); });
+}
+
+const NodeDifference& worst(const ChannelDifference& channel, std::optional<double> NodeDifference::*level) {
+    return most(channel, [level](const NodeDifference& node) { return *(node.*level); });
+}
+
+std::size_t gotWorse(const ChannelDifference& channel) {
+    return static_cast<std::size_t>(
+        std::count_if(channel.nodes.begin(), channel.nodes.end(),
+                      [](const NodeDifference& node) { return node.worsening() > 0; }));
+}
+
+std::vector<const NodeDifference*> movedNodes(const ChannelDifference& channel) {
+    std::vector<const NodeDifference*> nodes;
+    for (const NodeDifference& node : channel.nodes) {
+        if (node.hasMoved()) {
+            nodes.push_back(&node);
+        }
+    }
+    std::stable_sort(nodes.begin(), nodes.end(),
+                     [](const NodeDifference* a, const NodeDifference* b) { return a->move() > b->move(); });
+    return nodes;
+}
+
+void writeLevels(TextTable& table, const ChannelDifference& channel) {
+    if (!channel.nodes.front().levelBefore) {
+        return;
+    }
+    const NodeDifference& before = worst(channel, &NodeDifference::levelBefore);
+    const NodeDifference& after = worst(channel, &NodeDifference::levelAfter);
+    table.add({"worst leakage before", levelText(*before.levelBefore), placeOf(before)});
+    table.add({"worst leakage after", levelText(*after.levelAfter), placeOf(after)});
+    const std::size_t count = gotWorse(channel);
+    const NodeDifference& node = most(channel, [](const NodeDifference& n) { return n.worsening(); });
+    table.add({"got worse", counted(count, "node"),
+               count == 0 ? "" : "most by " + decimals(node.worsening(), 2) + " dB, " + placeOf(node)});
+}
+
+void writeSummary(std::ostream& out, const ChannelDifference& channel) {
+    out << "channel " << (channel.channel ? text(*channel.channel) : "unknown") << ": "
+        << counted(channel.nodes.size(), "node") << " compared, " << channel.moved() << " moved\n";
+    if (channel.axesDiffer) {
+        out << "  The tables have other axes; they are compared at the nodes of both.\n";
+    }
+    TextTable table;
+    if (channel.moved() != 0) {
+        for (const auto& [name, branch] : {std::pair("I", &LoCorrections::i), {"Q", &LoCorrections::q}}) {
+            const NodeDifference& node = largestMove(channel, branch);
+            table.add({std::string("largest move in ") + name, text(std::abs(moveOf(node, branch))),
+                       moveOf(node, branch) == 0 ? "" : placeOf(node)});
+        }
+    }
+    writeLevels(table, channel);
+    table.write(out);
+}
+
+void writeNodes(std::ostream& out, const ChannelDifference& channel, bool all) {
+    const std::vector<const NodeDifference*> nodes = movedNodes(channel);
+    if (nodes.empty()) {
+        return;
+    }
+    TextTable table;
+    for (const std::size_t column : {0U, 1U, 2U, 3U, 4U, 5U}) {
+        table.alignRight(column);
+    }
+    const bool hasLevels = channel.nodes.front().levelBefore.has_value();
+    table.add({"kHz", "degrees", "I", "Q", "move", hasLevels ? "leakage in dBc" : ""});
+    const std::size_t shown = all ? nodes.size() : std::min(nodes.size(), nodesShown);
+    for (std::size_t index = 0; index < shown; ++index) {
+        const NodeDifference& node = *nodes[index];
+        table.add({text(node.carrier), text(node.temperature), change(node, &LoCorrections::i),
+                   change(node, &LoCorrections::q), decimals(node.move(), 1),
+                   hasLevels ? decimals(*node.levelBefore, 2) + " -> " + decimals(*node.levelAfter, 2) : ""});
+    }
+    out << "\n";
+    table.write(out);
+    if (shown < nodes.size()) {
+        out << "  and " << nodes.size() - shown << " more; --all shows them\n";
+    }
+}
+
+void writeOnly(std::ostream& out, const std::vector<int>& channels, const std::string& file) {
+    for (const int channel : channels) {
+        out << "channel " << channel << ": only in " << harmless(file) << "\n";
+    }
+}
+
+Json jsonOf(const std::optional<double>& level) {
+    return level ? Json(*level) : Json(nullptr);
+}
+
+Json jsonOf(const std::optional<int>& number) {
+    return number ? Json(*number) : Json(nullptr);
+}
+
+} // namespace
+
+void writeText(std::ostream& out, const Difference& difference, const std::string& before,
+               const std::string& after, bool all) {
+    out << harmless(before) << " -> " << harmless(after) << "\n";
+    for (const ChannelDifference& channel : difference.channels) {
+        out << "\n";
+        writeSummary(out, channel);
+        writeNodes(out, channel, all);
+    }
+    if (!difference.onlyBefore.empty() || !difference.onlyAfter.empty()) {
+        out << "\n";
+    }
+    writeOnly(out, difference.onlyBefore, before);
+    writeOnly(out, difference.onlyAfter, after);
+}
+
+void writeJson(std::ostream& out, const Difference& difference, const std::string& before,
+               const std::string& after) {
+    for (const ChannelDifference& channel : difference.channels) {
+        for (const NodeDifference* const node : movedNodes(channel)) {
+            writeJsonLine(out, {{"event", "moved"},
+                                {"channel", jsonOf(channel.channel)},
+                                {"khz", node->carrier},
+                                {"degrees", node->temperature},
+                                {"i_before", node->before.i},
+                                {"i_after", node->after.i},
+                                {"q_before", node->before.q},
+                                {"q_after", node->after.q},
+                                {"move", node->move()},
+                                {"dbc_before", jsonOf(node->levelBefore)},
+                                {"dbc_after", jsonOf(node->levelAfter)}});
+        }
+        const bool hasLevels = channel.nodes.front().levelBefore.has_value();
+        writeJsonLine(
+            out,
+            {{"event", "channel"},
+             {"channel", jsonOf(channel.channel)},
+             {"nodes", channel.nodes.size()},
+             {"moved", channel.moved()},
+             {"axes_differ", channel.axesDiffer},
+             {"largest_i", std::abs(moveOf(largestMove(channel, &LoCorrections::i), &LoCorrections::i))},
+             {"largest_q", std::abs(moveOf(largestMove(channel, &LoCorrections::q), &LoCorrections::q))},
+             {"worst_dbc_before",
+              hasLevels ? jsonOf(worst(channel, &NodeDifference::levelBefore).levelBefore) : Json(nullptr)},
+             {"worst_dbc_after",
+              hasLevels ? jsonOf(worst(channel, &NodeDifference::levelAfter).levelAfter) : Json(nullptr)},
+             {"got_worse", hasLevels ? Json(gotWorse(channel)) : Json(nullptr)}});
+    }
+    writeJsonLine(out, {{"event", "compared"},
+                        {"before", before},
+                        {"after", after},
+                        {"only_before", difference.onlyBefore},
+                        {"only_after", difference.onlyAfter},
+                        {"different", difference.isThere()}});
+}
+
+} // namespace Radioctl::Tables

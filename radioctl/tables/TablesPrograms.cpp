@@ -1,0 +1,111 @@
+#include "tables/TablesPrograms.h"
+
+#include "Board.h"
+#include "BoardCheck.h"
+#include "BootedRadio.h"
+#include "CsvFile.h"
+#include "FindingReport.h"
+#include "InputError.h"
+#include "Output.h"
+#include "Programs.h"
+#include "Words.h"
+#include "tables/Corrections.h"
+#include "tables/Diff.h"
+#include "tables/DiffReport.h"
+#include "tables/Lint.h"
+#include "tables/WhyReport.h"
+
+#include <algorithm>
+#include <iostream>
+
+namespace Radioctl::Tables {
+
+namespace {
+
+std::vector<Finding> lint(const std::string& file) {
+    return isBoardFile(file) ? lintBoard(loadBoard(file)) : lintCsv(CsvFile(file, "a calibration table"));
+}
+
+/** The board that describes the leakage; null when there is none. */
+const Board* modelOf(const std::optional<Board>& named, const Source& before, const Source& after) {
+    for (const std::optional<Board>* const board : {&named, &after.board, &before.board}) {
+        if (board->has_value()) {
+            return &**board;
+        }
+    }
+    return nullptr;
+}
+
+std::string noSuchChannel(const Board& board, int number) {
+    std::vector<std::string> numbers;
+    for (const ChannelDescription& channel : board.channels) {
+        numbers.push_back(std::to_string(channel.number));
+    }
+    return "--channel: " + harmless(board.file.string()) + " has no channel " + std::to_string(number) +
+           "; it has: " + joined(numbers, ", ");
+}
+
+int explainOn(const Board& board, const WhyOptions& options) {
+    const auto channel =
+        std::find_if(board.channels.begin(), board.channels.end(), [&](const ChannelDescription& candidate) {
+            return candidate.number == options.channel;
+        });
+    if (channel == board.channels.end()) {
+        return refuse(noSuchChannel(board, options.channel), options.json, ExitCode::wrongCommandLine);
+    }
+    BootedRadio booted(board);
+    if (!booted.isUp()) {
+        const std::string why = booted.complaints().empty() ? "" : ": " + booted.complaints().front();
+        return refuse(harmless(board.file.string()) + ": the radio did not boot" + why, options.json,
+                      ExitCode::notBooted);
+    }
+    const Reason reason = explainCorrections(booted, board, *channel, options.carrier, options.temperature);
+    if (options.json) {
+        writeJson(std::cout, board, reason);
+    } else {
+        writeText(std::cout, board, reason);
+    }
+    return reason.disagreements.empty() ? ExitCode::good : ExitCode::outsideLimits;
+}
+
+} // namespace
+
+int runLint(const LintOptions& options) {
+    int worst = ExitCode::good;
+    for (const std::string& file : options.files) {
+        try {
+            worst = std::max(worst, showFindings(file, lint(file), options.json));
+        } catch (const InputError& error) {
+            worst = std::max(worst, refuse(error.what(), options.json, ExitCode::unusableInput));
+        }
+    }
+    return worst;
+}
+
+int runDiff(const DiffOptions& options) {
+    try {
+        const Source before = readSource(options.before);
+        const Source after = readSource(options.after);
+        const std::optional<Board> named =
+            options.board.empty() ? std::nullopt : std::optional(loadBoard(options.board));
+        const Difference difference = compare(before, after, modelOf(named, before, after), options.channel);
+        if (options.json) {
+            writeJson(std::cout, difference, options.before, options.after);
+        } else {
+            writeText(std::cout, difference, options.before, options.after, options.all);
+        }
+        return difference.isThere() ? ExitCode::different : ExitCode::good;
+    } catch (const InputError& error) {
+        return refuse(error.what(), options.json, ExitCode::unusableInput);
+    }
+}
+
+int runWhy(const WhyOptions& options) {
+    try {
+        return explainOn(loadUsableBoard(options.board), options);
+    } catch (const InputError& error) {
+        return refuse(error.what(), options.json, ExitCode::unusableInput);
+    }
+}
+
+} // namespace Radioctl::Tables

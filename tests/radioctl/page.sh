@@ -1,0 +1,65 @@
+#!/bin/sh
+# page.sh BROWSER RADIOCTL BOARDS PROBE
+#
+# Has RADIOCTL write its pages, and opens each of them in a headless browser: it must log nothing, ask nobody for
+# anything, and draw every picture. Pages that are broken on purpose show that each of these is seen.
+set -eu
+
+browser=$1
+radioctl=$2
+boards=$3
+probe=$4
+
+room=$(mktemp -d)
+trap 'rm -rf "$room"' EXIT
+cd "$room"
+export HOME="$room"
+
+# inspect PAGE: what is wrong with it and how many pictures it has, one thing on each line.
+inspect() {
+    { grep -v '^</body>$\|^</html>$' "$1"; echo '<script>'; cat "$probe"; echo '</script></body></html>'; } >opened.html
+    rm -rf profile net.json
+    # Whatever a page asks for stays on this machine, and in the log of the network.
+    timeout 60 "$browser" --headless --no-sandbox --disable-gpu --disable-dev-shm-usage \
+        --disable-background-networking --no-first-run --host-resolver-rules='MAP * ~NOTFOUND' \
+        --user-data-dir="$room/profile" --log-net-log="$room/net.json" --enable-logging=stderr \
+        --virtual-time-budget=5000 --window-size=1100,1400 --dump-dom "file://$room/opened.html" \
+        >dom 2>log || { echo "complaint: the browser failed"; cat log; }
+    grep -o 'CONSOLE.*' log | sed 's/^/complaint: /' || true
+    grep -oE '"url":"[^"]*"' net.json | sort -u | sed 's/^/complaint: request /' || true
+    sed -n 's/^.*<pre>//; s/<[/]pre>.*$//; /^complaint: /p; /^pictures: /p' dom
+}
+
+# is_fine PAGE PICTURES
+is_fine() {
+    found=$(inspect "$1")
+    [ "$found" = "pictures: $2" ] || { echo "$1 should have $2 pictures and no fault:"; echo "$found"; exit 1; }
+}
+
+cp "$boards"/lo-leakage-18ghz.toml board.toml
+"$radioctl" calibrate board.toml --channel 1 --step 467500 --temperatures=-33,55 --html calibration.html >calibrate.log ||
+    { cat calibrate.log; exit 1; }
+"$radioctl" thermal "$boards"/iq-compensation-18ghz.toml "$boards"/logs/cold-start.csv --html thermal.html >thermal.log ||
+    { cat thermal.log; exit 1; }
+is_fine calibration.html 8
+is_fine thermal.html 7
+
+# The same page with faults, each of which must be seen.
+sed -e 's#^<body>#&<script>missing();</script>#' \
+    -e 's#^<body>#&<script>navigator.sendBeacon("http://page.invalid/seen");</script>#' \
+    -e 's#^<body>#&<img src="http://page.invalid/logo.png" alt=""/><img src="calibration.html" alt=""/>#' \
+    -e 's#<svg role="img" id="before"#& style="height: 10px"#' \
+    -e 's#</body>#<script>document.querySelectorAll("svg\#between g[id*=plot] *").forEach((e) => e.remove());</script>\n&#' \
+    -e 's#id=.after-gpPt6.#id="nothing"#' \
+    calibration.html >faulty.html
+inspect faulty.html >seen
+for fault in 'CONSOLE.*missing is not defined' 'request .*http://page.invalid/seen' \
+    'request .*http://page.invalid/logo.png' 'refers to calibration.html' 'picture before is too small' \
+    'picture between is empty' 'picture after has a mark without a shape'; do
+    grep -q "^complaint: .*$fault" seen || { echo "not seen in a faulty page: $fault"; cat seen; exit 1; }
+done
+# Only the faults that are there.
+if grep -q 'picture convergence' seen; then
+    cat seen
+    exit 1
+fi
