@@ -171,6 +171,47 @@ TEST_F(CalibrateProgramTest, OptionsGoBeforeTheBoard) {
     EXPECT_FALSE(isThere(csv));
 }
 
+/** The demonstration board, calibrated over its whole band and all its temperatures. */
+class CalibrateDemonstrationTest : public CalibrateProgramTest,
+                                   public testing::WithParamInterface<const char*> {
+protected:
+    CalibrateDemonstrationTest() {
+        std::filesystem::copy_file(boards() / "lo-leakage-18ghz.toml", "lo-leakage-18ghz.toml");
+        // Thousands of probes: on a disk they would take their time.
+        m_journal = std::filesystem::is_directory("/dev/shm")
+                        ? "/dev/shm/" + std::filesystem::current_path().filename().string() + ".journal"
+                        : "demonstration.journal";
+    }
+    ~CalibrateDemonstrationTest() override { std::filesystem::remove(m_journal); }
+
+    Ending calibrateDemonstration() const {
+        return runProgram({{"calibrate", "lo-leakage-18ghz.toml", "--channel", GetParam(), "--json",
+                            "--journal", m_journal}});
+    }
+    static std::filesystem::path boards() { return RADIOCTL_BOARDS; }
+
+private:
+    std::string m_journal;
+};
+
+TEST_P(CalibrateDemonstrationTest, LeakageAtTheNodesIsThirtyDecibelsLowerAtLeast) {
+    const std::string output = calibrateDemonstration().output;
+    const auto end = nlohmann::json::parse(output.substr(output.rfind("{\"event\":\"calibrated\"")));
+    EXPECT_EQ(end.at("good"), 30);
+    EXPECT_GT(end.at("worst_before").at("dbc").get<double>(), -24.0);
+    EXPECT_LT(end.at("worst_after").at("dbc").get<double>(),
+              end.at("worst_before").at("dbc").get<double>() - 30.0);
+    EXPECT_LT(end.at("worst_between").at("dbc").get<double>(), -55.0);
+}
+
+TEST_P(CalibrateDemonstrationTest, SuppliedTablesAreThoseThatItMakes) {
+    const std::string file = std::string("lo-leakage-18ghz.channel-") + GetParam() + ".csv";
+    calibrateDemonstration();
+    EXPECT_EQ(tables(file), tables(boards() / file));
+}
+
+INSTANTIATE_TEST_SUITE_P(Channels, CalibrateDemonstrationTest, testing::Values("1", "2"));
+
 // Interrupted
 
 /** Lets a calibration that takes its time begin, and ends it with `signal` after a while. */
