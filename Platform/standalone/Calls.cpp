@@ -125,9 +125,13 @@ std::optional<Calls::Verdict> Calls::judge(Operation operation, std::string_view
     return verdict;
 }
 
-std::int32_t Calls::enter(const Call& call) {
-    if (m_recording) {
-        m_journal.push_back(call);
+std::int32_t Calls::enter(std::string_view object, Call& call) {
+    try {
+        call.object = object;
+        if (m_recording) {
+            m_journal.push_back(call);
+        }
+    } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): the answer counts more
     }
     if (m_listener) {
         m_listener(call);

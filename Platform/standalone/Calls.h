@@ -3,10 +3,12 @@
 
 #include "ResultCode.h"
 #include "Visibility.h"
+#include "standalone/Codes.h"
 
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -110,13 +112,28 @@ public:
      * For the services: answers one call about `object`. `call` holds the operation and what is known
      * beforehand; `work` carries it out, adds to the call what it gives back and returns the code. A fault
      * with a failing code answers in its place and puts its output into `*output`; one with a success code
-     * only replaces the code.
+     * only replaces the code. Nothing is thrown: a call for which there is no memory gives
+     * Codes::outOfMemory, and one that was carried out is not undone for a journal without memory.
      */
     template <typename Work>
     std::int32_t answer(std::string_view object, Call call, Work work, int* output = nullptr) {
-        if (m_idle) {
-            return work(call);
+        try {
+            return m_idle ? work(call) : answerOpenly(object, call, work, output);
+        } catch (const std::bad_alloc&) {
+            return Codes::outOfMemory;
         }
+    }
+
+private:
+    /** What a fault says to a call. */
+    struct Verdict {
+        std::int32_t code;
+        std::optional<std::int32_t> output;
+    };
+
+    /** Answers a call of which somebody may be told. */
+    template <typename Work>
+    std::int32_t answerOpenly(std::string_view object, Call& call, const Work& work, int* output) {
         const std::optional<Verdict> verdict = judge(call.operation, object);
         if (!verdict || isSuccess(verdict->code)) {
             call.code = work(call);
@@ -127,21 +144,13 @@ public:
         if (verdict) {
             call.code = verdict->code;
         }
-        call.object = object;
-        return enter(call);
+        return enter(object, call);
     }
-
-private:
-    /** What a fault says to a call. */
-    struct Verdict {
-        std::int32_t code;
-        std::optional<std::int32_t> output;
-    };
 
     /** Takes one turn of the fault that matches the call; nothing: no fault, carry the call out. */
     std::optional<Verdict> judge(Operation operation, std::string_view object);
-    /** Enters an answered call in the journal, tells the listener, and returns its code. */
-    std::int32_t enter(const Call& call);
+    /** Enters an answered call about `object` in the journal, tells the listener, and returns its code. */
+    std::int32_t enter(std::string_view object, Call& call);
     void updateIdle();
 
     std::vector<Fault> m_faults;

@@ -14,6 +14,8 @@ constexpr std::int32_t alreadyThere = 0x8002;
 constexpr std::int32_t badArgument = 0x8003;
 /** No stand-alone platform exists at the moment. */
 constexpr std::int32_t noPlatform = 0x8004;
+/** There is no memory for it. */
+constexpr std::int32_t outOfMemory = 0x8005;
 
 } // namespace Standalone::Codes
 

@@ -75,7 +75,11 @@ std::int32_t Driver::writeBuffer(const void* data, unsigned byteCount) {
     const bool isNumber = data != nullptr && byteCount > 0 && byteCount <= maxNumberBytes;
     Call call{Operation::driverWriteBuffer, {}, isNumber ? numberFrom(bytes, byteCount) : 0};
     if (data != nullptr && !m_calls.isIdle()) {
-        call.bytes.assign(bytes, bytes + byteCount);
+        try {
+            call.bytes.assign(bytes, bytes + byteCount);
+        } catch (const std::bad_alloc&) {
+            return Codes::outOfMemory;
+        }
     }
     return m_calls.answer(m_name, std::move(call), [&](Call& answered) -> std::int32_t {
         if (data == nullptr && byteCount != 0) {

@@ -4,6 +4,7 @@
 #include "standalone/Platform.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 using Standalone::Platform;
@@ -159,10 +160,14 @@ ModuleInterface::ModuleInterface(unsigned moduleId, const std::string& moduleNam
                                  unsigned /*reserved*/, const unsigned long* phaseFilter,
                                  unsigned long phaseCount)
     : m_moduleId(moduleId),
-      m_moduleName(moduleName),
       m_channel(channel),
       m_phaseFilter(phaseFilter),
-      m_phaseCount(phaseCount) {}
+      m_phaseCount(phaseCount) {
+    try {
+        m_moduleName = moduleName;
+    } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): a module without a name works
+    }
+}
 
 ModuleInterface::~ModuleInterface() {
     if (Platform* const platform = Platform::current()) {

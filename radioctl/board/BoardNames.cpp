@@ -17,6 +17,22 @@ void append(std::vector<std::string>& names, const std::vector<std::string>& mor
 
 } // namespace
 
+const ChannelDescription* findChannel(const Board& board, int number) {
+    const auto channel =
+        std::find_if(board.channels.begin(), board.channels.end(),
+                     [number](const ChannelDescription& candidate) { return candidate.number == number; });
+    return channel == board.channels.end() ? nullptr : &*channel;
+}
+
+std::string noSuchChannel(const Board& board, int number) {
+    std::vector<std::string> numbers;
+    for (const ChannelDescription& channel : board.channels) {
+        numbers.push_back(std::to_string(channel.number));
+    }
+    return "--channel: " + harmless(board.file.string()) + " has no channel " + std::to_string(number) +
+           "; it has: " + joined(numbers, ", ");
+}
+
 std::string channelName(std::string_view base, int channel) {
     return std::string(base) + (channel == 0 ? "" : "_" + std::to_string(channel));
 }

@@ -28,6 +28,10 @@ struct BoardNames {
     std::vector<std::string> hardware;
 };
 
+/** The board's channel of that number; null when there is none. */
+const ChannelDescription* findChannel(const Board& board, int number);
+/** Why the value of --channel cannot be taken, and which can. */
+std::string noSuchChannel(const Board& board, int number);
 /** `base`, followed by "_" and the channel unless it is 0. */
 std::string channelName(std::string_view base, int channel);
 /** The name under which a handler is published, for example "IFrequencyHandler_Tx_1". */

@@ -5,6 +5,7 @@
 #include "AuditReport.h"
 #include "Board.h"
 #include "BoardCheck.h"
+#include "BoardNames.h"
 #include "BootedRadio.h"
 #include "ExplanationReport.h"
 #include "InputError.h"
@@ -30,22 +31,6 @@ std::string failureOf(const Board& board, const std::string& what, const BootedR
     const std::vector<std::string>& complaints = booted.complaints();
     return harmless(board.file.string()) + ": " + what +
            (complaints.empty() ? "" : ": " + complaints.front());
-}
-
-const ChannelDescription* findChannel(const Board& board, int number) {
-    const auto channel =
-        std::find_if(board.channels.begin(), board.channels.end(),
-                     [number](const ChannelDescription& candidate) { return candidate.number == number; });
-    return channel == board.channels.end() ? nullptr : &*channel;
-}
-
-std::string noSuchChannel(const Board& board, int number) {
-    std::vector<std::string> numbers;
-    for (const ChannelDescription& channel : board.channels) {
-        numbers.push_back(std::to_string(channel.number));
-    }
-    return "--channel: " + harmless(board.file.string()) + " has no channel " + std::to_string(number) +
-           "; it has: " + joined(numbers, ", ");
 }
 
 /** Where the lines of --csv go: a file that is there when all is done, or standard output. */

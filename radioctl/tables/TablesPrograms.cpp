@@ -2,6 +2,7 @@
 
 #include "Board.h"
 #include "BoardCheck.h"
+#include "BoardNames.h"
 #include "BootedRadio.h"
 #include "CsvFile.h"
 #include "FindingReport.h"
@@ -36,21 +37,9 @@ const Board* modelOf(const std::optional<Board>& named, const Source& before, co
     return nullptr;
 }
 
-std::string noSuchChannel(const Board& board, int number) {
-    std::vector<std::string> numbers;
-    for (const ChannelDescription& channel : board.channels) {
-        numbers.push_back(std::to_string(channel.number));
-    }
-    return "--channel: " + harmless(board.file.string()) + " has no channel " + std::to_string(number) +
-           "; it has: " + joined(numbers, ", ");
-}
-
 int explainOn(const Board& board, const WhyOptions& options) {
-    const auto channel =
-        std::find_if(board.channels.begin(), board.channels.end(), [&](const ChannelDescription& candidate) {
-            return candidate.number == options.channel;
-        });
-    if (channel == board.channels.end()) {
+    const ChannelDescription* const channel = findChannel(board, options.channel);
+    if (channel == nullptr) {
         return refuse(noSuchChannel(board, options.channel), options.json, ExitCode::wrongCommandLine);
     }
     BootedRadio booted(board);

@@ -1,26 +1,14 @@
 // What an observer's registration does when there is no memory for it.
 
 #include "CallingObserver.h"
+#include "FailingMemory.h"
 #include "FrequencyHandler_RfModule.h"
 #include "RadioTest.h"
-
-#include <cstdlib>
-#include <new>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-
-/** How many allocations from now the one is that fails; 0 for none. */
-unsigned failingAllocation = 0;
-
-void* allocate(std::size_t size) {
-    if (failingAllocation != 0 && --failingAllocation == 0) {
-        return nullptr;
-    }
-    return std::malloc(size != 0 ? size : 1); // NOLINT: what memory is made of
-}
 
 /** A handler to which nobody listens yet. */
 class OutOfMemoryTest : public RadioTest {
@@ -30,9 +18,9 @@ protected:
     /** Registers a C observer; the allocation of that number fails. */
     EAFResult subscribe(unsigned failing) {
         const auto& record = *static_cast<FrequencyHandlerCStruct*>(handler.getCStruct());
-        failingAllocation = failing;
+        FailingMemory::failAt(failing);
         const EAFResult result = record.registerObserver(record.handler, &observer);
-        failingAllocation = 0;
+        FailingMemory::failAt(0);
         return result;
     }
 
@@ -46,24 +34,6 @@ protected:
 };
 
 } // namespace
-
-// They stand in for those of the standard library in the whole test program.
-
-void* operator new(std::size_t size) {
-    if (void* const memory = allocate(size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-    return allocate(size);
-}
-void operator delete(void* memory) noexcept {
-    std::free(memory); // NOLINT: what memory is made of
-}
-void operator delete(void* memory, std::size_t /*size*/) noexcept {
-    std::free(memory); // NOLINT: what memory is made of
-}
 
 TEST_F(OutOfMemoryTest, ObserverThatCannotBeWrappedIsRefusedWithOneErrorMessage) {
     EXPECT_EQ(subscribe(1), ResultFailed);
@@ -81,7 +51,7 @@ TEST_F(OutOfMemoryTest, WrappedObserverForWhichTheListCannotGrowIsTracedOnly) {
 
 TEST_F(OutOfMemoryTest, ObserverForWhichTheListCannotGrowIsRefusedWithoutAnException) {
     CallingObserver classObserver([](IFrequencyHandler*) {});
-    failingAllocation = 1;
+    FailingMemory::failAt(1);
     EXPECT_EQ(handler.registerObserver(&classObserver), ResultFailed);
     EXPECT_THAT(traces(), ElementsAre("error: registerObserver: out of memory for direction Tx"));
 }

@@ -39,7 +39,7 @@ std::set<std::string> formatsIn(const std::string& source) {
 std::set<std::string> formatsOfTheLibrary() {
     std::set<std::string> formats;
     for (const auto& entry : fs::recursive_directory_iterator(LIBRARY_SOURCES)) {
-        if (entry.path().extension() == ".cpp") {
+        if (entry.path().extension() == ".cpp" || entry.path().extension() == ".h") {
             formats.merge(formatsIn(contentOf(entry.path())));
         }
     }

@@ -4,19 +4,22 @@
 #include "FrequencyHandler_MicrowaveBoard.h"
 #include "FrequencyHandler_Rau.h"
 #include "FrequencyHandler_RfModule.h"
+#include "Guard.h"
 #include "ITemperatureHandler.h"
 #include "InterfaceBroker.h"
 #include "LoCancellation.h"
 #include "Trace.h"
 
 #include <cstddef>
+#include <string>
 
 using namespace RL::FrequencyHandler;
 
 namespace {
 
 constexpr unsigned moduleId = 19000;
-constexpr const char* moduleName = "FrequencyHandler";
+/** Made when the library is loaded: a constructor has no other way to fail than an exception. */
+const std::string moduleName = "FrequencyHandler";
 
 enum class Board { microwaveBoard, rfModule, rau };
 
@@ -97,11 +100,19 @@ void FrequencyHandler::build(std::int32_t channel, FrequencyHandlerType type) {
         return;
     }
     const Variant& variant = variants[index];
-    m_pTxHandler = makeHandler(variant.board, variant.tx, "Tx", channel);
-    m_pRxHandler = makeHandler(variant.board, variant.rx, "Rx", channel);
-    if (variant.hasLoCancellation) {
-        m_pLoCancellation = std::make_unique<LoCancellation>(static_cast<unsigned>(channel));
-        static_cast<void>(m_pLoCancellation->initialize());
+    const EAFResult built = guarded(m_trace, "FrequencyHandler", [&] {
+        m_pTxHandler = makeHandler(variant.board, variant.tx, "Tx", channel);
+        m_pRxHandler = makeHandler(variant.board, variant.rx, "Rx", channel);
+        if (variant.hasLoCancellation) {
+            m_pLoCancellation = std::make_unique<LoCancellation>(static_cast<unsigned>(channel));
+            static_cast<void>(m_pLoCancellation->initialize());
+        }
+        return ResultOk;
+    });
+    if (isFailure(built)) {
+        // Rather a module that answers 0x8000 than half a radio.
+        m_pTxHandler.reset();
+        m_pRxHandler.reset();
     }
 }
 
@@ -115,37 +126,46 @@ bool FrequencyHandler::hasHandlers(const char* operation) const {
 
 EAFResult FrequencyHandler::onModuleInit() {
     FH_TRACE(m_trace, TraceCode::information, "onModuleInit");
-    if (!hasHandlers("onModuleInit") || isFailure(m_pTxHandler->onModuleInit()) ||
-        isFailure(m_pRxHandler->onModuleInit())) {
+    if (!hasHandlers("onModuleInit")) {
         return ResultFailed;
     }
-    if (m_pLoCancellation != nullptr && isFailure(m_pLoCancellation->onModuleInit())) {
-        return ResultFailed;
-    }
-    // The subscription goes to the service of the process, whatever the lookup finds.
-    static_cast<void>(
-        InterfaceBroker::getInstance().getInterface<ITemperatureHandler>("ITemperatureHandler"));
-    static_cast<void>(ITemperatureHandler::registerObserver(&m_temperatureObserver));
-    return ResultOk;
+    return guarded(m_trace, "onModuleInit", [this] {
+        if (isFailure(m_pTxHandler->onModuleInit()) || isFailure(m_pRxHandler->onModuleInit())) {
+            return ResultFailed;
+        }
+        if (m_pLoCancellation != nullptr && isFailure(m_pLoCancellation->onModuleInit())) {
+            return ResultFailed;
+        }
+        // The subscription goes to the service of the process, whatever the lookup finds.
+        static_cast<void>(
+            InterfaceBroker::getInstance().getInterface<ITemperatureHandler>("ITemperatureHandler"));
+        static_cast<void>(ITemperatureHandler::registerObserver(&m_temperatureObserver));
+        return ResultOk;
+    });
 }
 
 EAFResult FrequencyHandler::onPhaseModuleStorageObjectsRetreived() {
     FH_TRACE(m_trace, TraceCode::information, "onPhaseModuleStorageObjectsRetreived");
-    if (!hasHandlers("onPhaseModuleStorageObjectsRetreived") ||
-        isFailure(m_pTxHandler->getVariablesFromDatabase()) ||
-        isFailure(m_pRxHandler->getVariablesFromDatabase())) {
+    if (!hasHandlers("onPhaseModuleStorageObjectsRetreived")) {
         return ResultFailed;
     }
-    return ResultOk;
+    return guarded(m_trace, "onPhaseModuleStorageObjectsRetreived", [this] {
+        const bool isFailed = isFailure(m_pTxHandler->getVariablesFromDatabase()) ||
+                              isFailure(m_pRxHandler->getVariablesFromDatabase());
+        return isFailed ? ResultFailed : ResultOk;
+    });
 }
 
 EAFResult FrequencyHandler::onPhasePostFrameformatLoad() {
     FH_TRACE(m_trace, TraceCode::information, "onPhasePostFrameformatLoad");
-    if (!hasHandlers("onPhasePostFrameformatLoad") || isFailure(m_pTxHandler->getFFVariablesFromDatabase()) ||
-        isFailure(m_pRxHandler->getFFVariablesFromDatabase())) {
+    if (!hasHandlers("onPhasePostFrameformatLoad")) {
         return ResultFailed;
     }
-    return ResultOk;
+    return guarded(m_trace, "onPhasePostFrameformatLoad", [this] {
+        const bool isFailed = isFailure(m_pTxHandler->getFFVariablesFromDatabase()) ||
+                              isFailure(m_pRxHandler->getFFVariablesFromDatabase());
+        return isFailed ? ResultFailed : ResultOk;
+    });
 }
 
 EAFResult FrequencyHandler::setTxFrequency(unsigned long frequency) {

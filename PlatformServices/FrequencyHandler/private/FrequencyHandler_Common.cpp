@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
+#include <cstdio>
 #include <new>
 
 namespace RL::FrequencyHandler::Common {
@@ -19,11 +20,14 @@ FrequencyHandler::FrequencyHandler(const std::string& name, unsigned long channe
     // The channel is a 32-bit number, also where unsigned long has more bits.
     m_cStruct.m_channel = static_cast<std::uint32_t>(channel);
     m_pCStruct = &m_cStruct;
-    InterfaceBroker::getInstance().registerInterface(interfaceName(), this);
+    // Deliberately ignored: a handler that nobody finds still serves its module.
+    static_cast<void>(guarded(m_trace, "registerInterface", [this] {
+        return InterfaceBroker::getInstance().registerInterface(interfaceName().data(), this);
+    }));
 }
 
 FrequencyHandler::~FrequencyHandler() {
-    InterfaceBroker::getInstance().unregisterInterface(interfaceName(), nullptr);
+    static_cast<void>(withdraw(interfaceName()));
 }
 
 EAFResult FrequencyHandler::setRfFrequency(unsigned long frequency) {
@@ -84,11 +88,12 @@ std::string FrequencyHandler::driverPrefix() const {
     return prefix;
 }
 
-std::string FrequencyHandler::interfaceName() const {
-    std::string name = "IFrequencyHandler_" + m_name;
-    if (channelNumber() != 0) {
-        name += "_" + std::to_string(channelNumber());
-    }
+InterfaceName FrequencyHandler::interfaceName() const {
+    InterfaceName name{};
+    static_cast<void>(channelNumber() == 0
+                          ? std::snprintf(name.data(), name.size(), "IFrequencyHandler_%s", m_name.c_str())
+                          : std::snprintf(name.data(), name.size(), "IFrequencyHandler_%s_%ld",
+                                          m_name.c_str(), static_cast<long>(channelNumber())));
     return name;
 }
 

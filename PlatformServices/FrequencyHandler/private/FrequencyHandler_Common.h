@@ -1,6 +1,7 @@
 #ifndef FREQUENCYHANDLER_PRIVATE_FREQUENCYHANDLER_COMMON_H
 #define FREQUENCYHANDLER_PRIVATE_FREQUENCYHANDLER_COMMON_H
 
+#include "Guard.h"
 #include "IFrequencyHandler.h"
 #include "OrbiTrace.h"
 
@@ -64,7 +65,7 @@ protected:
     unsigned long m_frequency = 0;
 
 private:
-    std::string interfaceName() const;
+    InterfaceName interfaceName() const;
 };
 
 } // namespace RL::FrequencyHandler::Common

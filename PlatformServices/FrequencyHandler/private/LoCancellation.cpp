@@ -6,6 +6,9 @@
 
 #include <unistd.h>
 
+#include <cstdio>
+#include <string>
+
 using namespace RL::FrequencyHandler;
 
 namespace {
@@ -33,34 +36,43 @@ OrbiTrace LoCancellation::m_trace(Trace::objectName, Trace::initialLevel);
 LoCancellation::LoCancellation(unsigned int channel) : m_channel(channel) {}
 
 LoCancellation::~LoCancellation() {
-    const std::string name = interfaceName();
-    const EAFResult code = InterfaceBroker::getInstance().unregisterInterface(name, nullptr);
+    const InterfaceName name = interfaceName();
+    const EAFResult code = withdraw(name);
     if (isFailure(code)) {
         FH_TRACE(m_trace, TraceCode::error,
                  "LoCancellation failed to unregister ILoCancellation interface [%s] (EAFResult = 0x%x)",
-                 name.c_str(), static_cast<unsigned>(code));
+                 name.data(), static_cast<unsigned>(code));
     }
 }
 
-std::string LoCancellation::interfaceName() const {
-    return "ILoCancellation_" + std::to_string(static_cast<int>(m_channel));
+InterfaceName LoCancellation::interfaceName() const {
+    InterfaceName name{};
+    static_cast<void>(
+        std::snprintf(name.data(), name.size(), "ILoCancellation_%d", static_cast<int>(m_channel)));
+    return name;
 }
 
 // Set-up
 
 EAFResult LoCancellation::initialize() {
-    const std::string name = interfaceName();
-    const EAFResult code = InterfaceBroker::getInstance().registerInterface(name, this);
-    if (isFailure(code)) {
-        FH_TRACE(m_trace, TraceCode::error,
-                 "LoCancellation failed to register ILoCancellation interface [%s] (EAFResult = 0x%x)",
-                 name.c_str(), static_cast<unsigned>(code));
-        return ResultFailed;
-    }
-    return ResultOk;
+    return guarded(m_trace, "registerInterface", [this] {
+        const InterfaceName name = interfaceName();
+        const EAFResult code = InterfaceBroker::getInstance().registerInterface(name.data(), this);
+        if (isFailure(code)) {
+            FH_TRACE(m_trace, TraceCode::error,
+                     "LoCancellation failed to register ILoCancellation interface [%s] (EAFResult = 0x%x)",
+                     name.data(), static_cast<unsigned>(code));
+            return ResultFailed;
+        }
+        return ResultOk;
+    });
 }
 
 EAFResult LoCancellation::onModuleInit() {
+    return guarded(m_trace, "onModuleInit", [this] { return bind(); });
+}
+
+EAFResult LoCancellation::bind() {
     const DriverLookup lookup;
     if (!lookup.hasDriverLayer()) {
         FH_TRACE(m_trace, TraceCode::error, "LoCancellation failed to get driverlayer interface");

@@ -3,10 +3,9 @@
 
 #include "CCalibrationHandler.h"
 #include "DriverLookup.h"
+#include "Guard.h"
 #include "ILoCancellation.h"
 #include "OrbiTrace.h"
-
-#include <string>
 
 /**
  * Cancels the LO leakage of one radio channel's transmitter with two correction values, one for the I and one
@@ -42,7 +41,8 @@ public:
 private:
     enum class Bound { preferred, alternative, none };
 
-    std::string interfaceName() const;
+    RL::FrequencyHandler::InterfaceName interfaceName() const;
+    EAFResult bind();
     Bound bindDriver(const RL::FrequencyHandler::DriverLookup& lookup, const char* preferred,
                      const char* alternative, DriverInterface*& driver) const;
     EAFResult bindDetectors(const RL::FrequencyHandler::DriverLookup& lookup);

@@ -26,9 +26,10 @@ namespace RL::FrequencyHandler::Trace {
 constexpr const char* objectName = "QVX.FH";
 constexpr OrbiTraceLevel initialLevel{3};
 
-/** Formats a message that is wanted and hands it to the trace object. */
+/** Formats a message that is wanted and hands it to the trace object. One that cannot be traced is lost. */
 __attribute__((format(printf, 5, 6))) void write(OrbiTrace& trace, OrbiTraceLevel level,
-                                                 const char* sourceFile, int line, const char* format, ...);
+                                                 const char* sourceFile, int line, const char* format,
+                                                 ...) noexcept;
 
 } // namespace RL::FrequencyHandler::Trace
 

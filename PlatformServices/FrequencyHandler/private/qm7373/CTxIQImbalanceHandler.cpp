@@ -1,6 +1,7 @@
 #include "CTxIQImbalanceHandler.h"
 
 #include "CInterfaceBroker.h"
+#include "Guard.h"
 #include "InterfaceBroker.h"
 #include "Trace.h"
 
@@ -116,11 +117,13 @@ EAFResult CTxIQImbalanceHandler::initialize() {
         FH_TRACE(s_trace, TraceCode::moduleRegistrationError, "Failed to register module callback");
         return ResultFailed;
     }
-    std::string name = "ITxIQImbalanceHandler";
-    if (m_channel != 0) {
-        name += "_" + std::to_string(static_cast<std::int32_t>(m_channel));
-    }
-    const EAFResult interfaceCode = InterfaceBroker::getInstance().registerInterface(name, this);
+    const EAFResult interfaceCode = guarded(s_trace, "registerInterface", [this] {
+        std::string name = "ITxIQImbalanceHandler";
+        if (m_channel != 0) {
+            name += "_" + std::to_string(static_cast<std::int32_t>(m_channel));
+        }
+        return InterfaceBroker::getInstance().registerInterface(name, this);
+    });
     if (isFailure(interfaceCode)) {
         FH_TRACE(s_trace, TraceCode::error, "Failed to register IIQImbalanceHandler (EAFResult = 0x%x)",
                  static_cast<unsigned>(interfaceCode));
