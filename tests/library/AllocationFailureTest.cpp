@@ -47,8 +47,9 @@ struct Outcome {
                            [](EAFResult result) { return result == ResultOk; });
     }
     bool hasOnlyDocumentedCodes() const {
-        return std::all_of(results.begin(), results.end(),
-                           [](EAFResult result) { return result == ResultOk || result == ResultFailed; });
+        return std::all_of(results.begin(), results.end(), [](EAFResult result) {
+            return result == ResultOk || result == ResultFailed || result == moduleRefused;
+        });
     }
 };
 
