@@ -38,6 +38,47 @@ bool sync(const fs::path& path) {
     return synced;
 }
 
+/** Has the names in the directory of a file reach the disk. */
+bool syncDirectoryOf(const fs::path& file) {
+    const fs::path directory = file.parent_path();
+    return sync(directory.empty() ? fs::path(".") : directory);
+}
+
+/** Copies `file` to a place where nothing is yet; false, with the reason in errno, when it cannot. */
+bool copyToNew(const fs::path& file, const fs::path& copy) {
+    std::error_code error;
+    if (fs::copy_file(file, copy, fs::copy_options::none, error) && sync(copy)) {
+        return true;
+    }
+    errno = error ? error.value() : errno;
+    return false;
+}
+
+/** Gives a file a second name; on a file system without second names, a copy. */
+bool linkOrCopy(const fs::path& file, const fs::path& other) {
+    if (link(file.c_str(), other.c_str()) == 0) {
+        return true;
+    }
+    const bool hasLinks = errno != EPERM && errno != ENOTSUP && errno != EMLINK && errno != ENOSYS;
+    return !hasLinks && copyToNew(file, other);
+}
+
+/** The first of FILE.~1~, FILE.~2~ and so on for which `make` succeeds. Throws InputError when none does. */
+template <typename Make>
+fs::path firstFree(const fs::path& file, const Make& make) {
+    for (unsigned number = 1;; ++number) {
+        const fs::path backup = file.string() + ".~" + std::to_string(number) + "~";
+        if (make(backup)) {
+            static_cast<void>(syncDirectoryOf(backup));
+            return backup;
+        }
+        if (errno != EEXIST) {
+            throw InputError({backup.string(), 0},
+                             "cannot be made: " + std::generic_category().message(errno));
+        }
+    }
+}
+
 } // namespace
 
 AtomicFile::AtomicFile(const fs::path& place) : m_name(place) {
@@ -78,9 +119,20 @@ void AtomicFile::createBeside() {
     fchmod(descriptor, permissionsFor(m_place));
     m_stream.open(m_beside, std::ios::binary);
     close(descriptor);
+    if (!m_stream.is_open()) {
+        unlink(m_beside.c_str());
+    }
 }
 
 void AtomicFile::commit() {
+    putInPlace(0);
+}
+
+void AtomicFile::commitNew() {
+    putInPlace(RENAME_NOREPLACE);
+}
+
+void AtomicFile::putInPlace(unsigned flags) {
     errno = 0;
     m_stream.close();
     if (!m_stream) {
@@ -89,12 +141,12 @@ void AtomicFile::commit() {
     if (m_beside.empty()) {
         return;
     }
-    if (!sync(m_beside) || std::rename(m_beside.c_str(), m_place.c_str()) != 0) {
+    if (!sync(m_beside) || renameat2(AT_FDCWD, m_beside.c_str(), AT_FDCWD, m_place.c_str(), flags) != 0) {
         fail("could not be written");
     }
     m_beside.clear();
     // The name is there in any case; that it stays there after a power failure is asked for, not insisted on.
-    static_cast<void>(sync(m_place.parent_path()));
+    static_cast<void>(syncDirectoryOf(m_place));
 }
 
 void AtomicFile::fail(const char* what) const {
@@ -109,18 +161,14 @@ std::filesystem::path keepBackup(const std::filesystem::path& file) {
         return {};
     }
     // Beside the file itself, where a link to it may lead from somewhere else.
-    const fs::path place = fs::canonical(file, error);
-    for (unsigned number = 1;; ++number) {
-        const fs::path backup = place.string() + ".~" + std::to_string(number) + "~";
-        if (link(place.c_str(), backup.c_str()) == 0) {
-            return fs::is_symlink(file, error) ? backup
-                                               : fs::path(file.string() + backup.extension().string());
-        }
-        if (errno != EEXIST) {
-            throw InputError({backup.string(), 0},
-                             "cannot be made: " + std::generic_category().message(errno));
-        }
-    }
+    const fs::path place = fs::is_symlink(file, error) ? fs::canonical(file, error) : file;
+    return firstFree(place, [&](const fs::path& backup) { return linkOrCopy(place, backup); });
+}
+
+std::filesystem::path moveToBackup(const std::filesystem::path& file) {
+    return firstFree(file, [&](const fs::path& backup) {
+        return renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, backup.c_str(), RENAME_NOREPLACE) == 0;
+    });
 }
 
 bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& other) {

@@ -25,14 +25,17 @@ public:
     std::ostream& stream() { return m_stream; }
     /** Puts the file in its place, on the disk. Throws InputError when something could not be written. */
     void commit();
+    /** The same, where nothing is yet; throws also when something is there by now. */
+    void commitNew();
 
 private:
     [[noreturn]] void fail(const char* what) const;
     void createBeside();
+    void putInPlace(unsigned flags);
 
     /** As the user calls it. */
     std::filesystem::path m_name;
-    /** Where it belongs, behind all symbolic links. */
+    /** Where it belongs, behind all symbolic links that lead somewhere. */
     std::filesystem::path m_place;
     /** Where it is written meanwhile; empty for one that is written directly. */
     std::filesystem::path m_beside;
@@ -44,6 +47,9 @@ private:
  * stays where it is. Returns the new name, or an empty one when there is no ordinary file. Throws InputError.
  */
 std::filesystem::path keepBackup(const std::filesystem::path& file);
+
+/** The same, but the file is not there any more under its own name. Throws InputError. */
+std::filesystem::path moveToBackup(const std::filesystem::path& file);
 
 /** True when both names mean one ordinary file, whether or not it exists yet. */
 bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& other);

@@ -24,6 +24,31 @@ const ChannelDescription* findChannel(const Board& board, int number) {
     return channel == board.channels.end() ? nullptr : &*channel;
 }
 
+const LeakageDescription* findLeakage(const Board& board, int channel) {
+    const auto leakage = std::find_if(
+        board.leakages.begin(), board.leakages.end(),
+        [channel](const LeakageDescription& candidate) { return candidate.channel == channel; });
+    return leakage == board.leakages.end() ? nullptr : &*leakage;
+}
+
+std::optional<Range> transmitBand(const Board& board, int channel) {
+    std::optional<Range> band;
+    for (const RasterDescription& raster : board.rasters) {
+        if (std::find(raster.channels.begin(), raster.channels.end(), channel) == raster.channels.end()) {
+            continue;
+        }
+        for (const CarrierRow& row : raster.rows) {
+            const std::int64_t first = row.first;
+            const std::int64_t last = first + std::int64_t{row.step} * (std::int64_t{row.count} - 1);
+            if (row.transmit) {
+                band = band ? Range{std::min(band->low, first), std::max(band->high, last)}
+                            : Range{first, last};
+            }
+        }
+    }
+    return band;
+}
+
 std::string noSuchChannel(const Board& board, int number) {
     std::vector<std::string> numbers;
     for (const ChannelDescription& channel : board.channels) {

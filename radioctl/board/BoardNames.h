@@ -4,6 +4,7 @@
 #include "Board.h"
 #include "Words.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,10 @@ struct BoardNames {
 
 /** The board's channel of that number; null when there is none. */
 const ChannelDescription* findChannel(const Board& board, int number);
+/** The LO leakage of a channel; null when the board describes none. */
+const LeakageDescription* findLeakage(const Board& board, int channel);
+/** From the first to the last transmit carrier of the channel's rasters, in kHz; nothing without any. */
+std::optional<Range> transmitBand(const Board& board, int channel);
 /** Why the value of --channel cannot be taken, and which can. */
 std::string noSuchChannel(const Board& board, int number);
 /** `base`, followed by "_" and the channel unless it is 0. */

@@ -120,14 +120,7 @@ std::vector<int> readRasterChannels(const TomlItem& raster, const std::vector<Ch
 std::vector<RasterDescription> readRasters(const TomlItem& root,
                                            const std::vector<ChannelDescription>& channels) {
     std::vector<RasterDescription> result;
-    const std::optional<TomlItem> rasters = root.find("raster");
-    if (!rasters) {
-        return result;
-    }
-    if (!rasters->isArray()) {
-        rasters->failExpecting("[[raster]] tables, one for each raster");
-    }
-    for (const TomlItem& item : rasters->elements()) {
+    for (const TomlItem& item : root.tables("raster", "raster")) {
         item.entries({"name", "channels", "centre", "spacing", "count", "tx", "rx", "direction", "first",
                       "last", "step", "channel_spacings"});
         RasterDescription raster;

@@ -248,6 +248,17 @@ TomlItem TomlItem::get(std::string_view key, const std::string& what) const {
     throw InputError(m_place, pathTo(key) + ": missing, expected " + what);
 }
 
+std::vector<TomlItem> TomlItem::tables(std::string_view key, const std::string& each) const {
+    const std::optional<TomlItem> item = find(key);
+    if (!item) {
+        return {};
+    }
+    if (!item->isArray()) {
+        item->failExpecting("[[" + std::string(key) + "]] tables, one for each " + each);
+    }
+    return item->elements();
+}
+
 void TomlItem::requireCount(std::size_t found, std::size_t wanted, const std::string& what) const {
     if (found != wanted) {
         fail("expected " + what + ": " + std::to_string(wanted) + ", found " + std::to_string(found));

@@ -72,6 +72,12 @@ public:
     /** What a table holds under `key`; `what` says what that should be. */
     TomlItem get(std::string_view key, const std::string& what) const;
 
+    /**
+     * The tables [[key]] that a table holds; none if there is no `key`. `each` says what there is one of them
+     * for.
+     */
+    std::vector<TomlItem> tables(std::string_view key, const std::string& each) const;
+
     /** Fails unless `found` elements are as many as are `wanted`; `what` says which they are. */
     void requireCount(std::size_t found, std::size_t wanted, const std::string& what) const;
 

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 
 namespace Radioctl::Calibration {
 
@@ -18,8 +19,11 @@ namespace {
 /** Has a frequency checked with the rest of the command line. */
 std::string whyNoFrequency(const std::string& word) {
     try {
-        if (parseFrequency(word, "") > carrierBounds.high) {
-            return inQuotes(word) + ", expected at most " + std::to_string(carrierBounds.high) + " kHz";
+        const Range& bounds = carrierBounds;
+        const std::int64_t frequency = parseFrequency(word, "");
+        if (frequency < bounds.low || frequency > bounds.high) {
+            return inQuotes(word) + ", expected from " + std::to_string(bounds.low) + " to " +
+                   std::to_string(bounds.high) + " kHz";
         }
         return {};
     } catch (const CommandError& error) {
@@ -37,10 +41,11 @@ std::string whyNoShrinkFactor(const std::string& word) {
 
 /** A serial number goes into files that others read. */
 std::string whyNoSerial(const std::string& word) {
-    const bool isPrintable = !word.empty() && harmless(word) == word;
+    constexpr std::size_t longest = 100;
+    const bool isPrintable = !word.empty() && word.size() <= longest && harmless(word) == word;
     try {
         static_cast<void>(Json(word).dump());
-        return isPrintable ? "" : inQuotes(word) + ", expected printable characters";
+        return isPrintable ? "" : inQuotes(word) + ", expected 1 to 100 printable characters";
     } catch (const Json::exception&) {
         return inQuotes(word) + ", expected UTF-8";
     }
@@ -75,7 +80,7 @@ CalibrationCommandLine::CalibrationCommandLine(CLI::App& app)
     m_calibrate.add_option("--channel", m_options.wishes.channel, "The radio channel")
         ->required()
         ->type_name("N")
-        ->check(CLI::NonNegativeNumber);
+        ->check(CLI::Range(0, std::numeric_limits<int>::max()));
     addSettings();
     addFiles();
     m_calibrate.add_flag("--resume", m_resumes, "Go on with the calibration in the journal");

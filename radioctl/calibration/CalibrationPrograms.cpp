@@ -8,6 +8,7 @@
 #include "Output.h"
 #include "Programs.h"
 #include "Progress.h"
+#include "TextFile.h"
 #include "Words.h"
 #include "calibration/CalibrationReport.h"
 #include "calibration/Calibrator.h"
@@ -23,6 +24,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <sstream>
 
 namespace Radioctl::Calibration {
 
@@ -34,18 +36,32 @@ namespace fs = std::filesystem;
     throw InputError({board.file.string(), 0}, message);
 }
 
-/** Throws InputError unless the board describes what a calibration of the channel needs. */
-void requireLeakage(const Board& board, int channel) {
-    std::vector<std::string> numbers;
-    for (const ChannelDescription& described : board.channels) {
-        numbers.push_back(std::to_string(described.number));
+/** What is written and what is read cannot all be meant; empty when it can. */
+std::string whyNoFiles(const std::vector<std::pair<const char*, fs::path>>& files) {
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            const auto& [what, file] = files[i];
+            const auto& [other, otherFile] = files[j];
+            if (!file.empty() && !otherFile.empty() && isSameFile(file, otherFile)) {
+                return std::string(what) + ": " + harmless(file.string()) + " is " + other +
+                       ", expected a file of its own";
+            }
+        }
     }
-    const std::string wanted = std::to_string(channel);
-    if (std::find(numbers.begin(), numbers.end(), wanted) == numbers.end()) {
-        refuseBoard(board, "no channel " + wanted + ", expected one of " + joined(numbers, ", "));
-    }
-    if (leakageOf(board, channel) == nullptr) {
-        refuseBoard(board, "channel " + wanted + " has no transmitter to calibrate, expected a [[leakage]]");
+    return {};
+}
+
+/** True for an ordinary file with just this content. */
+bool isContentOf(const fs::path& file, const std::string& content) {
+    std::error_code error;
+    return fs::is_regular_file(file, error) && fs::file_size(file, error) == content.size() &&
+           readTextFile(file, content.size(), "tables") == content;
+}
+
+/** Throws InputError when nothing can be written to `file`; writes nothing. */
+void requireWritable(const fs::path& file) {
+    if (!file.empty()) {
+        const AtomicFile attempt(file);
     }
 }
 
@@ -98,13 +114,14 @@ private:
     bool isOffline() const { return m_options.beginning == Beginning::offline; }
     void prepare();
     void openJournal();
+    JournalHeader header() const;
     void begin();
-    void resume(JournalContent content);
     void goThroughAgain();
     void take(JournalContent content);
     int calibrate(CalibrationReport& report);
-    /** False when it was left early: by a signal, or because of m_trouble. */
-    bool calibrateAll(Calibrator& calibrator, CalibrationReport& report);
+    /** False when it was left early: by a signal, or because of a trouble. */
+    bool calibrateAll(Calibrator& calibrator, CalibrationReport& report, Progress& progress);
+    void showProgress(Progress& progress) const;
     void store(const Summary& summary);
     void writePage();
 
@@ -118,12 +135,29 @@ private:
     JournalContent m_known;
     std::optional<Journal> m_journal;
     CalibrationEnd m_end;
-    /** Why probing had to stop. */
-    std::string m_trouble;
+    /** The highest leakage so far that the corrections found leave. */
+    std::optional<double> m_worst;
 };
 
 int CalibrationRun::run() {
+    const int channel = m_options.wishes.channel;
+    if (findChannel(m_board, channel) == nullptr) {
+        return refuse(noSuchChannel(m_board, channel), m_options.json, ExitCode::wrongCommandLine);
+    }
+    if (leakageOf(m_board, channel) == nullptr) {
+        refuseBoard(m_board, "channel " + std::to_string(channel) +
+                                 " has no transmitter to calibrate, expected a [[leakage]]");
+    }
     prepare();
+    const std::string wrong = whyNoFiles({{"the board", m_board.file},
+                                          {"the journal", m_journalFile},
+                                          {"the tables", m_tables},
+                                          {"--html", m_options.html}});
+    if (!wrong.empty()) {
+        return refuse(wrong, m_options.json, ExitCode::wrongCommandLine);
+    }
+    requireWritable(m_tables);
+    requireWritable(m_options.html);
     openJournal();
     const std::unique_ptr<CalibrationReport> report =
         m_options.json ? std::unique_ptr<CalibrationReport>(std::make_unique<CalibrationJson>(std::cout))
@@ -132,14 +166,13 @@ int CalibrationRun::run() {
 }
 
 void CalibrationRun::prepare() {
-    requireLeakage(m_board, m_options.wishes.channel);
     m_result.serial = !m_options.serial.empty() ? m_options.serial : m_board.serial;
     if (m_result.serial.empty()) {
         m_result.serial = "unknown";
     }
     m_result.date = utcText(std::chrono::system_clock::now());
     m_result.version = RADIOCTL_VERSION;
-    m_tables = m_options.tables;
+    m_tables = fs::path(m_options.tables).lexically_normal();
     if (!isOffline()) {
         m_result.settings = settingsFor(m_board, m_options.wishes);
         m_tables = m_tables.empty() ? tablesOf(m_board, m_options.wishes.channel) : m_tables;
@@ -149,12 +182,23 @@ void CalibrationRun::prepare() {
     }
 }
 
+JournalHeader CalibrationRun::header() const {
+    return {m_board.name,
+            m_result.serial,
+            m_result.date,
+            m_result.version,
+            fingerprintOf(*leakageOf(m_board, m_options.wishes.channel)),
+            m_result.settings};
+}
+
 void CalibrationRun::openJournal() {
     if (isOffline()) {
         goThroughAgain();
         return;
     }
-    if (!fs::exists(m_journalFile)) {
+    std::error_code error;
+    const bool isThere = fs::exists(m_journalFile, error);
+    if (!isThere && !error) {
         if (m_options.beginning == Beginning::resume) {
             throw InputError({m_journalFile.string(), 0}, "is not there: nothing to resume");
         }
@@ -164,31 +208,29 @@ void CalibrationRun::openJournal() {
     Journal journal = Journal::open(m_journalFile);
     if (m_options.beginning == Beginning::resume) {
         JournalContent content = readJournal(m_journalFile);
+        // Nobody has to say again which radio it is, but nobody may say that it is another one.
+        if (m_options.serial.empty() && m_board.serial.empty()) {
+            m_result.serial = content.header.serial;
+        }
+        requireSameCalibration(header(), content.header, m_journalFile);
         journal.cutOff(content.size);
         m_journal.emplace(std::move(journal));
-        resume(std::move(content));
+        take(std::move(content));
         return;
     }
-    if (m_options.beginning == Beginning::fresh && !readJournal(m_journalFile).isFinished) {
+    // What is no journal is not put away either.
+    if (!readJournal(m_journalFile).isFinished && m_options.beginning == Beginning::fresh) {
         throw InputError(
             {m_journalFile.string(), 0},
             "of a calibration that is not finished; --resume goes on with it, --restart keeps it "
             "as a backup and begins anew");
     }
-    keepBackup(m_journalFile);
+    moveToBackup(m_journalFile);
     begin();
 }
 
 void CalibrationRun::begin() {
-    m_journal.emplace(Journal::begin(
-        m_journalFile, {m_board.name, m_result.serial, m_result.date, m_result.version, m_result.settings}));
-}
-
-void CalibrationRun::resume(JournalContent content) {
-    // Nobody has to say again which radio it is.
-    const std::string serial = m_options.serial.empty() ? content.header.serial : m_options.serial;
-    requireSameCalibration({m_board.name, serial, {}, {}, m_result.settings}, content.header, m_journalFile);
-    take(std::move(content));
+    m_journal.emplace(Journal::begin(m_journalFile, header()));
 }
 
 /** What was measured is what it was; only how far the searches go may be chosen anew. */
@@ -196,18 +238,15 @@ void CalibrationRun::goThroughAgain() {
     JournalContent content = readJournal(m_journalFile);
     const CalibrationDescription& wishes = m_options.wishes;
     m_result.settings = content.header.settings;
-    if (wishes.channel != m_result.settings.channel) {
-        throw InputError({m_journalFile.string(), 1},
-                         "channel: " + std::to_string(m_result.settings.channel) + ", expected " +
-                             std::to_string(wishes.channel));
-    }
+    m_result.settings.channel = wishes.channel;
+    m_result.serial = content.header.serial;
+    requireSameCalibration(header(), content.header, m_journalFile);
     m_result.settings.minDelta = wishes.minDelta.value_or(m_result.settings.minDelta);
     m_result.settings.maxIterations = wishes.maxIterations.value_or(m_result.settings.maxIterations);
     take(std::move(content));
 }
 
 void CalibrationRun::take(JournalContent content) {
-    m_result.serial = content.header.serial;
     m_result.date = content.header.date;
     m_known = std::move(content);
     for (const auto& [point, probes] : m_known.probes) {
@@ -223,71 +262,89 @@ int CalibrationRun::calibrate(CalibrationReport& report) {
                           (complaints.empty() ? "" : ": " + complaints.front()),
                       m_options.json, ExitCode::notBooted);
     }
-    const Probing probing{m_journal ? &*m_journal : nullptr, [this] { return m_interrupt.signal() == 0; },
-                          m_options.isRealTime};
+    m_end.wanted = m_result.settings.frequencies.size() * m_result.settings.temperatures.size();
+    Progress progress(m_end.wanted, "points");
+    const auto goOn = [&] {
+        showProgress(progress);
+        return m_interrupt.signal() == 0;
+    };
+    const Probing probing{m_journal ? &*m_journal : nullptr, goOn, m_options.isRealTime};
     Calibrator calibrator(booted, m_board.file.string(), m_result.settings, probing, m_journalFile.string());
     report.begins(m_board, m_result, m_end.knownProbes);
     const auto start = std::chrono::steady_clock::now();
-    const bool isComplete = calibrateAll(calibrator, report);
+    const bool isComplete = calibrateAll(calibrator, report, progress);
     m_end.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     m_end.journal = m_journalFile.string();
+    m_end.newProbes = calibrator.newProbes();
     const Summary summary = summarise(m_result, *leakageOf(m_board, m_result.settings.channel));
-    std::string trouble = m_trouble;
     if (isComplete) {
         try {
             store(summary);
             writePage();
         } catch (const InputError& error) {
-            trouble = error.what();
+            m_end.trouble = error.what();
         }
     }
-    const bool isGood = summary.failed == 0 && (summary.edge == 0 || m_options.acceptsEdge);
+    const bool isGood =
+        summary.failed == 0 && (summary.edge == 0 || m_options.acceptsEdge || m_tables.empty());
     m_end.signal = m_interrupt.signal();
-    m_end.exitCode = m_end.signal != 0  ? ExitCode::signalBase + m_end.signal
-                     : !trouble.empty() ? ExitCode::unusableInput
-                     : isGood           ? ExitCode::good
-                                        : ExitCode::outsideLimits;
+    m_end.exitCode = m_end.signal != 0        ? ExitCode::signalBase + m_end.signal
+                     : !m_end.trouble.empty() ? ExitCode::unusableInput
+                     : isGood                 ? ExitCode::good
+                                              : ExitCode::outsideLimits;
     report.finished(m_result, summary, m_end);
-    return trouble.empty() || m_end.signal != 0 ? m_end.exitCode
-                                                : refuse(trouble, m_options.json, m_end.exitCode);
+    return m_end.trouble.empty() || m_end.signal != 0 ? m_end.exitCode
+                                                      : refuse(m_end.trouble, m_options.json, m_end.exitCode);
 }
 
-bool CalibrationRun::calibrateAll(Calibrator& calibrator, CalibrationReport& report) {
+bool CalibrationRun::calibrateAll(Calibrator& calibrator, CalibrationReport& report, Progress& progress) {
     const Settings& settings = m_result.settings;
-    m_end.wanted = settings.frequencies.size() * settings.temperatures.size();
-    Progress progress(m_end.wanted, "points");
-    std::optional<double> worst;
     for (const std::int32_t temperature : settings.temperatures) {
         for (const std::uint32_t frequency : settings.frequencies) {
-            Point point =
-                calibrator.calibrate(frequency, temperature, m_known.probes[{temperature, frequency}]);
+            const JournaledProbes& known = m_known.probes[{temperature, frequency}];
+            Point point = calibrator.calibrate(frequency, temperature, known);
             if (m_interrupt.signal() != 0) {
                 return false;
             }
             if (!calibrator.whyStopped().empty() && !isOffline()) {
-                m_trouble = calibrator.whyStopped();
+                m_end.trouble = calibrator.whyStopped();
                 return false;
             }
             if (point.state != PointState::failed) {
-                worst = std::max(worst.value_or(point.after), point.after);
+                m_worst = std::max(m_worst.value_or(point.after), point.after);
             }
+            const bool wasKnown = point.probes.size() <= known.size();
             report.calibrated(point);
             m_result.points.push_back(std::move(point));
-            progress.update(m_result.points.size(), worst ? "leakage up to " + levelText(*worst) : "");
+            if (wasKnown) {
+                progress.beginAt(m_result.points.size());
+            }
+            showProgress(progress);
         }
     }
     return true;
 }
 
+void CalibrationRun::showProgress(Progress& progress) const {
+    progress.update(m_result.points.size(), m_worst ? "leakage up to " + levelText(*m_worst) : "");
+}
+
 /** A table with a hole is none: either all points are stored or nothing is. */
 void CalibrationRun::store(const Summary& summary) {
+    m_end.wantedTables = m_tables.string();
     if (m_tables.empty() || summary.failed != 0 || (summary.edge != 0 && !m_options.acceptsEdge)) {
         return;
     }
-    AtomicFile file(m_tables);
-    writeResult(file.stream(), m_result);
-    m_end.backup = keepBackup(m_tables).string();
-    file.commit();
+    std::ostringstream content;
+    writeResult(content, m_result);
+    if (isContentOf(m_tables, content.str())) {
+        m_end.isUnchanged = true;
+    } else {
+        AtomicFile file(m_tables);
+        file.stream() << content.str();
+        m_end.backup = keepBackup(m_tables).string();
+        file.commit();
+    }
     m_end.tables = m_tables.string();
     if (m_journal && !m_known.isFinished) {
         m_journal->finish();

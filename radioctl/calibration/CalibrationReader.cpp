@@ -1,9 +1,9 @@
 #include "calibration/CalibrationReader.h"
 
+#include "ChannelReader.h"
 #include "calibration/Settings.h"
 
 #include <algorithm>
-#include <map>
 
 namespace Radioctl {
 
@@ -16,22 +16,6 @@ std::optional<bool> isHighDetector(std::string_view word) {
         return false;
     }
     return word == "high" ? std::optional<bool>(true) : std::nullopt;
-}
-
-int readChannel(const TomlItem& calibration, const std::vector<ChannelDescription>& channels,
-                std::map<int, unsigned>& lineOfChannel) {
-    const TomlItem item = calibration.get("channel", "the number of one of the board's channels");
-    const int number = item.integer();
-    if (std::none_of(channels.begin(), channels.end(),
-                     [number](const ChannelDescription& channel) { return channel.number == number; })) {
-        item.failExpecting("the number of one of the board's channels");
-    }
-    const auto [first, isNew] = lineOfChannel.emplace(number, item.place().line);
-    if (!isNew) {
-        item.fail(std::to_string(number) + " has the calibration on line " + std::to_string(first->second) +
-                  ", expected one for each channel");
-    }
-    return number;
 }
 
 std::optional<Range> readRange(const TomlItem& calibration, std::string_view key, std::int64_t least,
@@ -88,12 +72,11 @@ std::vector<std::int32_t> readTemperatures(const TomlItem& calibration) {
     return temperatures;
 }
 
-CalibrationDescription readCalibration(const TomlItem& item, const std::vector<ChannelDescription>& channels,
-                                       std::map<int, unsigned>& lineOfChannel) {
+CalibrationDescription readCalibration(const TomlItem& item, ChannelReader& channel) {
     item.entries({"channel", "band", "step", "temperatures", "i_range", "q_range", "shrink_factor",
                   "min_delta", "max_iterations", "settle_time", "detector"});
     CalibrationDescription calibration;
-    calibration.channel = readChannel(item, channels, lineOfChannel);
+    calibration.channel = channel.read(item);
     calibration.band = readRange(item, "band", 1, carrierBounds.high);
     calibration.step = readNumber(item, "step", carrierBounds);
     calibration.temperatures = readTemperatures(item);
@@ -121,16 +104,9 @@ CalibrationDescription readCalibration(const TomlItem& item, const std::vector<C
 std::vector<CalibrationDescription> readCalibrations(const TomlItem& root,
                                                      const std::vector<ChannelDescription>& channels) {
     std::vector<CalibrationDescription> result;
-    const std::optional<TomlItem> calibrations = root.find("calibration");
-    if (!calibrations) {
-        return result;
-    }
-    if (!calibrations->isArray()) {
-        calibrations->failExpecting("[[calibration]] tables, one for each channel");
-    }
-    std::map<int, unsigned> lineOfChannel;
-    for (const TomlItem& item : calibrations->elements()) {
-        result.push_back(readCalibration(item, channels, lineOfChannel));
+    ChannelReader channel(channels, "calibration");
+    for (const TomlItem& item : root.tables("calibration", "channel")) {
+        result.push_back(readCalibration(item, channel));
     }
     return result;
 }

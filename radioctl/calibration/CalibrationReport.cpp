@@ -10,7 +10,6 @@
 #include <cmath>
 #include <cstdio>
 #include <iomanip>
-#include <numeric>
 
 namespace Radioctl::Calibration {
 
@@ -42,27 +41,28 @@ Json nullIfEmpty(const std::string& text) {
     return text.empty() ? Json(nullptr) : Json(text);
 }
 
-std::size_t probesIn(const Result& result) {
-    return std::accumulate(result.points.begin(), result.points.end(), std::size_t{0},
-                           [](std::size_t sum, const Point& point) { return sum + point.probes.size(); });
-}
-
 /** What has to be said about the end of a calibration, so that nobody takes it for another one. */
 std::string verdict(const Summary& summary, const CalibrationEnd& end) {
+    if (!end.tables.empty()) {
+        return (end.isUnchanged ? "Stored before, and the same: " : "Stored: ") + end.tables +
+               (end.backup.empty() ? "" : "; what was there is now " + end.backup);
+    }
     if (end.signal != 0) {
         return "Interrupted: no tables were stored; --resume goes on where it stopped.";
     }
-    if (!end.tables.empty()) {
-        return "Stored: " + end.tables + (end.backup.empty() ? "" : "; what was there is now " + end.backup);
+    if (!end.trouble.empty()) {
+        return "No tables were stored: " + end.trouble;
+    }
+    if (end.wantedTables.empty()) {
+        return "No tables were asked for.";
     }
     if (summary.failed != 0) {
-        return "No tables were stored: " + counted(summary.failed, "point") + " without corrections.";
+        return "No tables were stored: " + counted(summary.failed, "point") +
+               " without corrections. When what is said about them is mended, --restart begins anew.";
     }
-    if (summary.edge != 0) {
-        return "No tables were stored: the search ended at the edge of a range for " +
-               counted(summary.edge, "point") + "; --resume --accept-edge stores them all the same.";
-    }
-    return "No tables were asked for.";
+    return "No tables were stored: the search ended at the edge of a range for " +
+           counted(summary.edge, "point") +
+           "; the same once more with --accept-edge, and with --resume after a measurement, stores them.";
 }
 
 } // namespace
@@ -92,13 +92,13 @@ void CalibrationText::finished(const Result& result, const Summary& summary, con
     m_out << "\n"
           << counted(result.points.size(), "point") << " of " << end.wanted << ": " << summary.good
           << " good, " << summary.edge << " at an edge, " << summary.failed << " failed; "
-          << counted(probesIn(result), "probe") << " in " << std::fixed << std::setprecision(2) << end.seconds
-          << " s\n";
-    m_out << "Journal: " << end.journal << "\n";
+          << counted(end.newProbes, "probe") << " made in " << std::fixed << std::setprecision(2)
+          << end.seconds << " s\n";
+    m_out << "Journal: " << harmless(end.journal) << "\n";
     if (!end.page.empty()) {
-        m_out << "Page: " << end.page << "\n";
+        m_out << "Page: " << harmless(end.page) << "\n";
     }
-    m_out << verdict(summary, end) << "\n" << std::flush;
+    m_out << harmless(verdict(summary, end)) << "\n" << std::flush;
 }
 
 void CalibrationText::showPoints(const Result& result) {
@@ -171,7 +171,8 @@ void CalibrationJson::finished(const Result& result, const Summary& summary, con
                           {"good", summary.good},
                           {"edge", summary.edge},
                           {"failed", summary.failed},
-                          {"probes", probesIn(result)},
+                          {"probes", end.newProbes},
+                          {"known_probes", end.knownProbes},
                           {"worst_before", toJson(summary.before)},
                           {"worst_after", toJson(summary.after)},
                           {"worst_between", toJson(summary.between)},

@@ -14,16 +14,23 @@ namespace Radioctl::Calibration {
 struct CalibrationEnd {
     /** The points that it was to have. */
     std::size_t wanted = 0;
-    /** Probes that were in the journal before. */
+    /** Probes that were in the journal before, and those that were made. */
     std::size_t knownProbes = 0;
+    std::uint64_t newProbes = 0;
     double seconds = 0;
-    /** The tables that were stored, and what the old ones are called now; empty when none were. */
+    /** Where tables were to go; empty: nowhere. */
+    std::string wantedTables;
+    /** The tables that are stored, and what the old ones are called now; empty when there are none. */
     std::string tables;
     std::string backup;
+    /** The tables were there already, with the same content. */
+    bool isUnchanged = false;
     /** Where the probes are, and the page if there is one. */
     std::string journal;
     std::string page;
-    /** The signal that ended it early; 0 for none. */
+    /** What went wrong, if anything did; empty: nothing. */
+    std::string trouble;
+    /** The signal that came; 0 for none. */
     int signal = 0;
     int exitCode = 0;
 };

@@ -38,8 +38,8 @@ Point Calibrator::calibrate(std::uint32_t frequency, std::int32_t temperature,
     point.before = leakageLevel(m_transmitter.description(), surroundings, {0, 0});
     point.after = point.before;
     m_booted.forget();
-    if (!goTo(frequency, temperature)) {
-        point.remark = "the radio could not be tuned: " + firstComplaint();
+    point.remark = goTo(frequency, temperature);
+    if (!point.remark.empty()) {
         return point;
     }
     m_booted.forget();
@@ -58,10 +58,18 @@ Point Calibrator::calibrate(std::uint32_t frequency, std::int32_t temperature,
     return point;
 }
 
-bool Calibrator::goTo(std::uint32_t frequency, std::int32_t temperature) {
+std::string Calibrator::goTo(std::uint32_t frequency, std::int32_t temperature) {
     Radio& radio = m_booted.radio();
     radio.platform().temperature().set(temperature);
-    return isSuccess(radio.tune(Direction::tx, m_settings.channel, frequency));
+    static_cast<void>(m_recorder.takeFailedWrite());
+    // A module says that all is well whether or not its hardware took the carrier.
+    const bool isTuned = isSuccess(radio.tune(Direction::tx, m_settings.channel, frequency));
+    const std::string failed = m_recorder.takeFailedWrite();
+    if (isTuned && failed.empty()) {
+        return {};
+    }
+    return "the radio could not be tuned: " +
+           (failed.empty() ? firstComplaint() : failed + " did not take its value");
 }
 
 bool Calibrator::search(Point& point) {

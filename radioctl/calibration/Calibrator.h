@@ -26,11 +26,14 @@ public:
 
     /** `journaled` are the probes of this point that are known. */
     Point calibrate(std::uint32_t frequency, std::int32_t temperature, const JournaledProbes& journaled);
+    /** How many probes were made that the journal did not have. */
+    std::uint64_t newProbes() const { return m_recorder.newProbes(); }
     /** Why the last search was broken off; empty when it was not. */
     const std::string& whyStopped() const { return m_recorder.whyStopped(); }
 
 private:
-    bool goTo(std::uint32_t frequency, std::int32_t temperature);
+    /** Gives why the radio is not there; empty: it is. */
+    std::string goTo(std::uint32_t frequency, std::int32_t temperature);
     bool search(Point& point);
     std::string firstComplaint() const;
 

@@ -6,14 +6,16 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cinttypes>
 #include <cstdio>
 #include <ctime>
 #include <fstream>
-#include <limits>
 #include <stdexcept>
 #include <system_error>
 
@@ -25,8 +27,9 @@ namespace fs = std::filesystem;
 
 constexpr const char* kind = "LO-leakage calibration";
 constexpr int format = 1;
-/** Some millions of probes: far more than a transmitter is given the time for. */
-constexpr std::uintmax_t largestJournal = 512ULL * 1024 * 1024;
+constexpr const char* anotherUsesIt = "another calibration is using it";
+/** More than the longest header has; a file that is no journal at all is not read as one endless line. */
+constexpr std::size_t longestLine = 1024UL * 1024;
 
 std::string reasonText(int reason) {
     return std::generic_category().message(reason);
@@ -39,6 +42,7 @@ Json toJson(const JournalHeader& header) {
             {"serial", header.serial},
             {"date", header.date},
             {"version", header.version},
+            {"transmitter", header.transmitter},
             {"settings", toJson(header.settings)}};
 }
 
@@ -46,18 +50,16 @@ JournalHeader headerFrom(const Json& json) {
     if (json.at("journal") != kind || json.at("format") != format) {
         throw std::runtime_error("another kind of file, or of a later version of this program");
     }
-    return {json.at("board").get<std::string>(), json.at("serial").get<std::string>(),
-            json.at("date").get<std::string>(), json.at("version").get<std::string>(),
-            settingsFromJson(json.at("settings"))};
+    return {json.at("board").get<std::string>(),       json.at("serial").get<std::string>(),
+            json.at("date").get<std::string>(),        json.at("version").get<std::string>(),
+            json.at("transmitter").get<std::string>(), settingsFromJson(json.at("settings"))};
 }
 
-std::int32_t integerFrom(const Json& json) {
-    const auto number = json.get<std::int64_t>();
-    if (!json.is_number_integer() || number < std::numeric_limits<std::int32_t>::min() ||
-        number > std::numeric_limits<std::int32_t>::max()) {
-        throw std::runtime_error("not an integer of 32 bits: " + json.dump());
-    }
-    return static_cast<std::int32_t>(number);
+/** A setting as people read it. */
+std::string shortText(const Json& setting) {
+    constexpr std::size_t most = 5;
+    return setting.is_array() && setting.size() > most ? std::to_string(setting.size()) + " others"
+                                                       : setting.dump();
 }
 
 /** Takes one line after the other. */
@@ -66,6 +68,9 @@ public:
     explicit JournalReader(const fs::path& file) : m_place{file.string(), 0} {}
 
     void take(const std::string& line) {
+        if (!m_wrong.empty()) {
+            throw InputError(m_place, m_wrong);
+        }
         ++m_place.line;
         try {
             const Json json = Json::parse(line);
@@ -76,62 +81,132 @@ public:
             } else {
                 takeProbe(json);
             }
-        } catch (const std::exception& error) {
-            throw InputError(m_place,
-                             std::string(m_place.line == 1 ? "not the beginning of a calibration journal"
-                                                           : "not a probe of a calibration journal") +
-                                 ": " + harmless(error.what()));
+            m_content.size += line.size() + 1;
+        } catch (const Json::exception&) {
+            m_wrong = m_place.line == 1 ? "expected the JSON object with which a calibration journal begins"
+                                        : "expected a JSON object with khz, degrees, i, q and reading";
+        } catch (const std::runtime_error& error) {
+            m_wrong = error.what();
         }
-        m_content.size += line.size() + 1;
     }
 
+    /** A last line that cannot be read was being written when the power went: it was never entered. */
     JournalContent finish() {
         if (m_place.line == 0) {
             throw InputError(m_place, "empty, expected a calibration journal");
+        }
+        if (m_place.line == 1 && !m_wrong.empty()) {
+            throw InputError(m_place, m_wrong);
         }
         return std::move(m_content);
     }
 
 private:
     void takeProbe(const Json& json) {
-        const std::int32_t temperature = integerFrom(json.at("degrees"));
-        const auto frequency = static_cast<std::uint32_t>(json.at("khz").get<std::int64_t>());
-        Probe probe{integerFrom(json.at("i")), integerFrom(json.at("q")), std::nullopt};
+        const auto temperature = wholeNumber<std::int32_t>(json.at("degrees"));
+        const auto frequency = wholeNumber<std::uint32_t>(json.at("khz"));
+        const Settings& settings = m_content.header.settings;
+        if (!std::binary_search(settings.temperatures.begin(), settings.temperatures.end(), temperature) ||
+            !std::binary_search(settings.frequencies.begin(), settings.frequencies.end(), frequency)) {
+            throw std::runtime_error("no point at " + std::to_string(frequency) + " kHz, " +
+                                     std::to_string(temperature) + " degrees");
+        }
+        Probe probe{wholeNumber<std::int32_t>(json.at("i")), wholeNumber<std::int32_t>(json.at("q")),
+                    std::nullopt};
         if (!json.at("reading").is_null()) {
-            probe.reading = integerFrom(json.at("reading"));
+            probe.reading = wholeNumber<std::int32_t>(json.at("reading"));
         }
         m_content.probes[{temperature, frequency}].push_back({probe, m_place.line});
         m_content.isFinished = false;
     }
 
     Place m_place;
+    /** What is wrong with the line that was taken last. */
+    std::string m_wrong;
     JournalContent m_content;
+};
+
+/** FNV-1a, 64 bits: enough to notice a change. */
+class Fingerprint {
+public:
+    template <typename Value>
+    void add(const Value& value) {
+        for (const char character : Json(value).dump() + ";") {
+            m_hash = (m_hash ^ static_cast<unsigned char>(character)) * 0x100000001B3U;
+        }
+    }
+    void add(const CorrectionBranch& branch) {
+        add(branch.gain);
+        add(branch.step);
+        add(branch.low);
+        add(branch.high);
+    }
+    void add(const DetectorDescription& detector) {
+        for (const double number :
+             {detector.slope, detector.zero, detector.floor, detector.noise, detector.settling}) {
+            add(number);
+        }
+        add(detector.step);
+        add(detector.low);
+        add(detector.high);
+    }
+
+    std::string text() const {
+        std::array<char, 17> digits{};
+        static_cast<void>(std::snprintf(digits.data(), digits.size(), "%016" PRIx64, m_hash));
+        return digits.data();
+    }
+
+private:
+    std::uint64_t m_hash = 0xCBF29CE484222325U;
 };
 
 } // namespace
 
 JournalContent readJournal(const fs::path& file) {
     const Place whole{file.string(), 0};
-    std::error_code error;
-    const std::uintmax_t size = fs::file_size(file, error);
-    if (error) {
-        throw InputError(whole, "cannot be read: " + error.message() + ", expected a calibration journal");
-    }
-    if (size > largestJournal) {
-        throw InputError(whole, "larger than 512 MiB, expected a calibration journal");
+    std::error_code ignored;
+    if (fs::is_directory(file, ignored)) {
+        throw InputError(whole, "is a directory, expected a calibration journal");
     }
     errno = 0;
     std::ifstream stream(file, std::ios::binary);
-    JournalReader reader(file);
-    std::string line;
-    // What is behind the last line end was being written when the power went: it was never entered.
-    while (std::getline(stream, line) && !stream.eof()) {
-        reader.take(line);
-    }
-    if (!stream.eof()) {
+    if (!stream) {
         throw InputError(whole, "cannot be read: " + reasonText(errno) + ", expected a calibration journal");
     }
+    JournalReader reader(file);
+    std::vector<char> line(longestLine);
+    // What is behind the last line end was not written whole.
+    while (stream.getline(line.data(), static_cast<std::streamsize>(line.size())) && !stream.eof()) {
+        reader.take({line.data(), static_cast<std::size_t>(stream.gcount()) - 1});
+    }
+    if (stream.bad()) {
+        throw InputError(whole, "cannot be read: " + reasonText(EIO) + ", expected a calibration journal");
+    }
+    if (!stream.eof()) {
+        throw InputError(whole, "has a line of more than a mebibyte, expected a calibration journal");
+    }
     return reader.finish();
+}
+
+std::string fingerprintOf(const LeakageDescription& leakage) {
+    Fingerprint fingerprint;
+    fingerprint.add(leakage.reference);
+    for (const LeakagePath& path : leakage.paths) {
+        for (const double number : {path.level, path.levelPerDegree, path.levelPerGHz, path.phase,
+                                    path.phasePerDegree, path.delay}) {
+            fingerprint.add(number);
+        }
+    }
+    fingerprint.add(leakage.i);
+    fingerprint.add(leakage.q);
+    fingerprint.add(leakage.skew);
+    fingerprint.add(leakage.detector);
+    if (leakage.highDetector) {
+        fingerprint.add(*leakage.highDetector);
+    }
+    fingerprint.add(leakage.seed);
+    return fingerprint.text();
 }
 
 void requireSameCalibration(const JournalHeader& wanted, const JournalHeader& begun, const fs::path& file) {
@@ -149,8 +224,13 @@ void requireSameCalibration(const JournalHeader& wanted, const JournalHeader& be
     const Json was = toJson(begun.settings);
     for (const auto& [key, value] : is.items()) {
         if (value != was.at(key)) {
-            refuse(key, was.at(key).dump(), value.dump());
+            refuse(key, shortText(was.at(key)), shortText(value));
         }
+    }
+    if (wanted.transmitter != begun.transmitter) {
+        throw InputError({file.string(), 1},
+                         "transmitter: the board's [[leakage]] of the channel has changed since; "
+                         "--restart begins anew");
     }
 }
 
@@ -169,18 +249,26 @@ Journal::~Journal() {
 Journal Journal::begin(const fs::path& file, const JournalHeader& header) {
     AtomicFile beginning(file);
     writeJsonLine(beginning.stream(), toJson(header));
-    beginning.commit();
+    beginning.commitNew();
     return open(file);
 }
 
 Journal Journal::open(const fs::path& file) {
-    Journal journal(file, ::open(file.c_str(), O_RDWR | O_APPEND | O_CLOEXEC));
+    Journal journal(file, ::open(file.c_str(), O_RDWR | O_APPEND | O_CLOEXEC | O_NONBLOCK));
     if (journal.m_descriptor == -1) {
         journal.fail("cannot be opened: " + reasonText(errno));
     }
+    struct stat opened {};
+    struct stat named {};
+    if (fstat(journal.m_descriptor, &opened) != 0 || !S_ISREG(opened.st_mode)) {
+        journal.fail("no ordinary file, expected a calibration journal");
+    }
     if (flock(journal.m_descriptor, LOCK_EX | LOCK_NB) != 0) {
-        journal.fail(errno == EWOULDBLOCK ? "another calibration is using it"
-                                          : "cannot be locked: " + reasonText(errno));
+        journal.fail(errno == EWOULDBLOCK ? anotherUsesIt : "cannot be locked: " + reasonText(errno));
+    }
+    // Whoever had it until now may have put it away as a backup.
+    if (stat(file.c_str(), &named) != 0 || named.st_dev != opened.st_dev || named.st_ino != opened.st_ino) {
+        journal.fail(anotherUsesIt);
     }
     return journal;
 }

@@ -22,6 +22,8 @@ struct JournalHeader {
     /** When the calibration began. */
     std::string date;
     std::string version;
+    /** What tells one described transmitter from another, see fingerprintOf(). */
+    std::string transmitter;
     Settings settings;
 };
 
@@ -41,15 +43,19 @@ struct JournalContent {
     std::map<std::pair<std::int32_t, std::uint32_t>, JournaledProbes> probes;
     /** The calibration came to its end. */
     bool isFinished = false;
-    /** The size of what can be used; a line that was cut off behind it counts as never written. */
+    /** The size of what can be used; a last line behind it that was not written whole counts as never
+     * written. */
     std::uintmax_t size = 0;
 };
 
 /** Reads a journal. Throws InputError for a file that cannot be read, or that is none. */
 JournalContent readJournal(const std::filesystem::path& file);
 
+/** Sixteen hexadecimal digits that change with every number of a leakage. */
+std::string fingerprintOf(const LeakageDescription& leakage);
+
 /** Throws InputError unless a calibration that `wanted` describes can go on with what the journal was begun
- * with. */
+ * with. Dates and versions may differ. */
 void requireSameCalibration(const JournalHeader& wanted, const JournalHeader& begun,
                             const std::filesystem::path& file);
 
@@ -59,9 +65,11 @@ void requireSameCalibration(const JournalHeader& wanted, const JournalHeader& be
  */
 class Journal {
 public:
-    /** Begins a journal. Throws InputError when it cannot be written, or is there already. */
+    /** Begins a journal where there is no file. Throws InputError when it cannot be written, or there is one.
+     */
     static Journal begin(const std::filesystem::path& file, const JournalHeader& header);
-    /** Goes on with one. Throws InputError as above, and when another calibration has it open. */
+    /** Opens one that is there, finished or not. Throws InputError when that cannot be done, when the file is
+     * no ordinary one, and when another calibration has it open. */
     static Journal open(const std::filesystem::path& file);
 
     Journal(Journal&& other) noexcept;

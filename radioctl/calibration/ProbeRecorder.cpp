@@ -1,5 +1,7 @@
 #include "calibration/ProbeRecorder.h"
 
+#include "Reporter.h"
+
 #include <utility>
 
 namespace Radioctl::Calibration {
@@ -42,6 +44,10 @@ ProbeRecorder::~ProbeRecorder() {
     }
 }
 
+std::string ProbeRecorder::takeFailedWrite() {
+    return std::exchange(m_failedWrite, {});
+}
+
 void ProbeRecorder::begin(std::uint32_t frequency, std::int32_t temperature,
                           const JournaledProbes& journaled) {
     m_frequency = frequency;
@@ -55,11 +61,14 @@ void ProbeRecorder::begin(std::uint32_t frequency, std::int32_t temperature,
 
 std::vector<Probe> ProbeRecorder::end() {
     m_isSearching = false;
-    m_platform.calls().clearAll();
+    static_cast<void>(m_platform.calls().clear(Operation::driverWrite, m_leakage.i.driver));
     return std::move(m_probes);
 }
 
 void ProbeRecorder::called(const Standalone::Call& call) {
+    if (!m_isSearching && isWrite(call) && isFailure(call.code) && m_failedWrite.empty()) {
+        m_failedWrite = call.object;
+    }
     if (!m_isSearching || call.operation != Operation::driverWrite || isFailure(call.code)) {
         return;
     }
@@ -68,7 +77,7 @@ void ProbeRecorder::called(const Standalone::Call& call) {
         m_i = static_cast<std::int32_t>(call.value);
     } else if (call.object == m_leakage.q.driver) {
         m_pending = Probe{m_i, static_cast<std::int32_t>(call.value), std::nullopt};
-        m_clock.setRealTime(m_probing.isRealTime && journaled() == nullptr);
+        m_clock.setRealTime(m_probing.isRealTime && journaled() == nullptr, m_probing.goOn);
     }
 }
 
@@ -108,6 +117,7 @@ void ProbeRecorder::enter(const Probe& probe) {
     }
     try {
         m_probing.journal->enter(m_frequency, m_temperature, probe);
+        ++m_newProbes;
     } catch (const InputError& error) {
         stop(error.what());
     }
@@ -122,7 +132,8 @@ void ProbeRecorder::compare(const Probe& probe, const JournaledProbe& known) {
                         known.probe.reading.has_value() == probe.reading.has_value();
     if (!isSame) {
         stop(toString(Place{m_journalFile, known.line}) + ": a probe at " + textOf(known.probe) +
-             ", but this search has one at " + textOf(probe) + ": the journal is of another search");
+             ", but this search has one at " + textOf(probe) +
+             ": the journal is damaged, or of another search");
     }
 }
 

@@ -40,11 +40,16 @@ public:
     ProbeRecorder& operator=(const ProbeRecorder&) = delete;
     ~ProbeRecorder();
 
+    /** The first driver that took no write since the last question, outside of searches; empty: all did. */
+    std::string takeFailedWrite();
+
     /** A search begins; `journaled` is borrowed until its end. */
     void begin(std::uint32_t frequency, std::int32_t temperature, const JournaledProbes& journaled);
     /** The search came to its end. Gives its probes; corrections that were set and not read are none. */
     std::vector<Probe> end();
 
+    /** How many probes were made that the journal did not have. */
+    std::uint64_t newProbes() const { return m_newProbes; }
     /** Why the search had to be broken off; empty when it was not. */
     const std::string& whyStopped() const { return m_whyStopped; }
 
@@ -74,6 +79,8 @@ private:
     std::optional<Probe> m_pending;
     std::vector<Probe> m_probes;
     std::string m_whyStopped;
+    std::string m_failedWrite;
+    std::uint64_t m_newProbes = 0;
 };
 
 } // namespace Radioctl::Calibration

@@ -33,13 +33,6 @@ std::string exactText(double number) {
     return {text.data(), result.ptr};
 }
 
-std::string levelText(double level) {
-    std::array<char, 32> text{};
-    const auto result =
-        std::to_chars(text.data(), text.data() + text.size(), level, std::chars_format::fixed, 2);
-    return {text.data(), result.ptr};
-}
-
 std::string_view wordFor(PointState state) {
     for (const auto& entry : states) {
         if (entry.value == state) {
@@ -153,8 +146,8 @@ void writeResult(std::ostream& out, const Result& result) {
         << heading << "\n";
     for (const Point& point : result.points) {
         out << point.frequency << ',' << point.temperature << ',' << point.i << ',' << point.q << ','
-            << levelText(point.before) << ',' << levelText(point.after) << ',' << point.iterations << ','
-            << point.maxDelta << ',' << wordFor(point.state) << "\n";
+            << inTwoDecimals(point.before) << ',' << inTwoDecimals(point.after) << ',' << point.iterations
+            << ',' << point.maxDelta << ',' << wordFor(point.state) << "\n";
     }
 }
 

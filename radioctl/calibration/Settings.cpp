@@ -83,32 +83,23 @@ Json rangeJson(const Range& range) {
 }
 
 Range rangeFrom(const Json& json, const Range& bounds) {
-    const Range range{json.at(0).get<std::int64_t>(), json.at(1).get<std::int64_t>()};
-    if (json.size() != 2 || range.low < bounds.low || range.low >= range.high || range.high > bounds.high) {
-        throw std::runtime_error("not a range: " + json.dump());
+    const Range range{wholeNumber<std::int64_t>(json.at(0), bounds),
+                      wholeNumber<std::int64_t>(json.at(1), bounds)};
+    if (json.size() != 2 || range.low >= range.high) {
+        throw std::runtime_error("not a range");
     }
     return range;
-}
-
-template <typename Number>
-Number numberFrom(const Json& json, const Range& bounds) {
-    const auto number = json.get<std::int64_t>();
-    if (!json.is_number_integer() || number < bounds.low || number > bounds.high) {
-        throw std::runtime_error("not a number from " + std::to_string(bounds.low) + " to " +
-                                 std::to_string(bounds.high) + ": " + json.dump());
-    }
-    return static_cast<Number>(number);
 }
 
 template <typename Number>
 std::vector<Number> axisFrom(const Json& json, const Range& bounds) {
     std::vector<Number> axis;
     for (const Json& element : json) {
-        axis.push_back(numberFrom<Number>(element, bounds));
+        axis.push_back(wholeNumber<Number>(element, bounds));
     }
     const auto wrong = std::adjacent_find(axis.begin(), axis.end(), std::greater_equal<>());
     if (!json.is_array() || axis.empty() || wrong != axis.end()) {
-        throw std::runtime_error("not ascending numbers: " + json.dump());
+        throw std::runtime_error("not ascending numbers");
     }
     return axis;
 }
@@ -177,15 +168,15 @@ Json toJson(const Settings& settings) {
 
 Settings settingsFromJson(const Json& json) {
     Settings settings;
-    settings.channel = numberFrom<int>(json.at("channel"), {0, 2147483647});
-    settings.frequencies = axisFrom<std::uint32_t>(json.at("frequencies_khz"), {1, 4294967295});
+    settings.channel = wholeNumber<int>(json.at("channel"), {0, 2147483647});
+    settings.frequencies = axisFrom<std::uint32_t>(json.at("frequencies_khz"), carrierBounds);
     settings.temperatures = axisFrom<std::int32_t>(json.at("temperatures_c"), temperatureBounds);
     settings.i = rangeFrom(json.at("i_range"), correctionBounds);
     settings.q = rangeFrom(json.at("q_range"), correctionBounds);
     settings.shrinkFactor = json.at("shrink_factor").get<double>();
-    settings.minDelta = numberFrom<std::int32_t>(json.at("min_delta"), minDeltaBounds);
-    settings.maxIterations = numberFrom<std::uint32_t>(json.at("max_iterations"), iterationBounds);
-    settings.settleTime = numberFrom<std::uint32_t>(json.at("settle_time_ms"), settleTimeBounds);
+    settings.minDelta = wholeNumber<std::int32_t>(json.at("min_delta"), minDeltaBounds);
+    settings.maxIterations = wholeNumber<std::uint32_t>(json.at("max_iterations"), iterationBounds);
+    settings.settleTime = wholeNumber<std::uint32_t>(json.at("settle_time_ms"), settleTimeBounds);
     const auto detector = json.at("detector").get<std::string>();
     if (!isShrinkFactor(settings.shrinkFactor) || (detector != "low" && detector != "high") ||
         settings.frequencies.size() * settings.temperatures.size() > maxPoints) {

@@ -6,6 +6,10 @@
 #include "calibration/Calibration.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <stdexcept>
+#include <string>
 
 namespace Radioctl::Calibration {
 
@@ -19,7 +23,8 @@ constexpr Range minDeltaBounds{0, 1000000000};
 constexpr Range iterationBounds{1, 1000};
 /** In ms. */
 constexpr Range settleTimeBounds{0, 60000};
-constexpr std::size_t maxPoints = 100000;
+/** Their tables stay far below the size that boards load. */
+constexpr std::size_t maxPoints = 40000;
 
 constexpr const char* shrinkFactorText = "a number between 0 and 1, such as 0.75";
 bool isShrinkFactor(double factor);
@@ -33,6 +38,21 @@ Settings settingsFor(const Board& board, const CalibrationDescription& wishes);
 
 /** The leakage of a channel; null when the board describes none. */
 const LeakageDescription* leakageOf(const Board& board, int channel);
+
+/** A whole number of a file, within `bounds`; throws std::runtime_error for anything else. */
+template <typename Number>
+Number wholeNumber(const Json& json, const Range& bounds = {std::numeric_limits<Number>::min(),
+                                                            std::numeric_limits<Number>::max()}) {
+    const bool isWhole =
+        json.is_number_integer() &&
+        (!json.is_number_unsigned() || json.get<std::uint64_t>() <= std::numeric_limits<std::int64_t>::max());
+    const std::int64_t number = isWhole ? json.get<std::int64_t>() : 0;
+    if (!isWhole || number < bounds.low || number > bounds.high) {
+        throw std::runtime_error("expected a whole number from " + std::to_string(bounds.low) + " to " +
+                                 std::to_string(bounds.high) + ", found " + std::string(json.type_name()));
+    }
+    return static_cast<Number>(number);
+}
 
 /** What is written in front of a journal. */
 Json toJson(const Settings& settings);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <iterator>
 #include <utility>
 
@@ -136,12 +135,22 @@ std::string inQuotes(std::string_view word) {
     return '"' + harmless(word.substr(0, longest)) + (word.size() > longest ? "...\"" : "\"");
 }
 
-std::string inTwoDecimals(double number) {
-    // Adding 0 takes the sign from what was rounded to 0.
-    const double rounded = std::round(number * 100.0) / 100.0 + 0.0;
+std::string inDecimals(double number, int places) {
     std::array<char, 400> digits{};
-    const auto end = std::to_chars(digits.begin(), digits.end(), rounded, std::chars_format::fixed, 2).ptr;
-    return {digits.begin(), end};
+    const auto end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), number, std::chars_format::fixed, places)
+            .ptr;
+    const std::string text(digits.data(), end);
+    const bool isZero = text.find_first_not_of("-0.") == std::string::npos;
+    return isZero && text.front() == '-' ? text.substr(1) : text;
+}
+
+std::string inTwoDecimals(double number) {
+    return inDecimals(number, 2);
+}
+
+std::string levelText(double dBc) {
+    return inTwoDecimals(dBc) + " dBc";
 }
 
 std::string counted(std::size_t count, std::string_view noun) {

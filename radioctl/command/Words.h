@@ -43,8 +43,12 @@ std::string harmless(std::string_view text);
 /** `word` in quotation marks, cut when it is long and with nothing in it that a terminal would obey. */
 std::string inQuotes(std::string_view word);
 
-/** For example "-71.24"; never "-0.00". */
+/** A number with so many decimals, for example "-71.2"; never "-0.0". */
+std::string inDecimals(double number, int places);
+/** The same with two. */
 std::string inTwoDecimals(double number);
+/** A level with its unit, for example "-71.24 dBc". */
+std::string levelText(double dBc);
 
 /** "1 channel", "2 channels". */
 std::string counted(std::size_t count, std::string_view noun);

@@ -1,5 +1,6 @@
 #include "model/LeakageReader.h"
 
+#include "ChannelReader.h"
 #include "NearestName.h"
 #include "Words.h"
 
@@ -69,27 +70,25 @@ LeakagePath readPath(const TomlItem& item) {
 class Reader {
 public:
     Reader(const std::vector<ChannelDescription>& channels, const std::vector<DriverDescription>& drivers)
-        : m_channels(channels),
+        : m_channel(channels, "leakage"),
           m_drivers(drivers) {}
 
     LeakageDescription read(const TomlItem& item);
 
 private:
-    int readChannel(const TomlItem& leakage);
     std::string readDriver(const TomlItem& owner);
     CorrectionBranch readBranch(const TomlItem& item);
     DetectorDescription readDetector(const TomlItem& item);
 
-    const std::vector<ChannelDescription>& m_channels;
+    ChannelReader m_channel;
     const std::vector<DriverDescription>& m_drivers;
-    std::map<int, unsigned> m_lineOfChannel;
     std::map<std::string, unsigned> m_lineOfDriver;
 };
 
 LeakageDescription Reader::read(const TomlItem& item) {
     item.entries({"channel", "reference", "paths", "skew", "seed", "i", "q", "detector", "high_detector"});
     LeakageDescription leakage;
-    leakage.channel = readChannel(item);
+    leakage.channel = m_channel.read(item);
     leakage.reference = static_cast<std::uint32_t>(
         item.get("reference", "the carrier in kHz for which levels and phases are given").integer(1));
     for (const TomlItem& path :
@@ -109,22 +108,6 @@ LeakageDescription Reader::read(const TomlItem& item) {
         leakage.highDetector = readDetector(*detector);
     }
     return leakage;
-}
-
-int Reader::readChannel(const TomlItem& leakage) {
-    const std::string what = "the number of one of the board's channels";
-    const TomlItem item = leakage.get("channel", what);
-    const int number = item.integer();
-    if (std::none_of(m_channels.begin(), m_channels.end(),
-                     [number](const ChannelDescription& channel) { return channel.number == number; })) {
-        item.failExpecting(what);
-    }
-    const auto [first, isNew] = m_lineOfChannel.emplace(number, item.place().line);
-    if (!isNew) {
-        item.fail(std::to_string(number) + " has the leakage on line " + std::to_string(first->second) +
-                  ", expected one for each channel");
-    }
-    return number;
 }
 
 std::string Reader::readDriver(const TomlItem& owner) {
@@ -179,15 +162,8 @@ std::vector<LeakageDescription> readLeakages(const TomlItem& root,
                                              const std::vector<ChannelDescription>& channels,
                                              const std::vector<DriverDescription>& drivers) {
     std::vector<LeakageDescription> result;
-    const std::optional<TomlItem> leakages = root.find("leakage");
-    if (!leakages) {
-        return result;
-    }
-    if (!leakages->isArray()) {
-        leakages->failExpecting("[[leakage]] tables, one for each modelled LO leakage");
-    }
     Reader reader(channels, drivers);
-    for (const TomlItem& item : leakages->elements()) {
+    for (const TomlItem& item : root.tables("leakage", "modelled LO leakage")) {
         result.push_back(reader.read(item));
     }
     return result;

@@ -50,7 +50,7 @@ void LeakingTransmitter::elapse(double milliseconds) {
 void LeakingTransmitter::rest() {
     const Surroundings now = surroundings();
     for (Detector& detector : m_detectors) {
-        detector.output = detectorOutput(detector.description, level());
+        detector.output = detectorOutput(detector.description, leakageLevel(m_leakage, now, {0, 0}));
     }
     std::seed_seq seeds{m_leakage.seed, static_cast<std::uint32_t>(m_leakage.channel), now.carrier,
                         static_cast<std::uint32_t>(std::llround(now.temperature))};

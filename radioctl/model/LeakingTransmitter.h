@@ -36,8 +36,9 @@ public:
 
     /** Has the detectors follow for a while, in ms. */
     void elapse(double milliseconds);
-    /** As after a long rest under these surroundings: the detectors have settled, and the noise begins where
-     * it always begins for this carrier and temperature. */
+    /** As after a long rest under these surroundings without corrections, whatever the drivers have: the
+     * detectors have settled, and the noise begins where it always begins for this carrier and temperature.
+     */
     void rest();
 
 private:

@@ -5,7 +5,7 @@
 #include <time.h>
 #include <unistd.h>
 
-#include <chrono>
+#include <algorithm>
 #include <thread>
 
 namespace Radioctl {
@@ -23,10 +23,19 @@ ModelClock::~ModelClock() {
 void ModelClock::sleep(std::uint32_t microseconds) {
     const std::chrono::duration<double, std::milli> elapsed = std::chrono::microseconds(microseconds);
     if (m_realTime) {
-        std::this_thread::sleep_for(elapsed);
+        wait(std::chrono::microseconds(microseconds));
     }
     for (const auto& listener : m_listeners) {
         listener(elapsed.count());
+    }
+}
+
+void ModelClock::wait(std::chrono::microseconds time) const {
+    // In pieces, so that whoever wants to leave need not wait to the end.
+    constexpr std::chrono::microseconds piece{20000};
+    while (time.count() > 0 && (!m_goOn || m_goOn())) {
+        std::this_thread::sleep_for(std::min(time, piece));
+        time -= piece;
     }
 }
 

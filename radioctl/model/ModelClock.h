@@ -1,8 +1,10 @@
 #ifndef RADIOCTL_MODEL_MODELCLOCK_H
 #define RADIOCTL_MODEL_MODELCLOCK_H
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
+#include <utility>
 #include <vector>
 
 namespace Radioctl {
@@ -21,18 +23,24 @@ public:
 
     static ModelClock* current() { return s_current; }
 
-    /** Whether sleeping takes as long as it says. */
-    void setRealTime(bool realTime) { m_realTime = realTime; }
+    /** Whether sleeping takes as long as it says, as long as `goOn` does not say otherwise. */
+    void setRealTime(bool realTime, std::function<bool()> goOn = {}) {
+        m_realTime = realTime;
+        m_goOn = std::move(goOn);
+    }
     /** `elapsed` is called for each sleep, with its length in ms. */
     void addListener(std::function<void(double)> elapsed) { m_listeners.push_back(std::move(elapsed)); }
     /** Lets this time pass. */
     void sleep(std::uint32_t microseconds);
 
 private:
+    void wait(std::chrono::microseconds time) const;
+
     static ModelClock* s_current;
 
     std::vector<std::function<void(double)>> m_listeners;
     bool m_realTime = false;
+    std::function<bool()> m_goOn;
 };
 
 } // namespace Radioctl

@@ -1,7 +1,6 @@
 #include "model/TransmitterReader.h"
 
-#include <algorithm>
-#include <map>
+#include "ChannelReader.h"
 
 namespace Radioctl {
 
@@ -28,40 +27,17 @@ double readStep(const TomlItem& transmitter, std::string_view key) {
     return step;
 }
 
-int readChannel(const TomlItem& transmitter, const std::vector<ChannelDescription>& channels,
-                std::map<int, unsigned>& lineOfChannel) {
-    const TomlItem item = transmitter.get("channel", "the number of one of the board's channels");
-    const int number = item.integer();
-    if (std::none_of(channels.begin(), channels.end(),
-                     [number](const ChannelDescription& channel) { return channel.number == number; })) {
-        item.failExpecting("the number of one of the board's channels");
-    }
-    const auto [first, isNew] = lineOfChannel.emplace(number, item.place().line);
-    if (!isNew) {
-        item.fail(std::to_string(number) + " has the transmitter on line " + std::to_string(first->second) +
-                  ", expected one for each channel");
-    }
-    return number;
-}
-
 } // namespace
 
 std::vector<TransmitterDescription> readTransmitters(const TomlItem& root,
                                                      const std::vector<ChannelDescription>& channels) {
     std::vector<TransmitterDescription> result;
-    const std::optional<TomlItem> transmitters = root.find("transmitter");
-    if (!transmitters) {
-        return result;
-    }
-    if (!transmitters->isArray()) {
-        transmitters->failExpecting("[[transmitter]] tables, one for each transmitter");
-    }
-    std::map<int, unsigned> lineOfChannel;
-    for (const TomlItem& item : transmitters->elements()) {
+    ChannelReader channel(channels, "transmitter");
+    for (const TomlItem& item : root.tables("transmitter", "transmitter")) {
         item.entries({"channel", "gain_imbalance", "phase_imbalance", "dc_offset_i", "dc_offset_q",
                       "gain_step", "phase_step", "dc_step"});
         TransmitterDescription transmitter;
-        transmitter.channel = readChannel(item, channels, lineOfChannel);
+        transmitter.channel = channel.read(item);
         transmitter.gainImbalance = readCurve(item, "gain_imbalance");
         transmitter.phaseImbalance = readCurve(item, "phase_imbalance");
         transmitter.dcOffsetI = readCurve(item, "dc_offset_i");

@@ -36,10 +36,6 @@ std::string groupText(const RowResult& result, const FindingGroup& group) {
            describe(group.worst);
 }
 
-Json numberOrNull(const std::optional<std::int64_t>& number) {
-    return number ? Json(*number) : Json(nullptr);
-}
-
 /** The members of an event that say which row it is about. */
 Json rowEvent(const char* event, const Board& board, const AuditRow& row) {
     return {{"event", event},
@@ -47,7 +43,7 @@ Json rowEvent(const char* event, const Board& board, const AuditRow& row) {
             {"channel", row.channel.number},
             {"direction", toString(row.direction)},
             {"raster", row.raster},
-            {"channel_spacing", row.channelSpacing ? Json(*row.channelSpacing) : Json(nullptr)}};
+            {"channel_spacing", orNull(row.channelSpacing)}};
 }
 
 /** `text` as one field: in quotes when it would not be one otherwise. */
@@ -142,7 +138,7 @@ void AuditJson::rowAudited(const RowResult& result) {
     event["first_khz"] = result.row.carriers.first;
     event["step_khz"] = result.row.carriers.step;
     event["carriers"] = result.carriers;
-    event["worst_error_hz"] = numberOrNull(result.worstError);
+    event["worst_error_hz"] = orNull(result.worstError);
     event["worst_khz"] = result.worstError ? Json(result.worstCarrier) : Json(nullptr);
     event["outside"] = result.outside;
     writeJsonLine(m_out, event);

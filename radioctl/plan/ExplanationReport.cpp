@@ -76,10 +76,6 @@ void writeOutcome(std::ostream& out, const Explanation& explanation) {
     }
 }
 
-Json numberOrNull(const std::optional<std::int64_t>& number) {
-    return number ? Json(*number) : Json(nullptr);
-}
-
 void writeJsonSteps(std::ostream& out, const char* event, const std::vector<ExplainedStep>& steps) {
     for (const ExplainedStep& step : steps) {
         Json line = {{"event", event},
@@ -137,8 +133,8 @@ void writeJson(std::ostream& out, const Board& board, const Explanation& explana
     }
     writeJsonSteps(out, "production", explanation.production);
     writeJsonLine(out, {{"event", "explained"},
-                        {"produced_hz", numberOrNull(explanation.produced)},
-                        {"error_hz", numberOrNull(explanation.error())},
+                        {"produced_hz", orNull(explanation.produced)},
+                        {"error_hz", orNull(explanation.error())},
                         {"complaints", explanation.complaints},
                         {"disagreements", explanation.disagreements},
                         {"ok", explanation.isGood()}});

@@ -1,5 +1,6 @@
 #include "Progress.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -18,6 +19,13 @@ bool isTerminal() {
     const char* const terminal = std::getenv("TERM");
     const bool isDumb = terminal != nullptr && std::string_view(terminal) == "dumb";
     return !isDumb && isatty(STDERR_FILENO) == 1;
+}
+
+/** How many columns a line may have on the terminal. */
+std::size_t columns() {
+    winsize size{};
+    const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
+    return isKnown ? size.ws_col - 1U : 79U;
 }
 
 } // namespace
@@ -61,10 +69,16 @@ void Progress::update(std::uint64_t done) {
 
 void Progress::update(std::uint64_t done, const std::string& note) {
     if (isDue()) {
-        const std::string left = timeLeft(std::chrono::steady_clock::now() - m_begin, done, m_total);
+        const std::string left = timeLeft(std::chrono::steady_clock::now() - m_begin, done - m_doneAtBegin,
+                                          m_total - m_doneAtBegin);
         draw(progressLine(done, m_total, m_things) + (left.empty() ? "" : ", " + left) +
              (note.empty() ? "" : ", " + note));
     }
+}
+
+void Progress::beginAt(std::uint64_t done) {
+    m_begin = std::chrono::steady_clock::now();
+    m_doneAtBegin = done;
 }
 
 bool Progress::isDue() {
@@ -78,8 +92,8 @@ bool Progress::isDue() {
 
 void Progress::draw(const std::string& line) {
     m_isDrawn = true;
-    // A shorter line leaves nothing of the one before it.
-    std::cerr << "\r" << line << "\033[K" << std::flush;
+    // A shorter line leaves nothing of the one before it, and a longer one does not go on below.
+    std::cerr << "\r" << line.substr(0, columns()) << "\033[K" << std::flush;
 }
 
 } // namespace Radioctl

@@ -27,7 +27,9 @@ public:
 
     /** Draws the bar, but not more often than the eye can follow. */
     void update(std::uint64_t done);
-    /** The same, with the time that is left and a note behind it. */
+    /** What was done up to here came from somewhere else: it says nothing about the time that is left. */
+    void beginAt(std::uint64_t done);
+    /** The same as the first, with the time that is left and a note behind it. */
     void update(std::uint64_t done, const std::string& note);
 
 private:
@@ -38,7 +40,9 @@ private:
     std::string_view m_things;
     bool m_isShown;
     bool m_isDrawn = false;
+    /** When what was measured began, and how much there was. */
     std::chrono::steady_clock::time_point m_begin;
+    std::uint64_t m_doneAtBegin = 0;
     std::chrono::steady_clock::time_point m_next;
 };
 

@@ -106,12 +106,12 @@ public:
 
     Judgement operator()(const ExpectLeakage& expected) const {
         const LeakingTransmitter& transmitter = *m_radio.transmitter(expected.channel);
-        const std::string limit = "less than " + inTwoDecimals(expected.limit) + " dBc";
+        const std::string limit = "less than " + levelText(expected.limit);
         if (transmitter.surroundings().carrier == 0) {
             return {false, limit, "no carrier"};
         }
         const double level = transmitter.level();
-        return {level < expected.limit, limit, inTwoDecimals(level) + " dBc"};
+        return {level < expected.limit, limit, levelText(level)};
     }
 
     Judgement operator()(const ExpectWrites& expected) const {

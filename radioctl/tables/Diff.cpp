@@ -1,8 +1,8 @@
 #include "tables/Diff.h"
 
+#include "BoardNames.h"
 #include "InputError.h"
 #include "Words.h"
-#include "calibration/Settings.h"
 
 #include <algorithm>
 #include <cmath>
@@ -155,7 +155,7 @@ Difference compare(const Source& before, const Source& after, const Board* model
     Difference difference;
     for (const Pair& pair : pairUp(before, after, channel, difference)) {
         const LeakageDescription* const leakage =
-            model != nullptr && pair.channel ? Calibration::leakageOf(*model, *pair.channel) : nullptr;
+            model != nullptr && pair.channel ? findLeakage(*model, *pair.channel) : nullptr;
         difference.channels.push_back(compareNodes(pair, leakage, after));
     }
     if (difference.channels.empty()) {

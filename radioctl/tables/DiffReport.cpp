@@ -3,7 +3,6 @@
 #include "JsonLine.h"
 #include "TextTable.h"
 #include "Words.h"
-#include "tables/Levels.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -79,7 +78,7 @@ void writeLevels(TextTable& table, const ChannelDifference& channel) {
     const std::size_t count = gotWorse(channel);
     const NodeDifference& node = most(channel, [](const NodeDifference& n) { return n.worsening(); });
     table.add({"got worse", counted(count, "node"),
-               count == 0 ? "" : "most by " + decimals(node.worsening(), 2) + " dB, " + placeOf(node)});
+               count == 0 ? "" : "most by " + inTwoDecimals(node.worsening()) + " dB, " + placeOf(node)});
 }
 
 void writeSummary(std::ostream& out, const ChannelDifference& channel) {
@@ -115,8 +114,8 @@ void writeNodes(std::ostream& out, const ChannelDifference& channel, bool all) {
     for (std::size_t index = 0; index < shown; ++index) {
         const NodeDifference& node = *nodes[index];
         table.add({text(node.carrier), text(node.temperature), change(node, &LoCorrections::i),
-                   change(node, &LoCorrections::q), decimals(node.move(), 1),
-                   hasLevels ? decimals(*node.levelBefore, 2) + " -> " + decimals(*node.levelAfter, 2) : ""});
+                   change(node, &LoCorrections::q), inDecimals(node.move(), 1),
+                   hasLevels ? inTwoDecimals(*node.levelBefore) + " -> " + inTwoDecimals(*node.levelAfter) : ""});
     }
     out << "\n";
     table.write(out);
@@ -129,14 +128,6 @@ void writeOnly(std::ostream& out, const std::vector<int>& channels, const std::s
     for (const int channel : channels) {
         out << "channel " << channel << ": only in " << harmless(file) << "\n";
     }
-}
-
-Json jsonOf(const std::optional<double>& level) {
-    return level ? Json(*level) : Json(nullptr);
-}
-
-Json jsonOf(const std::optional<int>& number) {
-    return number ? Json(*number) : Json(nullptr);
 }
 
 } // namespace
@@ -161,7 +152,7 @@ void writeJson(std::ostream& out, const Difference& difference, const std::strin
     for (const ChannelDifference& channel : difference.channels) {
         for (const NodeDifference* const node : movedNodes(channel)) {
             writeJsonLine(out, {{"event", "moved"},
-                                {"channel", jsonOf(channel.channel)},
+                                {"channel", orNull(channel.channel)},
                                 {"khz", node->carrier},
                                 {"degrees", node->temperature},
                                 {"i_before", node->before.i},
@@ -169,23 +160,23 @@ void writeJson(std::ostream& out, const Difference& difference, const std::strin
                                 {"q_before", node->before.q},
                                 {"q_after", node->after.q},
                                 {"move", node->move()},
-                                {"dbc_before", jsonOf(node->levelBefore)},
-                                {"dbc_after", jsonOf(node->levelAfter)}});
+                                {"dbc_before", orNull(node->levelBefore)},
+                                {"dbc_after", orNull(node->levelAfter)}});
         }
         const bool hasLevels = channel.nodes.front().levelBefore.has_value();
         writeJsonLine(
             out,
             {{"event", "channel"},
-             {"channel", jsonOf(channel.channel)},
+             {"channel", orNull(channel.channel)},
              {"nodes", channel.nodes.size()},
              {"moved", channel.moved()},
              {"axes_differ", channel.axesDiffer},
              {"largest_i", std::abs(moveOf(largestMove(channel, &LoCorrections::i), &LoCorrections::i))},
              {"largest_q", std::abs(moveOf(largestMove(channel, &LoCorrections::q), &LoCorrections::q))},
              {"worst_dbc_before",
-              hasLevels ? jsonOf(worst(channel, &NodeDifference::levelBefore).levelBefore) : Json(nullptr)},
+              hasLevels ? orNull(worst(channel, &NodeDifference::levelBefore).levelBefore) : Json(nullptr)},
              {"worst_dbc_after",
-              hasLevels ? jsonOf(worst(channel, &NodeDifference::levelAfter).levelAfter) : Json(nullptr)},
+              hasLevels ? orNull(worst(channel, &NodeDifference::levelAfter).levelAfter) : Json(nullptr)},
              {"got_worse", hasLevels ? Json(gotWorse(channel)) : Json(nullptr)}});
     }
     writeJsonLine(out, {{"event", "compared"},

@@ -3,7 +3,6 @@
 #include "BoardNames.h"
 #include "InputError.h"
 #include "Words.h"
-#include "calibration/Settings.h"
 #include "tables/Corrections.h"
 #include "tables/TableFile.h"
 #include "tables/TableLint.h"
@@ -103,25 +102,6 @@ LintedTable tableOf(const CsvFile& file, const NodeGrid& grid, const std::string
 
 // Boards
 
-Coverage neededBy(const Board& board, int channel) {
-    Coverage needed{std::nullopt, board.limits.temperature};
-    for (const RasterDescription& raster : board.rasters) {
-        const bool isOfChannel =
-            std::find(raster.channels.begin(), raster.channels.end(), channel) != raster.channels.end();
-        for (const CarrierRow& row : raster.rows) {
-            if (!isOfChannel || !row.transmit || row.count == 0) {
-                continue;
-            }
-            const std::int64_t first = row.first;
-            const std::int64_t last = first + std::int64_t{row.step} * (row.count - 1);
-            needed.carriers = needed.carriers ? Range{std::min(needed.carriers->low, first),
-                                                      std::max(needed.carriers->high, last)}
-                                              : Range{first, last};
-        }
-    }
-    return needed;
-}
-
 /** The two tables of one channel. */
 class ChannelLint {
 public:
@@ -189,14 +169,14 @@ void ChannelLint::run() {
     lintMissing();
     const std::optional<LintedTable> i = usable(m_i, "I");
     const std::optional<LintedTable> q = usable(m_q, "Q");
-    const Coverage needed = neededBy(m_board, m_channel);
+    const Coverage needed{transmitBand(m_board, m_channel), m_board.limits.temperature};
     if (i && q) {
         lintBoth(*i, *q, needed);
     } else if (i || q) {
         const LintedTable& only = i ? *i : *q;
         lintAxes(only.label, only, needed, m_findings);
     }
-    const LeakageDescription* const leakage = Calibration::leakageOf(m_board, m_channel);
+    const LeakageDescription* const leakage = findLeakage(m_board, m_channel);
     for (const auto& [linted, member] :
          {std::pair(&i, &LeakageDescription::i), std::pair(&q, &LeakageDescription::q)}) {
         if (*linted) {

@@ -1,6 +1,6 @@
 #include "tables/Misfits.h"
 
-#include "tables/Statistics.h"
+#include "Median.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #include "tables/TableLint.h"
 
+#include "Median.h"
 #include "Words.h"
 #include "tables/Misfits.h"
-#include "tables/Statistics.h"
 
 #include <algorithm>
 #include <cmath>

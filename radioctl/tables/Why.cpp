@@ -3,7 +3,6 @@
 #include "BoardNames.h"
 #include "ResultCode.h"
 #include "Words.h"
-#include "calibration/Settings.h"
 #include "tables/Corrections.h"
 
 #include <algorithm>
@@ -145,7 +144,7 @@ void Explainer::findUnexpectedWrites() {
 }
 
 void Explainer::addLevels() {
-    const LeakageDescription* const leakage = Calibration::leakageOf(m_board, channel());
+    const LeakageDescription* const leakage = findLeakage(m_board, channel());
     if (leakage == nullptr) {
         return;
     }

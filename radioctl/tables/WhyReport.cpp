@@ -4,7 +4,6 @@
 #include "ResultCode.h"
 #include "TextTable.h"
 #include "Words.h"
-#include "tables/Levels.h"
 
 namespace Radioctl::Tables {
 
@@ -45,7 +44,7 @@ void writeLookup(std::ostream& out, const Lookup& lookup) {
     writeClamping(out, lookup.axis2, "degrees", lookup.nodes.front().x2);
     out << "  exactly " << toString(lookup.value);
     if (lookup.value.numerator != 0) {
-        out << ", which is about " << decimals(asDouble(lookup.value), 3) << "; rounded "
+        out << ", which is about " << inDecimals(asDouble(lookup.value), 3) << "; rounded "
             << lookup.value.rounded();
     }
     out << "\n";
@@ -66,10 +65,6 @@ void writeBranch(std::ostream& out, const BranchReason& branch) {
         out << "  " << branch.driver << " <- " << *branch.written
             << (isFailure(branch.code) ? "  FAILED " + codeText(branch.code) : "") << "\n";
     }
-}
-
-Json jsonOf(const std::optional<double>& level) {
-    return level ? Json(*level) : Json(nullptr);
 }
 
 Json jsonOf(const BranchReason& branch) {
@@ -97,7 +92,7 @@ Json jsonOf(const BranchReason& branch) {
     }
     event["computed"] = branch.computed;
     event["driver"] = branch.driver;
-    event["written"] = branch.written ? Json(*branch.written) : Json(nullptr);
+    event["written"] = orNull(branch.written);
     event["code"] = branch.code;
     return event;
 }
@@ -143,8 +138,8 @@ void writeJson(std::ostream& out, const Board& board, const Reason& reason) {
     }
     writeJsonLine(out, {{"event", "explained"},
                         {"no_correction", reason.whyNone.empty() ? Json(nullptr) : Json(reason.whyNone)},
-                        {"dbc", jsonOf(reason.level)},
-                        {"dbc_without", jsonOf(reason.levelWithout)},
+                        {"dbc", orNull(reason.level)},
+                        {"dbc_without", orNull(reason.levelWithout)},
                         {"complaints", reason.complaints},
                         {"disagreements", reason.disagreements},
                         {"ok", reason.disagreements.empty()}});

@@ -17,8 +17,8 @@ std::string momentCell(std::int64_t seconds, std::int32_t degrees) {
 
 void writeWorst(std::ostream& out, const std::string& what, const WorstFigure& without,
                 const WorstFigure& with) {
-    out << "<tr>" << cell(what) << numberCell(figureText(without.dBc))
-        << momentCell(without.seconds, without.degrees) << numberCell(figureText(with.dBc))
+    out << "<tr>" << cell(what) << numberCell(levelText(without.dBc))
+        << momentCell(without.seconds, without.degrees) << numberCell(levelText(with.dBc))
         << momentCell(with.seconds, with.degrees) << "</tr>\n";
 }
 

@@ -7,20 +7,12 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
-#include <iomanip>
 
 namespace Radioctl::Thermal {
 
 namespace {
 
 /** Figures are given to a hundredth of a dB: more is finer than anybody measures. */
-std::string hundredths(double number) {
-    std::array<char, 32> text{};
-    static_cast<void>(std::snprintf(text.data(), text.size(), "%.2f", number));
-    return text.data();
-}
-
 double rounded(double dBc) {
     return std::round(dBc * 100) / 100;
 }
@@ -31,8 +23,8 @@ std::string momentText(std::int64_t seconds, std::int32_t degrees) {
 
 void addWorst(TextTable& table, const std::string& what, const WorstFigure& without,
               const WorstFigure& with) {
-    table.add({what, figureText(without.dBc), momentText(without.seconds, without.degrees),
-               figureText(with.dBc), momentText(with.seconds, with.degrees)});
+    table.add({what, levelText(without.dBc), momentText(without.seconds, without.degrees),
+               levelText(with.dBc), momentText(with.seconds, with.degrees)});
 }
 
 Json toJson(const WorstFigure& figure) {
@@ -66,10 +58,6 @@ std::string temperatureSpan(const ThermalLog& log) {
     return std::to_string(coldest->degrees) + " to " + std::to_string(hottest->degrees) + " degrees";
 }
 
-std::string figureText(double dBc) {
-    return hundredths(dBc) + " dBc";
-}
-
 std::string stepText(const DriverTotals& driver) {
     return driver.largestStep ? std::to_string(driver.largestStep->size) : "-";
 }
@@ -100,8 +88,7 @@ void ThermalText::finished(const ReplayTotals& totals, const ReplayEnd& end) {
         m_out << "The radio complained " << counted(totals.complaints, "time")
               << ", first: " << totals.firstComplaint << "\n";
     }
-    m_out << counted(totals.samples, "sample") << " in " << std::fixed << std::setprecision(2) << end.seconds
-          << " s: " << counted(totals.notifications, "notification") << ", " << counted(writes, "write")
+    m_out << counted(totals.samples, "sample") << " in " << inTwoDecimals(end.seconds) << " s: " << counted(totals.notifications, "notification") << ", " << counted(writes, "write")
           << ", " << unchanged << " of them without change.\n"
           << std::flush;
 }
@@ -207,7 +194,7 @@ void ThermalCsv::told(const ChannelTotals& channel, const Moment& moment) {
     if (const auto& figures = moment.figures) {
         for (const double dBc : {figures->without.image, figures->with.image, figures->without.carrierLeakage,
                                  figures->with.carrierLeakage}) {
-            m_out << ',' << hundredths(dBc);
+            m_out << ',' << inTwoDecimals(dBc);
         }
         m_out << '\n';
     } else {

@@ -28,8 +28,6 @@ struct ReplayEnd {
 
 /** "-33 to 55 degrees". */
 std::string temperatureSpan(const ThermalLog& log);
-/** A figure as people read it, for example "-41.27 dBc". */
-std::string figureText(double dBc);
 /** The driver's largest step, for example "-12"; "-" before there was one. */
 std::string stepText(const DriverTotals& driver);
 

@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <csignal>
 #include <iterator>
 #include <random>
@@ -177,21 +178,12 @@ class CalibrateDemonstrationTest : public CalibrateProgramTest,
 protected:
     CalibrateDemonstrationTest() {
         std::filesystem::copy_file(boards() / "lo-leakage-18ghz.toml", "lo-leakage-18ghz.toml");
-        // Thousands of probes: on a disk they would take their time.
-        m_journal = std::filesystem::is_directory("/dev/shm")
-                        ? "/dev/shm/" + std::filesystem::current_path().filename().string() + ".journal"
-                        : "demonstration.journal";
     }
-    ~CalibrateDemonstrationTest() override { std::filesystem::remove(m_journal); }
 
-    Ending calibrateDemonstration() const {
-        return runProgram({{"calibrate", "lo-leakage-18ghz.toml", "--channel", GetParam(), "--json",
-                            "--journal", m_journal}});
+    static Ending calibrateDemonstration() {
+        return runProgram({{"calibrate", "lo-leakage-18ghz.toml", "--channel", GetParam(), "--json"}});
     }
     static std::filesystem::path boards() { return RADIOCTL_BOARDS; }
-
-private:
-    std::string m_journal;
 };
 
 TEST_P(CalibrateDemonstrationTest, LeakageAtTheNodesIsThirtyDecibelsLowerAtLeast) {
@@ -312,9 +304,10 @@ TEST_F(CalibrateProgramTest, JournalOfAnotherSearchIsFoundOut) {
     write(journal, entered);
     const Ending ending = calibrate({"--resume"});
     EXPECT_EQ(ending.exitCode, 3);
-    EXPECT_THAT(ending.errors,
-                HasSubstr("radioctl: board.channel-1.journal:3: a probe at I 1001, Q -1000, but this "
-                          "search has one at I 1000, Q -1000: the journal is of another search\n"));
+    EXPECT_THAT(
+        ending.errors,
+        HasSubstr("radioctl: board.channel-1.journal:3: a probe at I 1001, Q -1000, but this "
+                  "search has one at I 1000, Q -1000: the journal is damaged, or of another search\n"));
 }
 
 TEST_F(CalibrateProgramTest, NothingToResume) {
@@ -326,6 +319,129 @@ TEST_F(CalibrateProgramTest, JournalThatCannotBeWrittenEndsItAtOnce) {
     const Ending ending = calibrate({"--journal", "missing/x.journal"});
     EXPECT_EQ(ending.exitCode, 3);
     EXPECT_THAT(ending.errors, StartsWith("radioctl: missing/x.journal: cannot be written"));
+}
+
+TEST_F(CalibrateProgramTest, LineThatWasCutOffIsTakenOutOfTheJournal) {
+    calibrate();
+    const std::string entered = contentOf(journal);
+    write(journal, entered.substr(0, entered.size() / 2)); // inside a line
+    ASSERT_EQ(calibrate({"--resume"}).exitCode, 0);
+    EXPECT_EQ(calibrate({"--offline", journal}).exitCode, 0);
+    EXPECT_EQ(linesOf(journal), static_cast<std::size_t>(std::count(entered.begin(), entered.end(), '\n')));
+}
+
+TEST_F(CalibrateProgramTest, ResumedCalibrationHasTheDateOfItsBeginning) {
+    calibrate();
+    std::string entered = contentOf(journal);
+    entered.replace(entered.find("\"date\":\"2"), 9, "\"date\":\"1");
+    write(journal, entered.substr(0, entered.size() / 2));
+    calibrate({"--resume"});
+    EXPECT_THAT(contentOf(csv), HasSubstr("# date: 1"));
+}
+
+TEST_F(CalibrateProgramTest, FinishedCalibrationIsNotStoredTwice) {
+    calibrate();
+    const std::size_t lines = linesOf(journal);
+    EXPECT_THAT(calibrate({"--resume"}).output,
+                EndsWith("\nStored before, and the same: board.channel-1.csv\n"));
+    EXPECT_EQ(linesOf(journal), lines);
+    EXPECT_FALSE(isThere("board.channel-1.csv.~1~"));
+}
+
+TEST_F(CalibrateProgramTest, ResumesTheSameRadioOnly) {
+    calibrate();
+    std::string board = leakageBoard();
+    board.replace(board.find("T-1"), 3, "T-2");
+    write("board.toml", board);
+    EXPECT_EQ(calibrate({"--resume"}).errors,
+              "radioctl: board.channel-1.journal:1: serial: begun with \"T-1\", now asked for with \"T-2\"; "
+              "--restart begins anew\n");
+}
+
+TEST_F(CalibrateProgramTest, ChangedTransmitterIsNoticed) {
+    calibrate();
+    std::string board = leakageBoard();
+    board.replace(board.find("level = -26.0206"), 16, "level = -26.0205");
+    write("board.toml", board);
+    const std::string complaint =
+        "radioctl: board.channel-1.journal:1: transmitter: the board's [[leakage]] of the "
+        "channel has changed since; --restart begins anew\n";
+    EXPECT_EQ(calibrate({"--resume"}).errors, complaint);
+    EXPECT_EQ(calibrate({"--offline", journal}).errors, complaint);
+}
+
+TEST_F(CalibrateProgramTest, OldTablesDoNotChangeWhatIsFound) {
+    write("board.toml", leakageBoard("range = [0, 4095], settling = 5.0"));
+    calibrate({"--settle-time", "3", "--accept-edge"});
+    const std::string first = tables();
+    calibrate({"--settle-time", "3", "--accept-edge", "--restart"});
+    EXPECT_EQ(tables(), first);
+}
+
+TEST_F(CalibrateProgramTest, SettleTimeDoesNotHoldBackCtrlC) {
+    Process process({arguments({"--real-time", "--settle-time", "60000"})});
+    ASSERT_TRUE(process.waitUntilItCatches(SIGINT));
+    ASSERT_TRUE(process.waitFor("degrees\n"));
+    process.signal(SIGINT);
+    EXPECT_EQ(process.finish().exitCode, 130); // finish() gives up after 10 s
+}
+
+TEST_F(CalibrateProgramTest, ProgressIsShownAtATerminal) {
+    Invocation invocation{arguments({"--real-time", "--settle-time", "2"})};
+    invocation.atTerminal = true;
+    invocation.environment = {{"TERM", "xterm"}};
+    Process process(invocation);
+    const std::string output = process.finish().output;
+    EXPECT_THAT(output,
+                testing::ContainsRegex("[1-5] of 6 points, [0-9]+ s left, leakage up to -[0-9.]+ dBc"));
+}
+
+TEST_F(CalibrateProgramTest, EveryFileIsOneOfItsOwn) {
+    calibrate();
+    const std::string board = contentOf("board.toml");
+    const std::string entered = contentOf(journal);
+    const auto complaint = [](const std::vector<std::string>& options) {
+        const Ending ending = calibrate(options);
+        EXPECT_EQ(ending.exitCode, 2);
+        return ending.errors;
+    };
+    EXPECT_EQ(complaint({"--html", "board.toml"}),
+              "radioctl: --html: board.toml is the board, expected a file of its own\n");
+    EXPECT_EQ(complaint({"--html", csv}),
+              "radioctl: --html: board.channel-1.csv is the tables, expected a file of its own\n");
+    EXPECT_EQ(complaint({"--html", "./board.channel-1.journal"}),
+              "radioctl: --html: ./board.channel-1.journal is the journal, expected a file of its own\n");
+    EXPECT_EQ(complaint({"--out", "board.toml"}),
+              "radioctl: the tables: board.toml is the board, expected a file of its own\n");
+    EXPECT_EQ(complaint({"--journal", "board.toml", "--restart"}),
+              "radioctl: the journal: board.toml is the board, expected a file of its own\n");
+    EXPECT_EQ(contentOf("board.toml"), board);
+    EXPECT_EQ(contentOf(journal), entered);
+}
+
+TEST_F(CalibrateProgramTest, WhatIsNoJournalIsNotPutAway) {
+    write("notes", "mine\n");
+    const Ending ending = calibrate({"--journal", "notes", "--restart"});
+    EXPECT_EQ(ending.exitCode, 3);
+    EXPECT_EQ(ending.errors,
+              "radioctl: notes:1: expected the JSON object with which a calibration journal begins\n");
+    EXPECT_EQ(contentOf("notes"), "mine\n");
+    EXPECT_EQ(calibrate({"--journal", "/dev/null", "--restart"}).errors,
+              "radioctl: /dev/null: no ordinary file, expected a calibration journal\n");
+}
+
+TEST_F(CalibrateProgramTest, FilesThatCannotBeWrittenAreNoticedBeforeTheFirstProbe) {
+    EXPECT_EQ(calibrate({"--out", "missing/x.csv"}).errors,
+              "radioctl: missing/x.csv: cannot be written: No such file or directory\n");
+    EXPECT_EQ(calibrate({"--html", "missing/x.html"}).errors,
+              "radioctl: missing/x.html: cannot be written: No such file or directory\n");
+    EXPECT_FALSE(isThere(journal));
+}
+
+TEST_F(CalibrateProgramTest, TablesThatCouldNotBeWrittenAreTold) {
+    const Ending ending = calibrate({"--out", "/dev/full"});
+    EXPECT_EQ(ending.exitCode, 3);
+    EXPECT_THAT(ending.output, HasSubstr("\nNo tables were stored: /dev/full: could not be written"));
 }
 
 // Offline
@@ -363,8 +479,24 @@ TEST_F(CalibrateProgramTest, OfflineNamesThePointsThatTheJournalLacks) {
     EXPECT_EQ(ending.exitCode, 1);
     EXPECT_THAT(ending.output,
                 AllOf(HasSubstr("  18100000       50  -  -"), HasSubstr("failed: the journal ends here\n"),
-                      EndsWith("No tables were stored: 1 point without corrections.\n")));
+                      HasSubstr("\nNo tables were stored: 1 point without corrections. ")));
     EXPECT_FALSE(isThere("part.csv"));
+}
+
+TEST_F(CalibrateProgramTest, OfflineIsContentWithEdges) {
+    calibrate({"--i-range", "-300", "1000"});
+    const Ending ending = calibrate({"--offline", journal});
+    EXPECT_EQ(ending.exitCode, 0);
+    EXPECT_THAT(ending.output, EndsWith("No tables were asked for.\n"));
+}
+
+TEST_F(CalibrateProgramTest, CarrierThatTheHardwareDoesNotTakeFails) {
+    std::string board = leakageBoard();
+    const std::string driver = "\"channel.1.tx.rf.lo.frequency.in.hz\" = {";
+    board.replace(board.find(driver), driver.size(), driver + " without = [\"write-buffer\"] ");
+    write("board.toml", board);
+    EXPECT_NE(calibrate().exitCode, 0);
+    EXPECT_FALSE(isThere(csv));
 }
 
 TEST_F(CalibrateProgramTest, OfflineMeasuresNothingNew) {
@@ -384,8 +516,10 @@ TEST_F(CalibrateProgramTest, StuckDetectorStoresNothing) {
     write("board.toml", board);
     const Ending ending = calibrate();
     EXPECT_EQ(ending.exitCode, 1);
-    EXPECT_THAT(ending.output, AllOf(HasSubstr("failed: every reading is 0: the detector is stuck\n"),
-                                     EndsWith("No tables were stored: 6 points without corrections.\n")));
+    EXPECT_THAT(ending.output,
+                AllOf(HasSubstr("failed: every reading is 0: the detector is stuck\n"),
+                      EndsWith("\nNo tables were stored: 6 points without corrections. When what is said "
+                               "about them is mended, --restart begins anew.\n")));
     EXPECT_FALSE(isThere(csv));
 }
 
@@ -452,10 +586,12 @@ TEST_F(CalibrateProgramTest, PointAtTheEdgeIsNotStoredSilently) {
     // I = -480 and less would be needed.
     const Ending ending = calibrate({"--i-range", "-300", "1000"});
     EXPECT_EQ(ending.exitCode, 1);
-    EXPECT_THAT(ending.output,
-                AllOf(HasSubstr("edge: I ended at the low edge of its range, -300\n"),
-                      EndsWith("No tables were stored: the search ended at the edge of a range for 6 points; "
-                               "--resume --accept-edge stores them all the same.\n")));
+    EXPECT_THAT(
+        ending.output,
+        AllOf(
+            HasSubstr("edge: I ended at the low edge of its range, -300\n"),
+            EndsWith("No tables were stored: the search ended at the edge of a range for 6 points; the same "
+                     "once more with --accept-edge, and with --resume after a measurement, stores them.\n")));
     EXPECT_FALSE(isThere(csv));
 }
 
@@ -470,7 +606,7 @@ TEST_F(CalibrateProgramTest, AcceptedEdgesAreMarkedInTheTables) {
 
 TEST_F(CalibrateProgramTest, BoardWithoutTheChannelIsRefused) {
     EXPECT_EQ(runProgram({{"calibrate", "board.toml", "--channel", "2"}}).errors,
-              "radioctl: board.toml: no channel 2, expected one of 1\n");
+              "radioctl: --channel: board.toml has no channel 2; it has: 1\n");
 }
 
 TEST_F(CalibrateProgramTest, BoardWithoutALeakageIsRefused) {
@@ -500,6 +636,15 @@ TEST_F(CalibrateProgramTest, TablesInsideTheBoardAreNotReplaced) {
     EXPECT_FALSE(isThere(journal));
 }
 
+TEST_F(CalibrateProgramTest, BothTablesComeFromOneFile) {
+    std::string board = leakageBoard();
+    const std::string file = "file = \"board.channel-1.csv\"\ncolumn = \"q\"\n";
+    board.replace(board.find(file), file.size(), "file = \"other.csv\"\ncolumn = \"q\"\n");
+    write("board.toml", board);
+    EXPECT_THAT(calibrate().errors,
+                HasSubstr("comes from another file than that of I, expected one for both, or --out"));
+}
+
 TEST_F(CalibrateProgramTest, WrongOptionsAreNamed) {
     const auto complaint = [](const std::vector<std::string>& options) {
         const Ending ending = calibrate(options);
@@ -515,9 +660,11 @@ TEST_F(CalibrateProgramTest, WrongOptionsAreNamed) {
                 HasSubstr("--band: 18.1GHz and 18GHz, expected the lowest carrier first"));
     EXPECT_THAT(complaint({"--temperatures", "5,5"}), HasSubstr("--temperatures: 5 is there twice"));
     EXPECT_THAT(complaint({"--detector", "middle"}), HasSubstr("--detector"));
-    EXPECT_THAT(complaint({"--serial", ""}), HasSubstr("--serial: \"\", expected printable characters"));
-    EXPECT_THAT(complaint({"--serial", "a\nb"}), HasSubstr("expected printable characters"));
+    EXPECT_THAT(complaint({"--serial", ""}),
+                HasSubstr("--serial: \"\", expected 1 to 100 printable characters"));
+    EXPECT_THAT(complaint({"--serial", "a\nb"}), HasSubstr("expected 1 to 100 printable characters"));
     EXPECT_THAT(complaint({"--serial", "\xff"}), HasSubstr("expected UTF-8"));
+    EXPECT_THAT(complaint({"--step", "0"}), HasSubstr("--step: \"0\", expected from 1 to 2147483647 kHz"));
     EXPECT_THAT(complaint({"--resume", "--restart"}),
                 HasSubstr("--resume, --restart and --offline exclude each other"));
 }

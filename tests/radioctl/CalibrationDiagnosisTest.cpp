@@ -1,5 +1,6 @@
 #include "calibration/Diagnosis.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace Radioctl::Calibration {
@@ -90,6 +91,26 @@ TEST_F(CalibrationDiagnosis, ResultAtTheEndOfARangeIsAtTheEdge) {
     EXPECT_EQ(state(), PointState::edge);
     EXPECT_EQ(remark(),
               "I ended at the high edge of its range, 1000; Q ended at the high edge of its range, 1000");
+}
+
+TEST_F(CalibrationDiagnosis, EachBranchHasARangeOfItsOwn) {
+    settings.q = {-50, 50};
+    point.q = 50;
+    EXPECT_EQ(remark(), "Q ended at the high edge of its range, 50");
+    point.q = 0;
+    point.i = 50;
+    EXPECT_EQ(state(), PointState::good);
+}
+
+TEST_F(CalibrationDiagnosis, AsMuchLeakageAsWithoutCorrectionsIsNotMore) {
+    point.after = point.before;
+    EXPECT_EQ(state(), PointState::good);
+}
+
+TEST_F(CalibrationDiagnosis, LargestDifferenceCounts) {
+    point.probes.push_back({-1000, -1000, 1920});
+    point.probes.push_back({1000, -1000, 1999});
+    EXPECT_THAT(remark(), testing::HasSubstr("differ by up to 20:"));
 }
 
 TEST_F(CalibrationDiagnosis, EdgeIsAsWideAsTheLastRange) {

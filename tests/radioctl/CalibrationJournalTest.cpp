@@ -5,8 +5,10 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
+#include <vector>
 
 namespace Radioctl::Calibration {
 namespace {
@@ -35,17 +37,18 @@ protected:
         settings.maxIterations = 30;
         settings.settleTime = 5;
         settings.useHighDetector = true;
-        return {"Test radio", "T-1", "2026-03-01T09:30:00Z", "0.1.0", settings};
+        return {"Test radio", "T-1", "2026-03-01T09:30:00Z", "0.1.0", "0123456789abcdef", settings};
     }
     void write(const std::string& text) const { std::ofstream(file, std::ios::binary) << text; }
     std::string text() const {
         std::ifstream stream(file, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
-    /** What is said about a journal whose second line is `line`. */
+    /** What is said about a journal whose second line is `line`, and whose third one is good. */
     std::string complaintAbout(const std::string& line) const {
+        std::filesystem::remove(file);
         { Journal::begin(file, header()); }
-        write(text() + line + "\n");
+        write(text() + line + "\n" + R"({"khz":18000000,"degrees":-10,"i":1,"q":2,"reading":3})" + "\n");
         return complaint();
     }
     std::string complaint() const {
@@ -70,6 +73,7 @@ TEST_F(CalibrationJournal, GivesBackItsHeader) {
     EXPECT_EQ(read.serial, "T-1");
     EXPECT_EQ(read.date, "2026-03-01T09:30:00Z");
     EXPECT_EQ(read.version, "0.1.0");
+    EXPECT_EQ(read.transmitter, "0123456789abcdef");
     EXPECT_EQ(read.settings.channel, 3);
     EXPECT_EQ(read.settings.frequencies, (std::vector<std::uint32_t>{18000000, 18100000}));
     EXPECT_EQ(read.settings.temperatures, (std::vector<std::int32_t>{-10, 50}));
@@ -165,12 +169,11 @@ TEST_F(CalibrationJournal, HeaderThatWasCutOffIsNoJournal) {
 }
 
 TEST_F(CalibrationJournal, OtherFilesAreRefusedAtTheirFirstLine) {
-    write("name = \"Test radio\"\n");
-    EXPECT_THAT(complaint(), StartsWith(file.string() + ":1: not the beginning of a calibration journal: "));
-    write("{}\n");
-    EXPECT_THAT(complaint(), StartsWith(file.string() + ":1: not the beginning of a calibration journal: "));
-    write("[1]\n");
-    EXPECT_THAT(complaint(), StartsWith(file.string() + ":1: not the beginning of a calibration journal: "));
+    for (const char* const text : {"name = \"Test radio\"\n", "{}\n", "[1]\n", "7\n", "\n"}) {
+        write(text);
+        EXPECT_EQ(complaint(),
+                  file.string() + ":1: expected the JSON object with which a calibration journal begins");
+    }
 }
 
 TEST_F(CalibrationJournal, LaterFormatIsRefused) {
@@ -178,19 +181,129 @@ TEST_F(CalibrationJournal, LaterFormatIsRefused) {
     std::string changed = text();
     changed.replace(changed.find("\"format\":1"), 10, "\"format\":2");
     write(changed);
-    EXPECT_EQ(complaint(), file.string() + ":1: not the beginning of a calibration journal: another kind of "
-                                           "file, or of a later version of this program");
+    EXPECT_EQ(complaint(), file.string() + ":1: another kind of file, or of a later version of this program");
+}
+
+TEST_F(CalibrationJournal, HeaderWithNumbersOutOfRangeIsRefused) {
+    { Journal::begin(file, header()); }
+    const std::string whole = text();
+    const auto complaintWith = [&](const std::string& part, const std::string& other) {
+        std::string changed = whole;
+        changed.replace(changed.find(part), part.size(), other);
+        write(changed);
+        return complaint();
+    };
+    EXPECT_EQ(complaintWith("\"min_delta\":2", "\"min_delta\":1e300"),
+              file.string() + ":1: expected a whole number from 0 to 1000000000, found number");
+    EXPECT_EQ(complaintWith("\"min_delta\":2", "\"min_delta\":18446744073709551615"),
+              file.string() + ":1: expected a whole number from 0 to 1000000000, found number");
+    EXPECT_EQ(complaintWith("18000000,18100000", "18100000,18000000"),
+              file.string() + ":1: not ascending numbers");
+    EXPECT_EQ(complaintWith("18000000,18100000", "18000000,18000000"),
+              file.string() + ":1: not ascending numbers");
+    EXPECT_EQ(complaintWith("[-1000,1000]", "[1000,1000]"), file.string() + ":1: not a range");
+    EXPECT_EQ(complaintWith("[-1000,1000]", "[-1000.5,1000]"),
+              file.string() + ":1: expected a whole number from -1000000000 to 1000000000, found number");
+    EXPECT_EQ(complaintWith("18100000", "4294967295"),
+              file.string() + ":1: expected a whole number from 1 to 2147483647, found number");
 }
 
 TEST_F(CalibrationJournal, LineThatIsNoProbeIsNamed) {
+    const std::string wanted =
+        file.string() + ":2: expected a JSON object with khz, degrees, i, q and reading";
     for (const char* const line :
-         {"", "what", "[]", "7", "{}", R"({"khz":18000000,"degrees":-10,"i":1,"q":2})",
-          R"({"khz":18000000,"degrees":-10,"i":1.5,"q":2,"reading":3})",
-          R"({"khz":18000000,"degrees":-10,"i":2147483648,"q":2,"reading":3})",
-          R"({"khz":18000000,"degrees":-10,"i":1,"q":2,"reading":"x"})"}) {
-        EXPECT_THAT(complaintAbout(line),
-                    StartsWith(file.string() + ":2: not a probe of a calibration journal: "));
+         {"", "what", "[]", "7", "{}", R"({"khz":18000000,"degrees":-10,"i":1,"q":2})"}) {
+        EXPECT_EQ(complaintAbout(line), wanted) << line;
     }
+}
+
+TEST_F(CalibrationJournal, NumberThatIsNoneIsNamed) {
+    const std::string wanted =
+        file.string() + ":2: expected a whole number from -2147483648 to 2147483647, found ";
+    EXPECT_EQ(complaintAbout(R"({"khz":18000000,"degrees":-10,"i":1.5,"q":2,"reading":3})"),
+              wanted + "number");
+    EXPECT_EQ(complaintAbout(R"({"khz":18000000,"degrees":-10,"i":2147483648,"q":2,"reading":3})"),
+              wanted + "number");
+    EXPECT_EQ(complaintAbout(R"({"khz":18000000,"degrees":-10,"i":1,"q":-2147483649,"reading":3})"),
+              wanted + "number");
+    EXPECT_EQ(complaintAbout(R"({"khz":18000000,"degrees":-10,"i":1,"q":2,"reading":"x"})"),
+              wanted + "string");
+}
+
+TEST_F(CalibrationJournal, ProbeElsewhereIsNamed) {
+    EXPECT_EQ(complaintAbout(R"({"khz":18050000,"degrees":-10,"i":1,"q":2,"reading":3})"),
+              file.string() + ":2: no point at 18050000 kHz, -10 degrees");
+    EXPECT_EQ(complaintAbout(R"({"khz":4312967296,"degrees":-10,"i":1,"q":2,"reading":3})"),
+              file.string() + ":2: expected a whole number from 0 to 4294967295, found number");
+}
+
+TEST_F(CalibrationJournal, LastLineThatCannotBeReadWasNeverEntered) {
+    Journal::begin(file, header()).enter(18000000, -10, {7, 8, 9});
+    const std::string whole = text();
+    write(whole + std::string(100, '\0') + "\n");
+    const JournalContent content = readJournal(file);
+    EXPECT_EQ(content.probes.at({-10, 18000000}).size(), 1U);
+    EXPECT_EQ(content.size, whole.size());
+}
+
+TEST_F(CalibrationJournal, NothingIsWrittenOver) {
+    write("mine\n");
+    EXPECT_THROW(Journal::begin(file, header()), InputError);
+    EXPECT_EQ(text(), "mine\n");
+}
+
+TEST_F(CalibrationJournal, EndlessLineIsNotReadToItsEnd) {
+    write(std::string(2000000, 'x'));
+    EXPECT_EQ(complaint(),
+              file.string() + ": has a line of more than a mebibyte, expected a calibration journal");
+}
+
+TEST_F(CalibrationJournal, DirectoryIsNone) {
+    EXPECT_THROW(readJournal(file.parent_path()), InputError);
+}
+
+/** A leakage that has everything. */
+LeakageDescription leakage() {
+    LeakageDescription leakage;
+    leakage.paths = {{}};
+    leakage.highDetector = DetectorDescription();
+    return leakage;
+}
+
+TEST(TransmitterFingerprint, ChangesWithEveryNumber) {
+    const std::string plain = fingerprintOf(leakage());
+    const std::vector<std::function<void(LeakageDescription&)>> changes = {
+        [](auto& l) { l.reference = 1; },
+        [](auto& l) { l.paths[0].level = 1; },
+        [](auto& l) { l.paths[0].levelPerDegree = 1; },
+        [](auto& l) { l.paths[0].levelPerGHz = 1; },
+        [](auto& l) { l.paths[0].phase = 1; },
+        [](auto& l) { l.paths[0].phasePerDegree = 1; },
+        [](auto& l) { l.paths[0].delay = 1; },
+        [](auto& l) { l.paths.push_back({}); },
+        [](auto& l) { l.i.gain = 1; },
+        [](auto& l) { l.i.step = 2; },
+        [](auto& l) { l.q.low = 1; },
+        [](auto& l) { l.q.high = 1; },
+        [](auto& l) { l.skew = 1; },
+        [](auto& l) { l.detector.slope = 1; },
+        [](auto& l) { l.detector.zero = 1; },
+        [](auto& l) { l.detector.floor = 1; },
+        [](auto& l) { l.detector.noise = 1; },
+        [](auto& l) { l.detector.settling = 1; },
+        [](auto& l) { l.detector.step = 2; },
+        [](auto& l) { l.detector.low = 1; },
+        [](auto& l) { l.detector.high = 1; },
+        [](auto& l) { l.highDetector->high = 1; },
+        [](auto& l) { l.highDetector.reset(); },
+        [](auto& l) { l.seed = 1; },
+    };
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        LeakageDescription changed = leakage();
+        changes[i](changed);
+        EXPECT_NE(fingerprintOf(changed), plain) << "change " << i;
+    }
+    EXPECT_EQ(fingerprintOf(leakage()), plain);
 }
 
 /** What is said to somebody who wants to go on with a journal after `change`. */
@@ -218,6 +331,13 @@ TEST_F(CalibrationJournal, GoesOnWithTheSameCalibrationOnly) {
     EXPECT_EQ(
         complaintAfter(header(), [](JournalHeader& wanted) { wanted.settings.useHighDetector = false; }),
         "x.journal:1: detector: begun with \"high\", now asked for with \"low\"; --restart begins anew");
+}
+
+TEST_F(CalibrationJournal, LongListsAreCounted) {
+    EXPECT_EQ(complaintAfter(header(),
+                             [](JournalHeader& wanted) { wanted.settings.frequencies = {1, 2, 3, 4, 5, 6}; }),
+              "x.journal:1: frequencies_khz: begun with [18000000,18100000], now asked for with 6 others; "
+              "--restart begins anew");
 }
 
 TEST_F(CalibrationJournal, DateAndToolMayDiffer) {

@@ -69,11 +69,6 @@ TEST_F(CalibrationSearchPath, ConvergenceIsTheModelledLeakageOfTheBestProbes) {
                 ElementsAre(DoubleNear(-20.0, 0.005), DoubleNear(-40.0, 0.005), DoubleNear(-120.0, 0.005)));
 }
 
-TEST_F(CalibrationSearchPath, MedianIsTheValueInTheMiddle) {
-    EXPECT_EQ(median({5.0, 1.0, 2.0}), 2.0);
-    EXPECT_EQ(median({4.0, 1.0, 3.0, 2.0}), 3.0);
-}
-
 TEST_F(CalibrationSearchPath, ASearchThatHasEndedStaysAtItsLastValue) {
     EXPECT_THAT(medianOf({{-1.0, -9.0}, {-2.0, -3.0, -4.0}, {-3.0}}), ElementsAre(-2.0, -3.0, -4.0));
 }

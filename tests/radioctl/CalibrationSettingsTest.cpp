@@ -120,12 +120,25 @@ TEST_F(CalibrationSettings, MissingOnesAreNamed) {
             ": channel 1: no temperatures, expected temperatures in its [[calibration]], or --temperatures");
 }
 
+TEST_F(CalibrationSettings, BandGoesFromTheLowestToTheHighestRaster) {
+    const std::string rasters =
+        "[[raster]]\nname = \"A\"\ndirection = \"tx\"\nfirst = 200\nlast = 300\nstep = 50\n"
+        "[[raster]]\nname = \"B\"\ndirection = \"both\"\nfirst = 100\nlast = 250\nstep = 50\n"
+        "[[raster]]\nname = \"C\"\ndirection = \"rx\"\nfirst = 1\nlast = 999\nstep = 1\n";
+    EXPECT_THAT(settings("step = 100\ntemperatures = [25]\n\n" + rasters).frequencies,
+                ElementsAre(100, 200, 300));
+}
+
+TEST_F(CalibrationSettings, AsManyPointsAsCanBe) {
+    EXPECT_EQ(settings("band = [1, 40000]\nstep = 1\ntemperatures = [25]").frequencies.size(), 40000U);
+}
+
 TEST_F(CalibrationSettings, TooManyPointsAreRefused) {
     EXPECT_EQ(complaint("band = [1, 200000]\nstep = 1\ntemperatures = [25]"),
-              std::string("board.toml") + ": expected at most 100000 carriers, found 200000");
-    EXPECT_EQ(complaint("band = [1, 60000]\nstep = 1\ntemperatures = [25, 26]"),
+              std::string("board.toml") + ": expected at most 40000 carriers, found 200000");
+    EXPECT_EQ(complaint("band = [1, 30000]\nstep = 1\ntemperatures = [25, 26]"),
               std::string("board.toml") +
-                  ": expected at most 100000 points, found 60000 carriers at 2 temperatures");
+                  ": expected at most 40000 points, found 30000 carriers at 2 temperatures");
 }
 
 /** Line 18 is the first behind "channel = 1" of [[calibration]]. */

@@ -171,6 +171,18 @@ TEST_F(LeakageModelTest, IdealCorrectionsAreTheBestOfTheNeighbours) {
     expectIdeal(-58, -116);
 }
 
+TEST_F(LeakageModelTest, IdealCorrectionsNeedNotBeNextToWhatCancelsEverything) {
+    // 0.1 j, and of Q 0.0031 at 150 degrees: -0.0026847 + 0.00155 j. Exactly -173.21 and -64.52. Q of -65
+    // leaves 0.174504 - 0.00075 j, and 0.0009 whatever I does; Q of -64 leaves 0.171819 + 0.0008 j, and
+    // 0.00082.
+    path().phase = 90.0;
+    leakage.skew = 60.0;
+    leakage.q.gain = 0.0031;
+    expectIdeal(-172, -64);
+    path().phase = -90.0;
+    expectIdeal(172, 64);
+}
+
 TEST_F(LeakageModelTest, IdealCorrectionsMakeTheBestOfARangeThatIsTooSmall) {
     // -0.1. I would have to be 100. With 50, -0.05 is left, of which 0.001 at 120 degrees takes off most with
     // -25: the part of -0.05 in this direction is 0.025.

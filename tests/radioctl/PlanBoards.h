@@ -54,6 +54,21 @@ public:
         return board;
     }
 
+    /**
+     * The LO of channel 1 leaks with `level` dBc, in phase with I, at all carriers and temperatures. A unit
+     * of either correction is `gain` of the signal's amplitude.
+     */
+    static LeakageDescription leakage(double level, double gain) {
+        LeakageDescription leakage;
+        leakage.channel = 1;
+        leakage.reference = 18'000'000;
+        leakage.paths.emplace_back().level = level;
+        leakage.i = {"channel.1.tx.rf.mixer.i", gain, 1, -1000, 1000};
+        leakage.q = {"channel.1.tx.rf.mixer.q", gain, 1, -1000, 1000};
+        leakage.detector.driver = "channel.1.tx.rf.detector.v";
+        return leakage;
+    }
+
     static void set(Board& board, const std::string& name, const std::vector<std::int32_t>& values) {
         const auto found =
             std::find_if(board.variables.begin(), board.variables.end(),

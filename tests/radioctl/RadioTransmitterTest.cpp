@@ -33,12 +33,7 @@ protected:
         for (TableDescription& table : result.tables) {
             table.table.axis1.clear(); // as of a file that is not there
         }
-        LeakageDescription leakage;
-        leakage.channel = 1;
-        leakage.reference = 18'000'000;
-        leakage.paths.emplace_back().level = -20.0;
-        leakage.i = {"channel.1.tx.rf.mixer.i", 0.001, 1, -1000, 1000};
-        leakage.q = {"channel.1.tx.rf.mixer.q", 0.001, 1, -1000, 1000};
+        LeakageDescription leakage = PlanBoards::leakage(-20.0, 0.001);
         leakage.detector = {"channel.1.tx.rf.detector.v", 25.0, -95.0, -120.0, 0.0, 1, 0, 4095, 1.0};
         result.leakages = {leakage};
         return result;

@@ -38,14 +38,28 @@ protected:
     /** The LO leaks with 1/20 of the amplitude in phase with I: I = -500 takes it away. */
     static Board leaking() {
         Board board = PlanBoards::microwave(::FrequencyHandler::MicrowaveBoardHz);
-        LeakageDescription leakage;
-        leakage.channel = 1;
-        leakage.reference = 18'000'000;
-        leakage.paths = {{-26.0206, 0, 0, 0, 0, 0}};
-        leakage.i = {"channel.1.tx.rf.mixer.i", 1e-4, 1, -1000, 1000};
-        leakage.q = {"channel.1.tx.rf.mixer.q", 1e-4, 1, -1000, 1000};
-        board.leakages = {leakage};
+        board.leakages = {PlanBoards::leakage(-26.0206, 1e-4)};
         return board;
+    }
+    /** A table for carriers 1 to `carriers` kHz, at temperatures from 1 to `temperatures`, of the value 0. */
+    static CalibrationTable table(std::int32_t carriers, std::int32_t temperatures) {
+        CalibrationTable table;
+        for (std::int32_t carrier = 1; carrier <= carriers; ++carrier) {
+            table.axis1.push_back(carrier);
+        }
+        for (std::int32_t degrees = 1; degrees <= temperatures; ++degrees) {
+            table.axis2.push_back(degrees);
+        }
+        table.values.resize(table.axis1.size() * table.axis2.size());
+        return table;
+    }
+    /** Compares a table of these carriers and one temperature with one of a carrier and these temperatures.
+     */
+    static Difference compareCrossed(std::int32_t carriers, std::int32_t temperatures) {
+        const CalibrationTable before = table(carriers, 1);
+        const CalibrationTable after = table(1, temperatures);
+        return compare({"a.csv", {{1, before, before}}, {}}, {"b.csv", {{1, after, after}}, {}}, nullptr,
+                       std::nullopt);
     }
     static std::string textOf(const Difference& difference, bool all = false) {
         std::ostringstream out;
@@ -73,6 +87,15 @@ TEST_F(TablesDiffTest, OtherNodesAreComparedByWhatTheTablesGiveThere) {
     EXPECT_FALSE(difference.isThere());
     EXPECT_TRUE(difference.channels.front().axesDiffer);
     EXPECT_EQ(difference.channels.front().nodes.size(), 3U);
+}
+
+TEST_F(TablesDiffTest, AxesOfOneBranchAloneMayDiffer) {
+    Source before = source("a", {1}, 5);
+    before.channels.front().q = {"", {1, 2}, {1}, {5, 5}};
+    EXPECT_TRUE(compare(before, source("b", {1}, 5), nullptr, {}).channels.front().axesDiffer);
+    before.channels.front().q = {"", {1}, {1, 2}, {5, 5}};
+    EXPECT_TRUE(compare(before, source("b", {1}, 5), nullptr, {}).channels.front().axesDiffer);
+    EXPECT_EQ(compare(before, source("b", {1}, 5), nullptr, {}).channels.front().nodes.size(), 2U);
 }
 
 TEST_F(TablesDiffTest, OutsideATableItsOutermostNodeCounts) {
@@ -130,6 +153,22 @@ TEST_F(TablesDiffTest, FileWithoutAChannelGoesWithTheOnlyOne) {
     EXPECT_EQ(difference.channels.front().channel, 4);
 }
 
+TEST_F(TablesDiffTest, ChannelOfFilesThatDoNotSayItIsTheOneThatIsAskedFor) {
+    const Source unsaid = source("a", {{}}, 5);
+    EXPECT_EQ(compare(unsaid, unsaid, nullptr, std::nullopt).channels.front().channel, std::nullopt);
+    EXPECT_EQ(compare(unsaid, unsaid, nullptr, 3).channels.front().channel, 3);
+}
+
+TEST_F(TablesDiffTest, LeakageIsThatOfTheChannelThatIsAskedFor) {
+    const Board board = leaking();
+    const Source unsaid = source("a", {{}}, 5);
+    const auto levelFor = [&](int channel) {
+        return compare(unsaid, unsaid, &board, channel).channels.front().nodes.front().levelAfter;
+    };
+    EXPECT_TRUE(levelFor(1).has_value());
+    EXPECT_FALSE(levelFor(2).has_value());
+}
+
 TEST_F(TablesDiffTest, FileWithoutAChannelDoesNotGoWithSeveral) {
     EXPECT_EQ(refusal([] {
                   compare(source("a", {{}}, 5), source("b", {1, 2}, 5), nullptr, std::nullopt);
@@ -163,16 +202,14 @@ TEST_F(TablesDiffTest, BadChannelIsRefused) {
 }
 
 TEST_F(TablesDiffTest, AxesWithNothingInCommonAreRefusedBeforeTheyFillTheMemory) {
-    std::string carriers;
-    std::string temperatures;
-    for (int node = 1; node <= 1001; ++node) {
-        carriers += std::to_string(node) + ",0,0,0\n";
-        temperatures += "0," + std::to_string(node) + ",0,0\n";
-    }
     EXPECT_EQ(
-        refusal([&] { compared(carriers, temperatures); }),
+        refusal([] { compareCrossed(1001, 1000); }),
         "b.csv: more than a million nodes together with the other tables, expected axes that have more in "
         "common with theirs");
+}
+
+TEST_F(TablesDiffTest, AMillionNodesAreCompared) {
+    EXPECT_EQ(compareCrossed(1000, 1000).channels.front().nodes.size(), 1'000'000U);
 }
 
 TEST_F(TablesDiffTest, SummaryComesFirst) {

@@ -9,7 +9,9 @@
 namespace Radioctl::Tables {
 namespace {
 
+using testing::Each;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 std::vector<std::string> textsOf(const std::vector<Finding>& findings) {
@@ -42,6 +44,14 @@ protected:
             }
         }
         return lint(text);
+    }
+    /** A table without a fault, 0 everywhere, but for spikes at every eighth node of I. */
+    static std::vector<std::string> lintSpikes(int count) {
+        std::vector<int> values(8U * static_cast<unsigned>(count), 0);
+        for (std::size_t node = 4; node < values.size(); node += 8) {
+            values[node] = 100;
+        }
+        return lintRow(values);
     }
     /** A table of one temperature, with nodes each kHz. */
     static std::vector<std::string> lintRow(const std::vector<int>& values) {
@@ -90,6 +100,33 @@ TEST_F(TablesLintTest, WhatIsUsualInARoughTableIsNoOutlier) {
         lintRow({0, 20, 0, 300, 0, 20, 0, 20, 0, 20}),
         ElementsAre("x.csv:5: warning: i: 4 kHz at 25 degrees: 300 does not go with its neighbours, which "
                     "suggest 0; usually they are off by 20"));
+}
+
+TEST_F(TablesLintTest, OfCarriersThatAreFarApartTheNearerCountsMore) {
+    EXPECT_THAT(
+        lint("f,t,i,q\n100,25,100,0\n200,25,200,0\n300,25,300,0\n400,25,999,0\n700,25,700,0\n"
+             "800,25,800,0\n900,25,900,0\n1000,25,1000,0\n"),
+        ElementsAre("x.csv:5: warning: i: 400 kHz at 25 degrees: 999 does not go with its neighbours, "
+                    "which suggest 400; usually they are off by 0"));
+}
+
+TEST_F(TablesLintTest, OfTemperaturesThatAreFarApartTheNearerCountsMore) {
+    EXPECT_THAT(lint("f,t,i,q\n1,10,100,0\n1,20,200,0\n1,30,300,0\n1,40,999,0\n1,70,700,0\n"
+                     "1,80,800,0\n1,90,900,0\n1,100,1000,0\n"),
+                ElementsAre("x.csv:5: warning: i: 1 kHz at 40 degrees: 999 does not go with its neighbours, "
+                            "which suggest 400; usually they are off by 0"));
+}
+
+TEST_F(TablesLintTest, TwentyOutliersAreNamed) {
+    EXPECT_EQ(lintSpikes(20).size(), 20U);
+    EXPECT_THAT(lintSpikes(20), Each(HasSubstr("100 does not go with its neighbours")));
+}
+
+TEST_F(TablesLintTest, MoreThanTwentyOutliersSaySomethingOfTheTable) {
+    const std::vector<std::string> findings = lintSpikes(21);
+    EXPECT_EQ(findings.size(), 21U);
+    EXPECT_EQ(findings.front(), "x.csv:1: warning: i: more nodes that do not go with their neighbours; the "
+                                "table as a whole is rough");
 }
 
 TEST_F(TablesLintTest, SingleNodeTellsNothing) {
@@ -188,10 +225,10 @@ protected:
         m_board.rasters.push_back({"raster", {1}, {{transmit, first, step, count}}, {}, {}});
     }
     void addLeakage(std::int32_t step, std::int32_t low, std::int32_t high) {
-        LeakageDescription leakage;
-        leakage.channel = 1;
-        leakage.i = {"channel.1.tx.rf.mixer.i", 1e-4, step, low, high};
-        leakage.q = {"channel.1.tx.rf.mixer.q", 1e-4, 1, -1000, 1000};
+        LeakageDescription leakage = PlanBoards::leakage(-20.0, 1e-4);
+        leakage.i.step = step;
+        leakage.i.low = low;
+        leakage.i.high = high;
         m_board.leakages.push_back(leakage);
     }
     std::vector<std::string> lint() const { return textsOf(lintBoard(m_board)); }
@@ -213,6 +250,14 @@ TEST_F(BoardTablesLintTest, BandBeyondTheCarriersIsAWarning) {
                             "go down to 17950000: for the 50000 between, the outermost node holds",
                             "board.toml:60: warning: channel 1: carriers end at 18100000 kHz, the rasters "
                             "go up to 18150000: for the 50000 between, the outermost node holds"));
+}
+
+TEST_F(BoardTablesLintTest, BandIsThatOfAllRasters) {
+    addRaster(true, 18'090'000, 10'000, 3);
+    addRaster(true, 17'990'000, 10'000, 5);
+    addRaster(true, 18'050'000, 10'000, 1);
+    EXPECT_THAT(lint(), ElementsAre(HasSubstr("the rasters go down to 17990000:"),
+                                    HasSubstr("the rasters go up to 18110000:")));
 }
 
 TEST_F(BoardTablesLintTest, CarriersToReceiveNeedNoCorrection) {
@@ -251,6 +296,21 @@ TEST_F(BoardTablesLintTest, ValueAtTheEndOfTheConverterIsAWarning) {
     EXPECT_THAT(lint(),
                 ElementsAre("board.toml:60: warning: channel 1, I: 18100000 kHz at 50 degrees: 430 is at "
                             "the end of the DAC's range, -430 to 430: more may be needed"));
+}
+
+TEST_F(BoardTablesLintTest, ValueAtTheLowEndOfTheConverterIsAWarning) {
+    addLeakage(1, 400, 1000);
+    EXPECT_THAT(lint(),
+                ElementsAre("board.toml:60: warning: channel 1, I: 18000000 kHz at 0 degrees: 400 is at the "
+                            "end of the DAC's range, 400 to 1000: more may be needed"));
+}
+
+TEST_F(BoardTablesLintTest, StepsOfTheConverterCountFromItsLowest) {
+    addLeakage(20, -990, 1000);
+    EXPECT_THAT(
+        lint(),
+        ElementsAre("board.toml:60: warning: channel 1, I: 18000000 kHz at 0 degrees: 400 is no value "
+                    "of the DAC, which goes from -990 in steps of 20; so it is at 1 other node"));
 }
 
 TEST_F(BoardTablesLintTest, ValuesBetweenThoseOfTheConverterAreOneWarning) {

@@ -190,6 +190,18 @@ TEST_F(TablesWhyTest, CoarseDcTableStopsTheCorrection) {
     EXPECT_THAT(explain(18'000'000, 0).branches, IsEmpty());
 }
 
+TEST_F(TablesWhyTest, CoarseDcTableBesideTheUsualOneIsNotInUse) {
+    for (const std::string branch : {"I", "Q"}) {
+        add("Channel.1.Tx.Bb.Frequency.To.Coarse.Dc." + branch + ".Compensation", {1, 2, 3, 4});
+    }
+    const Reason reason = explain(18'000'000, 0);
+    EXPECT_EQ(reason.whyNone, "");
+    ASSERT_EQ(reason.branches.size(), 2U);
+    EXPECT_EQ(reason.branches[0].written, 10);
+    EXPECT_EQ(reason.branches[1].written, -10);
+    EXPECT_THAT(reason.disagreements, IsEmpty());
+}
+
 TEST_F(TablesWhyTest, ChannelWithoutCancellerIsToldInWords) {
     m_board = PlanBoards::rfModule();
     EXPECT_EQ(explain(18'000'000, 0).whyNone, "A channel of type rf-module has no LO cancellation.");
@@ -210,13 +222,10 @@ TEST_F(TablesWhyTest, WriteThatFailedIsADisagreement) {
 }
 
 TEST_F(TablesWhyTest, LeakageIsModelledWithAndWithoutCorrection) {
-    LeakageDescription leakage;
-    leakage.channel = 1;
-    leakage.reference = 18'000'000;
-    leakage.paths = {{-60.0, 0, 0, 180, 0, 0}};
-    leakage.i = {"channel.1.tx.rf.mixer.i", 9e-5, 1, -1000, 1000};
-    leakage.q = {"channel.1.tx.rf.mixer.q", 1e-12, 1, -1000, 1000};
-    leakage.detector.driver = "channel.1.tx.rf.detector.v";
+    // 0.001 in opposition to I, of which 10 units of I take 0.0009; Q, which is -10, does nothing.
+    LeakageDescription leakage = PlanBoards::leakage(-60.0, 9e-5);
+    leakage.paths.front().phase = 180.0;
+    leakage.q.gain = 1e-12;
     m_board.leakages = {leakage};
     EXPECT_THAT(told(18'000'000, 0),
                 HasSubstr("\nModelled leakage: -80.00 dBc, and -60.00 dBc with both corrections 0.\n"));

@@ -1,5 +1,6 @@
 #include "calibration/page/CalibrationPage.h"
 
+#include "Median.h"
 #include "Words.h"
 #include "calibration/Surface.h"
 #include "calibration/page/CorrectionFigures.h"
@@ -9,7 +10,6 @@
 #include "page/Html.h"
 
 #include <algorithm>
-#include <iomanip>
 #include <sstream>
 #include <utility>
 
@@ -23,12 +23,6 @@ using namespace Page;
 constexpr std::size_t mostNamed = 20;
 /** More lines than this make a page that browsers are slow with. */
 constexpr std::size_t mostLines = 2000;
-
-std::string levelText(double dBc) {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(2) << dBc;
-    return text.str();
-}
 
 std::string numberText(double number) {
     std::ostringstream text;
@@ -96,7 +90,7 @@ void writeParameters(std::ostream& out, const Board& board, const LeakageDescrip
 void writeWorst(std::ostream& out, const std::string& what, const std::optional<Worst>& worst) {
     out << "<tr>" << cell(what);
     if (worst) {
-        out << numberCell(levelText(worst->level)) << cell(placeText(worst->frequency, worst->temperature));
+        out << numberCell(inTwoDecimals(worst->level)) << cell(placeText(worst->frequency, worst->temperature));
     } else {
         out << numberCell("-") << cell("not every point has corrections");
     }
@@ -161,8 +155,8 @@ void writePoint(std::ostream& out, const Point& point) {
     out << (point.state == PointState::good ? "<tr>" : "<tr class=\"bad\">")
         << numberCell(std::to_string(point.frequency)) << numberCell(std::to_string(point.temperature))
         << cell(std::string(toString(point.state))) << numberCell(isFailed ? "-" : std::to_string(point.i))
-        << numberCell(isFailed ? "-" : std::to_string(point.q)) << numberCell(levelText(point.before))
-        << numberCell(isFailed ? "-" : levelText(point.after)) << numberCell(std::to_string(point.iterations))
+        << numberCell(isFailed ? "-" : std::to_string(point.q)) << numberCell(inTwoDecimals(point.before))
+        << numberCell(isFailed ? "-" : inTwoDecimals(point.after)) << numberCell(std::to_string(point.iterations))
         << cell(inHtml(point.remark)) << "</tr>\n";
 }
 

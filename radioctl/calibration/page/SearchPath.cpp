@@ -1,5 +1,7 @@
 #include "calibration/page/SearchPath.h"
 
+#include "Median.h"
+
 #include <algorithm>
 #include <array>
 
@@ -45,12 +47,6 @@ std::vector<double> medianOf(const std::vector<std::vector<double>>& searches) {
         medians.push_back(median(values));
     }
     return medians;
-}
-
-double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
 }
 
 } // namespace Radioctl::Calibration

@@ -24,9 +24,6 @@ std::vector<double> convergenceOf(const Point& point, const LeakageDescription& 
  * last value. Empty ones do not count. */
 std::vector<double> medianOf(const std::vector<std::vector<double>>& searches);
 
-/** The value in the middle; of an even number the upper of both. `values` is not empty. */
-double median(std::vector<double> values);
-
 } // namespace Radioctl::Calibration
 
 #endif

@@ -1,11 +1,11 @@
-#ifndef RADIOCTL_TABLES_STATISTICS_H
-#define RADIOCTL_TABLES_STATISTICS_H
+#ifndef RADIOCTL_MEDIAN_H
+#define RADIOCTL_MEDIAN_H
 
 #include <algorithm>
 #include <cstddef>
 #include <vector>
 
-namespace Radioctl::Tables {
+namespace Radioctl {
 
 /** The number in the middle, of two the lower one; 0 for none. */
 template <typename Number>
@@ -18,6 +18,6 @@ Number median(std::vector<Number> numbers) {
     return *middle;
 }
 
-} // namespace Radioctl::Tables
+} // namespace Radioctl
 
 #endif
