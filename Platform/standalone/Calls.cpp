@@ -125,9 +125,12 @@ std::optional<Calls::Verdict> Calls::judge(Operation operation, std::string_view
     return verdict;
 }
 
-std::int32_t Calls::enter(std::string_view object, Call& call) {
+std::int32_t Calls::enter(std::string_view object, const Request& request, std::int64_t given,
+                          std::int32_t code) {
+    Call call{request.operation, {}, given, request.at, {}, code};
     try {
         call.object = object;
+        call.bytes.assign(request.bytes, request.bytes + request.byteCount);
         if (m_recording) {
             m_journal.push_back(call);
         }
@@ -136,7 +139,7 @@ std::int32_t Calls::enter(std::string_view object, Call& call) {
     if (m_listener) {
         m_listener(call);
     }
-    return call.code;
+    return code;
 }
 
 void Calls::updateIdle() {

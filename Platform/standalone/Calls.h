@@ -65,6 +65,18 @@ struct Call {
     std::int32_t code = 0;
 };
 
+/** What is known of a call before it is answered. */
+struct Request {
+    Operation operation;
+    /** What is to be written; otherwise 0. */
+    std::int64_t value = 0;
+    /** The point of an interpolation. */
+    std::array<std::int32_t, 2> at{};
+    /** The buffer of a buffer write. */
+    const std::uint8_t* bytes = nullptr;
+    std::size_t byteCount = 0;
+};
+
 /** Has calls of one operation on one object answered with a code instead of being carried out. */
 struct Fault {
     Operation operation;
@@ -109,16 +121,18 @@ public:
     bool isIdle() const { return m_idle; }
 
     /**
-     * For the services: answers one call about `object`. `call` holds the operation and what is known
-     * beforehand; `work` carries it out, adds to the call what it gives back and returns the code. A fault
-     * with a failing code answers in its place and puts its output into `*output`; one with a success code
-     * only replaces the code. Nothing is thrown: a call for which there is no memory gives
-     * Codes::outOfMemory, and one that was carried out is not undone for a journal without memory.
+     * For the services: answers one call about `object`. `work` carries it out and returns the code; it is
+     * given the value of the request, and leaves there what the call gives back. A fault with a failing code
+     * answers in its place and puts its output into `*output`; one with a success code only replaces the
+     * code. Nothing is thrown: a call for which there is no memory gives Codes::outOfMemory, and one that was
+     * carried out is not undone for a journal without memory.
      */
     template <typename Work>
-    std::int32_t answer(std::string_view object, Call call, Work work, int* output = nullptr) {
+    std::int32_t answer(std::string_view object, const Request& request, const Work& work,
+                        int* output = nullptr) {
+        std::int64_t given = request.value;
         try {
-            return m_idle ? work(call) : answerOpenly(object, call, work, output);
+            return m_idle ? work(given) : answerOpenly(object, request, work, given, output);
         } catch (const std::bad_alloc&) {
             return Codes::outOfMemory;
         }
@@ -133,24 +147,24 @@ private:
 
     /** Answers a call of which somebody may be told. */
     template <typename Work>
-    std::int32_t answerOpenly(std::string_view object, Call& call, const Work& work, int* output) {
-        const std::optional<Verdict> verdict = judge(call.operation, object);
+    std::int32_t answerOpenly(std::string_view object, const Request& request, const Work& work,
+                              std::int64_t& given, int* output) {
+        const std::optional<Verdict> verdict = judge(request.operation, object);
+        std::int32_t code = ResultOk;
         if (!verdict || isSuccess(verdict->code)) {
-            call.code = work(call);
+            code = work(given);
         } else if (verdict->output && output != nullptr) {
             *output = *verdict->output;
-            call.value = *output;
+            given = *output;
         }
-        if (verdict) {
-            call.code = verdict->code;
-        }
-        return enter(object, call);
+        return enter(object, request, given, verdict ? verdict->code : code);
     }
 
     /** Takes one turn of the fault that matches the call; nothing: no fault, carry the call out. */
     std::optional<Verdict> judge(Operation operation, std::string_view object);
-    /** Enters an answered call about `object` in the journal, tells the listener, and returns its code. */
-    std::int32_t enter(std::string_view object, Call& call);
+    /** Enters an answered call about `object` in the journal, tells the listener, and returns `code`. */
+    std::int32_t enter(std::string_view object, const Request& request, std::int64_t given,
+                       std::int32_t code);
     void updateIdle();
 
     std::vector<Fault> m_faults;

@@ -63,7 +63,7 @@ EDriverResult Driver::read(void* context, int* value) {
 }
 
 std::int32_t Driver::write(int value) {
-    return m_calls.answer(m_name, Call{Operation::driverWrite, {}, value}, [&](Call&) {
+    return m_calls.answer(m_name, {Operation::driverWrite, value}, [&](std::int64_t& /*given*/) {
         m_value = value;
         ++m_writes;
         return ResultOk;
@@ -73,20 +73,17 @@ std::int32_t Driver::write(int value) {
 std::int32_t Driver::writeBuffer(const void* data, unsigned byteCount) {
     const auto* const bytes = static_cast<const std::uint8_t*>(data);
     const bool isNumber = data != nullptr && byteCount > 0 && byteCount <= maxNumberBytes;
-    Call call{Operation::driverWriteBuffer, {}, isNumber ? numberFrom(bytes, byteCount) : 0};
-    if (data != nullptr && !m_calls.isIdle()) {
-        try {
-            call.bytes.assign(bytes, bytes + byteCount);
-        } catch (const std::bad_alloc&) {
-            return Codes::outOfMemory;
-        }
-    }
-    return m_calls.answer(m_name, std::move(call), [&](Call& answered) -> std::int32_t {
+    const Request request{Operation::driverWriteBuffer,
+                          isNumber ? numberFrom(bytes, byteCount) : 0,
+                          {},
+                          bytes,
+                          data != nullptr ? byteCount : 0};
+    return m_calls.answer(m_name, request, [&](std::int64_t& given) -> std::int32_t {
         if (data == nullptr && byteCount != 0) {
             return Codes::badArgument;
         }
         if (isNumber) {
-            m_value = answered.value;
+            m_value = given;
         }
         ++m_writes;
         return ResultOk;
@@ -94,7 +91,7 @@ std::int32_t Driver::writeBuffer(const void* data, unsigned byteCount) {
 }
 
 std::int32_t Driver::read(int* value) {
-    const auto giveValue = [&](Call& call) -> std::int32_t {
+    const auto giveValue = [&](std::int64_t& given) -> std::int32_t {
         if (value == nullptr) {
             return Codes::badArgument;
         }
@@ -102,10 +99,10 @@ std::int32_t Driver::read(int* value) {
             m_value = m_source();
         }
         *value = static_cast<int>(m_value);
-        call.value = *value;
+        given = *value;
         return ResultOk;
     };
-    return m_calls.answer(m_name, Call{Operation::driverRead}, giveValue, value);
+    return m_calls.answer(m_name, {Operation::driverRead}, giveValue, value);
 }
 
 Driver& DriverBank::add(const std::string& name, unsigned missingWords) {
@@ -123,7 +120,7 @@ Driver* DriverBank::find(std::string_view name) {
 
 std::int32_t DriverBank::lookup(DriverInterface** out, const char* name) {
     const std::string_view wanted = name != nullptr ? name : "";
-    return m_calls.answer(wanted, Call{Operation::driverLookup}, [&](Call&) -> std::int32_t {
+    return m_calls.answer(wanted, {Operation::driverLookup}, [&](std::int64_t& /*given*/) -> std::int32_t {
         if (out == nullptr || name == nullptr) {
             return Codes::badArgument;
         }

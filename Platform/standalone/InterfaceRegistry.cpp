@@ -14,13 +14,13 @@ namespace Codes = Standalone::Codes;
 namespace Standalone {
 
 std::int32_t InterfaceRegistry::add(const std::string& name, IInterface* iface) {
-    return m_calls.answer(name, Call{Operation::brokerRegister}, [&](Call&) -> std::int32_t {
+    return m_calls.answer(name, {Operation::brokerRegister}, [&](std::int64_t& /*given*/) -> std::int32_t {
         return m_entries.emplace(name, iface).second ? ResultOk : Codes::alreadyThere;
     });
 }
 
 std::int32_t InterfaceRegistry::remove(const std::string& name, IInterface** removed) {
-    return m_calls.answer(name, Call{Operation::brokerUnregister}, [&](Call&) -> std::int32_t {
+    return m_calls.answer(name, {Operation::brokerUnregister}, [&](std::int64_t& /*given*/) -> std::int32_t {
         const auto entry = m_entries.find(name);
         if (entry == m_entries.end()) {
             return Codes::notFound;
@@ -35,7 +35,7 @@ std::int32_t InterfaceRegistry::remove(const std::string& name, IInterface** rem
 
 IInterface* InterfaceRegistry::find(const std::string& name) {
     IInterface* found = nullptr;
-    m_calls.answer(name, Call{Operation::brokerLookup}, [&](Call&) -> std::int32_t {
+    m_calls.answer(name, {Operation::brokerLookup}, [&](std::int64_t& /*given*/) -> std::int32_t {
         const auto entry = m_entries.find(name);
         found = entry != m_entries.end() ? entry->second : nullptr;
         return found != nullptr ? ResultOk : Codes::notFound;
@@ -47,7 +47,7 @@ std::int32_t InterfaceRegistry::open(void** handle) {
     if (handle != nullptr) {
         *handle = nullptr;
     }
-    return m_calls.answer({}, Call{Operation::brokerOpen}, [&](Call&) -> std::int32_t {
+    return m_calls.answer({}, {Operation::brokerOpen}, [&](std::int64_t& /*given*/) -> std::int32_t {
         if (handle == nullptr) {
             return Codes::badArgument;
         }
@@ -62,7 +62,7 @@ std::int32_t InterfaceRegistry::get(void* handle, const char* name, void** recor
         *record = nullptr;
     }
     const std::string_view wanted = name != nullptr ? name : "";
-    return m_calls.answer(wanted, Call{Operation::brokerGet}, [&](Call&) -> std::int32_t {
+    return m_calls.answer(wanted, {Operation::brokerGet}, [&](std::int64_t& /*given*/) -> std::int32_t {
         if (!isOpen(handle) || name == nullptr || record == nullptr) {
             return Codes::badArgument;
         }
@@ -74,7 +74,7 @@ std::int32_t InterfaceRegistry::get(void* handle, const char* name, void** recor
 }
 
 std::int32_t InterfaceRegistry::close(void* handle) {
-    return m_calls.answer({}, Call{Operation::brokerClose}, [&](Call&) -> std::int32_t {
+    return m_calls.answer({}, {Operation::brokerClose}, [&](std::int64_t& /*given*/) -> std::int32_t {
         if (!isOpen(handle)) {
             return Codes::badArgument;
         }

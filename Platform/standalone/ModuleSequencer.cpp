@@ -29,7 +29,7 @@ bool PhaseReport::succeeded() const {
 
 std::int32_t ModuleSequencer::add(ModuleInterface* module) {
     const std::string_view name = module != nullptr ? std::string_view(module->getModuleName()) : "";
-    return m_calls.answer(name, Call{Operation::moduleRegister}, [&](Call&) -> std::int32_t {
+    return m_calls.answer(name, {Operation::moduleRegister}, [&](std::int64_t& /*given*/) -> std::int32_t {
         if (module == nullptr) {
             return Codes::badArgument;
         }
@@ -43,7 +43,7 @@ std::int32_t ModuleSequencer::add(ModuleInterface* module) {
 
 std::int32_t ModuleSequencer::remove(ModuleInterface* module) {
     const std::string_view name = module != nullptr ? std::string_view(module->getModuleName()) : "";
-    return m_calls.answer(name, Call{Operation::moduleUnregister}, [&](Call&) -> std::int32_t {
+    return m_calls.answer(name, {Operation::moduleUnregister}, [&](std::int64_t& /*given*/) -> std::int32_t {
         if (module == nullptr) {
             return Codes::badArgument;
         }
@@ -63,7 +63,7 @@ void ModuleSequencer::forget(const ModuleInterface* module) {
 
 std::int32_t ModuleSequencer::add(unsigned moduleId, const char* moduleName) {
     const std::string_view name = moduleName != nullptr ? moduleName : "";
-    return m_calls.answer(name, Call{Operation::moduleRegisterC}, [&](Call&) -> std::int32_t {
+    return m_calls.answer(name, {Operation::moduleRegisterC}, [&](std::int64_t& /*given*/) -> std::int32_t {
         if (moduleName == nullptr) {
             return Codes::badArgument;
         }
@@ -79,7 +79,7 @@ std::int32_t ModuleSequencer::addCallback(unsigned moduleId, const char* callbac
                                           ModuleCallbackRecord* callback, ECallbackPriority priority,
                                           const unsigned long* phases, unsigned long phaseCount) {
     const std::string_view name = callbackName != nullptr ? callbackName : "";
-    return m_calls.answer(name, Call{Operation::callbackRegister}, [&](Call&) -> std::int32_t {
+    return m_calls.answer(name, {Operation::callbackRegister}, [&](std::int64_t& /*given*/) -> std::int32_t {
         if (callbackName == nullptr || callback == nullptr || callback->onPhaseActivation == nullptr ||
             phases == nullptr) {
             return Codes::badArgument;

@@ -22,12 +22,12 @@ EAFResult RauService::setRxRadioFrequency(unsigned long frequency) {
 }
 
 EAFResult RauService::set(Operation operation, unsigned long frequency, unsigned long& kept) {
-    const auto keep = [&](Call&) {
+    const auto keep = [&](std::int64_t& /*given*/) {
         kept = frequency;
         return ResultOk;
     };
     return static_cast<EAFResult>(
-        m_calls.answer(m_name, Call{operation, {}, static_cast<std::int64_t>(frequency)}, keep));
+        m_calls.answer(m_name, {operation, static_cast<std::int64_t>(frequency)}, keep));
 }
 
 } // namespace Standalone

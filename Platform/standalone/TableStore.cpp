@@ -67,7 +67,7 @@ CalibrationTable* TableStore::find(std::string_view name) {
 
 std::int32_t TableStore::lookup(const char* name, CalibrationTable** out) {
     const std::string_view wanted = name != nullptr ? name : "";
-    return m_calls.answer(wanted, Call{Operation::tableLookup}, [&](Call&) -> std::int32_t {
+    return m_calls.answer(wanted, {Operation::tableLookup}, [&](std::int64_t& /*given*/) -> std::int32_t {
         if (name == nullptr || out == nullptr) {
             return Codes::badArgument;
         }
@@ -81,28 +81,27 @@ std::int32_t TableStore::lookup(const char* name, CalibrationTable** out) {
 }
 
 std::int32_t TableStore::interpolate(CalibrationTable* table, std::int32_t x, int* y) {
-    const auto interpolateLinear = [&](Call& call) -> std::int32_t {
+    const auto interpolateLinear = [&](std::int64_t& given) -> std::int32_t {
         if (table == nullptr || y == nullptr || !table->axis2.empty()) {
             return Codes::badArgument;
         }
         *y = Interpolation::linear(table->axis1, table->values, x);
-        call.value = *y;
+        given = *y;
         return ResultOk;
     };
-    return m_calls.answer(nameOf(table), Call{Operation::tableLinear, {}, 0, {x, 0}}, interpolateLinear, y);
+    return m_calls.answer(nameOf(table), {Operation::tableLinear, 0, {x, 0}}, interpolateLinear, y);
 }
 
 std::int32_t TableStore::interpolate(CalibrationTable* table, std::int32_t x1, std::int32_t x2, int* y) {
-    const auto interpolateBilinear = [&](Call& call) -> std::int32_t {
+    const auto interpolateBilinear = [&](std::int64_t& given) -> std::int32_t {
         if (table == nullptr || y == nullptr || table->axis2.empty()) {
             return Codes::badArgument;
         }
         *y = Interpolation::bilinear(table->axis1, table->axis2, table->values, x1, x2);
-        call.value = *y;
+        given = *y;
         return ResultOk;
     };
-    return m_calls.answer(nameOf(table), Call{Operation::tableBilinear, {}, 0, {x1, x2}}, interpolateBilinear,
-                          y);
+    return m_calls.answer(nameOf(table), {Operation::tableBilinear, 0, {x1, x2}}, interpolateBilinear, y);
 }
 
 } // namespace Standalone

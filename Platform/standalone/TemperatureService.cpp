@@ -24,16 +24,17 @@ TemperatureService::TemperatureService(Calls& calls)
 }
 
 std::int32_t TemperatureService::add(ITemperatureObserver* observer) {
-    return m_calls.answer(
-        "ITemperatureHandler", Call{Operation::temperatureRegister}, [&](Call&) -> std::int32_t {
-            if (observer == nullptr || observer->notifyTemperature == nullptr) {
-                return Codes::badArgument;
-            }
-            if (std::find(m_observers.begin(), m_observers.end(), observer) == m_observers.end()) {
-                m_observers.push_back(observer);
-            }
-            return ResultOk;
-        });
+    return m_calls.answer("ITemperatureHandler", {Operation::temperatureRegister},
+                          [&](std::int64_t& /*given*/) -> std::int32_t {
+                              if (observer == nullptr || observer->notifyTemperature == nullptr) {
+                                  return Codes::badArgument;
+                              }
+                              if (std::find(m_observers.begin(), m_observers.end(), observer) ==
+                                  m_observers.end()) {
+                                  m_observers.push_back(observer);
+                              }
+                              return ResultOk;
+                          });
 }
 
 std::size_t TemperatureService::set(int temperature) {

@@ -47,7 +47,7 @@ Variable* VariableStore::find(std::string_view name) {
 
 std::int32_t VariableStore::getByName(const char* name, StorageVariable** out) {
     const std::string_view wanted = name != nullptr ? name : "";
-    return m_calls.answer(wanted, Call{Operation::variableGet}, [&](Call& call) -> std::int32_t {
+    return m_calls.answer(wanted, {Operation::variableGet}, [&](std::int64_t& given) -> std::int32_t {
         if (name == nullptr || out == nullptr) {
             return Codes::badArgument;
         }
@@ -56,14 +56,14 @@ std::int32_t VariableStore::getByName(const char* name, StorageVariable** out) {
             return Codes::notFound;
         }
         *out = m_nullRecords.count(wanted) != 0 ? nullptr : variable->record();
-        call.value = variable->values().front();
+        given = variable->values().front();
         return ResultOk;
     });
 }
 
 std::int32_t VariableStore::getContentAddress(const char* name, void** address) {
     const std::string_view wanted = name != nullptr ? name : "";
-    return m_calls.answer(wanted, Call{Operation::variableAddress}, [&](Call& call) -> std::int32_t {
+    return m_calls.answer(wanted, {Operation::variableAddress}, [&](std::int64_t& given) -> std::int32_t {
         if (name == nullptr || address == nullptr) {
             return Codes::badArgument;
         }
@@ -72,7 +72,7 @@ std::int32_t VariableStore::getContentAddress(const char* name, void** address) 
             return Codes::notFound;
         }
         *address = variable->content();
-        call.value = variable->values().front();
+        given = variable->values().front();
         return ResultOk;
     });
 }

@@ -37,27 +37,34 @@ is_fine() {
 }
 
 cp "$boards"/lo-leakage-18ghz.toml board.toml
-"$radioctl" calibrate board.toml --channel 1 --step 467500 --temperatures=-33,55 --html calibration.html >calibrate.log ||
+set -- --step 467500 --temperatures=-33,55
+"$radioctl" calibrate board.toml --channel 1 "$@" --html calibration.html >calibrate.log ||
     { cat calibrate.log; exit 1; }
 "$radioctl" thermal "$boards"/iq-compensation-18ghz.toml "$boards"/logs/cold-start.csv --html thermal.html >thermal.log ||
     { cat thermal.log; exit 1; }
 is_fine calibration.html 8
 is_fine thermal.html 7
 
-# badly FAULT OPTION...: the page of a calibration of board.toml that ends with points that are not good, which the
-# page says. Only the channel with one detector is as small as that.
+# badly FAULT OPTION...: writes bad.html, of a calibration whose points are not all good, as the page has to say.
+# Where some failed, nothing is drawn between the points; where all did, only what leaks.
 badly() {
     fault=$1
     shift
     status=0
-    "$radioctl" calibrate board.toml --channel 1 --step 467500 --temperatures=-33,55 --restart --html bad.html "$@" \
-        >bad.log || status=$?
-    [ "$status" = 1 ] || { echo "exit code $status, not 1:"; cat bad.log; exit 1; }
-    grep -q "$fault" bad.html || { echo "the page does not say: $fault"; exit 1; }
+    "$radioctl" calibrate board.toml --channel 1 --html bad.html "$@" >bad.log || status=$?
+    [ "$status" = 1 ] || { echo "exit code $status instead of 1:"; cat bad.log; exit 1; }
+    grep -q "<li>.*$fault" bad.html || { echo "the page should say: $fault"; exit 1; }
 }
 
+head -n 300 board.channel-1.journal >cut.journal
+badly 'failed, the journal ends here' --offline cut.journal
+is_fine bad.html 7
+badly 'edge, I ended at the low edge' "$@" --i-range -300 1000
+is_fine bad.html 8
+badly 'failed, the high-range detector was never read' "$@" --detector high --restart
+is_fine bad.html 2
 
-# The same page with faults, each of which must be seen.
+# The first page with faults, each of which must be seen.
 sed -e 's#^<body>#&<script>missing();</script>#' \
     -e 's#^<body>#&<script>navigator.sendBeacon("http://page.invalid/seen");</script>#' \
     -e 's#^<body>#&<img src="http://page.invalid/logo.png" alt=""/><img src="calibration.html" alt=""/>#' \
