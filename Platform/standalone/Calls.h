@@ -67,7 +67,7 @@ struct Call {
 
 /** What is known of a call before it is answered. */
 struct Request {
-    Operation operation;
+    Operation operation{};
     /** What is to be written; otherwise 0. */
     std::int64_t value = 0;
     /** The point of an interpolation. */

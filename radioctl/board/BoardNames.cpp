@@ -25,9 +25,9 @@ const ChannelDescription* findChannel(const Board& board, int number) {
 }
 
 const LeakageDescription* findLeakage(const Board& board, int channel) {
-    const auto leakage = std::find_if(
-        board.leakages.begin(), board.leakages.end(),
-        [channel](const LeakageDescription& candidate) { return candidate.channel == channel; });
+    const auto leakage =
+        std::find_if(board.leakages.begin(), board.leakages.end(),
+                     [channel](const LeakageDescription& candidate) { return candidate.channel == channel; });
     return leakage == board.leakages.end() ? nullptr : &*leakage;
 }
 
@@ -41,8 +41,8 @@ std::optional<Range> transmitBand(const Board& board, int channel) {
             const std::int64_t first = row.first;
             const std::int64_t last = first + std::int64_t{row.step} * (std::int64_t{row.count} - 1);
             if (row.transmit) {
-                band = band ? Range{std::min(band->low, first), std::max(band->high, last)}
-                            : Range{first, last};
+                band =
+                    band ? Range{std::min(band->low, first), std::max(band->high, last)} : Range{first, last};
             }
         }
     }

@@ -144,7 +144,7 @@ int CalibrationRun::run() {
     if (findChannel(m_board, channel) == nullptr) {
         return refuse(noSuchChannel(m_board, channel), m_options.json, ExitCode::wrongCommandLine);
     }
-    if (leakageOf(m_board, channel) == nullptr) {
+    if (findLeakage(m_board, channel) == nullptr) {
         refuseBoard(m_board, "channel " + std::to_string(channel) +
                                  " has no transmitter to calibrate, expected a [[leakage]]");
     }
@@ -187,7 +187,7 @@ JournalHeader CalibrationRun::header() const {
             m_result.serial,
             m_result.date,
             m_result.version,
-            fingerprintOf(*leakageOf(m_board, m_options.wishes.channel)),
+            fingerprintOf(*findLeakage(m_board, m_options.wishes.channel)),
             m_result.settings};
 }
 
@@ -276,7 +276,7 @@ int CalibrationRun::calibrate(CalibrationReport& report) {
     m_end.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     m_end.journal = m_journalFile.string();
     m_end.newProbes = calibrator.newProbes();
-    const Summary summary = summarise(m_result, *leakageOf(m_board, m_result.settings.channel));
+    const Summary summary = summarise(m_result, *findLeakage(m_board, m_result.settings.channel));
     if (isComplete) {
         try {
             store(summary);
@@ -356,7 +356,8 @@ void CalibrationRun::writePage() {
         return;
     }
     AtomicFile file(m_options.html);
-    Calibration::writePage(file.stream(), m_board, *leakageOf(m_board, m_result.settings.channel), m_result);
+    Calibration::writePage(file.stream(), m_board, *findLeakage(m_board, m_result.settings.channel),
+                           m_result);
     if (m_interrupt.signal() == 0) {
         file.commit();
         m_end.page = m_options.html;

@@ -6,9 +6,7 @@
 #include "calibration/Settings.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdio>
 #include <iomanip>
 
 namespace Radioctl::Calibration {
@@ -66,12 +64,6 @@ std::string verdict(const Summary& summary, const CalibrationEnd& end) {
 }
 
 } // namespace
-
-std::string levelText(double level) {
-    std::array<char, 32> text{};
-    static_cast<void>(std::snprintf(text.data(), text.size(), "%.2f dBc", level));
-    return text.data();
-}
 
 void CalibrationText::begins(const Board& board, const Result& result, std::size_t knownProbes) {
     const Settings& settings = result.settings;

@@ -35,9 +35,6 @@ struct CalibrationEnd {
     int exitCode = 0;
 };
 
-/** A level as people read it, for example "-41.27 dBc". */
-std::string levelText(double level);
-
 /** Tells whoever runs the program how a calibration goes. */
 class CalibrationReport {
 public:

@@ -3,8 +3,6 @@
 #include "Words.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <map>
 #include <string>
 #include <utility>
@@ -74,12 +72,6 @@ std::string atTheEdge(const char* branch, std::int32_t value, const Range& range
            std::to_string(isLow ? range.low : range.high);
 }
 
-std::string decibels(double level) {
-    std::array<char, 32> text{};
-    static_cast<void>(std::snprintf(text.data(), text.size(), "%.2f dBc", level));
-    return text.data();
-}
-
 void add(std::vector<std::string>& clauses, std::string clause) {
     if (!clause.empty()) {
         clauses.push_back(std::move(clause));
@@ -115,8 +107,8 @@ void diagnose(Point& point, const Settings& settings, const LeakageDescription& 
     point.state = clauses.empty() ? PointState::good : PointState::edge;
     if (point.after > point.before) {
         point.state = PointState::failed;
-        add(clauses, "the corrections found leave " + decibels(point.after) + ", more than the " +
-                         decibels(point.before) + " without any");
+        add(clauses, "the corrections found leave " + levelText(point.after) + ", more than the " +
+                         levelText(point.before) + " without any");
     }
     const auto saturated = static_cast<std::size_t>(
         std::count_if(point.probes.begin(), point.probes.end(),

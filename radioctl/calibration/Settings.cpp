@@ -1,5 +1,7 @@
 #include "calibration/Settings.h"
 
+#include "BoardNames.h"
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -45,24 +47,6 @@ private:
     const CalibrationDescription& m_wishes;
     CalibrationDescription m_described;
 };
-
-/** From the first to the last transmit carrier of the channel's rasters. */
-std::optional<Range> bandOfRasters(const Board& board, int channel) {
-    std::optional<Range> band;
-    for (const RasterDescription& raster : board.rasters) {
-        if (std::find(raster.channels.begin(), raster.channels.end(), channel) == raster.channels.end()) {
-            continue;
-        }
-        for (const CarrierRow& row : raster.rows) {
-            const std::int64_t last = row.first + (static_cast<std::int64_t>(row.count) - 1) * row.step;
-            if (row.transmit) {
-                band = Range{std::min<std::int64_t>(band ? band->low : row.first, row.first),
-                             std::max(band ? band->high : last, last)};
-            }
-        }
-    }
-    return band;
-}
 
 /** The carriers of a band; its last one is among them, also when it does not fall on a step. */
 std::vector<std::uint32_t> carriersOf(const Range& band, std::int64_t step, const Place& place) {
@@ -110,19 +94,13 @@ bool isShrinkFactor(double factor) {
     return factor > 0.0 && factor < 1.0;
 }
 
-const LeakageDescription* leakageOf(const Board& board, int channel) {
-    const auto found = std::find_if(board.leakages.begin(), board.leakages.end(),
-                                    [&](const auto& leakage) { return leakage.channel == channel; });
-    return found == board.leakages.end() ? nullptr : &*found;
-}
-
 Settings settingsFor(const Board& board, const CalibrationDescription& wishes) {
     const Choice choice(board, wishes);
     const Place place{board.file.string(), 0};
-    const LeakageDescription& leakage = *leakageOf(board, wishes.channel);
+    const LeakageDescription& leakage = *findLeakage(board, wishes.channel);
     auto band = choice.of(&CalibrationDescription::band);
     if (!band) {
-        band = bandOfRasters(board, wishes.channel);
+        band = transmitBand(board, wishes.channel);
     }
     if (!band) {
         choice.lacks("band, and no [[raster]] with transmit carriers", "band", "--band");

@@ -36,9 +36,6 @@ bool isShrinkFactor(double factor);
  */
 Settings settingsFor(const Board& board, const CalibrationDescription& wishes);
 
-/** The leakage of a channel; null when the board describes none. */
-const LeakageDescription* leakageOf(const Board& board, int channel);
-
 /** A whole number of a file, within `bounds`; throws std::runtime_error for anything else. */
 template <typename Number>
 Number wholeNumber(const Json& json, const Range& bounds = {std::numeric_limits<Number>::min(),

@@ -113,9 +113,10 @@ void writeNodes(std::ostream& out, const ChannelDifference& channel, bool all) {
     const std::size_t shown = all ? nodes.size() : std::min(nodes.size(), nodesShown);
     for (std::size_t index = 0; index < shown; ++index) {
         const NodeDifference& node = *nodes[index];
-        table.add({text(node.carrier), text(node.temperature), change(node, &LoCorrections::i),
-                   change(node, &LoCorrections::q), inDecimals(node.move(), 1),
-                   hasLevels ? inTwoDecimals(*node.levelBefore) + " -> " + inTwoDecimals(*node.levelAfter) : ""});
+        table.add(
+            {text(node.carrier), text(node.temperature), change(node, &LoCorrections::i),
+             change(node, &LoCorrections::q), inDecimals(node.move(), 1),
+             hasLevels ? inTwoDecimals(*node.levelBefore) + " -> " + inTwoDecimals(*node.levelAfter) : ""});
     }
     out << "\n";
     table.write(out);

@@ -188,13 +188,34 @@ void ChannelLint::run() {
     }
 }
 
-/** What the files of a board's tables say of their points. */
+/** Warns when a property of a file, if it is there, is another one than that of what takes its tables. */
+void lintOrigin(const CsvFile& file, std::string_view key, const std::string& wanted, Findings& findings) {
+    const std::optional<CsvItem> found = file.findProperty(key);
+    if (found && !wanted.empty() && found->text() != wanted) {
+        findings.push_back({Severity::warning, found->place(),
+                            std::string(key) + " " + inQuotes(found->text()) + ", but it is used for " +
+                                std::string(key) + " " + inQuotes(wanted)});
+    }
+}
+
+/** What the file of a channel's tables says of their origin and their points. */
+void lintFile(const Board& board, int channel, const std::filesystem::path& path, Findings& findings) {
+    const CsvFile file(path, "a calibration table");
+    lintOrigin(file, "serial", board.serial, findings);
+    lintOrigin(file, "channel", std::to_string(channel), findings);
+    lintStates(file, findings);
+}
+
 Findings lintFiles(const Board& board) {
     Findings findings;
-    std::set<std::filesystem::path> files;
-    for (const TableDescription& table : board.tables) {
-        if (table.isThere() && !table.file.empty() && files.insert(table.file).second) {
-            lintStates(CsvFile(table.file, "a calibration table"), findings);
+    std::set<std::pair<int, std::filesystem::path>> files;
+    for (const ChannelDescription& channel : board.channels) {
+        for (const char* const branch : {"I", "Q"}) {
+            const TableDescription* const table = findCancellationTable(board, channel.number, branch);
+            const bool isInFile = table != nullptr && table->isThere() && !table->file.empty();
+            if (isInFile && files.insert({channel.number, table->file}).second) {
+                lintFile(board, channel.number, table->file, findings);
+            }
         }
     }
     return findings;

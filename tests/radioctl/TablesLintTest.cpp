@@ -352,6 +352,26 @@ TEST_F(BoardTablesLintTest, EdgesAreNamedWhereTheyStandInTheFile) {
                             "its range; the best corrections may lie beyond"));
 }
 
+TEST_F(BoardTablesLintTest, TablesOfAnotherRadioOrChannelAreAWarning) {
+    write("x.csv", "# serial: T-2\n# channel: 2\nf,t,i,q\n18000000,0,400,-40\n");
+    for (const std::string branch : {"I", "Q"}) {
+        table(branch).file = "x.csv";
+    }
+    m_board.serial = "T-1";
+    EXPECT_THAT(lint(), ElementsAre("x.csv:1: warning: serial \"T-2\", but it is used for serial \"T-1\"",
+                                    "x.csv:2: warning: channel \"2\", but it is used for channel \"1\""));
+}
+
+TEST_F(BoardTablesLintTest, TablesOfTheSameRadioAndChannelAreGood) {
+    write("x.csv", "# serial: T-1\n# channel: 1\nf,t,i,q\n18000000,0,400,-40\n");
+    for (const std::string branch : {"I", "Q"}) {
+        table(branch).file = "x.csv";
+    }
+    EXPECT_THAT(lint(), IsEmpty()); // a board without a serial number takes any
+    m_board.serial = "T-1";
+    EXPECT_THAT(lint(), IsEmpty());
+}
+
 TEST_F(BoardTablesLintTest, BoardWithoutTablesIsRefused) {
     m_board.tables.clear();
     EXPECT_EQ(refusal([this] { lint(); }),
