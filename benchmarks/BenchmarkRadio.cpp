@@ -31,8 +31,9 @@ void BenchmarkRadio::boot() {
             static_cast<unsigned long>(channel),
             static_cast<FrequencyHandler::FrequencyHandlerType>(m_options.type)));
     }
-    for (const Standalone::Phase phase : {Standalone::phaseModuleInit, Standalone::phaseStorageObjectsRetrieved,
-                                          Standalone::phasePostFrameformatLoad}) {
+    for (const Standalone::Phase phase :
+         {Standalone::phaseModuleInit, Standalone::phaseStorageObjectsRetrieved,
+          Standalone::phasePostFrameformatLoad}) {
         if (!m_platform.modules().run(phase).succeeded()) {
             throw std::runtime_error("the radio did not boot");
         }
@@ -58,7 +59,8 @@ void BenchmarkRadio::describeChannel(int channel) {
     describeDirection(channel, "tx", "Tx");
     describeDirection(channel, "rx", "Rx");
     m_platform.addRau(channel);
-    for (const char* const name : {"tx.rf.mixer.i", "tx.rf.mixer.q", "tx.rf.detector.v", "dsp.rx.freq.offset"}) {
+    for (const char* const name :
+         {"tx.rf.mixer.i", "tx.rf.mixer.q", "tx.rf.detector.v", "dsp.rx.freq.offset"}) {
         m_platform.drivers().add(prefix + name);
     }
     m_platform.variables().add(prefix + "rx.rf.frequency.cs.offset.arraysize", {4});

@@ -34,8 +34,8 @@ private:
 };
 
 /**
- * A booted radio on the stand-alone platform, whose drivers only keep what is written. Nothing is journaled and
- * nobody listens, so that what is measured is the library and as little platform as there can be.
+ * A booted radio on the stand-alone platform, whose drivers only keep what is written. Nothing is journaled
+ * and nobody listens, so that what is measured is the library and as little platform as there can be.
  */
 class BenchmarkRadio {
 public:

@@ -88,7 +88,8 @@ void ThermalText::finished(const ReplayTotals& totals, const ReplayEnd& end) {
         m_out << "The radio complained " << counted(totals.complaints, "time")
               << ", first: " << totals.firstComplaint << "\n";
     }
-    m_out << counted(totals.samples, "sample") << " in " << inTwoDecimals(end.seconds) << " s: " << counted(totals.notifications, "notification") << ", " << counted(writes, "write")
+    m_out << counted(totals.samples, "sample") << " in " << inTwoDecimals(end.seconds)
+          << " s: " << counted(totals.notifications, "notification") << ", " << counted(writes, "write")
           << ", " << unchanged << " of them without change.\n"
           << std::flush;
 }

@@ -60,7 +60,8 @@ protected:
         // The log has its room before anything is counted.
         OrbiTrace trace("test", Standalone::TraceLevel::error);
         for (int message = 0; message < 100; ++message) {
-            trace.beginLogMsg(Standalone::TraceLevel::error, __FILE__, __LINE__) << "message" << std::endl;
+            trace.beginLogMsg(Standalone::TraceLevel::error, __FILE__, __LINE__)
+                << std::string(300, 'x') << std::endl;
             trace.endLogMsg();
         }
         platform.trace().setThreshold(Standalone::TraceLevel::error);

@@ -90,7 +90,8 @@ void writeParameters(std::ostream& out, const Board& board, const LeakageDescrip
 void writeWorst(std::ostream& out, const std::string& what, const std::optional<Worst>& worst) {
     out << "<tr>" << cell(what);
     if (worst) {
-        out << numberCell(inTwoDecimals(worst->level)) << cell(placeText(worst->frequency, worst->temperature));
+        out << numberCell(inTwoDecimals(worst->level))
+            << cell(placeText(worst->frequency, worst->temperature));
     } else {
         out << numberCell("-") << cell("not every point has corrections");
     }
@@ -156,8 +157,8 @@ void writePoint(std::ostream& out, const Point& point) {
         << numberCell(std::to_string(point.frequency)) << numberCell(std::to_string(point.temperature))
         << cell(std::string(toString(point.state))) << numberCell(isFailed ? "-" : std::to_string(point.i))
         << numberCell(isFailed ? "-" : std::to_string(point.q)) << numberCell(inTwoDecimals(point.before))
-        << numberCell(isFailed ? "-" : inTwoDecimals(point.after)) << numberCell(std::to_string(point.iterations))
-        << cell(inHtml(point.remark)) << "</tr>\n";
+        << numberCell(isFailed ? "-" : inTwoDecimals(point.after))
+        << numberCell(std::to_string(point.iterations)) << cell(inHtml(point.remark)) << "</tr>\n";
 }
 
 void writePoints(std::ostream& out, std::vector<const Point*> points) {
