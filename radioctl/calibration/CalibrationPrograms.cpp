@@ -17,6 +17,7 @@
 #include "calibration/Settings.h"
 #include "calibration/page/CalibrationPage.h"
 #include "page/Gnuplot.h"
+#include "tables/Corrections.h"
 
 #include <algorithm>
 #include <chrono>
@@ -69,20 +70,19 @@ void requireWritable(const fs::path& file) {
 fs::path tablesOf(const Board& board, int channel) {
     fs::path file;
     for (const auto& [branch, column] : {std::pair("I", "i"), std::pair("Q", "q")}) {
-        const std::string name = cancellationTableName(channel, branch);
-        const auto table = std::find_if(board.tables.begin(), board.tables.end(),
-                                        [&](const auto& entry) { return entry.table.name == name; });
+        const std::string name = '"' + cancellationTableName(channel, branch) + '"';
         const std::string expected =
-            std::string(R"(expected { file = "NAME.csv", column = ")") + column + "\" }, or --out";
-        if (table == board.tables.end()) {
-            refuseBoard(board, "no table \"" + name + "\", " + expected);
+            std::string("expected { file = \"NAME.csv\", column = \"") + column + "\" }";
+        const TableDescription* const table = Tables::findCancellationTable(board, channel, branch);
+        if (table == nullptr) {
+            refuseBoard(board, "no table " + name + ", " + expected + ", or --out");
         }
         if (table->file.empty() || table->column != column) {
-            throw InputError(table->place, "table \"" + name + "\" does not come from the column \"" +
-                                               column + "\" of a file, " + expected);
+            throw InputError(table->place, "table " + name + " does not come from the column \"" + column +
+                                               "\" of a file, " + expected + ", or --out");
         }
         if (!file.empty() && file != table->file) {
-            throw InputError(table->place, "table \"" + name + "\" comes from another file than that of I, " +
+            throw InputError(table->place, "table " + name + " comes from another file than that of I, " +
                                                "expected one for both, or --out");
         }
         file = table->file;
