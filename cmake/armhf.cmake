@@ -5,7 +5,7 @@ set(CMAKE_LIBRARY_ARCHITECTURE arm-linux-gnueabihf)
 set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
 
-# The compiler brings the C and C++ libraries; everything else is fetched by cmake/armhf-sysroot.
+# Headers and libraries of C and C++ come with the compiler; everything else is fetched by cmake/armhf-sysroot.
 cmake_path(GET CMAKE_CURRENT_LIST_DIR PARENT_PATH armhf_project)
 set(armhf_root ${armhf_project}/build/armhf-sysroot/root)
 if(NOT EXISTS ${armhf_root})
@@ -23,7 +23,8 @@ set(armhf_libraries ${armhf_root}/usr/lib/arm-linux-gnueabihf ${armhf_root}/lib/
 list(JOIN armhf_libraries ":" armhf_library_path)
 set(CMAKE_EXE_LINKER_FLAGS_INIT -Wl,-rpath-link,${armhf_library_path})
 
-# Leaks are looked for on the host alone: the leak detector stops and inspects threads, which an emulator does not offer.
+# What runs here runs with the target's own libraries; those of the sanitizers come with the compiler. Leaks are looked
+# for on the host alone: the leak detector stops and inspects threads, which an emulator does not offer.
 find_program(QEMU_ARM qemu-arm REQUIRED)
-set(CMAKE_CROSSCOMPILING_EMULATOR ${QEMU_ARM} -L /usr/arm-linux-gnueabihf -E LD_LIBRARY_PATH=${armhf_library_path}
-    -E ASAN_OPTIONS=detect_leaks=0)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${QEMU_ARM} -L ${armhf_root}
+    -E LD_LIBRARY_PATH=${armhf_library_path}:/usr/arm-linux-gnueabihf/lib -E ASAN_OPTIONS=detect_leaks=0)
