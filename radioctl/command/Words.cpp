@@ -153,7 +153,7 @@ std::string levelText(double dBc) {
     return inTwoDecimals(dBc) + " dBc";
 }
 
-std::string counted(std::size_t count, std::string_view noun) {
+std::string counted(std::uint64_t count, std::string_view noun) {
     return std::to_string(count) + " " + std::string(noun) + (count == 1 ? "" : "s");
 }
 

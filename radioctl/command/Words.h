@@ -51,7 +51,7 @@ std::string inTwoDecimals(double number);
 std::string levelText(double dBc);
 
 /** "1 channel", "2 channels". */
-std::string counted(std::size_t count, std::string_view noun);
+std::string counted(std::uint64_t count, std::string_view noun);
 
 /** The items with `separator` between them. */
 template <typename Items>

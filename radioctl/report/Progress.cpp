@@ -12,7 +12,7 @@ namespace Radioctl {
 
 namespace {
 
-constexpr std::uint64_t barWidth = 20;
+constexpr std::size_t barWidth = 20;
 constexpr std::chrono::milliseconds interval{100};
 
 bool isTerminal() {
@@ -31,7 +31,7 @@ std::size_t columns() {
 } // namespace
 
 std::string progressLine(std::uint64_t done, std::uint64_t total, std::string_view things) {
-    const std::uint64_t filled = total == 0 ? barWidth : done * barWidth / total;
+    const auto filled = static_cast<std::size_t>(total == 0 ? barWidth : done * barWidth / total);
     const std::string percent = std::to_string(total == 0 ? 100 : done * 100 / total);
     return "[" + std::string(filled, '#') + std::string(barWidth - filled, '.') + "] " +
            std::string(3 - percent.size(), ' ') + percent + " %  " + std::to_string(done) + " of " +

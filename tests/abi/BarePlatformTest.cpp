@@ -80,8 +80,9 @@ struct BarePlatform {
     std::ostream stream{&buffer};
 };
 
+/** Never destroyed: the library, which is loaded first, destroys its trace objects last. */
 BarePlatform& bare() {
-    static BarePlatform platform;
+    static BarePlatform& platform = *new BarePlatform; // NOLINT(cppcoreguidelines-owning-memory)
     return platform;
 }
 

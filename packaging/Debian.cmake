@@ -1,0 +1,35 @@
+# cpack, run in a build directory, makes a package to run and one to develop with; of a cross build for its target.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME frequencyhandler)
+set(CPACK_PACKAGE_CONTACT "The FrequencyHandler maintainers <frequencyhandler@localhost>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_ALL runtime development)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${FREQUENCYHANDLER_DEBIAN_ARCHITECTURE})
+if(FREQUENCYHANDLER_DEBIAN_ARCHITECTURE STREQUAL "armhf")
+    set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_CURRENT_LIST_DIR}/armhf-cpack.cmake)
+endif()
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME frequencyhandler)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION comm)
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "frequency service of a microwave radio unit
+The library that tunes the transmitters and receivers of a radio unit inside
+its platform process, a platform for a PC or a bare board, and radioctl, which
+boots a described radio and drives it.")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS gnuplot-nox)
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME frequencyhandler-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "frequency service of a microwave radio unit, development files
+Headers of the frequency service and of the contracts with its platform, and
+what CMake and pkg-config need to find them.")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "frequencyhandler (= ${PROJECT_VERSION})")
+
+include(CPack)
