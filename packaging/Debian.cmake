@@ -2,6 +2,7 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME frequencyhandler)
 set(CPACK_PACKAGE_CONTACT "The FrequencyHandler maintainers <frequencyhandler@localhost>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "frequency service of a microwave radio unit")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL runtime development)
@@ -16,8 +17,7 @@ endif()
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME frequencyhandler)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION comm)
-set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "frequency service of a microwave radio unit
-The library that tunes the transmitters and receivers of a radio unit inside
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "The library that tunes the transmitters and receivers of a radio unit inside
 its platform process, a platform for a PC or a bare board, and radioctl, which
 boots a described radio and drives it.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
@@ -27,8 +27,7 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS gnuplot-nox)
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME frequencyhandler-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "frequency service of a microwave radio unit, development files
-Headers of the frequency service and of the contracts with its platform, and
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "Headers of the frequency service and of the contracts with its platform, and
 what CMake and pkg-config need to find them.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "frequencyhandler (= ${PROJECT_VERSION})")
 

@@ -72,8 +72,8 @@ std::int64_t CsvItem::integer(std::int64_t least, std::int64_t most) const {
 }
 
 std::int32_t CsvItem::integer() const {
-    using Limits = std::numeric_limits<std::int32_t>;
-    return static_cast<std::int32_t>(integer(Limits::min(), Limits::max()));
+    using Integers = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(integer(Integers::min(), Integers::max()));
 }
 
 double CsvItem::number(double most) const {

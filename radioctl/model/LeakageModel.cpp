@@ -1,5 +1,7 @@
 #include "model/LeakageModel.h"
 
+#include "model/ModelNumbers.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -7,11 +9,7 @@ namespace Radioctl {
 
 namespace {
 
-constexpr double referenceTemperature = 25.0;
 constexpr double kilohertzPerGigahertz = 1.0e6;
-constexpr double radiansPerDegree = 3.14159265358979323846 / 180.0;
-/** Nothing that can be measured is farther off the signal, in dB. */
-constexpr double farthest = 120.0;
 
 /** The value nearest to `wanted` that a converter from `low` to `high` has; of two, the higher. */
 std::int32_t converterValue(double wanted, std::int32_t low, std::int32_t high, std::int32_t step) {

@@ -3,6 +3,7 @@
 #include "ChannelReader.h"
 #include "NearestName.h"
 #include "Words.h"
+#include "model/ModelNumbers.h"
 
 #include <algorithm>
 #include <iterator>
@@ -13,8 +14,6 @@ namespace Radioctl {
 
 namespace {
 
-/** Beyond anything physical, and so small that no result of the model leaves the range of a double. */
-constexpr double largestNumber = 1000000.0;
 /** With more skew the branches point nearly the same way and correct nothing across it. */
 constexpr double largestSkew = 60.0;
 

@@ -1,5 +1,7 @@
 #include "model/TransmitterModel.h"
 
+#include "model/ModelNumbers.h"
+
 #include <algorithm>
 #include <cmath>
 #include <complex>
@@ -8,11 +10,6 @@
 namespace Radioctl {
 
 namespace {
-
-constexpr double referenceTemperature = 25.0;
-constexpr double radiansPerDegree = 3.14159265358979323846 / 180.0;
-/** Nothing that can be measured is farther off the signal, in dB. */
-constexpr double farthest = 120.0;
 
 /** A ratio of powers in dB. */
 double decibels(double ratio) {

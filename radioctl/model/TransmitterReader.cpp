@@ -1,13 +1,11 @@
 #include "model/TransmitterReader.h"
 
 #include "ChannelReader.h"
+#include "model/ModelNumbers.h"
 
 namespace Radioctl {
 
 namespace {
-
-/** Beyond anything physical, and so small that no result of the model leaves the range of a double. */
-constexpr double largestNumber = 1000000.0;
 
 ThermalCurve readCurve(const TomlItem& transmitter, std::string_view key) {
     const std::string what = "the value at 25 degrees, its change per degree, and per degree squared";

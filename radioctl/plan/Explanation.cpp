@@ -12,10 +12,6 @@ namespace Radioctl::Plan {
 
 namespace {
 
-std::string text(std::int64_t number) {
-    return std::to_string(number);
-}
-
 /** What the steps expect in hardware, beside the corrections of the mixer. */
 HardwareWords expectedWords(const SpacingShift& shift, const PlanSteps& steps, const Parameters& parameters,
                             std::int32_t chargePump) {
@@ -33,8 +29,8 @@ HardwareWords expectedWords(const SpacingShift& shift, const PlanSteps& steps, c
     return words;
 }
 
-std::string wordText(const std::optional<std::int64_t>& word) {
-    return word ? text(*word) : "nothing";
+std::string wordOrNothing(const std::optional<std::int64_t>& word) {
+    return word ? std::to_string(*word) : "nothing";
 }
 
 /** In which words of the plan `written` is not as `expected`. */
@@ -44,8 +40,8 @@ std::vector<std::string> differences(const HardwareWords& expected, const Hardwa
     for (const Word word : {Word::dspOffset, Word::ifPll, Word::rfPll, Word::chargePump, Word::carrier}) {
         const std::string driver = sources.nameOf(word);
         if (!driver.empty() && expected[word] != written[word]) {
-            result.push_back(driver + ": the steps give " + wordText(expected[word]) +
-                             ", the library wrote " + wordText(written[word]));
+            result.push_back(driver + ": the steps give " + wordOrNothing(expected[word]) +
+                             ", the library wrote " + wordOrNothing(written[word]));
         }
     }
     return result;

@@ -16,21 +16,17 @@ constexpr std::size_t nodesShown = 10;
 
 using Member = std::int32_t LoCorrections::*;
 
-std::string text(std::int64_t number) {
-    return std::to_string(number);
-}
-
 std::int64_t moveOf(const NodeDifference& node, Member branch) {
     return std::int64_t{node.after.*branch} - node.before.*branch;
 }
 
 /** "-47 -> 12". */
 std::string change(const NodeDifference& node, Member branch) {
-    return text(node.before.*branch) + " -> " + text(node.after.*branch);
+    return std::to_string(node.before.*branch) + " -> " + std::to_string(node.after.*branch);
 }
 
 std::string placeOf(const NodeDifference& node) {
-    return text(node.carrier) + " kHz at " + text(node.temperature) + " degrees";
+    return std::to_string(node.carrier) + " kHz at " + std::to_string(node.temperature) + " degrees";
 }
 
 /** The node for which `measure` gives the most. */
@@ -82,7 +78,7 @@ void writeLevels(TextTable& table, const ChannelDifference& channel) {
 }
 
 void writeSummary(std::ostream& out, const ChannelDifference& channel) {
-    out << "channel " << (channel.channel ? text(*channel.channel) : "unknown") << ": "
+    out << "channel " << (channel.channel ? std::to_string(*channel.channel) : "unknown") << ": "
         << counted(channel.nodes.size(), "node") << " compared, " << channel.moved() << " moved\n";
     if (channel.axesDiffer) {
         out << "  The tables have other axes; they are compared at the nodes of both.\n";
@@ -91,7 +87,7 @@ void writeSummary(std::ostream& out, const ChannelDifference& channel) {
     if (channel.moved() != 0) {
         for (const auto& [name, branch] : {std::pair("I", &LoCorrections::i), {"Q", &LoCorrections::q}}) {
             const NodeDifference& node = largestMove(channel, branch);
-            table.add({std::string("largest move in ") + name, text(std::abs(moveOf(node, branch))),
+            table.add({std::string("largest move in ") + name, std::to_string(std::abs(moveOf(node, branch))),
                        moveOf(node, branch) == 0 ? "" : placeOf(node)});
         }
     }
@@ -114,7 +110,7 @@ void writeNodes(std::ostream& out, const ChannelDifference& channel, bool all) {
     for (std::size_t index = 0; index < shown; ++index) {
         const NodeDifference& node = *nodes[index];
         table.add(
-            {text(node.carrier), text(node.temperature), change(node, &LoCorrections::i),
+            {std::to_string(node.carrier), std::to_string(node.temperature), change(node, &LoCorrections::i),
              change(node, &LoCorrections::q), inDecimals(node.move(), 1),
              hasLevels ? inTwoDecimals(*node.levelBefore) + " -> " + inTwoDecimals(*node.levelAfter) : ""});
     }

@@ -51,7 +51,7 @@ std::vector<std::int32_t> axisOf(const std::vector<Node>& nodes, Member member) 
 }
 
 /** For example "frequency_khz 18700000, temperature_c 25". */
-std::string nodeText(const CsvFile& file, std::int32_t x1, std::int32_t x2) {
+std::string pairText(const CsvFile& file, std::int32_t x1, std::int32_t x2) {
     return harmless(file.columns()[0]) + " " + std::to_string(x1) + ", " + harmless(file.columns()[1]) + " " +
            std::to_string(x2);
 }
@@ -62,7 +62,7 @@ std::vector<NodeProblem> takeDoubles(const CsvFile& file, std::vector<Node>& nod
     std::vector<Node> kept;
     for (const Node& node : nodes) {
         if (!kept.empty() && node.isSameAs(kept.back())) {
-            problems.push_back({file.line(node.row), nodeText(file, node.x1, node.x2) + " stands on line " +
+            problems.push_back({file.line(node.row), pairText(file, node.x1, node.x2) + " stands on line " +
                                                          std::to_string(file.line(kept.back().row)) +
                                                          " already, expected each pair once"});
         } else {
@@ -92,7 +92,7 @@ NodeProblem firstMissing(const CsvFile& file, const std::vector<Node>& nodes, co
         }
     }
     const std::uint64_t missing = std::uint64_t{grid.axis1.size()} * width - nodes.size();
-    return {line, "no row for " + nodeText(file, x1, grid.axis2[index % width]) +
+    return {line, "no row for " + pairText(file, x1, grid.axis2[index % width]) +
                       (missing == 1 ? "" : " and " + std::to_string(missing - 1) + " more") +
                       ", expected one for each pair of the values of the two columns"};
 }

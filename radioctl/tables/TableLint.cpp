@@ -15,10 +15,6 @@ namespace {
 /** Two nodes so many times as far apart as is usual are looked at. */
 constexpr std::int64_t gapFactor = 3;
 
-std::string text(std::int64_t number) {
-    return std::to_string(number);
-}
-
 /** An axis, and how it is spoken of. */
 struct AxisWords {
     std::string_view what;
@@ -39,9 +35,10 @@ void lintGaps(const std::string& prefix, const std::vector<std::int32_t>& axis, 
     for (std::size_t index = 0; index < gaps.size(); ++index) {
         if (gaps[index] > gapFactor * usual) {
             findings.push_back({Severity::warning, place,
-                                prefix + text(gaps[index]) + " " + std::string(words.unit) +
-                                    " without a node, from " + text(axis[index]) + " to " +
-                                    text(axis[index + 1]) + "; usual are " + text(usual)});
+                                prefix + std::to_string(gaps[index]) + " " + std::string(words.unit) +
+                                    " without a node, from " + std::to_string(axis[index]) + " to " +
+                                    std::to_string(axis[index + 1]) + "; usual are " +
+                                    std::to_string(usual)});
         }
     }
 }
@@ -53,9 +50,10 @@ void lintEnds(const std::string& prefix, const std::vector<std::int32_t>& axis, 
     }
     const auto add = [&](const char* verb, std::int64_t end, const char* way, std::int64_t wanted) {
         findings.push_back({Severity::warning, place,
-                            prefix + std::string(words.what) + " " + verb + " at " + text(end) + " " +
-                                std::string(words.unit) + ", " + std::string(words.need) + " go " + way +
-                                " to " + text(wanted) + ": for the " + text(std::abs(wanted - end)) +
+                            prefix + std::string(words.what) + " " + verb + " at " + std::to_string(end) +
+                                " " + std::string(words.unit) + ", " + std::string(words.need) + " go " +
+                                way + " to " + std::to_string(wanted) + ": for the " +
+                                std::to_string(std::abs(wanted - end)) +
                                 " between, the outermost node holds"});
     };
     if (axis.front() > needed->low) {
@@ -81,7 +79,7 @@ public:
         }
         findings.push_back({Severity::warning, m_linted.placeOf(m_first),
                             m_linted.label + ": " + nodeText(m_linted.table, m_first) + ": " +
-                                text(m_linted.table.values[m_first]) + m_what +
+                                std::to_string(m_linted.table.values[m_first]) + m_what +
                                 (m_count == 1 ? "" : "; so it is at " + counted(m_count - 1, "other node"))});
     }
 
@@ -94,11 +92,12 @@ private:
 
 std::string describe(const LintedTable& linted, const Misfit& misfit, double usualDeviation) {
     const std::string value =
-        linted.label + ": " + nodeText(linted.table, misfit.node) + ": " + text(misfit.value);
-    const std::string suggested = text(std::llround(misfit.suggested));
-    return misfit.isSignFlip ? value + " has another sign than all its neighbours, which suggest " + suggested
-                             : value + " does not go with its neighbours, which suggest " + suggested +
-                                   "; usually they are off by " + text(std::llround(usualDeviation));
+        linted.label + ": " + nodeText(linted.table, misfit.node) + ": " + std::to_string(misfit.value);
+    const std::string suggested = std::to_string(std::llround(misfit.suggested));
+    return misfit.isSignFlip
+               ? value + " has another sign than all its neighbours, which suggest " + suggested
+               : value + " does not go with its neighbours, which suggest " + suggested +
+                     "; usually they are off by " + std::to_string(std::llround(usualDeviation));
 }
 
 } // namespace
@@ -108,8 +107,8 @@ Place LintedTable::placeOf(std::size_t node) const {
 }
 
 std::string nodeText(const CalibrationTable& table, std::size_t node) {
-    return text(table.axis1[node / table.axis2.size()]) + " kHz at " +
-           text(table.axis2[node % table.axis2.size()]) + " degrees";
+    return std::to_string(table.axis1[node / table.axis2.size()]) + " kHz at " +
+           std::to_string(table.axis2[node % table.axis2.size()]) + " degrees";
 }
 
 void lintAxes(const std::string& label, const LintedTable& linted, const Coverage& needed,
@@ -136,11 +135,11 @@ void lintValues(const LintedTable& linted, std::vector<Finding>& findings) {
 
 void lintConverter(const LintedTable& linted, const CorrectionBranch& converter,
                    std::vector<Finding>& findings) {
-    const std::string range = text(converter.low) + " to " + text(converter.high);
+    const std::string range = std::to_string(converter.low) + " to " + std::to_string(converter.high);
     ValueGroup beyond(linted, " is beyond the DAC's range, " + range + ", and is cut off");
     ValueGroup atEnd(linted, " is at the end of the DAC's range, " + range + ": more may be needed");
-    ValueGroup between(linted, " is no value of the DAC, which goes from " + text(converter.low) +
-                                   " in steps of " + text(converter.step));
+    ValueGroup between(linted, " is no value of the DAC, which goes from " + std::to_string(converter.low) +
+                                   " in steps of " + std::to_string(converter.step));
     for (std::size_t node = 0; node < linted.table.values.size(); ++node) {
         const std::int64_t value = linted.table.values[node];
         if (value < converter.low || value > converter.high) {

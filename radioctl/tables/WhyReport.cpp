@@ -9,18 +9,14 @@ namespace Radioctl::Tables {
 
 namespace {
 
-std::string text(std::int64_t number) {
-    return std::to_string(number);
-}
-
 double asDouble(const MixedNumber& number) {
     return static_cast<double>(number.whole) +
            static_cast<double>(number.numerator) / static_cast<double>(number.divisor);
 }
 
 std::string weightText(const WeighedNode& node, const Lookup& lookup) {
-    return text(node.weight1) + "/" + text(lookup.axis1.width) + " x " + text(node.weight2) + "/" +
-           text(lookup.axis2.width);
+    return std::to_string(node.weight1) + "/" + std::to_string(lookup.axis1.width) + " x " +
+           std::to_string(node.weight2) + "/" + std::to_string(lookup.axis2.width);
 }
 
 void writeClamping(std::ostream& out, const AxisLookup& axis, const std::string& unit, std::int32_t node) {
@@ -37,7 +33,8 @@ void writeLookup(std::ostream& out, const Lookup& lookup) {
     }
     table.add({"kHz", "degrees", "value", "weight"});
     for (const WeighedNode& node : lookup.nodes) {
-        table.add({text(node.x1), text(node.x2), text(node.value), weightText(node, lookup)});
+        table.add({std::to_string(node.x1), std::to_string(node.x2), std::to_string(node.value),
+                   weightText(node, lookup)});
     }
     table.write(out);
     writeClamping(out, lookup.axis1, "kHz", lookup.nodes.front().x1);

@@ -14,7 +14,7 @@ namespace Radioctl::Calibration {
 namespace {
 
 /** More marks of a kind than this hide what is below them. */
-constexpr std::size_t mostMarks = 600;
+constexpr std::size_t mostMarksOfAKind = 600;
 
 HeatMap mapOf(const Surface& surface) {
     std::vector<double> columns;
@@ -55,7 +55,7 @@ Marks marksOf(const Result& result, const HeatMap& map) {
         }
     }
     for (std::vector<PlotPoint>* those : {&marks.good, &marks.edge, &marks.failed}) {
-        if (those->size() > mostMarks) {
+        if (those->size() > mostMarksOfAKind) {
             those->clear();
         }
     }
