@@ -98,17 +98,13 @@ void OrbiTrace::endLogMsg() {
 OrbiTraceLevel CZulTraceHandler_DmLevel2GtLevel(int level) {
     constexpr int notice = 256;
     constexpr int information = 2048;
+    if (level == information) { // first, because nearly every message of a radio that works is one
+        return TraceLevel::information;
+    }
     if (isFailure(level)) {
         return TraceLevel::error;
     }
-    switch (level) {
-    case notice:
-        return TraceLevel::notice;
-    case information:
-        return TraceLevel::information;
-    default:
-        return TraceLevel::warning;
-    }
+    return level == notice ? TraceLevel::notice : TraceLevel::warning;
 }
 
 namespace Standalone {
