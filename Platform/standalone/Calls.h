@@ -117,7 +117,10 @@ public:
     /** Is told of every call, after it was answered; must not throw. An empty function for nobody. */
     void setListener(std::function<void(const Call&)> listener);
 
-    /** True when nobody listens, nothing is recorded and there is no fault: a call need not be described. */
+    /**
+     * True when nobody listens, nothing is recorded and there is no fault. A call need not be described then:
+     * a service that is called while the radio operates carries it out without further ado.
+     */
     bool isIdle() const { return m_idle; }
 
     /**
@@ -126,10 +129,12 @@ public:
      * answers in its place and puts its output into `*output`; one with a success code only replaces the
      * code. Nothing is thrown: a call for which there is no memory gives Codes::outOfMemory, and one that was
      * carried out is not undone for a journal without memory.
+     *
+     * Not inlined, so that a service that looks for itself whether the platform is idle pays nothing for it.
      */
     template <typename Work>
-    std::int32_t answer(std::string_view object, const Request& request, const Work& work,
-                        int* output = nullptr) {
+    [[gnu::noinline]] std::int32_t answer(std::string_view object, const Request& request, const Work& work,
+                                          int* output = nullptr) {
         std::int64_t given = request.value;
         try {
             return m_idle ? work(given) : answerOpenly(object, request, work, given, output);

@@ -3,16 +3,28 @@
 #include "standalone/Codes.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace Standalone {
 
 namespace {
 
-/** The largest buffer that counts as a number. */
-constexpr unsigned maxNumberBytes = 8;
+/** The number of 8 bytes, least significant first: one load, where the processor keeps numbers so. */
+std::uint64_t eightBytes(const std::uint8_t* bytes) {
+    const auto at = [bytes](unsigned i) { return std::uint64_t{bytes[i]} << (8U * i); };
+    return at(0) | at(1) | at(2) | at(3) | at(4) | at(5) | at(6) | at(7);
+}
 
-std::int64_t numberFrom(const std::uint8_t* bytes, unsigned byteCount) {
+/** The number that a buffer stands for, least significant byte first; nothing for one that is none. */
+inline std::optional<std::int64_t> numberIn(const void* data, unsigned byteCount) {
+    const auto* const bytes = static_cast<const std::uint8_t*>(data);
+    if (bytes == nullptr || byteCount == 0 || byteCount > sizeof(std::uint64_t)) {
+        return std::nullopt;
+    }
+    if (byteCount == sizeof(std::uint64_t)) {
+        return static_cast<std::int64_t>(eightBytes(bytes));
+    }
     std::uint64_t number = 0;
     for (unsigned i = byteCount; i > 0; --i) {
         number = (number << 8U) | bytes[i - 1];
@@ -63,31 +75,37 @@ EDriverResult Driver::read(void* context, int* value) {
 }
 
 std::int32_t Driver::write(int value) {
-    return m_calls.answer(m_name, {Operation::driverWrite, value}, [&](std::int64_t& /*given*/) {
-        m_value = value;
-        ++m_writes;
-        return ResultOk;
-    });
+    if (m_calls.isIdle()) {
+        return keep(value);
+    }
+    return m_calls.answer(m_name, {Operation::driverWrite, value},
+                          [this](std::int64_t& given) { return keep(given); });
+}
+
+std::int32_t Driver::keep(std::int64_t value) {
+    m_value = value;
+    ++m_writes;
+    return ResultOk;
 }
 
 std::int32_t Driver::writeBuffer(const void* data, unsigned byteCount) {
-    const auto* const bytes = static_cast<const std::uint8_t*>(data);
-    const bool isNumber = data != nullptr && byteCount > 0 && byteCount <= maxNumberBytes;
+    if (m_calls.isIdle()) {
+        return keepBuffer(data, byteCount);
+    }
     const Request request{Operation::driverWriteBuffer,
-                          isNumber ? numberFrom(bytes, byteCount) : 0,
+                          numberIn(data, byteCount).value_or(0),
                           {},
-                          bytes,
+                          static_cast<const std::uint8_t*>(data),
                           data != nullptr ? byteCount : 0};
-    return m_calls.answer(m_name, request, [&](std::int64_t& given) -> std::int32_t {
-        if (data == nullptr && byteCount != 0) {
-            return Codes::badArgument;
-        }
-        if (isNumber) {
-            m_value = given;
-        }
-        ++m_writes;
-        return ResultOk;
-    });
+    return m_calls.answer(m_name, request,
+                          [=](std::int64_t& /*given*/) { return keepBuffer(data, byteCount); });
+}
+
+std::int32_t Driver::keepBuffer(const void* data, unsigned byteCount) {
+    if (data == nullptr && byteCount != 0) {
+        return Codes::badArgument;
+    }
+    return keep(numberIn(data, byteCount).value_or(m_value));
 }
 
 std::int32_t Driver::read(int* value) {

@@ -74,6 +74,10 @@ private:
     std::int32_t writeBuffer(const void* data, unsigned byteCount);
     std::int32_t read(int* value);
 
+    // What the writes do, whether or not somebody is told of them.
+    std::int32_t keep(std::int64_t value);
+    std::int32_t keepBuffer(const void* data, unsigned byteCount);
+
     std::string m_name;
     Calls& m_calls;
     Record m_record;

@@ -29,6 +29,22 @@ std::string_view nameOf(const CalibrationTable* table) {
     return table != nullptr ? std::string_view(table->name) : "";
 }
 
+std::int32_t interpolateLinear(const CalibrationTable* table, std::int32_t x, int* y) {
+    if (table == nullptr || y == nullptr || !table->axis2.empty()) {
+        return Codes::badArgument;
+    }
+    *y = Interpolation::linear(table->axis1, table->values, x);
+    return ResultOk;
+}
+
+std::int32_t interpolateBilinear(const CalibrationTable* table, std::int32_t x1, std::int32_t x2, int* y) {
+    if (table == nullptr || y == nullptr || table->axis2.empty()) {
+        return Codes::badArgument;
+    }
+    *y = Interpolation::bilinear(table->axis1, table->axis2, table->values, x1, x2);
+    return ResultOk;
+}
+
 } // namespace
 
 std::string TableStore::whatIsWrongWith(const CalibrationTable& table) {
@@ -81,27 +97,30 @@ std::int32_t TableStore::lookup(const char* name, CalibrationTable** out) {
 }
 
 std::int32_t TableStore::interpolate(CalibrationTable* table, std::int32_t x, int* y) {
-    const auto interpolateLinear = [&](std::int64_t& given) -> std::int32_t {
-        if (table == nullptr || y == nullptr || !table->axis2.empty()) {
-            return Codes::badArgument;
-        }
-        *y = Interpolation::linear(table->axis1, table->values, x);
-        given = *y;
-        return ResultOk;
-    };
-    return m_calls.answer(nameOf(table), {Operation::tableLinear, 0, {x, 0}}, interpolateLinear, y);
+    return m_calls.isIdle() ? interpolateLinear(table, x, y) : interpolateOpenly(table, x, y);
 }
 
 std::int32_t TableStore::interpolate(CalibrationTable* table, std::int32_t x1, std::int32_t x2, int* y) {
-    const auto interpolateBilinear = [&](std::int64_t& given) -> std::int32_t {
-        if (table == nullptr || y == nullptr || table->axis2.empty()) {
-            return Codes::badArgument;
-        }
-        *y = Interpolation::bilinear(table->axis1, table->axis2, table->values, x1, x2);
-        given = *y;
-        return ResultOk;
+    return m_calls.isIdle() ? interpolateBilinear(table, x1, x2, y) : interpolateOpenly(table, x1, x2, y);
+}
+
+std::int32_t TableStore::interpolateOpenly(CalibrationTable* table, std::int32_t x, int* y) {
+    const auto interpolate = [&](std::int64_t& given) {
+        const std::int32_t code = interpolateLinear(table, x, y);
+        given = isSuccess(code) ? *y : given;
+        return code;
     };
-    return m_calls.answer(nameOf(table), {Operation::tableBilinear, 0, {x1, x2}}, interpolateBilinear, y);
+    return m_calls.answer(nameOf(table), {Operation::tableLinear, 0, {x, 0}}, interpolate, y);
+}
+
+std::int32_t TableStore::interpolateOpenly(CalibrationTable* table, std::int32_t x1, std::int32_t x2,
+                                           int* y) {
+    const auto interpolate = [&](std::int64_t& given) {
+        const std::int32_t code = interpolateBilinear(table, x1, x2, y);
+        given = isSuccess(code) ? *y : given;
+        return code;
+    };
+    return m_calls.answer(nameOf(table), {Operation::tableBilinear, 0, {x1, x2}}, interpolate, y);
 }
 
 } // namespace Standalone

@@ -55,6 +55,10 @@ public:
     std::int32_t interpolate(CalibrationTable* table, std::int32_t x1, std::int32_t x2, int* y);
 
 private:
+    // What an interpolation is when somebody may be told of it.
+    std::int32_t interpolateOpenly(CalibrationTable* table, std::int32_t x, int* y);
+    std::int32_t interpolateOpenly(CalibrationTable* table, std::int32_t x1, std::int32_t x2, int* y);
+
     Calls& m_calls;
     std::map<std::string, std::unique_ptr<CalibrationTable>, std::less<>> m_tables;
 };

@@ -4,41 +4,65 @@
 #include "standalone/Platform.h"
 
 #include <algorithm>
-#include <sstream>
+#include <streambuf>
+#include <utility>
 
 using Standalone::Platform;
-using Standalone::TraceMessage;
 namespace TraceLevel = Standalone::TraceLevel;
 
 namespace {
 
-/** Takes the text of one message and hands it over at each flush. */
-class MessageBuffer final : public std::stringbuf {
+/** What a text belongs to. The names are those that the library gave; they last until the message is over. */
+struct Origin {
+    const char* source;
+    OrbiTraceLevel level;
+    const char* file;
+    int line;
+};
+
+/**
+ * Takes the text of one message and hands it over at each flush. A message of which nobody is told takes no
+ * memory but what earlier ones left here.
+ */
+class MessageBuffer final : public std::streambuf {
 public:
     /** What the next text belongs to. */
-    void describe(TraceMessage message) { m_message = std::move(message); }
+    void describe(const Origin& origin) { m_origin = origin; }
+    /** Forgets a text that was not flushed. */
+    void discard() { m_text.clear(); }
 
 protected:
+    int_type overflow(int_type character) override {
+        if (!traits_type::eq_int_type(character, traits_type::eof())) {
+            m_text.push_back(traits_type::to_char_type(character));
+        }
+        return traits_type::not_eof(character);
+    }
+
+    std::streamsize xsputn(const char* characters, std::streamsize count) override {
+        m_text.append(characters, static_cast<std::size_t>(count));
+        return count;
+    }
+
     int sync() override {
-        std::string text = str();
-        if (text.empty()) {
-            return 0;
-        }
-        // Emptied first: whoever is told of the message may write one of its own.
-        str({});
-        if (text.back() == '\n') {
-            text.pop_back();
-        }
-        if (Platform* const platform = Platform::current()) {
-            TraceMessage message = m_message;
-            message.text = std::move(text);
-            platform->trace().enter(message);
+        Platform* const platform = Platform::current();
+        if (platform == nullptr || !platform->trace().isRead()) {
+            m_text.clear();
+        } else if (!m_text.empty()) {
+            // Emptied first: whoever is told of the message may write one of its own.
+            std::string text = std::exchange(m_text, {});
+            if (text.back() == '\n') {
+                text.pop_back();
+            }
+            platform->trace().enter(
+                {m_origin.source, m_origin.level, m_origin.file, m_origin.line, std::move(text)});
         }
         return 0;
     }
 
 private:
-    TraceMessage m_message{};
+    Origin m_origin{};
+    std::string m_text;
 };
 
 /** What all trace objects share. */
@@ -81,7 +105,7 @@ OrbiTrace::~OrbiTrace() {
 std::ostream& OrbiTrace::beginLogMsg(OrbiTraceLevel level, const char* sourceFile, int line) {
     TraceFacility& shared = facility();
     shared.buffer.pubsync();
-    shared.buffer.describe({m_name, level, sourceFile, line, {}});
+    shared.buffer.describe({m_name, level, sourceFile, line});
     // Neither a number base nor an error that the last message left behind may reach this one.
     shared.stream.clear();
     shared.stream.copyfmt(shared.plain);
@@ -98,17 +122,13 @@ void OrbiTrace::endLogMsg() {
 OrbiTraceLevel CZulTraceHandler_DmLevel2GtLevel(int level) {
     constexpr int notice = 256;
     constexpr int information = 2048;
+    if (level == information) { // first, because nearly every message of a radio that works is one
+        return TraceLevel::information;
+    }
     if (isFailure(level)) {
         return TraceLevel::error;
     }
-    switch (level) {
-    case notice:
-        return TraceLevel::notice;
-    case information:
-        return TraceLevel::information;
-    default:
-        return TraceLevel::warning;
-    }
+    return level == notice ? TraceLevel::notice : TraceLevel::warning;
 }
 
 namespace Standalone {
@@ -116,7 +136,7 @@ namespace Standalone {
 // Text that was never flushed belongs to an earlier log. Touching the common part of the trace objects here
 // also has it exist before a static log is complete, and so until after that one's end.
 TraceLog::TraceLog() {
-    facility().buffer.str({});
+    facility().buffer.discard();
 }
 
 TraceLog::~TraceLog() {

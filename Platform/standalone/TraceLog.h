@@ -51,7 +51,12 @@ public:
     /** Is told of every message when its line is complete; must not throw. An empty function for nobody. */
     void setSink(std::function<void(const TraceMessage&)> sink) { m_sink = std::move(sink); }
     /** Whether messages are kept; they are, unless told otherwise. */
-    void setRecording(bool recording) { m_recording = recording; }
+    void setRecording(bool recording) {
+        m_recording = recording;
+        m_lastWasKept = m_lastWasKept && recording;
+    }
+    /** True when messages are kept or somebody is told of them. */
+    bool isRead() const { return m_recording || m_sink; }
     /** The messages so far, oldest first. */
     const std::vector<TraceMessage>& messages() const { return m_messages; }
     void clear() { m_messages.clear(); }

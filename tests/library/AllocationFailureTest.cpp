@@ -67,20 +67,6 @@ protected:
         platform.trace().setThreshold(Standalone::TraceLevel::error);
     }
 
-    /** Gives a channel what an IQ compensation asks for. */
-    void addCompensation(int channel) {
-        const std::string number = std::to_string(channel);
-        for (const char* const name :
-             {"dc.compensation.i", "dc.compensation.q", "quadrature.gain.offset.compensation",
-              "quadrature.phase.offset.compensation"}) {
-            platform.drivers().add("channel." + number + ".dsp.tx." + name);
-        }
-        for (const char* const name : {"Dc.I", "Dc.Q", "Gain.Offset", "Phase.Offset"}) {
-            platform.tables().add(
-                {"Channel." + number + ".Tx.Dsp.Temperature.To." + name + ".Compensation", {0}, {}, {1}});
-        }
-    }
-
     /** Runs `scenario`; the allocation of that number fails. Nothing that it throws is caught. */
     template <typename Scenario>
     Outcome run(unsigned failing, bool forGood, const Scenario& scenario) noexcept {

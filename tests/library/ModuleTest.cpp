@@ -37,6 +37,19 @@ void ModuleTest::addDirection(const std::string& direction, const std::string& t
         {"Channel.1." + tableDirection + ".Rf.Pll.Frequency.To.Chargepump.Setting", {0}, {}, {5}});
 }
 
+void ModuleTest::addCompensation(int channel) {
+    const std::string number = std::to_string(channel);
+    for (const char* const name :
+         {"dc.compensation.i", "dc.compensation.q", "quadrature.gain.offset.compensation",
+          "quadrature.phase.offset.compensation"}) {
+        platform.drivers().add("channel." + number + ".dsp.tx." + name);
+    }
+    for (const char* const name : {"Dc.I", "Dc.Q", "Gain.Offset", "Phase.Offset"}) {
+        platform.tables().add(
+            {"Channel." + number + ".Tx.Dsp.Temperature.To." + name + ".Compensation", {0}, {}, {1}});
+    }
+}
+
 void ModuleTest::build(int type, unsigned long channel) {
     module.reset();
     forget();

@@ -20,6 +20,8 @@ protected:
     void build(int type, unsigned long channel = 1);
     /** Makes the module, runs its three phases and forgets all that. */
     void boot(int type);
+    /** Gives a channel what an IQ compensation asks for; its tables give 1 at any temperature. */
+    void addCompensation(int channel);
     /** Runs a phase; true when no module failed. */
     bool run(unsigned long phase) { return platform.modules().run(phase).succeeded(); }
     /** The frequency of the published handler of a direction. */

@@ -176,6 +176,20 @@ TEST(BilinearTest, WholeIntRangeDoesNotOverflow) {
     EXPECT_EQ(bilinear(whole, whole, {lowest, lowest, lowest, lowest}, 1, 1), lowest);
 }
 
+TEST(BilinearTest, LargestCellThatIsWeighedInOneGoAndTheNextLargerOneAgree) {
+    // 65535 * 65537 is the last product of widths below 2^32; in the middle of rows of h, l, l, h lies -0.5.
+    const Numbers corners{highest, lowest, lowest, highest};
+    EXPECT_EQ(bilinear({0, 65535}, {0, 65537}, corners, 65535, 65537), highest);
+    EXPECT_EQ(bilinear({0, 65536}, {0, 65536}, corners, 65536, 65536), highest);
+    EXPECT_EQ(bilinear({0, 65534}, {0, 65536}, corners, 32767, 32768), -1);
+    EXPECT_EQ(bilinear({0, 65536}, {0, 65538}, corners, 32768, 32769), -1);
+}
+
+TEST(BilinearTest, HalvesNextToTheEndsOfTheRangeAreRoundedAwayFromZero) {
+    EXPECT_EQ(bilinear({0, 2}, {0, 2}, {highest, highest, highest - 1, highest - 1}, 1, 1), highest);
+    EXPECT_EQ(bilinear({0, 2}, {0, 2}, {lowest, lowest, lowest + 1, lowest + 1}, 1, 1), lowest);
+}
+
 #ifdef __SIZEOF_INT128__
 
 __extension__ using Wide = __int128;
@@ -249,9 +263,9 @@ public:
         return {ascending.begin(), ascending.end()};
     }
 
-private:
     std::int32_t small() { return static_cast<std::int32_t>(m_engine() % 9); }
 
+private:
     // The same numbers in every run. NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp)
     std::mt19937 m_engine{20231117};
 };
@@ -275,6 +289,22 @@ TEST(BilinearTest, AgreesWithTheExactFraction) {
         const std::int32_t x1 = random.number();
         const std::int32_t x2 = random.number();
         ASSERT_EQ(bilinear(first, second, values, x1, x2), exactBilinear(first, second, values, x1, x2))
+            << "round " << i;
+    }
+}
+
+TEST(BilinearTest, CellsAroundTheLargestThatIsWeighedInOneGoAgreeWithTheExactFraction) {
+    RandomNumbers random;
+    for (int i = 0; i < 100000; ++i) {
+        const std::int32_t width1 = 65536 + random.small();
+        const std::int32_t width2 = 65532 + random.small();
+        const Numbers values = random.numbers(4);
+        const std::int32_t x1 =
+            static_cast<std::int32_t>(static_cast<std::uint32_t>(random.number()) % 65536);
+        const std::int32_t x2 =
+            static_cast<std::int32_t>(static_cast<std::uint32_t>(random.number()) % 65532);
+        ASSERT_EQ(bilinear({0, width1}, {0, width2}, values, x1, x2),
+                  exactBilinear({0, width1}, {0, width2}, values, x1, x2))
             << "round " << i;
     }
 }

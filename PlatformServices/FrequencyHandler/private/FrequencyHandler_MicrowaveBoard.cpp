@@ -49,6 +49,12 @@ constexpr std::uint32_t magnitudeOf(std::int32_t number) {
     return number < 0 ? 0U - word(number) : word(number);
 }
 
+/** The bytes of a number, in the same order on any host. */
+constexpr std::array<std::uint8_t, 8> leastSignificantFirst(std::uint64_t number) {
+    const auto byte = [number](unsigned index) { return static_cast<std::uint8_t>(number >> (8U * index)); };
+    return {byte(0), byte(1), byte(2), byte(3), byte(4), byte(5), byte(6), byte(7)};
+}
+
 } // namespace
 
 FrequencyHandler::FrequencyHandler(const std::string& name, int channel, bool useIfFrequency,
@@ -338,10 +344,7 @@ EAFResult FrequencyHandler::writeRfLoInHz(std::uint64_t rfPll) {
     if (!canWriteBuffer(m_rfLoInHzDriver)) {
         return ResultOk;
     }
-    std::array<std::uint8_t, 8> bytes{};
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        bytes[i] = static_cast<std::uint8_t>(rfPll >> (8U * i)); // least significant first, on any host
-    }
+    const std::array<std::uint8_t, 8> bytes = leastSignificantFirst(rfPll);
     const EDriverResult code =
         m_rfLoInHzDriver->writeBuffer(m_rfLoInHzDriver->context, bytes.data(), bytes.size());
     if (isFailure(code)) {

@@ -6,6 +6,8 @@
 #include "FrequencyHandler_Common.h"
 #include "FrequencyPlan.h"
 
+#include <string_view>
+
 namespace RL::FrequencyHandler::MicrowaveBoard {
 
 /**
@@ -69,7 +71,7 @@ public:
 
 private:
     FrequencyPlan::Parameters plan() const;
-    bool isRx() const { return m_name == "Rx"; }
+    bool isRx() const { return std::string_view(m_name) == "Rx"; }
 
     EAFResult bindDrivers(const DriverLookup& lookup);
     static EAFResult bindRequiredDriver(const DriverLookup& lookup, const std::string& driverName,

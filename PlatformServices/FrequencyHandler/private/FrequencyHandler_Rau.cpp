@@ -3,6 +3,8 @@
 #include "InterfaceBroker.h"
 #include "Trace.h"
 
+#include <string_view>
+
 namespace RL::FrequencyHandler::Rau {
 
 namespace {
@@ -46,8 +48,9 @@ EAFResult FrequencyHandler::writeFrequencyToHW(unsigned long frequency) {
         return ResultFailed;
     }
     const auto carrier = static_cast<std::uint32_t>(frequency);
-    const EAFResult code = m_direction == "Rx" ? m_pRauHandler->setRxRadioFrequency(carrier)
-                                               : m_pRauHandler->setTxRadioFrequency(carrier);
+    const EAFResult code = std::string_view(m_direction) == "Rx"
+                               ? m_pRauHandler->setRxRadioFrequency(carrier)
+                               : m_pRauHandler->setTxRadioFrequency(carrier);
     return isSuccess(code) ? ResultOk : ResultFailed;
 }
 

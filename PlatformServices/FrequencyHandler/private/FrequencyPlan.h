@@ -24,26 +24,65 @@ struct Parameters {
     std::int32_t ifBb;
 };
 
+/** Not for use outside this file. */
+namespace Detail {
+
+/** The 32-bit word of a signed number, on which sums, differences and products wrap around. */
+constexpr std::uint32_t word(std::int32_t number) {
+    return static_cast<std::uint32_t>(number);
+}
+
+/** The magnitude of the signed number that `value` stands for. */
+constexpr std::uint32_t magnitude(std::uint32_t value) {
+    return static_cast<std::int32_t>(value) < 0 ? 0U - value : value;
+}
+
+/** The factor widened with its sign: a negative one divides by a huge number. */
+constexpr std::uint64_t divisor(const Parameters& parameters) {
+    return static_cast<std::uint64_t>(std::int64_t{parameters.mixerMultiplicationFactor});
+}
+
+} // namespace Detail
+
 /** The RF LO, in kHz, for a carrier in kHz: IF above or below it; a negative sum folds to its magnitude. */
-std::uint32_t rfLoFrequency(std::uint32_t carrier, const Parameters& parameters);
+constexpr std::uint32_t rfLoFrequency(std::uint32_t carrier, const Parameters& parameters) {
+    return Detail::magnitude(carrier +
+                             Detail::word(parameters.ifFrequency) * Detail::word(parameters.rfSideband));
+}
 
 /** A frequency in kHz rounded to whole MHz, halves up. */
-std::uint32_t frequencyStep(std::uint32_t frequency);
+constexpr std::uint32_t frequencyStep(std::uint32_t frequency) {
+    return (frequency + 500U) / 1000U;
+}
 
 /**
  * The IF PLL, in kHz, for a carrier in kHz. It takes up the baseband offset and what is left of the LO when
  * the RF PLL is tuned in whole MHz.
  */
-std::uint32_t ifPllFrequency(std::uint32_t carrier, const Parameters& parameters);
+constexpr std::uint32_t ifPllFrequency(std::uint32_t carrier, const Parameters& parameters) {
+    const std::uint32_t lo = rfLoFrequency(carrier, parameters);
+    const std::uint32_t residue = lo - 1000U * frequencyStep(lo);
+    const std::uint32_t baseband =
+        1000U * (Detail::word(parameters.ifBb) * Detail::word(parameters.ifSideband));
+    return Detail::magnitude(Detail::word(parameters.ifFrequency) + baseband -
+                             Detail::word(parameters.rfSideband) * residue);
+}
 
 /** The RF PLL, in kHz, for a carrier in kHz: the LO in whole MHz, divided by the multiplication factor. */
-std::uint64_t rfPllFrequency(std::uint32_t carrier, const Parameters& parameters);
+constexpr std::uint64_t rfPllFrequency(std::uint32_t carrier, const Parameters& parameters) {
+    const std::uint32_t step = frequencyStep(rfLoFrequency(carrier, parameters));
+    return std::uint64_t{step} * 1000U / Detail::divisor(parameters);
+}
 
 /** The RF PLL, in Hz, that gives exactly the LO `lo`, in kHz; IF and sidebands have no say in it. */
-std::uint64_t exactRfPllFrequency(std::uint32_t lo, const Parameters& parameters);
+constexpr std::uint64_t exactRfPllFrequency(std::uint32_t lo, const Parameters& parameters) {
+    return std::uint64_t{lo} * 1000U / Detail::divisor(parameters);
+}
 
 /** The baseband frequency, in kHz. */
-std::uint32_t bbFrequency(const Parameters& parameters);
+constexpr std::uint32_t bbFrequency(const Parameters& parameters) {
+    return 1000U * Detail::word(parameters.ifBb);
+}
 
 } // namespace RL::FrequencyHandler::FrequencyPlan
 

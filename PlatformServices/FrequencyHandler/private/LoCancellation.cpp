@@ -164,20 +164,6 @@ EAFResult LoCancellation::setIQ(int i, int q) {
     return ResultOk;
 }
 
-int LoCancellation::correction(const char* branch, CalibrationTableHandle table, unsigned int frequency,
-                               int temperature) const {
-    int value = 0;
-    const ECHResult code =
-        CCalibrationTable_BiLinearInterpolate(table, static_cast<int>(frequency), temperature, &value);
-    if (isFailure(code)) {
-        FH_TRACE(m_trace, TraceCode::error,
-                 "Unable to fetch value from table "
-                 "Channel.%d.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.%s (ECHResult = 0x%x)",
-                 static_cast<int>(m_channel), branch, static_cast<unsigned>(code));
-    }
-    return value; // what a failed lookup left is written all the same
-}
-
 EAFResult LoCancellation::setLoCancellation(unsigned int frequency, int temperature) {
     if (!m_useLoCancellationTables) {
         return ResultOk;
@@ -185,6 +171,24 @@ EAFResult LoCancellation::setLoCancellation(unsigned int frequency, int temperat
     const int i = correction("I", m_tableI, frequency, temperature);
     const int q = correction("Q", m_tableQ, frequency, temperature);
     return setIQ(i, q);
+}
+
+int LoCancellation::correction(const char* branch, CalibrationTableHandle table, unsigned int frequency,
+                               int temperature) const {
+    int value = 0;
+    const ECHResult code =
+        CCalibrationTable_BiLinearInterpolate(table, static_cast<int>(frequency), temperature, &value);
+    if (isFailure(code)) {
+        traceFailedLookup(branch, code);
+    }
+    return value; // what a failed lookup left is written all the same
+}
+
+void LoCancellation::traceFailedLookup(const char* branch, ECHResult code) const {
+    FH_TRACE(m_trace, TraceCode::error,
+             "Unable to fetch value from table "
+             "Channel.%d.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.%s (ECHResult = 0x%x)",
+             static_cast<int>(m_channel), branch, static_cast<unsigned>(code));
 }
 
 // Calibration

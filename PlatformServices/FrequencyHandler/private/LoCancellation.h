@@ -49,6 +49,7 @@ private:
     void fetchTable(const char* branch, CalibrationTableHandle& table);
     int correction(const char* branch, CalibrationTableHandle table, unsigned int frequency,
                    int temperature) const;
+    void traceFailedLookup(const char* branch, ECHResult code) const;
     EAFResult readDetector(bool useHighDetector, int& reading) const;
 
     static OrbiTrace m_trace;
