@@ -11,11 +11,12 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_SYSTEM_PROCESSOR STREQUAL "arm
 endif()
 
 if(FREQUENCYHANDLER_SANITIZERS)
-    target_compile_options(project_options INTERFACE
-        -fsanitize=${FREQUENCYHANDLER_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    set(sanitize -fsanitize=${FREQUENCYHANDLER_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     if(CMAKE_SYSTEM_PROCESSOR STREQUAL "arm")
         # The address of a Thumb function is odd, which the check of alignments takes for a fault.
-        target_compile_options(project_options INTERFACE -marm)
+        list(APPEND sanitize -marm)
     endif()
+    # A target can say NOT_SANITIZED of itself: it then only links with those that are.
+    target_compile_options(project_options INTERFACE "$<$<NOT:$<BOOL:$<TARGET_PROPERTY:NOT_SANITIZED>>>:${sanitize}>")
     target_link_options(project_options INTERFACE -fsanitize=${FREQUENCYHANDLER_SANITIZERS})
 endif()

@@ -24,7 +24,8 @@ list(JOIN armhf_libraries ":" armhf_library_path)
 set(CMAKE_EXE_LINKER_FLAGS_INIT -Wl,-rpath-link,${armhf_library_path})
 
 # What runs here runs with the target's own libraries; those of the sanitizers come with the compiler. Leaks are looked
-# for on the host alone: the leak detector stops and inspects threads, which an emulator does not offer.
+# for on the host alone: the leak detector stops and inspects threads, which an emulator does not offer. It reads its
+# options from the environment of the emulator, not from that which the emulator gives to the program.
 find_program(QEMU_ARM qemu-arm REQUIRED)
-set(CMAKE_CROSSCOMPILING_EMULATOR ${QEMU_ARM} -L ${armhf_root}
-    -E LD_LIBRARY_PATH=${armhf_library_path}:/usr/arm-linux-gnueabihf/lib -E ASAN_OPTIONS=detect_leaks=0)
+set(CMAKE_CROSSCOMPILING_EMULATOR /usr/bin/env ASAN_OPTIONS=detect_leaks=0
+    ${QEMU_ARM} -L ${armhf_root} -E LD_LIBRARY_PATH=${armhf_library_path}:/usr/arm-linux-gnueabihf/lib)
