@@ -1,6 +1,5 @@
 #include "calibration/ResultFile.h"
 
-#include "CsvFile.h"
 #include "WordList.h"
 #include "Words.h"
 #include "calibration/Settings.h"
@@ -152,7 +151,10 @@ void writeResult(std::ostream& out, const Result& result) {
 }
 
 Result readResult(const std::filesystem::path& file) {
-    const CsvFile csv(file, "a calibration");
+    return readResult(CsvFile(file, "a calibration"));
+}
+
+Result readResult(const CsvFile& csv) {
     Result result;
     result.serial = csv.property("serial").nonEmptyText("the serial number of the radio");
     result.date = csv.property("date").nonEmptyText("when the calibration began");

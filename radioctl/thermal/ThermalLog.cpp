@@ -8,9 +8,9 @@
 #include <cerrno>
 #include <charconv>
 #include <fstream>
-#include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace Radioctl::Thermal {
 
@@ -51,7 +51,7 @@ std::string withoutBlanks(std::string_view line) {
 /** Takes one line after the other. */
 class LogReader {
 public:
-    explicit LogReader(const std::filesystem::path& file) : m_place{file.string(), 0} {}
+    explicit LogReader(std::string name) : m_place{std::move(name), 0} {}
 
     void take(std::string_view line) {
         ++m_place.line;
@@ -126,9 +126,9 @@ private:
     ThermalLog m_log;
 };
 
-[[noreturn]] void throwUnreadable(const std::filesystem::path& file, int reason) {
-    throw InputError({file.string(), 0}, "cannot be read: " + std::generic_category().message(reason) +
-                                             ", expected a temperature log");
+[[noreturn]] void throwUnreadable(const std::string& name, int reason) {
+    throw InputError({name, 0}, "cannot be read: " + std::generic_category().message(reason) +
+                                    ", expected a temperature log");
 }
 
 } // namespace
@@ -136,21 +136,26 @@ private:
 ThermalLog readThermalLog(const std::filesystem::path& file) {
     std::error_code error;
     if (std::filesystem::is_directory(file, error)) {
-        throwUnreadable(file, EISDIR);
+        throwUnreadable(file.string(), EISDIR);
     }
     errno = 0;
     std::ifstream stream(file, std::ios::binary);
     if (!stream) {
-        throwUnreadable(file, errno == 0 ? EIO : errno);
+        throwUnreadable(file.string(), errno == 0 ? EIO : errno);
     }
-    LogReader reader(file);
+    return readThermalLog(stream, file.string());
+}
+
+ThermalLog readThermalLog(std::istream& stream, const std::string& name) {
+    LogReader reader(name);
     // A line has a limit, so that a file that is no log at all is not read as one endless line.
     std::array<char, longestLine> line{};
     while (stream.getline(line.data(), static_cast<std::streamsize>(line.size()))) {
-        reader.take(line.data());
+        const auto taken = static_cast<std::size_t>(stream.gcount());
+        reader.take({line.data(), stream.eof() ? taken : taken - 1});
     }
     if (stream.bad()) {
-        throwUnreadable(file, EIO);
+        throwUnreadable(name, EIO);
     }
     if (!stream.eof()) {
         reader.refuseLongLine();
