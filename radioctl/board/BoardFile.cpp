@@ -27,7 +27,7 @@ namespace {
 using ::FrequencyHandler;
 
 /** A radio with hundreds of channels has less than a tenth of this. */
-constexpr std::size_t maxFileSize = std::size_t{4} * 1024 * 1024;
+constexpr std::size_t maxBoardSize = std::size_t{4} * 1024 * 1024;
 
 constexpr std::array<Word<FrequencyHandler::FrequencyHandlerType>, 6> handlerTypes{{
     {"microwave-if", FrequencyHandler::MicrowaveBoardIf},
@@ -187,8 +187,8 @@ std::string readText(const std::filesystem::path& file) {
     if (file == "-") {
         throw InputError({"-", 0}, "a board is not read from standard input, expected a file");
     }
-    std::string text = readTextFile(file, maxFileSize, "a board file");
-    if (text.size() > maxFileSize) {
+    std::string text = readTextFile(file, maxBoardSize, "a board file");
+    if (text.size() > maxBoardSize) {
         throw InputError({file.string(), 0}, "is larger than 4 MiB, expected a board file");
     }
     return text;

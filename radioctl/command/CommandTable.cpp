@@ -16,7 +16,7 @@ bool beginsWith(const std::vector<std::string>& words, const std::vector<std::st
 }
 
 /** The words of the names, in the order of the table. */
-const std::vector<std::vector<std::string>>& commandNames() {
+const std::vector<std::vector<std::string>>& splitNames() {
     static const std::vector<std::vector<std::string>> names = [] {
         std::vector<std::vector<std::string>> split;
         for (const CommandInfo& info : commandTable()) {
@@ -120,8 +120,8 @@ const CommandInfo& findCommand(const std::vector<std::string>& words) {
     std::vector<std::string> known;
     for (;;) {
         std::vector<std::string> candidates;
-        for (std::size_t row = 0; row < commandNames().size(); ++row) {
-            const std::vector<std::string>& name = commandNames()[row];
+        for (std::size_t row = 0; row < splitNames().size(); ++row) {
+            const std::vector<std::string>& name = splitNames()[row];
             if (beginsWith(words, name)) {
                 return commandTable()[row];
             }
@@ -143,8 +143,8 @@ const CommandInfo& findCommand(const std::vector<std::string>& words) {
 std::vector<const CommandInfo*> commandsNamed(std::string_view name) {
     const std::vector<std::string> wanted = splitIntoWords(name);
     std::vector<const CommandInfo*> found;
-    for (std::size_t row = 0; row < commandNames().size(); ++row) {
-        if (beginsWith(commandNames()[row], wanted)) {
+    for (std::size_t row = 0; row < splitNames().size(); ++row) {
+        if (beginsWith(splitNames()[row], wanted)) {
             found.push_back(&commandTable()[row]);
         }
     }
