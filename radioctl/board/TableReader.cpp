@@ -14,6 +14,7 @@ std::vector<std::int32_t> readAxis(const TomlItem& item) {
     const auto wrong = std::adjacent_find(
         axis.begin(), axis.end(), [](std::int32_t left, std::int32_t right) { return left >= right; });
     if (wrong != axis.end()) {
+        // cppcheck-suppress derefInvalidIteratorRedundantCheck // there are two neighbours
         item.fail("expected ascending nodes, found " + std::to_string(*(wrong + 1)) + " after " +
                   std::to_string(*wrong));
     }

@@ -23,7 +23,8 @@ constexpr std::int64_t mostIterations = std::numeric_limits<std::uint32_t>::max(
 constexpr std::int64_t widestRange = std::numeric_limits<std::int32_t>::max();
 
 /** A point that failed is in no file. */
-constexpr std::array<Word<PointState>, 2> stateWords{{{"good", PointState::good}, {"edge", PointState::edge}}};
+constexpr std::array<Word<PointState>, 2> stateWords{
+    {{"good", PointState::good}, {"edge", PointState::edge}}};
 
 /** With as many digits as it takes to read the same number. */
 std::string exactText(double number) {

@@ -19,8 +19,8 @@ namespace {
 constexpr std::string_view heading = "seconds,degrees";
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF"; // spreadsheets write one
 /** No radio works outside; a log in Kelvin or in tenths of a degree is found out. */
-constexpr std::int32_t coldest = -100;
-constexpr std::int32_t hottest = 200;
+constexpr std::int32_t coldestRadio = -100;
+constexpr std::int32_t hottestRadio = 200;
 /** A century of seconds since any epoch, and more; times can be subtracted and scaled without a thought. */
 constexpr std::int64_t latest = 1'000'000'000'000;
 constexpr std::size_t longestLine = 256;
@@ -112,9 +112,10 @@ private:
 
     std::int32_t degrees(std::string_view text) const {
         std::int32_t number = 0;
-        if (!parse(text, number) || number < coldest || number > hottest) {
-            fail("degrees: " + inQuotes(text) + ", expected a whole number from " + std::to_string(coldest) +
-                 " to " + std::to_string(hottest) + ", as the temperature service gives it");
+        if (!parse(text, number) || number < coldestRadio || number > hottestRadio) {
+            fail("degrees: " + inQuotes(text) + ", expected a whole number from " +
+                 std::to_string(coldestRadio) + " to " + std::to_string(hottestRadio) +
+                 ", as the temperature service gives it");
         }
         return number;
     }
