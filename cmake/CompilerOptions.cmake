@@ -20,3 +20,9 @@ if(FREQUENCYHANDLER_SANITIZERS)
     target_compile_options(project_options INTERFACE "$<$<NOT:$<BOOL:$<TARGET_PROPERTY:NOT_SANITIZED>>>:${sanitize}>")
     target_link_options(project_options INTERFACE -fsanitize=${FREQUENCYHANDLER_SANITIZERS})
 endif()
+
+if(FREQUENCYHANDLER_FUZZ)
+    # A fuzzer sees which edges an input takes, also those in the parser of board files.
+    target_compile_options(project_options INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(project_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()

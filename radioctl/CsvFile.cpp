@@ -90,19 +90,21 @@ void CsvItem::failExpecting(const std::string& what) const {
     throw InputError(m_place, harmless(m_name) + ": " + inQuotes(m_text) + ", expected " + what);
 }
 
-CsvFile::CsvFile(const std::filesystem::path& file, const std::string& what) : m_name(file.string()) {
-    const std::string content = readTextFile(file, maxFileSize, what);
+CsvFile::CsvFile(const std::filesystem::path& file, const std::string& what)
+    : CsvFile(readTextFile(file, maxFileSize, what), file.string(), what) {}
+
+CsvFile::CsvFile(std::string_view content, std::string name, const std::string& what)
+    : m_name(std::move(name)) {
     if (content.size() > maxFileSize) {
         fail(0, "is larger than 4 MiB, expected " + what);
     }
-    std::string_view text = content;
-    if (text.substr(0, byteOrderMark.size()) == byteOrderMark) {
-        text.remove_prefix(byteOrderMark.size());
+    if (content.substr(0, byteOrderMark.size()) == byteOrderMark) {
+        content.remove_prefix(byteOrderMark.size());
     }
     unsigned number = 0;
-    for (std::size_t begin = 0; begin < text.size();) {
-        const std::size_t end = std::min(text.find('\n', begin), text.size());
-        take(text.substr(begin, end - begin), ++number);
+    for (std::size_t begin = 0; begin < content.size();) {
+        const std::size_t end = std::min(content.find('\n', begin), content.size());
+        take(content.substr(begin, end - begin), ++number);
         begin = end + 1;
     }
     if (m_columns.empty()) {

@@ -59,6 +59,8 @@ public:
      * one without rows is such a file.
      */
     CsvFile(const std::filesystem::path& file, const std::string& what);
+    /** The same for `content`, that of a file called `name`. */
+    CsvFile(std::string_view content, std::string name, const std::string& what);
 
     /** The file as a whole. */
     Place place() const { return {m_name, 0}; }

@@ -1,6 +1,7 @@
 #ifndef RADIOCTL_BOARD_H
 #define RADIOCTL_BOARD_H
 
+#include "CsvFile.h"
 #include "FrequencyHandler.h"
 #include "InputError.h"
 #include "model/LeakageModel.h"
@@ -9,6 +10,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -150,8 +152,13 @@ std::optional<::FrequencyHandler::FrequencyHandlerType> handlerTypeFromString(st
 /** The words in board files for a combination of Standalone::DriverWord, for example {"write", "read"}. */
 std::vector<std::string_view> toStrings(unsigned driverWords);
 
+/** Gives the CSV file to which a board refers; nothing when there is none. */
+using CsvSource = std::function<std::optional<CsvFile>(const std::filesystem::path& file)>;
+
 /** Reads a board file. Throws InputError, and nothing else, for a file that cannot be read or used. */
 Board loadBoard(const std::filesystem::path& file);
+/** The same for `text`, the content of `file`, with tables out of `csv`. */
+Board readBoard(std::string_view text, const std::filesystem::path& file, const CsvSource& csv);
 
 } // namespace Radioctl
 

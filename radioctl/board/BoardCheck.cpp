@@ -29,6 +29,9 @@ struct Entry {
 
 using Key = std::pair<ObjectKind, std::string>;
 
+/** To compare so many pairs of names takes seconds; nobody reads guesses about so many. */
+constexpr std::size_t maxGuesses = 10000000;
+
 std::string named(ObjectKind kind, const std::string& name) {
     return std::string(toString(kind)) + " \"" + name + '"';
 }
@@ -162,10 +165,15 @@ void Checker::guessMisspellings() {
             missing[key.first].push_back(key.second);
         }
     }
+    std::size_t guesses = 0;
     for (auto entry = m_entries.begin(); entry != m_entries.end(); ++entry) {
         const auto& [kind, name] = entry->first;
         if (m_known.count(entry->first) != 0) {
             continue;
+        }
+        guesses += missing[kind].size();
+        if (guesses > maxGuesses) {
+            return;
         }
         entry->second.meant = nearestName(name, missing[kind]);
         if (entry->second.meant) {

@@ -2,15 +2,20 @@
 #include "BoardNames.h"
 #include "RasterReader.h"
 #include "TableReader.h"
+#include "TextFile.h"
 #include "TomlItem.h"
+#include "TomlText.h"
 #include "WordList.h"
 #include "Words.h"
 #include "calibration/CalibrationReader.h"
 #include "model/LeakageReader.h"
 #include "model/TransmitterReader.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <limits>
 #include <map>
@@ -20,6 +25,9 @@ namespace Radioctl {
 namespace {
 
 using ::FrequencyHandler;
+
+/** A radio with hundreds of channels has less than a tenth of this. */
+constexpr std::size_t maxBoardSize = std::size_t{4} * 1024 * 1024;
 
 constexpr std::array<Word<FrequencyHandler::FrequencyHandlerType>, 6> handlerTypes{{
     {"microwave-if", FrequencyHandler::MicrowaveBoardIf},
@@ -122,10 +130,9 @@ InterfaceDescription readInterface(const std::string& name, const TomlItem& item
 }
 
 /** What `read` makes of each entry of the section `key`; nothing when there is no such section. */
-template <typename Description>
-std::vector<Description> readSection(const TomlItem& root, std::string_view key,
-                                     Description (*read)(const std::string&, const TomlItem&)) {
-    std::vector<Description> result;
+template <typename Read>
+auto readSection(const TomlItem& root, std::string_view key, Read read) {
+    std::vector<decltype(read(std::string(), root))> result;
     if (const std::optional<TomlItem> section = root.find(key)) {
         for (const auto& [name, item] : section->entries()) {
             result.push_back(read(name, item));
@@ -176,7 +183,27 @@ void refuseOverlongSizes(const Board& board) {
     }
 }
 
-Board readBoard(const std::filesystem::path& file, const TomlItem& root) {
+std::string readText(const std::filesystem::path& file) {
+    if (file == "-") {
+        throw InputError({"-", 0}, "a board is not read from standard input, expected a file");
+    }
+    std::string text = readTextFile(file, maxBoardSize, "a board file");
+    if (text.size() > maxBoardSize) {
+        throw InputError({file.string(), 0}, "is larger than 4 MiB, expected a board file");
+    }
+    return text;
+}
+
+std::optional<CsvFile> readCsvIfAny(const std::filesystem::path& file) {
+    struct stat status {};
+    // Only then has nothing been calibrated yet; a file that is there and cannot be read is another matter.
+    if (::stat(file.c_str(), &status) != 0 && errno == ENOENT) {
+        return std::nullopt;
+    }
+    return CsvFile(file, "a calibration table");
+}
+
+Board describe(const std::filesystem::path& file, const TomlItem& root, const CsvSource& csv) {
     root.entries({"name", "serial", "description", "channel", "transmitter", "leakage", "calibration",
                   "drivers", "variables", "tables", "interfaces", "raster", "limits"});
     Board board;
@@ -195,7 +222,9 @@ Board readBoard(const std::filesystem::path& file, const TomlItem& root) {
     board.calibrations = readCalibrations(root, board.channels);
     board.variables = readSection(root, "variables", readVariable);
     refuseOverlongSizes(board);
-    board.tables = readSection(root, "tables", readTable);
+    board.tables = readSection(root, "tables", [&csv](const std::string& name, const TomlItem& item) {
+        return readTable(name, item, csv);
+    });
     board.interfaces = readSection(root, "interfaces", readInterface);
     board.rasters = readRasters(root, board.channels);
     board.limits = readLimits(root);
@@ -228,8 +257,12 @@ std::vector<std::string_view> toStrings(unsigned words) {
 }
 
 Board loadBoard(const std::filesystem::path& file) {
-    const toml::table root = parseFile(file);
-    return readBoard(file, TomlItem(root, "", Place{file.string(), 0}));
+    return readBoard(readText(file), file, readCsvIfAny);
+}
+
+Board readBoard(std::string_view text, const std::filesystem::path& file, const CsvSource& csv) {
+    const toml::table root = parseToml(text, file.string());
+    return describe(file, TomlItem(root, "", Place{file.string(), 0}), csv);
 }
 
 } // namespace Radioctl

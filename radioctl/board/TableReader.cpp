@@ -1,12 +1,8 @@
 #include "TableReader.h"
 
-#include "CsvFile.h"
 #include "tables/TableFile.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
 
 namespace Radioctl {
@@ -18,19 +14,14 @@ std::vector<std::int32_t> readAxis(const TomlItem& item) {
     const auto wrong = std::adjacent_find(
         axis.begin(), axis.end(), [](std::int32_t left, std::int32_t right) { return left >= right; });
     if (wrong != axis.end()) {
+        // cppcheck-suppress derefInvalidIteratorRedundantCheck // there are two neighbours
         item.fail("expected ascending nodes, found " + std::to_string(*(wrong + 1)) + " after " +
                   std::to_string(*wrong));
     }
     return axis;
 }
 
-/** Only then has nothing been calibrated yet; a file that is there and cannot be read is another matter. */
-bool isMissing(const std::filesystem::path& file) {
-    struct stat status {};
-    return ::stat(file.c_str(), &status) != 0 && errno == ENOENT;
-}
-
-TableDescription readFromFile(const std::string& name, const TomlItem& item) {
+TableDescription readFromFile(const std::string& name, const TomlItem& item, const CsvSource& csv) {
     if (const std::optional<std::string_view> other = item.firstOf({"axis", "axes", "values"})) {
         item.fail("expected either file and column, or axes and values, found " +
                   std::string(*item.firstOf({"file", "column"})) + " and " + std::string(*other));
@@ -41,19 +32,18 @@ TableDescription readFromFile(const std::string& name, const TomlItem& item) {
     description.file =
         std::filesystem::path(item.place().file).parent_path() / file.nonEmptyText("the name of a CSV file");
     description.column = column.nonEmptyText("the name of a column of the file");
-    if (!isMissing(description.file)) {
-        const CsvFile csv(description.file, "a calibration table");
-        description.table = Tables::readTableFile(csv, name, description.column);
+    if (const std::optional<CsvFile> content = csv(description.file)) {
+        description.table = Tables::readTableFile(*content, name, description.column);
     }
     return description;
 }
 
 } // namespace
 
-TableDescription readTable(const std::string& name, const TomlItem& item) {
+TableDescription readTable(const std::string& name, const TomlItem& item, const CsvSource& csv) {
     item.entries({"axis", "axes", "values", "file", "column"});
     if (item.firstOf({"file", "column"})) {
-        return readFromFile(name, item);
+        return readFromFile(name, item, csv);
     }
     CalibrationTable table;
     table.name = name;

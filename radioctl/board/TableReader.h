@@ -9,7 +9,7 @@
 namespace Radioctl {
 
 /** The table `name` of a board file, whose entry is `item`. */
-TableDescription readTable(const std::string& name, const TomlItem& item);
+TableDescription readTable(const std::string& name, const TomlItem& item, const CsvSource& csv);
 
 } // namespace Radioctl
 

@@ -1,7 +1,6 @@
 #include "TomlItem.h"
 
 #include "NearestName.h"
-#include "TextFile.h"
 #include "Words.h"
 
 #include <algorithm>
@@ -13,11 +12,6 @@
 namespace Radioctl {
 
 namespace {
-
-/** A radio with hundreds of channels has less than a tenth of this. */
-constexpr std::size_t maxFileSize = std::size_t{4} * 1024 * 1024;
-/** See refuseDeepKeys. */
-constexpr std::ptrdiff_t maxDotsPerLine = 100;
 
 bool isControl(char c) {
     return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
@@ -35,56 +29,6 @@ std::string numberText(double number) {
     std::ostringstream text;
     text << std::setprecision(7) << number;
     return text.str();
-}
-
-std::string readText(const std::filesystem::path& file) {
-    if (file == "-") {
-        throw InputError({"-", 0}, "a board is not read from standard input, expected a file");
-    }
-    std::string text = readTextFile(file, maxFileSize, "a board file");
-    if (text.size() > maxFileSize) {
-        throw InputError({file.string(), 0}, "is larger than 4 MiB, expected a board file");
-    }
-    return text;
-}
-
-/** The lines of a text, without their ends. */
-std::vector<std::string_view> linesOf(std::string_view text) {
-    std::vector<std::string_view> lines;
-    for (std::size_t begin = 0; begin <= text.size();) {
-        const std::size_t end = std::min(text.find('\n', begin), text.size());
-        lines.push_back(text.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    return lines;
-}
-
-/**
- * The parser builds a table for each part of a dotted key and destroys tables inside tables by recursion, so
- * that a key of very many parts would exhaust the stack. No line of a sensible board comes near the limit.
- */
-void refuseDeepKeys(const std::vector<std::string_view>& lines, const std::string& file) {
-    unsigned number = 0;
-    for (const std::string_view line : lines) {
-        ++number;
-        if (std::count(line.begin(), line.end(), '.') > maxDotsPerLine) {
-            throw InputError({file, number}, "more than 100 dots, expected at most 100 in a line");
-        }
-    }
-}
-
-/** The parser's own words, without the beginning that most of them share. */
-std::string whatIsWrong(const toml::parse_error& error, std::string_view line) {
-    const std::string_view prefix = "Error while parsing ";
-    std::string_view text = error.description();
-    if (text.find("cannot redefine") != std::string_view::npos) {
-        // The parser gets names in quotes wrong in this message, and here most names stand in quotes.
-        return "defined a second time: " + escaped(line.substr(0, line.find('\r')));
-    }
-    if (text.substr(0, prefix.size()) == prefix) {
-        text.remove_prefix(prefix.size());
-    }
-    return "not valid TOML: " + escaped(text);
 }
 
 } // namespace
@@ -293,20 +237,6 @@ std::string TomlItem::found() const {
         return "a table";
     default:
         return "a date or a time";
-    }
-}
-
-toml::table parseFile(const std::filesystem::path& file) {
-    const std::string name = file.string();
-    const std::string text = readText(file);
-    const std::vector<std::string_view> lines = linesOf(text);
-    refuseDeepKeys(lines, name);
-    try {
-        return toml::parse(text, name);
-    } catch (const toml::parse_error& error) {
-        const unsigned line = error.source().begin.line;
-        const bool isInFile = line > 0 && line <= lines.size();
-        throw InputError({name, line}, whatIsWrong(error, isInFile ? lines[line - 1] : ""));
     }
 }
 

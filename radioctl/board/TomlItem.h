@@ -8,7 +8,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <limits>
 #include <optional>
 #include <string>
@@ -108,9 +107,6 @@ Value TomlItem::word(std::optional<Value> (*fromString)(std::string_view),
     }
     return *value;
 }
-
-/** Parses a board file. Throws an InputError for one that cannot be read or is not TOML. */
-toml::table parseFile(const std::filesystem::path& file);
 
 } // namespace Radioctl
 

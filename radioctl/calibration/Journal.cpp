@@ -65,7 +65,7 @@ std::string shortText(const Json& setting) {
 /** Takes one line after the other. */
 class JournalReader {
 public:
-    explicit JournalReader(const fs::path& file) : m_place{file.string(), 0} {}
+    explicit JournalReader(std::string name) : m_place{std::move(name), 0} {}
 
     void take(const std::string& line) {
         if (!m_wrong.empty()) {
@@ -126,6 +126,25 @@ private:
     JournalContent m_content;
 };
 
+/** Takes the next line that has an end; false when there is none, and when it is too long. */
+bool takeLine(std::istream& stream, std::string& line) {
+    std::array<char, 4096> part{};
+    line.clear();
+    while (line.size() <= longestLine) {
+        stream.getline(part.data(), static_cast<std::streamsize>(part.size()));
+        line.append(part.data(), static_cast<std::size_t>(stream.gcount()));
+        if (stream.good()) {
+            line.pop_back(); // in place of the line end
+            return line.size() <= longestLine;
+        }
+        if (stream.eof() || stream.bad()) {
+            return false;
+        }
+        stream.clear(); // there was more than a part
+    }
+    return false;
+}
+
 /** FNV-1a, 64 bits: enough to notice a change. */
 class Fingerprint {
 public:
@@ -174,11 +193,16 @@ JournalContent readJournal(const fs::path& file) {
     if (!stream) {
         throw InputError(whole, "cannot be read: " + reasonText(errno) + ", expected a calibration journal");
     }
-    JournalReader reader(file);
-    std::vector<char> line(longestLine);
+    return readJournal(stream, file.string());
+}
+
+JournalContent readJournal(std::istream& stream, const std::string& name) {
+    const Place whole{name, 0};
+    JournalReader reader(name);
+    std::string line;
     // What is behind the last line end was not written whole.
-    while (stream.getline(line.data(), static_cast<std::streamsize>(line.size())) && !stream.eof()) {
-        reader.take({line.data(), static_cast<std::size_t>(stream.gcount()) - 1});
+    while (takeLine(stream, line)) {
+        reader.take(line);
     }
     if (stream.bad()) {
         throw InputError(whole, "cannot be read: " + reasonText(EIO) + ", expected a calibration journal");

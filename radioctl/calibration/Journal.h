@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <istream>
 #include <map>
 #include <string>
 #include <utility>
@@ -50,6 +51,8 @@ struct JournalContent {
 
 /** Reads a journal. Throws InputError for a file that cannot be read, or that is none. */
 JournalContent readJournal(const std::filesystem::path& file);
+/** The same for what `stream` gives, the content of a file called `name`. */
+JournalContent readJournal(std::istream& stream, const std::string& name);
 
 /** Sixteen hexadecimal digits that change with every number of a leakage. */
 std::string fingerprintOf(const LeakageDescription& leakage);

@@ -1,6 +1,5 @@
 #include "calibration/ResultFile.h"
 
-#include "CsvFile.h"
 #include "WordList.h"
 #include "Words.h"
 #include "calibration/Settings.h"
@@ -24,7 +23,8 @@ constexpr std::int64_t mostIterations = std::numeric_limits<std::uint32_t>::max(
 constexpr std::int64_t widestRange = std::numeric_limits<std::int32_t>::max();
 
 /** A point that failed is in no file. */
-constexpr std::array<Word<PointState>, 2> states{{{"good", PointState::good}, {"edge", PointState::edge}}};
+constexpr std::array<Word<PointState>, 2> stateWords{
+    {{"good", PointState::good}, {"edge", PointState::edge}}};
 
 /** With as many digits as it takes to read the same number. */
 std::string exactText(double number) {
@@ -34,7 +34,7 @@ std::string exactText(double number) {
 }
 
 std::string_view wordFor(PointState state) {
-    for (const auto& entry : states) {
+    for (const auto& entry : stateWords) {
         if (entry.value == state) {
             return entry.word;
         }
@@ -42,7 +42,7 @@ std::string_view wordFor(PointState state) {
     throw std::logic_error("a point that failed has no corrections to be written");
 }
 
-std::string rangeText(const Range& range) {
+std::string bothEnds(const Range& range) {
     return std::to_string(range.low) + " " + std::to_string(range.high);
 }
 
@@ -113,7 +113,7 @@ Point readPoint(const CsvFile& file, std::size_t row) {
     point.iterations = integer<std::uint32_t>(item("iterations"), {0, mostIterations});
     point.maxDelta = integer<std::int32_t>(item("max_delta"), {0, widestRange});
     const CsvItem state = item("state");
-    const std::optional<PointState> known = valueOf(states, state.text());
+    const std::optional<PointState> known = valueOf(stateWords, state.text());
     if (!known) {
         state.failExpecting("good or edge");
     }
@@ -136,8 +136,8 @@ void writeResult(std::ostream& out, const Result& result) {
         << "# channel: " << settings.channel << "\n"
         << "# date: " << harmless(result.date) << "\n"
         << "# tool: " << program << harmless(result.version) << "\n"
-        << "# i_range: " << rangeText(settings.i) << "\n"
-        << "# q_range: " << rangeText(settings.q) << "\n"
+        << "# i_range: " << bothEnds(settings.i) << "\n"
+        << "# q_range: " << bothEnds(settings.q) << "\n"
         << "# shrink_factor: " << exactText(settings.shrinkFactor) << "\n"
         << "# min_delta: " << settings.minDelta << "\n"
         << "# max_iterations: " << settings.maxIterations << "\n"
@@ -152,7 +152,10 @@ void writeResult(std::ostream& out, const Result& result) {
 }
 
 Result readResult(const std::filesystem::path& file) {
-    const CsvFile csv(file, "a calibration");
+    return readResult(CsvFile(file, "a calibration"));
+}
+
+Result readResult(const CsvFile& csv) {
     Result result;
     result.serial = csv.property("serial").nonEmptyText("the serial number of the radio");
     result.date = csv.property("date").nonEmptyText("when the calibration began");

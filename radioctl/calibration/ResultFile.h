@@ -1,6 +1,7 @@
 #ifndef RADIOCTL_CALIBRATION_RESULTFILE_H
 #define RADIOCTL_CALIBRATION_RESULTFILE_H
 
+#include "CsvFile.h"
 #include "calibration/Calibration.h"
 
 #include <filesystem>
@@ -21,6 +22,8 @@ void writeResult(std::ostream& out, const Result& result);
  * whether each point is there once is not looked at.
  */
 Result readResult(const std::filesystem::path& file);
+/** The same for a CSV file that has been read. */
+Result readResult(const CsvFile& csv);
 
 } // namespace Radioctl::Calibration
 

@@ -15,6 +15,18 @@ bool beginsWith(const std::vector<std::string>& words, const std::vector<std::st
     return start.size() <= words.size() && std::equal(start.begin(), start.end(), words.begin());
 }
 
+/** The words of the names, in the order of the table. */
+const std::vector<std::vector<std::string>>& splitNames() {
+    static const std::vector<std::vector<std::string>> names = [] {
+        std::vector<std::vector<std::string>> split;
+        for (const CommandInfo& info : commandTable()) {
+            split.push_back(splitIntoWords(info.name));
+        }
+        return split;
+    }();
+    return names;
+}
+
 [[noreturn]] void throwUnknownCommand(const std::vector<std::string>& known,
                                       const std::vector<std::string>& words,
                                       const std::vector<std::string>& candidates) {
@@ -108,10 +120,10 @@ const CommandInfo& findCommand(const std::vector<std::string>& words) {
     std::vector<std::string> known;
     for (;;) {
         std::vector<std::string> candidates;
-        for (const CommandInfo& info : commandTable()) {
-            const std::vector<std::string> name = splitIntoWords(info.name);
+        for (std::size_t row = 0; row < splitNames().size(); ++row) {
+            const std::vector<std::string>& name = splitNames()[row];
             if (beginsWith(words, name)) {
-                return info;
+                return commandTable()[row];
             }
             if (name.size() > known.size() && beginsWith(name, known) &&
                 std::find(candidates.begin(), candidates.end(), name[known.size()]) == candidates.end()) {
@@ -131,9 +143,9 @@ const CommandInfo& findCommand(const std::vector<std::string>& words) {
 std::vector<const CommandInfo*> commandsNamed(std::string_view name) {
     const std::vector<std::string> wanted = splitIntoWords(name);
     std::vector<const CommandInfo*> found;
-    for (const CommandInfo& info : commandTable()) {
-        if (beginsWith(splitIntoWords(info.name), wanted)) {
-            found.push_back(&info);
+    for (std::size_t row = 0; row < splitNames().size(); ++row) {
+        if (beginsWith(splitNames()[row], wanted)) {
+            found.push_back(&commandTable()[row]);
         }
     }
     return found;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <numeric>
 #include <utility>
 
 namespace Radioctl {
@@ -17,14 +18,29 @@ std::string lowerCase(std::string_view text) {
     return lower;
 }
 
-/** How many letters must be added, dropped, replaced or swapped with their neighbour to turn `a` into `b`. */
-std::size_t slips(std::string_view a, std::string_view b) {
+/** Takes away what both begin with and what both end with. */
+void trimCommon(std::string_view& a, std::string_view& b) {
+    const auto front = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
+    const auto begin = static_cast<std::size_t>(front.first - a.begin());
+    a.remove_prefix(begin);
+    b.remove_prefix(begin);
+    const auto back = std::mismatch(a.rbegin(), a.rend(), b.rbegin(), b.rend());
+    const auto end = static_cast<std::size_t>(back.first - a.rbegin());
+    a.remove_suffix(end);
+    b.remove_suffix(end);
+}
+
+/**
+ * How many letters must be added, dropped, replaced or swapped with their neighbour to turn `a` into `b`; of
+ * more than `most` only that they are more.
+ */
+std::size_t slips(std::string_view a, std::string_view b, std::size_t most) {
+    trimCommon(a, b);
     std::vector<std::size_t> beforeLast(b.size() + 1);
     std::vector<std::size_t> last(b.size() + 1);
     std::vector<std::size_t> row(b.size() + 1);
-    for (std::size_t j = 0; j <= b.size(); ++j) {
-        row[j] = j;
-    }
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    std::size_t leastOfLast = 0;
     for (std::size_t i = 1; i <= a.size(); ++i) {
         beforeLast.swap(last);
         last.swap(row);
@@ -36,6 +52,11 @@ std::size_t slips(std::string_view a, std::string_view b) {
                 row[j] = std::min(row[j], beforeLast[j - 2] + 1);
             }
         }
+        const std::size_t least = *std::min_element(row.begin(), row.end());
+        if (least > most && leastOfLast > most) {
+            return least;
+        }
+        leastOfLast = least;
     }
     return row[b.size()];
 }
@@ -51,10 +72,13 @@ std::optional<std::string> nearestName(std::string_view word, const std::vector<
         if (candidate.size() > word.size() + allowed || candidate.size() + allowed < word.size()) {
             continue;
         }
-        const std::pair<std::size_t, std::size_t> found{slips(lowerWord, lowerCase(candidate)),
-                                                        slips(word, candidate)};
-        if (found < fewest) {
-            fewest = found;
+        const std::size_t found = slips(lowerWord, lowerCase(candidate), fewest.first);
+        if (found > fewest.first) {
+            continue;
+        }
+        const std::pair<std::size_t, std::size_t> both{found, slips(word, candidate, word.size() + allowed)};
+        if (both < fewest) {
+            fewest = both;
             nearest = candidate;
         }
     }

@@ -69,8 +69,10 @@ LeakagePath readPath(const TomlItem& item) {
 class Reader {
 public:
     Reader(const std::vector<ChannelDescription>& channels, const std::vector<DriverDescription>& drivers)
-        : m_channel(channels, "leakage"),
-          m_drivers(drivers) {}
+        : m_channel(channels, "leakage") {
+        std::transform(drivers.begin(), drivers.end(), std::back_inserter(m_drivers),
+                       [](const DriverDescription& driver) { return driver.name; });
+    }
 
     LeakageDescription read(const TomlItem& item);
 
@@ -80,7 +82,7 @@ private:
     DetectorDescription readDetector(const TomlItem& item);
 
     ChannelReader m_channel;
-    const std::vector<DriverDescription>& m_drivers;
+    std::vector<std::string> m_drivers;
     std::map<std::string, unsigned> m_lineOfDriver;
 };
 
@@ -113,11 +115,8 @@ std::string Reader::readDriver(const TomlItem& owner) {
     const std::string what = "the name of a driver in [drivers]";
     const TomlItem item = owner.get("driver", what);
     std::string name = item.text();
-    std::vector<std::string> known;
-    std::transform(m_drivers.begin(), m_drivers.end(), std::back_inserter(known),
-                   [](const DriverDescription& driver) { return driver.name; });
-    if (std::find(known.begin(), known.end(), name) == known.end()) {
-        item.fail("expected " + what + ", found " + inQuotes(name) + didYouMean(name, known));
+    if (std::find(m_drivers.begin(), m_drivers.end(), name) == m_drivers.end()) {
+        item.fail("expected " + what + ", found " + inQuotes(name) + didYouMean(name, m_drivers));
     }
     const auto [first, isNew] = m_lineOfDriver.emplace(name, item.place().line);
     if (!isNew) {

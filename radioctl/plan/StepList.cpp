@@ -94,7 +94,7 @@ void StepList::addLo(const PlanSteps& steps) {
 
 void StepList::addIfPll(const PlanSteps& steps) {
     const std::int64_t baseband = 1000 * std::int64_t{m_parameters.ifBb} * m_parameters.ifSideband;
-    const std::int64_t residue = -std::int64_t{m_parameters.rfSideband} * steps.residue;
+    const std::int64_t residue = std::int64_t{-1} * m_parameters.rfSideband * steps.residue;
     const std::int64_t wide = m_parameters.ifFrequency + baseband + residue;
     std::string note = *steps.signedIfPll != wide ? "wraps around at 32 bits" : "";
     if (note.empty() && *steps.signedIfPll < 0) {

@@ -8,9 +8,9 @@
 #include <cerrno>
 #include <charconv>
 #include <fstream>
-#include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace Radioctl::Thermal {
 
@@ -19,8 +19,8 @@ namespace {
 constexpr std::string_view heading = "seconds,degrees";
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF"; // spreadsheets write one
 /** No radio works outside; a log in Kelvin or in tenths of a degree is found out. */
-constexpr std::int32_t coldest = -100;
-constexpr std::int32_t hottest = 200;
+constexpr std::int32_t coldestRadio = -100;
+constexpr std::int32_t hottestRadio = 200;
 /** A century of seconds since any epoch, and more; times can be subtracted and scaled without a thought. */
 constexpr std::int64_t latest = 1'000'000'000'000;
 constexpr std::size_t longestLine = 256;
@@ -51,7 +51,7 @@ std::string withoutBlanks(std::string_view line) {
 /** Takes one line after the other. */
 class LogReader {
 public:
-    explicit LogReader(const std::filesystem::path& file) : m_place{file.string(), 0} {}
+    explicit LogReader(std::string name) : m_place{std::move(name), 0} {}
 
     void take(std::string_view line) {
         ++m_place.line;
@@ -112,9 +112,10 @@ private:
 
     std::int32_t degrees(std::string_view text) const {
         std::int32_t number = 0;
-        if (!parse(text, number) || number < coldest || number > hottest) {
-            fail("degrees: " + inQuotes(text) + ", expected a whole number from " + std::to_string(coldest) +
-                 " to " + std::to_string(hottest) + ", as the temperature service gives it");
+        if (!parse(text, number) || number < coldestRadio || number > hottestRadio) {
+            fail("degrees: " + inQuotes(text) + ", expected a whole number from " +
+                 std::to_string(coldestRadio) + " to " + std::to_string(hottestRadio) +
+                 ", as the temperature service gives it");
         }
         return number;
     }
@@ -126,9 +127,9 @@ private:
     ThermalLog m_log;
 };
 
-[[noreturn]] void throwUnreadable(const std::filesystem::path& file, int reason) {
-    throw InputError({file.string(), 0}, "cannot be read: " + std::generic_category().message(reason) +
-                                             ", expected a temperature log");
+[[noreturn]] void throwUnreadable(const std::string& name, int reason) {
+    throw InputError({name, 0}, "cannot be read: " + std::generic_category().message(reason) +
+                                    ", expected a temperature log");
 }
 
 } // namespace
@@ -136,21 +137,26 @@ private:
 ThermalLog readThermalLog(const std::filesystem::path& file) {
     std::error_code error;
     if (std::filesystem::is_directory(file, error)) {
-        throwUnreadable(file, EISDIR);
+        throwUnreadable(file.string(), EISDIR);
     }
     errno = 0;
     std::ifstream stream(file, std::ios::binary);
     if (!stream) {
-        throwUnreadable(file, errno == 0 ? EIO : errno);
+        throwUnreadable(file.string(), errno == 0 ? EIO : errno);
     }
-    LogReader reader(file);
+    return readThermalLog(stream, file.string());
+}
+
+ThermalLog readThermalLog(std::istream& stream, const std::string& name) {
+    LogReader reader(name);
     // A line has a limit, so that a file that is no log at all is not read as one endless line.
     std::array<char, longestLine> line{};
     while (stream.getline(line.data(), static_cast<std::streamsize>(line.size()))) {
-        reader.take(line.data());
+        const auto taken = static_cast<std::size_t>(stream.gcount());
+        reader.take({line.data(), stream.eof() ? taken : taken - 1});
     }
     if (stream.bad()) {
-        throwUnreadable(file, EIO);
+        throwUnreadable(name, EIO);
     }
     if (!stream.eof()) {
         reader.refuseLongLine();

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <istream>
+#include <string>
 #include <vector>
 
 namespace Radioctl::Thermal {
@@ -22,6 +24,8 @@ using ThermalLog = std::vector<Sample>;
  * InputError, and nothing else, for a file that cannot be read or used.
  */
 ThermalLog readThermalLog(const std::filesystem::path& file);
+/** The same for what `stream` gives, the content of a file called `name`. */
+ThermalLog readThermalLog(std::istream& stream, const std::string& name);
 
 } // namespace Radioctl::Thermal
 

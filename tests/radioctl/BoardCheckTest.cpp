@@ -16,7 +16,10 @@ namespace Radioctl {
 namespace {
 
 using ::FrequencyHandler;
+using testing::Contains;
 using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 using Lines = std::vector<std::string>;
@@ -446,6 +449,20 @@ TEST_F(BoardCheckTest, MisspeltTableIsOneWarningOnItsLine) {
         ElementsAre("warning: table \"Channel.1.Tx.Rf.Pll.Frequency.To.ChargePump.Setting\" is asked for by "
                     "no channel (did you mean \"Channel.1.Tx.Rf.Pll.Frequency.To.Chargepump.Setting\"?); "
                     "channel 1 (microwave-dsp-offset) can start without it, but will report errors"));
+}
+
+TEST_F(BoardCheckTest, MisspellingsAreNotGuessedAmongTenMillionPairs) {
+    for (int number = 1; number <= 4000; ++number) {
+        channel(number, FrequencyHandler::RfModule); // each lacks two drivers
+    }
+    for (int number = 1; number <= 1249; ++number) {
+        driver("a" + std::to_string(number));
+    }
+    driver("channel.1.tx.rf.frequenzy");
+    EXPECT_THAT(findings(),
+                Contains(HasSubstr("channel.1.tx.rf.frequenzy\" is asked for by no channel (did")));
+    driver("b");
+    EXPECT_THAT(findings(), Contains(EndsWith("channel.1.tx.rf.frequenzy\" is asked for by no channel")));
 }
 
 TEST_F(BoardCheckTest, NameOfAnotherKindIsNoMisspelling) {

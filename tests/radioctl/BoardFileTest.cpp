@@ -173,6 +173,28 @@ TEST_F(BoardFileTest, KeyOfVeryManyPartsIsRefused) {
               "board.toml:2: more than 100 dots, expected at most 100 in a line");
 }
 
+TEST_F(BoardFileTest, CharactersBeyondAsciiStandInStringsAndComments) {
+    EXPECT_EQ(load("\xEF\xBB\xBFname = \"\"\"\"H\u00f6he\"\"\"\"\" # H\u00f6he\n"
+                   "serial = 'H\u00f6he'\n[[channel]]\nnumber = 1\ntype = \"rf-module\"\n")
+                  .name,
+              "\"H\u00f6he\"\"");
+}
+
+TEST_F(BoardFileTest, CharacterBeyondAsciiOutsideOfStrings) {
+    const std::string message =
+        ": a character beyond ASCII, expected it inside quotation marks and not behind a backslash";
+    EXPECT_EQ(refused("name = H\u00f6he\n"), "board.toml:1" + message);
+    EXPECT_EQ(refused("name = 'R'\n[ \u00f6 ]\n"), "board.toml:2" + message);
+    EXPECT_EQ(refused("# \u00f6\na = 07:32:\"\u00f6\"\n"), "board.toml:2" + message);
+}
+
+TEST_F(BoardFileTest, CharacterBeyondAsciiBehindABackslash) {
+    const std::string message =
+        ": a character beyond ASCII, expected it inside quotation marks and not behind a backslash";
+    EXPECT_EQ(refused("name = \"\\\u00f6\"\n"), "board.toml:1" + message);
+    EXPECT_EQ(refused("name = \"\"\"a \\\n  \u00f6\"\"\"\n"), "board.toml:2" + message);
+}
+
 TEST_F(BoardFileTest, ControlCharactersAreNotShownAsTheyAre) {
     EXPECT_EQ(refused("\"\\u001b[2J\" = 1\n"),
               "board.toml:1: \"\\u001B[2J\": expected a name of printable text");

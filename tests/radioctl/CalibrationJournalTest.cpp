@@ -252,6 +252,16 @@ TEST_F(CalibrationJournal, NothingIsWrittenOver) {
     EXPECT_EQ(text(), "mine\n");
 }
 
+TEST_F(CalibrationJournal, LineMayBeAMebibyteLong) {
+    Journal::begin(file, header()).enter(18000000, -10, {7, 8, 9});
+    const std::string blanks(1024 * 1024 - text().find('\n'), ' ');
+    write(blanks + text());
+    EXPECT_EQ(readJournal(file).probes.at({-10, 18000000}).size(), 1U);
+    write(' ' + text());
+    EXPECT_EQ(complaint(),
+              file.string() + ": has a line of more than a mebibyte, expected a calibration journal");
+}
+
 TEST_F(CalibrationJournal, EndlessLineIsNotReadToItsEnd) {
     write(std::string(2000000, 'x'));
     EXPECT_EQ(complaint(),

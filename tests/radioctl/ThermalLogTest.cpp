@@ -121,6 +121,13 @@ TEST_F(ThermalLogTest, TwoSamplesInOneSecond) {
               ":3: second 60, expected more than the 60 of the sample before it");
 }
 
+TEST_F(ThermalLogTest, ZeroByteEndsNoLine) {
+    EXPECT_EQ(
+        refusedBelowHeading(std::string("0,20\0\n", 6)),
+        ":2: degrees: \"20\\x00\", expected a whole number from -100 to 200, as the temperature service "
+        "gives it");
+}
+
 TEST_F(ThermalLogTest, EndlessLine) {
     EXPECT_EQ(refusedBelowHeading(std::string(1000, '1')),
               ":2: longer than 255 characters, expected two numbers, such as \"60,-5\"");

@@ -1,0 +1,72 @@
+// Calibration tables as CSV files, whether a calibration wrote them or a person.
+
+#include "CsvFile.h"
+#include "Rules.h"
+#include "calibration/ResultFile.h"
+#include "tables/Lint.h"
+#include "tables/TableFile.h"
+
+#include <algorithm>
+#include <optional>
+#include <sstream>
+
+namespace {
+
+using namespace Radioctl;
+
+const std::string fileName = "tables.csv";
+
+CsvFile read(std::string_view text) {
+    return {text, fileName, "a calibration table"};
+}
+
+bool ascends(const std::vector<std::int32_t>& axis) {
+    return std::adjacent_find(axis.begin(), axis.end(), std::greater_equal<>()) == axis.end();
+}
+
+void requireTables(const CsvFile& csv, std::string_view text) {
+    for (const std::string& column : csv.columns()) {
+        Fuzz::accepts(fileName, text, [&] {
+            const CalibrationTable table = Tables::readTableFile(csv, "table", column);
+            Fuzz::require(!table.axis1.empty() && !table.axis2.empty(), "a table has two axes", text);
+            Fuzz::require(ascends(table.axis1) && ascends(table.axis2), "axes ascend", text);
+            Fuzz::require(table.values.size() == table.axis1.size() * table.axis2.size(),
+                          "every node has a value", text);
+        });
+    }
+}
+
+void requireFindings(const CsvFile& csv, std::string_view text) {
+    Fuzz::accepts(fileName, text, [&] {
+        for (const Finding& finding : Tables::lintCsv(csv)) {
+            Fuzz::requireMessage(toString(finding.place) + ": " + finding.text, fileName, text);
+        }
+    });
+}
+
+std::string written(const Calibration::Result& result) {
+    std::ostringstream stream;
+    writeResult(stream, result);
+    return stream.str();
+}
+
+void requireResult(const CsvFile& csv, std::string_view text) {
+    Fuzz::accepts(fileName, text, [&] {
+        const std::string once = written(Calibration::readResult(csv));
+        const std::string twice = written(Calibration::readResult(read(once)));
+        Fuzz::require(once == twice, "what was read and written again reads the same", once);
+    });
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    std::optional<CsvFile> csv;
+    if (Fuzz::accepts(fileName, text, [&] { csv = read(text); })) {
+        requireTables(*csv, text);
+        requireFindings(*csv, text);
+        requireResult(*csv, text);
+    }
+    return 0;
+}
