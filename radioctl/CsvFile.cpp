@@ -1,46 +1,25 @@
 #include "CsvFile.h"
 
+#include "PlainText.h"
 #include "TextFile.h"
 #include "Words.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <limits>
 #include <sstream>
-#include <system_error>
 
 namespace Radioctl {
 
 namespace {
 
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF"; // spreadsheets write one
 constexpr std::size_t maxFileSize = std::size_t{4} * 1024 * 1024;
 /** Far beyond any row; a file that is no table at all is not shown as one endless line. */
-constexpr std::size_t maxLineLength = 65535;
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r";
-    const std::size_t begin = text.find_first_not_of(blanks);
-    return begin == std::string_view::npos ? std::string_view()
-                                           : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
-}
+constexpr std::size_t maxRowLength = 65535;
 
 bool isUnwanted(char c) {
     const auto code = static_cast<unsigned char>(c);
     return (code < 0x20 && c != '\t') || code == 0x7F;
-}
-
-/** A decimal number with nothing behind it; nothing for anything else. */
-template <typename Number>
-std::optional<Number> parse(std::string_view text) {
-    if (text.size() > 1 && text.front() == '+' && text[1] != '-') {
-        text.remove_prefix(1);
-    }
-    Number number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool isWhole = error == std::errc() && end == text.data() + text.size();
-    return isWhole ? std::optional(number) : std::nullopt;
 }
 
 /** Appends the values of a line to `values`; gives how many there are. */
@@ -64,7 +43,7 @@ const std::string& CsvItem::nonEmptyText(const std::string& what) const {
 }
 
 std::int64_t CsvItem::integer(std::int64_t least, std::int64_t most) const {
-    const std::optional<std::int64_t> value = parse<std::int64_t>(m_text);
+    const std::optional<std::int64_t> value = parseNumber<std::int64_t>(m_text);
     if (!value || *value < least || *value > most) {
         failExpecting("a whole number from " + std::to_string(least) + " to " + std::to_string(most));
     }
@@ -77,7 +56,7 @@ std::int32_t CsvItem::integer() const {
 }
 
 double CsvItem::number(double most) const {
-    const std::optional<double> value = parse<double>(m_text);
+    const std::optional<double> value = parseNumber<double>(m_text);
     if (!value || !(std::abs(*value) <= most)) { // not a number is not within any limits
         std::ostringstream limit;
         limit << most;
@@ -98,9 +77,7 @@ CsvFile::CsvFile(std::string_view content, std::string name, const std::string& 
     if (content.size() > maxFileSize) {
         fail(0, "is larger than 4 MiB, expected " + what);
     }
-    if (content.substr(0, byteOrderMark.size()) == byteOrderMark) {
-        content.remove_prefix(byteOrderMark.size());
-    }
+    content = withoutByteOrderMark(content);
     unsigned number = 0;
     for (std::size_t begin = 0; begin < content.size();) {
         const std::size_t end = std::min(content.find('\n', begin), content.size());
@@ -116,7 +93,7 @@ CsvFile::CsvFile(std::string_view content, std::string name, const std::string& 
 }
 
 void CsvFile::take(std::string_view line, unsigned number) {
-    if (line.size() > maxLineLength) {
+    if (line.size() > maxRowLength) {
         fail(number, "longer than 65535 characters, expected values with commas between them");
     }
     line = trimmed(line);

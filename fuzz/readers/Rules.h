@@ -15,7 +15,7 @@
  * notice. */
 namespace Fuzz {
 
-inline void require(bool holds, const char* rule, std::string_view found = {}) {
+inline void require(bool holds, const char* rule, std::string_view found = "") {
     if (!holds) {
         std::fprintf(stderr, "broken rule: %s\n%.*s\n", rule, static_cast<int>(found.size()), found.data());
         std::abort();

@@ -1,6 +1,7 @@
 #include "TomlText.h"
 
 #include "InputError.h"
+#include "PlainText.h"
 #include "TomlItem.h"
 
 #include <algorithm>
@@ -82,10 +83,7 @@ std::size_t endOfString(std::string_view text, std::size_t begin) {
  * undefined: outside of strings and comments, where TOML has none, and inside a string behind a backslash.
  */
 void refuseForeignCharacters(std::string_view text, const std::string& file) {
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    if (text.substr(0, byteOrderMark.size()) == byteOrderMark) {
-        text.remove_prefix(byteOrderMark.size());
-    }
+    text = withoutByteOrderMark(text);
     for (std::size_t position = 0; position < text.size();) {
         if (isForeign(text, position)) {
             const auto end = text.begin() + static_cast<std::ptrdiff_t>(position);

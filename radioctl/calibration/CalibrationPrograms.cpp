@@ -122,7 +122,7 @@ private:
     /** False when it was left early: by a signal, or because of a trouble. */
     bool calibrateAll(Calibrator& calibrator, CalibrationReport& report, Progress& progress);
     void showProgress(Progress& progress) const;
-    void store(const Summary& summary);
+    void store(const LeakageSummary& summary);
     void writePage();
 
     const CalibrationOptions& m_options;
@@ -276,7 +276,7 @@ int CalibrationRun::calibrate(CalibrationReport& report) {
     m_end.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     m_end.journal = m_journalFile.string();
     m_end.newProbes = calibrator.newProbes();
-    const Summary summary = summarise(m_result, *findLeakage(m_board, m_result.settings.channel));
+    const LeakageSummary summary = summarise(m_result, *findLeakage(m_board, m_result.settings.channel));
     if (isComplete) {
         try {
             store(summary);
@@ -330,7 +330,7 @@ void CalibrationRun::showProgress(Progress& progress) const {
 }
 
 /** A table with a hole is none: either all points are stored or nothing is. */
-void CalibrationRun::store(const Summary& summary) {
+void CalibrationRun::store(const LeakageSummary& summary) {
     m_end.wantedTables = m_tables.string();
     if (m_tables.empty() || summary.failed != 0 || (summary.edge != 0 && !m_options.acceptsEdge)) {
         return;

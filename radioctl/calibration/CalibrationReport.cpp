@@ -40,7 +40,7 @@ Json nullIfEmpty(const std::string& text) {
 }
 
 /** What has to be said about the end of a calibration, so that nobody takes it for another one. */
-std::string verdict(const Summary& summary, const CalibrationEnd& end) {
+std::string verdict(const LeakageSummary& summary, const CalibrationEnd& end) {
     if (!end.tables.empty()) {
         return (end.isUnchanged ? "Stored before, and the same: " : "Stored: ") + end.tables +
                (end.backup.empty() ? "" : "; what was there is now " + end.backup);
@@ -78,7 +78,8 @@ void CalibrationText::begins(const Board& board, const Result& result, std::size
     m_out << std::flush;
 }
 
-void CalibrationText::finished(const Result& result, const Summary& summary, const CalibrationEnd& end) {
+void CalibrationText::finished(const Result& result, const LeakageSummary& summary,
+                               const CalibrationEnd& end) {
     showPoints(result);
     showWorst(summary);
     m_out << "\n"
@@ -118,7 +119,7 @@ void CalibrationText::showPoints(const Result& result) {
     }
 }
 
-void CalibrationText::showWorst(const Summary& summary) {
+void CalibrationText::showWorst(const LeakageSummary& summary) {
     if (!summary.before) {
         return;
     }
@@ -156,7 +157,8 @@ void CalibrationJson::calibrated(const Point& point) {
                           {"probes", point.probes.size()}});
 }
 
-void CalibrationJson::finished(const Result& result, const Summary& summary, const CalibrationEnd& end) {
+void CalibrationJson::finished(const Result& result, const LeakageSummary& summary,
+                               const CalibrationEnd& end) {
     writeJsonLine(m_out, {{"event", "calibrated"},
                           {"points", result.points.size()},
                           {"wanted_points", end.wanted},

@@ -45,7 +45,7 @@ public:
 
     virtual void begins(const Board& board, const Result& result, std::size_t knownProbes) = 0;
     virtual void calibrated(const Point& point) = 0;
-    virtual void finished(const Result& result, const Summary& summary, const CalibrationEnd& end) = 0;
+    virtual void finished(const Result& result, const LeakageSummary& summary, const CalibrationEnd& end) = 0;
 };
 
 /** For people. */
@@ -56,11 +56,11 @@ public:
 
     void begins(const Board& board, const Result& result, std::size_t knownProbes) override;
     void calibrated(const Point& /*point*/) override {}
-    void finished(const Result& result, const Summary& summary, const CalibrationEnd& end) override;
+    void finished(const Result& result, const LeakageSummary& summary, const CalibrationEnd& end) override;
 
 private:
     void showPoints(const Result& result);
-    void showWorst(const Summary& summary);
+    void showWorst(const LeakageSummary& summary);
 
     std::ostream& m_out;
     bool m_showsAll;
@@ -74,7 +74,7 @@ public:
 
     void begins(const Board& board, const Result& result, std::size_t knownProbes) override;
     void calibrated(const Point& point) override;
-    void finished(const Result& result, const Summary& summary, const CalibrationEnd& end) override;
+    void finished(const Result& result, const LeakageSummary& summary, const CalibrationEnd& end) override;
 
 private:
     std::ostream& m_out;

@@ -25,8 +25,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kind = "LO-leakage calibration";
-constexpr int format = 1;
+constexpr const char* journalKind = "LO-leakage calibration";
+constexpr int journalFormat = 1;
 constexpr const char* anotherUsesIt = "another calibration is using it";
 /** More than the longest header has; a file that is no journal at all is not read as one endless line. */
 constexpr std::size_t longestLine = 1024UL * 1024;
@@ -36,8 +36,8 @@ std::string reasonText(int reason) {
 }
 
 Json toJson(const JournalHeader& header) {
-    return {{"journal", kind},
-            {"format", format},
+    return {{"journal", journalKind},
+            {"format", journalFormat},
             {"board", header.board},
             {"serial", header.serial},
             {"date", header.date},
@@ -47,7 +47,7 @@ Json toJson(const JournalHeader& header) {
 }
 
 JournalHeader headerFrom(const Json& json) {
-    if (json.at("journal") != kind || json.at("format") != format) {
+    if (json.at("journal") != journalKind || json.at("format") != journalFormat) {
         throw std::runtime_error("another kind of file, or of a later version of this program");
     }
     return {json.at("board").get<std::string>(),       json.at("serial").get<std::string>(),

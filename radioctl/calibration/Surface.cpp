@@ -126,8 +126,8 @@ std::optional<Worst> worstOf(const Surface& surface) {
                  surface.temperatures[index / surface.frequencies.size()]};
 }
 
-Summary summarise(const Result& result, const LeakageDescription& leakage) {
-    Summary summary;
+LeakageSummary summarise(const Result& result, const LeakageDescription& leakage) {
+    LeakageSummary summary;
     summary.before = worstOf(leakageBefore(result));
     summary.after = worstOf(leakageAfter(result));
     if (const std::optional<Surface> between = leakageBetween(result, leakage)) {

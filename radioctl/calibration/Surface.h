@@ -45,7 +45,7 @@ struct Worst {
 std::optional<Worst> worstOf(const Surface& surface);
 
 /** What came of a calibration. */
-struct Summary {
+struct LeakageSummary {
     /** Over the points that have corrections; nothing when there are none. */
     std::optional<Worst> before;
     std::optional<Worst> after;
@@ -57,7 +57,7 @@ struct Summary {
     std::size_t failed = 0;
 };
 
-Summary summarise(const Result& result, const LeakageDescription& leakage);
+LeakageSummary summarise(const Result& result, const LeakageDescription& leakage);
 
 /** Whole numbers from `low` to `high`, both among them, with distances as even as can be: `parts` + 1 of
  * them, or fewer when there are not so many. */

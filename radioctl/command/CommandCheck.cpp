@@ -108,9 +108,9 @@ void requireSizeWithinArray(const SetVariable& command, const Board& board) {
     }
 }
 
-class Checker {
+class ReferenceChecker {
 public:
-    Checker(const Board& board, const BoardNames& names) : m_board(board), m_names(names) {}
+    ReferenceChecker(const Board& board, const BoardNames& names) : m_board(board), m_names(names) {}
 
     void operator()(const Tune& command) const { requireChannel(command.channel, m_names); }
     void operator()(const Observe& command) const { requireChannel(command.channel, m_names); }
@@ -159,7 +159,7 @@ private:
 } // namespace
 
 void CommandCheck::check(const Command& command) const {
-    std::visit(Checker(m_board, m_names), command);
+    std::visit(ReferenceChecker(m_board, m_names), command);
 }
 
 } // namespace Radioctl

@@ -2,21 +2,11 @@
 
 #include "CommandError.h"
 #include "CommandParser.h"
+#include "PlainText.h"
 
 #include <algorithm>
 
 namespace Radioctl {
-
-namespace {
-
-std::string_view trimmed(std::string_view line) {
-    constexpr std::string_view space = " \t\r\n\v\f";
-    const std::size_t begin = line.find_first_not_of(space);
-    return begin == std::string_view::npos ? std::string_view()
-                                           : line.substr(begin, line.find_last_not_of(space) - begin + 1);
-}
-
-} // namespace
 
 std::optional<ScriptLine> readLine(std::string_view line, const Place& place, const CommandCheck& check) {
     std::optional<Command> command = parseCommand(line);
@@ -28,14 +18,11 @@ std::optional<ScriptLine> readLine(std::string_view line, const Place& place, co
 }
 
 Script readScript(std::string_view text, const std::string& file, const CommandCheck& check) {
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     Place place{file, 0};
     if (text.size() > maxScriptSize) {
         throw InputError(place, "is larger than 16 MiB, expected a script");
     }
-    if (text.substr(0, byteOrderMark.size()) == byteOrderMark) {
-        text.remove_prefix(byteOrderMark.size());
-    }
+    text = withoutByteOrderMark(text);
     Script script;
     while (!text.empty()) {
         const std::string_view line = text.substr(0, text.find('\n'));

@@ -4,6 +4,7 @@
 #include "ResultCode.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace Radioctl::Plan {
 
@@ -13,10 +14,6 @@ constexpr const char* channelSpacingName = "ChannelSpacing";
 
 /** Between two questions whether to go on; a power of two. */
 constexpr std::uint64_t carriersPerQuestion = 1024;
-
-std::int64_t magnitude(std::int64_t number) {
-    return number < 0 ? -number : number;
-}
 
 /** The channel spacings of a raster; without any, the one of the board's database. */
 std::vector<std::int32_t> spacingsOf(const RasterDescription& raster, const Board& board) {
@@ -53,7 +50,7 @@ void addTo(std::vector<FindingGroup>& groups, const CarrierFinding& finding) {
 void addTo(RowResult& row, const CarrierResult& result) {
     ++row.carriers;
     row.outside += result.findings.empty() ? 0 : 1;
-    if (result.error && (!row.worstError || magnitude(*result.error) > magnitude(*row.worstError))) {
+    if (result.error && (!row.worstError || std::abs(*result.error) > std::abs(*row.worstError))) {
         row.worstError = result.error;
         row.worstCarrier = result.carrier;
     }

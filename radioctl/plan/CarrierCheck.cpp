@@ -3,6 +3,7 @@
 #include "ProducedCarrier.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace Radioctl::Plan {
 
@@ -11,10 +12,6 @@ namespace {
 /** How far `value` lies outside `range`; 0 inside. */
 std::int64_t excessOver(std::int64_t value, const Range& range) {
     return value < range.low ? range.low - value : value > range.high ? value - range.high : 0;
-}
-
-std::int64_t magnitude(std::int64_t number) {
-    return number < 0 ? -number : number;
 }
 
 std::string wordText(const std::optional<std::int64_t>& word) {
@@ -128,12 +125,12 @@ void CarrierCheck::checkCarrier(CarrierResult& result, bool complained) const {
         }
         return;
     }
-    if (magnitude(*result.error) > m_allowedError) {
+    if (std::abs(*result.error) > m_allowedError) {
         CarrierFinding finding{FindingKind::carrierOff};
         finding.value = *result.error;
         finding.limits = {-m_allowedError, m_allowedError};
         finding.unit = "Hz";
-        finding.excess = magnitude(*result.error) - m_allowedError;
+        finding.excess = std::abs(*result.error) - m_allowedError;
         result.findings.push_back(finding);
     }
 }

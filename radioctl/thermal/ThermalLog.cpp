@@ -1,13 +1,14 @@
 #include "thermal/ThermalLog.h"
 
 #include "InputError.h"
+#include "PlainText.h"
 #include "Words.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <fstream>
+#include <optional>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -17,30 +18,12 @@ namespace Radioctl::Thermal {
 namespace {
 
 constexpr std::string_view heading = "seconds,degrees";
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF"; // spreadsheets write one
 /** No radio works outside; a log in Kelvin or in tenths of a degree is found out. */
 constexpr std::int32_t coldestRadio = -100;
 constexpr std::int32_t hottestRadio = 200;
 /** A century of seconds since any epoch, and more; times can be subtracted and scaled without a thought. */
 constexpr std::int64_t latest = 1'000'000'000'000;
 constexpr std::size_t longestLine = 256;
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view space = " \t\r";
-    const std::size_t begin = text.find_first_not_of(space);
-    return begin == std::string_view::npos ? std::string_view()
-                                           : text.substr(begin, text.find_last_not_of(space) - begin + 1);
-}
-
-/** A decimal number with nothing behind it. */
-template <typename Number>
-bool parse(std::string_view text, Number& number) {
-    if (text.size() > 1 && text.front() == '+' && text[1] != '-') {
-        text.remove_prefix(1);
-    }
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size();
-}
 
 std::string withoutBlanks(std::string_view line) {
     std::string text(line);
@@ -55,8 +38,8 @@ public:
 
     void take(std::string_view line) {
         ++m_place.line;
-        if (m_place.line == 1 && line.substr(0, byteOrderMark.size()) == byteOrderMark) {
-            line.remove_prefix(byteOrderMark.size());
+        if (m_place.line == 1) {
+            line = withoutByteOrderMark(line);
         }
         line = trimmed(line);
         if (line.empty() || line.front() == '#') {
@@ -102,22 +85,22 @@ private:
     }
 
     std::int64_t seconds(std::string_view text) const {
-        std::int64_t number = 0;
-        if (!parse(text, number) || number < 0 || number > latest) {
+        const std::optional<std::int64_t> number = parseNumber<std::int64_t>(text);
+        if (!number || *number < 0 || *number > latest) {
             fail("seconds: " + inQuotes(text) + ", expected a whole number from 0 to " +
                  std::to_string(latest));
         }
-        return number;
+        return *number;
     }
 
     std::int32_t degrees(std::string_view text) const {
-        std::int32_t number = 0;
-        if (!parse(text, number) || number < coldestRadio || number > hottestRadio) {
+        const std::optional<std::int32_t> number = parseNumber<std::int32_t>(text);
+        if (!number || *number < coldestRadio || *number > hottestRadio) {
             fail("degrees: " + inQuotes(text) + ", expected a whole number from " +
                  std::to_string(coldestRadio) + " to " + std::to_string(hottestRadio) +
                  ", as the temperature service gives it");
         }
-        return number;
+        return *number;
     }
 
     [[noreturn]] void fail(const std::string& message) const { throw InputError(m_place, message); }

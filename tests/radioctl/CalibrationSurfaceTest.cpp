@@ -23,7 +23,7 @@ TEST(CalibrationSurface, WorstIsTheHighestLevelWithItsPlace) {
     Result result = madeUpResult({18000000u, 18100000u}, {-10, 30});
     result.points[1].before = -18.5;
     result.points[2].after = -31.0;
-    const Summary summary = summarise(result, madeUpLeakage());
+    const LeakageSummary summary = summarise(result, madeUpLeakage());
     EXPECT_THAT(summary.before, Optional(IsWorst(-18.5, 18100000u, -10)));
     EXPECT_THAT(summary.after, Optional(IsWorst(-31.0, 18000000u, 30)));
 }
@@ -32,7 +32,7 @@ TEST(CalibrationSurface, FailedPointsDoNotCountForTheWorst) {
     Result result = madeUpResult({18000000u, 18100000u}, {25});
     result.points[0].before = -10.0;
     makeFail(result.points[0]);
-    const Summary summary = summarise(result, madeUpLeakage());
+    const LeakageSummary summary = summarise(result, madeUpLeakage());
     EXPECT_THAT(summary.before, Optional(IsWorst(-20.0, 18100000u, 25)));
     EXPECT_THAT(summary.after, Optional(IsWorst(-40.0, 18100000u, 25)));
 }
@@ -40,7 +40,7 @@ TEST(CalibrationSurface, FailedPointsDoNotCountForTheWorst) {
 TEST(CalibrationSurface, NothingIsWorstWhenAllPointsFailed) {
     Result result = madeUpResult({18000000u}, {25});
     makeFail(result.points[0]);
-    const Summary summary = summarise(result, madeUpLeakage());
+    const LeakageSummary summary = summarise(result, madeUpLeakage());
     EXPECT_EQ(summary.before, std::nullopt);
     EXPECT_EQ(summary.after, std::nullopt);
     EXPECT_EQ(summary.between, std::nullopt);
@@ -51,7 +51,7 @@ TEST(CalibrationSurface, PointsAreCountedByTheirState) {
     makeFail(result.points[0]);
     result.points[1].state = PointState::edge;
     result.points[2].state = PointState::edge;
-    const Summary summary = summarise(result, madeUpLeakage());
+    const LeakageSummary summary = summarise(result, madeUpLeakage());
     EXPECT_EQ(summary.good, 3u);
     EXPECT_EQ(summary.edge, 2u);
     EXPECT_EQ(summary.failed, 1u);

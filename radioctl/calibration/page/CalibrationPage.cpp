@@ -115,7 +115,7 @@ void writeEffort(std::ostream& out, const Result& result) {
     out << counted(probes, "probe") << " in total.";
 }
 
-void writeSummary(std::ostream& out, const Summary& summary, const Result& result) {
+void writeSummary(std::ostream& out, const LeakageSummary& summary, const Result& result) {
     out << "<table>\n<tr><th>highest modelled leakage</th><th class=\"number\">dBc</th><th>where</th></tr>\n";
     writeWorst(out, "before, at the points", summary.before);
     writeWorst(out, "after, at the points", summary.after);
