@@ -1,0 +1,86 @@
+// The floor makes the calls that the library makes: in the same order, with the same values, down to the
+// levels of unwanted messages and the waits of a calibration.
+
+#include "Operations.h"
+#include "standalone/Platform.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+
+using Benchmarks::Operation;
+using Benchmarks::Run;
+
+std::vector<std::string>* story = nullptr;
+
+void tell(const std::string& line) {
+    if (story != nullptr) {
+        story->push_back(line);
+    }
+}
+
+std::string lineOf(const Standalone::Call& call) {
+    std::ostringstream line;
+    line << toString(call.operation) << ' ' << call.object << " at " << call.at[0] << ", " << call.at[1]
+         << ": " << call.value << " (" << call.bytes.size() << " bytes) -> " << call.code;
+    return line.str();
+}
+
+/** What three runs call. */
+std::vector<std::string> storyOf(const std::function<Run()>& prepare) {
+    const Run run = prepare();
+    std::vector<std::string> lines;
+    story = &lines;
+    Standalone::Platform::current()->calls().setListener(
+        [](const Standalone::Call& call) { tell(lineOf(call)); });
+    for (int time = 0; time < 3; ++time) {
+        run(time);
+    }
+    Standalone::Platform::current()->calls().setListener({});
+    story = nullptr;
+    return lines;
+}
+
+std::vector<Operation> operationsWithFloor() {
+    std::vector<Operation> result;
+    for (Operation& operation : Benchmarks::operations()) {
+        if (operation.floor) {
+            result.push_back(std::move(operation));
+        }
+    }
+    return result;
+}
+
+class FloorTest : public testing::TestWithParam<Operation> {};
+
+} // namespace
+
+// Both take the place of what library and floor would call otherwise.
+
+OrbiTraceLevel CZulTraceHandler_DmLevel2GtLevel(int level) {
+    tell("message of level " + std::to_string(level));
+    return Standalone::TraceLevel::information;
+}
+
+extern "C" int usleep(unsigned microseconds) { // NOLINT: the name is the operating system's
+    tell("wait of " + std::to_string(microseconds));
+    return 0;
+}
+
+TEST_P(FloorTest, MakesTheCallsOfTheLibrary) {
+    const std::vector<std::string> expected = storyOf(GetParam().library);
+    EXPECT_GE(expected.size(), 6U);
+    EXPECT_EQ(storyOf(GetParam().floor), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, FloorTest, testing::ValuesIn(operationsWithFloor()),
+                         [](const auto& parameter) {
+                             std::string name;
+                             for (const char letter : parameter.param.name) {
+                                 name += letter == '.' || letter == '-' ? '_' : letter;
+                             }
+                             return name;
+                         });
