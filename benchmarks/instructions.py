@@ -26,7 +26,7 @@ ENVIRONMENT = {"PATH": os.environ.get("PATH", ""), "LC_ALL": "C", "LD_BIND_NOW":
 
 
 class Count:
-    """What one operation took: instructions in all, and, where that is known, by shared object and by function."""
+    """What one operation took: instructions in all, and, where that is known, by shared object and by the function in it."""
 
     def __init__(self, total, objects=None, functions=None):
         self.total = total
@@ -66,7 +66,8 @@ def read_callgrind(path):
             total += cost
             library = pathlib.Path(place["ob"]).name
             objects[library] = objects.get(library, 0) + cost
-            functions[place["fn"]] = functions.get(place["fn"], 0) + cost
+            function = (library, place["fn"])
+            functions[function] = functions.get(function, 0) + cost
     return Count(total, objects, functions)
 
 
