@@ -6,7 +6,7 @@
 
 #include <unistd.h>
 
-#include <array>
+#include <cstdlib>
 
 namespace Benchmarks {
 
@@ -18,13 +18,9 @@ namespace {
 constexpr int notice = 0x100;
 constexpr int information = 0x800;
 
-/** What an unwanted message costs. */
-void message(int level) {
-    static_cast<void>(CZulTraceHandler_DmLevel2GtLevel(level));
-}
-
-void write(const DriverInterface* driver, std::uint32_t value) {
-    driver->write(driver->context, static_cast<std::int32_t>(value));
+/** What is not looked into any further: a message that is wanted, or what did not succeed. */
+[[gnu::noinline, gnu::cold]] void unexpected() {
+    std::abort();
 }
 
 std::string lowerCase(const std::string& direction) {
@@ -33,7 +29,8 @@ std::string lowerCase(const std::string& direction) {
 
 } // namespace
 
-Floor::Floor(BenchmarkRadio& radio, const std::string& direction, std::int32_t ifFrequency)
+template <Checks checks>
+Floor<checks>::Floor(BenchmarkRadio& radio, const std::string& direction, std::int32_t ifFrequency)
     : m_plan{1, -1, ifFrequency, 2, 0},
       m_channelSpacingOffsets(
           radio.platform().variables().find("channel.1.rx.rf.frequency.cs.offset.array")->values().data()),
@@ -59,12 +56,39 @@ Floor::Floor(BenchmarkRadio& radio, const std::string& direction, std::int32_t i
                            radio.table("Tx.Dsp.Temperature.To.Phase.Offset.Compensation")},
       m_rau(InterfaceBroker::getInstance().getInterface<IRauHandler>("IRauHandler_1")) {}
 
-inline void Floor::accept(std::uint32_t carrier) {
+template <Checks checks>
+inline void Floor<checks>::look(bool isGood) {
+    if (checks == Checks::demanded && !isGood) {
+        unexpected();
+    }
+}
+
+template <Checks checks>
+inline void Floor<checks>::message(int level) const {
+    const OrbiTraceLevel mapped = CZulTraceHandler_DmLevel2GtLevel(level);
+    look(m_trace.getLevel() < mapped);
+}
+
+template <Checks checks>
+inline void Floor<checks>::write(const DriverInterface* driver, void* context, std::int32_t value) {
+    look(driver != nullptr && driver->write != nullptr);
+    look(isSuccess(driver->write(context, value)));
+}
+
+template <Checks checks>
+inline void Floor<checks>::write(const DriverInterface* driver, std::uint32_t value) {
+    look(driver != nullptr);
+    write(driver, driver->context, static_cast<std::int32_t>(value));
+}
+
+template <Checks checks>
+inline void Floor<checks>::accept(std::uint32_t carrier) {
     message(information); // setTxFrequency or setRxFrequency
     m_carrier = carrier;
 }
 
-inline void Floor::plan(std::uint32_t carrier, std::uint64_t rfPll) {
+template <Checks checks>
+inline void Floor<checks>::plan(std::uint32_t carrier, std::uint64_t rfPll) {
     m_ifPll = FrequencyPlan::ifPllFrequency(carrier, m_plan);
     message(information); // if.pll
     m_rfPll = rfPll;
@@ -74,24 +98,31 @@ inline void Floor::plan(std::uint32_t carrier, std::uint64_t rfPll) {
     message(information); // IfBb
 }
 
-inline void Floor::setChargePump(std::uint32_t carrier) {
+template <Checks checks>
+inline void Floor<checks>::setChargePump(std::uint32_t carrier) {
     int setting = 0;
-    CCalibrationTable_LinearInterpolate(m_chargePump, static_cast<std::int32_t>(carrier), &setting);
-    m_pllConfiguration->write(m_pllConfiguration->context, setting);
+    look(isSuccess(
+        CCalibrationTable_LinearInterpolate(m_chargePump, static_cast<std::int32_t>(carrier), &setting)));
+    write(m_pllConfiguration, static_cast<std::uint32_t>(setting));
 }
 
-inline void Floor::writeLoInHz() {
+template <Checks checks>
+inline void Floor<checks>::writeLoInHz() {
     const auto byte = [this](unsigned index) { return static_cast<std::uint8_t>(m_rfPll >> (8U * index)); };
     const std::array<std::uint8_t, 8> bytes{byte(0), byte(1), byte(2), byte(3),
                                             byte(4), byte(5), byte(6), byte(7)};
-    m_rfLoInHz->writeBuffer(m_rfLoInHz->context, bytes.data(), bytes.size());
+    look(m_rfLoInHz != nullptr && m_rfLoInHz->writeBuffer != nullptr);
+    look(isSuccess(m_rfLoInHz->writeBuffer(m_rfLoInHz->context, bytes.data(), bytes.size())));
 }
 
-inline void Floor::tellObserver() {
+template <Checks checks>
+inline void Floor<checks>::tellObserver() {
+    look(m_observer != nullptr);
     m_observer->onChange(nullptr);
 }
 
-void Floor::setMicrowaveIf(std::uint32_t carrier) {
+template <Checks checks>
+void Floor<checks>::setMicrowaveIf(std::uint32_t carrier) {
     accept(carrier);
     plan(carrier, FrequencyPlan::rfPllFrequency(carrier, m_plan));
     write(m_if, m_ifPll);
@@ -100,14 +131,16 @@ void Floor::setMicrowaveIf(std::uint32_t carrier) {
     tellObserver();
 }
 
-void Floor::setRfModule(std::uint32_t carrier) {
+template <Checks checks>
+void Floor<checks>::setRfModule(std::uint32_t carrier) {
     accept(carrier);
     message(information); // Write frequency to HW
     write(m_rfFrequency, carrier);
     tellObserver();
 }
 
-void Floor::setMicrowaveDspOffset(std::uint32_t carrier) {
+template <Checks checks>
+void Floor<checks>::setMicrowaveDspOffset(std::uint32_t carrier) {
     accept(carrier);
     plan(carrier, FrequencyPlan::rfPllFrequency(carrier, m_plan));
     write(m_rfLo, static_cast<std::uint32_t>(m_rfPll));
@@ -115,7 +148,8 @@ void Floor::setMicrowaveDspOffset(std::uint32_t carrier) {
     tellObserver();
 }
 
-void Floor::setMicrowaveDspOffsetRx(std::uint32_t carrier) {
+template <Checks checks>
+void Floor<checks>::setMicrowaveDspOffsetRx(std::uint32_t carrier) {
     constexpr std::uint32_t halfSpacing = 125'000;
     accept(carrier);
     message(information); // ChannelSpacing used
@@ -127,7 +161,8 @@ void Floor::setMicrowaveDspOffsetRx(std::uint32_t carrier) {
     tellObserver();
 }
 
-void Floor::setMicrowaveHz(std::uint32_t carrier) {
+template <Checks checks>
+void Floor<checks>::setMicrowaveHz(std::uint32_t carrier) {
     accept(carrier);
     plan(carrier, FrequencyPlan::exactRfPllFrequency(carrier, m_plan));
     writeLoInHz();
@@ -135,7 +170,8 @@ void Floor::setMicrowaveHz(std::uint32_t carrier) {
     tellObserver();
 }
 
-void Floor::setMicrowaveHzCsOffsetRx(std::uint32_t carrier) {
+template <Checks checks>
+void Floor<checks>::setMicrowaveHzCsOffsetRx(std::uint32_t carrier) {
     accept(carrier);
     message(information); // Array(CS)
     message(information); // channelSpacingOffsetkHz
@@ -149,62 +185,79 @@ void Floor::setMicrowaveHzCsOffsetRx(std::uint32_t carrier) {
     tellObserver();
 }
 
-void Floor::setRauTx(std::uint32_t carrier) {
+template <Checks checks>
+void Floor<checks>::setRauTx(std::uint32_t carrier) {
     accept(carrier);
-    m_rau->setTxRadioFrequency(carrier);
+    look(m_rau != nullptr);
+    look(isSuccess(m_rau->setTxRadioFrequency(carrier)));
     tellObserver();
 }
 
-void Floor::setRauRx(std::uint32_t carrier) {
+template <Checks checks>
+void Floor<checks>::setRauRx(std::uint32_t carrier) {
     accept(carrier);
-    m_rau->setRxRadioFrequency(carrier);
+    look(m_rau != nullptr);
+    look(isSuccess(m_rau->setRxRadioFrequency(carrier)));
     tellObserver();
 }
 
-void Floor::correct() {
+template <Checks checks>
+void Floor<checks>::correct() {
+    const auto carrier = static_cast<std::int32_t>(m_carrier);
     int i = 0;
     int q = 0;
-    CCalibrationTable_BiLinearInterpolate(m_tableI, static_cast<std::int32_t>(m_carrier), m_temperature, &i);
-    CCalibrationTable_BiLinearInterpolate(m_tableQ, static_cast<std::int32_t>(m_carrier), m_temperature, &q);
-    m_mixerI->write(m_mixerI->context, i);
-    m_mixerQ->write(m_mixerQ->context, q);
+    look(isSuccess(CCalibrationTable_BiLinearInterpolate(m_tableI, carrier, m_temperature, &i)));
+    look(isSuccess(CCalibrationTable_BiLinearInterpolate(m_tableQ, carrier, m_temperature, &q)));
+    write(m_mixerI, static_cast<std::uint32_t>(i));
+    write(m_mixerQ, static_cast<std::uint32_t>(q));
 }
 
-void Floor::setTemperature(int temperature) {
+template <Checks checks>
+void Floor<checks>::setTemperature(int temperature) {
     m_temperature = temperature;
     correct();
     message(information); // notifyTemperature
 }
 
-void Floor::compensate(int temperature) {
+template <Checks checks>
+void Floor<checks>::compensate(int temperature) {
     m_temperature = temperature;
     message(information); // notifyTemperature
-    int value = 0;
     // DC I and DC Q are written with the record in place of its context, gain and phase with the context.
-    CCalibrationTable_LinearInterpolate(m_compensationTables[0], m_temperature, &value);
-    m_compensations[0]->write(m_compensations[0], value);
-    CCalibrationTable_LinearInterpolate(m_compensationTables[1], m_temperature, &value);
-    m_compensations[1]->write(m_compensations[1], value);
-    CCalibrationTable_LinearInterpolate(m_compensationTables[2], m_temperature, &value);
-    m_compensations[2]->write(m_compensations[2]->context, value);
-    CCalibrationTable_LinearInterpolate(m_compensationTables[3], m_temperature, &value);
-    m_compensations[3]->write(m_compensations[3]->context, value);
+    compensateOne(0, m_compensations[0]);
+    compensateOne(1, m_compensations[1]);
+    compensateOne(2, m_compensations[2]->context);
+    compensateOne(3, m_compensations[3]->context);
 }
 
-void Floor::calibrate() {
+template <Checks checks>
+inline void Floor<checks>::compensateOne(std::size_t which, void* context) {
+    int value = 0;
+    look(isSuccess(CCalibrationTable_LinearInterpolate(m_compensationTables[which], m_temperature, &value)));
+    write(m_compensations[which], context, value);
+}
+
+template <Checks checks>
+void Floor<checks>::calibrate() {
     LoCancellationSearch search(0, 4000, 0, 4000, 0.75);
     for (std::size_t probe = 0; probe < LoCancellationSearch::probeCount; ++probe) {
-        const auto [i, q] = search.probe(probe);
-        m_mixerI->write(m_mixerI->context, i);
-        m_mixerQ->write(m_mixerQ->context, q);
+        setIQ(search.probe(probe));
         usleep(0);
-        m_detector->read(m_detector->context, &search.reading(probe));
+        look(m_detector != nullptr && m_detector->read != nullptr);
+        look(isSuccess(m_detector->read(m_detector->context, &search.reading(probe))));
     }
-    m_reading = search.narrow();
-    const auto [i, q] = search.midpoint();
-    m_mixerI->write(m_mixerI->context, i);
-    m_mixerQ->write(m_mixerQ->context, q);
+    m_maxDelta = search.narrow();
+    setIQ(search.midpoint());
     message(notice); // Calibrated LO cancellation
 }
+
+template <Checks checks>
+inline void Floor<checks>::setIQ(const LoCancellationSearch::Point& point) {
+    write(m_mixerI, static_cast<std::uint32_t>(point.i));
+    write(m_mixerQ, static_cast<std::uint32_t>(point.q));
+}
+
+template class Floor<Checks::none>;
+template class Floor<Checks::demanded>;
 
 } // namespace Benchmarks

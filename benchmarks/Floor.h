@@ -4,19 +4,29 @@
 #include "BenchmarkRadio.h"
 #include "FrequencyPlan.h"
 #include "IRauHandler.h"
+#include "LoCancellationSearch.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
 namespace Benchmarks {
 
+/** What the floor looks at beside what it does. */
+enum class Checks {
+    /** Nothing: a driver is there, a call succeeds, a message is unwanted. */
+    none,
+    /** What has to be looked at, however it is written: threshold, driver, observer, and each result. */
+    demanded,
+};
+
 /**
  * The least code for what the library does: the same calls of the platform in the same order, with the same
- * arithmetic, as straight as it can be written for one direction of one board. Nothing is checked, nothing is
- * found at run time, and messages are taken to be unwanted: their level is mapped, which is a call of the
- * platform, and not looked at.
+ * arithmetic, as straight as it can be written for one direction of one board. Nothing is found at run time.
+ * What happens when a check fails is of no interest here.
  */
+template <Checks checks>
 class Floor {
 public:
     /**
@@ -43,18 +53,25 @@ public:
     void calibrate();
 
 private:
+    void message(int level) const;
+    static void write(const DriverInterface* driver, void* context, std::int32_t value);
+    static void write(const DriverInterface* driver, std::uint32_t value);
+    static void look(bool isGood);
     void accept(std::uint32_t carrier);
     void plan(std::uint32_t carrier, std::uint64_t rfPll);
     void setChargePump(std::uint32_t carrier);
     void writeLoInHz();
     void tellObserver();
+    void compensateOne(std::size_t which, void* context);
+    void setIQ(const RL::FrequencyHandler::LoCancellationSearch::Point& point);
 
     RL::FrequencyHandler::FrequencyPlan::Parameters m_plan;
     std::uint32_t m_carrier = 0;
     std::uint32_t m_ifPll = 0;
     std::uint64_t m_rfPll = 0;
     int m_temperature = 0;
-    int m_reading = 0;
+    int m_maxDelta = 0;
+    OrbiTrace m_trace{"floor", Standalone::TraceLevel::off};
     const std::int32_t* m_channelSpacingOffsets;
     Observer<IFrequencyHandler>* m_observer;
     DriverInterface* m_rfFrequency;

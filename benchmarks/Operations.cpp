@@ -16,26 +16,31 @@ namespace Benchmarks {
 namespace {
 
 using Type = FrequencyHandler::FrequencyHandlerType;
-using WriteOfFloor = void (Floor::*)(std::uint32_t);
 
 /** A handler type, and what sets its frequencies without the library. */
+template <Checks checks>
 struct TypeEntry {
+    using Write = void (Floor<checks>::*)(std::uint32_t);
+
     const char* name;
     Type type;
-    WriteOfFloor setTx;
-    WriteOfFloor setRx;
+    Write setTx;
+    Write setRx;
     bool hasLoCancellation;
 };
 
-constexpr std::array<TypeEntry, 6> types{{
-    {"microwave-if", Type::MicrowaveBoardIf, &Floor::setMicrowaveIf, &Floor::setMicrowaveIf, true},
-    {"rf-module", Type::RfModule, &Floor::setRfModule, &Floor::setRfModule, false},
-    {"microwave-dsp-offset", Type::MicrowaveBoardDspOffset, &Floor::setMicrowaveDspOffset,
-     &Floor::setMicrowaveDspOffsetRx, true},
-    {"microwave-hz-cs-offset", Type::MicrowaveBoardHzCsOffset, &Floor::setMicrowaveHz,
-     &Floor::setMicrowaveHzCsOffsetRx, true},
-    {"rau", Type::Rau, &Floor::setRauTx, &Floor::setRauRx, false},
-    {"microwave-hz", Type::MicrowaveBoardHz, &Floor::setMicrowaveHz, &Floor::setMicrowaveHz, true},
+template <Checks checks>
+constexpr std::array<TypeEntry<checks>, 6> types{{
+    {"microwave-if", Type::MicrowaveBoardIf, &Floor<checks>::setMicrowaveIf, &Floor<checks>::setMicrowaveIf,
+     true},
+    {"rf-module", Type::RfModule, &Floor<checks>::setRfModule, &Floor<checks>::setRfModule, false},
+    {"microwave-dsp-offset", Type::MicrowaveBoardDspOffset, &Floor<checks>::setMicrowaveDspOffset,
+     &Floor<checks>::setMicrowaveDspOffsetRx, true},
+    {"microwave-hz-cs-offset", Type::MicrowaveBoardHzCsOffset, &Floor<checks>::setMicrowaveHz,
+     &Floor<checks>::setMicrowaveHzCsOffsetRx, true},
+    {"rau", Type::Rau, &Floor<checks>::setRauTx, &Floor<checks>::setRauRx, false},
+    {"microwave-hz", Type::MicrowaveBoardHz, &Floor<checks>::setMicrowaveHz, &Floor<checks>::setMicrowaveHz,
+     true},
 }};
 
 /** Another carrier, in kHz, and another temperature, in degrees Celsius, each time. */
@@ -50,8 +55,9 @@ std::shared_ptr<BenchmarkRadio> makeRadio(const RadioOptions& options) {
     return std::make_shared<BenchmarkRadio>(options);
 }
 
-std::shared_ptr<Floor> makeFloor(BenchmarkRadio& radio, Type type, const char* direction) {
-    return std::make_shared<Floor>(radio, direction, type == Type::MicrowaveBoardIf ? 140'000 : 0);
+template <Checks checks>
+std::shared_ptr<Floor<checks>> makeFloor(BenchmarkRadio& radio, Type type, const char* direction) {
+    return std::make_shared<Floor<checks>>(radio, direction, type == Type::MicrowaveBoardIf ? 140'000 : 0);
 }
 
 /** A transmit frequency change on the last channel of a radio. */
@@ -70,11 +76,12 @@ std::function<Run()> setRx(Type type) {
     };
 }
 
-std::function<Run()> setTxOnFloor(const TypeEntry& entry) {
+template <Checks checks>
+std::function<Run()> setTxOnFloor(const TypeEntry<checks>& entry) {
     return [entry]() -> Run {
         auto radio = makeRadio({entry.type});
-        auto floor = makeFloor(*radio, entry.type, "Tx");
-        const WriteOfFloor set = entry.setTx;
+        auto floor = makeFloor<checks>(*radio, entry.type, "Tx");
+        const auto set = entry.setTx;
         if (!entry.hasLoCancellation) {
             return [radio, floor, set](int time) { (*floor.*set)(carrierAt(time)); };
         }
@@ -85,11 +92,12 @@ std::function<Run()> setTxOnFloor(const TypeEntry& entry) {
     };
 }
 
-std::function<Run()> setRxOnFloor(const TypeEntry& entry) {
+template <Checks checks>
+std::function<Run()> setRxOnFloor(const TypeEntry<checks>& entry) {
     return [entry]() -> Run {
         auto radio = makeRadio({entry.type});
-        auto floor = makeFloor(*radio, entry.type, "Rx");
-        const WriteOfFloor set = entry.setRx;
+        auto floor = makeFloor<checks>(*radio, entry.type, "Rx");
+        const auto set = entry.setRx;
         return [radio, floor, set](int time) { (*floor.*set)(carrierAt(time)); };
     };
 }
@@ -103,11 +111,11 @@ std::function<Run()> onLibrary(Work work) {
     };
 }
 
-template <typename Work>
+template <Checks checks, typename Work>
 std::function<Run()> onFloor(Work work) {
     return [work]() -> Run {
         auto radio = makeRadio({});
-        auto floor = makeFloor(*radio, Type::MicrowaveBoardHz, "Tx");
+        auto floor = makeFloor<checks>(*radio, Type::MicrowaveBoardHz, "Tx");
         return [radio, floor, work](int time) { work(*floor, time); };
     };
 }
@@ -168,41 +176,50 @@ Run lookUpBilinear(int nodes) {
 }
 
 void addFrequencyChanges(std::vector<Operation>& all) {
-    for (const TypeEntry& entry : types) {
-        all.push_back({std::string("tx.") + entry.name, setTx({entry.type}), setTxOnFloor(entry)});
+    constexpr auto& straight = types<Checks::none>;
+    constexpr auto& checked = types<Checks::demanded>;
+    for (std::size_t i = 0; i < straight.size(); ++i) {
+        all.push_back({std::string("tx.") + straight[i].name, setTx({straight[i].type}),
+                       setTxOnFloor(straight[i]), setTxOnFloor(checked[i])});
     }
-    for (const TypeEntry& entry : types) {
-        all.push_back({std::string("rx.") + entry.name, setRx(entry.type), setRxOnFloor(entry)});
+    for (std::size_t i = 0; i < straight.size(); ++i) {
+        all.push_back({std::string("rx.") + straight[i].name, setRx(straight[i].type),
+                       setRxOnFloor(straight[i]), setRxOnFloor(checked[i])});
     }
+}
+
+/** `library` and `floor`, which takes a floor of either kind, are called with what they work on and the time.
+ */
+template <typename Library, typename OnFloor>
+Operation operation(const char* name, Library library, OnFloor floor) {
+    return {name, onLibrary(library), onFloor<Checks::none>(floor), onFloor<Checks::demanded>(floor)};
 }
 
 /** What a transmit frequency change depends on beside the board. */
 void addVariations(std::vector<Operation>& all) {
     const std::string name = "tx.microwave-hz.";
     for (const int observers : {0, 2, 5, 10, 20, 50, 100}) {
-        all.push_back({name + "observers-" + std::to_string(observers),
-                       setTx({Type::MicrowaveBoardHz, 1, observers}),
-                       {}});
+        all.push_back(
+            {name + "observers-" + std::to_string(observers), setTx({Type::MicrowaveBoardHz, 1, observers})});
     }
     for (const int channels : {8, 64}) {
         all.push_back(
-            {name + "channel-" + std::to_string(channels), setTx({Type::MicrowaveBoardHz, channels}), {}});
+            {name + "channel-" + std::to_string(channels), setTx({Type::MicrowaveBoardHz, channels})});
     }
     all.push_back(
-        {name + "trace-filtered", setTx({Type::MicrowaveBoardHz, 1, 1, Standalone::TraceLevel::notice}), {}});
+        {name + "trace-filtered", setTx({Type::MicrowaveBoardHz, 1, 1, Standalone::TraceLevel::notice})});
     all.push_back(
-        {name + "trace-on", setTx({Type::MicrowaveBoardHz, 1, 1, Standalone::TraceLevel::information}), {}});
+        {name + "trace-on", setTx({Type::MicrowaveBoardHz, 1, 1, Standalone::TraceLevel::information})});
 }
 
 void addBootsAndLookups(std::vector<Operation>& all) {
     for (const int channels : {1, 2, 4, 8, 16, 32, 64}) {
-        all.push_back({"boot." + std::to_string(channels), boot(channels), {}, 1});
+        all.push_back({"boot." + std::to_string(channels), boot(channels), {}, {}, 1});
     }
     for (const int nodes : {10, 30, 100, 300, 1000, 3000, 10'000}) {
+        all.push_back({"lookup.linear." + std::to_string(nodes), [nodes] { return lookUpLinear(nodes); }});
         all.push_back(
-            {"lookup.linear." + std::to_string(nodes), [nodes] { return lookUpLinear(nodes); }, {}});
-        all.push_back(
-            {"lookup.bilinear." + std::to_string(nodes), [nodes] { return lookUpBilinear(nodes); }, {}});
+            {"lookup.bilinear." + std::to_string(nodes), [nodes] { return lookUpBilinear(nodes); }});
     }
 }
 
@@ -211,16 +228,19 @@ void addBootsAndLookups(std::vector<Operation>& all) {
 std::vector<Operation> operations() {
     std::vector<Operation> all;
     addFrequencyChanges(all);
-    all.push_back({"temperature.microwave-hz", onLibrary([](BenchmarkRadio& radio, int time) {
-                       radio.module().notifyTemperature(temperatureAt(time));
-                   }),
-                   onFloor([](Floor& floor, int time) { floor.setTemperature(temperatureAt(time)); })});
-    all.push_back({"iq-compensation", onLibrary([](BenchmarkRadio& radio, int time) {
-                       CTxIQImbalanceHandler::notifyTemperature(&radio.iqCompensation(), temperatureAt(time));
-                   }),
-                   onFloor([](Floor& floor, int time) { floor.compensate(temperatureAt(time)); })});
-    all.push_back({"calibration-iteration", calibration,
-                   onFloor([](Floor& floor, int /*time*/) { floor.calibrate(); })});
+    all.push_back(operation(
+        "temperature.microwave-hz",
+        [](BenchmarkRadio& radio, int time) { radio.module().notifyTemperature(temperatureAt(time)); },
+        [](auto& floor, int time) { floor.setTemperature(temperatureAt(time)); }));
+    all.push_back(operation(
+        "iq-compensation",
+        [](BenchmarkRadio& radio, int time) {
+            CTxIQImbalanceHandler::notifyTemperature(&radio.iqCompensation(), temperatureAt(time));
+        },
+        [](auto& floor, int time) { floor.compensate(temperatureAt(time)); }));
+    const auto calibrate = [](auto& floor, int /*time*/) { floor.calibrate(); };
+    all.push_back({"calibration-iteration", calibration, onFloor<Checks::none>(calibrate),
+                   onFloor<Checks::demanded>(calibrate)});
     addVariations(all);
     addBootsAndLookups(all);
     return all;

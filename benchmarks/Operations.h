@@ -17,7 +17,9 @@ struct Operation {
     /** By the library, on a radio that has booted. */
     std::function<Run()> library;
     /** By the least code that makes the same calls with the same arithmetic; empty where there is none. */
-    std::function<Run()> floor;
+    std::function<Run()> floor{};
+    /** The same, and looks at what has to be looked at. */
+    std::function<Run()> checkedFloor{};
     /** How often it is carried out in one count; 1 for one that cannot be repeated on the same radio. */
     int repetitions = 100;
 };

@@ -49,6 +49,7 @@ int main(int argc, char** argv) {
         add(operation.name, operation.library, operation.repetitions);
         if (operation.floor) {
             add("floor." + operation.name, operation.floor, operation.repetitions);
+            add("checked-floor." + operation.name, operation.checkedFloor, operation.repetitions);
         }
     }
     benchmark::Initialize(&argc, argv);

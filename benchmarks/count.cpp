@@ -50,6 +50,7 @@ int main(int argc, char** argv) {
         count(operation.name, operation.library, operation.repetitions);
         if (operation.floor) {
             count("floor." + operation.name, operation.floor, operation.repetitions);
+            count("checked-floor." + operation.name, operation.checkedFloor, operation.repetitions);
         }
     }
     return 0;

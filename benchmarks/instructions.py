@@ -124,7 +124,7 @@ def write_budget(path, processors, budget):
 
 
 def is_budgeted(name):
-    return not name.startswith("floor.")
+    return not name.startswith(("floor.", "checked-floor."))
 
 
 def over_budget(counts, budget, processor):

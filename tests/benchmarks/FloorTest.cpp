@@ -74,6 +74,7 @@ TEST_P(FloorTest, MakesTheCallsOfTheLibrary) {
     const std::vector<std::string> expected = storyOf(GetParam().library);
     EXPECT_GE(expected.size(), 6U);
     EXPECT_EQ(storyOf(GetParam().floor), expected);
+    EXPECT_EQ(storyOf(GetParam().checkedFloor), expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, FloorTest, testing::ValuesIn(operationsWithFloor()),
