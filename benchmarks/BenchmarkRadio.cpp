@@ -35,6 +35,10 @@ void BenchmarkRadio::boot() {
         m_modules.push_back(
             std::make_unique<FrequencyHandler>(static_cast<unsigned long>(channel), m_options.type));
     }
+    runPhases();
+}
+
+void BenchmarkRadio::runPhases() {
     for (const Standalone::Phase phase :
          {Standalone::phaseModuleInit, Standalone::phaseStorageObjectsRetrieved,
           Standalone::phasePostFrameformatLoad}) {

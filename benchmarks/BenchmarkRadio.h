@@ -48,6 +48,8 @@ public:
 
     /** Builds the modules and runs the phases of a start-up. The constructor has done so once. */
     void boot();
+    /** Runs the phases of a start-up on the modules that there are. */
+    void runPhases();
     /** Destroys the modules. */
     void shutDown();
 

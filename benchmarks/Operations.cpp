@@ -1,6 +1,7 @@
 #include "Operations.h"
 
 #include "BenchmarkRadio.h"
+#include "BootFloor.h"
 #include "CCalibrationHandler.h"
 #include "Floor.h"
 #include "ILoCancellation.h"
@@ -142,6 +143,24 @@ std::function<Run()> boot(int channels) {
     };
 }
 
+std::function<Run()> bootOnFloor(int channels) {
+    return [channels]() -> Run {
+        auto radio = makeRadio({Type::MicrowaveBoardHz, channels, 0, Standalone::TraceLevel::off});
+        radio->shutDown();
+        auto names = std::make_shared<std::vector<BootNames>>();
+        for (int channel = 1; channel <= channels; ++channel) {
+            names->emplace_back(channel);
+        }
+        auto modules = std::make_shared<std::vector<std::unique_ptr<BootFloor>>>();
+        return [radio, names, modules](int /*time*/) {
+            for (const BootNames& channel : *names) {
+                modules->push_back(std::make_unique<BootFloor>(channel));
+            }
+            radio->runPhases();
+        };
+    };
+}
+
 std::vector<std::int32_t> axis(int nodes) {
     std::vector<std::int32_t> result(static_cast<std::size_t>(nodes));
     for (int node = 0; node < nodes; ++node) {
@@ -214,7 +233,7 @@ void addVariations(std::vector<Operation>& all) {
 
 void addBootsAndLookups(std::vector<Operation>& all) {
     for (const int channels : {1, 2, 4, 8, 16, 32, 64}) {
-        all.push_back({"boot." + std::to_string(channels), boot(channels), {}, {}, 1});
+        all.push_back({"boot." + std::to_string(channels), boot(channels), bootOnFloor(channels), {}, 1});
     }
     for (const int nodes : {10, 30, 100, 300, 1000, 3000, 10'000}) {
         all.push_back({"lookup.linear." + std::to_string(nodes), [nodes] { return lookUpLinear(nodes); }});

@@ -18,7 +18,7 @@ struct Operation {
     std::function<Run()> library;
     /** By the least code that makes the same calls with the same arithmetic; empty where there is none. */
     std::function<Run()> floor{};
-    /** The same, and looks at what has to be looked at. */
+    /** The same, and looks at what has to be looked at; empty where there is none. */
     std::function<Run()> checkedFloor{};
     /** How often it is carried out in one count; 1 for one that cannot be repeated on the same radio. */
     int repetitions = 100;

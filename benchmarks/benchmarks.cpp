@@ -49,6 +49,8 @@ int main(int argc, char** argv) {
         add(operation.name, operation.library, operation.repetitions);
         if (operation.floor) {
             add("floor." + operation.name, operation.floor, operation.repetitions);
+        }
+        if (operation.checkedFloor) {
             add("checked-floor." + operation.name, operation.checkedFloor, operation.repetitions);
         }
     }

@@ -50,6 +50,8 @@ int main(int argc, char** argv) {
         count(operation.name, operation.library, operation.repetitions);
         if (operation.floor) {
             count("floor." + operation.name, operation.floor, operation.repetitions);
+        }
+        if (operation.checkedFloor) {
             count("checked-floor." + operation.name, operation.checkedFloor, operation.repetitions);
         }
     }
