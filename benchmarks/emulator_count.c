@@ -1,6 +1,6 @@
 /*
- * A plugin of qemu-arm and its kin: counts the instructions between system calls `getppid`, and writes how many
- * there were to the standard error at each.
+ * A plugin of qemu-arm and its kin: counts the instructions between system calls `getppid`, and writes how
+ * many there were to the standard error at each.
  *
  * The few declarations that it needs are its own, because the emulator's header is in no package.
  */
