@@ -37,9 +37,20 @@ constexpr std::uint32_t magnitude(std::uint32_t value) {
     return static_cast<std::int32_t>(value) < 0 ? 0U - value : value;
 }
 
-/** The factor widened with its sign: a negative one divides by a huge number. */
-constexpr std::uint64_t divisor(const Parameters& parameters) {
-    return static_cast<std::uint64_t>(std::int64_t{parameters.mixerMultiplicationFactor});
+/**
+ * What a division by the multiplication factor leaves: quotient and rest. A negative factor stands for the
+ * huge 64-bit number with its sign, by which nothing is divided but to 0. In 32 bits, because one of 64 bits
+ * takes hundreds of instructions where the processor has no division.
+ */
+struct Divided {
+    std::uint32_t quotient;
+    std::uint32_t rest;
+    std::uint32_t divisor;
+};
+constexpr Divided divide(std::uint32_t frequency, const Parameters& parameters) {
+    const std::int32_t factor = parameters.mixerMultiplicationFactor;
+    return factor < 0 ? Divided{0, 0, 1}
+                      : Divided{frequency / word(factor), frequency % word(factor), word(factor)};
 }
 
 } // namespace Detail
@@ -70,13 +81,13 @@ constexpr std::uint32_t ifPllFrequency(std::uint32_t carrier, const Parameters& 
 
 /** The RF PLL, in kHz, for a carrier in kHz: the LO in whole MHz, divided by the multiplication factor. */
 constexpr std::uint64_t rfPllFrequency(std::uint32_t carrier, const Parameters& parameters) {
-    const std::uint32_t step = frequencyStep(rfLoFrequency(carrier, parameters));
-    return std::uint64_t{step} * 1000U / Detail::divisor(parameters);
+    return Detail::divide(1000U * frequencyStep(rfLoFrequency(carrier, parameters)), parameters).quotient;
 }
 
 /** The RF PLL, in Hz, that gives exactly the LO `lo`, in kHz; IF and sidebands have no say in it. */
 constexpr std::uint64_t exactRfPllFrequency(std::uint32_t lo, const Parameters& parameters) {
-    return std::uint64_t{lo} * 1000U / Detail::divisor(parameters);
+    const Detail::Divided inKHz = Detail::divide(lo, parameters);
+    return std::uint64_t{inKHz.quotient} * 1000U + std::uint64_t{inKHz.rest} * 1000U / inKHz.divisor;
 }
 
 /** The baseband frequency, in kHz. */

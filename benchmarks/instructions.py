@@ -1,0 +1,201 @@
+"""instructions.py check BUDGET PROCESSOR PROGRAM [--plugin FILE EMULATOR...]
+instructions.py record BUDGET PROCESSOR PROGRAM [--plugin FILE EMULATOR...]
+
+Counts the instructions of each operation of PROGRAM, which is count_instructions: on this computer with callgrind,
+under an EMULATOR with its plugin. `check` fails when an operation takes more than 2 % above its budget, or when a cost
+that has to be constant or linear is not; `record` puts the counts into the column of PROCESSOR in the file BUDGET.
+
+Counts do not depend on the computer: they are of instructions, not of time, every run is the same, and the C library is
+told to use none of the variants of its functions that only some processors have.
+"""
+
+import math
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+MARGIN = 0.02
+# Names of the processor's abilities as the C library knows them: what is left is what every x86-64 can do.
+ABILITIES = ("AVX AVX2 AVX512F AVX512VL AVX512BW AVX512DQ BMI1 BMI2 ERMS FSRM LZCNT MOVBE POPCNT RTM "
+             "SSE4_1 SSE4_2 SSSE3 XSAVE XSAVEC")
+ENVIRONMENT = {"PATH": os.environ.get("PATH", ""), "LC_ALL": "C", "LD_BIND_NOW": "1",
+               "GLIBC_TUNABLES": "glibc.cpu.hwcaps=" + ",".join("-" + name for name in ABILITIES.split())}
+
+
+class Count:
+    """What one operation took: instructions in all, and, where that is known, by shared object and by the function in it."""
+
+    def __init__(self, total, objects=None, functions=None):
+        self.total = total
+        self.objects = objects or {}
+        self.functions = functions or {}
+
+    def less(self, nothing, repetitions):
+        return Count((self.total - nothing.total) / repetitions,
+                     {name: cost / repetitions for name, cost in self.objects.items()},
+                     {name: cost / repetitions for name, cost in self.functions.items()})
+
+
+def read_callgrind(path):
+    """The own costs, without those of called functions, of one dump."""
+    names = {}
+
+    def name(text):
+        number, _, given = text.partition(" ")
+        if given:
+            names[number] = given
+        return names.get(number, number)
+
+    objects, functions, total = {}, {}, 0
+    place = {"ob": "", "fn": ""}
+    is_of_callee = False
+    for line in path.read_text().splitlines():
+        key, _, value = line.partition("=")
+        if key in ("ob", "fn"):
+            place[key] = name(key + value)
+        elif key in ("cob", "cfn"):
+            name(key[1:] + value)
+        elif key == "calls":
+            is_of_callee = True
+        elif re.match(r"[0-9+*-]+ \d+$", line):
+            cost = 0 if is_of_callee else int(line.split()[1])
+            is_of_callee = False
+            total += cost
+            library = pathlib.Path(place["ob"]).name
+            objects[library] = objects.get(library, 0) + cost
+            function = (library, place["fn"])
+            functions[function] = functions.get(function, 0) + cost
+    return Count(total, objects, functions)
+
+
+def count_with_callgrind(program):
+    with tempfile.TemporaryDirectory() as folder:
+        run = subprocess.run(
+            ["valgrind", "-q", "--tool=callgrind", "--toggle-collect=measured", "--dump-after=measured",
+             f"--callgrind-out-file={folder}/count", program],
+            env=ENVIRONMENT, stdout=subprocess.PIPE, check=True, text=True)
+        lines = run.stdout.splitlines()
+        return lines, [read_callgrind(pathlib.Path(f"{folder}/count.{number + 1}")) for number in range(len(lines))]
+
+
+def count_with_emulator(program, plugin, emulator):
+    run = subprocess.run([*emulator, "-E", "LD_BIND_NOW=1", "-plugin", plugin, program],
+                         stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=True, text=True)
+    # What was executed before each beginning, and then between beginning and end.
+    return run.stdout.splitlines(), [Count(int(line)) for line in run.stderr.split()[1::2]]
+
+
+def count(program, plugin=None, emulator=()):
+    """{operation: Count for one time}"""
+    lines, counts = count_with_emulator(program, plugin, emulator) if plugin else count_with_callgrind(program)
+    if len(lines) != len(counts):
+        sys.exit(f"{program} carried out {len(lines)} operations, and {len(counts)} were counted")
+    measured = {}
+    for line, raw in zip(lines, counts):
+        name, repetitions = line.split()
+        measured[name] = raw if name.startswith("nothing.") else raw.less(measured[f"nothing.{repetitions}"],
+                                                                         int(repetitions))
+    return {name: value for name, value in measured.items() if not name.startswith("nothing.")}
+
+
+def read_budget(path):
+    """Processors in the order of the columns, and {operation: {processor: instructions}}."""
+    processors, budget = [], {}
+    for line in pathlib.Path(path).read_text().splitlines():
+        words = line.split()
+        if words[:2] == ["#", "operation"]:
+            processors = words[2:]
+        elif words and words[0] != "#":
+            budget[words[0]] = {processor: int(word) for processor, word in zip(processors, words[1:])
+                                if word != "-"}
+    return processors, budget
+
+
+def write_budget(path, processors, budget):
+    comments = [line for line in pathlib.Path(path).read_text().splitlines()
+                if line.startswith("#") and not line.startswith("# operation")]
+    rows = [["# operation", *processors]]
+    rows += [[name, *(str(row.get(processor, "-")) for processor in processors)] for name, row in budget.items()]
+    text = [f"{row[0]:<36}" + "".join(f"{word:>10}" for word in row[1:]) for row in rows]
+    pathlib.Path(path).write_text("\n".join([*comments, *text]) + "\n")
+
+
+def is_budgeted(name):
+    return not name.startswith(("floor.", "checked-floor."))
+
+
+def over_budget(counts, budget, processor):
+    """What is wrong, line by line."""
+    for name, row in budget.items():
+        if name not in counts:
+            yield f"{name} has a budget, and there is no such operation"
+    for name in filter(is_budgeted, counts):
+        allowed = budget.get(name, {}).get(processor)
+        taken = round(counts[name].total)
+        if allowed is None:
+            yield f"{name} takes {taken} instructions on {processor} and has no budget"
+        elif taken > allowed * (1 + MARGIN):
+            yield (f"{name} takes {taken} instructions on {processor}: {100 * taken / allowed - 100:.1f} % more than "
+                   f"its budget of {allowed}")
+
+
+def is_off(value, expected, tolerance):
+    return abs(value - expected) > tolerance * expected
+
+
+def uneven(counts):
+    """Costs that have to be constant or linear and are not, line by line."""
+    observed = "tx.microwave-hz.observers-"
+    numbers = sorted(int(name[len(observed):]) for name in counts if name.startswith(observed))
+    none = counts[f"{observed}0"].total
+    each = {number: (counts[f"{observed}{number}"].total - none) / number for number in numbers if number}
+    for number, cost in each.items():
+        if is_off(cost, each[100], 0.1):
+            yield f"an observer costs {cost:.1f} instructions among {number}, and {each[100]:.1f} among 100"
+    alone = counts["tx.microwave-hz"].total
+    for channels in (8, 64):
+        cost = counts[f"tx.microwave-hz.channel-{channels}"].total
+        if is_off(cost, alone, 0.01):
+            yield f"a frequency change takes {cost:.0f} instructions among {channels} channels, and {alone:.0f} alone"
+    # The platform finds names in maps, whose depth grows by one when the channels double; the library does not grow.
+    one = counts["boot.1"]
+    for channels in (2, 4, 8, 16, 32, 64):
+        boot = counts[f"boot.{channels}"]
+        most = one.total * (1 + 0.08 * math.log2(channels))
+        if boot.total / channels > most:
+            yield (f"the boot of {channels} channels takes {boot.total / channels:.0f} instructions for each; "
+                   f"{most:.0f} would still be linear")
+        if is_off(own(boot) / channels, own(one), 0.02):
+            yield (f"the library's part of the boot of {channels} channels takes {own(boot) / channels:.0f} instructions "
+                   f"for each, and {own(one):.0f} for one alone")
+
+
+def own(value):
+    """Instructions inside the library; 0 where that is not known."""
+    return sum(cost for name, cost in value.objects.items() if name.startswith("libFrequencyHandler"))
+
+
+def main(arguments):
+    if len(arguments) < 4 or arguments[0] not in ("check", "record"):
+        sys.exit(__doc__)
+    action, path, processor, program, *rest = arguments
+    counts = count(program, rest[1], rest[2:]) if rest else count(program)
+    processors, budget = read_budget(path)
+    if action == "record":
+        names = list(filter(is_budgeted, counts))
+        rows = {name: {**budget.get(name, {}), processor: round(counts[name].total)} for name in names}
+        write_budget(path, processors if processor in processors else [*processors, processor], rows)
+        return 0
+    wrong = [*over_budget(counts, budget, processor), *uneven(counts)]
+    for line in wrong:
+        print(line)
+    if not wrong:
+        print(f"{len(counts)} operations counted, all within their budgets")
+    return 1 if wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
