@@ -16,7 +16,7 @@ int main(int count, char** arguments) {
             const std::string text(std::istreambuf_iterator<char>(stream), {});
             // Said before, so that the last line names the file of a crash.
             std::printf("%s\n", file.path().filename().c_str());
-            std::fflush(stdout);
+            static_cast<void>(std::fflush(stdout));
             LLVMFuzzerTestOneInput(reinterpret_cast<const unsigned char*>(text.data()), text.size());
             ++replayed;
         }

@@ -3,10 +3,13 @@
 #include "CsvFile.h"
 #include "Rules.h"
 #include "calibration/ResultFile.h"
+#include "standalone/Interpolation.h"
 #include "tables/Lint.h"
+#include "tables/Lookup.h"
 #include "tables/TableFile.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <sstream>
 
@@ -24,6 +27,24 @@ bool ascends(const std::vector<std::int32_t>& axis) {
     return std::adjacent_find(axis.begin(), axis.end(), std::greater_equal<>()) == axis.end();
 }
 
+/** Points at which a table may be asked, whether it has nodes there or not. */
+std::vector<std::int32_t> probesOf(const std::vector<std::int32_t>& axis) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    const std::int64_t middle = (std::int64_t{axis.front()} + axis.back()) / 2;
+    return {Limits::min(), axis.front(), static_cast<std::int32_t>(middle), axis.back(), Limits::max()};
+}
+
+void requireSameValues(const CalibrationTable& table) {
+    for (const std::int32_t x1 : probesOf(table.axis1)) {
+        for (const std::int32_t x2 : probesOf(table.axis2)) {
+            Fuzz::require(
+                Tables::lookUp(table, x1, x2).value.rounded() ==
+                    Standalone::Interpolation::bilinear(table.axis1, table.axis2, table.values, x1, x2),
+                "what radioctl tables why explains is what the platform answers");
+        }
+    }
+}
+
 void requireTables(const CsvFile& csv, std::string_view text) {
     for (const std::string& column : csv.columns()) {
         Fuzz::accepts(fileName, text, [&] {
@@ -32,6 +53,7 @@ void requireTables(const CsvFile& csv, std::string_view text) {
             Fuzz::require(ascends(table.axis1) && ascends(table.axis2), "axes ascend", text);
             Fuzz::require(table.values.size() == table.axis1.size() * table.axis2.size(),
                           "every node has a value", text);
+            requireSameValues(table);
         });
     }
 }

@@ -1,0 +1,80 @@
+// A board and a script for it, with a line "~~~" between them: what radioctl run makes of any that can be
+// read.
+
+#include "JsonLine.h"
+#include "JsonReporter.h"
+#include "Rules.h"
+#include "Script.h"
+#include "Session.h"
+#include "TextReporter.h"
+
+#include <optional>
+#include <sstream>
+
+// The wrapper of a C observer lives as long as the process.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:IFrequencyHandler::registerObserver\n";
+}
+
+namespace {
+
+using namespace Radioctl;
+
+const std::string boardName = "radio.toml";
+const std::string scriptName = "radio.script";
+
+void run(const Board& board, const Script& script, Reporter& reporter) {
+    reporter.boardLoaded(board);
+    Session session(board, reporter, Standalone::TraceLevel::information);
+    session.boot();
+    for (const ScriptLine& line : script) {
+        if (!session.isOver()) {
+            session.execute(line);
+        }
+    }
+    reporter.summarised(session.finish(), 0);
+}
+
+void requireHarmlessLines(const std::string& text) {
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        Fuzz::require(Fuzz::isHarmless(line), "output has nothing in it that a terminal obeys", line);
+    }
+}
+
+void requireJsonLines(const std::string& text) {
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        Fuzz::require(Json::accept(line), "each line is one JSON value", line);
+    }
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    constexpr std::string_view separator = "\n~~~\n";
+    const std::size_t end = std::min(text.find(separator), text.size());
+    const std::string_view boardText = text.substr(0, end);
+    const std::string_view scriptText = text.substr(std::min(end + separator.size(), text.size()));
+    std::optional<Board> board;
+    if (!Fuzz::accepts(boardName, boardText, [&] {
+            board = readBoard(boardText, boardName, [](const auto&) { return std::nullopt; });
+        })) {
+        return 0;
+    }
+    Script script;
+    if (Fuzz::accepts(scriptName, scriptText,
+                      [&] { script = readScript(scriptText, scriptName, CommandCheck(*board)); })) {
+        std::ostringstream shown;
+        TextReporter people(shown, {});
+        run(*board, script, people);
+        requireHarmlessLines(shown.str());
+        std::ostringstream told;
+        JsonReporter programs(told, true);
+        run(*board, script, programs);
+        requireJsonLines(told.str());
+    }
+    return 0;
+}
