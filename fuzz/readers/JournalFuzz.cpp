@@ -36,7 +36,8 @@ bool isSame(const JournalContent& a, const JournalContent& b) {
 void requireRules(const JournalContent& content, const std::string& text) {
     Fuzz::require(content.size > 0 && content.size <= text.size(), "what can be used is part of the file",
                   text);
-    Fuzz::require(text[content.size - 1] == '\n', "what can be used ends with a line", text);
+    const auto size = static_cast<std::size_t>(content.size);
+    Fuzz::require(text[size - 1] == '\n', "what can be used ends with a line", text);
     for (const auto& [point, probes] : content.probes) {
         const auto& [temperature, frequency] = point;
         const Settings& settings = content.header.settings;
@@ -46,7 +47,7 @@ void requireRules(const JournalContent& content, const std::string& text) {
             "probes are of points of the calibration", text);
     }
     // A calibration that goes on cuts off what cannot be used, and must find what was there before.
-    Fuzz::require(isSame(read(text.substr(0, content.size)), content), "what is cut off was nothing", text);
+    Fuzz::require(isSame(read(text.substr(0, size)), content), "what is cut off was nothing", text);
     requireSameCalibration(content.header, content.header, fileName);
 }
 

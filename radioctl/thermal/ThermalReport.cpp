@@ -52,8 +52,8 @@ std::uint64_t unchangedIn(const Moment& moment) {
 
 std::string temperatureSpan(const ThermalLog& log) {
     const auto [coldest, hottest] =
-        std::minmax_element(log.begin(), log.end(), [](const Sample& one, const Sample& other) {
-            return one.degrees < other.degrees;
+        std::minmax_element(log.begin(), log.end(), [](const Sample& left, const Sample& right) {
+            return left.degrees < right.degrees;
         });
     return std::to_string(coldest->degrees) + " to " + std::to_string(hottest->degrees) + " degrees";
 }

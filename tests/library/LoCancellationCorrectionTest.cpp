@@ -4,8 +4,6 @@
 
 namespace {
 
-constexpr const char* tableI = "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I";
-constexpr const char* tableQ = "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.Q";
 constexpr const char* complaintAboutI = "error: Unable to fetch value from table "
                                         "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I "
                                         "(ECHResult = 0x8024)";

@@ -6,9 +6,6 @@ using Standalone::Presence;
 
 namespace {
 
-constexpr const char* tableI = "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I";
-constexpr const char* tableQ = "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.Q";
-
 class LoCancellationSetupTest : public MicrowaveRadioTest {
 protected:
     /** Has the board the coarse DC drivers and the detectors of two ranges in the place of the usual ones. */

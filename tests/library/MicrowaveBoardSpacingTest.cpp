@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr unsigned long carrier = 18'000'250;
-
 class MicrowaveBoardSpacingTest : public MicrowaveRadioTest {
 protected:
     /** What a receiver with offset array writes: DSP offset, LO in Hz (half the carrier), charge pump. */

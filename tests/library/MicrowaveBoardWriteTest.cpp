@@ -11,17 +11,17 @@ protected:
     using Module = ::FrequencyHandler;
 
     /** What a module of `type` writes for a new transmit carrier. */
-    Lines writesOfTransmitter(Module::FrequencyHandlerType type, unsigned long carrier) {
+    Lines writesOfTransmitter(Module::FrequencyHandlerType type, unsigned long frequency) {
         Module module(1, type);
         boot();
-        EXPECT_EQ(module.setTxFrequency(carrier), ResultOk);
+        EXPECT_EQ(module.setTxFrequency(frequency), ResultOk);
         return writes();
     }
     /** What a module of `type` writes for a new receive carrier. */
-    Lines writesOfReceiver(Module::FrequencyHandlerType type, unsigned long carrier) {
+    Lines writesOfReceiver(Module::FrequencyHandlerType type, unsigned long frequency) {
         Module module(1, type);
         boot();
-        EXPECT_EQ(module.setRxFrequency(carrier), ResultOk);
+        EXPECT_EQ(module.setRxFrequency(frequency), ResultOk);
         return writes();
     }
     using MicrowaveRadioTest::boot;
@@ -35,8 +35,7 @@ private:
     }
 };
 
-constexpr unsigned long carrier = 18'000'250;
-constexpr const char* chargePumpTable = "Channel.1.Rx.Rf.Pll.Frequency.To.Chargepump.Setting";
+constexpr const char* receiveChargePumpTable = "Channel.1.Rx.Rf.Pll.Frequency.To.Chargepump.Setting";
 
 } // namespace
 
@@ -194,7 +193,7 @@ TEST_F(MicrowaveBoardWriteTest, HighestCarrierIsWrittenLikeAnyOther) {
 
 TEST_F(MicrowaveBoardWriteTest, FailedLookupWritesTheChargePumpValueThatItLeft) {
     Board& board = boot("Rx", plainBoard);
-    platform.calls().inject({Operation::tableLinear, chargePumpTable, 0x8021, {}, 77});
+    platform.calls().inject({Operation::tableLinear, receiveChargePumpTable, 0x8021, {}, 77});
     EXPECT_EQ(board.writeFrequencyToHW(carrier), ResultOk);
     EXPECT_EQ(writes().back(), "channel.1.rx.rf.pll.config=77");
     EXPECT_EQ(complaints(),
@@ -206,13 +205,13 @@ TEST_F(MicrowaveBoardWriteTest, FailedLookupThatLeftNothingWritesZero) {
     Board& board = boot("Rx", plainBoard);
     board.writeFrequencyToHW(carrier);
     forget();
-    fail(Operation::tableLinear, chargePumpTable, 0x8021);
+    fail(Operation::tableLinear, receiveChargePumpTable, 0x8021);
     EXPECT_EQ(board.writeFrequencyToHW(carrier), ResultOk);
     EXPECT_EQ(writes().back(), "channel.1.rx.rf.pll.config=0"); // not the value of the write before
 }
 
 TEST_F(MicrowaveBoardWriteTest, MissingTableIsReportedAtEveryWrite) {
-    takeAwayTable(chargePumpTable);
+    takeAwayTable(receiveChargePumpTable);
     Board& board = boot("Rx", plainBoard);
     EXPECT_EQ(board.writeFrequencyToHW(carrier), ResultOk);
     EXPECT_EQ(board.writeFrequencyToHW(carrier), ResultOk);
@@ -232,7 +231,7 @@ TEST_F(MicrowaveBoardWriteTest, BoardWithLoConfigurationHasNoChargePumpToWrite) 
 TEST_F(MicrowaveBoardWriteTest, WithoutDriversOnlyTheTableIsRead) {
     platform.setPresence("IDriverLayer", Standalone::Presence::absent);
     EXPECT_EQ(boot("Rx", withIf).writeFrequencyToHW(carrier), ResultOk);
-    EXPECT_EQ(calls(), (Lines{std::string("table-linear ") + chargePumpTable}));
+    EXPECT_EQ(calls(), (Lines{std::string("table-linear ") + receiveChargePumpTable}));
     EXPECT_EQ(complaints(), Lines{});
 }
 

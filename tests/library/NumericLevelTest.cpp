@@ -13,9 +13,7 @@ using Standalone::Presence;
 
 namespace {
 
-constexpr unsigned long carrier = 18'000'250;
-constexpr const char* chargePumpTable = "Channel.1.Tx.Rf.Pll.Frequency.To.Chargepump.Setting";
-constexpr const char* tableI = "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I";
+constexpr const char* transmitChargePumpTable = "Channel.1.Tx.Rf.Pll.Frequency.To.Chargepump.Setting";
 
 class NumericLevelTest : public CalibrationTest {
 protected:
@@ -245,7 +243,7 @@ TEST_F(NumericLevelTest, ResultThatCouldNotBeSetIsAnErrorAfterThatOfTheWrite) {
 }
 
 TEST_F(NumericLevelTest, FailedChargePumpLookupIsAnError) {
-    fail(Operation::tableLinear, chargePumpTable, 0x8134);
+    fail(Operation::tableLinear, transmitChargePumpTable, 0x8134);
     EXPECT_EQ(boot("Tx", plainBoard).writeFrequencyToHW(carrier), ResultOk);
     EXPECT_EQ(leveled, (Lines{"0x8000: Unable to fetch value from table "
                               "Channel.1.Tx.Rf.Pll.Frequency.To.Chargepump.Setting (ECHResult = 0x8134)"}));

@@ -156,53 +156,53 @@ TEST_F(FaultTest, FaultsWorkWithoutRecording) {
 }
 
 // One call of each operation, with a fault on its object.
-constexpr std::int32_t told = 0x8123;
+constexpr std::int32_t toldCode = 0x8123;
 
 TEST_F(FaultTest, DriverLookupCanBeToldToFail) {
     DriverInterface* found = &other;
-    fail(Operation::driverLookup, "lo", told);
-    EXPECT_EQ(lookUpDriver(&found, "lo"), told);
+    fail(Operation::driverLookup, "lo", toldCode);
+    EXPECT_EQ(lookUpDriver(&found, "lo"), toldCode);
     EXPECT_EQ(found, &other);
 }
 
 TEST_F(FaultTest, BufferWriteCanBeToldToFail) {
-    fail(Operation::driverWriteBuffer, "lo", told);
-    EXPECT_EQ(lo.writeBuffer(lo.context, "x", 1), told);
+    fail(Operation::driverWriteBuffer, "lo", toldCode);
+    EXPECT_EQ(lo.writeBuffer(lo.context, "x", 1), toldCode);
     EXPECT_EQ(value(), 0);
 }
 
 TEST_F(FaultTest, PublishingCanBeToldToFail) {
     IInterface thing;
-    fail(Operation::brokerRegister, "IThing", told);
-    EXPECT_EQ(InterfaceBroker::getInstance().registerInterface("IThing", &thing), told);
+    fail(Operation::brokerRegister, "IThing", toldCode);
+    EXPECT_EQ(InterfaceBroker::getInstance().registerInterface("IThing", &thing), toldCode);
     EXPECT_EQ(InterfaceBroker::getInstance().findInterface("IThing"), nullptr);
 }
 
 TEST_F(FaultTest, WithdrawingCanBeToldToFail) {
-    fail(Operation::brokerUnregister, "IDriverLayer", told);
-    EXPECT_EQ(InterfaceBroker::getInstance().unregisterInterface("IDriverLayer", nullptr), told);
+    fail(Operation::brokerUnregister, "IDriverLayer", toldCode);
+    EXPECT_EQ(InterfaceBroker::getInstance().unregisterInterface("IDriverLayer", nullptr), toldCode);
     EXPECT_NE(InterfaceBroker::getInstance().findInterface("IDriverLayer"), nullptr);
 }
 
 TEST_F(FaultTest, LookupToldToFailFindsNothing) {
-    fail(Operation::brokerLookup, "IDriverLayer", told, 1);
+    fail(Operation::brokerLookup, "IDriverLayer", toldCode, 1);
     EXPECT_EQ(InterfaceBroker::getInstance().findInterface("IDriverLayer"), nullptr);
-    EXPECT_EQ(calls().journal().back().code, told);
+    EXPECT_EQ(calls().journal().back().code, toldCode);
     EXPECT_NE(InterfaceBroker::getInstance().findInterface("IDriverLayer"), nullptr);
 }
 
 TEST_F(FaultTest, CViewOfTheBrokerCanBeToldToFail) {
     void* handle = &lo;
     void* record = &lo;
-    fail(Operation::brokerOpen, "", told, 1);
-    EXPECT_EQ(CInterfaceBroker_GetInstance(&handle), told);
+    fail(Operation::brokerOpen, "", toldCode, 1);
+    EXPECT_EQ(CInterfaceBroker_GetInstance(&handle), toldCode);
     EXPECT_EQ(handle, nullptr);
     CInterfaceBroker_GetInstance(&handle);
-    fail(Operation::brokerGet, "IDriverLayer", told);
-    EXPECT_EQ(CInterfaceBroker_GetInterface(handle, "IDriverLayer", &record), told);
+    fail(Operation::brokerGet, "IDriverLayer", toldCode);
+    EXPECT_EQ(CInterfaceBroker_GetInterface(handle, "IDriverLayer", &record), toldCode);
     EXPECT_EQ(record, nullptr);
-    fail(Operation::brokerClose, "", told);
-    EXPECT_EQ(CInterfaceBroker_DestroyInstance(handle), told);
+    fail(Operation::brokerClose, "", toldCode);
+    EXPECT_EQ(CInterfaceBroker_DestroyInstance(handle), toldCode);
     EXPECT_EQ(platform.interfaces().openHandles(), 1U);
 }
 
@@ -210,29 +210,29 @@ constexpr std::array<unsigned long, 1> phase11{11};
 
 TEST_F(FaultTest, ModuleRegistrationCanBeToldToFail) {
     ModuleInterface module(1, "Module", 0, 0, phase11.data(), 1);
-    fail(Operation::moduleRegister, "Module", told);
-    EXPECT_EQ(CModuleManager::GetInstance().RegisterModule(&module), told);
+    fail(Operation::moduleRegister, "Module", toldCode);
+    EXPECT_EQ(CModuleManager::GetInstance().RegisterModule(&module), toldCode);
     EXPECT_EQ(platform.modules().moduleCount(), 0U);
 }
 
 TEST_F(FaultTest, ModuleUnregistrationCanBeToldToFail) {
     ModuleInterface module(1, "Module", 0, 0, phase11.data(), 1);
     CModuleManager::GetInstance().RegisterModule(&module);
-    fail(Operation::moduleUnregister, "Module", told);
-    EXPECT_EQ(CModuleManager::GetInstance().UnRegisterModule(&module), told);
+    fail(Operation::moduleUnregister, "Module", toldCode);
+    EXPECT_EQ(CModuleManager::GetInstance().UnRegisterModule(&module), toldCode);
     EXPECT_EQ(platform.modules().moduleCount(), 1U);
 }
 
 TEST_F(FaultTest, CViewOfTheModuleManagerCanBeToldToFail) {
     ModuleCallbackRecord record{nullptr, [](void*, unsigned long, ECallbackPriority) { return ResultOk; }};
-    fail(Operation::moduleRegisterC, "Module", told, 1);
-    EXPECT_EQ(CModuleManager_RegisterModule(1, "Module"), told);
+    fail(Operation::moduleRegisterC, "Module", toldCode, 1);
+    EXPECT_EQ(CModuleManager_RegisterModule(1, "Module"), toldCode);
     EXPECT_EQ(platform.modules().moduleCount(), 0U);
     CModuleManager_RegisterModule(1, "Module");
-    fail(Operation::callbackRegister, "callback", told);
+    fail(Operation::callbackRegister, "callback", toldCode);
     EXPECT_EQ(CModuleManager_RegisterCallback(1, "callback", 1, &record, ECallbackPriority{3}, 0,
                                               phase11.data(), 1),
-              told);
+              toldCode);
     EXPECT_THAT(platform.modules().run(11).steps, IsEmpty());
 }
 
@@ -240,10 +240,10 @@ TEST_F(FaultTest, VariableLookupsCanBeToldToFail) {
     platform.variables().add("HwCodeDsp", {1});
     StorageVariable* record = nullptr;
     void* address = nullptr;
-    fail(Operation::variableGet, "HwCodeDsp", told);
-    fail(Operation::variableAddress, "HwCodeDsp", told);
-    EXPECT_EQ(CStorageManager_GetVariableByName("HwCodeDsp", &record), told);
-    EXPECT_EQ(CStorageManager_GetVariableContentAddressByName("HwCodeDsp", &address, 0), told);
+    fail(Operation::variableGet, "HwCodeDsp", toldCode);
+    fail(Operation::variableAddress, "HwCodeDsp", toldCode);
+    EXPECT_EQ(CStorageManager_GetVariableByName("HwCodeDsp", &record), toldCode);
+    EXPECT_EQ(CStorageManager_GetVariableContentAddressByName("HwCodeDsp", &address, 0), toldCode);
     EXPECT_EQ(record, nullptr);
     EXPECT_EQ(address, nullptr);
 }
@@ -251,8 +251,8 @@ TEST_F(FaultTest, VariableLookupsCanBeToldToFail) {
 TEST_F(FaultTest, TableLookupCanBeToldToFail) {
     platform.tables().add({"Line", {0}, {}, {1}});
     CalibrationTableHandle handle = nullptr;
-    fail(Operation::tableLookup, "Line", told);
-    EXPECT_EQ(CCalibrationHandler_GetTable("Line", &handle), told);
+    fail(Operation::tableLookup, "Line", toldCode);
+    EXPECT_EQ(CCalibrationHandler_GetTable("Line", &handle), toldCode);
     EXPECT_EQ(handle, nullptr);
 }
 
@@ -260,25 +260,25 @@ TEST_F(FaultTest, InterpolationsCanBeToldToFail) {
     CalibrationTable& line = platform.tables().add({"Line", {0}, {}, {1}});
     CalibrationTable& plane = platform.tables().add({"Plane", {0}, {0}, {1}});
     int y = 77;
-    fail(Operation::tableLinear, "Line", told);
-    fail(Operation::tableBilinear, "Plane", told);
-    EXPECT_EQ(CCalibrationTable_LinearInterpolate(&line, 0, &y), told);
-    EXPECT_EQ(CCalibrationTable_BiLinearInterpolate(&plane, 0, 0, &y), told);
+    fail(Operation::tableLinear, "Line", toldCode);
+    fail(Operation::tableBilinear, "Plane", toldCode);
+    EXPECT_EQ(CCalibrationTable_LinearInterpolate(&line, 0, &y), toldCode);
+    EXPECT_EQ(CCalibrationTable_BiLinearInterpolate(&plane, 0, 0, &y), toldCode);
     EXPECT_EQ(y, 77);
 }
 
 TEST_F(FaultTest, FailedInterpolationCanLeaveAValueBehind) {
     CalibrationTable& line = platform.tables().add({"Line", {0}, {}, {1}});
     int y = 77;
-    calls().inject({Operation::tableLinear, "Line", told, std::nullopt, 5});
-    EXPECT_EQ(CCalibrationTable_LinearInterpolate(&line, 0, &y), told);
+    calls().inject({Operation::tableLinear, "Line", toldCode, std::nullopt, 5});
+    EXPECT_EQ(CCalibrationTable_LinearInterpolate(&line, 0, &y), toldCode);
     EXPECT_EQ(y, 5);
 }
 
 TEST_F(FaultTest, TemperatureRegistrationCanBeToldToFail) {
     ITemperatureObserver observer{nullptr, [](void*, int) {}};
-    fail(Operation::temperatureRegister, "ITemperatureHandler", told);
-    EXPECT_EQ(ITemperatureHandler::registerObserver(&observer), told);
+    fail(Operation::temperatureRegister, "ITemperatureHandler", toldCode);
+    EXPECT_EQ(ITemperatureHandler::registerObserver(&observer), toldCode);
     EXPECT_EQ(platform.temperature().observerCount(), 0U);
 }
 

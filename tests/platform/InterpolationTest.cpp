@@ -108,19 +108,19 @@ TEST(LinearTest, WholeIntRangeDoesNotOverflow) {
 // Values 0, 100 along axis 2 at node 0 of axis 1, and 10, 110 at node 10.
 const Numbers axis1{0, 10};
 const Numbers axis2{0, 100};
-const Numbers plane{0, 100, 10, 110};
+const Numbers cell{0, 100, 10, 110};
 
 TEST(BilinearTest, NodesGiveTheirOwnValuesWithAxis2RunningFastest) {
-    EXPECT_EQ(bilinear(axis1, axis2, plane, 0, 0), 0);
-    EXPECT_EQ(bilinear(axis1, axis2, plane, 0, 100), 100);
-    EXPECT_EQ(bilinear(axis1, axis2, plane, 10, 0), 10);
-    EXPECT_EQ(bilinear(axis1, axis2, plane, 10, 100), 110);
+    EXPECT_EQ(bilinear(axis1, axis2, cell, 0, 0), 0);
+    EXPECT_EQ(bilinear(axis1, axis2, cell, 0, 100), 100);
+    EXPECT_EQ(bilinear(axis1, axis2, cell, 10, 0), 10);
+    EXPECT_EQ(bilinear(axis1, axis2, cell, 10, 100), 110);
 }
 
 TEST(BilinearTest, BetweenNodesBothAxesCount) {
-    EXPECT_EQ(bilinear(axis1, axis2, plane, 4, 0), 4);
-    EXPECT_EQ(bilinear(axis1, axis2, plane, 0, 40), 40);
-    EXPECT_EQ(bilinear(axis1, axis2, plane, 3, 70), 73);
+    EXPECT_EQ(bilinear(axis1, axis2, cell, 4, 0), 4);
+    EXPECT_EQ(bilinear(axis1, axis2, cell, 0, 40), 40);
+    EXPECT_EQ(bilinear(axis1, axis2, cell, 3, 70), 73);
 }
 
 TEST(BilinearTest, ProductTermCounts) {
@@ -135,11 +135,11 @@ TEST(BilinearTest, InnerCellUsesItsOwnFourNodes) {
 }
 
 TEST(BilinearTest, EachAxisIsClampedByItself) {
-    EXPECT_EQ(bilinear(axis1, axis2, plane, -5, 40), 40);
-    EXPECT_EQ(bilinear(axis1, axis2, plane, 99, 40), 50);
-    EXPECT_EQ(bilinear(axis1, axis2, plane, 4, -1), 4);
-    EXPECT_EQ(bilinear(axis1, axis2, plane, 4, 101), 104);
-    EXPECT_EQ(bilinear(axis1, axis2, plane, highest, lowest), 10);
+    EXPECT_EQ(bilinear(axis1, axis2, cell, -5, 40), 40);
+    EXPECT_EQ(bilinear(axis1, axis2, cell, 99, 40), 50);
+    EXPECT_EQ(bilinear(axis1, axis2, cell, 4, -1), 4);
+    EXPECT_EQ(bilinear(axis1, axis2, cell, 4, 101), 104);
+    EXPECT_EQ(bilinear(axis1, axis2, cell, highest, lowest), 10);
 }
 
 TEST(BilinearTest, SingleNodeAxesAreAllowed) {

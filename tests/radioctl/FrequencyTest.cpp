@@ -9,7 +9,7 @@
 namespace Radioctl {
 namespace {
 
-std::string complaintAbout(const std::string& number, const std::string& unit = "") {
+std::string complaintAboutFrequency(const std::string& number, const std::string& unit = "") {
     try {
         parseFrequency(number, unit);
     } catch (const CommandError& error) {
@@ -48,14 +48,16 @@ TEST(Frequency, IgnoresZerosBehindTheLastPlace) {
 }
 
 TEST(Frequency, RefusesFractionOfAKhz) {
-    EXPECT_EQ(complaintAbout("7442000.5"), "\"7442000.5\" has a fraction of a kHz, expected whole kHz");
-    EXPECT_EQ(complaintAbout("7442.0005", "MHz"),
+    EXPECT_EQ(complaintAboutFrequency("7442000.5"),
+              "\"7442000.5\" has a fraction of a kHz, expected whole kHz");
+    EXPECT_EQ(complaintAboutFrequency("7442.0005", "MHz"),
               "\"7442.0005 MHz\" has a fraction of a kHz, expected whole kHz");
 }
 
 TEST(Frequency, RefusesMoreThan32Bits) {
-    EXPECT_EQ(complaintAbout("4294967296"), "\"4294967296\" is too high, expected at most 4294967295 kHz");
-    EXPECT_EQ(complaintAbout("99999999999999999999", "GHz"),
+    EXPECT_EQ(complaintAboutFrequency("4294967296"),
+              "\"4294967296\" is too high, expected at most 4294967295 kHz");
+    EXPECT_EQ(complaintAboutFrequency("99999999999999999999", "GHz"),
               "\"99999999999999999999 GHz\" is too high, expected at most 4294967295 kHz");
 }
 
@@ -64,12 +66,12 @@ TEST(Frequency, RefusesWhatIsNoNumber) {
         " is not a frequency, expected a decimal number of kHz, or with kHz, MHz or GHz";
     for (const char* const word :
          {"high", "-7442", "7442.", ".5", "7.4.4", "", "7,442", "+5", "0xFFFFFFFF", "1e6", "7THz"}) {
-        EXPECT_EQ(complaintAbout(word), "\"" + std::string(word) + "\"" + expected);
+        EXPECT_EQ(complaintAboutFrequency(word), "\"" + std::string(word) + "\"" + expected);
     }
 }
 
 TEST(Frequency, RefusesUnknownUnit) {
-    EXPECT_EQ(complaintAbout("7", "THz"), "unknown unit \"THz\", expected kHz, MHz or GHz");
+    EXPECT_EQ(complaintAboutFrequency("7", "THz"), "unknown unit \"THz\", expected kHz, MHz or GHz");
 }
 
 } // namespace

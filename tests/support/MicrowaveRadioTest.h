@@ -15,6 +15,11 @@ struct BoardFlags {
     bool loFrequencyInHz;
 };
 
+/** A carrier, in kHz, that needs every step of a microwave board. */
+constexpr unsigned long carrier = 18'000'250;
+constexpr const char* tableI = "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I";
+constexpr const char* tableQ = "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.Q";
+
 /**
  * A test on the healthy microwave radio of channel 1: whatever its handlers and its canceller may ask for is
  * there, apart from what boards have instead of something else (the LO configuration driver, the coarse DC
