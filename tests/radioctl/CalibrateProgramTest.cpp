@@ -223,9 +223,10 @@ TEST_F(CalibrateProgramTest, KilledAtAnyMomentAndResumedGivesTheSameTables) {
     for (int round = 0; round < 4; ++round) {
         std::vector<std::string> options = {"--real-time", "--settle-time", "1", "--restart"};
         Ending ending{-SIGKILL, {}, {}};
-        while (ending.exitCode == -SIGKILL) {
-            ending =
-                interruptAfter(std::chrono::milliseconds(10 + random() % 200), SIGKILL, arguments(options));
+        // Later and later, so that it gets through on a slow machine as well.
+        for (unsigned longest = 200; ending.exitCode == -SIGKILL; longest += 50) {
+            ending = interruptAfter(std::chrono::milliseconds(10 + random() % longest), SIGKILL,
+                                    arguments(options));
             kills += ending.exitCode == -SIGKILL ? 1 : 0;
             options.back() = isThere(journal) ? "--resume" : "--restart";
         }
