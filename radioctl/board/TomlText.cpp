@@ -40,65 +40,44 @@ void refuseDeepKeys(const std::vector<std::string_view>& lines, const std::strin
     }
 }
 
-/** A mark of quotation in the middle of a word begins nothing. */
-bool beginsString(std::string_view text, std::size_t position) {
-    constexpr std::string_view before = " \t\n=[{,.";
-    const bool isMark = text[position] == '"' || text[position] == '\'';
-    return isMark && (position == 0 || before.find(text[position - 1]) != std::string_view::npos);
-}
-
-bool isForeign(std::string_view text, std::size_t position) {
-    return position < text.size() && static_cast<unsigned char>(text[position]) >= 0x80;
+bool isForeign(char character) {
+    return static_cast<unsigned char>(character) >= 0x80;
 }
 
 /**
- * Where the string that begins at `begin` is over; one that is not closed ends with its line, or with the
- * text. A character beyond ASCII behind an escape ends it as well.
+ * Where a backslash joins lines of a string, the parser asks of the first character of the next one whether
+ * it is a blank, in a way that is undefined for most of those beyond ASCII.
  */
-std::size_t endOfString(std::string_view text, std::size_t begin) {
-    const std::string marks(text.substr(begin, 3) == std::string(3, text[begin]) ? 3 : 1, text[begin]);
-    const bool hasLines = marks.size() == 3;
-    std::size_t position = begin + marks.size();
-    while (position < text.size() && (hasLines || text[position] != '\n')) {
-        if (text.substr(position, marks.size()) == marks) {
-            // Up to two marks right before the closing ones belong to the text.
-            const std::size_t longest = std::min(position + (hasLines ? 5 : 1), text.size());
-            return std::min(text.find_first_not_of(marks.front(), position), longest);
+void refuseForeignBehindJoin(std::string_view text, const std::string& file) {
+    for (std::size_t position = text.find('\\'); position < text.size();
+         position = text.find('\\', position + 1)) {
+        const std::size_t next = std::min(text.find_first_not_of(" \t\r\n", position + 1), text.size());
+        const std::string_view between = text.substr(position, next - position);
+        if (next < text.size() && isForeign(text[next]) && between.find('\n') != std::string_view::npos) {
+            const auto lines =
+                std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(next), '\n');
+            throw InputError({file, static_cast<unsigned>(lines) + 1},
+                             "begins with a character beyond ASCII, expected another one behind a backslash");
         }
-        if (text[position] == '\\' && marks.front() == '"') {
-            // Behind a backslash at the end of a line, blanks do not count.
-            const std::size_t behind = text.find_first_not_of(hasLines ? " \t\r\n" : "", position + 1);
-            if (isForeign(text, behind)) {
-                return behind;
-            }
-            position = std::max(position + 1, std::min(behind, text.size()) - 1);
-        }
-        ++position;
     }
-    return std::min(position, text.size());
 }
 
 /**
- * In some places the parser asks of a character beyond ASCII whether it is a blank, which for most of them is
- * undefined: outside of strings and comments, where TOML has none, and inside a string behind a backslash.
+ * The same in ASCII, line by line, with what has to be told apart still apart. What stands for other
+ * characters is right in the same places as they are: in strings and comments.
  */
-void refuseForeignCharacters(std::string_view text, const std::string& file) {
-    text = withoutByteOrderMark(text);
-    for (std::size_t position = 0; position < text.size();) {
-        if (isForeign(text, position)) {
-            const auto end = text.begin() + static_cast<std::ptrdiff_t>(position);
-            throw InputError(
-                {file, static_cast<unsigned>(std::count(text.begin(), end, '\n')) + 1},
-                "a character beyond ASCII, expected it inside quotation marks and not behind a backslash");
-        }
-        if (beginsString(text, position)) {
-            position = endOfString(text, position);
-        } else if (text[position] == '#') {
-            position = std::min(text.find('\n', position), text.size());
+std::string inAscii(std::string_view text) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string ascii;
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (isForeign(character)) {
+            ascii += {'?', digits[byte / 16U], digits[byte % 16U]};
         } else {
-            ++position;
+            ascii.append(character == '?' ? 2 : 1, character);
         }
     }
+    return ascii;
 }
 
 /** The parser's own words, without the beginning that most of them share. */
@@ -120,8 +99,16 @@ std::string whatIsWrong(const toml::parse_error& error, std::string_view line) {
 toml::table parseToml(std::string_view text, const std::string& name) {
     const std::vector<std::string_view> lines = linesOf(text);
     refuseDeepKeys(lines, name);
-    refuseForeignCharacters(text, name);
+    text = withoutByteOrderMark(text);
+    const bool hasForeign = std::any_of(text.begin(), text.end(), isForeign);
+    if (hasForeign) {
+        refuseForeignBehindJoin(text, name);
+    }
     try {
+        if (hasForeign) {
+            // Outside of strings and comments, too, the parser asks for blanks: this finds characters there.
+            static_cast<void>(toml::parse(inAscii(text), name));
+        }
         return toml::parse(text, name);
     } catch (const toml::parse_error& error) {
         const unsigned line = error.source().begin.line;

@@ -15,6 +15,13 @@ namespace {
 /** What is shown below a command stands here, behind the column of the numbers. */
 constexpr std::string_view indent = "     ";
 
+/** The command as it was written, with nothing in it that a terminal would obey. */
+std::string shown(const ScriptLine& line) {
+    std::string text = line.text;
+    std::replace(text.begin(), text.end(), '\t', ' ');
+    return harmless(text);
+}
+
 std::string channelList(const std::vector<unsigned>& channels) {
     return (channels.size() == 1 ? "channel " : "channels ") + numberList(channels);
 }
@@ -154,7 +161,7 @@ void TextReporter::booted(bool succeeded) {
 void TextReporter::commandStarted(const ScriptLine& line) {
     m_writes = 0;
     if (m_style.echo) {
-        m_out << "\n> " << line.text << "\n";
+        m_out << "\n> " << shown(line) << "\n";
     }
 }
 
@@ -211,9 +218,9 @@ void TextReporter::notified(const Notification& notification) {
 
 void TextReporter::judged(const ScriptLine& line, const Judgement& judgement) {
     if (judgement.held) {
-        m_out << "  held    " << line.text << "\n";
+        m_out << "  held    " << shown(line) << "\n";
     } else {
-        m_out << "  " << failure("FAILED") << "  " << line.text
+        m_out << "  " << failure("FAILED") << "  " << shown(line)
               << (line.place.file.empty() ? "" : "  (" + toString(line.place) + ")") << "\n          "
               << "expected " << judgement.expected << ", found " << judgement.found << "\n";
     }

@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr int silenceLimit = 10'000;
+constexpr int silenceLimit = 60'000;
 
 struct Pipe {
     Pipe() {

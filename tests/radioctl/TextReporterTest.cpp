@@ -55,6 +55,11 @@ TEST_F(TextReporterTest, ShowsTheSizeOfABufferWrite) {
     EXPECT_EQ(shownFor(call), "  1  driver <- 7442000000000 (8 bytes)\n");
 }
 
+TEST_F(TextReporterTest, CommandsAreShownWithNothingThatATerminalObeys) {
+    TextReporter(m_out, {}).commandStarted({{}, "quit\t# \x1b[2J", Action(Quit{})});
+    EXPECT_EQ(m_out.str(), "\n> quit # \\x1b[2J\n");
+}
+
 TEST_F(TextReporterTest, HidesLookupsThatWentWell) {
     Call call{};
     call.operation = Operation::driverLookup;
