@@ -23,12 +23,13 @@ constexpr std::array<std::int32_t, 8> channels{1, 1, 1, 0, 2, -1, 3, lowest};
 constexpr std::array<std::int32_t, 8> thresholds{4, 4, 4, 4, 3, 1, 0, 2};
 constexpr std::array<std::int32_t, 16> codes{0x8000, 0x8001, 0x8123, 0xFFFF, highest, 0x7FFF, 1,      256,
                                              2048,   -1,     lowest, 0,      0x8000,  0x8123, 0x8800, 3};
-constexpr std::array<std::int32_t, 16> spacings{50,  100, 125, 150, 200, 250, 300, 350,
-                                                400, 450, 500, 550, 600, 3000, 0,  7};
+constexpr std::array<std::int32_t, 16> spacings{50,  100, 125, 150, 200, 250,  300, 350,
+                                                400, 450, 500, 550, 600, 3000, 0,   7};
 constexpr std::array<std::int32_t, 16> remarkable{0,   1,    -1,     lowest, highest, 500,    499,     2,
                                                   250, 3000, 140000, 1000,   -140000, 999999, 4000000, -4000};
 const std::array<std::string, 6> directions{
-    "Tx", "Rx", "TX", "rx", "", "a-direction-with-a-long-name"};
+    "Tx", "Rx", "TX",
+    "rx", "",   "a-direction-with-a-name-that-is-longer-than-what-counts-of-the-names-of-interfaces"};
 
 std::int32_t anyNumber(Bytes& bytes) {
     const std::uint32_t how = bytes.byte();
@@ -59,7 +60,7 @@ bool endsWith(const std::string& text, const std::string& end) {
 /** Takes the bytes apart. */
 class Decoder {
 public:
-    Decoder(const std::uint8_t* bytes, std::size_t count) : m_bytes(bytes, count) {}
+    Decoder(const unsigned char* bytes, std::size_t count) : m_bytes(bytes, count) {}
 
     Told::Story story() {
         decodeBoard();
@@ -128,7 +129,9 @@ void Decoder::decodeException() {
     Board& board = m_story.board;
     const std::size_t what = m_bytes.below(13);
     const std::uint32_t how = m_bytes.byte();
-    const auto pick = [&](auto& list) -> auto& { return list[m_bytes.byte() % list.size()]; };
+    const auto pick = [&](auto& list) -> auto& {
+        return list[m_bytes.byte() % list.size()];
+    };
     const auto remove = [&](auto& list) {
         if (list.size() > 1) {
             list.erase(list.begin() + static_cast<std::ptrdiff_t>(m_bytes.byte() % list.size()));
@@ -265,7 +268,8 @@ void Decoder::decodeModuleStep() {
     case 8:
         return add({Do::moduleTemperature, {}, {slot, anyTemperature(m_bytes)}});
     default:
-        return add({Do::contextTemperature, {}, {m_bytes.below(3) != 0 ? slot : -1, anyTemperature(m_bytes)}});
+        return add(
+            {Do::contextTemperature, {}, {m_bytes.below(3) != 0 ? slot : -1, anyTemperature(m_bytes)}});
     }
 }
 
@@ -273,12 +277,13 @@ void Decoder::decodeHandlerStep() {
     const std::uint32_t how = m_bytes.byte();
     const std::int64_t channel = anyChannel();
     const std::string& direction = (how & 64U) != 0 ? m_bytes.oneOf(directions) : directions[how / 128U];
-    const std::string name = "IFrequencyHandler_" + direction + (channel != 0 ? "_" + std::to_string(channel) : "");
+    const std::string name = Told::handlerName(direction, channel);
     const std::int64_t slot = m_bytes.below(2) != 0 ? 1 : 0;
     switch (how % 16) {
     case 0:
     case 1:
-        return add({Do::makeHandler, direction,
+        return add({Do::makeHandler,
+                    direction,
                     {slot, static_cast<std::int64_t>(m_bytes.below(3)), channel,
                      static_cast<std::int64_t>(m_bytes.below(16))}});
     case 2:
@@ -334,7 +339,8 @@ void Decoder::decodeCancellerStep() {
     Step step{Do::calibrate, name};
     Told::Calibration& c = step.calibration;
     for (std::int32_t* const bound : {&c.iLow, &c.iHigh, &c.qLow, &c.qHigh}) {
-        *bound = (how & 64U) != 0 ? static_cast<std::int32_t>(m_bytes.byte()) * 16 - 2048 : anyNumber(m_bytes);
+        *bound =
+            (how & 64U) != 0 ? static_cast<std::int32_t>(m_bytes.byte()) * 16 - 2048 : anyNumber(m_bytes);
     }
     const std::uint32_t factor = m_bytes.byte();
     c.shrinkFactor = factor < 224 ? static_cast<double>(factor) / 224.0
@@ -363,7 +369,8 @@ void Decoder::decodeCompensationStep() {
         return add({Do::compensationPhase, {}, {m_bytes.below(8) != 0 ? slot : -1, phase}});
     }
     case 4:
-        return add({Do::compensationTemperature, {}, {m_bytes.below(8) != 0 ? slot : -1, anyTemperature(m_bytes)}});
+        return add(
+            {Do::compensationTemperature, {}, {m_bytes.below(8) != 0 ? slot : -1, anyTemperature(m_bytes)}});
     case 5:
         return add({Do::compensate, {}, {slot}});
     case 6:
@@ -395,9 +402,9 @@ void Decoder::decodePlatformStep() {
     case 7:
         return add({Do::nullRecord, m_bytes.below(2) != 0 ? nameOf(board.drivers) : nameOf(board.variables)});
     case 8: {
-        const std::array<std::string, 3> names{
-            "IDriverLayer", "ITemperatureHandler",
-            m_channel == 0 ? "IRauHandler" : "IRauHandler_" + std::to_string(m_channel)};
+        const std::array<std::string, 3> names{"IDriverLayer", "ITemperatureHandler",
+                                               m_channel == 0 ? "IRauHandler"
+                                                              : "IRauHandler_" + std::to_string(m_channel)};
         return add({Do::setPresence, m_bytes.oneOf(names), {static_cast<std::int64_t>(m_bytes.below(5))}});
     }
     default:
@@ -420,7 +427,10 @@ void Decoder::decodeFault() {
     }
     const std::size_t operation = m_bytes.below(operationCount);
     const std::int64_t times = (how & 128U) != 0 ? -1 : static_cast<std::int64_t>(m_bytes.below(4));
-    add({Do::fault, objectFor(operation), {static_cast<std::int64_t>(operation), code, times, output}, hasOutput});
+    add({Do::fault,
+         objectFor(operation),
+         {static_cast<std::int64_t>(operation), code, times, output},
+         hasOutput});
 }
 
 /** What the fault is about: everything, or one of the objects that the operation has to do with. */

@@ -47,8 +47,8 @@ std::int32_t truncated(double number) {
     if (std::isnan(number)) {
         return 0;
     }
-    return static_cast<std::int32_t>(
-        std::clamp(std::trunc(number), static_cast<double>(Limits::min()), static_cast<double>(Limits::max())));
+    return static_cast<std::int32_t>(std::clamp(std::trunc(number), static_cast<double>(Limits::min()),
+                                                static_cast<double>(Limits::max())));
 }
 
 std::int32_t interpolated(const Table& table, std::int32_t x1, std::int32_t x2) {

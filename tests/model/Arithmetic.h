@@ -31,7 +31,8 @@ constexpr Wide magnitude(Wide number) {
     return number < 0 ? modulo32(-number) : number;
 }
 
-/** The 32-bit number next to a floating-point one toward zero; beyond the range the end of it, 0 for no number. */
+/** The 32-bit number next to a floating-point one toward zero; beyond the range the end of it, 0 for no
+ * number. */
 std::int32_t truncated(double number);
 
 /** The value of a table at a point, clamped outside it, rounded once, halves away from zero. */

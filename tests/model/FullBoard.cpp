@@ -22,9 +22,9 @@ void addChannel(Board& board, std::int32_t channel, bool alternatives) {
                                 {3, 1000003, -7}});
     }
     for (const char* const name :
-         {"dsp.rx.freq.offset", "tx.rf.mixer.i", "tx.rf.mixer.q", "tx.rf.detector.v", "dsp.tx.dc.compensation.i",
-          "dsp.tx.dc.compensation.q", "dsp.tx.quadrature.gain.offset.compensation",
-          "dsp.tx.quadrature.phase.offset.compensation"}) {
+         {"dsp.rx.freq.offset", "tx.rf.mixer.i", "tx.rf.mixer.q", "tx.rf.detector.v",
+          "dsp.tx.dc.compensation.i", "dsp.tx.dc.compensation.q",
+          "dsp.tx.quadrature.gain.offset.compensation", "dsp.tx.quadrature.phase.offset.compensation"}) {
         board.drivers.push_back({driver + name});
     }
     board.variables.push_back({driver + "rx.rf.frequency.cs.offset.arraysize", {6}});
@@ -49,8 +49,8 @@ void addChannel(Board& board, std::int32_t channel, bool alternatives) {
         return;
     }
     for (const char* const name :
-         {"tx.rf.lo.config", "rx.rf.lo.config", "tx.bb.iq.coarse.dc.i.v.adjust", "tx.bb.iq.coarse.dc.q.v.adjust",
-          "tx.rf.detector.low.v.detect", "tx.rf.detector.high.v.detect"}) {
+         {"tx.rf.lo.config", "rx.rf.lo.config", "tx.bb.iq.coarse.dc.i.v.adjust",
+          "tx.bb.iq.coarse.dc.q.v.adjust", "tx.rf.detector.low.v.detect", "tx.rf.detector.high.v.detect"}) {
         board.drivers.push_back({driver + name});
     }
     for (const std::string branch : {"I", "Q"}) {

@@ -90,7 +90,9 @@ struct ModelCompensation {
 /** Says what the library does in a story, by the rules alone: what it calls, writes, traces and answers. */
 class Model {
 public:
-    Model(const Board& board, Transcript& transcript) : m_platform(board, transcript), m_transcript(transcript) {}
+    Model(const Board& board, Transcript& transcript)
+        : m_platform(board, transcript),
+          m_transcript(transcript) {}
 
     void tell(const std::vector<Step>& steps);
 
@@ -167,8 +169,8 @@ private:
     Code publishCanceller(ModelCanceller& canceller);
     void withdrawCanceller(ModelCanceller& canceller);
     Code initCanceller(ModelCanceller& canceller);
-    bool bindEither(ModelCanceller& canceller, const std::string& first, const std::string& second, Handle& driver,
-                    bool& tookSecond);
+    bool bindEither(ModelCanceller& canceller, const std::string& first, const std::string& second,
+                    Handle& driver, bool& tookSecond);
     Code lookUpComplete(const std::string& driver, Handle& handle, bool& complete);
     void fetchCorrectionTable(ModelCanceller& canceller, const char* branch, Handle& table);
     Code correct(ModelCanceller& canceller, std::uint32_t frequency, std::int32_t temperature);

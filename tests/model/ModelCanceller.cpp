@@ -17,7 +17,8 @@ unsigned shown(Code code) {
 Code Model::publishCanceller(ModelCanceller& canceller) {
     const Code code = m_platform.publish(canceller.name(), &canceller);
     if (isBad(code)) {
-        m_platform.say(failed, "LoCancellation failed to register ILoCancellation interface [%s] (EAFResult = 0x%x)",
+        m_platform.say(failed,
+                       "LoCancellation failed to register ILoCancellation interface [%s] (EAFResult = 0x%x)",
                        canceller.name().c_str(), shown(code));
         return failed;
     }
@@ -27,9 +28,9 @@ Code Model::publishCanceller(ModelCanceller& canceller) {
 void Model::withdrawCanceller(ModelCanceller& canceller) {
     const Code code = m_platform.withdraw(canceller.name());
     if (isBad(code)) {
-        m_platform.say(failed,
-                       "LoCancellation failed to unregister ILoCancellation interface [%s] (EAFResult = 0x%x)",
-                       canceller.name().c_str(), shown(code));
+        m_platform.say(
+            failed, "LoCancellation failed to unregister ILoCancellation interface [%s] (EAFResult = 0x%x)",
+            canceller.name().c_str(), shown(code));
     }
     m_platform.drop(canceller.name());
 }
@@ -68,9 +69,10 @@ bool Model::bindEither(ModelCanceller& canceller, const std::string& first, cons
     tookSecond = true;
     const Code code = lookUpComplete(prefix + second, driver, complete);
     if (!complete) {
-        m_platform.say(code,
-                       "LoCancellation failed to get driver interface [%s] or interface [%s] (EDriverResult = 0x%x)",
-                       (prefix + first).c_str(), (prefix + second).c_str(), shown(code));
+        m_platform.say(
+            code,
+            "LoCancellation failed to get driver interface [%s] or interface [%s] (EDriverResult = 0x%x)",
+            (prefix + first).c_str(), (prefix + second).c_str(), shown(code));
     }
     return complete;
 }
@@ -81,9 +83,12 @@ Code Model::initCanceller(ModelCanceller& canceller) {
         return failed;
     }
     bool tookSecond = false;
-    if (!bindEither(canceller, "tx.rf.mixer.i", "tx.bb.iq.coarse.dc.i.v.adjust", canceller.iDriver, tookSecond) ||
-        !bindEither(canceller, "tx.rf.mixer.q", "tx.bb.iq.coarse.dc.q.v.adjust", canceller.qDriver, tookSecond) ||
-        !bindEither(canceller, "tx.rf.detector.v", "tx.rf.detector.low.v.detect", canceller.detector, tookSecond)) {
+    if (!bindEither(canceller, "tx.rf.mixer.i", "tx.bb.iq.coarse.dc.i.v.adjust", canceller.iDriver,
+                    tookSecond) ||
+        !bindEither(canceller, "tx.rf.mixer.q", "tx.bb.iq.coarse.dc.q.v.adjust", canceller.qDriver,
+                    tookSecond) ||
+        !bindEither(canceller, "tx.rf.detector.v", "tx.rf.detector.low.v.detect", canceller.detector,
+                    tookSecond)) {
         return failed;
     }
     if (tookSecond) {
@@ -103,8 +108,10 @@ Code Model::initCanceller(ModelCanceller& canceller) {
 }
 
 void Model::fetchCorrectionTable(ModelCanceller& canceller, const char* branch, Handle& table) {
-    const std::string prefix = "Channel." + std::to_string(static_cast<std::uint32_t>(canceller.channel)) + ".Tx.";
-    if (!isBad(m_platform.lookUpTable(prefix + "Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer." + branch, table))) {
+    const std::string prefix =
+        "Channel." + std::to_string(static_cast<std::uint32_t>(canceller.channel)) + ".Tx.";
+    if (!isBad(m_platform.lookUpTable(prefix + "Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer." + branch,
+                                      table))) {
         return;
     }
     const Code code =
@@ -149,10 +156,11 @@ Code Model::correct(ModelCanceller& canceller, std::uint32_t frequency, std::int
         const Code code = m_platform.interpolate(branch == 0 ? canceller.iTable : canceller.qTable,
                                                  asInt(frequency), temperature, values[branch]);
         if (isBad(code)) {
-            m_platform.say(failed,
-                           "Unable to fetch value from table "
-                           "Channel.%d.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.%s (ECHResult = 0x%x)",
-                           canceller.channel, branch == 0 ? "I" : "Q", shown(code));
+            m_platform.say(
+                failed,
+                "Unable to fetch value from table "
+                "Channel.%d.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.%s (ECHResult = 0x%x)",
+                canceller.channel, branch == 0 ? "I" : "Q", shown(code));
         }
     }
     return setIq(canceller, values[0], values[1]);
@@ -194,9 +202,10 @@ Code Model::probe(ModelCanceller& canceller, const Calibration& calibration, int
     }
     const Code code = m_platform.readDriver(detector, reading);
     if (isBad(code)) {
-        m_platform.say(failed,
-                       "LoCancellation unable to read from detector driver (EDriverResult = 0x%x, RadioChannel: %d)",
-                       shown(code), canceller.channel);
+        m_platform.say(
+            failed,
+            "LoCancellation unable to read from detector driver (EDriverResult = 0x%x, RadioChannel: %d)",
+            shown(code), canceller.channel);
         return failed;
     }
     return ok;

@@ -18,7 +18,8 @@ struct Row {
 constexpr std::array<Row, 4> rows{{
     {"dc.compensation.i", "Dc.I.Compensation", "pTxDcICompensationDriver", true},
     {"dc.compensation.q", "Dc.Q.Compensation", "pTxDcQCompensationDriver", true},
-    {"quadrature.gain.offset.compensation", "Gain.Offset.Compensation", "pTxGainOffsetCompensationDriver", false},
+    {"quadrature.gain.offset.compensation", "Gain.Offset.Compensation", "pTxGainOffsetCompensationDriver",
+     false},
     {"quadrature.phase.offset.compensation", "Phase.Offset.Compensation", "pTxPhaseOffsetCompensationDriver",
      false},
 }};
@@ -69,7 +70,8 @@ Code Model::initCompensation(ModelCompensation& compensation) {
         m_platform.say(0x8005, "Failed to register module callback");
         return failed;
     }
-    const std::string suffix = compensation.channel != 0 ? "_" + std::to_string(asInt(compensation.channel)) : "";
+    const std::string suffix =
+        compensation.channel != 0 ? "_" + std::to_string(asInt(compensation.channel)) : "";
     code = m_platform.publish("ITxIQImbalanceHandler" + suffix, &compensation);
     if (isBad(code)) {
         m_platform.say(failed, "Failed to register IIQImbalanceHandler (EAFResult = 0x%x)", hex(code));
@@ -105,12 +107,14 @@ Code Model::bindCompensation(ModelCompensation& compensation) {
     const std::string number = std::to_string(compensation.channel);
     Code code = ok;
     if (!openAndGet("IDriverLayer", code)) {
-        m_platform.say(failed, "CTxFrequencyHandler failed to get IDriverLayer (EAFResult = 0x%x)", hex(code));
+        m_platform.say(failed, "CTxFrequencyHandler failed to get IDriverLayer (EAFResult = 0x%x)",
+                       hex(code));
         return failed;
     }
     m_platform.closeBroker();
     for (std::size_t i = 0; i < rows.size(); ++i) {
-        code = m_platform.lookUpDriver("channel." + number + ".dsp.tx." + rows[i].driver, compensation.drivers[i]);
+        code = m_platform.lookUpDriver("channel." + number + ".dsp.tx." + rows[i].driver,
+                                       compensation.drivers[i]);
         if (isBad(code)) {
             m_platform.say(code, "CTxIQImbalanceHandler failed to get driver interface");
             return failed;
@@ -125,17 +129,18 @@ Code Model::bindCompensation(ModelCompensation& compensation) {
         }
     }
     if (!openAndGet("ITemperatureHandler", code)) {
-        m_platform.say(failed,
-                       "CTxIQImbalanceHandler_Initialize failed to get ITemperatureHandler (EAFResult = 0x%x)",
-                       hex(code));
+        m_platform.say(
+            failed, "CTxIQImbalanceHandler_Initialize failed to get ITemperatureHandler (EAFResult = 0x%x)",
+            hex(code));
         return failed;
     }
     code = subscribe({nullptr, &compensation});
     m_platform.closeBroker();
     if (isBad(code)) {
-        m_platform.say(failed,
-                       "CTxIQImbalanceHandler_Initialize failed to register ITemperatureObserver (ETHResult = 0x%x)",
-                       hex(code));
+        m_platform.say(
+            failed,
+            "CTxIQImbalanceHandler_Initialize failed to register ITemperatureObserver (ETHResult = 0x%x)",
+            hex(code));
         return failed;
     }
     return ok;
@@ -155,8 +160,9 @@ void Model::notifyCompensation(ModelCompensation* compensation, std::int32_t tem
 Code Model::compensate(ModelCompensation& compensation) {
     for (std::size_t i = 0; i < rows.size(); ++i) {
         if (!m_platform.has(compensation.drivers[i], Word::write)) {
-            m_platform.say(failed, "CTxIQImbalanceHandler_DoImbalanceCompensation called with %s pointer(s) set to NULL",
-                           rows[i].shown);
+            m_platform.say(
+                failed, "CTxIQImbalanceHandler_DoImbalanceCompensation called with %s pointer(s) set to NULL",
+                rows[i].shown);
             return failed;
         }
     }

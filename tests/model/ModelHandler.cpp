@@ -18,7 +18,7 @@ std::string lowered(std::string text) {
 } // namespace
 
 std::string ModelHandler::name() const {
-    return "IFrequencyHandler_" + direction + (channel != 0 ? "_" + std::to_string(channel) : "");
+    return handlerName(direction, channel);
 }
 
 std::string ModelHandler::prefix() const {
@@ -56,7 +56,8 @@ void Model::tellOfHandler(const Step& step, ModelHandler& handler) {
     case Do::handlerSet:
         return answer(setFrequency(handler, frequency));
     case Do::plan:
-        return handler.kind == HandlerKind::microwave ? tellPlan(handler, frequency, step.number[1] != 0) : void();
+        return handler.kind == HandlerKind::microwave ? tellPlan(handler, frequency, step.number[1] != 0)
+                                                      : void();
     case Do::observe:
         handler.observers.push_back({ModelObserver::Kind::ofClass, number, 0});
         return answer(ok);

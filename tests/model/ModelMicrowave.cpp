@@ -25,7 +25,8 @@ Code Model::initMicrowave(ModelHandler& handler) {
     if (handler.is(useIf) && m_platform.has(handler.ifDriver, Word::write)) {
         const Code code = m_platform.writeDriver(handler.ifDriver, asInt(start));
         if (isBad(code)) {
-            m_platform.say(code, "Write to driver failed for channel.%d.%s.if.frequency (EDriverResult = 0x%x)",
+            m_platform.say(code,
+                           "Write to driver failed for channel.%d.%s.if.frequency (EDriverResult = 0x%x)",
                            handler.channel, handler.direction.c_str(), shown(code));
             return failed;
         }
@@ -119,13 +120,15 @@ Code Model::readMicrowaveVariables(ModelHandler& handler) {
     if (!handler.is(useOffsetArray) || !handler.isRx()) {
         return ok;
     }
-    const std::string array = "channel." + std::to_string(handler.channel) + ".rx.rf.frequency.cs.offset.array";
+    const std::string array =
+        "channel." + std::to_string(handler.channel) + ".rx.rf.frequency.cs.offset.array";
     struct Live {
         std::string name;
         Handle& place;
     };
-    const std::array<Live, 3> all{
-        {{"HwCodeDsp", handler.hwCodeDsp}, {array + "size", handler.offsetArraySize}, {array, handler.offsetArray}}};
+    const std::array<Live, 3> all{{{"HwCodeDsp", handler.hwCodeDsp},
+                                   {array + "size", handler.offsetArraySize},
+                                   {array, handler.offsetArray}}};
     for (const Live& live : all) {
         if (isBad(m_platform.lookUpContent(live.name, live.place))) {
             live.place = nowhere;
@@ -173,8 +176,8 @@ Wide stepOf(Wide frequency) {
 Wide Model::ifPllOf(const ModelHandler& handler, Wide frequency) {
     const Wide lo = loOf(handler, frequency);
     const Wide residue = lo - 1000 * stepOf(lo);
-    const Wide result = magnitude(
-        wrapped(handler.ifFrequency + 1000 * handler.ifBb * handler.ifSideband - handler.rfSideband * residue));
+    const Wide result = magnitude(wrapped(handler.ifFrequency + 1000 * handler.ifBb * handler.ifSideband -
+                                          handler.rfSideband * residue));
     m_platform.say(2048, "channel.%d.%s.if.pll %lu", handler.channel, handler.direction.c_str(),
                    static_cast<unsigned long>(result));
     return result;
@@ -211,8 +214,8 @@ Code Model::writeMicrowave(ModelHandler& handler, std::uint32_t frequency) {
         return failed;
     }
     Wide shift = 0;
-    if (handler.is(useHalfSpacing) && handler.isRx() && m_platform.has(handler.dspOffsetDriver, Word::write) &&
-        isBad(shiftInDsp(handler, shift))) {
+    if (handler.is(useHalfSpacing) && handler.isRx() &&
+        m_platform.has(handler.dspOffsetDriver, Word::write) && isBad(shiftInDsp(handler, shift))) {
         return failed;
     }
     const Wide ifPll = ifPllOf(handler, carrier);
@@ -230,15 +233,17 @@ Code Model::writeMicrowave(ModelHandler& handler, std::uint32_t frequency) {
     std::int32_t chargePump = 0;
     Code code = m_platform.interpolate(handler.chargePumpTable, asInt(carrier), chargePump);
     if (isBad(code)) {
-        m_platform.say(failed,
-                       "Unable to fetch value from table Channel.%d.%s.Rf.Pll.Frequency.To.Chargepump.Setting "
-                       "(ECHResult = 0x%x)",
-                       handler.channel, direction, shown(code));
+        m_platform.say(
+            failed,
+            "Unable to fetch value from table Channel.%d.%s.Rf.Pll.Frequency.To.Chargepump.Setting "
+            "(ECHResult = 0x%x)",
+            handler.channel, direction, shown(code));
     }
     if (m_platform.has(handler.pllConfigDriver, Word::write)) {
         code = m_platform.writeDriver(handler.pllConfigDriver, chargePump);
         if (isBad(code)) {
-            m_platform.say(code, "Unable to write to driver channel.%d.%s.rf.pll.config (EDriverResult = 0x%x)",
+            m_platform.say(code,
+                           "Unable to write to driver channel.%d.%s.rf.pll.config (EDriverResult = 0x%x)",
                            handler.channel, direction, shown(code));
             return failed;
         }
@@ -248,12 +253,13 @@ Code Model::writeMicrowave(ModelHandler& handler, std::uint32_t frequency) {
 
 Code Model::shiftByArray(ModelHandler& handler, Wide& frequency) {
     const Wide spacing = handler.channelSpacing;
-    if (handler.offsetArraySize == nowhere || handler.offsetArray == nowhere) {
+    const bool hasSize = handler.offsetArraySize != nowhere;
+    const std::int32_t size = hasSize ? m_platform.content(handler.offsetArraySize) : 0;
+    if (!hasSize || (size > 0 && handler.offsetArray == nowhere)) {
         m_platform.say(failed, "channel.%d.rx.rf.frequency.cs.offset.array was not found", handler.channel);
         return failed;
     }
     Wide offset = 0;
-    const std::int32_t size = m_platform.content(handler.offsetArraySize);
     for (std::int32_t i = 0; i < size; i += 2) {
         const auto place = static_cast<std::size_t>(i);
         const std::int32_t code = m_platform.content(handler.offsetArray, place);
@@ -276,13 +282,15 @@ Code Model::shiftByArray(ModelHandler& handler, Wide& frequency) {
     if (offset == 0) {
         offset = 3000;
     }
-    m_platform.say(2048, "%s: channelSpacingOffsetkHz=%i, m_rfSideband=%i", "writeFrequencyToHW", asInt(offset),
-                   asInt(handler.rfSideband));
+    m_platform.say(2048, "%s: channelSpacingOffsetkHz=%i, m_rfSideband=%i", "writeFrequencyToHW",
+                   asInt(offset), asInt(handler.rfSideband));
     frequency = modulo32(frequency + offset);
     if (m_platform.has(handler.dspOffsetDriver, Word::write)) {
-        const Code code = m_platform.writeDriver(handler.dspOffsetDriver, offset == 3000 ? 0 : asInt(-offset));
+        const Code code =
+            m_platform.writeDriver(handler.dspOffsetDriver, offset == 3000 ? 0 : asInt(-offset));
         if (isBad(code)) {
-            m_platform.say(code, "Write to driver failed for channel.%d.dsp.rx.freq.offset (EDriverResult = 0x%x)",
+            m_platform.say(code,
+                           "Write to driver failed for channel.%d.dsp.rx.freq.offset (EDriverResult = 0x%x)",
                            handler.channel, shown(code));
             return failed;
         }
@@ -315,7 +323,8 @@ Code Model::shiftInDsp(ModelHandler& handler, Wide& shift) {
     m_platform.say(2048, "channel.%d.dsp.rx.freq.offset = %d", handler.channel, asInt(shift));
     const Code code = m_platform.writeDriver(handler.dspOffsetDriver, asInt(shift));
     if (isBad(code)) {
-        m_platform.say(code, "Write to driver failed for channel.%d.dsp.rx.freq.offset (EDriverResult = 0x%x)",
+        m_platform.say(code,
+                       "Write to driver failed for channel.%d.dsp.rx.freq.offset (EDriverResult = 0x%x)",
                        handler.channel, shown(code));
         return failed;
     }
@@ -324,8 +333,10 @@ Code Model::shiftInDsp(ModelHandler& handler, Wide& shift) {
 
 Code Model::writeSynthesisers(ModelHandler& handler, Wide ifPll, Wide rfPll) {
     const char* const direction = handler.direction.c_str();
-    m_platform.say(2048, "channel.%d.%s.ifSideband %d", handler.channel, direction, asInt(handler.ifSideband));
-    m_platform.say(2048, "channel.%d.%s.rfSideband %d", handler.channel, direction, asInt(handler.rfSideband));
+    m_platform.say(2048, "channel.%d.%s.ifSideband %d", handler.channel, direction,
+                   asInt(handler.ifSideband));
+    m_platform.say(2048, "channel.%d.%s.rfSideband %d", handler.channel, direction,
+                   asInt(handler.rfSideband));
     m_platform.say(2048, "%sIfBb %d", direction, asInt(handler.ifBb));
     Code code = ok;
     const char* driver = "if.frequency";
@@ -341,8 +352,8 @@ Code Model::writeSynthesisers(ModelHandler& handler, Wide ifPll, Wide rfPll) {
         code = m_platform.writeBytes(handler.loInHzDriver, static_cast<std::uint64_t>(rfPll));
     }
     if (isBad(code)) {
-        m_platform.say(code, "Write to driver failed for channel.%d.%s.%s (EDriverResult = 0x%x)", handler.channel,
-                       direction, driver, shown(code));
+        m_platform.say(code, "Write to driver failed for channel.%d.%s.%s (EDriverResult = 0x%x)",
+                       handler.channel, direction, driver, shown(code));
         return failed;
     }
     return ok;

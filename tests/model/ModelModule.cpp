@@ -119,7 +119,8 @@ Code Model::moduleInit(ModelModule& module) {
 }
 
 Code Model::moduleVariables(ModelModule& module, bool frameFormat) {
-    const char* const name = frameFormat ? "onPhasePostFrameformatLoad" : "onPhaseModuleStorageObjectsRetreived";
+    const char* const name =
+        frameFormat ? "onPhasePostFrameformatLoad" : "onPhaseModuleStorageObjectsRetreived";
     m_platform.say(2048, "%s", name);
     if (lacksHandlers(module, name)) {
         return failed;

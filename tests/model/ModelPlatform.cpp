@@ -11,11 +11,28 @@ namespace Told {
 namespace {
 
 constexpr std::array words{
-    "broker-register",  "broker-unregister",   "broker-lookup",     "broker-open",   "broker-get",
-    "broker-close",     "module-register",     "module-unregister", "module-register-c", "callback-register",
-    "driver-lookup",    "driver-write",        "driver-write-buffer", "driver-read", "variable-get",
-    "variable-address", "table-lookup",        "table-linear",      "table-bilinear", "temperature-register",
-    "rau-tx",           "rau-rx",
+    "broker-register",
+    "broker-unregister",
+    "broker-lookup",
+    "broker-open",
+    "broker-get",
+    "broker-close",
+    "module-register",
+    "module-unregister",
+    "module-register-c",
+    "callback-register",
+    "driver-lookup",
+    "driver-write",
+    "driver-write-buffer",
+    "driver-read",
+    "variable-get",
+    "variable-address",
+    "table-lookup",
+    "table-linear",
+    "table-bilinear",
+    "temperature-register",
+    "rau-tx",
+    "rau-rx",
 };
 
 const std::string nameless;
@@ -112,8 +129,8 @@ Code ModelPlatform::answer(Call call, Work work) {
     if (fault) {
         code = fault->code;
     }
-    m_transcript.call(words[static_cast<std::size_t>(call.operation)], call.object, call.value, call.x1, call.x2,
-                      code, call.bytes.data(), call.bytes.size());
+    m_transcript.call(words[static_cast<std::size_t>(call.operation)], call.object, call.value, call.x1,
+                      call.x2, code, call.bytes.data(), call.bytes.size());
     return code;
 }
 
@@ -192,7 +209,8 @@ Code ModelPlatform::lookUpDriver(const std::string& name, Handle& driver) {
 }
 
 bool ModelPlatform::has(Handle driver, unsigned wanted) const {
-    return driver != nowhere && (m_board.drivers[static_cast<std::size_t>(driver)].missingWords & wanted) == 0;
+    return driver != nowhere &&
+           (m_board.drivers[static_cast<std::size_t>(driver)].missingWords & wanted) == 0;
 }
 
 Code ModelPlatform::writeDriver(Handle driver, std::int32_t value, bool passesRecord) {
@@ -359,12 +377,13 @@ void ModelPlatform::change(const Step& step) {
         break;
     case Do::fault:
         if (number[2] != 0) {
-            m_faults.push_back({static_cast<Op>(number[0]), step.name, static_cast<Code>(number[1]), number[2],
-                                output});
+            m_faults.push_back(
+                {static_cast<Op>(number[0]), step.name, static_cast<Code>(number[1]), number[2], output});
         }
         break;
     case Do::faultAt:
-        m_faultAt = {number[0], {std::nullopt, {}, static_cast<Code>(number[1]), number[2] != 0 ? -1 : 1, output}};
+        m_faultAt = {number[0],
+                     {std::nullopt, {}, static_cast<Code>(number[1]), number[2] != 0 ? -1 : 1, output}};
         break;
     default:
         clearFaults();

@@ -56,7 +56,8 @@ enum class Op : std::uint8_t {
     rauRx,
 };
 
-/** How the stand-alone platform answers, told a second time: the board, its faults, and what was registered. */
+/** How the stand-alone platform answers, told a second time: the board, its faults, and what was registered.
+ */
 class ModelPlatform {
 public:
     ModelPlatform(const Board& board, Transcript& transcript);

@@ -14,7 +14,9 @@ Transcript* sleepingIn = nullptr;
 
 } // namespace
 
-Runner::Runner(const Board& board, Transcript& transcript) : m_transcript(transcript), m_readings(board.readings) {
+Runner::Runner(const Board& board, Transcript& transcript)
+    : m_transcript(transcript),
+      m_readings(board.readings) {
     sleepingIn = &transcript;
     setUp(board);
     m_platform.calls().setRecording(false);
@@ -23,7 +25,8 @@ Runner::Runner(const Board& board, Transcript& transcript) : m_transcript(transc
     m_platform.trace().setSink([this](const Standalone::TraceMessage& message) {
         m_transcript.trace(message.level, message.text);
         constexpr const char* folder = "PlatformServices/FrequencyHandler/private/";
-        if (message.source != "QVX.FH" || message.file.find(folder) == std::string::npos || message.line <= 0) {
+        if (message.source != "QVX.FH" || message.file.find(folder) == std::string::npos ||
+            message.line <= 0) {
             m_transcript.note("strange source", message.file, message.line);
         }
     });

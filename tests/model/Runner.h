@@ -1,13 +1,12 @@
 #ifndef TESTS_MODEL_RUNNER_H
 #define TESTS_MODEL_RUNNER_H
 
-#include "Story.h"
-#include "Transcript.h"
-
 #include "CTxIQImbalanceHandler.h"
 #include "FrequencyHandler.h"
 #include "FrequencyHandler_Common.h"
 #include "LoCancellation.h"
+#include "Story.h"
+#include "Transcript.h"
 #include "standalone/Platform.h"
 
 #include <array>

@@ -9,10 +9,6 @@ namespace Told {
 
 namespace {
 
-std::string numbered(const std::string& name, std::int32_t channel) {
-    return channel != 0 ? name + "_" + std::to_string(channel) : name;
-}
-
 /** What is in a slot; null for a slot that there is not. */
 template <typename Object>
 Object* objectIn(const std::array<std::unique_ptr<Object>, slotCount>& slots, std::int64_t slot) {
@@ -37,8 +33,8 @@ public:
           m_subject(subject) {}
 
     void onChange(IFrequencyHandler* subject) override {
-        m_transcript.note(subject == &m_subject ? "observer" : "observer of another", std::to_string(m_number),
-                          static_cast<std::int64_t>(subject->getFrequency()));
+        m_transcript.note(subject == &m_subject ? "observer" : "observer of another",
+                          std::to_string(m_number), static_cast<std::int64_t>(subject->getFrequency()));
     }
 
 private:
@@ -176,8 +172,8 @@ void Runner::destroyModule(std::int64_t slot) {
         const std::int64_t type = made.number[2];
         m_slots.modules[static_cast<std::size_t>(slot)].reset();
         if (type >= 0 && type <= 5) {
-            m_platform.interfaces().drop(numbered("IFrequencyHandler_Tx", channel));
-            m_platform.interfaces().drop(numbered("IFrequencyHandler_Rx", channel));
+            m_platform.interfaces().drop(handlerName("Tx", channel));
+            m_platform.interfaces().drop(handlerName("Rx", channel));
         }
         if (type == 0 || type == 2 || type == 3 || type == 5) {
             m_platform.interfaces().drop("ILoCancellation_" + std::to_string(channel));
@@ -189,7 +185,7 @@ void Runner::destroyHandler(std::int64_t slot) {
     if (objectIn(m_slots.handlers, slot) != nullptr) {
         const Step& made = m_slots.handlerSteps[static_cast<std::size_t>(slot)];
         m_slots.handlers[static_cast<std::size_t>(slot)].reset();
-        m_platform.interfaces().drop(numbered("IFrequencyHandler_" + made.name, int32(made.number[2])));
+        m_platform.interfaces().drop(handlerName(made.name, int32(made.number[2])));
     }
 }
 
@@ -288,7 +284,8 @@ void Runner::observe(const Step& step, Handler& handler) {
         return;
     }
     observer.onFrequencyChanged = number == 1 ? nullptr : observer.onFrequencyChanged;
-    answer(record.registerObserver(number == 2 ? nullptr : record.handler, number == 0 ? nullptr : &observer));
+    answer(
+        record.registerObserver(number == 2 ? nullptr : record.handler, number == 0 ? nullptr : &observer));
 }
 
 void Runner::playWithCanceller(const Step& step, LoCancellation& canceller) {
@@ -310,11 +307,13 @@ void Runner::calibrate(LoCancellation& canceller, const Calibration& c) {
     int q = -78;
     int delta = -79;
     unsigned iterations = c.iterations;
-    const auto placeUnless = [&](unsigned bit, auto* place) { return (c.nullPlaces & bit) == 0 ? place : nullptr; };
-    answer(canceller.calibrateLoCancellation(
-        c.iLow, c.iHigh, c.qLow, c.qHigh, c.shrinkFactor, c.minDelta, c.maxIterations, c.settleTimeMs,
-        placeUnless(1, &i), placeUnless(2, &q), placeUnless(4, &delta), placeUnless(8, &iterations),
-        c.useHighDetector));
+    const auto placeUnless = [&](unsigned bit, auto* place) {
+        return (c.nullPlaces & bit) == 0 ? place : nullptr;
+    };
+    answer(canceller.calibrateLoCancellation(c.iLow, c.iHigh, c.qLow, c.qHigh, c.shrinkFactor, c.minDelta,
+                                             c.maxIterations, c.settleTimeMs, placeUnless(1, &i),
+                                             placeUnless(2, &q), placeUnless(4, &delta),
+                                             placeUnless(8, &iterations), c.useHighDetector));
     m_transcript.note("I", i);
     m_transcript.note("Q", q);
     m_transcript.note("delta", delta);
@@ -328,7 +327,8 @@ void Runner::playWithCompensation(const Step& step, CTxIQImbalanceHandler* compe
     }
     switch (step.what) {
     case Do::compensationPhase:
-        return answer(CTxIQImbalanceHandler::onPhaseActivation(compensation, uint32(number), ECallbackPriority{3}));
+        return answer(
+            CTxIQImbalanceHandler::onPhaseActivation(compensation, uint32(number), ECallbackPriority{3}));
     case Do::compensationTemperature:
         return CTxIQImbalanceHandler::notifyTemperature(compensation, int32(number));
     case Do::initializeCompensation:
@@ -356,7 +356,8 @@ void Runner::change(const Step& step) {
     const auto& number = step.number;
     Standalone::Driver* const driver = m_platform.drivers().find(step.name);
     Standalone::Variable* const variable = m_platform.variables().find(step.name);
-    const std::optional<std::int32_t> output = step.hasOutput ? std::optional(int32(number[3])) : std::nullopt;
+    const std::optional<std::int32_t> output =
+        step.hasOutput ? std::optional(int32(number[3])) : std::nullopt;
     switch (step.what) {
     case Do::setVariable:
         if (variable != nullptr) {

@@ -7,8 +7,8 @@
 #include <vector>
 
 /**
- * What is told twice, once by the library on the stand-alone platform and once by the model: a board, and what
- * is done with it step by step. Plain data that neither side changes.
+ * What is told twice, once by the library on the stand-alone platform and once by the model: a board, and
+ * what is done with it step by step. Plain data that neither side changes.
  */
 namespace Told {
 
@@ -98,10 +98,10 @@ enum class Do : std::uint8_t {
     handlerWrite, ///< frequency
     handlerSet,   ///< frequency
     handlerGet,
-    plan,             ///< frequency, exact: the five calculations of the microwave board
-    observe,          ///< number of the observer
-    observeNull,      ///< a null observer
-    observeFromC,     ///< number of the observer
+    plan,              ///< frequency, exact: the five calculations of the microwave board
+    observe,           ///< number of the observer
+    observeNull,       ///< a null observer
+    observeFromC,      ///< number of the observer
     observeBadlyFromC, ///< 0: null record, 1: null function, 2: null handler
 
     // With the canceller that is published under `name`.
@@ -123,6 +123,12 @@ enum class Do : std::uint8_t {
 };
 
 enum class HandlerKind : std::uint8_t { microwave, rfModule, rau };
+
+/** The name under which a handler is published: of a long one, what counts. */
+inline std::string handlerName(const std::string& direction, std::int64_t channel) {
+    return ("IFrequencyHandler_" + direction + (channel != 0 ? "_" + std::to_string(channel) : ""))
+        .substr(0, 63);
+}
 
 /** The flags of a microwave board. */
 enum Flag : unsigned { useIf = 1, useHalfSpacing = 2, useOffsetArray = 4, inHz = 8 };

@@ -81,8 +81,9 @@ std::string firstDifference(const Transcript& library, const Transcript& model) 
     const auto position = static_cast<std::size_t>(same.first - one.begin());
     const std::size_t start = linesBefore(one, position, linesShown);
     const std::size_t lineStart = linesBefore(one, position, 0);
-    return std::string(one.substr(start, lineStart - start)) + "library: " +
-           std::string(lineAt(one, position)) + "\nmodel:   " + std::string(lineAt(other, position)) + "\n";
+    return std::string(one.substr(start, lineStart - start)) +
+           "library: " + std::string(lineAt(one, position)) +
+           "\nmodel:   " + std::string(lineAt(other, position)) + "\n";
 }
 
 } // namespace Told

@@ -1,14 +1,15 @@
-// Plays the story for which the bytes stand with the library and tells it with the model. The first difference is
-// printed and ends the program.
+// Plays the story for which the bytes stand with the library and tells it with the model. The first
+// difference is printed and ends the program.
 
 #include "Decoder.h"
+#include "FuzzTarget.h"
 #include "Model.h"
 #include "Runner.h"
 
 #include <cstdio>
 #include <cstdlib>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t count) {
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t count) {
     static Told::Transcript played;
     static Told::Transcript told;
     played.clear();
