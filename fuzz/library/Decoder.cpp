@@ -27,9 +27,9 @@ constexpr std::array<std::int32_t, 16> spacings{50,  100, 125, 150, 200, 250,  3
                                                 400, 450, 500, 550, 600, 3000, 0,   7};
 constexpr std::array<std::int32_t, 16> remarkable{0,   1,    -1,     lowest, highest, 500,    499,     2,
                                                   250, 3000, 140000, 1000,   -140000, 999999, 4000000, -4000};
-const std::array<std::string, 6> directions{
-    "Tx", "Rx", "TX",
-    "rx", "",   "a-direction-with-a-name-that-is-longer-than-what-counts-of-the-names-of-interfaces"};
+/** Directions, the last longer than what counts of the name of an interface, and than a message has room for.
+ */
+const std::array<std::string, 6> directions{"Tx", "Rx", "TX", "rx", "", std::string(150, 'x')};
 
 std::int32_t anyNumber(Bytes& bytes) {
     const std::uint32_t how = bytes.byte();

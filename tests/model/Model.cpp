@@ -13,8 +13,9 @@ std::unique_ptr<Object>* slotOf(std::array<std::unique_ptr<Object>, slotCount>& 
 
 } // namespace
 
-void Model::tell(const std::vector<Step>& steps) {
-    for (const Step& step : steps) {
+void Model::tell(const Story& story) {
+    m_platform.setDisturbance(story.disturbance);
+    for (const Step& step : story.steps) {
         m_transcript.note("step", static_cast<std::int64_t>(step.what));
         tell(step);
         m_platform.endStep();

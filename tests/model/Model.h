@@ -94,7 +94,7 @@ public:
         : m_platform(board, transcript),
           m_transcript(transcript) {}
 
-    void tell(const std::vector<Step>& steps);
+    void tell(const Story& story);
 
 private:
     /** A module as the module manager knows it, of the class or of the flat view. */

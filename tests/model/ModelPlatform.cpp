@@ -131,7 +131,22 @@ Code ModelPlatform::answer(Call call, Work work) {
     }
     m_transcript.call(words[static_cast<std::size_t>(call.operation)], call.object, call.value, call.x1,
                       call.x2, code, call.bytes.data(), call.bytes.size());
+    ++m_calls;
+    disturb();
     return code;
+}
+
+void ModelPlatform::setDisturbance(const std::optional<Disturbance>& disturbance) {
+    m_disturbance = disturbance;
+    disturb();
+}
+
+void ModelPlatform::disturb() {
+    if (m_disturbance && m_calls + 1 == m_disturbance->call) {
+        change(m_disturbance->before);
+    } else if (m_disturbance && m_calls == m_disturbance->call && m_disturbance->after) {
+        change(*m_disturbance->after);
+    }
 }
 
 Code ModelPlatform::plain(Op operation, const std::string& object, const std::function<Code()>& work) {

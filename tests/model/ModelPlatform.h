@@ -104,6 +104,8 @@ public:
 
     // What a step does to the platform.
     void change(const Step& step);
+    /** Has the platform disturbed between two of its calls. */
+    void setDisturbance(const std::optional<Disturbance>& disturbance);
     void clearFaults();
     /** Tells what was written and is held at the end. */
     void tellValues();
@@ -139,6 +141,7 @@ private:
     template <typename Work>
     Code answer(Call call, Work work);
     std::optional<Fault> faultFor(const Call& call);
+    void disturb();
     Handle driverAt(const std::string& name) const;
     Handle variableAt(const std::string& name) const;
     void setPresence(const std::string& name, Presence presence);
@@ -150,6 +153,8 @@ private:
     std::optional<std::pair<std::int64_t, Fault>> m_faultAt;
     std::vector<Held> m_held;
     std::map<std::string, std::array<std::uint32_t, 2>> m_remoteRadios;
+    std::optional<Disturbance> m_disturbance;
+    std::int64_t m_calls = 0;
     std::size_t m_readingsGiven = 0;
     std::int64_t m_openHandles = 0;
     std::vector<std::string> m_openMessages;

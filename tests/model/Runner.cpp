@@ -75,8 +75,9 @@ void Runner::listen(const Call& call) {
         }
     }
     if (m_listener) {
-        m_listener(m_calls, call);
+        m_listener(m_step, call);
     }
+    disturb();
 }
 
 /** Has whatever call comes next fail, if it is the one. */
@@ -103,11 +104,22 @@ void Runner::unloadFault() {
     }
 }
 
-void Runner::play(const std::vector<Step>& steps) {
-    for (const Step& step : steps) {
+void Runner::disturb() {
+    if (m_disturbance && m_calls + 1 == m_disturbance->call) {
+        change(m_disturbance->before);
+    } else if (m_disturbance && m_calls == m_disturbance->call && m_disturbance->after) {
+        change(*m_disturbance->after);
+    }
+}
+
+void Runner::play(const Story& story) {
+    m_disturbance = story.disturbance;
+    disturb();
+    for (const Step& step : story.steps) {
         m_transcript.note("step", static_cast<std::int64_t>(step.what));
         play(step);
         endStep();
+        ++m_step;
     }
     m_transcript.note("end", 0);
     m_platform.temperature().forgetObservers();

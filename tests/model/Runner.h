@@ -25,11 +25,10 @@ public:
     Runner& operator=(const Runner&) = delete;
     ~Runner();
 
-    void play(const std::vector<Step>& steps);
-    /** How many calls the platform answered. */
-    std::int64_t callCount() const { return m_calls; }
-    /** Is told of every call of the platform, with its number from 1 on, before the next one is answered. */
-    void setListener(std::function<void(std::int64_t, const Standalone::Call&)> listener) {
+    void play(const Story& story);
+    /** Is told of every call of the platform, and of the step in which it came: from 0, and one more at the
+     * end. */
+    void setListener(std::function<void(std::size_t, const Standalone::Call&)> listener) {
         m_listener = std::move(listener);
     }
 
@@ -42,6 +41,7 @@ private:
     template <typename Wanted>
     Wanted* published(const std::string& name);
     void listen(const Standalone::Call& call);
+    void disturb();
     void loadFault();
     void unloadFault();
 
@@ -69,7 +69,9 @@ private:
     std::vector<std::int32_t> m_readings;
     std::size_t m_readingsGiven = 0;
     std::int64_t m_calls = 0;
-    std::function<void(std::int64_t, const Standalone::Call&)> m_listener;
+    std::function<void(std::size_t, const Standalone::Call&)> m_listener;
+    std::size_t m_step = 0;
+    std::optional<Disturbance> m_disturbance;
 
     struct FaultAt {
         std::int64_t call;

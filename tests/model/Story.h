@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -158,9 +159,19 @@ struct Step {
 /** How many modules, handlers, cancellers and compensations there may be. */
 constexpr std::int64_t slotCount = 2;
 
+/** What is done to the platform between two calls. */
+struct Disturbance {
+    /** The number of the call, from 1 on, before which it is done. */
+    std::int64_t call;
+    Step before;
+    /** What is done right after that call; nothing: all stays as it is. */
+    std::optional<Step> after;
+};
+
 struct Story {
     Board board;
     std::vector<Step> steps;
+    std::optional<Disturbance> disturbance{};
 };
 
 } // namespace Told
