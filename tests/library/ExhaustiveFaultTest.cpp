@@ -196,6 +196,14 @@ TEST_P(ExhaustiveFaultTest, EachCallMayBeAnsweredWithAFailingCode) {
     }
 }
 
+TEST_P(ExhaustiveFaultTest, NothingElseChangesWhenNoTraceMessageIsWanted) {
+    life.board.threshold = 0;
+    for (std::int64_t number = 1; number <= static_cast<std::int64_t>(calls.size()); ++number) {
+        ASSERT_EQ(differenceIn(failing(number, 0x8000, false, std::nullopt)), "") << "call " << number;
+        ASSERT_EQ(differenceIn(failing(number, 0x8000, true, std::nullopt)), "") << "call " << number;
+    }
+}
+
 TEST_P(ExhaustiveFaultTest, EachCallMayBeAnsweredWithAnUnusualSuccess) {
     for (std::int64_t number = 1; number <= static_cast<std::int64_t>(calls.size()); ++number) {
         for (const std::int64_t code : {0x7FFF, -1, 0x800}) {
