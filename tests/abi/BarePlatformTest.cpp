@@ -21,6 +21,7 @@
 
 #include <map>
 #include <ostream>
+#include <stdexcept>
 #include <streambuf>
 #include <string>
 #include <vector>
@@ -70,6 +71,10 @@ struct BarePlatform {
     int channelSpacing = 100;
     int anyOtherVariable = 1;
 
+    /** What contracts do not forbid, and the library keeps to itself. */
+    bool brokerThrows = false;
+    bool traceThrows = false;
+
     Lines traceObjects;
     Lines messages;
     Lines modules;
@@ -111,6 +116,8 @@ protected:
         bare().interfaces = {{"IDriverLayer", &m_driverLayer}};
         bare().lookupCode = EDriverResult{0};
         bare().driver = {this, &acceptValue, &acceptBytes, nullptr};
+        bare().brokerThrows = false;
+        bare().traceThrows = false;
         bare().messages.clear();
         bare().modules.clear();
         bare().removedIsNull.clear();
@@ -134,6 +141,9 @@ OrbiTrace::~OrbiTrace() {
     bare().stream.flush();
 }
 std::ostream& OrbiTrace::beginLogMsg(OrbiTraceLevel level, const char* /*sourceFile*/, int /*line*/) {
+    if (bare().traceThrows) {
+        throw std::runtime_error("no trace");
+    }
     bare().messages.push_back("begin " + std::to_string(level));
     return bare().stream;
 }
@@ -151,10 +161,16 @@ InterfaceBroker& InterfaceBroker::getInstance() {
     return broker;
 }
 EAFResult InterfaceBroker::registerInterface(const std::string& name, IInterface* iface) {
+    if (bare().brokerThrows) {
+        throw std::runtime_error("no broker");
+    }
     bare().interfaces[name] = iface;
     return ResultOk;
 }
 EAFResult InterfaceBroker::unregisterInterface(const std::string& name, IInterface** removed) {
+    if (bare().brokerThrows) {
+        throw std::runtime_error("no broker");
+    }
     bare().removedIsNull.push_back(removed == nullptr);
     bare().interfaces.erase(name);
     return ResultOk;
@@ -307,6 +323,31 @@ TEST_F(BarePlatformTest, CodeOfTheDriverLayerIsTheNumericLevel) {
     ASSERT_THAT(messages, SizeIs(12));
     EXPECT_EQ(messages[0], "map 33059"); // 0x8123
     EXPECT_EQ(messages[6], "map 17");
+}
+
+TEST_F(BarePlatformTest, MessageForWhichThePlatformThrowsIsLost) {
+    ::FrequencyHandler module(1, ::FrequencyHandler::RfModule);
+    bare().traceThrows = true;
+    EXPECT_EQ(module.onPhasePostFrameformatLoad(), ResultOk);
+    EXPECT_THAT(messages, ElementsAre("map 2048"));
+}
+
+// Broker
+
+TEST_F(BarePlatformTest, RegistrationForWhichTheBrokerThrowsFails) {
+    LoCancellation canceller(1);
+    bare().brokerThrows = true;
+    EXPECT_EQ(canceller.initialize(), ResultFailed);
+    EXPECT_THAT(messages, Contains("text registerInterface failed: no broker"));
+}
+
+TEST_F(BarePlatformTest, WithdrawalForWhichTheBrokerThrowsFails) {
+    {
+        const LoCancellation canceller(1);
+        bare().brokerThrows = true;
+    }
+    EXPECT_THAT(messages, Contains("text LoCancellation failed to unregister ILoCancellation interface "
+                                   "[ILoCancellation_1] (EAFResult = 0x8000)"));
 }
 
 // Module

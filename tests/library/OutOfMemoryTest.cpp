@@ -2,6 +2,8 @@
 
 #include "CallingObserver.h"
 #include "FailingMemory.h"
+#include "FrequencyHandler_MicrowaveBoard.h"
+#include "FrequencyHandler_Rau.h"
 #include "FrequencyHandler_RfModule.h"
 #include "RadioTest.h"
 
@@ -13,13 +15,25 @@ namespace {
 /** A handler to which nobody listens yet. */
 class OutOfMemoryTest : public RadioTest {
 protected:
-    OutOfMemoryTest() { forget(); }
+    OutOfMemoryTest() {
+        forget();
+        platform.calls().setRecording(false); // what the platform wants for itself does not count
+    }
 
     /** Registers a C observer; the allocation of that number fails. */
     EAFResult subscribe(unsigned failing) {
         const auto& record = *static_cast<FrequencyHandlerCStruct*>(handler.getCStruct());
         FailingMemory::failAt(failing);
         const EAFResult result = record.registerObserver(record.handler, &observer);
+        FailingMemory::failAt(0);
+        return result;
+    }
+
+    /** What `operation` answers when there is no memory for the first thing that it wants. */
+    template <typename Operation>
+    static EAFResult withoutFirstMemory(Operation operation) {
+        FailingMemory::failAt(1);
+        const EAFResult result = operation();
         FailingMemory::failAt(0);
         return result;
     }
@@ -56,6 +70,13 @@ TEST_F(OutOfMemoryTest, ObserverForWhichTheListCannotGrowIsRefusedWithoutAnExcep
     EXPECT_THAT(traces(), ElementsAre("error: registerObserver: out of memory for direction Tx"));
 }
 
+TEST_F(OutOfMemoryTest, NothingIsTracedOfARefusedObserverWhenNoMessageIsWanted) {
+    platform.trace().setThreshold(Standalone::TraceLevel::off);
+    EXPECT_EQ(subscribe(1), ResultFailed);
+    EXPECT_EQ(subscribe(2), ResultOk);
+    EXPECT_THAT(traces(), IsEmpty());
+}
+
 TEST_F(OutOfMemoryTest, ObserversFromBeforeAreStillTold) {
     EXPECT_EQ(subscribe(0), ResultOk);
     EXPECT_EQ(subscribe(2), ResultOk);
@@ -70,4 +91,29 @@ TEST_F(OutOfMemoryTest, RegistrationWorksOnceThereIsMemoryAgain) {
     EXPECT_THAT(traces(), IsEmpty());
     handler.setRfFrequency(1);
     EXPECT_EQ(told, 1);
+}
+
+TEST_F(OutOfMemoryTest, NoExceptionLeavesTheInitialisationOfAnyHandler) {
+    RL::FrequencyHandler::MicrowaveBoard::FrequencyHandler board("Tx", 2, true, false, false, false);
+    RL::FrequencyHandler::Rau::FrequencyHandler remote("Tx", -2000000000);
+    EXPECT_EQ(withoutFirstMemory([&] { return board.onModuleInit(); }), ResultFailed);
+    EXPECT_EQ(withoutFirstMemory([&] { return remote.onModuleInit(); }), ResultFailed);
+    EXPECT_EQ(withoutFirstMemory([&] { return handler.onModuleInit(); }), ResultFailed);
+    const std::string message = "error: onModuleInit failed: std::bad_alloc";
+    EXPECT_THAT(traces(), ElementsAre(message, message, message));
+}
+
+TEST_F(OutOfMemoryTest, NoExceptionLeavesTheReadingOfVariables) {
+    RL::FrequencyHandler::MicrowaveBoard::FrequencyHandler board("a longer name", 2, true, false, false,
+                                                                 false);
+    EXPECT_EQ(withoutFirstMemory([&] { return board.getVariablesFromDatabase(); }), ResultFailed);
+    EXPECT_EQ(withoutFirstMemory([&] { return board.getFFVariablesFromDatabase(); }), ResultFailed);
+    EXPECT_THAT(traces(), ElementsAre("error: getVariablesFromDatabase failed: std::bad_alloc",
+                                      "error: getFFVariablesFromDatabase failed: std::bad_alloc"));
+}
+
+TEST_F(OutOfMemoryTest, InitialisationFailsAlsoWhenNoMessageIsWanted) {
+    platform.trace().setThreshold(Standalone::TraceLevel::off);
+    EXPECT_EQ(withoutFirstMemory([&] { return handler.onModuleInit(); }), ResultFailed);
+    EXPECT_THAT(traces(), IsEmpty());
 }

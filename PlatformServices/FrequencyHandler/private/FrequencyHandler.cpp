@@ -117,7 +117,7 @@ void FrequencyHandler::build(std::int32_t channel, FrequencyHandlerType type) {
 }
 
 bool FrequencyHandler::hasHandlers(const char* operation) const {
-    if (m_pTxHandler != nullptr && m_pRxHandler != nullptr) {
+    if (m_pTxHandler != nullptr) { // there are both or none
         return true;
     }
     FH_TRACE(m_trace, TraceCode::error, "%s called on a module without handlers", operation);
@@ -149,11 +149,9 @@ EAFResult FrequencyHandler::onPhaseModuleStorageObjectsRetreived() {
     if (!hasHandlers("onPhaseModuleStorageObjectsRetreived")) {
         return ResultFailed;
     }
-    return guarded(m_trace, "onPhaseModuleStorageObjectsRetreived", [this] {
-        const bool isFailed = isFailure(m_pTxHandler->getVariablesFromDatabase()) ||
-                              isFailure(m_pRxHandler->getVariablesFromDatabase());
-        return isFailed ? ResultFailed : ResultOk;
-    });
+    const bool isFailed = isFailure(m_pTxHandler->getVariablesFromDatabase()) ||
+                          isFailure(m_pRxHandler->getVariablesFromDatabase());
+    return isFailed ? ResultFailed : ResultOk;
 }
 
 EAFResult FrequencyHandler::onPhasePostFrameformatLoad() {
@@ -161,11 +159,9 @@ EAFResult FrequencyHandler::onPhasePostFrameformatLoad() {
     if (!hasHandlers("onPhasePostFrameformatLoad")) {
         return ResultFailed;
     }
-    return guarded(m_trace, "onPhasePostFrameformatLoad", [this] {
-        const bool isFailed = isFailure(m_pTxHandler->getFFVariablesFromDatabase()) ||
-                              isFailure(m_pRxHandler->getFFVariablesFromDatabase());
-        return isFailed ? ResultFailed : ResultOk;
-    });
+    const bool isFailed = isFailure(m_pTxHandler->getFFVariablesFromDatabase()) ||
+                          isFailure(m_pRxHandler->getFFVariablesFromDatabase());
+    return isFailed ? ResultFailed : ResultOk;
 }
 
 EAFResult FrequencyHandler::setTxFrequency(unsigned long frequency) {

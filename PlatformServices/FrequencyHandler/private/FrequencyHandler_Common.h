@@ -22,7 +22,7 @@ class RADIO_API FrequencyHandler : public IFrequencyHandler {
 public:
     /**
      * Publishes the handler as "IFrequencyHandler_" + `name`, followed by "_" and the channel as a signed
-     * number when that is not 0. What the broker answers is not looked at.
+     * number when that is not 0; of that, 63 characters count. What the broker answers is not looked at.
      */
     FrequencyHandler(const std::string& name, unsigned long channel);
     /** Withdraws whatever is published under that name. Observers are left alone. */

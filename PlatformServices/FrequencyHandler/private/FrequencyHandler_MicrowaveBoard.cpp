@@ -70,16 +70,18 @@ FrequencyHandler::~FrequencyHandler() = default;
 // Initialisation
 
 EAFResult FrequencyHandler::onModuleInit() {
-    const DriverLookup lookup;
-    if (lookup.hasDriverLayer() && isFailure(bindDrivers(lookup))) {
-        return ResultFailed;
-    }
-    if (m_chargePumpTableValid) {
-        fetchChargePumpTable();
-    }
-    // With the carrier 0 the LO is the IF itself: the synthesiser starts there, with baseband offset and
-    // residue.
-    return writeIfFrequency(calculateIfPllFrequency(0));
+    return guarded(m_trace, "onModuleInit", [this] {
+        const DriverLookup lookup;
+        if (lookup.hasDriverLayer() && isFailure(bindDrivers(lookup))) {
+            return ResultFailed;
+        }
+        if (m_chargePumpTableValid) {
+            fetchChargePumpTable();
+        }
+        // With the carrier 0 the LO is the IF itself: the synthesiser starts there, with baseband offset and
+        // residue.
+        return writeIfFrequency(calculateIfPllFrequency(0));
+    });
 }
 
 EAFResult FrequencyHandler::bindDrivers(const DriverLookup& lookup) {

@@ -31,27 +31,30 @@ EAFResult FrequencyHandler::getStorageVariableByName(const std::string& name, in
 }
 
 EAFResult FrequencyHandler::getVariablesFromDatabase() {
-    const std::string prefix = driverPrefix();
+    return guarded(m_trace, "getVariablesFromDatabase", [this] {
+        const std::string prefix = driverPrefix();
 
-    if (isFailure(
-            getStorageVariableByName(prefix + "mixer.multiplicationfactor", &m_mixerMultiplicationFactor))) {
-        return ResultFailed;
-    }
-    // One temporary for both, deliberately: when the second variable is missing, the first decides both
-    // signs.
-    int isInverted = 0;
-    static_cast<void>(getStorageVariableByName(prefix + "rf.spectruminverted", &isInverted));
-    m_rfSideband = isInverted != 0 ? 1 : -1;
-    static_cast<void>(getStorageVariableByName(prefix + "baseband.spectruminverted", &isInverted));
-    m_ifSideband = isInverted != 0 ? 1 : -1;
+        if (isFailure(getStorageVariableByName(prefix + "mixer.multiplicationfactor",
+                                               &m_mixerMultiplicationFactor))) {
+            return ResultFailed;
+        }
+        // One temporary for both, deliberately: when the second variable is missing, the first decides both
+        // signs.
+        int isInverted = 0;
+        static_cast<void>(getStorageVariableByName(prefix + "rf.spectruminverted", &isInverted));
+        m_rfSideband = isInverted != 0 ? 1 : -1;
+        static_cast<void>(getStorageVariableByName(prefix + "baseband.spectruminverted", &isInverted));
+        m_ifSideband = isInverted != 0 ? 1 : -1;
 
-    if (m_useIfFrequency && isFailure(getStorageVariableByName(prefix + "if.frequency", &m_ifFrequency))) {
-        return ResultFailed;
-    }
-    if (isFailure(getStorageVariableByName(m_name + "IfBb", &m_ifBb))) {
-        return ResultFailed;
-    }
-    return m_useCsOffsetArray && isRx() ? readOffsetArrayAddresses() : ResultOk;
+        if (m_useIfFrequency &&
+            isFailure(getStorageVariableByName(prefix + "if.frequency", &m_ifFrequency))) {
+            return ResultFailed;
+        }
+        if (isFailure(getStorageVariableByName(m_name + "IfBb", &m_ifBb))) {
+            return ResultFailed;
+        }
+        return m_useCsOffsetArray && isRx() ? readOffsetArrayAddresses() : ResultOk;
+    });
 }
 
 EAFResult FrequencyHandler::readOffsetArrayAddresses() {
@@ -66,10 +69,12 @@ EAFResult FrequencyHandler::readOffsetArrayAddresses() {
 }
 
 EAFResult FrequencyHandler::getFFVariablesFromDatabase() {
-    if (isFailure(getStorageVariableByName(m_name + "IfBb", &m_ifBb))) {
-        return ResultFailed;
-    }
-    return (m_useDspRxFreqOffset || m_useCsOffsetArray) && isRx() ? readChannelSpacing() : ResultOk;
+    return guarded(m_trace, "getFFVariablesFromDatabase", [this] {
+        if (isFailure(getStorageVariableByName(m_name + "IfBb", &m_ifBb))) {
+            return ResultFailed;
+        }
+        return (m_useDspRxFreqOffset || m_useCsOffsetArray) && isRx() ? readChannelSpacing() : ResultOk;
+    });
 }
 
 EAFResult FrequencyHandler::readChannelSpacing() {

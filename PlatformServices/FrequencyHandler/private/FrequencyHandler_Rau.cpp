@@ -23,18 +23,20 @@ FrequencyHandler::FrequencyHandler(const std::string& name, int channel)
 FrequencyHandler::~FrequencyHandler() = default;
 
 EAFResult FrequencyHandler::onModuleInit() {
-    const std::string name = rauInterfaceName(m_channel);
-    m_pRauHandler = InterfaceBroker::getInstance().getInterface<IRauHandler>(name);
-    if (m_pRauHandler == nullptr) {
-        // Deliberately written unlike every other message: at level 1 as it stands, whatever the threshold,
-        // and never closed with endLogMsg.
-        constexpr OrbiTraceLevel unmappedLevel{1};
-        m_trace.beginLogMsg(unmappedLevel, __FILE__, __LINE__)
-            << "onModuleInit"
-            << "(): Error getting interface to " << name << std::endl;
-        return ResultFailed;
-    }
-    return ResultOk;
+    return guarded(m_trace, "onModuleInit", [this] {
+        const std::string name = rauInterfaceName(m_channel);
+        m_pRauHandler = InterfaceBroker::getInstance().getInterface<IRauHandler>(name);
+        if (m_pRauHandler == nullptr) {
+            // Deliberately written unlike every other message: at level 1 as it stands, whatever the
+            // threshold, and never closed with endLogMsg.
+            constexpr OrbiTraceLevel unmappedLevel{1};
+            m_trace.beginLogMsg(unmappedLevel, __FILE__, __LINE__)
+                << "onModuleInit"
+                << "(): Error getting interface to " << name << std::endl;
+            return ResultFailed;
+        }
+        return ResultOk;
+    });
 }
 
 EAFResult FrequencyHandler::getVariablesFromDatabase() {

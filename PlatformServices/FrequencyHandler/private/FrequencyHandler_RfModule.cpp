@@ -12,21 +12,23 @@ FrequencyHandler::FrequencyHandler(const std::string& name, int channel)
 FrequencyHandler::~FrequencyHandler() = default;
 
 EAFResult FrequencyHandler::onModuleInit() {
-    const DriverLookup lookup;
-    if (!lookup.hasDriverLayer()) {
-        FH_TRACE(m_trace, TraceCode::error, "Unable to get DriverLayer Interface");
-        return ResultFailed;
-    }
-    const std::string driverName = driverPrefix() + "rf.frequency";
-    const DriverLookupResult result = lookup.find(driverName, NeededOperation::write, rfFrequencyDriver);
-    if (!result.complete) {
-        // The driver layer's code is the level, also when it is a success that came with an incomplete
-        // record.
-        FH_TRACE(m_trace, result.code, "%s failed to get driver interface [%s] (EDriverResult = 0x%x)",
-                 "onModuleInit", driverName.c_str(), static_cast<unsigned>(result.code));
-        return ResultFailed;
-    }
-    return ResultOk;
+    return guarded(m_trace, "onModuleInit", [this] {
+        const DriverLookup lookup;
+        if (!lookup.hasDriverLayer()) {
+            FH_TRACE(m_trace, TraceCode::error, "Unable to get DriverLayer Interface");
+            return ResultFailed;
+        }
+        const std::string driverName = driverPrefix() + "rf.frequency";
+        const DriverLookupResult result = lookup.find(driverName, NeededOperation::write, rfFrequencyDriver);
+        if (!result.complete) {
+            // The driver layer's code is the level, also when it is a success that came with an incomplete
+            // record.
+            FH_TRACE(m_trace, result.code, "%s failed to get driver interface [%s] (EDriverResult = 0x%x)",
+                     "onModuleInit", driverName.c_str(), static_cast<unsigned>(result.code));
+            return ResultFailed;
+        }
+        return ResultOk;
+    });
 }
 
 EAFResult FrequencyHandler::getVariablesFromDatabase() {

@@ -1,0 +1,427 @@
+#include "ModelPlatform.h"
+
+#include "Arithmetic.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace Told {
+
+namespace {
+
+constexpr std::array words{
+    "broker-register",
+    "broker-unregister",
+    "broker-lookup",
+    "broker-open",
+    "broker-get",
+    "broker-close",
+    "module-register",
+    "module-unregister",
+    "module-register-c",
+    "callback-register",
+    "driver-lookup",
+    "driver-write",
+    "driver-write-buffer",
+    "driver-read",
+    "variable-get",
+    "variable-address",
+    "table-lookup",
+    "table-linear",
+    "table-bilinear",
+    "temperature-register",
+    "rau-tx",
+    "rau-rx",
+};
+
+const std::string nameless;
+
+std::int32_t mapped(Code numericLevel) {
+    if (isBad(numericLevel)) {
+        return 1;
+    }
+    return numericLevel == 256 ? 3 : numericLevel == 2048 ? 4 : 2;
+}
+
+template <typename Named>
+Handle placeOf(const std::vector<Named>& list, const std::string& name) {
+    const auto found =
+        std::find_if(list.begin(), list.end(), [&](const Named& item) { return item.name == name; });
+    return found != list.end() ? found - list.begin() : nowhere;
+}
+
+std::string remoteRadioName(std::int32_t channel) {
+    return channel == 0 ? "IRauHandler" : "IRauHandler_" + std::to_string(channel);
+}
+
+} // namespace
+
+ModelPlatform::ModelPlatform(const Board& board, Transcript& transcript)
+    : m_board(board),
+      m_transcript(transcript),
+      m_held(board.drivers.size()) {
+    setPresence("IDriverLayer", board.driverLayer);
+    setPresence("ITemperatureHandler", board.temperatureHandler);
+    for (const RemoteRadio& radio : board.remoteRadios) {
+        m_remoteRadios[remoteRadioName(radio.channel)] = {0, 0};
+        setPresence(remoteRadioName(radio.channel), radio.presence);
+    }
+}
+
+void ModelPlatform::say(Code numericLevel, const char* format, ...) {
+    if (m_board.threshold < mapped(numericLevel)) {
+        return;
+    }
+    std::array<char, 200> text{};
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text.data(), text.size(), format, arguments);
+    va_end(arguments);
+    m_transcript.trace(mapped(numericLevel), text.data());
+}
+
+void ModelPlatform::sayOpenly(std::int32_t level, const std::string& text) {
+    m_transcript.trace(level, text);
+    m_openMessages.push_back(text);
+}
+
+void ModelPlatform::endStep() {
+    for (const std::string& text : m_openMessages) {
+        m_transcript.note("not ended", text, 0);
+    }
+    m_openMessages.clear();
+    if (m_openHandles != 0) {
+        m_transcript.note("broker handles not given back", m_openHandles);
+    }
+}
+
+std::optional<ModelPlatform::Fault> ModelPlatform::faultFor(const Call& call) {
+    if (m_faultAt && --m_faultAt->first <= 0) {
+        Fault fault = m_faultAt->second;
+        if (fault.times == 1) {
+            m_faultAt.reset();
+        }
+        return fault;
+    }
+    for (auto fault = m_faults.rbegin(); fault != m_faults.rend(); ++fault) {
+        if (fault->operation == call.operation && (fault->object.empty() || fault->object == call.object)) {
+            Fault taken = *fault;
+            if (fault->times > 0 && --fault->times == 0) {
+                m_faults.erase(std::next(fault).base());
+            }
+            return taken;
+        }
+    }
+    return std::nullopt;
+}
+
+template <typename Work>
+Code ModelPlatform::answer(Call call, Work work) {
+    const std::optional<Fault> fault = faultFor(call);
+    Code code = ok;
+    if (!fault || !isBad(fault->code)) {
+        code = work(call.value);
+    } else if (fault->output && call.output != nullptr) {
+        *call.output = *fault->output;
+        call.value = *fault->output;
+    }
+    if (fault) {
+        code = fault->code;
+    }
+    m_transcript.call(words[static_cast<std::size_t>(call.operation)], call.object, call.value, call.x1,
+                      call.x2, code, call.bytes.data(), call.bytes.size());
+    ++m_calls;
+    disturb();
+    return code;
+}
+
+void ModelPlatform::setDisturbance(const std::optional<Disturbance>& disturbance) {
+    m_disturbance = disturbance;
+    disturb();
+}
+
+void ModelPlatform::disturb() {
+    if (m_disturbance && m_calls + 1 == m_disturbance->call) {
+        change(m_disturbance->before);
+    } else if (m_disturbance && m_calls == m_disturbance->call && m_disturbance->after) {
+        change(*m_disturbance->after);
+    }
+}
+
+Code ModelPlatform::plain(Op operation, const std::string& object, const std::function<Code()>& work) {
+    return answer({operation, object}, [&](std::int64_t& /*value*/) { return work(); });
+}
+
+Code ModelPlatform::publish(const std::string& name, void* object) {
+    return plain(Op::brokerRegister, name, [&] {
+        return m_published.emplace(name, Entry{Presence::present, object}).second ? ok : alreadyThere;
+    });
+}
+
+Code ModelPlatform::withdraw(const std::string& name) {
+    return plain(Op::brokerUnregister, name, [&] { return m_published.erase(name) != 0 ? ok : notFound; });
+}
+
+Presence ModelPlatform::look(const std::string& name) {
+    Presence seen = Presence::absent;
+    plain(Op::brokerLookup, name, [&] {
+        const auto entry = m_published.find(name);
+        if (entry == m_published.end() || entry->second.presence == Presence::null) {
+            return notFound;
+        }
+        seen = entry->second.presence;
+        return ok;
+    });
+    return seen;
+}
+
+void* ModelPlatform::objectAt(const std::string& name) const {
+    const auto entry = m_published.find(name);
+    return entry != m_published.end() ? entry->second.object : nullptr;
+}
+
+Code ModelPlatform::openBroker() {
+    return plain(Op::brokerOpen, nameless, [&] {
+        ++m_openHandles;
+        return ok;
+    });
+}
+
+Code ModelPlatform::getFromBroker(const std::string& name, bool& found) {
+    found = false;
+    return plain(Op::brokerGet, name, [&] {
+        const auto entry = m_published.find(name);
+        found = entry != m_published.end() && entry->second.presence == Presence::present;
+        return found ? ok : notFound;
+    });
+}
+
+void ModelPlatform::closeBroker() {
+    plain(Op::brokerClose, nameless, [&] {
+        --m_openHandles;
+        return ok;
+    });
+}
+
+Handle ModelPlatform::driverAt(const std::string& name) const {
+    return placeOf(m_board.drivers, name);
+}
+
+Handle ModelPlatform::variableAt(const std::string& name) const {
+    return placeOf(m_board.variables, name);
+}
+
+Code ModelPlatform::lookUpDriver(const std::string& name, Handle& driver) {
+    return plain(Op::driverLookup, name, [&] {
+        const Handle found = driverAt(name);
+        if (found == nowhere) {
+            return notFound;
+        }
+        driver = m_board.drivers[static_cast<std::size_t>(found)].nullRecord ? nowhere : found;
+        return ok;
+    });
+}
+
+bool ModelPlatform::has(Handle driver, unsigned wanted) const {
+    return driver != nowhere &&
+           (m_board.drivers[static_cast<std::size_t>(driver)].missingWords & wanted) == 0;
+}
+
+Code ModelPlatform::writeDriver(Handle driver, std::int32_t value, bool passesRecord) {
+    const auto place = static_cast<std::size_t>(driver);
+    if (!passesRecord && !has(driver, Word::context)) {
+        return badArgument; // the platform cannot tell which driver is meant
+    }
+    return answer({Op::driverWrite, m_board.drivers[place].name, value}, [&](std::int64_t& /*value*/) {
+        m_held[place] = {value, m_held[place].writes + 1};
+        return ok;
+    });
+}
+
+Code ModelPlatform::writeBytes(Handle driver, std::uint64_t value) {
+    const auto place = static_cast<std::size_t>(driver);
+    if (!has(driver, Word::context)) {
+        return badArgument;
+    }
+    Call call{Op::driverWriteBuffer, m_board.drivers[place].name, static_cast<std::int64_t>(value)};
+    for (std::uint64_t rest = value; call.bytes.size() < 8; rest /= 256) {
+        call.bytes.push_back(static_cast<std::uint8_t>(rest % 256));
+    }
+    return answer(call, [&](std::int64_t& given) {
+        m_held[place] = {given, m_held[place].writes + 1};
+        return ok;
+    });
+}
+
+Code ModelPlatform::readDriver(Handle driver, std::int32_t& value) {
+    const auto place = static_cast<std::size_t>(driver);
+    if (!has(driver, Word::context)) {
+        return badArgument;
+    }
+    Call call{Op::driverRead, m_board.drivers[place].name};
+    call.output = &value;
+    return answer(call, [&](std::int64_t& given) {
+        value = m_board.readings[m_readingsGiven++ % m_board.readings.size()];
+        given = value;
+        m_held[place].value = value;
+        return ok;
+    });
+}
+
+Code ModelPlatform::lookUpVariable(const std::string& name, Handle& variable) {
+    return answer({Op::variableGet, name}, [&](std::int64_t& given) {
+        const Handle found = variableAt(name);
+        if (found == nowhere) {
+            return notFound;
+        }
+        const Variable& there = m_board.variables[static_cast<std::size_t>(found)];
+        variable = there.nullRecord ? nowhere : found;
+        given = there.values.front();
+        return ok;
+    });
+}
+
+Code ModelPlatform::lookUpContent(const std::string& name, Handle& variable) {
+    return answer({Op::variableAddress, name}, [&](std::int64_t& given) {
+        const Handle found = variableAt(name);
+        if (found == nowhere) {
+            return notFound;
+        }
+        variable = hasContent(found) ? found : nowhere;
+        given = m_board.variables[static_cast<std::size_t>(found)].values.front();
+        return ok;
+    });
+}
+
+bool ModelPlatform::hasContent(Handle variable) const {
+    return variable != nowhere && !m_board.variables[static_cast<std::size_t>(variable)].noContent;
+}
+
+std::int32_t ModelPlatform::content(Handle variable, std::size_t index) const {
+    return m_board.variables[static_cast<std::size_t>(variable)].values[index];
+}
+
+Code ModelPlatform::lookUpTable(const std::string& name, Handle& table) {
+    return plain(Op::tableLookup, name, [&] {
+        const Handle found = placeOf(m_board.tables, name);
+        table = found != nowhere ? found : table;
+        return found != nowhere ? ok : notFound;
+    });
+}
+
+Code ModelPlatform::interpolate(Handle table, std::int32_t x, std::int32_t& value) {
+    const Table* const there = table != nowhere ? &m_board.tables[static_cast<std::size_t>(table)] : nullptr;
+    Call call{Op::tableLinear, there != nullptr ? there->name : nameless, 0, x, 0, &value};
+    return answer(call, [&](std::int64_t& given) {
+        if (there == nullptr || !there->axis2.empty()) {
+            return badArgument;
+        }
+        value = interpolated(*there, x, 0);
+        given = value;
+        return ok;
+    });
+}
+
+Code ModelPlatform::interpolate(Handle table, std::int32_t x1, std::int32_t x2, std::int32_t& value) {
+    const Table* const there = table != nowhere ? &m_board.tables[static_cast<std::size_t>(table)] : nullptr;
+    Call call{Op::tableBilinear, there != nullptr ? there->name : nameless, 0, x1, x2, &value};
+    return answer(call, [&](std::int64_t& given) {
+        if (there == nullptr || there->axis2.empty()) {
+            return badArgument;
+        }
+        value = interpolated(*there, x1, x2);
+        given = value;
+        return ok;
+    });
+}
+
+Code ModelPlatform::setRemoteRadio(Op operation, const std::string& name, std::uint32_t frequency) {
+    return answer({operation, name, frequency}, [&](std::int64_t& /*value*/) {
+        m_remoteRadios[name][operation == Op::rauRx ? 1 : 0] = frequency;
+        return ok;
+    });
+}
+
+void ModelPlatform::setPresence(const std::string& name, Presence presence) {
+    if (presence == Presence::absent) {
+        m_published.erase(name);
+    } else {
+        m_published[name] = {presence, nullptr};
+    }
+}
+
+void ModelPlatform::change(const Step& step) {
+    const Handle driver = driverAt(step.name);
+    const Handle variable = variableAt(step.name);
+    const auto& number = step.number;
+    const std::optional<std::int32_t> output =
+        step.hasOutput ? std::optional(static_cast<std::int32_t>(number[3])) : std::nullopt;
+    switch (step.what) {
+    case Do::setVariable:
+        if (variable != nowhere) {
+            std::vector<std::int32_t>& values = m_board.variables[static_cast<std::size_t>(variable)].values;
+            for (std::size_t i = 0; i < step.values.size() && step.values.size() <= values.size(); ++i) {
+                values[i] = step.values[i];
+            }
+        }
+        break;
+    case Do::hideContent:
+        if (variable != nowhere) {
+            m_board.variables[static_cast<std::size_t>(variable)].noContent = number[0] != 0;
+        }
+        break;
+    case Do::setWords:
+        if (driver != nowhere) {
+            m_board.drivers[static_cast<std::size_t>(driver)].missingWords = static_cast<unsigned>(number[0]);
+        }
+        break;
+    case Do::nullRecord:
+        if (driver != nowhere) {
+            m_board.drivers[static_cast<std::size_t>(driver)].nullRecord = true;
+        }
+        if (variable != nowhere) {
+            m_board.variables[static_cast<std::size_t>(variable)].nullRecord = true;
+        }
+        break;
+    case Do::setPresence:
+        setPresence(step.name, static_cast<Presence>(number[0]));
+        break;
+    case Do::setThreshold:
+        m_board.threshold = static_cast<std::int32_t>(number[0]);
+        break;
+    case Do::fault:
+        if (number[2] != 0) {
+            m_faults.push_back(
+                {static_cast<Op>(number[0]), step.name, static_cast<Code>(number[1]), number[2], output});
+        }
+        break;
+    case Do::faultAt:
+        m_faultAt = {number[0],
+                     {std::nullopt, {}, static_cast<Code>(number[1]), number[2] != 0 ? -1 : 1, output}};
+        break;
+    default:
+        clearFaults();
+        break;
+    }
+}
+
+void ModelPlatform::clearFaults() {
+    m_faults.clear();
+    m_faultAt.reset();
+}
+
+void ModelPlatform::tellValues() {
+    for (std::size_t i = 0; i < m_held.size(); ++i) {
+        if (m_held[i].writes != 0) {
+            m_transcript.note("held by", m_board.drivers[i].name, m_held[i].value);
+            m_transcript.note("writes to", m_board.drivers[i].name, m_held[i].writes);
+        }
+    }
+    for (const auto& [name, frequencies] : m_remoteRadios) {
+        m_transcript.note("transmits", name, frequencies[0]);
+        m_transcript.note("receives", name, frequencies[1]);
+    }
+}
+
+} // namespace Told

@@ -1,0 +1,172 @@
+#include "Runner.h"
+
+#include <unistd.h>
+
+using Standalone::Call;
+using Standalone::Operation;
+
+namespace Told {
+
+namespace {
+
+/** Where the library's sleeping is written down. */
+Transcript* sleepingIn = nullptr;
+
+} // namespace
+
+Runner::Runner(const Board& board, Transcript& transcript)
+    : m_transcript(transcript),
+      m_readings(board.readings) {
+    sleepingIn = &transcript;
+    setUp(board);
+    m_platform.calls().setRecording(false);
+    m_platform.calls().setListener([this](const Call& call) { listen(call); });
+    m_platform.trace().setThreshold(OrbiTraceLevel{board.threshold});
+    m_platform.trace().setSink([this](const Standalone::TraceMessage& message) {
+        m_transcript.trace(message.level, message.text);
+        constexpr const char* folder = "PlatformServices/FrequencyHandler/private/";
+        if (message.source != "QVX.FH" || message.file.find(folder) == std::string::npos ||
+            message.line <= 0) {
+            m_transcript.note("strange source", message.file, message.line);
+        }
+    });
+}
+
+Runner::~Runner() {
+    sleepingIn = nullptr;
+}
+
+void Runner::setUp(const Board& board) {
+    for (const Told::Driver& driver : board.drivers) {
+        Standalone::Driver& made = m_platform.drivers().add(driver.name, driver.missingWords);
+        m_drivers.push_back(&made);
+        made.setSource([this] { return m_readings[m_readingsGiven++ % m_readings.size()]; });
+        if (driver.nullRecord) {
+            m_platform.drivers().giveNullRecord(driver.name);
+        }
+    }
+    for (const Told::Variable& variable : board.variables) {
+        m_platform.variables().add(variable.name, variable.values).setContentMissing(variable.noContent);
+        if (variable.nullRecord) {
+            m_platform.variables().giveNullRecord(variable.name);
+        }
+    }
+    for (const Told::Table& table : board.tables) {
+        m_platform.tables().add({table.name, table.axis1, table.axis2, table.values});
+    }
+    const auto presence = [](Told::Presence shown) { return static_cast<Standalone::Presence>(shown); };
+    for (const RemoteRadio& radio : board.remoteRadios) {
+        m_platform.setPresence(m_platform.addRau(radio.channel).name(), presence(radio.presence));
+    }
+    m_platform.setPresence("IDriverLayer", presence(board.driverLayer));
+    m_platform.setPresence("ITemperatureHandler", presence(board.temperatureHandler));
+}
+
+void Runner::listen(const Call& call) {
+    m_transcript.call(Standalone::toString(call.operation), call.object, call.value, call.at[0], call.at[1],
+                      call.code, call.bytes.data(), call.bytes.size());
+    ++m_calls;
+    if (m_faultAt) {
+        if (m_faultAt->isLoaded && !m_faultAt->forGood) {
+            unloadFault();
+            m_faultAt.reset();
+        } else {
+            loadFault();
+        }
+    }
+    if (m_listener) {
+        m_listener(m_step, call);
+    }
+    disturb();
+}
+
+/** Has whatever call comes next fail, if it is the one. */
+void Runner::loadFault() {
+    if (!m_faultAt || m_faultAt->isLoaded || m_calls + 1 < m_faultAt->call) {
+        return;
+    }
+    Standalone::Calls& calls = m_platform.calls();
+    m_faultAt->isLoaded = true;
+    m_faultsBeside = calls.faults();
+    for (const Operation operation : Standalone::allOperations()) {
+        calls.inject({operation, {}, m_faultAt->code, {}, m_faultAt->output});
+    }
+}
+
+void Runner::unloadFault() {
+    if (m_faultAt && m_faultAt->isLoaded) {
+        Standalone::Calls& calls = m_platform.calls();
+        m_faultAt->isLoaded = false;
+        calls.clearAll();
+        for (const Standalone::Fault& fault : m_faultsBeside) {
+            calls.inject(fault);
+        }
+    }
+}
+
+void Runner::disturb() {
+    if (m_disturbance && m_calls + 1 == m_disturbance->call) {
+        change(m_disturbance->before);
+    } else if (m_disturbance && m_calls == m_disturbance->call && m_disturbance->after) {
+        change(*m_disturbance->after);
+    }
+}
+
+void Runner::play(const Story& story) {
+    m_disturbance = story.disturbance;
+    disturb();
+    for (const Step& step : story.steps) {
+        m_transcript.note("step", static_cast<std::int64_t>(step.what));
+        play(step);
+        endStep();
+        ++m_step;
+    }
+    m_transcript.note("end", 0);
+    m_platform.temperature().forgetObservers();
+    for (std::int64_t slot = 0; slot < slotCount; ++slot) {
+        destroyModule(slot);
+    }
+    for (std::int64_t slot = 0; slot < slotCount; ++slot) {
+        destroyHandler(slot);
+    }
+    for (std::int64_t slot = 0; slot < slotCount; ++slot) {
+        destroyCanceller(slot);
+    }
+    endStep();
+    tellValues();
+}
+
+void Runner::endStep() {
+    for (const Standalone::TraceMessage& message : m_platform.trace().messages()) {
+        if (!message.ended) {
+            m_transcript.note("not ended", message.text, 0);
+        }
+    }
+    m_platform.trace().clear();
+    if (const std::size_t open = m_platform.interfaces().openHandles()) {
+        m_transcript.note("broker handles not given back", static_cast<std::int64_t>(open));
+    }
+}
+
+void Runner::tellValues() {
+    for (const Standalone::Driver* const driver : m_drivers) {
+        if (driver->wasWritten()) {
+            m_transcript.note("held by", driver->name(), driver->value());
+            m_transcript.note("writes to", driver->name(), static_cast<std::int64_t>(driver->writes()));
+        }
+    }
+    for (const auto& [name, radio] : m_platform.raus()) {
+        m_transcript.note("transmits", name, static_cast<std::int64_t>(radio->txFrequency()));
+        m_transcript.note("receives", name, static_cast<std::int64_t>(radio->rxFrequency()));
+    }
+}
+
+} // namespace Told
+
+/** Stands in for the system's: nobody waits, and it is written down. */
+extern "C" int usleep(useconds_t microseconds) {
+    if (Told::sleepingIn != nullptr) {
+        Told::sleepingIn->note("sleep", microseconds);
+    }
+    return 0;
+}

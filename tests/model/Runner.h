@@ -1,0 +1,108 @@
+#ifndef TESTS_MODEL_RUNNER_H
+#define TESTS_MODEL_RUNNER_H
+
+#include "CTxIQImbalanceHandler.h"
+#include "FrequencyHandler.h"
+#include "FrequencyHandler_Common.h"
+#include "LoCancellation.h"
+#include "Story.h"
+#include "Transcript.h"
+#include "standalone/Platform.h"
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace Told {
+
+/** Plays a story with the library on a stand-alone platform and writes down what happens. */
+class Runner {
+public:
+    Runner(const Board& board, Transcript& transcript);
+    Runner(const Runner&) = delete;
+    Runner& operator=(const Runner&) = delete;
+    ~Runner();
+
+    void play(const Story& story);
+    /** Is told of every call of the platform, and of the step in which it came: from 0, and one more at the
+     * end. */
+    void setListener(std::function<void(std::size_t, const Standalone::Call&)> listener) {
+        m_listener = std::move(listener);
+    }
+
+private:
+    using Handler = RL::FrequencyHandler::Common::FrequencyHandler;
+    class ListeningObserver;
+    struct ObserverInC;
+
+    void setUp(const Board& board);
+    template <typename Wanted>
+    Wanted* published(const std::string& name);
+    void listen(const Standalone::Call& call);
+    void disturb();
+    void loadFault();
+    void unloadFault();
+
+    void play(const Step& step);
+    void playWithModule(const Step& step, ::FrequencyHandler* module);
+    void playWithHandler(const Step& step, Handler& handler);
+    void observe(const Step& step, Handler& handler);
+    void playWithCanceller(const Step& step, LoCancellation& canceller);
+    void calibrate(LoCancellation& canceller, const Calibration& calibration);
+    void playWithCompensation(const Step& step, CTxIQImbalanceHandler* compensation);
+    void make(const Step& step);
+    void change(const Step& step);
+    void plan(const Step& step, Handler& handler);
+    void runPhase(std::int64_t phase);
+    void destroyModule(std::int64_t slot);
+    void destroyHandler(std::int64_t slot);
+    void destroyCanceller(std::int64_t slot);
+    void endStep();
+    void tellValues();
+    void answer(std::int32_t code) { m_transcript.note("answer", code); }
+
+    Transcript& m_transcript;
+    Standalone::Platform m_platform;
+    std::vector<Standalone::Driver*> m_drivers;
+    std::vector<std::int32_t> m_readings;
+    std::size_t m_readingsGiven = 0;
+    std::int64_t m_calls = 0;
+    std::function<void(std::size_t, const Standalone::Call&)> m_listener;
+    std::size_t m_step = 0;
+    std::optional<Disturbance> m_disturbance;
+
+    struct FaultAt {
+        std::int64_t call;
+        std::int32_t code;
+        bool forGood;
+        std::optional<std::int32_t> output;
+        bool isLoaded = false;
+    };
+    std::optional<FaultAt> m_faultAt;
+    std::vector<Standalone::Fault> m_faultsBeside;
+
+    /** What the story made. */
+    struct Slots {
+        Slots();
+        Slots(const Slots&) = delete;
+        Slots& operator=(const Slots&) = delete;
+        ~Slots();
+        std::vector<std::unique_ptr<ListeningObserver>> observers;
+        std::vector<std::unique_ptr<ObserverInC>> observersInC;
+        std::array<std::unique_ptr<::FrequencyHandler>, slotCount> modules;
+        std::array<std::unique_ptr<Handler>, slotCount> handlers;
+        std::array<std::unique_ptr<LoCancellation>, slotCount> cancellers;
+        std::array<std::unique_ptr<CTxIQImbalanceHandler>, slotCount> compensations;
+        /** The steps that made them. */
+        std::array<Step, slotCount> moduleSteps{};
+        std::array<Step, slotCount> handlerSteps{};
+        std::array<Step, slotCount> cancellerSteps{};
+    };
+    Slots m_slots;
+};
+
+} // namespace Told
+
+#endif

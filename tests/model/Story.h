@@ -1,0 +1,179 @@
+#ifndef TESTS_MODEL_STORY_H
+#define TESTS_MODEL_STORY_H
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/**
+ * What is told twice, once by the library on the stand-alone platform and once by the model: a board, and
+ * what is done with it step by step. Plain data that neither side changes.
+ */
+namespace Told {
+
+/** How an interface of the platform shows itself; numbered as the stand-alone platform does. */
+enum class Presence : std::uint8_t { present, absent, null, foreign, nullRecord };
+
+/** The words that a driver's record may lack; numbered as the stand-alone platform does. */
+enum Word : unsigned { context = 1, write = 2, writeBuffer = 4, read = 8 };
+
+struct Driver {
+    std::string name;
+    /** The words that are null, a combination of Word. */
+    unsigned missingWords = 0;
+    /** A lookup answers success and gives null. */
+    bool nullRecord = false;
+};
+
+struct Variable {
+    std::string name;
+    std::vector<std::int32_t> values;
+    /** The record shows a null content. */
+    bool noContent = false;
+    /** A lookup by name answers success and gives null. */
+    bool nullRecord = false;
+};
+
+/** A table with one axis or, when `axis2` is not empty, two. */
+struct Table {
+    std::string name;
+    std::vector<std::int32_t> axis1;
+    std::vector<std::int32_t> axis2;
+    std::vector<std::int32_t> values;
+};
+
+struct RemoteRadio {
+    std::int32_t channel;
+    Presence presence = Presence::present;
+};
+
+struct Board {
+    std::vector<Driver> drivers;
+    std::vector<Variable> variables;
+    std::vector<Table> tables;
+    std::vector<RemoteRadio> remoteRadios;
+    Presence driverLayer = Presence::present;
+    Presence temperatureHandler = Presence::present;
+    /** What the detectors give, one reading after the other and over again; not empty. */
+    std::vector<std::int32_t> readings{0};
+    /** The threshold of the trace. */
+    std::int32_t threshold = 4;
+};
+
+/** What is done in a step. Behind each: what its `name` and its `number`s mean. */
+enum class Do : std::uint8_t {
+    makeModule,         ///< slot, channel, type
+    destroyModule,      ///< slot
+    moduleInit,         ///< slot
+    moduleStorage,      ///< slot
+    moduleFrameFormat,  ///< slot
+    setTx,              ///< slot, frequency
+    setRx,              ///< slot, frequency
+    moduleTemperature,  ///< slot, temperature
+    contextTemperature, ///< slot (negative: a null context), temperature
+
+    makeHandler,    ///< name: direction; slot, HandlerKind, channel, flags (of the microwave board)
+    destroyHandler, ///< slot
+
+    makeCanceller,       ///< slot, channel
+    initializeCanceller, ///< slot
+    destroyCanceller,    ///< slot
+
+    makeCompensation,        ///< slot, channel
+    initializeCompensation,  ///< slot
+    compensationPhase,       ///< slot (negative: a null context), phase
+    compensationTemperature, ///< slot (negative: a null context), temperature
+    compensate,              ///< slot
+    txChanged,               ///< slot, frequency
+    testOperations,          ///< slot
+
+    phase,       ///< phase, in the order of the module manager
+    temperature, ///< temperature, through the temperature service
+
+    // With the handler that is published under `name`.
+    handlerInit,
+    handlerVariables,
+    handlerFrameFormat,
+    handlerWrite, ///< frequency
+    handlerSet,   ///< frequency
+    handlerGet,
+    plan,              ///< frequency, exact: the five calculations of the microwave board
+    observe,           ///< number of the observer
+    observeNull,       ///< a null observer
+    observeFromC,      ///< number of the observer
+    observeBadlyFromC, ///< 0: null record, 1: null function, 2: null handler
+
+    // With the canceller that is published under `name`.
+    cancellerInit,
+    correct,   ///< frequency, temperature
+    setIq,     ///< I, Q
+    calibrate, ///< the calibration of the step
+
+    // With the platform.
+    setVariable,  ///< name; the step's values
+    hideContent,  ///< name; 1: the content is null, 0: it is there again
+    setWords,     ///< name; the driver's missing words
+    nullRecord,   ///< name; lookups of this driver and this variable give null from now on
+    setPresence,  ///< name; Presence
+    setThreshold, ///< threshold
+    fault,        ///< name (empty: any); operation, code, times (negative: for good), output (see hasOutput)
+    clearFaults,
+    faultAt, ///< how many calls later, code, 1: from then on, output (see hasOutput)
+};
+
+enum class HandlerKind : std::uint8_t { microwave, rfModule, rau };
+
+/** The name under which a handler is published: of a long one, what counts. */
+inline std::string handlerName(const std::string& direction, std::int64_t channel) {
+    return ("IFrequencyHandler_" + direction + (channel != 0 ? "_" + std::to_string(channel) : ""))
+        .substr(0, 63);
+}
+
+/** The flags of a microwave board. */
+enum Flag : unsigned { useIf = 1, useHalfSpacing = 2, useOffsetArray = 4, inHz = 8 };
+
+struct Calibration {
+    std::int32_t iLow, iHigh, qLow, qHigh;
+    double shrinkFactor;
+    std::int32_t minDelta;
+    std::uint32_t maxIterations;
+    std::uint32_t settleTimeMs;
+    std::uint32_t iterations;
+    bool useHighDetector;
+    /** The places for results that are null: 1 for I, 2 for Q, 4 for the delta, 8 for the iterations. */
+    unsigned nullPlaces;
+};
+
+struct Step {
+    Do what;
+    std::string name{};
+    std::array<std::int64_t, 4> number{};
+    /** Whether a fault leaves its fourth number where the call has an int to give back. */
+    bool hasOutput = false;
+    std::vector<std::int32_t> values{};
+    Calibration calibration{};
+};
+
+/** How many modules, handlers, cancellers and compensations there may be. */
+constexpr std::int64_t slotCount = 2;
+
+/** What is done to the platform between two calls. */
+struct Disturbance {
+    /** The number of the call, from 1 on, before which it is done. */
+    std::int64_t call;
+    Step before;
+    /** What is done right after that call; nothing: all stays as it is. */
+    std::optional<Step> after;
+};
+
+struct Story {
+    Board board;
+    std::vector<Step> steps;
+    std::optional<Disturbance> disturbance{};
+};
+
+} // namespace Told
+
+#endif
