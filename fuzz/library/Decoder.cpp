@@ -1,11 +1,10 @@
 #include "Decoder.h"
 
-#include "Bytes.h"
 #include "FullBoard.h"
+#include "Numbers.h"
 
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -15,8 +14,6 @@ using Told::Step;
 
 namespace {
 
-constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
-constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
 constexpr std::size_t mostSteps = 40;
 
 constexpr std::array<std::int32_t, 8> channels{1, 1, 1, 0, 2, -1, 3, lowest};
@@ -25,33 +22,9 @@ constexpr std::array<std::int32_t, 16> codes{0x8000, 0x8001, 0x8123, 0xFFFF, hig
                                              2048,   -1,     lowest, 0,      0x8000,  0x8123, 0x8800, 3};
 constexpr std::array<std::int32_t, 16> spacings{50,  100, 125, 150, 200, 250,  300, 350,
                                                 400, 450, 500, 550, 600, 3000, 0,   7};
-constexpr std::array<std::int32_t, 16> remarkable{0,   1,    -1,     lowest, highest, 500,    499,     2,
-                                                  250, 3000, 140000, 1000,   -140000, 999999, 4000000, -4000};
 /** Directions, the last longer than what counts of the name of an interface, and than a message has room for.
  */
 const std::array<std::string, 6> directions{"Tx", "Rx", "TX", "rx", "", std::string(150, 'x')};
-
-std::int32_t anyNumber(Bytes& bytes) {
-    const std::uint32_t how = bytes.byte();
-    if (how < 128) {
-        return static_cast<std::int32_t>(how) - 32;
-    }
-    return how < 224 ? remarkable[how % remarkable.size()] : static_cast<std::int32_t>(bytes.word());
-}
-
-std::uint32_t anyFrequency(Bytes& bytes) {
-    const std::uint32_t how = bytes.byte();
-    if (how < 160) {
-        return 17'000'000U + how * 12'500U + bytes.byte();
-    }
-    return static_cast<std::uint32_t>(how < 200 ? remarkable[how % remarkable.size()]
-                                                : static_cast<std::int32_t>(bytes.word()));
-}
-
-std::int32_t anyTemperature(Bytes& bytes) {
-    const std::uint32_t how = bytes.byte();
-    return how < 240 ? static_cast<std::int32_t>(how) - 80 : anyNumber(bytes);
-}
 
 bool endsWith(const std::string& text, const std::string& end) {
     return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
@@ -200,6 +173,9 @@ std::vector<std::int32_t> Decoder::valuesFor(const Told::Variable& variable) {
     if (variable.name == "ChannelSpacing") {
         return {m_bytes.oneOf(spacings)};
     }
+    if (variable.name == "HwCodeDsp" && m_bytes.below(2) != 0) {
+        return {3}; // the one that is asked for
+    }
     return {anyNumber(m_bytes)};
 }
 
@@ -342,9 +318,7 @@ void Decoder::decodeCancellerStep() {
         *bound =
             (how & 64U) != 0 ? static_cast<std::int32_t>(m_bytes.byte()) * 16 - 2048 : anyNumber(m_bytes);
     }
-    const std::uint32_t factor = m_bytes.byte();
-    c.shrinkFactor = factor < 224 ? static_cast<double>(factor) / 224.0
-                                  : static_cast<double>(static_cast<std::int32_t>(m_bytes.word())) / 65536.0;
+    c.shrinkFactor = anyFactor(m_bytes);
     c.minDelta = anyNumber(m_bytes);
     c.maxIterations = static_cast<std::uint32_t>(m_bytes.below(6));
     const std::uint32_t rest = m_bytes.byte();
