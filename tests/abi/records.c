@@ -11,6 +11,16 @@
 #define WORD(number, record, member)                                                                         \
     typedef char record##_##member[offsetof(record, member) == (number) * sizeof(void*) ? 1 : -1]
 
+/* Does not compile unless the record ends after so many words: who has compiled it with more reads behind it.
+ */
+#define WORDS(count, record) typedef char record##_size[sizeof(record) == (count) * sizeof(void*) ? 1 : -1]
+
+WORDS(3, FrequencyHandlerCStruct);
+WORDS(2, IFrequencyObserver);
+WORDS(4, DriverInterface);
+WORDS(2, ITemperatureObserver);
+WORDS(2, ModuleCallbackRecord);
+
 WORD(0, FrequencyHandlerCStruct, handler);
 WORD(1, FrequencyHandlerCStruct, registerObserver);
 WORD(2, FrequencyHandlerCStruct, m_channel);

@@ -108,16 +108,48 @@ class Depth:
         return self.known[name]
 
 
-def exported_operations(nm, library, graph):
-    """(symbol, node of the graph) of each; symbols at one address are one function, of which the graph knows one name."""
-    at = {}
-    for line in run(nm, "--defined-only", library).splitlines():
-        address, _, symbol = line.split()
-        at.setdefault(address, set()).add(symbol)
-    for line in run(nm, "-D", "--defined-only", library).splitlines():
-        address, kind, symbol = line.split()
-        if kind in "TW" and not symbol.startswith("_ZT"):
-            yield symbol, next((name for name in sorted(at[address]) if name in graph.frames), None)
+class Symbols:
+    """Symbols at one address are one function, of which the graph knows one name."""
+
+    def __init__(self, nm, library, graph):
+        self.graph = graph
+        self.exported = []
+        self.addresses = {}
+        self.at = {}
+        for line in run(nm, "--defined-only", library).splitlines():
+            address, _, symbol = line.split()
+            self.addresses[symbol] = address
+            self.at.setdefault(address, set()).add(symbol)
+        for line in run(nm, "-D", "--defined-only", library).splitlines():
+            _, kind, symbol = line.split()
+            if kind in "TW" and not symbol.startswith("_ZT"):
+                self.exported.append(symbol)
+        undefined = run(nm, "-D", "--undefined-only", library).splitlines()
+        self.elsewhere = {line.split()[-1].partition("@")[0] for line in undefined}
+
+    def node(self, symbol):
+        """The function's name in the graph; None for a function that the graph does not know."""
+        same = self.at.get(self.addresses.get(symbol), ())
+        return next((name for name in [symbol, *sorted(same)] if name in self.graph.frames), None)
+
+
+def resolve_aliases(graph, symbols):
+    """Has every call lead to the one name that the graph knows of a function. Gives the calls that lead nowhere."""
+    wrong = []
+    for caller, callees in graph.calls.items():
+        for callee in sorted(callees - graph.frames.keys() - {INDIRECT}):
+            callees.discard(callee)
+            file, _, symbol = callee.rpartition(":")
+            symbol = re.sub(r"\.localalias$", "", symbol)
+            if symbol.startswith("*.LTHUNK"):  # a thunk, or the deleting destructor, calls what it stands for
+                symbol = re.sub(r"^_ZT(?:hn?\d+|vn?\d+_n?\d+)_", "_Z", caller).replace("D0Ev", "D1Ev")
+            base = re.sub("D1Ev$", "D2Ev", symbol)  # the same function, unless there are virtual bases
+            node = next((node for node in (symbols.node(symbol), f"{file}:{base}", base) if node in graph.frames), None)
+            if node is not None:
+                callees.add(node)
+            elif symbol not in symbols.elsewhere and not symbol.startswith(("__aeabi_", "__builtin_")):
+                wrong.append(f"{caller} calls {callee}, which is not in the call graph")
+    return wrong
 
 
 def main():
@@ -141,10 +173,13 @@ def main():
 
     graph = CallGraph(directory)
     names = readable(set(graph.frames) | set(graph.calls))
+    symbols = Symbols(nm, library, graph)
+    wrong += resolve_aliases(graph, symbols)
     wrong += resolve_indirect_calls(graph, names, table)
     depth = Depth(graph)
     operations = {}  # both forms of a destructor have one name
-    for symbol, node in exported_operations(nm, library, graph):
+    for symbol in symbols.exported:
+        node = symbols.node(symbol)
         if node is None:
             wrong.append(f"{symbol}: not in the call graph")
         else:
