@@ -170,9 +170,3 @@ extern "C" int usleep(useconds_t microseconds) {
     }
     return 0;
 }
-
-/** A C observer's wrapper lives as long as the process by design, and nothing points to it once its handler
- * is gone. */
-extern "C" const char* __lsan_default_suppressions() { // NOLINT: the name is the sanitizer's
-    return "leak:IFrequencyHandler::registerObserver\n";
-}

@@ -91,6 +91,8 @@ private:
         ~Slots();
         std::vector<std::unique_ptr<ListeningObserver>> observers;
         std::vector<std::unique_ptr<ObserverInC>> observersInC;
+        /** What the library makes of them, and leaves to live as long as the process. */
+        std::vector<std::unique_ptr<Observer<IFrequencyHandler>>> wrappers;
         std::array<std::unique_ptr<::FrequencyHandler>, slotCount> modules;
         std::array<std::unique_ptr<Handler>, slotCount> handlers;
         std::array<std::unique_ptr<LoCancellation>, slotCount> cancellers;

@@ -4,6 +4,7 @@
 #include "FrequencyHandler_Rau.h"
 #include "FrequencyHandler_RfModule.h"
 #include "Runner.h"
+#include "RunnerObservers.h"
 
 namespace Told {
 
@@ -24,36 +25,6 @@ std::uint32_t uint32(std::int64_t number) {
 }
 
 } // namespace
-
-class Runner::ListeningObserver final : public Observer<IFrequencyHandler> {
-public:
-    ListeningObserver(Transcript& transcript, std::int64_t number, const IFrequencyHandler& subject)
-        : m_transcript(transcript),
-          m_number(number),
-          m_subject(subject) {}
-
-    void onChange(IFrequencyHandler* subject) override {
-        m_transcript.note(subject == &m_subject ? "observer" : "observer of another",
-                          std::to_string(m_number), static_cast<std::int64_t>(subject->getFrequency()));
-    }
-
-private:
-    Transcript& m_transcript;
-    std::int64_t m_number;
-    const IFrequencyHandler& m_subject;
-};
-
-struct Runner::ObserverInC {
-    Transcript& transcript;
-    std::int64_t number;
-
-    static void hear(void* context, unsigned long channel, unsigned long frequency) {
-        const auto& observer = *static_cast<ObserverInC*>(context);
-        observer.transcript.note("observer in C", std::to_string(observer.number),
-                                 static_cast<std::int64_t>(frequency));
-        observer.transcript.note("of channel", static_cast<std::int32_t>(channel));
-    }
-};
 
 Runner::Slots::Slots() = default;
 Runner::Slots::~Slots() = default;
@@ -281,6 +252,7 @@ void Runner::observe(const Step& step, Handler& handler) {
     if (step.what == Do::observeFromC) {
         answer(record.registerObserver(record.handler, &observer));
         observer = {}; // it is read once
+        m_slots.wrappers.emplace_back(ObserversOf::last(handler));
         return;
     }
     observer.onFrequencyChanged = number == 1 ? nullptr : observer.onFrequencyChanged;
