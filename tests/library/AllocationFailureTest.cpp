@@ -146,9 +146,10 @@ TEST_F(AllocationFailureTest, EachAllocationOfAnIqCompensationsLifeMayFail) {
         addCompensation(channel);
         compensations.push_back(std::make_unique<CTxIQImbalanceHandler>(static_cast<unsigned long>(channel)));
     }
-    for (unsigned failing = 1; failing <= compensations.size(); ++failing) {
-        CTxIQImbalanceHandler* const compensation = compensations[failing - 1].get();
-        const Outcome outcome = run(failing, failing % 2 == 0, [&](Outcome& parts) {
+    for (std::size_t life = 0; life < compensations.size(); ++life) {
+        CTxIQImbalanceHandler* const compensation = compensations[life].get();
+        const auto failing = static_cast<unsigned>(life / 2 + 1);
+        const Outcome outcome = run(failing, life % 2 != 0, [&](Outcome& parts) {
             parts.add(compensation->initialize());
             parts.add(CTxIQImbalanceHandler::onPhaseActivation(compensation, 11, ECallbackPriority{3}));
             CTxIQImbalanceHandler::notifyTemperature(compensation, 30);
