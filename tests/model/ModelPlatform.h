@@ -4,8 +4,9 @@
 #include "Story.h"
 #include "Transcript.h"
 
-#include <cstdarg>
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
