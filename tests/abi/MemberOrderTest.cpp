@@ -2,6 +2,7 @@
 //
 // Compiled with -fno-access-control: what is private is looked at, not opened.
 
+#include "CTxIQImbalanceHandler.h"
 #include "FrequencyHandler.h"
 #include "FrequencyHandler_Common.h"
 #include "FrequencyHandler_MicrowaveBoard.h"
@@ -123,6 +124,20 @@ TEST(MemberOrder, Canceller) {
                    MEMBER(LoCancellation, m_tableI), MEMBER(LoCancellation, m_tableQ),
                    MEMBER(LoCancellation, m_useLoCancellationTables), MEMBER(LoCancellation, m_channel)}),
         testing::IsEmpty());
+}
+
+TEST(MemberOrder, IQImbalanceHandler) {
+    using Handler = CTxIQImbalanceHandler;
+    EXPECT_THAT(
+        misplaced({MEMBER(Handler, m_channel), MEMBER(Handler, m_temperatureObserver),
+                   MEMBER(Handler, m_temperature), MEMBER(Handler, m_dcITable), MEMBER(Handler, m_dcQTable),
+                   MEMBER(Handler, m_gainOffsetTable), MEMBER(Handler, m_phaseOffsetTable),
+                   MEMBER(Handler, pTxDcICompensationDriver), MEMBER(Handler, pTxDcQCompensationDriver),
+                   MEMBER(Handler, pTxGainOffsetCompensationDriver),
+                   MEMBER(Handler, pTxPhaseOffsetCompensationDriver),
+                   MEMBER(Handler, m_moduleCallbackRecord)}),
+        testing::IsEmpty());
+    EXPECT_EQ(offsetof(Handler, m_channel), sizeof(IInterface)); // right behind the interface
 }
 
 TEST(MemberOrder, WrapperOfCObservers) {

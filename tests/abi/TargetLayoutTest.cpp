@@ -50,6 +50,12 @@ std::string textAt(const void* address, std::size_t index) {
     return {reinterpret_cast<const char*>(wordAt(address, index)), wordAt(address, index + 1)};
 }
 
+/** What the broker knows begins `place` words into the object, with a table and the name, which is empty. */
+void expectInterfaceAt(std::size_t place, const void* object, const IInterface* interface) {
+    EXPECT_EQ(wordOf(interface), wordOf(object) + place * sizeof(Word));
+    EXPECT_EQ(textAt(interface, 1), "");
+}
+
 constexpr Word minusOne = 0xFFFFFFFF;
 
 class TargetLayoutTest : public RadioTest {
@@ -64,7 +70,33 @@ protected:
         EXPECT_EQ(wordAt(handler, 14), 0U); // no carrier yet
     }
 
+    /** Adds a driver of that name; its record's address. */
+    Word driver(const std::string& name) { return wordOf(platform.drivers().add(name).record()); }
+
+    /** Adds a variable of that name; where its content lies. */
+    Word content(const std::string& name) {
+        return wordOf(platform.variables().add(name, {0, 0}).record()->content);
+    }
+
+    /** Adds a table of one axis with that name; its handle. */
+    Word table(const std::string& name) {
+        platform.tables().add({name, {0}, {}, {0}});
+        return handleOf(name);
+    }
+    /** The same with two axes. */
+    Word tableOfTwo(const std::string& name) {
+        platform.tables().add({name, {0}, {0}, {0}});
+        return handleOf(name);
+    }
+
     static const Word registerObserverEntry;
+
+private:
+    static Word handleOf(const std::string& name) {
+        CalibrationTableHandle handle = nullptr;
+        EXPECT_EQ(CCalibrationHandler_GetTable(name.c_str(), &handle), 0);
+        return wordOf(handle);
+    }
 };
 
 const Word TargetLayoutTest::registerObserverEntry =
@@ -79,7 +111,7 @@ TEST_F(TargetLayoutTest, RfModule) {
     expectCommonHandler(&handler, "Tx", 3);
     EXPECT_EQ(wordAt(&handler, 15), 0U);   // rfFrequencyDriver
     EXPECT_EQ(textAt(&handler, 16), "Tx"); // m_direction
-    EXPECT_EQ(wordOf(static_cast<IInterface*>(&handler)), wordOf(&handler) + 22 * 4);
+    expectInterfaceAt(22, &handler, &handler);
     EXPECT_EQ(sizeof handler, 29U * 4);
 }
 
@@ -97,7 +129,7 @@ TEST_F(TargetLayoutTest, Rau) {
     expectCommonHandler(&handler, "Rx", 4);
     EXPECT_EQ(textAt(&handler, 15), "Rx");                           // m_direction
     EXPECT_THAT(words(&handler, 21, 2), testing::ElementsAre(4, 0)); // m_channel, m_pRauHandler
-    EXPECT_EQ(wordOf(static_cast<IInterface*>(&handler)), wordOf(&handler) + 23 * 4);
+    expectInterfaceAt(23, &handler, &handler);
     EXPECT_EQ(sizeof handler, 30U * 4);
 }
 
@@ -111,7 +143,7 @@ TEST_F(TargetLayoutTest, MicrowaveBoard) {
     EXPECT_EQ(wordAt(&handler, 29), 0x01'00'01'01U); // IF 1, charge pump 1, DSP offset 0, offset array 1
     EXPECT_EQ(wordAt(&handler, 30) & 0xFFU, 0U);     // LO in Hz
     EXPECT_EQ(wordAt(&handler, 31), 3000U);          // m_channelSpacing
-    EXPECT_EQ(wordOf(static_cast<IInterface*>(&handler)), wordOf(&handler) + 32 * 4);
+    expectInterfaceAt(32, &handler, &handler);
     EXPECT_EQ(sizeof handler, 39U * 4);
 }
 
@@ -132,14 +164,69 @@ TEST_F(TargetLayoutTest, MicrowaveBoardKeepsEachDatabaseVariableInItsWord) {
     EXPECT_THAT(words(&handler, 15, 5), testing::ElementsAre(minusOne, 1, 350000, 3, 140));
 }
 
+TEST_F(TargetLayoutTest, MicrowaveBoardKeepsEachContentInItsWord) {
+    platform.variables().add("channel.1.rx.mixer.multiplicationfactor", {3});
+    platform.variables().add("RxIfBb", {140});
+    const Word size = content("channel.1.rx.rf.frequency.cs.offset.arraysize");
+    const Word pairs = content("channel.1.rx.rf.frequency.cs.offset.array");
+    const Word code = content("HwCodeDsp");
+    MicrowaveBoard::FrequencyHandler handler("Rx", 1, false, false, true, true);
+    EXPECT_EQ(handler.getVariablesFromDatabase(), ResultOk);
+    EXPECT_THAT(words(&handler, 20, 3), testing::ElementsAre(size, pairs, code));
+}
+
+TEST_F(TargetLayoutTest, MicrowaveBoardKeepsEachDriverAndTheTableInItsWord) {
+    const Word rfLo = driver("channel.1.rx.rf.lo.frequency");
+    const Word rfLoInHz = driver("channel.1.rx.rf.lo.frequency.in.hz");
+    const Word intermediate = driver("channel.1.rx.if.frequency");
+    const Word pll = driver("channel.1.rx.rf.pll.config");
+    const Word dsp = driver("channel.1.dsp.rx.freq.offset");
+    const Word chargePump = table("Channel.1.Rx.Rf.Pll.Frequency.To.Chargepump.Setting");
+    MicrowaveBoard::FrequencyHandler handler("Rx", 1, true, true, false, true);
+    EXPECT_EQ(handler.onModuleInit(), ResultOk);
+    EXPECT_THAT(words(&handler, 23, 6),
+                testing::ElementsAre(rfLo, rfLoInHz, intermediate, pll, dsp, chargePump));
+}
+
+TEST_F(TargetLayoutTest, MicrowaveBoardWithAnLoConfigurationNotesThatItHasNoChargePumpTable) {
+    driver("channel.1.tx.rf.lo.frequency");
+    const Word pll = driver("channel.1.tx.rf.lo.config");
+    MicrowaveBoard::FrequencyHandler handler("Tx", 1, false, false, false, false);
+    EXPECT_EQ(handler.onModuleInit(), ResultOk);
+    EXPECT_EQ(wordAt(&handler, 26), pll);
+    EXPECT_EQ(wordAt(&handler, 29), 0x00'00'00'00U); // the charge pump's byte is the second
+}
+
 TEST_F(TargetLayoutTest, Canceller) {
     const LoCancellation canceller(3);
     EXPECT_THAT(words(&canceller, 1, 6), testing::Each(0U)); // four drivers, two tables
     EXPECT_EQ(wordAt(&canceller, 7) & 0xFFU, 1U);            // m_useLoCancellationTables
     EXPECT_EQ(wordAt(&canceller, 8), 3U);                    // m_channel
     EXPECT_EQ(wordOf(static_cast<const ILoCancellation*>(&canceller)), wordOf(&canceller));
-    EXPECT_EQ(wordOf(static_cast<const IInterface*>(&canceller)), wordOf(&canceller) + 9 * 4);
+    expectInterfaceAt(9, &canceller, &canceller);
     EXPECT_EQ(sizeof canceller, 16U * 4);
+}
+
+TEST_F(TargetLayoutTest, CancellerKeepsEachDriverAndTableInItsWord) {
+    const Word mixerI = driver("channel.3.tx.rf.mixer.i");
+    const Word mixerQ = driver("channel.3.tx.rf.mixer.q");
+    const Word low = driver("channel.3.tx.rf.detector.low.v.detect");
+    const Word high = driver("channel.3.tx.rf.detector.high.v.detect");
+    const Word tableI = tableOfTwo("Channel.3.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I");
+    const Word tableQ = tableOfTwo("Channel.3.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.Q");
+    LoCancellation canceller(3);
+    EXPECT_EQ(canceller.onModuleInit(), ResultOk);
+    EXPECT_THAT(words(&canceller, 1, 6), testing::ElementsAre(mixerI, mixerQ, low, high, tableI, tableQ));
+}
+
+TEST_F(TargetLayoutTest, CancellerWithACoarseTableNotesIt) {
+    for (const char* const name : {"mixer.i", "mixer.q", "detector.v"}) {
+        driver(std::string("channel.3.tx.rf.") + name);
+    }
+    table("Channel.3.Tx.Bb.Frequency.To.Coarse.Dc.I.Compensation");
+    LoCancellation canceller(3);
+    EXPECT_EQ(canceller.onModuleInit(), ResultOk);
+    EXPECT_EQ(wordAt(&canceller, 7) & 0xFFU, 0U);
 }
 
 TEST_F(TargetLayoutTest, ModuleHoldsHandlersTemperatureAndObserverBehindItsBase) {
@@ -166,6 +253,25 @@ TEST_F(TargetLayoutTest, IQImbalanceHandler) {
         words(&handler, 19, 2), // the callback's record
         testing::ElementsAre(wordOf(&handler),
                              symbol("_ZN21CTxIQImbalanceHandler17onPhaseActivationEPvm17ECallbackPriority")));
+}
+
+TEST_F(TargetLayoutTest, IQImbalanceHandlerKeepsItsObserverTablesAndDriversInTheirWords) {
+    const Word dcI = driver("channel.2.dsp.tx.dc.compensation.i");
+    const Word dcQ = driver("channel.2.dsp.tx.dc.compensation.q");
+    const Word gain = driver("channel.2.dsp.tx.quadrature.gain.offset.compensation");
+    const Word phase = driver("channel.2.dsp.tx.quadrature.phase.offset.compensation");
+    const std::string prefix = "Channel.2.Tx.Dsp.Temperature.To.";
+    const Word dcITable = table(prefix + "Dc.I.Compensation");
+    const Word dcQTable = table(prefix + "Dc.Q.Compensation");
+    const Word gainTable = table(prefix + "Gain.Offset.Compensation");
+    const Word phaseTable = table(prefix + "Phase.Offset.Compensation");
+    CTxIQImbalanceHandler handler(2);
+    EXPECT_EQ(CTxIQImbalanceHandler::onPhaseActivation(&handler, 11, ECallbackPriority{}), ResultOk);
+    EXPECT_THAT(
+        words(&handler, 8, 2),
+        testing::ElementsAre(wordOf(&handler), symbol("_ZN21CTxIQImbalanceHandler17notifyTemperatureEPvi")));
+    EXPECT_THAT(words(&handler, 11, 8),
+                testing::ElementsAre(dcITable, dcQTable, gainTable, phaseTable, dcI, dcQ, gain, phase));
 }
 
 TEST_F(TargetLayoutTest, WrapperOfCObservers) {

@@ -77,14 +77,29 @@ const std::string getFrequency = "_ZNK2RL16FrequencyHandler6Common16FrequencyHan
 const std::string getFFVariables = operation(common, "getFFVariablesFromDatabase");
 const std::string getCStruct; // not exported; called instead
 
-class VtableWalkTest : public RadioTest {
-protected:
-    /** What getCStruct() answers when it is called through slot 2. */
-    static void* throughSlot2(void* object) {
-        using Operation = void* (*)(void*);
-        return reinterpret_cast<Operation>(wordAt(tableOf(object), 2))(object);
-    }
+/** Calls what stands in a slot of the object's table. */
+template <typename Result, typename... Arguments>
+Result throughSlot(std::ptrdiff_t slot, void* object, Arguments... arguments) {
+    using Operation = Result (*)(void*, Arguments...);
+    return reinterpret_cast<Operation>(wordAt(tableOf(object), slot))(object, arguments...);
+}
+
+/** Whether slot 2 gives the object's record, whose first word leads back to it. */
+bool givesItsRecord(IFrequencyHandler& handler) {
+    const void* const record = throughSlot<void*>(2, &handler);
+    return record != nullptr && wordAt(record, 0) == reinterpret_cast<Word>(&handler);
+}
+
+class VtableWalkTest : public RadioTest {};
+
+/** What an observer in C was told. */
+struct Heard {
+    unsigned long channel = 0;
+    unsigned long frequency = 0;
 };
+void hear(void* context, unsigned long channel, unsigned long frequency) {
+    *static_cast<Heard*>(context) = {channel, frequency};
+}
 
 } // namespace
 
@@ -126,9 +141,37 @@ TEST_F(VtableWalkTest, Rau) {
 }
 
 TEST_F(VtableWalkTest, ThirdSlotOfAHandlerGivesItsRecord) {
-    RfModule::FrequencyHandler handler("Tx", 1);
-    const auto* record = static_cast<const FrequencyHandlerCStruct*>(throughSlot2(&handler));
-    EXPECT_EQ(record->handler, &handler);
+    MicrowaveBoard::FrequencyHandler board("Tx", 1, true, false, false, false);
+    RfModule::FrequencyHandler rfModule("Tx", 2);
+    Rau::FrequencyHandler rau("Rx", 1);
+    EXPECT_TRUE(givesItsRecord(board));
+    EXPECT_TRUE(givesItsRecord(rfModule));
+    EXPECT_TRUE(givesItsRecord(rau));
+}
+
+// An interface without a handler behind it.
+TEST_F(VtableWalkTest, InterfaceKeepsNobodyAndKnowsNoFrequency) {
+    IFrequencyHandler interface;
+    Observer<IFrequencyHandler>* const nobody = nullptr;
+    EXPECT_EQ(throughSlot<void*>(2, &interface), nullptr);
+    EXPECT_EQ(throughSlot<std::int32_t>(3, &interface, nobody), 0);
+    EXPECT_EQ(throughSlot<unsigned long>(4, &interface), 0UL);
+}
+
+// Nobody deletes it while the process lives; who did would find the destructor that frees it in slot 1.
+TEST_F(VtableWalkTest, WrapperOfCObservers) {
+    Heard heard;
+    IFrequencyObserver observer{&heard, &hear};
+    RfModule::FrequencyHandler handler("Tx", 3);
+    EXPECT_EQ(IFrequencyHandler::registerObserver(static_cast<IFrequencyHandler*>(&handler), &observer), 0);
+    handler.setRfFrequency(7442000);
+    heard = {};
+    void* const firstObserver = *reinterpret_cast<void**>(wordAt(&handler, 2));
+    throughSlot<void>(2, firstObserver, static_cast<IFrequencyHandler*>(&handler));
+    EXPECT_EQ(heard.channel, 3UL);
+    EXPECT_EQ(heard.frequency, 7442000UL);
+    EXPECT_NE(wordAt(tableOf(firstObserver), 0), wordAt(tableOf(firstObserver), 1));
+    throughSlot<void>(1, firstObserver);
 }
 
 TEST_F(VtableWalkTest, Module) {
