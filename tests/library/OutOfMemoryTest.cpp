@@ -56,8 +56,8 @@ TEST_F(OutOfMemoryTest, ObserverThatCannotBeWrappedIsRefusedWithOneErrorMessage)
     EXPECT_EQ(told, 0);
 }
 
-TEST_F(OutOfMemoryTest, WrappedObserverForWhichTheListCannotGrowIsTracedOnly) {
-    EXPECT_EQ(subscribe(2), ResultOk);
+TEST_F(OutOfMemoryTest, WrappedObserverForWhichTheListCannotGrowIsRefusedWithOneErrorMessage) {
+    EXPECT_EQ(subscribe(2), ResultFailed);
     EXPECT_THAT(traces(), ElementsAre("error: registerObserver: out of memory for direction Tx"));
     handler.setRfFrequency(1);
     EXPECT_EQ(told, 0);
@@ -73,13 +73,21 @@ TEST_F(OutOfMemoryTest, ObserverForWhichTheListCannotGrowIsRefusedWithoutAnExcep
 TEST_F(OutOfMemoryTest, NothingIsTracedOfARefusedObserverWhenNoMessageIsWanted) {
     platform.trace().setThreshold(Standalone::TraceLevel::off);
     EXPECT_EQ(subscribe(1), ResultFailed);
-    EXPECT_EQ(subscribe(2), ResultOk);
+    EXPECT_EQ(subscribe(2), ResultFailed);
     EXPECT_THAT(traces(), IsEmpty());
+}
+
+TEST_F(OutOfMemoryTest, NothingIsKeptOfARefusedObserver) {
+    platform.trace().setThreshold(Standalone::TraceLevel::off); // a message would be kept
+    const std::size_t before = FailingMemory::inUse();
+    EXPECT_EQ(subscribe(1), ResultFailed);
+    EXPECT_EQ(subscribe(2), ResultFailed);
+    EXPECT_EQ(FailingMemory::inUse(), before);
 }
 
 TEST_F(OutOfMemoryTest, ObserversFromBeforeAreStillTold) {
     EXPECT_EQ(subscribe(0), ResultOk);
-    EXPECT_EQ(subscribe(2), ResultOk);
+    EXPECT_EQ(subscribe(2), ResultFailed);
     handler.setRfFrequency(1);
     EXPECT_EQ(told, 1);
 }

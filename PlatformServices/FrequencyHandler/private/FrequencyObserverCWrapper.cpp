@@ -24,7 +24,10 @@ EAFResult IFrequencyHandler::registerObserver(void* handler, IFrequencyObserver*
         FH_TRACE(s_trace, TraceCode::error, "registerObserver: out of memory");
         return ResultFailed;
     }
+    if (isFailure(subject->registerObserver(wrapper))) {
+        delete wrapper; // a handler that fails has not kept it, and has said why
+        return ResultFailed;
+    }
     // The handler keeps the pointer and nobody ever deletes it: the wrapper lives as long as the process.
-    static_cast<void>(subject->registerObserver(wrapper));
     return ResultOk;
 }
