@@ -13,7 +13,7 @@ namespace {
 constexpr unsigned moduleId = 19000;
 constexpr int information = 0x800;
 constexpr std::array<unsigned long, 3> phases{11, 5, 20};
-const std::string moduleName = "FrequencyHandler"; // NOLINT: before main
+const std::string moduleName = "FrequencyHandler"; // made before main
 
 void message() {
     static_cast<void>(CZulTraceHandler_DmLevel2GtLevel(information));

@@ -83,7 +83,7 @@ OrbiTraceLevel CZulTraceHandler_DmLevel2GtLevel(int level) {
     return Standalone::TraceLevel::information;
 }
 
-extern "C" int usleep(unsigned microseconds) { // NOLINT: the name is the operating system's
+extern "C" int usleep(unsigned microseconds) { // the name is the operating system's
     tell("wait of " + std::to_string(microseconds));
     return 0;
 }

@@ -20,7 +20,7 @@ Kept& kept() {
 /** The function of the platform for which a function of this file, of the same type and name, stands in. */
 template <typename Function>
 Function* ofThePlatform(Function* /*standIn*/, const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name)); // NOLINT: from C
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name)); // dlsym knows no types
 }
 
 } // namespace

@@ -77,8 +77,9 @@ TEST_F(IQImbalanceLifecycleTest, CallbackRecordHoldsTheObjectAndItsPhaseCallback
 
 TEST_F(IQImbalanceLifecycleTest, CallbackRecordIsPartOfTheObject) {
     handler.initialize();
-    const auto* const object = reinterpret_cast<const char*>(&handler); // NOLINT: addresses are compared
-    const auto* const record = reinterpret_cast<const char*>(FlatCalls::callbacks().at(0).record); // NOLINT
+    // Addresses are compared, of whatever type.
+    const auto* const object = reinterpret_cast<const char*>(&handler);
+    const auto* const record = reinterpret_cast<const char*>(FlatCalls::callbacks().at(0).record);
     EXPECT_GT(record, object);
     EXPECT_LE(record + sizeof(ModuleCallbackRecord), object + sizeof handler);
 }

@@ -23,7 +23,7 @@ void NumericLevels::mapAllTo(std::optional<OrbiTraceLevel> level) {
 OrbiTraceLevel CZulTraceHandler_DmLevel2GtLevel(int level) {
     using Mapping = OrbiTraceLevel (*)(int);
     static const auto ofThePlatform =
-        reinterpret_cast<Mapping>(dlsym(RTLD_NEXT, "CZulTraceHandler_DmLevel2GtLevel")); // NOLINT: from C
+        reinterpret_cast<Mapping>(dlsym(RTLD_NEXT, "CZulTraceHandler_DmLevel2GtLevel")); // dlsym knows no types
     last = level;
     return levelOfAll ? *levelOfAll : ofThePlatform(level);
 }

@@ -83,6 +83,7 @@ void RadioTest::fail(Operation operation, const std::string& object, std::int32_
  * What LeakSanitizer passes over in every test program: a C observer's wrapper lives as long as the process
  * by design, and nothing points to it any more once its handler is gone.
  */
-extern "C" const char* __lsan_default_suppressions() { // NOLINT: the name is the sanitizer's
+// The name is the sanitizer's. NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+extern "C" const char* __lsan_default_suppressions() {
     return "leak:IFrequencyHandler::registerObserver\n";
 }
