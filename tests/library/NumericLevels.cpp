@@ -22,8 +22,8 @@ void NumericLevels::mapAllTo(std::optional<OrbiTraceLevel> level) {
 /** Stands in for the one of the platform in the whole test program, and asks it. */
 OrbiTraceLevel CZulTraceHandler_DmLevel2GtLevel(int level) {
     using Mapping = OrbiTraceLevel (*)(int);
-    static const auto ofThePlatform =
-        reinterpret_cast<Mapping>(dlsym(RTLD_NEXT, "CZulTraceHandler_DmLevel2GtLevel")); // dlsym knows no types
+    static const auto ofThePlatform = reinterpret_cast<Mapping>(
+        dlsym(RTLD_NEXT, "CZulTraceHandler_DmLevel2GtLevel")); // dlsym knows no types
     last = level;
     return levelOfAll ? *levelOfAll : ofThePlatform(level);
 }
