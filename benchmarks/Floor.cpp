@@ -20,7 +20,7 @@ namespace {
 constexpr int notice = 0x100;
 constexpr int information = 0x800;
 
-/** What is not looked into any further: what is not there or did not succeed. */
+/** What is not looked into any further: a message that is wanted where none is, or what did not succeed. */
 [[gnu::noinline, gnu::cold]] void unexpected() {
     std::abort();
 }
@@ -76,7 +76,7 @@ Floor<checks>::Floor(BenchmarkRadio& radio, const std::string& direction, std::i
 
 template <Checks checks>
 inline void Floor<checks>::look(bool isGood) {
-    if (checks == Checks::demanded && !isGood) {
+    if (checks != Checks::none && !isGood) {
         unexpected();
     }
 }
@@ -85,8 +85,15 @@ template <Checks checks>
 template <typename... Arguments>
 inline void Floor<checks>::message(int level, const char* format, const Arguments&... arguments) {
     const OrbiTraceLevel mapped = CZulTraceHandler_DmLevel2GtLevel(level);
-    if (checks == Checks::demanded && m_trace.getLevel() >= mapped) {
-        Benchmarks::write(m_trace, mapped, format, arguments...);
+    const bool isWanted = m_trace.getLevel() >= mapped;
+    if constexpr (checks == Checks::demandedAndMessages) {
+        if (isWanted) {
+            Benchmarks::write(m_trace, mapped, format, arguments...);
+        }
+    } else {
+        look(!isWanted);
+        static_cast<void>(format);
+        (static_cast<void>(arguments), ...);
     }
 }
 
@@ -333,5 +340,6 @@ inline std::int32_t Floor<checks>::narrow(std::int32_t& low, std::int32_t& high,
 
 template class Floor<Checks::none>;
 template class Floor<Checks::demanded>;
+template class Floor<Checks::demandedAndMessages>;
 
 } // namespace Benchmarks

@@ -17,9 +17,10 @@ namespace Benchmarks {
 enum class Checks {
     /** Nothing: a driver is there, a call succeeds, a message is unwanted. */
     none,
-    /** What has to be looked at, however it is written: threshold, driver, observer, and each result. A
-     * wanted message is written. */
+    /** What has to be looked at, however it is written: threshold, driver, observer, and each result. */
     demanded,
+    /** The same, and writes the messages that are wanted. */
+    demandedAndMessages,
 };
 
 /**

@@ -52,6 +52,12 @@ std::function<Run()> onFloor(const RadioOptions& options, const char* direction,
 template <typename Library, typename OnFloor>
 Operation operation(const std::string& name, const RadioOptions& options, Library library,
                     const char* direction, OnFloor work) {
+    if (options.trace == Standalone::TraceLevel::information) { // without a check nobody writes a message
+        return {name,
+                onLibrary(options, library),
+                {},
+                onFloor<Checks::demandedAndMessages>(options, direction, work)};
+    }
     return {name, onLibrary(options, library), onFloor<Checks::none>(options, direction, work),
             onFloor<Checks::demanded>(options, direction, work)};
 }
@@ -201,7 +207,7 @@ void addFrequencyChanges(std::vector<Operation>& all) {
 }
 
 /** Each kind of operation at one threshold of the trace. */
-std::vector<Operation> traced(const std::string& suffix, OrbiTraceLevel threshold) {
+std::vector<Operation> tracedOperations(const std::string& suffix, OrbiTraceLevel threshold) {
     const RadioOptions options{Type::MicrowaveBoardHz, 1, 1, threshold};
     return {setTx("microwave-hz" + suffix, options, setTxMicrowaveHz),
             setRx("microwave-hz" + suffix, options, setRxMicrowaveHz),
@@ -212,12 +218,11 @@ std::vector<Operation> traced(const std::string& suffix, OrbiTraceLevel threshol
 
 /** What operations depend on beside the board. */
 void addVariations(std::vector<Operation>& all) {
-    for (Operation& filtered : traced(".trace-filtered", Standalone::TraceLevel::error)) {
-        all.push_back(std::move(filtered));
-    }
-    for (Operation& wanted : traced(".trace-on", Standalone::TraceLevel::information)) {
-        wanted.floor = {}; // without a check no message is written
-        all.push_back(std::move(wanted));
+    for (const auto& [suffix, threshold] : {std::pair(".trace-filtered", Standalone::TraceLevel::error),
+                                            std::pair(".trace-on", Standalone::TraceLevel::information)}) {
+        for (Operation& traced : tracedOperations(suffix, threshold)) {
+            all.push_back(std::move(traced));
+        }
     }
     for (const int observers : {0, 2, 5, 10, 20, 50, 100}) {
         all.push_back(setTx("microwave-hz.observers-" + std::to_string(observers),
