@@ -10,6 +10,7 @@
 
 using Told::Board;
 using Told::Do;
+using Told::Leaves;
 using Told::Step;
 
 namespace {
@@ -393,18 +394,20 @@ void Decoder::decodeFault() {
         return add({Do::clearFaults});
     }
     const std::int64_t code = m_bytes.oneOf(codes);
-    const bool hasOutput = (how & 64U) != 0;
-    const std::int64_t output = hasOutput ? anyNumber(m_bytes) : 0;
+    const Leaves leaves = (how & 64U) != 0     ? Leaves::number
+                          : (how & 48U) == 48U ? Leaves::result
+                                               : Leaves::nothing;
+    const std::int64_t output = leaves == Leaves::number ? anyNumber(m_bytes) : 0;
     if (how % 8 < 4) {
         const std::int64_t later = 1 + static_cast<std::int64_t>(m_bytes.below(64));
-        return add({Do::faultAt, {}, {later, code, (how & 128U) != 0 ? 1 : 0, output}, hasOutput});
+        return add({Do::faultAt, {}, {later, code, (how & 128U) != 0 ? 1 : 0, output}, leaves});
     }
     const std::size_t operation = m_bytes.below(operationCount);
     const std::int64_t times = (how & 128U) != 0 ? -1 : static_cast<std::int64_t>(m_bytes.below(4));
     add({Do::fault,
          objectFor(operation),
          {static_cast<std::int64_t>(operation), code, times, output},
-         hasOutput});
+         leaves});
 }
 
 /** What the fault is about: everything, or one of the objects that the operation has to do with. */

@@ -17,6 +17,7 @@
 using Standalone::Operation;
 using Told::Disturbance;
 using Told::Do;
+using Told::Leaves;
 using Told::Step;
 using Told::Story;
 
@@ -79,7 +80,7 @@ Story lifeOf(const Radio& radio) {
         {Do::setRx, {}, {0, 17'596'750}},
         {Do::temperature, {}, {-5}},
         calibration,
-        {Do::setVariable, "ChannelSpacing", {}, false, {500}},
+        {Do::setVariable, "ChannelSpacing", {}, {}, {500}},
         {Do::phase, {}, {20}},
         {Do::setRx, {}, {0, 18'596'750}},
         {Do::txChanged, {}, {0, 18'000'000}},
@@ -167,12 +168,10 @@ protected:
     std::vector<Called> calls = callsOf(life);
 
     /** The life in which a call is answered with `code`, once or from then on. */
-    Story failing(std::int64_t number, std::int64_t code, bool forGood,
-                  std::optional<std::int64_t> output) const {
+    Story failing(std::int64_t number, std::int64_t code, bool forGood, Leaves leaves) const {
         Story story = life;
-        story.steps.insert(
-            story.steps.begin(),
-            Step{Do::faultAt, {}, {number, code, forGood ? 1 : 0, output.value_or(0)}, output.has_value()});
+        story.steps.insert(story.steps.begin(),
+                           Step{Do::faultAt, {}, {number, code, forGood ? 1 : 0, -12345}, leaves});
         return story;
     }
 };
@@ -188,9 +187,9 @@ TEST_P(ExhaustiveFaultTest, EachCallMayBeAnsweredWithAFailingCode) {
     for (std::int64_t number = 1; number <= static_cast<std::int64_t>(calls.size()); ++number) {
         for (const std::int64_t code : {0x8000, 0x8123, 0x7FFFFFFF}) {
             for (const bool forGood : {false, true}) {
-                ASSERT_EQ(differenceIn(failing(number, code, forGood, std::nullopt)), "")
-                    << "call " << number;
-                ASSERT_EQ(differenceIn(failing(number, code, forGood, -12345)), "") << "call " << number;
+                for (const Leaves leaves : {Leaves::nothing, Leaves::number, Leaves::result}) {
+                    ASSERT_EQ(differenceIn(failing(number, code, forGood, leaves)), "") << "call " << number;
+                }
             }
         }
     }
@@ -199,16 +198,16 @@ TEST_P(ExhaustiveFaultTest, EachCallMayBeAnsweredWithAFailingCode) {
 TEST_P(ExhaustiveFaultTest, NothingElseChangesWhenNoTraceMessageIsWanted) {
     life.board.threshold = 0;
     for (std::int64_t number = 1; number <= static_cast<std::int64_t>(calls.size()); ++number) {
-        ASSERT_EQ(differenceIn(failing(number, 0x8000, false, std::nullopt)), "") << "call " << number;
-        ASSERT_EQ(differenceIn(failing(number, 0x8000, true, std::nullopt)), "") << "call " << number;
+        ASSERT_EQ(differenceIn(failing(number, 0x8000, false, Leaves::nothing)), "") << "call " << number;
+        ASSERT_EQ(differenceIn(failing(number, 0x8000, true, Leaves::nothing)), "") << "call " << number;
     }
 }
 
 TEST_P(ExhaustiveFaultTest, EachCallMayBeAnsweredWithAnUnusualSuccess) {
     for (std::int64_t number = 1; number <= static_cast<std::int64_t>(calls.size()); ++number) {
         for (const std::int64_t code : {0x7FFF, -1, 0x800}) {
-            ASSERT_EQ(differenceIn(failing(number, code, false, std::nullopt)), "") << "call " << number;
-            ASSERT_EQ(differenceIn(failing(number, code, true, std::nullopt)), "") << "call " << number;
+            ASSERT_EQ(differenceIn(failing(number, code, false, Leaves::nothing)), "") << "call " << number;
+            ASSERT_EQ(differenceIn(failing(number, code, true, Leaves::nothing)), "") << "call " << number;
         }
     }
 }

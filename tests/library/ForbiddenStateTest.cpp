@@ -102,7 +102,7 @@ TEST_P(ForbiddenStateTest, CompensationIsCalledWithoutAnObject) {
 
 TEST_P(ForbiddenStateTest, OffsetArrayEndsInsideAPair) {
     start(3);
-    add({Do::setVariable, "channel.2.rx.rf.frequency.cs.offset.arraysize", {}, false, {3}});
+    add({Do::setVariable, "channel.2.rx.rf.frequency.cs.offset.arraysize", {}, {}, {3}});
     tune();
 }
 
@@ -110,7 +110,7 @@ TEST_P(ForbiddenStateTest, OffsetArrayIsMissing) {
     add({Do::hideContent, "channel.2.rx.rf.frequency.cs.offset.array", {1}});
     start(3);
     tune();
-    add({Do::setVariable, "channel.2.rx.rf.frequency.cs.offset.arraysize", {}, false, {0}});
+    add({Do::setVariable, "channel.2.rx.rf.frequency.cs.offset.arraysize", {}, {}, {0}});
     tune();
 }
 
@@ -121,7 +121,7 @@ TEST_P(ForbiddenStateTest, ChannelSpacingHasNoContent) {
 }
 
 TEST_P(ForbiddenStateTest, MultiplicationFactorIsZero) {
-    add({Do::setVariable, "channel.2.tx.mixer.multiplicationfactor", {}, false, {0}});
+    add({Do::setVariable, "channel.2.tx.mixer.multiplicationfactor", {}, {}, {0}});
     start(5);
     tune();
     add({Do::plan, "IFrequencyHandler_Tx_2", {17'442'000, 1}});

@@ -71,6 +71,7 @@ ModelPlatform::ModelPlatform(const Board& board, Transcript& transcript)
 }
 
 void ModelPlatform::say(Code numericLevel, const char* format, ...) {
+    m_transcript.note("level", numericLevel);
     if (m_board.threshold < mapped(numericLevel)) {
         return;
     }
@@ -121,11 +122,11 @@ template <typename Work>
 Code ModelPlatform::answer(Call call, Work work) {
     const std::optional<Fault> fault = faultFor(call);
     Code code = ok;
-    if (!fault || !isBad(fault->code)) {
+    if (!fault || !isBad(fault->code) || fault->leaves == Leaves::result) {
         code = work(call.value);
-    } else if (fault->output && call.output != nullptr) {
-        *call.output = *fault->output;
-        call.value = *fault->output;
+    } else if (fault->leaves == Leaves::number && call.output != nullptr) {
+        *call.output = fault->output;
+        call.value = fault->output;
     }
     if (fault) {
         code = fault->code;

@@ -117,7 +117,8 @@ private:
         std::string object;
         Code code;
         std::int64_t times;
-        std::optional<std::int32_t> output;
+        std::int32_t output;
+        Leaves leaves;
     };
     struct Entry {
         Presence presence;

@@ -78,9 +78,8 @@ private:
 
     struct FaultAt {
         std::int64_t call;
-        std::int32_t code;
         bool forGood;
-        std::optional<std::int32_t> output;
+        Standalone::Fault fault;
         bool isLoaded = false;
     };
     std::optional<FaultAt> m_faultAt;

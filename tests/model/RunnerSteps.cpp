@@ -328,8 +328,10 @@ void Runner::change(const Step& step) {
     const auto& number = step.number;
     Standalone::Driver* const driver = m_platform.drivers().find(step.name);
     Standalone::Variable* const variable = m_platform.variables().find(step.name);
-    const std::optional<std::int32_t> output =
-        step.hasOutput ? std::optional(int32(number[3])) : std::nullopt;
+    Standalone::Fault fault{{}, step.name, int32(number[1]), {}, {}, step.leaves == Leaves::result};
+    if (step.leaves == Leaves::number) {
+        fault.output = int32(number[3]);
+    }
     switch (step.what) {
     case Do::setVariable:
         if (variable != nullptr) {
@@ -356,12 +358,15 @@ void Runner::change(const Step& step) {
         return m_platform.trace().setThreshold(OrbiTraceLevel{int32(number[0])});
     case Do::fault:
         unloadFault();
-        m_platform.calls().inject({static_cast<Standalone::Operation>(number[0]), step.name, int32(number[1]),
-                                   number[2] >= 0 ? std::optional(uint32(number[2])) : std::nullopt, output});
+        fault.operation = static_cast<Standalone::Operation>(number[0]);
+        if (number[2] >= 0) {
+            fault.times = uint32(number[2]);
+        }
+        m_platform.calls().inject(fault);
         return loadFault();
     case Do::faultAt:
         unloadFault();
-        m_faultAt = FaultAt{m_calls + number[0], int32(number[1]), number[2] != 0, output};
+        m_faultAt = FaultAt{m_calls + number[0], number[2] != 0, fault};
         return loadFault();
     default:
         m_faultAt.reset();

@@ -118,9 +118,9 @@ enum class Do : std::uint8_t {
     nullRecord,   ///< name; lookups of this driver and this variable give null from now on
     setPresence,  ///< name; Presence
     setThreshold, ///< threshold
-    fault,        ///< name (empty: any); operation, code, times (negative: for good), output (see hasOutput)
+    fault,        ///< name (empty: any); operation, code, times (negative: for good), output (see Leaves)
     clearFaults,
-    faultAt, ///< how many calls later, code, 1: from then on, output (see hasOutput)
+    faultAt, ///< how many calls later, code, 1: from then on, output (see Leaves)
 };
 
 enum class HandlerKind : std::uint8_t { microwave, rfModule, rau };
@@ -146,12 +146,19 @@ struct Calibration {
     unsigned nullPlaces;
 };
 
+/** What a failing call leaves behind. */
+enum class Leaves : std::uint8_t {
+    nothing,
+    number, ///< the step's fourth number, where the call has an int to give back
+    result, ///< all that it would have left, had it succeeded
+};
+
 struct Step {
     Do what;
     std::string name{};
     std::array<std::int64_t, 4> number{};
-    /** Whether a fault leaves its fourth number where the call has an int to give back. */
-    bool hasOutput = false;
+    /** With a fault. */
+    Leaves leaves = Leaves::nothing;
     std::vector<std::int32_t> values{};
     Calibration calibration{};
 };
