@@ -16,6 +16,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Told {
@@ -51,10 +52,13 @@ private:
     void play(const Step& step);
     void playWithModule(const Step& step, ::FrequencyHandler* module);
     void playWithHandler(const Step& step, Handler& handler);
-    void observe(const Step& step, Handler& handler);
+    void observe(const Step& step, IFrequencyHandler& handler);
+    /** What the broker answers to a client in C, and the record that it gives. */
+    static std::pair<std::int32_t, void*> recordOf(const std::string& name);
     void playWithCanceller(const Step& step, LoCancellation& canceller);
-    void calibrate(LoCancellation& canceller, const Calibration& calibration);
+    void calibrate(ILoCancellation& canceller, const Calibration& calibration);
     void playWithCompensation(const Step& step, CTxIQImbalanceHandler* compensation);
+    void playWithInterface(const Step& step, ITxIQImbalanceHandler& compensation);
     void make(const Step& step);
     void change(const Step& step);
     void plan(const Step& step, Handler& handler);
