@@ -292,7 +292,9 @@ void Decoder::decodeCompensationStep() {
         return add({Do::initializeCompensation, {}, {slot}});
     case 2:
     case 3: {
-        const std::int64_t phase = m_bytes.below(4) != 0 ? 11 : 5;
+        const std::uint32_t which = m_bytes.byte();
+        const std::int64_t phase =
+            which % 4 != 0 ? 11 : std::array<std::int64_t, 4>{5, 20, 0, 12}[which / 4 % 4];
         return add({Do::compensationPhase, {}, {m_bytes.below(8) != 0 ? slot : -1, phase}});
     }
     case 4:
@@ -332,7 +334,9 @@ void Decoder::decodePlatformStep() {
         const std::array<std::string, 3> names{"IDriverLayer", "ITemperatureHandler",
                                                m_channel == 0 ? "IRauHandler"
                                                               : "IRauHandler_" + std::to_string(m_channel)};
-        return add({Do::setPresence, m_bytes.oneOf(names), {static_cast<std::int64_t>(m_bytes.below(5))}});
+        return add({Do::setPresence,
+                    m_bytes.oneOf(names),
+                    {static_cast<std::int64_t>(presenceFor(m_bytes.byte()))}});
     }
     default:
         return add({Do::setThreshold, {}, {m_bytes.oneOf(thresholds)}});
@@ -348,6 +352,7 @@ void Decoder::decodeFault() {
     const std::int64_t code = m_bytes.oneOf(codes);
     const Leaves leaves = (how & 64U) != 0     ? Leaves::number
                           : (how & 48U) == 48U ? Leaves::result
+                          : (how & 48U) == 16U ? Leaves::null
                                                : Leaves::nothing;
     const std::int64_t output = leaves == Leaves::number ? anyNumber(m_bytes) : 0;
     if (how % 8 < 4) {

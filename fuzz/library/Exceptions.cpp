@@ -46,7 +46,7 @@ void addException(Bytes& bytes, Told::Board& board) {
             list.erase(list.begin() + static_cast<std::ptrdiff_t>(bytes.byte() % list.size()));
         }
     };
-    const auto presence = static_cast<Told::Presence>(how % 5);
+    const auto presence = presenceFor(how);
     switch (what) {
     case 0:
     case 1:

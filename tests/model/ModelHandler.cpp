@@ -147,7 +147,7 @@ Code Model::writeFrequency(ModelHandler& handler, std::uint32_t frequency) {
 }
 
 Code Model::initRfModule(ModelHandler& handler) {
-    if (m_platform.look("IDriverLayer") != Presence::present) {
+    if (!m_platform.findDriverLayer()) {
         m_platform.say(failed, "Unable to get DriverLayer Interface");
         return failed;
     }

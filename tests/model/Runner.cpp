@@ -55,12 +55,11 @@ void Runner::setUp(const Board& board) {
     for (const Told::Table& table : board.tables) {
         m_platform.tables().add({table.name, table.axis1, table.axis2, table.values});
     }
-    const auto presence = [](Told::Presence shown) { return static_cast<Standalone::Presence>(shown); };
     for (const RemoteRadio& radio : board.remoteRadios) {
-        m_platform.setPresence(m_platform.addRau(radio.channel).name(), presence(radio.presence));
+        setPresence(m_platform.addRau(radio.channel).name(), radio.presence);
     }
-    m_platform.setPresence("IDriverLayer", presence(board.driverLayer));
-    m_platform.setPresence("ITemperatureHandler", presence(board.temperatureHandler));
+    setPresence("IDriverLayer", board.driverLayer);
+    setPresence("ITemperatureHandler", board.temperatureHandler);
 }
 
 void Runner::listen(const Call& call) {

@@ -2,8 +2,11 @@
 #define TESTS_MODEL_RUNNER_H
 
 #include "CTxIQImbalanceHandler.h"
+#include "DriverLayer.h"
 #include "FrequencyHandler.h"
 #include "FrequencyHandler_Common.h"
+#include "IInterface_c.h"
+#include "ITemperatureHandler_c.h"
 #include "LoCancellation.h"
 #include "Story.h"
 #include "Transcript.h"
@@ -61,6 +64,7 @@ private:
     void playWithInterface(const Step& step, ITxIQImbalanceHandler& compensation);
     void make(const Step& step);
     void change(const Step& step);
+    void setPresence(const std::string& name, Presence presence);
     void plan(const Step& step, Handler& handler);
     void runPhase(std::int64_t phase);
     void destroyModule(std::int64_t slot);
@@ -70,7 +74,19 @@ private:
     void tellValues();
     void answer(std::int32_t code) { m_transcript.note("answer", code); }
 
+    /** An interface whose record is there and has nothing in it. */
+    template <typename Record>
+    class Wordless final : public IInterface_c {
+    public:
+        Wordless() { m_pCStruct = &m_record; }
+
+    private:
+        Record m_record{};
+    };
+
     Transcript& m_transcript;
+    Wordless<DriverLayerInterface> m_driverLayerWithoutWords;
+    Wordless<TemperatureHandlerCStruct> m_temperatureHandlerWithoutWords;
     Standalone::Platform m_platform;
     std::vector<Standalone::Driver*> m_drivers;
     std::vector<std::int32_t> m_readings;

@@ -4,12 +4,27 @@
 
 namespace Told {
 
+void Runner::setPresence(const std::string& name, Presence presence) {
+    if (presence != Presence::wordless) {
+        m_platform.setPresence(name, static_cast<Standalone::Presence>(presence));
+    } else if (name == "ITemperatureHandler") {
+        m_platform.interfaces().put(name, &m_temperatureHandlerWithoutWords);
+    } else {
+        m_platform.interfaces().put(name, &m_driverLayerWithoutWords);
+    }
+}
+
 void Runner::change(const Step& step) {
     const auto& number = step.number;
     Standalone::Driver* const driver = m_platform.drivers().find(step.name);
     Standalone::Variable* const variable = m_platform.variables().find(step.name);
-    Standalone::Fault fault{{}, step.name, static_cast<std::int32_t>(number[1]),
-                            {}, {},        step.leaves == Leaves::result};
+    Standalone::Fault fault{{},
+                            step.name,
+                            static_cast<std::int32_t>(number[1]),
+                            {},
+                            {},
+                            step.leaves == Leaves::result,
+                            step.leaves == Leaves::null};
     if (step.leaves == Leaves::number) {
         fault.output = static_cast<std::int32_t>(number[3]);
     }
@@ -34,7 +49,7 @@ void Runner::change(const Step& step) {
         m_platform.variables().giveNullRecord(step.name);
         return;
     case Do::setPresence:
-        return m_platform.setPresence(step.name, static_cast<Standalone::Presence>(number[0]));
+        return setPresence(step.name, static_cast<Presence>(number[0]));
     case Do::setThreshold:
         return m_platform.trace().setThreshold(OrbiTraceLevel{static_cast<std::int32_t>(number[0])});
     case Do::fault:

@@ -13,8 +13,16 @@
  */
 namespace Told {
 
-/** How an interface of the platform shows itself; numbered as the stand-alone platform does. */
-enum class Presence : std::uint8_t { present, absent, null, foreign, nullRecord };
+/** How an interface of the platform shows itself; up to `wordless` numbered as the stand-alone platform does.
+ */
+enum class Presence : std::uint8_t {
+    present,
+    absent,
+    null,
+    foreign,
+    nullRecord,
+    wordless, ///< of the right kind, but all words of its C record are null
+};
 
 /** The words that a driver's record may lack; numbered as the stand-alone platform does. */
 enum Word : unsigned { context = 1, write = 2, writeBuffer = 4, read = 8 };
@@ -146,11 +154,12 @@ struct Calibration {
     unsigned nullPlaces;
 };
 
-/** What a failing call leaves behind. */
+/** What a call that meets a fault leaves behind. */
 enum class Leaves : std::uint8_t {
     nothing,
     number, ///< the step's fourth number, where the call has an int to give back
     result, ///< all that it would have left, had it succeeded
+    null,   ///< null, where the call has a pointer to give back; here also a call that succeeds
 };
 
 struct Step {
