@@ -122,6 +122,16 @@ TEST_F(FaultTest, FailedLookupCanLeaveTheRecordBehind) {
     EXPECT_EQ(calls().journal().back().value, 5);
 }
 
+TEST_F(FaultTest, LookupCanSucceedAndGiveNull) {
+    platform.variables().add("level", {5});
+    calls().inject({Operation::variableGet, "level", 0, 1, std::nullopt, false, true});
+    StorageVariable* variable = platform.variables().find("level")->record();
+    EXPECT_EQ(CStorageManager_GetVariableByName("level", &variable), 0);
+    EXPECT_EQ(variable, nullptr);
+    EXPECT_EQ(CStorageManager_GetVariableByName("level", &variable), 0);
+    EXPECT_NE(variable, nullptr);
+}
+
 TEST_F(FaultTest, FailedReadThatIsCarriedOutMayStillLeaveAnotherValue) {
     platform.drivers().find("lo")->setValue(5);
     calls().inject({Operation::driverRead, "lo", 0x8001, 1, std::nullopt, true});
