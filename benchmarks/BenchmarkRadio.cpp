@@ -21,6 +21,8 @@ BenchmarkRadio::BenchmarkRadio(const RadioOptions& options) : m_options(options)
     describeIqCompensation();
     boot();
     observe();
+    m_canceller = InterfaceBroker::getInstance().getInterface<ILoCancellation>(
+        "ILoCancellation_" + std::to_string(options.channels));
     if (isFailure(CTxIQImbalanceHandler::onPhaseActivation(&m_iqCompensation, 11, ECallbackPriority{0}))) {
         throw std::runtime_error("the IQ compensation did not start");
     }
@@ -53,12 +55,12 @@ void BenchmarkRadio::shutDown() {
     m_modules.clear();
 }
 
-DriverInterface* BenchmarkRadio::driver(const std::string& name) {
-    return m_platform.drivers().find("channel.1." + name)->record();
+DriverInterface* BenchmarkRadio::driver(int channel, const std::string& name) {
+    return m_platform.drivers().find("channel." + std::to_string(channel) + "." + name)->record();
 }
 
-CalibrationTable* BenchmarkRadio::table(const std::string& name) {
-    return m_platform.tables().find("Channel.1." + name);
+CalibrationTable* BenchmarkRadio::table(int channel, const std::string& name) {
+    return m_platform.tables().find("Channel." + std::to_string(channel) + "." + name);
 }
 
 void BenchmarkRadio::observe() {
@@ -67,7 +69,7 @@ void BenchmarkRadio::observe() {
             auto* const handler = InterfaceBroker::getInstance().getInterface<IFrequencyHandler>(
                 "IFrequencyHandler_" + (direction + std::to_string(channel)));
             for (int observer = 0; observer < m_options.observers; ++observer) {
-                handler->registerObserver(&m_observer);
+                handler->registerObserver(m_observer.get());
             }
         }
     }

@@ -4,9 +4,9 @@
 #include "CTxIQImbalanceHandler.h"
 #include "FrequencyHandler.h"
 #include "IFrequencyHandler.h"
+#include "ILoCancellation.h"
 #include "standalone/Platform.h"
 
-#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,14 +23,11 @@ struct RadioOptions {
     OrbiTraceLevel trace = Standalone::TraceLevel::off;
 };
 
-/** An observer that does next to nothing: what is measured is how it is reached. */
-class CountingObserver final : public Observer<IFrequencyHandler> {
-public:
-    void onChange(IFrequencyHandler* /*subject*/) override { ++m_changes; }
-
-private:
-    unsigned long m_changes = 0;
-};
+/**
+ * An observer that counts, which is next to nothing: what is measured is how it is reached. Made where
+ * neither library nor floor sees its class, so that both reach it as they would reach anybody's.
+ */
+std::unique_ptr<Observer<IFrequencyHandler>> makeObserver();
 
 /**
  * A booted radio on the stand-alone platform, whose drivers only keep what is written. Nothing is journaled
@@ -53,14 +50,19 @@ public:
     /** Destroys the modules. */
     void shutDown();
 
-    FrequencyHandler& module(int channel = 1) { return *m_modules[static_cast<std::size_t>(channel - 1)]; }
+    const RadioOptions& options() const { return m_options; }
+    /** The module of the last channel. */
+    FrequencyHandler& module() { return *m_modules.back(); }
+    /** The LO cancellation of the last channel. */
+    ILoCancellation& canceller() { return *m_canceller; }
+    /** Of channel 1. */
     CTxIQImbalanceHandler& iqCompensation() { return m_iqCompensation; }
-    CountingObserver& observer() { return m_observer; }
+    Observer<IFrequencyHandler>& observer() { return *m_observer; }
     Standalone::Platform& platform() { return m_platform; }
-    /** The record of the driver "channel.1." + `name`. */
-    DriverInterface* driver(const std::string& name);
-    /** The table "Channel.1." + `name`. */
-    CalibrationTable* table(const std::string& name);
+    /** The record of the driver "channel.`channel`." + `name`. */
+    DriverInterface* driver(int channel, const std::string& name);
+    /** The table "Channel.`channel`." + `name`. */
+    CalibrationTable* table(int channel, const std::string& name);
 
 private:
     void describeChannel(int channel);
@@ -72,7 +74,8 @@ private:
     Standalone::Platform m_platform;
     std::vector<std::unique_ptr<FrequencyHandler>> m_modules;
     CTxIQImbalanceHandler m_iqCompensation{1};
-    CountingObserver m_observer;
+    std::unique_ptr<Observer<IFrequencyHandler>> m_observer = makeObserver();
+    ILoCancellation* m_canceller = nullptr;
 };
 
 } // namespace Benchmarks

@@ -4,10 +4,7 @@
 #include "BootFloor.h"
 #include "CCalibrationHandler.h"
 #include "Floor.h"
-#include "ILoCancellation.h"
-#include "InterfaceBroker.h"
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -17,32 +14,6 @@ namespace Benchmarks {
 namespace {
 
 using Type = FrequencyHandler::FrequencyHandlerType;
-
-/** A handler type, and what sets its frequencies without the library. */
-template <Checks checks>
-struct TypeEntry {
-    using Write = void (Floor<checks>::*)(std::uint32_t);
-
-    const char* name;
-    Type type;
-    Write setTx;
-    Write setRx;
-    bool hasLoCancellation;
-};
-
-template <Checks checks>
-constexpr std::array<TypeEntry<checks>, 6> types{{
-    {"microwave-if", Type::MicrowaveBoardIf, &Floor<checks>::setMicrowaveIf, &Floor<checks>::setMicrowaveIf,
-     true},
-    {"rf-module", Type::RfModule, &Floor<checks>::setRfModule, &Floor<checks>::setRfModule, false},
-    {"microwave-dsp-offset", Type::MicrowaveBoardDspOffset, &Floor<checks>::setMicrowaveDspOffset,
-     &Floor<checks>::setMicrowaveDspOffsetRx, true},
-    {"microwave-hz-cs-offset", Type::MicrowaveBoardHzCsOffset, &Floor<checks>::setMicrowaveHz,
-     &Floor<checks>::setMicrowaveHzCsOffsetRx, true},
-    {"rau", Type::Rau, &Floor<checks>::setRauTx, &Floor<checks>::setRauRx, false},
-    {"microwave-hz", Type::MicrowaveBoardHz, &Floor<checks>::setMicrowaveHz, &Floor<checks>::setMicrowaveHz,
-     true},
-}};
 
 /** Another carrier, in kHz, and another temperature, in degrees Celsius, each time. */
 std::uint32_t carrierAt(int time) {
@@ -56,82 +27,93 @@ std::shared_ptr<BenchmarkRadio> makeRadio(const RadioOptions& options) {
     return std::make_shared<BenchmarkRadio>(options);
 }
 
-template <Checks checks>
-std::shared_ptr<Floor<checks>> makeFloor(BenchmarkRadio& radio, Type type, const char* direction) {
-    return std::make_shared<Floor<checks>>(radio, direction, type == Type::MicrowaveBoardIf ? 140'000 : 0);
-}
-
-/** A transmit frequency change on the last channel of a radio. */
-std::function<Run()> setTx(const RadioOptions& options) {
-    return [options]() -> Run {
+template <typename Library>
+std::function<Run()> onLibrary(const RadioOptions& options, Library library) {
+    return [options, library]() -> Run {
         auto radio = makeRadio(options);
-        FrequencyHandler& module = radio->module(options.channels);
-        return [radio, &module](int time) { module.setTxFrequency(carrierAt(time)); };
+        return [radio, library](int time) { library(*radio, time); };
     };
 }
 
-std::function<Run()> setRx(Type type) {
-    return [type]() -> Run {
-        auto radio = makeRadio({type});
-        return [radio](int time) { radio->module().setRxFrequency(carrierAt(time)); };
-    };
-}
-
-template <Checks checks>
-std::function<Run()> setTxOnFloor(const TypeEntry<checks>& entry) {
-    return [entry]() -> Run {
-        auto radio = makeRadio({entry.type});
-        auto floor = makeFloor<checks>(*radio, entry.type, "Tx");
-        const auto set = entry.setTx;
-        if (!entry.hasLoCancellation) {
-            return [radio, floor, set](int time) { (*floor.*set)(carrierAt(time)); };
-        }
-        return [radio, floor, set](int time) {
-            (*floor.*set)(carrierAt(time));
-            floor->correct();
-        };
-    };
-}
-
-template <Checks checks>
-std::function<Run()> setRxOnFloor(const TypeEntry<checks>& entry) {
-    return [entry]() -> Run {
-        auto radio = makeRadio({entry.type});
-        auto floor = makeFloor<checks>(*radio, entry.type, "Rx");
-        const auto set = entry.setRx;
-        return [radio, floor, set](int time) { (*floor.*set)(carrierAt(time)); };
-    };
-}
-
-/** `work` on a radio with microwave boards. */
-template <typename Work>
-std::function<Run()> onLibrary(Work work) {
-    return [work]() -> Run {
-        auto radio = makeRadio({});
-        return [radio, work](int time) { work(*radio, time); };
-    };
-}
-
-template <Checks checks, typename Work>
-std::function<Run()> onFloor(Work work) {
-    return [work]() -> Run {
-        auto radio = makeRadio({});
-        auto floor = makeFloor<checks>(*radio, Type::MicrowaveBoardHz, "Tx");
+template <Checks checks, typename OnFloor>
+std::function<Run()> onFloor(const RadioOptions& options, const char* direction, OnFloor work) {
+    return [options, direction, work]() -> Run {
+        auto radio = makeRadio(options);
+        auto floor = std::make_shared<Floor<checks>>(*radio, direction,
+                                                     options.type == Type::MicrowaveBoardIf ? 140'000 : 0);
         return [radio, floor, work](int time) { work(*floor, time); };
     };
 }
 
-Run calibration() {
-    auto radio = makeRadio({});
-    auto* const canceller = InterfaceBroker::getInstance().getInterface<ILoCancellation>("ILoCancellation_1");
-    return [radio, canceller](int /*time*/) {
-        int i = 0;
-        int q = 0;
-        int maxDelta = 0;
-        unsigned iterations = 0;
-        canceller->calibrateLoCancellation(0, 4000, 0, 4000, 0.75, 0, 1, 0, &i, &q, &maxDelta, &iterations,
-                                           false);
-    };
+/**
+ * `library` is called with the radio and the time, `work` with a floor of either kind, for `direction` of
+ * such a radio, and the time.
+ */
+template <typename Library, typename OnFloor>
+Operation operation(const std::string& name, const RadioOptions& options, Library library,
+                    const char* direction, OnFloor work) {
+    if (options.trace == Standalone::TraceLevel::information) { // without a check nobody writes a message
+        return {name,
+                onLibrary(options, library),
+                {},
+                onFloor<Checks::demandedAndMessages>(options, direction, work)};
+    }
+    return {name, onLibrary(options, library), onFloor<Checks::none>(options, direction, work),
+            onFloor<Checks::demanded>(options, direction, work)};
+}
+
+/** A transmit frequency change. */
+template <typename OnFloor>
+Operation setTx(const std::string& name, const RadioOptions& options, OnFloor work) {
+    return operation(
+        "tx." + name, options,
+        [](BenchmarkRadio& radio, int time) { radio.module().setTxFrequency(carrierAt(time)); }, "Tx",
+        [work](auto& floor, int time) { work(floor, carrierAt(time)); });
+}
+
+template <typename OnFloor>
+Operation setRx(const std::string& name, const RadioOptions& options, OnFloor work) {
+    return operation(
+        "rx." + name, options,
+        [](BenchmarkRadio& radio, int time) { radio.module().setRxFrequency(carrierAt(time)); }, "Rx",
+        [work](auto& floor, int time) { work(floor, carrierAt(time)); });
+}
+
+/** With the LO cancellation that follows a new transmit carrier. */
+const auto setTxMicrowaveHz = [](auto& floor, std::uint32_t carrier) {
+    floor.setMicrowaveHz(carrier);
+    floor.correct();
+};
+const auto setRxMicrowaveHz = [](auto& floor, std::uint32_t carrier) { floor.setMicrowaveHz(carrier); };
+
+Operation temperature(const std::string& name, const RadioOptions& options) {
+    return operation(
+        name, options,
+        [](BenchmarkRadio& radio, int time) { radio.module().notifyTemperature(temperatureAt(time)); }, "Tx",
+        [](auto& floor, int time) { floor.setTemperature(temperatureAt(time)); });
+}
+
+Operation iqCompensation(const std::string& name, const RadioOptions& options) {
+    return operation(
+        name, options,
+        [](BenchmarkRadio& radio, int time) {
+            CTxIQImbalanceHandler::notifyTemperature(&radio.iqCompensation(), temperatureAt(time));
+        },
+        "Tx", [](auto& floor, int time) { floor.compensate(temperatureAt(time)); });
+}
+
+Operation calibration(const std::string& name, const RadioOptions& options) {
+    return operation(
+        name, options,
+        [](BenchmarkRadio& radio, int /*time*/) {
+            int i = 0;
+            int q = 0;
+            int maxDelta = 0;
+            unsigned iterations = 0;
+            radio.canceller().calibrateLoCancellation(0, 4000, 0, 4000, 0.75, 0, 1, 0, &i, &q, &maxDelta,
+                                                      &iterations, false);
+        },
+        "Tx", [](auto& floor, int /*time*/) { floor.calibrate(0, 4000, 0, 4000, 0.75); });
 }
 
 /** The start of a radio of which everything is described, and whose modules are gone each time. */
@@ -195,40 +177,64 @@ Run lookUpBilinear(int nodes) {
 }
 
 void addFrequencyChanges(std::vector<Operation>& all) {
-    constexpr auto& straight = types<Checks::none>;
-    constexpr auto& checked = types<Checks::demanded>;
-    for (std::size_t i = 0; i < straight.size(); ++i) {
-        all.push_back({std::string("tx.") + straight[i].name, setTx({straight[i].type}),
-                       setTxOnFloor(straight[i]), setTxOnFloor(checked[i])});
-    }
-    for (std::size_t i = 0; i < straight.size(); ++i) {
-        all.push_back({std::string("rx.") + straight[i].name, setRx(straight[i].type),
-                       setRxOnFloor(straight[i]), setRxOnFloor(checked[i])});
-    }
+    all.push_back(setTx("microwave-if", {Type::MicrowaveBoardIf}, [](auto& floor, std::uint32_t carrier) {
+        floor.setMicrowaveIf(carrier);
+        floor.correct();
+    }));
+    all.push_back(setTx("rf-module", {Type::RfModule},
+                        [](auto& floor, std::uint32_t carrier) { floor.setRfModule(carrier); }));
+    all.push_back(setTx("microwave-dsp-offset", {Type::MicrowaveBoardDspOffset},
+                        [](auto& floor, std::uint32_t carrier) {
+                            floor.setMicrowaveDspOffset(carrier);
+                            floor.correct();
+                        }));
+    all.push_back(setTx("microwave-hz-cs-offset", {Type::MicrowaveBoardHzCsOffset}, setTxMicrowaveHz));
+    all.push_back(
+        setTx("rau", {Type::Rau}, [](auto& floor, std::uint32_t carrier) { floor.setRauTx(carrier); }));
+    all.push_back(setTx("microwave-hz", {Type::MicrowaveBoardHz}, setTxMicrowaveHz));
+
+    all.push_back(setRx("microwave-if", {Type::MicrowaveBoardIf},
+                        [](auto& floor, std::uint32_t carrier) { floor.setMicrowaveIf(carrier); }));
+    all.push_back(setRx("rf-module", {Type::RfModule},
+                        [](auto& floor, std::uint32_t carrier) { floor.setRfModule(carrier); }));
+    all.push_back(setRx("microwave-dsp-offset", {Type::MicrowaveBoardDspOffset},
+                        [](auto& floor, std::uint32_t carrier) { floor.setMicrowaveDspOffsetRx(carrier); }));
+    all.push_back(setRx("microwave-hz-cs-offset", {Type::MicrowaveBoardHzCsOffset},
+                        [](auto& floor, std::uint32_t carrier) { floor.setMicrowaveHzCsOffsetRx(carrier); }));
+    all.push_back(
+        setRx("rau", {Type::Rau}, [](auto& floor, std::uint32_t carrier) { floor.setRauRx(carrier); }));
+    all.push_back(setRx("microwave-hz", {Type::MicrowaveBoardHz}, setRxMicrowaveHz));
 }
 
-/** `library` and `floor`, which takes a floor of either kind, are called with what they work on and the time.
- */
-template <typename Library, typename OnFloor>
-Operation operation(const char* name, Library library, OnFloor floor) {
-    return {name, onLibrary(library), onFloor<Checks::none>(floor), onFloor<Checks::demanded>(floor)};
+/** Each kind of operation at one threshold of the trace. */
+std::vector<Operation> tracedOperations(const std::string& suffix, OrbiTraceLevel threshold) {
+    const RadioOptions options{Type::MicrowaveBoardHz, 1, 1, threshold};
+    return {setTx("microwave-hz" + suffix, options, setTxMicrowaveHz),
+            setRx("microwave-hz" + suffix, options, setRxMicrowaveHz),
+            temperature("temperature.microwave-hz" + suffix, options),
+            iqCompensation("iq-compensation" + suffix, options),
+            calibration("calibration-iteration" + suffix, options)};
 }
 
-/** What a transmit frequency change depends on beside the board. */
+/** What operations depend on beside the board. */
 void addVariations(std::vector<Operation>& all) {
-    const std::string name = "tx.microwave-hz.";
+    for (const auto& [suffix, threshold] : {std::pair(".trace-filtered", Standalone::TraceLevel::error),
+                                            std::pair(".trace-on", Standalone::TraceLevel::information)}) {
+        for (Operation& traced : tracedOperations(suffix, threshold)) {
+            all.push_back(std::move(traced));
+        }
+    }
     for (const int observers : {0, 2, 5, 10, 20, 50, 100}) {
-        all.push_back(
-            {name + "observers-" + std::to_string(observers), setTx({Type::MicrowaveBoardHz, 1, observers})});
+        all.push_back(setTx("microwave-hz.observers-" + std::to_string(observers),
+                            {Type::MicrowaveBoardHz, 1, observers}, [](auto& floor, std::uint32_t carrier) {
+                                floor.setMicrowaveHzForMany(carrier);
+                                floor.correct();
+                            }));
     }
     for (const int channels : {8, 64}) {
-        all.push_back(
-            {name + "channel-" + std::to_string(channels), setTx({Type::MicrowaveBoardHz, channels})});
+        all.push_back(setTx("microwave-hz.channel-" + std::to_string(channels),
+                            {Type::MicrowaveBoardHz, channels}, setTxMicrowaveHz));
     }
-    all.push_back(
-        {name + "trace-filtered", setTx({Type::MicrowaveBoardHz, 1, 1, Standalone::TraceLevel::notice})});
-    all.push_back(
-        {name + "trace-on", setTx({Type::MicrowaveBoardHz, 1, 1, Standalone::TraceLevel::information})});
 }
 
 void addBootsAndLookups(std::vector<Operation>& all) {
@@ -247,19 +253,9 @@ void addBootsAndLookups(std::vector<Operation>& all) {
 std::vector<Operation> operations() {
     std::vector<Operation> all;
     addFrequencyChanges(all);
-    all.push_back(operation(
-        "temperature.microwave-hz",
-        [](BenchmarkRadio& radio, int time) { radio.module().notifyTemperature(temperatureAt(time)); },
-        [](auto& floor, int time) { floor.setTemperature(temperatureAt(time)); }));
-    all.push_back(operation(
-        "iq-compensation",
-        [](BenchmarkRadio& radio, int time) {
-            CTxIQImbalanceHandler::notifyTemperature(&radio.iqCompensation(), temperatureAt(time));
-        },
-        [](auto& floor, int time) { floor.compensate(temperatureAt(time)); }));
-    const auto calibrate = [](auto& floor, int /*time*/) { floor.calibrate(); };
-    all.push_back({"calibration-iteration", calibration, onFloor<Checks::none>(calibrate),
-                   onFloor<Checks::demanded>(calibrate)});
+    all.push_back(temperature("temperature.microwave-hz", {}));
+    all.push_back(iqCompensation("iq-compensation", {}));
+    all.push_back(calibration("calibration-iteration", {}));
     addVariations(all);
     addBootsAndLookups(all);
     return all;

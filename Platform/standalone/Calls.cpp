@@ -117,7 +117,7 @@ std::optional<Calls::Verdict> Calls::judge(Operation operation, std::string_view
     if (fault == m_faults.rend()) {
         return std::nullopt;
     }
-    const Verdict verdict{fault->code, fault->output};
+    const Verdict verdict{fault->code, fault->output, fault->isCarriedOut, fault->givesNull};
     if (fault->times && --*fault->times == 0) {
         m_faults.erase(std::next(fault).base());
         updateIdle();

@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace Standalone {
@@ -77,7 +78,7 @@ struct Request {
     std::size_t byteCount = 0;
 };
 
-/** Has calls of one operation on one object answered with a code instead of being carried out. */
+/** Has calls of one operation on one object answered with a code, most often instead of being carried out. */
 struct Fault {
     Operation operation;
     /** The object's name; empty for every object. */
@@ -88,6 +89,14 @@ struct Fault {
     std::optional<std::uint32_t> times;
     /** What a failing call that has an int to give back leaves there; nothing: it leaves it untouched. */
     std::optional<std::int32_t> output;
+    /**
+     * A failing call is carried out all the same, and what it gives back is there: whoever reads it in spite
+     * of the code finds a record, a handle or an address. An output, if there is one, takes the place of an
+     * int.
+     */
+    bool isCarriedOut = false;
+    /** A call that has a pointer to give back gives null, whatever the code. */
+    bool givesNull = false;
 };
 
 /**
@@ -126,15 +135,16 @@ public:
     /**
      * For the services: answers one call about `object`. `work` carries it out and returns the code; it is
      * given the value of the request, and leaves there what the call gives back. A fault with a failing code
-     * answers in its place and puts its output into `*output`; one with a success code only replaces the
-     * code. Nothing is thrown: a call for which there is no memory gives Codes::outOfMemory, and one that was
-     * carried out is not undone for a journal without memory.
+     * answers in its place, unless it has it carried out, and puts its output into `*output`, where that is
+     * an int; one with a success code only replaces the code. One that gives null puts that into `*output`,
+     * where it is a pointer. Nothing is thrown: a call for which there is no memory gives Codes::outOfMemory,
+     * and one that was carried out is not undone for a journal without memory.
      *
      * Not inlined, so that a service that looks for itself whether the platform is idle pays nothing for it.
      */
-    template <typename Work>
+    template <typename Work, typename Output = int>
     [[gnu::noinline]] std::int32_t answer(std::string_view object, const Request& request, const Work& work,
-                                          int* output = nullptr) {
+                                          Output* output = nullptr) {
         std::int64_t given = request.value;
         try {
             return m_idle ? work(given) : answerOpenly(object, request, work, given, output);
@@ -148,17 +158,24 @@ private:
     struct Verdict {
         std::int32_t code;
         std::optional<std::int32_t> output;
+        bool isCarriedOut;
+        bool givesNull;
     };
 
     /** Answers a call of which somebody may be told. */
-    template <typename Work>
+    template <typename Work, typename Output>
     std::int32_t answerOpenly(std::string_view object, const Request& request, const Work& work,
-                              std::int64_t& given, int* output) {
+                              std::int64_t& given, Output* output) {
         const std::optional<Verdict> verdict = judge(request.operation, object);
         std::int32_t code = ResultOk;
-        if (!verdict || isSuccess(verdict->code)) {
+        if (!verdict || verdict->isCarriedOut || isSuccess(verdict->code)) {
             code = work(given);
-        } else if (verdict->output && output != nullptr) {
+        }
+        if constexpr (std::is_pointer_v<Output>) {
+            if (verdict && verdict->givesNull && output != nullptr) {
+                *output = nullptr;
+            }
+        } else if (verdict && isFailure(verdict->code) && verdict->output && output != nullptr) {
             *output = *verdict->output;
             given = *output;
         }

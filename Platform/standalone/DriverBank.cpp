@@ -138,7 +138,7 @@ Driver* DriverBank::find(std::string_view name) {
 
 std::int32_t DriverBank::lookup(DriverInterface** out, const char* name) {
     const std::string_view wanted = name != nullptr ? name : "";
-    return m_calls.answer(wanted, {Operation::driverLookup}, [&](std::int64_t& /*given*/) -> std::int32_t {
+    const auto carryOut = [&](std::int64_t& /*given*/) -> std::int32_t {
         if (out == nullptr || name == nullptr) {
             return Codes::badArgument;
         }
@@ -150,7 +150,8 @@ std::int32_t DriverBank::lookup(DriverInterface** out, const char* name) {
             std::find(m_nullRecords.begin(), m_nullRecords.end(), wanted) != m_nullRecords.end();
         *out = givesNull ? nullptr : driver->record();
         return ResultOk;
-    });
+    };
+    return m_calls.answer(wanted, {Operation::driverLookup}, carryOut, out);
 }
 
 } // namespace Standalone

@@ -35,11 +35,12 @@ std::int32_t InterfaceRegistry::remove(const std::string& name, IInterface** rem
 
 IInterface* InterfaceRegistry::find(const std::string& name) {
     IInterface* found = nullptr;
-    m_calls.answer(name, {Operation::brokerLookup}, [&](std::int64_t& /*given*/) -> std::int32_t {
+    const auto carryOut = [&](std::int64_t& /*given*/) -> std::int32_t {
         const auto entry = m_entries.find(name);
         found = entry != m_entries.end() ? entry->second : nullptr;
         return found != nullptr ? ResultOk : Codes::notFound;
-    });
+    };
+    m_calls.answer(name, {Operation::brokerLookup}, carryOut, &found);
     return found;
 }
 
@@ -47,14 +48,15 @@ std::int32_t InterfaceRegistry::open(void** handle) {
     if (handle != nullptr) {
         *handle = nullptr;
     }
-    return m_calls.answer({}, {Operation::brokerOpen}, [&](std::int64_t& /*given*/) -> std::int32_t {
+    const auto carryOut = [&](std::int64_t& /*given*/) -> std::int32_t {
         if (handle == nullptr) {
             return Codes::badArgument;
         }
         *handle = this;
         ++m_openHandles;
         return ResultOk;
-    });
+    };
+    return m_calls.answer({}, {Operation::brokerOpen}, carryOut, handle);
 }
 
 std::int32_t InterfaceRegistry::get(void* handle, const char* name, void** record) {
@@ -62,7 +64,7 @@ std::int32_t InterfaceRegistry::get(void* handle, const char* name, void** recor
         *record = nullptr;
     }
     const std::string_view wanted = name != nullptr ? name : "";
-    return m_calls.answer(wanted, {Operation::brokerGet}, [&](std::int64_t& /*given*/) -> std::int32_t {
+    const auto carryOut = [&](std::int64_t& /*given*/) -> std::int32_t {
         if (!isOpen(handle) || name == nullptr || record == nullptr) {
             return Codes::badArgument;
         }
@@ -70,7 +72,8 @@ std::int32_t InterfaceRegistry::get(void* handle, const char* name, void** recor
         auto* const iface = entry != m_entries.end() ? dynamic_cast<IInterface_c*>(entry->second) : nullptr;
         *record = iface != nullptr ? iface->getCStruct() : nullptr;
         return *record != nullptr ? ResultOk : Codes::notFound;
-    });
+    };
+    return m_calls.answer(wanted, {Operation::brokerGet}, carryOut, record);
 }
 
 std::int32_t InterfaceRegistry::close(void* handle) {

@@ -83,7 +83,7 @@ CalibrationTable* TableStore::find(std::string_view name) {
 
 std::int32_t TableStore::lookup(const char* name, CalibrationTable** out) {
     const std::string_view wanted = name != nullptr ? name : "";
-    return m_calls.answer(wanted, {Operation::tableLookup}, [&](std::int64_t& /*given*/) -> std::int32_t {
+    const auto carryOut = [&](std::int64_t& /*given*/) -> std::int32_t {
         if (name == nullptr || out == nullptr) {
             return Codes::badArgument;
         }
@@ -93,7 +93,8 @@ std::int32_t TableStore::lookup(const char* name, CalibrationTable** out) {
         }
         *out = table;
         return ResultOk;
-    });
+    };
+    return m_calls.answer(wanted, {Operation::tableLookup}, carryOut, out);
 }
 
 std::int32_t TableStore::interpolate(CalibrationTable* table, std::int32_t x, int* y) {

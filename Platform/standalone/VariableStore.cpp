@@ -47,7 +47,7 @@ Variable* VariableStore::find(std::string_view name) {
 
 std::int32_t VariableStore::getByName(const char* name, StorageVariable** out) {
     const std::string_view wanted = name != nullptr ? name : "";
-    return m_calls.answer(wanted, {Operation::variableGet}, [&](std::int64_t& given) -> std::int32_t {
+    const auto carryOut = [&](std::int64_t& given) -> std::int32_t {
         if (name == nullptr || out == nullptr) {
             return Codes::badArgument;
         }
@@ -58,12 +58,13 @@ std::int32_t VariableStore::getByName(const char* name, StorageVariable** out) {
         *out = m_nullRecords.count(wanted) != 0 ? nullptr : variable->record();
         given = variable->values().front();
         return ResultOk;
-    });
+    };
+    return m_calls.answer(wanted, {Operation::variableGet}, carryOut, out);
 }
 
 std::int32_t VariableStore::getContentAddress(const char* name, void** address) {
     const std::string_view wanted = name != nullptr ? name : "";
-    return m_calls.answer(wanted, {Operation::variableAddress}, [&](std::int64_t& given) -> std::int32_t {
+    const auto carryOut = [&](std::int64_t& given) -> std::int32_t {
         if (name == nullptr || address == nullptr) {
             return Codes::badArgument;
         }
@@ -74,7 +75,8 @@ std::int32_t VariableStore::getContentAddress(const char* name, void** address) 
         *address = variable->content();
         given = variable->values().front();
         return ResultOk;
-    });
+    };
+    return m_calls.answer(wanted, {Operation::variableAddress}, carryOut, address);
 }
 
 } // namespace Standalone

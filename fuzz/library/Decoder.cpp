@@ -1,5 +1,6 @@
 #include "Decoder.h"
 
+#include "Exceptions.h"
 #include "FullBoard.h"
 #include "Numbers.h"
 
@@ -10,6 +11,7 @@
 
 using Told::Board;
 using Told::Do;
+using Told::Leaves;
 using Told::Step;
 
 namespace {
@@ -46,12 +48,12 @@ public:
 
 private:
     void decodeBoard();
-    void decodeException();
     void decodeStart();
     void decodeStep();
     void decodeModuleStep();
     void decodeHandlerStep();
     void decodeCancellerStep();
+    std::uint32_t iterationsBefore(std::uint32_t limit, std::uint32_t how);
     void decodeCompensationStep();
     void decodePlatformStep();
     void decodeFault();
@@ -88,73 +90,13 @@ void Decoder::decodeBoard() {
     }
     addShared(board);
     for (std::size_t count = m_bytes.below(8); count > 0; --count) {
-        decodeException();
+        addException(m_bytes, board);
     }
     board.readings.clear();
     for (std::size_t count = m_bytes.below(8); count > 0; --count) {
         board.readings.push_back(anyNumber(m_bytes));
     }
     board.readings.push_back(0);
-}
-
-/** Something on the board is not as it should be. */
-void Decoder::decodeException() {
-    Board& board = m_story.board;
-    const std::size_t what = m_bytes.below(13);
-    const std::uint32_t how = m_bytes.byte();
-    const auto pick = [&](auto& list) -> auto& {
-        return list[m_bytes.byte() % list.size()];
-    };
-    const auto remove = [&](auto& list) {
-        if (list.size() > 1) {
-            list.erase(list.begin() + static_cast<std::ptrdiff_t>(m_bytes.byte() % list.size()));
-        }
-    };
-    const auto presence = static_cast<Told::Presence>(how % 5);
-    switch (what) {
-    case 0:
-    case 1:
-        return remove(board.drivers);
-    case 2:
-        pick(board.drivers).missingWords = how % 16;
-        return;
-    case 3:
-        pick(board.drivers).nullRecord = true;
-        return;
-    case 4:
-        return remove(board.variables);
-    case 5:
-        pick(board.variables).noContent = true;
-        return;
-    case 6:
-        pick(board.variables).nullRecord = true;
-        return;
-    case 7:
-        return remove(board.tables);
-    case 8:
-        pick(board.tables).axis2.clear();
-        pick(board.tables).axis2 = {0};
-        for (Told::Table& table : board.tables) {
-            table.values.resize(table.axis1.size() * std::max<std::size_t>(table.axis2.size(), 1), 5);
-        }
-        return;
-    case 9: {
-        Told::Table& table = pick(board.tables);
-        table.values[how % table.values.size()] = anyNumber(m_bytes);
-        table.axis1.front() = how % 2 != 0 ? lowest : table.axis1.front();
-        table.axis1.back() = how % 3 != 0 ? highest : table.axis1.back();
-        return;
-    }
-    case 10:
-        board.driverLayer = presence;
-        return;
-    case 11:
-        board.temperatureHandler = presence;
-        return;
-    default:
-        pick(board.remoteRadios).presence = presence;
-        return;
-    }
 }
 
 std::vector<std::int32_t> Decoder::valuesFor(const Told::Variable& variable) {
@@ -320,13 +262,24 @@ void Decoder::decodeCancellerStep() {
     }
     c.shrinkFactor = anyFactor(m_bytes);
     c.minDelta = anyNumber(m_bytes);
-    c.maxIterations = static_cast<std::uint32_t>(m_bytes.below(6));
+    const std::uint32_t limit = m_bytes.byte();
     const std::uint32_t rest = m_bytes.byte();
     c.settleTimeMs = (rest & 3U) == 3 ? static_cast<std::uint32_t>(anyNumber(m_bytes)) : rest & 3U;
-    c.iterations = (rest & 12U) == 12 ? 0xFFFFFFFFU : (rest & 12U) / 8U;
     c.useHighDetector = (rest & 16U) != 0;
     c.nullPlaces = (rest & 0xE0U) == 0xE0U ? 1U << m_bytes.below(4) : 0U;
+    c.maxIterations = limit < 192 ? limit % 6 : static_cast<std::uint32_t>(anyNumber(m_bytes));
+    c.iterations = iterationsBefore(c.maxIterations, rest & 12U);
     add(std::move(step));
+}
+
+/** What is counted on from: so near to the limit, or so far beyond it, that the calibration ends soon. */
+std::uint32_t Decoder::iterationsBefore(std::uint32_t limit, std::uint32_t how) {
+    constexpr std::uint32_t most = 6;
+    const std::uint32_t before = how == 4    ? static_cast<std::uint32_t>(anyNumber(m_bytes))
+                                 : how == 12 ? 0xFFFFFFFFU
+                                             : how / 8U;
+    const std::uint32_t afterTheFirst = before + 1; // which may be 0 again
+    return afterTheFirst < limit && limit - afterTheFirst >= most ? limit - most : before;
 }
 
 void Decoder::decodeCompensationStep() {
@@ -339,7 +292,9 @@ void Decoder::decodeCompensationStep() {
         return add({Do::initializeCompensation, {}, {slot}});
     case 2:
     case 3: {
-        const std::int64_t phase = m_bytes.below(4) != 0 ? 11 : 5;
+        const std::uint32_t which = m_bytes.byte();
+        const std::int64_t phase =
+            which % 4 != 0 ? 11 : std::array<std::int64_t, 4>{5, 20, 0, 12}[which / 4 % 4];
         return add({Do::compensationPhase, {}, {m_bytes.below(8) != 0 ? slot : -1, phase}});
     }
     case 4:
@@ -379,7 +334,9 @@ void Decoder::decodePlatformStep() {
         const std::array<std::string, 3> names{"IDriverLayer", "ITemperatureHandler",
                                                m_channel == 0 ? "IRauHandler"
                                                               : "IRauHandler_" + std::to_string(m_channel)};
-        return add({Do::setPresence, m_bytes.oneOf(names), {static_cast<std::int64_t>(m_bytes.below(5))}});
+        return add({Do::setPresence,
+                    m_bytes.oneOf(names),
+                    {static_cast<std::int64_t>(presenceFor(m_bytes.byte()))}});
     }
     default:
         return add({Do::setThreshold, {}, {m_bytes.oneOf(thresholds)}});
@@ -393,18 +350,21 @@ void Decoder::decodeFault() {
         return add({Do::clearFaults});
     }
     const std::int64_t code = m_bytes.oneOf(codes);
-    const bool hasOutput = (how & 64U) != 0;
-    const std::int64_t output = hasOutput ? anyNumber(m_bytes) : 0;
+    const Leaves leaves = (how & 64U) != 0     ? Leaves::number
+                          : (how & 48U) == 48U ? Leaves::result
+                          : (how & 48U) == 16U ? Leaves::null
+                                               : Leaves::nothing;
+    const std::int64_t output = leaves == Leaves::number ? anyNumber(m_bytes) : 0;
     if (how % 8 < 4) {
         const std::int64_t later = 1 + static_cast<std::int64_t>(m_bytes.below(64));
-        return add({Do::faultAt, {}, {later, code, (how & 128U) != 0 ? 1 : 0, output}, hasOutput});
+        return add({Do::faultAt, {}, {later, code, (how & 128U) != 0 ? 1 : 0, output}, leaves});
     }
     const std::size_t operation = m_bytes.below(operationCount);
     const std::int64_t times = (how & 128U) != 0 ? -1 : static_cast<std::int64_t>(m_bytes.below(4));
     add({Do::fault,
          objectFor(operation),
          {static_cast<std::int64_t>(operation), code, times, output},
-         hasOutput});
+         leaves});
 }
 
 /** What the fault is about: everything, or one of the objects that the operation has to do with. */

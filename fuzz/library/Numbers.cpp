@@ -17,13 +17,16 @@ std::int32_t anyNumber(Bytes& bytes) {
     return how < 224 ? remarkable[how % remarkable.size()] : static_cast<std::int32_t>(bytes.word());
 }
 
-std::uint32_t anyFrequency(Bytes& bytes) {
+std::int64_t anyFrequency(Bytes& bytes) {
     const std::uint32_t how = bytes.byte();
     if (how < 160) {
         return 17'000'000U + how * 12'500U + bytes.byte();
     }
-    return static_cast<std::uint32_t>(how < 200 ? remarkable[how % remarkable.size()]
-                                                : static_cast<std::int32_t>(bytes.word()));
+    if (how < 200) {
+        return static_cast<std::uint32_t>(remarkable[how % remarkable.size()]);
+    }
+    const std::int64_t beyond32Bits = how < 240 ? 0 : how - 239;
+    return (beyond32Bits << 32U) + bytes.word();
 }
 
 std::int32_t anyTemperature(Bytes& bytes) {

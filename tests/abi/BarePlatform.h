@@ -44,6 +44,8 @@ private:
 /** All that this platform knows. The library's trace objects are built before anything else of the program.
  */
 struct BarePlatform {
+    BarePlatform() { reset(); }
+
     std::map<std::string, IInterface*> interfaces;
     EDriverResult lookupCode{0};
     DriverInterface driver{};

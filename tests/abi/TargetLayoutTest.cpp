@@ -133,6 +133,13 @@ TEST_F(TargetLayoutTest, Rau) {
     EXPECT_EQ(sizeof handler, 30U * 4);
 }
 
+TEST_F(TargetLayoutTest, RauKeepsTheRemoteRadioUnitInItsWord) {
+    IRauHandler& radio = platform.addRau(4);
+    Rau::FrequencyHandler handler("Rx", 4);
+    EXPECT_EQ(handler.onModuleInit(), ResultOk);
+    EXPECT_EQ(wordAt(&handler, 22), wordOf(&radio));
+}
+
 TEST_F(TargetLayoutTest, MicrowaveBoard) {
     MicrowaveBoard::FrequencyHandler handler("Tx", 1, true, false, true, false);
     expectCommonHandler(&handler, "Tx", 1);

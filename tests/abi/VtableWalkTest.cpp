@@ -1,4 +1,4 @@
-// The tables of virtual operations of objects that the shared library built, entry by entry.
+// The tables of virtual operations of the shared library and of objects that it built, entry by entry.
 
 #include "CTxIQImbalanceHandler.h"
 #include "FrequencyHandler.h"
@@ -38,16 +38,21 @@ const void* tableOf(const void* address) {
 
 /** Those of `symbols`, one for each slot of the table, that do not stand in their slot. An empty one is any.
  */
-std::vector<std::string> misplaced(const void* object, const std::vector<std::string>& symbols) {
+std::vector<std::string> misplacedIn(const void* table, const std::vector<std::string>& symbols) {
     std::vector<std::string> names;
     for (std::size_t slot = 0; slot < symbols.size(); ++slot) {
-        const Word found = wordAt(tableOf(object), static_cast<std::ptrdiff_t>(slot));
+        const Word found = wordAt(table, static_cast<std::ptrdiff_t>(slot));
         const auto wanted = reinterpret_cast<Word>(dlsym(RTLD_DEFAULT, symbols[slot].c_str()));
         if (!symbols[slot].empty() && (wanted == 0 || found != wanted)) {
             names.push_back(std::to_string(slot) + " " + symbols[slot]);
         }
     }
     return names;
+}
+
+/** The same for the table of the object or base at `address`. */
+std::vector<std::string> misplaced(const void* address, const std::vector<std::string>& symbols) {
+    return misplacedIn(tableOf(address), symbols);
 }
 
 /** How far behind the object its virtual base lies, as the table tells those who know the object only. */
@@ -75,7 +80,8 @@ const std::string common = "_ZN2RL16FrequencyHandler6Common16FrequencyHandler";
 const std::string registerObserver = operation(common, "registerObserver", "P8ObserverI17IFrequencyHandlerE");
 const std::string getFrequency = "_ZNK2RL16FrequencyHandler6Common16FrequencyHandler12getFrequencyEv";
 const std::string getFFVariables = operation(common, "getFFVariablesFromDatabase");
-const std::string getCStruct; // not exported; called instead
+const std::string getCStruct;   // not exported; called instead
+const std::string noDestructor; // of a class of which there is no object
 
 /** Calls what stands in a slot of the object's table. */
 template <typename Result, typename... Arguments>
@@ -88,6 +94,14 @@ Result throughSlot(std::ptrdiff_t slot, void* object, Arguments... arguments) {
 bool givesItsRecord(IFrequencyHandler& handler) {
     const void* const record = throughSlot<void*>(2, &handler);
     return record != nullptr && wordAt(record, 0) == reinterpret_cast<Word>(&handler);
+}
+
+void expectTableLeadsTo(const IInterface* interface, const void* object) {
+    const std::ptrdiff_t offset = distance(object, interface);
+    EXPECT_EQ(offsetOfVirtualBase(object), offset);
+    EXPECT_EQ(static_cast<std::ptrdiff_t>(wordAt(tableOf(interface), -2)), -offset); // back to the object
+    EXPECT_EQ(static_cast<std::ptrdiff_t>(wordAt(tableOf(interface), -3)), -offset); // for its destructor
+    EXPECT_EQ(static_cast<std::ptrdiff_t>(wordAt(tableOf(object), -2)), 0);
 }
 
 class VtableWalkTest : public RadioTest {};
@@ -149,7 +163,20 @@ TEST_F(VtableWalkTest, ThirdSlotOfAHandlerGivesItsRecord) {
     EXPECT_TRUE(givesItsRecord(rau));
 }
 
-// An interface without a handler behind it.
+// There is no object of it: the table as the library exports it, behind the way to its virtual base, the way
+// to the object, and its type.
+TEST_F(VtableWalkTest, CommonHandler) {
+    const auto* const exported =
+        static_cast<const char*>(dlsym(RTLD_DEFAULT, "_ZTVN2RL16FrequencyHandler6Common16FrequencyHandlerE"));
+    ASSERT_NE(exported, nullptr);
+    EXPECT_THAT(misplacedIn(exported + 3 * sizeof(Word),
+                            {noDestructor, noDestructor, getCStruct, registerObserver, getFrequency,
+                             operation(common, "onModuleInit"), operation(common, "getVariablesFromDatabase"),
+                             getFFVariables, "__cxa_pure_virtual"}),
+                testing::IsEmpty());
+}
+
+// An interface without a handler behind it, which is of the header alone.
 TEST_F(VtableWalkTest, InterfaceKeepsNobodyAndKnowsNoFrequency) {
     IFrequencyHandler interface;
     Observer<IFrequencyHandler>* const nobody = nullptr;
@@ -218,16 +245,16 @@ TEST_F(VtableWalkTest, IQImbalanceHandler) {
                 testing::IsEmpty());
 }
 
-// A client that was handed an IInterface_c finds the IInterface in it through the table, and the other way
-// round.
+// A client that was handed an object finds the IInterface in it through the table, and the other way round.
 TEST_F(VtableWalkTest, TableLeadsToTheVirtualBaseAndBack) {
-    const RfModule::FrequencyHandler handler("Tx", 1);
-    const IInterface* interface = &handler;
-    const std::ptrdiff_t offset = distance(&handler, interface);
-    EXPECT_EQ(offsetOfVirtualBase(&handler), offset);
-    EXPECT_EQ(static_cast<std::ptrdiff_t>(wordAt(tableOf(interface), -2)), -offset); // back to the object
-    EXPECT_EQ(static_cast<std::ptrdiff_t>(wordAt(tableOf(interface), -3)), -offset); // for its destructor
-    EXPECT_EQ(static_cast<std::ptrdiff_t>(wordAt(tableOf(&handler), -2)), 0);
+    const MicrowaveBoard::FrequencyHandler board("Tx", 1, true, false, false, false);
+    const RfModule::FrequencyHandler rfModule("Tx", 2);
+    const Rau::FrequencyHandler rau("Rx", 1);
+    const LoCancellation canceller(1);
+    expectTableLeadsTo(&board, &board);
+    expectTableLeadsTo(&rfModule, &rfModule);
+    expectTableLeadsTo(&rau, &rau);
+    expectTableLeadsTo(&canceller, &canceller);
 }
 
 TEST_F(VtableWalkTest, IQImbalanceHandlerIsItsInterfaceWithoutAnOffset) {

@@ -2,7 +2,8 @@
 # exports.sh NM LIBRARY RECORDED
 #
 # The dynamic symbols that LIBRARY defines are the recorded ones, no fewer and no more: one line for each, so that
-# the two constructors of a class are two lines. To record what is meant to change:
+# the two constructors of a class are two lines; which is which, and what a thunk adds, the recorded binary interface
+# knows. To record what is meant to change:
 #   nm -D -C --defined-only LIBRARY | sed -E 's/^[0-9a-f]+ [A-Za-z] //' | LC_ALL=C sort >RECORDED
 set -eu
 

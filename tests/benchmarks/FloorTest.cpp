@@ -1,6 +1,8 @@
 // The floor makes the calls that the library makes: in the same order, with the same values, down to the
-// levels of unwanted messages and the waits of a calibration.
+// levels of unwanted messages, the text of wanted ones, the observers that are told and the waits of a
+// calibration.
 
+#include "BenchmarkRadio.h"
 #include "Operations.h"
 #include "standalone/Platform.h"
 
@@ -37,9 +39,12 @@ std::vector<std::string> storyOf(const std::function<Run()>& prepare, int repeti
     story = &lines;
     Standalone::Platform::current()->calls().setListener(
         [](const Standalone::Call& call) { tell(lineOf(call)); });
+    Standalone::Platform::current()->trace().setSink(
+        [](const Standalone::TraceMessage& message) { tell("trace: " + message.text); });
     for (int time = 0; time < std::min(repetitions, 3); ++time) {
         run(time);
     }
+    Standalone::Platform::current()->trace().setSink({});
     Standalone::Platform::current()->calls().setListener({});
     story = nullptr;
     return lines;
@@ -72,11 +77,16 @@ std::vector<Pair> pairs() {
     return result;
 }
 
+class TellingObserver final : public Observer<IFrequencyHandler> {
+public:
+    void onChange(IFrequencyHandler* /*subject*/) override { tell("observer"); }
+};
+
 class FloorTest : public testing::TestWithParam<Pair> {};
 
 } // namespace
 
-// Both take the place of what library and floor would call otherwise.
+// All take the place of what library and floor would call otherwise.
 
 OrbiTraceLevel CZulTraceHandler_DmLevel2GtLevel(int level) {
     tell("message of level " + std::to_string(level));
@@ -86,6 +96,10 @@ OrbiTraceLevel CZulTraceHandler_DmLevel2GtLevel(int level) {
 extern "C" int usleep(unsigned microseconds) { // the name is the operating system's
     tell("wait of " + std::to_string(microseconds));
     return 0;
+}
+
+std::unique_ptr<Observer<IFrequencyHandler>> Benchmarks::makeObserver() {
+    return std::make_unique<TellingObserver>();
 }
 
 TEST_P(FloorTest, MakesTheCallsOfTheLibrary) {

@@ -88,6 +88,12 @@ TEST_F(DriverLookupTest, FailedLookupLeavesTheCallerWhatTheDriverLayerLeft) {
     EXPECT_EQ(found, driver.record());
 }
 
+TEST_F(DriverLookupTest, RecordThatCameWithAFailingCodeIsNotComplete) {
+    platform.calls().inject({Operation::driverLookup, name, 0x8001, std::nullopt, std::nullopt, true});
+    EXPECT_FALSE(find(NeededOperation::write).complete);
+    EXPECT_EQ(found, driver.record());
+}
+
 TEST_F(DriverLookupTest, ValueNeedsWriteAndBytesNeedWriteBuffer) {
     EXPECT_FALSE(canWrite(nullptr) || canWriteBuffer(nullptr));
     EXPECT_TRUE(canWrite(driver.record()) && canWriteBuffer(driver.record()));

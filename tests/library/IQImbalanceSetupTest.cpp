@@ -173,6 +173,13 @@ TEST_F(IQImbalanceSetupTest, CodeOfTheBrokerIsShownForTheDriverLayer) {
               "0x8000: CTxFrequencyHandler failed to get IDriverLayer (EAFResult = 0x8057)");
 }
 
+TEST_F(IQImbalanceSetupTest, DriverLayerThatCameWithAFailingCodeIsMissing) {
+    platform.calls().inject({Operation::brokerGet, "IDriverLayer", 0x8058, std::nullopt, std::nullopt, true});
+    EXPECT_EQ(setUpInVain(),
+              endAfter("broker-close",
+                       {"0x8000: CTxFrequencyHandler failed to get IDriverLayer (EAFResult = 0x8058)"}));
+}
+
 TEST_F(IQImbalanceSetupTest, NullDriverLayerWithASuccessCodeIsMissingToo) {
     platform.setPresence("IDriverLayer", Presence::nullRecord);
     fail(Operation::brokerGet, "IDriverLayer", 0x12);

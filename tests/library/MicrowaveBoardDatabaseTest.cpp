@@ -185,6 +185,12 @@ TEST_F(MicrowaveBoardDatabaseTest, MissingBasebandOffsetFailsBeforeTheOffsetArra
     EXPECT_EQ(traces(), (Lines{"error: Could not get the variable RxIfBb from the database"}));
 }
 
+TEST_F(MicrowaveBoardDatabaseTest, VariableThatCameWithAFailingCodeIsMissing) {
+    platform.calls().inject({Operation::variableGet, "RxIfBb", 0x8001, std::nullopt, std::nullopt, true});
+    EXPECT_EQ(make("Rx", withOffsetArray).getVariablesFromDatabase(), ResultFailed);
+    EXPECT_EQ(traces(), (Lines{"error: Could not get the variable RxIfBb from the database"}));
+}
+
 TEST_F(MicrowaveBoardDatabaseTest, MissingHwCodeDspFailsWithoutAMessage) {
     takeAwayVariable("HwCodeDsp");
     EXPECT_EQ(make("Rx", withOffsetArray).getVariablesFromDatabase(), ResultFailed);

@@ -99,6 +99,16 @@ TEST_F(MicrowaveBoardSpacingTest, UnknownArrayFailsBeforeAnythingIsWritten) {
     EXPECT_EQ(traces(), (Lines{"error: channel.1.rx.rf.frequency.cs.offset.array was not found"}));
 }
 
+TEST_F(MicrowaveBoardSpacingTest, ArrayWhoseAddressCameWithAFailingCodeIsUnknown) {
+    Board& board = boot("Rx", withOffsetArray);
+    platform.calls().inject({Operation::variableAddress, "channel.1.rx.rf.frequency.cs.offset.array", 0x8001,
+                             std::nullopt, std::nullopt, true});
+    EXPECT_EQ(board.getVariablesFromDatabase(), ResultFailed);
+    EXPECT_EQ(board.writeFrequencyToHW(carrier), ResultFailed);
+    EXPECT_EQ(writes(), Lines{});
+    EXPECT_EQ(traces(), (Lines{"error: channel.1.rx.rf.frequency.cs.offset.array was not found"}));
+}
+
 TEST_F(MicrowaveBoardSpacingTest, ArrayWithoutContentFailsBeforeAnythingIsWritten) {
     platform.variables().find("channel.1.rx.rf.frequency.cs.offset.array")->setContentMissing(true);
     EXPECT_EQ(boot("Rx", withOffsetArray).writeFrequencyToHW(carrier), ResultFailed);

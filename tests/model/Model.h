@@ -136,6 +136,8 @@ private:
     std::unique_ptr<ModelHandler> makeHandler(HandlerKind kind, const std::string& direction,
                                               std::int32_t channel, unsigned flags);
     void destroyHandler(std::unique_ptr<ModelHandler>& handler);
+    /** A client in C asks the broker for a handler's record. */
+    bool asksFromC(const std::string& name, Code& code);
     Code setFrequency(ModelHandler& handler, std::uint32_t frequency);
     Code initHandler(ModelHandler& handler);
     Code readVariables(ModelHandler& handler);

@@ -78,7 +78,7 @@ bool Model::bindEither(ModelCanceller& canceller, const std::string& first, cons
 }
 
 Code Model::initCanceller(ModelCanceller& canceller) {
-    if (m_platform.look("IDriverLayer") != Presence::present) {
+    if (!m_platform.findDriverLayer()) {
         m_platform.say(failed, "LoCancellation failed to get driverlayer interface");
         return failed;
     }

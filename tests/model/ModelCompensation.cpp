@@ -134,7 +134,7 @@ Code Model::bindCompensation(ModelCompensation& compensation) {
             hex(code));
         return failed;
     }
-    code = subscribe({nullptr, &compensation});
+    code = m_platform.recordIsWordless() ? failed : subscribe({nullptr, &compensation});
     m_platform.closeBroker();
     if (isBad(code)) {
         m_platform.say(

@@ -65,14 +65,31 @@ void Model::tellOfHandler(const Step& step, ModelHandler& handler) {
         handler.observers.push_back({ModelObserver::Kind::null, 0, 0});
         return answer(ok);
     case Do::observeFromC:
+        if (Code code = ok; !asksFromC(step.name, code)) {
+            return answer(code);
+        }
         handler.observers.push_back({ModelObserver::Kind::ofC, number, handler.channel});
         return answer(ok);
     case Do::observeBadlyFromC:
+        if (Code code = ok; !asksFromC(step.name, code)) {
+            return answer(code);
+        }
         m_platform.say(failed, "registerObserver called without handler, observer or function");
         return answer(failed);
     default:
         return m_transcript.note("frequency", handler.frequency);
     }
+}
+
+bool Model::asksFromC(const std::string& name, Code& code) {
+    code = m_platform.openBroker();
+    if (isBad(code)) {
+        return false;
+    }
+    bool found = false;
+    code = m_platform.getFromBroker(name, found);
+    m_platform.closeBroker();
+    return found && !isBad(code);
 }
 
 Code Model::setFrequency(ModelHandler& handler, std::uint32_t frequency) {
@@ -130,7 +147,7 @@ Code Model::writeFrequency(ModelHandler& handler, std::uint32_t frequency) {
 }
 
 Code Model::initRfModule(ModelHandler& handler) {
-    if (m_platform.look("IDriverLayer") != Presence::present) {
+    if (!m_platform.findDriverLayer()) {
         m_platform.say(failed, "Unable to get DriverLayer Interface");
         return failed;
     }

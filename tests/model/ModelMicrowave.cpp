@@ -15,7 +15,7 @@ unsigned shown(Code code) {
 } // namespace
 
 Code Model::initMicrowave(ModelHandler& handler) {
-    if (m_platform.look("IDriverLayer") == Presence::present && isBad(bindMicrowave(handler))) {
+    if (m_platform.findDriverLayer() && isBad(bindMicrowave(handler))) {
         return failed;
     }
     if (handler.chargePumpTableValid) {

@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdarg>
-#include <cstdio>
 
 namespace Told {
 
@@ -38,13 +36,6 @@ constexpr std::array words{
 
 const std::string nameless;
 
-std::int32_t mapped(Code numericLevel) {
-    if (isBad(numericLevel)) {
-        return 1;
-    }
-    return numericLevel == 256 ? 3 : numericLevel == 2048 ? 4 : 2;
-}
-
 template <typename Named>
 Handle placeOf(const std::vector<Named>& list, const std::string& name) {
     const auto found =
@@ -67,33 +58,6 @@ ModelPlatform::ModelPlatform(const Board& board, Transcript& transcript)
     for (const RemoteRadio& radio : board.remoteRadios) {
         m_remoteRadios[remoteRadioName(radio.channel)] = {0, 0};
         setPresence(remoteRadioName(radio.channel), radio.presence);
-    }
-}
-
-void ModelPlatform::say(Code numericLevel, const char* format, ...) {
-    if (m_board.threshold < mapped(numericLevel)) {
-        return;
-    }
-    std::array<char, 200> text{};
-    va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(text.data(), text.size(), format, arguments);
-    va_end(arguments);
-    m_transcript.trace(mapped(numericLevel), text.data());
-}
-
-void ModelPlatform::sayOpenly(std::int32_t level, const std::string& text) {
-    m_transcript.trace(level, text);
-    m_openMessages.push_back(text);
-}
-
-void ModelPlatform::endStep() {
-    for (const std::string& text : m_openMessages) {
-        m_transcript.note("not ended", text, 0);
-    }
-    m_openMessages.clear();
-    if (m_openHandles != 0) {
-        m_transcript.note("broker handles not given back", m_openHandles);
     }
 }
 
@@ -121,11 +85,14 @@ template <typename Work>
 Code ModelPlatform::answer(Call call, Work work) {
     const std::optional<Fault> fault = faultFor(call);
     Code code = ok;
-    if (!fault || !isBad(fault->code)) {
+    if (!fault || !isBad(fault->code) || fault->leaves == Leaves::result) {
         code = work(call.value);
-    } else if (fault->output && call.output != nullptr) {
-        *call.output = *fault->output;
-        call.value = *fault->output;
+    } else if (fault->leaves == Leaves::number && call.output != nullptr) {
+        *call.output = fault->output;
+        call.value = fault->output;
+    }
+    if (fault && fault->leaves == Leaves::null && call.handle != nullptr) {
+        *call.handle = nowhere;
     }
     if (fault) {
         code = fault->code;
@@ -153,15 +120,25 @@ Code ModelPlatform::withdraw(const std::string& name) {
 
 Presence ModelPlatform::look(const std::string& name) {
     Presence seen = Presence::absent;
-    plain(Op::brokerLookup, name, [&] {
+    Handle object = nowhere;
+    Call call{Op::brokerLookup, name};
+    call.handle = &object;
+    answer(call, [&](std::int64_t& /*value*/) {
         const auto entry = m_published.find(name);
         if (entry == m_published.end() || entry->second.presence == Presence::null) {
             return notFound;
         }
         seen = entry->second.presence;
+        object = 0;
         return ok;
     });
-    return seen;
+    return object != nowhere ? seen : Presence::absent;
+}
+
+bool ModelPlatform::findDriverLayer() {
+    const Presence seen = look("IDriverLayer");
+    m_recordIsWordless = seen == Presence::wordless;
+    return seen == Presence::present || seen == Presence::wordless;
 }
 
 void* ModelPlatform::objectAt(const std::string& name) const {
@@ -170,23 +147,44 @@ void* ModelPlatform::objectAt(const std::string& name) const {
 }
 
 Code ModelPlatform::openBroker() {
-    return plain(Op::brokerOpen, nameless, [&] {
+    Handle handle = nowhere;
+    Call call{Op::brokerOpen, nameless};
+    call.handle = &handle;
+    const Code code = answer(call, [&](std::int64_t& /*value*/) {
         ++m_openHandles;
+        handle = 0;
         return ok;
     });
+    m_handleIsNull = handle == nowhere;
+    return code;
 }
 
 Code ModelPlatform::getFromBroker(const std::string& name, bool& found) {
-    found = false;
-    return plain(Op::brokerGet, name, [&] {
+    Handle record = nowhere;
+    Call call{Op::brokerGet, name};
+    call.handle = &record;
+    const Code code = answer(call, [&](std::int64_t& /*value*/) {
+        if (m_handleIsNull) {
+            return badArgument;
+        }
         const auto entry = m_published.find(name);
-        found = entry != m_published.end() && entry->second.presence == Presence::present;
-        return found ? ok : notFound;
+        const Presence seen = entry != m_published.end() ? entry->second.presence : Presence::absent;
+        m_recordIsWordless = seen == Presence::wordless;
+        if (seen != Presence::present && seen != Presence::wordless) {
+            return notFound;
+        }
+        record = 0;
+        return ok;
     });
+    found = record != nowhere;
+    return code;
 }
 
 void ModelPlatform::closeBroker() {
     plain(Op::brokerClose, nameless, [&] {
+        if (m_handleIsNull) {
+            return badArgument;
+        }
         --m_openHandles;
         return ok;
     });
@@ -201,7 +199,12 @@ Handle ModelPlatform::variableAt(const std::string& name) const {
 }
 
 Code ModelPlatform::lookUpDriver(const std::string& name, Handle& driver) {
-    return plain(Op::driverLookup, name, [&] {
+    if (m_recordIsWordless) {
+        return failed; // there is nothing to call
+    }
+    Call call{Op::driverLookup, name};
+    call.handle = &driver;
+    return answer(call, [&](std::int64_t& /*value*/) {
         const Handle found = driverAt(name);
         if (found == nowhere) {
             return notFound;
@@ -258,7 +261,9 @@ Code ModelPlatform::readDriver(Handle driver, std::int32_t& value) {
 }
 
 Code ModelPlatform::lookUpVariable(const std::string& name, Handle& variable) {
-    return answer({Op::variableGet, name}, [&](std::int64_t& given) {
+    Call call{Op::variableGet, name};
+    call.handle = &variable;
+    return answer(call, [&](std::int64_t& given) {
         const Handle found = variableAt(name);
         if (found == nowhere) {
             return notFound;
@@ -271,7 +276,9 @@ Code ModelPlatform::lookUpVariable(const std::string& name, Handle& variable) {
 }
 
 Code ModelPlatform::lookUpContent(const std::string& name, Handle& variable) {
-    return answer({Op::variableAddress, name}, [&](std::int64_t& given) {
+    Call call{Op::variableAddress, name};
+    call.handle = &variable;
+    return answer(call, [&](std::int64_t& given) {
         const Handle found = variableAt(name);
         if (found == nowhere) {
             return notFound;
@@ -291,7 +298,9 @@ std::int32_t ModelPlatform::content(Handle variable, std::size_t index) const {
 }
 
 Code ModelPlatform::lookUpTable(const std::string& name, Handle& table) {
-    return plain(Op::tableLookup, name, [&] {
+    Call call{Op::tableLookup, name};
+    call.handle = &table;
+    return answer(call, [&](std::int64_t& /*value*/) {
         const Handle found = placeOf(m_board.tables, name);
         table = found != nowhere ? found : table;
         return found != nowhere ? ok : notFound;

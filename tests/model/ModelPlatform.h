@@ -75,12 +75,16 @@ public:
     Code withdraw(const std::string& name);
     void drop(const std::string& name) { m_published.erase(name); }
     Presence look(const std::string& name);
+    /** Whether the class view of the broker gives a driver layer, with or without words. */
+    bool findDriverLayer();
     /** The object of the library under a name; nothing is written to the transcript. */
     void* objectAt(const std::string& name) const;
     Code openBroker();
     /** `found` tells whether a record was given, whatever the code says. */
     Code getFromBroker(const std::string& name, bool& found);
     void closeBroker();
+    /** Whether the record found last has no words. */
+    bool recordIsWordless() const { return m_recordIsWordless; }
 
     /** A call of which the platform keeps nothing that the transcript would show. */
     Code plain(Op operation, const std::string& object, const std::function<Code()>& work);
@@ -117,7 +121,8 @@ private:
         std::string object;
         Code code;
         std::int64_t times;
-        std::optional<std::int32_t> output;
+        std::int32_t output;
+        Leaves leaves;
     };
     struct Entry {
         Presence presence;
@@ -135,6 +140,7 @@ private:
         std::int32_t x1 = 0;
         std::int32_t x2 = 0;
         std::int32_t* output = nullptr;
+        Handle* handle = nullptr;
         std::vector<std::uint8_t> bytes{};
     };
 
@@ -158,6 +164,8 @@ private:
     std::int64_t m_calls = 0;
     std::size_t m_readingsGiven = 0;
     std::int64_t m_openHandles = 0;
+    bool m_handleIsNull = false;
+    bool m_recordIsWordless = false;
     std::vector<std::string> m_openMessages;
 };
 

@@ -29,8 +29,7 @@ void ModelPlatform::change(const Step& step) {
     const Handle driver = driverAt(step.name);
     const Handle variable = variableAt(step.name);
     const auto& number = step.number;
-    const std::optional<std::int32_t> output =
-        step.hasOutput ? std::optional(static_cast<std::int32_t>(number[3])) : std::nullopt;
+    const auto output = static_cast<std::int32_t>(number[3]);
     switch (step.what) {
     case Do::setVariable:
         if (variable != nowhere) {
@@ -66,13 +65,14 @@ void ModelPlatform::change(const Step& step) {
         break;
     case Do::fault:
         if (number[2] != 0) {
-            m_faults.push_back(
-                {static_cast<Op>(number[0]), step.name, static_cast<Code>(number[1]), number[2], output});
+            m_faults.push_back({static_cast<Op>(number[0]), step.name, static_cast<Code>(number[1]),
+                                number[2], output, step.leaves});
         }
         break;
     case Do::faultAt:
-        m_faultAt = {number[0],
-                     {std::nullopt, {}, static_cast<Code>(number[1]), number[2] != 0 ? -1 : 1, output}};
+        m_faultAt = {
+            number[0],
+            {std::nullopt, {}, static_cast<Code>(number[1]), number[2] != 0 ? -1 : 1, output, step.leaves}};
         break;
     default:
         clearFaults();

@@ -1,5 +1,6 @@
 #include "Runner.h"
 
+#include <dlfcn.h>
 #include <unistd.h>
 
 using Standalone::Call;
@@ -9,15 +10,15 @@ namespace Told {
 
 namespace {
 
-/** Where the library's sleeping is written down. */
-Transcript* sleepingIn = nullptr;
+/** Where what the library does beside calling the platform is written down. */
+Transcript* listening = nullptr;
 
 } // namespace
 
 Runner::Runner(const Board& board, Transcript& transcript)
     : m_transcript(transcript),
       m_readings(board.readings) {
-    sleepingIn = &transcript;
+    listening = &transcript;
     setUp(board);
     m_platform.calls().setRecording(false);
     m_platform.calls().setListener([this](const Call& call) { listen(call); });
@@ -33,7 +34,7 @@ Runner::Runner(const Board& board, Transcript& transcript)
 }
 
 Runner::~Runner() {
-    sleepingIn = nullptr;
+    listening = nullptr;
 }
 
 void Runner::setUp(const Board& board) {
@@ -54,12 +55,11 @@ void Runner::setUp(const Board& board) {
     for (const Told::Table& table : board.tables) {
         m_platform.tables().add({table.name, table.axis1, table.axis2, table.values});
     }
-    const auto presence = [](Told::Presence shown) { return static_cast<Standalone::Presence>(shown); };
     for (const RemoteRadio& radio : board.remoteRadios) {
-        m_platform.setPresence(m_platform.addRau(radio.channel).name(), presence(radio.presence));
+        setPresence(m_platform.addRau(radio.channel).name(), radio.presence);
     }
-    m_platform.setPresence("IDriverLayer", presence(board.driverLayer));
-    m_platform.setPresence("ITemperatureHandler", presence(board.temperatureHandler));
+    setPresence("IDriverLayer", board.driverLayer);
+    setPresence("ITemperatureHandler", board.temperatureHandler);
 }
 
 void Runner::listen(const Call& call) {
@@ -89,7 +89,8 @@ void Runner::loadFault() {
     m_faultAt->isLoaded = true;
     m_faultsBeside = calls.faults();
     for (const Operation operation : Standalone::allOperations()) {
-        calls.inject({operation, {}, m_faultAt->code, {}, m_faultAt->output});
+        m_faultAt->fault.operation = operation;
+        calls.inject(m_faultAt->fault);
     }
 }
 
@@ -165,8 +166,19 @@ void Runner::tellValues() {
 
 /** Stands in for the system's: nobody waits, and it is written down. */
 extern "C" int usleep(useconds_t microseconds) {
-    if (Told::sleepingIn != nullptr) {
-        Told::sleepingIn->note("sleep", microseconds);
+    if (Told::listening != nullptr) {
+        Told::listening->note("sleep", microseconds);
     }
     return 0;
+}
+
+/** Stands in for the one of the platform, and asks it: each message has a level, wanted or not. */
+OrbiTraceLevel CZulTraceHandler_DmLevel2GtLevel(int level) {
+    using Mapping = OrbiTraceLevel (*)(int);
+    static const auto ofThePlatform =
+        reinterpret_cast<Mapping>(dlsym(RTLD_NEXT, "CZulTraceHandler_DmLevel2GtLevel")); // NOLINT: from C
+    if (Told::listening != nullptr) {
+        Told::listening->note("level", level);
+    }
+    return ofThePlatform(level);
 }

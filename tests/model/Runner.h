@@ -2,8 +2,11 @@
 #define TESTS_MODEL_RUNNER_H
 
 #include "CTxIQImbalanceHandler.h"
+#include "DriverLayer.h"
 #include "FrequencyHandler.h"
 #include "FrequencyHandler_Common.h"
+#include "IInterface_c.h"
+#include "ITemperatureHandler_c.h"
 #include "LoCancellation.h"
 #include "Story.h"
 #include "Transcript.h"
@@ -16,6 +19,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Told {
@@ -51,12 +55,16 @@ private:
     void play(const Step& step);
     void playWithModule(const Step& step, ::FrequencyHandler* module);
     void playWithHandler(const Step& step, Handler& handler);
-    void observe(const Step& step, Handler& handler);
+    void observe(const Step& step, IFrequencyHandler& handler);
+    /** What the broker answers to a client in C, and the record that it gives. */
+    static std::pair<std::int32_t, void*> recordOf(const std::string& name);
     void playWithCanceller(const Step& step, LoCancellation& canceller);
-    void calibrate(LoCancellation& canceller, const Calibration& calibration);
+    void calibrate(ILoCancellation& canceller, const Calibration& calibration);
     void playWithCompensation(const Step& step, CTxIQImbalanceHandler* compensation);
+    void playWithInterface(const Step& step, ITxIQImbalanceHandler& compensation);
     void make(const Step& step);
     void change(const Step& step);
+    void setPresence(const std::string& name, Presence presence);
     void plan(const Step& step, Handler& handler);
     void runPhase(std::int64_t phase);
     void destroyModule(std::int64_t slot);
@@ -66,7 +74,19 @@ private:
     void tellValues();
     void answer(std::int32_t code) { m_transcript.note("answer", code); }
 
+    /** An interface whose record is there and has nothing in it. */
+    template <typename Record>
+    class Wordless final : public IInterface_c {
+    public:
+        Wordless() { m_pCStruct = &m_record; }
+
+    private:
+        Record m_record{};
+    };
+
     Transcript& m_transcript;
+    Wordless<DriverLayerInterface> m_driverLayerWithoutWords;
+    Wordless<TemperatureHandlerCStruct> m_temperatureHandlerWithoutWords;
     Standalone::Platform m_platform;
     std::vector<Standalone::Driver*> m_drivers;
     std::vector<std::int32_t> m_readings;
@@ -78,9 +98,8 @@ private:
 
     struct FaultAt {
         std::int64_t call;
-        std::int32_t code;
         bool forGood;
-        std::optional<std::int32_t> output;
+        Standalone::Fault fault;
         bool isLoaded = false;
     };
     std::optional<FaultAt> m_faultAt;

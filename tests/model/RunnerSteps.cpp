@@ -1,5 +1,6 @@
 // What the runner does in each step.
 
+#include "CInterfaceBroker.h"
 #include "FrequencyHandler_MicrowaveBoard.h"
 #include "FrequencyHandler_Rau.h"
 #include "FrequencyHandler_RfModule.h"
@@ -22,6 +23,11 @@ std::int32_t int32(std::int64_t number) {
 
 std::uint32_t uint32(std::int64_t number) {
     return static_cast<std::uint32_t>(number);
+}
+
+/** As wide as the library takes it; where that is 32 bits the rest is cut off here. */
+unsigned long carrier(std::int64_t number) {
+    return static_cast<unsigned long>(number);
 }
 
 } // namespace
@@ -176,7 +182,7 @@ void Runner::runPhase(std::int64_t phase) {
 }
 
 void Runner::playWithModule(const Step& step, ::FrequencyHandler* module) {
-    const std::uint32_t frequency = uint32(step.number[1]);
+    const unsigned long frequency = carrier(step.number[1]);
     const std::int32_t temperature = int32(step.number[1]);
     if (step.what == Do::contextTemperature && step.number[0] < 0) {
         return ::FrequencyHandler::staticNotifyTemperature(nullptr, temperature);
@@ -203,7 +209,7 @@ void Runner::playWithModule(const Step& step, ::FrequencyHandler* module) {
 }
 
 void Runner::playWithHandler(const Step& step, Handler& handler) {
-    const std::uint32_t frequency = uint32(step.number[0]);
+    const unsigned long frequency = carrier(step.number[0]);
     switch (step.what) {
     case Do::handlerInit:
         return answer(handler.onModuleInit());
@@ -216,16 +222,17 @@ void Runner::playWithHandler(const Step& step, Handler& handler) {
     case Do::handlerSet:
         return answer(handler.setRfFrequency(frequency));
     case Do::handlerGet:
-        return m_transcript.note("frequency", static_cast<std::int64_t>(handler.getFrequency()));
+        return m_transcript.note(
+            "frequency", static_cast<std::int64_t>(published<IFrequencyHandler>(step.name)->getFrequency()));
     case Do::plan:
         return plan(step, handler);
     default:
-        return observe(step, handler);
+        return observe(step, *published<IFrequencyHandler>(step.name));
     }
 }
 
 void Runner::plan(const Step& step, Handler& handler) {
-    const std::uint32_t frequency = uint32(step.number[0]);
+    const unsigned long frequency = carrier(step.number[0]);
     const auto* const board = dynamic_cast<RL::FrequencyHandler::MicrowaveBoard::FrequencyHandler*>(&handler);
     if (board != nullptr) {
         m_transcript.note("lo", board->calculaterRfLoFrequency(frequency));
@@ -237,7 +244,8 @@ void Runner::plan(const Step& step, Handler& handler) {
     }
 }
 
-void Runner::observe(const Step& step, Handler& handler) {
+/** As other components do: through the interface that the broker has, and those in C through its record. */
+void Runner::observe(const Step& step, IFrequencyHandler& handler) {
     const std::int64_t number = step.number[0];
     if (step.what == Do::observe) {
         m_slots.observers.push_back(std::make_unique<ListeningObserver>(m_transcript, number, handler));
@@ -246,7 +254,11 @@ void Runner::observe(const Step& step, Handler& handler) {
     if (step.what == Do::observeNull) {
         return answer(handler.registerObserver(nullptr));
     }
-    const auto& record = *static_cast<FrequencyHandlerCStruct*>(handler.getCStruct());
+    const auto [code, found] = recordOf(step.name);
+    if (found == nullptr) {
+        return answer(code);
+    }
+    const auto& record = *static_cast<FrequencyHandlerCStruct*>(found);
     m_slots.observersInC.push_back(std::make_unique<ObserverInC>(ObserverInC{m_transcript, number}));
     IFrequencyObserver observer{m_slots.observersInC.back().get(), &ObserverInC::hear};
     if (step.what == Do::observeFromC) {
@@ -258,6 +270,18 @@ void Runner::observe(const Step& step, Handler& handler) {
     observer.onFrequencyChanged = number == 1 ? nullptr : observer.onFrequencyChanged;
     answer(
         record.registerObserver(number == 2 ? nullptr : record.handler, number == 0 ? nullptr : &observer));
+}
+
+std::pair<std::int32_t, void*> Runner::recordOf(const std::string& name) {
+    void* broker = nullptr;
+    std::int32_t code = CInterfaceBroker_GetInstance(&broker);
+    if (isFailure(code)) {
+        return {code, nullptr};
+    }
+    void* record = nullptr;
+    code = CInterfaceBroker_GetInterface(broker, name.c_str(), &record);
+    CInterfaceBroker_DestroyInstance(broker);
+    return {code, isSuccess(code) ? record : nullptr};
 }
 
 void Runner::playWithCanceller(const Step& step, LoCancellation& canceller) {
@@ -274,7 +298,7 @@ void Runner::playWithCanceller(const Step& step, LoCancellation& canceller) {
     }
 }
 
-void Runner::calibrate(LoCancellation& canceller, const Calibration& c) {
+void Runner::calibrate(ILoCancellation& canceller, const Calibration& c) {
     int i = -77;
     int q = -78;
     int delta = -79;
@@ -305,68 +329,28 @@ void Runner::playWithCompensation(const Step& step, CTxIQImbalanceHandler* compe
         return CTxIQImbalanceHandler::notifyTemperature(compensation, int32(number));
     case Do::initializeCompensation:
         return answer(compensation->initialize());
-    case Do::compensate:
-        return answer(compensation->doImbalanceCompensation());
-    case Do::txChanged:
-        return answer(compensation->onTxFrequencyChanged(uint32(number)));
     default:
-        break;
+        return playWithInterface(step, *compensation);
+    }
+}
+
+void Runner::playWithInterface(const Step& step, ITxIQImbalanceHandler& compensation) {
+    if (step.what == Do::compensate) {
+        return answer(compensation.doImbalanceCompensation());
+    }
+    if (step.what == Do::txChanged) {
+        return answer(compensation.onTxFrequencyChanged(carrier(step.number[1])));
     }
     unsigned bar = 7;
     unsigned enabled = 8;
     EIQMode mode{9};
     ESimulatorMode simulator{10};
-    answer(compensation->testSetIQCompensationBar(5) + compensation->testGetIQCompensationBar(&bar) +
-           compensation->testSetIQMode(EIQMode{1}) + compensation->testGetIQMode(&mode) +
-           compensation->testSetSimulatorMode(ESimulatorMode{1}) +
-           compensation->testGetSimulatorMode(&simulator) +
-           compensation->testGetAdaptiveIQCompEnabled(&enabled) +
+    answer(compensation.testSetIQCompensationBar(5) + compensation.testGetIQCompensationBar(&bar) +
+           compensation.testSetIQMode(EIQMode{1}) + compensation.testGetIQMode(&mode) +
+           compensation.testSetSimulatorMode(ESimulatorMode{1}) +
+           compensation.testGetSimulatorMode(&simulator) +
+           compensation.testGetAdaptiveIQCompEnabled(&enabled) +
            (bar == 7 && enabled == 8 && mode == 9 && simulator == 10 ? 0 : 1));
-}
-
-void Runner::change(const Step& step) {
-    const auto& number = step.number;
-    Standalone::Driver* const driver = m_platform.drivers().find(step.name);
-    Standalone::Variable* const variable = m_platform.variables().find(step.name);
-    const std::optional<std::int32_t> output =
-        step.hasOutput ? std::optional(int32(number[3])) : std::nullopt;
-    switch (step.what) {
-    case Do::setVariable:
-        if (variable != nullptr) {
-            variable->set(step.values);
-        }
-        return;
-    case Do::hideContent:
-        if (variable != nullptr) {
-            variable->setContentMissing(number[0] != 0);
-        }
-        return;
-    case Do::setWords:
-        if (driver != nullptr) {
-            driver->setMissingWords(uint32(number[0]));
-        }
-        return;
-    case Do::nullRecord:
-        m_platform.drivers().giveNullRecord(step.name);
-        m_platform.variables().giveNullRecord(step.name);
-        return;
-    case Do::setPresence:
-        return m_platform.setPresence(step.name, static_cast<Standalone::Presence>(number[0]));
-    case Do::setThreshold:
-        return m_platform.trace().setThreshold(OrbiTraceLevel{int32(number[0])});
-    case Do::fault:
-        unloadFault();
-        m_platform.calls().inject({static_cast<Standalone::Operation>(number[0]), step.name, int32(number[1]),
-                                   number[2] >= 0 ? std::optional(uint32(number[2])) : std::nullopt, output});
-        return loadFault();
-    case Do::faultAt:
-        unloadFault();
-        m_faultAt = FaultAt{m_calls + number[0], int32(number[1]), number[2] != 0, output};
-        return loadFault();
-    default:
-        m_faultAt.reset();
-        return m_platform.calls().clearAll();
-    }
 }
 
 } // namespace Told

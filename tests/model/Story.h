@@ -13,8 +13,16 @@
  */
 namespace Told {
 
-/** How an interface of the platform shows itself; numbered as the stand-alone platform does. */
-enum class Presence : std::uint8_t { present, absent, null, foreign, nullRecord };
+/** How an interface of the platform shows itself; up to `wordless` numbered as the stand-alone platform does.
+ */
+enum class Presence : std::uint8_t {
+    present,
+    absent,
+    null,
+    foreign,
+    nullRecord,
+    wordless, ///< of the right kind, but all words of its C record are null
+};
 
 /** The words that a driver's record may lack; numbered as the stand-alone platform does. */
 enum Word : unsigned { context = 1, write = 2, writeBuffer = 4, read = 8 };
@@ -118,9 +126,9 @@ enum class Do : std::uint8_t {
     nullRecord,   ///< name; lookups of this driver and this variable give null from now on
     setPresence,  ///< name; Presence
     setThreshold, ///< threshold
-    fault,        ///< name (empty: any); operation, code, times (negative: for good), output (see hasOutput)
+    fault,        ///< name (empty: any); operation, code, times (negative: for good), output (see Leaves)
     clearFaults,
-    faultAt, ///< how many calls later, code, 1: from then on, output (see hasOutput)
+    faultAt, ///< how many calls later, code, 1: from then on, output (see Leaves)
 };
 
 enum class HandlerKind : std::uint8_t { microwave, rfModule, rau };
@@ -146,12 +154,20 @@ struct Calibration {
     unsigned nullPlaces;
 };
 
+/** What a call that meets a fault leaves behind. */
+enum class Leaves : std::uint8_t {
+    nothing,
+    number, ///< the step's fourth number, where the call has an int to give back
+    result, ///< all that it would have left, had it succeeded
+    null,   ///< null, where the call has a pointer to give back; here also a call that succeeds
+};
+
 struct Step {
     Do what;
     std::string name{};
     std::array<std::int64_t, 4> number{};
-    /** Whether a fault leaves its fourth number where the call has an int to give back. */
-    bool hasOutput = false;
+    /** With a fault. */
+    Leaves leaves = Leaves::nothing;
     std::vector<std::int32_t> values{};
     Calibration calibration{};
 };

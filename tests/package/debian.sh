@@ -1,9 +1,10 @@
 #!/bin/sh
-# debian.sh CPACK BUILD VERSION ARCHITECTURE
+# debian.sh CPACK BUILD VERSION ARCHITECTURE RECORDED UNPACKED
 #
-# Makes the Debian packages of BUILD and looks at what would keep them from being installed and used.
+# Makes the Debian packages of BUILD, looks at what would keep them from being installed and used, holds the lists of
+# their files against RECORDED.runtime and RECORDED.development, and unpacks both into UNPACKED.
 set -eu
-cpack=$1 build=$2 version=$3 architecture=$4
+cpack=$1 build=$2 version=$3 architecture=$4 recorded=$5 unpacked=$6
 fail() {
     echo "$1"
     exit 1
@@ -21,27 +22,25 @@ for library in libc6 libstdc++6 libgcc-s1 libedit2 libtomlplusplus3; do
 done
 [ "$(dpkg-deb --field "$development" Depends)" = "frequencyhandler (= $version)" ] || fail "$development: depends"
 
-dpkg-deb --contents "$runtime" >contents
-for file in ./usr/bin/radioctl ./usr/lib/libFrequencyHandler.so.0 ./usr/lib/libStandalonePlatform.so.0 \
-    ./usr/share/man/man1/radioctl.1 ./usr/share/radioctl/boards/rf-module-7ghz.toml; do
-    grep -qE " $file( ->.*)?\$" contents || fail "$runtime lacks $file"
-done
-dpkg-deb --contents "$development" >contents
-for file in ./usr/include/FrequencyHandler/interface/IFrequencyHandler.h ./usr/lib/libFrequencyHandler.so \
-    ./usr/lib/cmake/FrequencyHandler/FrequencyHandlerConfig.cmake ./usr/lib/pkgconfig/frequencyhandler.pc; do
-    grep -qE " $file( ->.*)?\$" contents || fail "$development lacks $file"
-done
+shlibs=$(dpkg-deb --info "$runtime" shlibs)
+echo "$shlibs" | grep -qx "libFrequencyHandler 0 frequencyhandler (>= $version)" ||
+    fail "who builds against $runtime will depend on: $shlibs"
+
+files() {
+    dpkg-deb --fsys-tarfile "$1" | tar --list | grep -v '/$' | sed 's/^\.//; s/Config-[a-z]*\.cmake$/Config-(build type).cmake/' | LC_ALL=C sort
+}
+files "$runtime" | diff "$recorded.runtime" - || fail "$runtime has other files than $recorded.runtime says"
+files "$development" | diff "$recorded.development" - || fail "$development has other files than $recorded.development says"
 
 # Files are root's, writable by nobody else, and name no place outside the package.
+rm -rf "$unpacked"
 for package in "$runtime" "$development"; do
     dpkg-deb --contents "$package" | grep -vE '^([-d]rwxr-xr-x|-rw-r--r--|lrwxrwxrwx) root/root ' &&
         fail "$package: owners or permissions"
-    rm -rf unpacked
-    dpkg-deb --extract "$package" unpacked
-    if grep -rlF -e "$build" unpacked; then
-        fail "$package names the directory that it was built in"
-    fi
-    (cd unpacked && dpkg-deb --info "../$package" md5sums | md5sum --check --quiet)
+    dpkg-deb --extract "$package" "$unpacked"
+    (cd "$unpacked" && dpkg-deb --info "$build/$package" md5sums | md5sum --check --quiet)
 done
+if grep -rlF -e "$build" "$unpacked"; then
+    fail "a package names the directory that it was built in"
+fi
 dpkg-deb --info "$runtime" postinst | grep -q ldconfig || fail "$runtime does not have the loader told"
-rm -rf unpacked contents

@@ -1,5 +1,5 @@
 #!/bin/sh
-# example.sh cmake|make EXAMPLE INSTALLED LIBDIR COMPILER TOOLCHAIN DIRECTORY [EMULATOR...]
+# example.sh cmake|make EXAMPLE INSTALLED LIBDIR COMPILER -DCMAKE_TOOLCHAIN_FILE=FILE DIRECTORY [EMULATOR...]
 #
 # Builds the component of EXAMPLE in a new DIRECTORY against the tree INSTALLED, runs it, and looks at what it logged.
 set -eu
@@ -11,7 +11,7 @@ mkdir -p "$directory"
 cd "$directory"
 case $tool in
 cmake)
-    cmake -G Ninja -S "$example" -B . -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
+    cmake -G Ninja -S "$example" -B . -DCMAKE_CXX_COMPILER="$compiler" "$toolchain" \
         -DFrequencyHandler_DIR="$installed/$libdir/cmake/FrequencyHandler"
     cmake --build .
     ;;

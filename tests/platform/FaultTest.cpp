@@ -113,6 +113,36 @@ TEST_F(FaultTest, FailedReadCanLeaveAValueBehind) {
     EXPECT_EQ(calls().journal().back().value, -12);
 }
 
+TEST_F(FaultTest, FailedLookupCanLeaveTheRecordBehind) {
+    platform.variables().add("level", {5});
+    calls().inject({Operation::variableGet, "level", 0x8001, std::nullopt, std::nullopt, true});
+    StorageVariable* variable = nullptr;
+    EXPECT_EQ(CStorageManager_GetVariableByName("level", &variable), 0x8001);
+    EXPECT_EQ(variable, platform.variables().find("level")->record());
+    EXPECT_EQ(calls().journal().back().value, 5);
+}
+
+TEST_F(FaultTest, LookupCanSucceedAndGiveNull) {
+    platform.variables().add("level", {5});
+    calls().inject({Operation::variableGet, "level", 0, 1, std::nullopt, false, true});
+    StorageVariable* variable = platform.variables().find("level")->record();
+    EXPECT_EQ(CStorageManager_GetVariableByName("level", &variable), 0);
+    EXPECT_EQ(variable, nullptr);
+    EXPECT_EQ(CStorageManager_GetVariableByName("level", &variable), 0);
+    EXPECT_NE(variable, nullptr);
+}
+
+TEST_F(FaultTest, FailedReadThatIsCarriedOutMayStillLeaveAnotherValue) {
+    platform.drivers().find("lo")->setValue(5);
+    calls().inject({Operation::driverRead, "lo", 0x8001, 1, std::nullopt, true});
+    calls().inject({Operation::driverRead, "lo", 0x8001, 1, -12, true});
+    int read = 77;
+    EXPECT_EQ(lo.read(lo.context, &read), 0x8001);
+    EXPECT_EQ(read, -12);
+    EXPECT_EQ(lo.read(lo.context, &read), 0x8001);
+    EXPECT_EQ(read, 5);
+}
+
 TEST_F(FaultTest, FailedReadWithoutPlaceForItsValueStoresNothing) {
     calls().inject({Operation::driverRead, "lo", 0x8001, std::nullopt, -12});
     EXPECT_EQ(lo.read(lo.context, nullptr), 0x8001);
