@@ -58,7 +58,7 @@ TEST_F(OutOfMemoryTest, ObserverThatCannotBeWrappedIsRefusedWithOneErrorMessage)
 
 TEST_F(OutOfMemoryTest, WrappedObserverForWhichTheListCannotGrowIsRefusedWithOneErrorMessage) {
     EXPECT_EQ(subscribe(2), ResultFailed);
-    EXPECT_THAT(traces(), ElementsAre("error: registerObserver: out of memory for direction Tx"));
+    EXPECT_THAT(traces(), ElementsAre("error: registerObserver: out of memory"));
     handler.setRfFrequency(1);
     EXPECT_EQ(told, 0);
 }

@@ -22,8 +22,7 @@ public:
      * keeps the pointer and never deletes it; there is no way to remove it, and an observer registered twice
      * is told twice.
      *
-     * Returns 0; 0x8000 when memory is short. Whoever overrides this keeps the pointer when it answers a
-     * success and must not keep it when it answers a failure: the observer may be gone then.
+     * Returns 0; 0x8000 when memory is short.
      */
     virtual EAFResult registerObserver(Observer<IFrequencyHandler>* /*observer*/) { return ResultOk; }
 
@@ -33,8 +32,7 @@ public:
 
     /**
      * The entry of the C record: see FrequencyHandlerCStruct::registerObserver for what it takes and answers.
-     * The observer is wrapped in an object that lives as long as the process, unless the handler's
-     * registerObserver above answers a failure: then the object is deleted.
+     * The observer is wrapped in an object that lives as long as the process.
      */
     static EAFResult registerObserver(void* handler, IFrequencyObserver* observer);
 

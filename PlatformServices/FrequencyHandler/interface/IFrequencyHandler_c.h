@@ -29,9 +29,8 @@ typedef struct FrequencyHandlerCStruct {
      * Subscribes `observer`, which may be freed or used again afterwards. There is no way to unsubscribe,
      * and a second registration of the same record yields a second call for each change.
      *
-     * Returns 0; 0x8000, and keeps nothing, when `handler`, `observer` or its function is null, when there is
-     * no memory for the observer's copy, or when the handler does not take it: those of this library take all
-     * for which there is memory. Not to be called from inside `onFrequencyChanged`, nor while the frequency
+     * Returns 0; 0x8000, and keeps nothing, when `handler`, `observer` or its function is null or when there
+     * is no memory. Not to be called from inside `onFrequencyChanged`, nor while the frequency
      * changes on another thread.
      */
     EAFResult (*registerObserver)(void* handler, IFrequencyObserver* observer);

@@ -5,8 +5,8 @@
 
 /**
  * A C observer seen as a class observer. It keeps a copy of what the client's record held at registration, so
- * the client may free that record. Once a handler has taken it, it lives as long as the process: handlers do
- * not own their observers, and there is no way to unsubscribe.
+ * the client may free that record. It lives as long as the process: handlers do not own their observers, and
+ * there is no way to unsubscribe.
  */
 class FrequencyObserverCWrapper final : public Observer<IFrequencyHandler> {
 public:
