@@ -1,6 +1,7 @@
 #include "FrequencyHandler_RfModule.h"
 #include "RadioTest.h"
 
+#include <array>
 #include <memory>
 #include <string>
 
@@ -83,6 +84,21 @@ TEST_F(FrequencyObserverTest, ChannelIsTheOneFromRegistrationTime) {
     handler.setRfFrequency(1);
     record().m_channel = 3; // under which it is withdrawn
     EXPECT_THAT(told, ElementsAre("3 1"));
+}
+
+TEST_F(FrequencyObserverTest, EachRegistrationIsToldInItsTurn) {
+    std::array<int, 5> turns{};
+    int next = 0;
+    static int* s_next = nullptr;
+    s_next = &next;
+    for (int& turn : turns) {
+        observer = {&turn, [](void* context, unsigned long, unsigned long) {
+                        *static_cast<int*>(context) = ++*s_next;
+                    }};
+        subscribe(&observer);
+    }
+    handler.setRfFrequency(1);
+    EXPECT_THAT(turns, ElementsAre(1, 2, 3, 4, 5));
 }
 
 TEST_F(FrequencyObserverTest, RecordMayBeFreedAfterRegistration) {

@@ -72,8 +72,10 @@ TEST_F(OutOfMemoryTest, ObserverForWhichTheListCannotGrowIsRefusedWithoutAnExcep
 
 TEST_F(OutOfMemoryTest, NothingIsTracedOfARefusedObserverWhenNoMessageIsWanted) {
     platform.trace().setThreshold(Standalone::TraceLevel::off);
+    CallingObserver classObserver([](IFrequencyHandler*) {});
     EXPECT_EQ(subscribe(1), ResultFailed);
     EXPECT_EQ(subscribe(2), ResultFailed);
+    EXPECT_EQ(withoutFirstMemory([&] { return handler.registerObserver(&classObserver); }), ResultFailed);
     EXPECT_THAT(traces(), IsEmpty());
 }
 
