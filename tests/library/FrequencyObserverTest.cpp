@@ -87,13 +87,12 @@ TEST_F(FrequencyObserverTest, ChannelIsTheOneFromRegistrationTime) {
 }
 
 TEST_F(FrequencyObserverTest, EachRegistrationIsToldInItsTurn) {
+    static int s_told;
+    s_told = 0;
     std::array<int, 5> turns{};
-    int next = 0;
-    static int* s_next = nullptr;
-    s_next = &next;
     for (int& turn : turns) {
-        observer = {&turn, [](void* context, unsigned long, unsigned long) {
-                        *static_cast<int*>(context) = ++*s_next;
+        observer = {&turn, [](void* context, unsigned long /*channel*/, unsigned long /*frequency*/) {
+                        *static_cast<int*>(context) = ++s_told;
                     }};
         subscribe(&observer);
     }

@@ -30,8 +30,8 @@ typedef struct FrequencyHandlerCStruct {
      * and a second registration of the same record yields a second call for each change.
      *
      * Returns 0; 0x8000, and keeps nothing, when `handler`, `observer` or its function is null or when there
-     * is no memory. Not to be called from inside `onFrequencyChanged`, nor while the frequency
-     * changes on another thread.
+     * is no memory. Not to be called from inside `onFrequencyChanged`, nor while the frequency changes on
+     * another thread.
      */
     EAFResult (*registerObserver)(void* handler, IFrequencyObserver* observer);
     /** The radio channel number. */
