@@ -1,5 +1,6 @@
-#include "CommandLine.h"
-#include "Output.h"
+#include "radioctl/CommandLine.h"
+#include "radioctl/report/ExitCode.h"
+#include "radioctl/report/Output.h"
 
 #include <csignal>
 #include <exception>
@@ -9,9 +10,9 @@ int main(int argc, char** argv) {
     // "radioctl ... | head" is to end quietly, also when whoever started it ignores broken pipes.
     static_cast<void>(std::signal(SIGPIPE, SIG_DFL));
     try {
-        return Radioctl::checkedOutput(Radioctl::runCommandLine(argc, argv));
+        return Radio::checkedOutput(Radio::runCommandLine(argc, argv));
     } catch (const std::exception& error) {
-        Radioctl::complain(error.what());
-        return Radioctl::ExitCode::unusableInput;
+        Radio::complain(error.what());
+        return Radio::ExitCode::unusableInput;
     }
 }

@@ -1,15 +1,16 @@
 // Board descriptions: what is read, what radioctl check says of it, and the models that are read with it.
 
-#include "BoardCheck.h"
-#include "BoardNames.h"
 #include "Rules.h"
-#include "tables/Lint.h"
+#include "radio/board/BoardCheck.h"
+#include "radio/board/BoardFile.h"
+#include "radio/board/BoardNames.h"
+#include "radio/tables/Lint.h"
 
 #include <algorithm>
 
 namespace {
 
-using namespace Radioctl;
+using namespace Radio;
 
 const std::string fileName = "radio.toml";
 const std::string csvName = "t.csv";

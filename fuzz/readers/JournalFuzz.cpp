@@ -1,14 +1,14 @@
 // Journals of calibrations.
 
 #include "Rules.h"
-#include "calibration/Journal.h"
+#include "radio/calibration/Journal.h"
 
 #include <algorithm>
 #include <sstream>
 
 namespace {
 
-using namespace Radioctl::Calibration;
+using namespace Radio::Calibration;
 
 const std::string fileName = "radio.journal";
 

@@ -1,12 +1,15 @@
 // A board and a script for it, with a line "~~~" between them: what radioctl run makes of any that can be
 // read.
 
-#include "JsonLine.h"
-#include "JsonReporter.h"
 #include "Rules.h"
-#include "Script.h"
-#include "Session.h"
-#include "TextReporter.h"
+#include "radio/board/BoardFile.h"
+#include "radio/language/Script.h"
+#include "radio/session/ScriptLine.h"
+#include "radio/session/Session.h"
+#include "radioctl/report/JsonReporter.h"
+#include "radioctl/report/TextReporter.h"
+
+#include <nlohmann/json.hpp>
 
 #include <optional>
 #include <sstream>
@@ -19,7 +22,7 @@ extern "C" const char* __lsan_default_suppressions() {
 
 namespace {
 
-using namespace Radioctl;
+using namespace Radio;
 
 const std::string boardName = "radio.toml";
 const std::string scriptName = "radio.script";
@@ -33,7 +36,7 @@ void run(const Board& board, const Script& script, Reporter& reporter) {
             session.execute(line);
         }
     }
-    reporter.summarised(session.finish(), 0);
+    reporter.summarised({session.finish()}, 0);
 }
 
 void requireHarmlessLines(const std::string& text) {
@@ -46,7 +49,7 @@ void requireHarmlessLines(const std::string& text) {
 void requireJsonLines(const std::string& text) {
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
-        Fuzz::require(Json::accept(line), "each line is one JSON value", line);
+        Fuzz::require(nlohmann::json::accept(line), "each line is one JSON value", line);
     }
 }
 

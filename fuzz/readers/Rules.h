@@ -2,7 +2,7 @@
 #define FUZZ_READERS_RULES_H
 
 #include "FuzzTarget.h"
-#include "InputError.h"
+#include "radio/files/InputError.h"
 
 #include <algorithm>
 #include <charconv>
@@ -53,7 +53,7 @@ bool accepts(std::string_view name, std::string_view text, Read read) {
     try {
         read();
         return true;
-    } catch (const Radioctl::InputError& error) {
+    } catch (const Radio::InputError& error) {
         requireMessage(error.what(), name, text);
         return false;
     }

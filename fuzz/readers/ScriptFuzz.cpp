@@ -1,12 +1,14 @@
 // Scripts, held against a board that has one of everything.
 
 #include "Rules.h"
-#include "Script.h"
-#include "Tokenizer.h"
+#include "radio/board/BoardFile.h"
+#include "radio/language/Script.h"
+#include "radio/session/ScriptLine.h"
+#include "radio/text/Tokenizer.h"
 
 namespace {
 
-using namespace Radioctl;
+using namespace Radio;
 
 const std::string fileName = "radio.script";
 

@@ -1,12 +1,12 @@
 // Calibration tables as CSV files, whether a calibration wrote them or a person.
 
-#include "CsvFile.h"
 #include "Rules.h"
-#include "calibration/ResultFile.h"
+#include "radio/board/TableFile.h"
+#include "radio/calibration/ResultFile.h"
+#include "radio/files/CsvFile.h"
+#include "radio/tables/Lint.h"
+#include "radio/tables/Lookup.h"
 #include "standalone/Interpolation.h"
-#include "tables/Lint.h"
-#include "tables/Lookup.h"
-#include "tables/TableFile.h"
 
 #include <algorithm>
 #include <limits>
@@ -15,7 +15,7 @@
 
 namespace {
 
-using namespace Radioctl;
+using namespace Radio;
 
 const std::string fileName = "tables.csv";
 
@@ -48,7 +48,7 @@ void requireSameValues(const CalibrationTable& table) {
 void requireTables(const CsvFile& csv, std::string_view text) {
     for (const std::string& column : csv.columns()) {
         Fuzz::accepts(fileName, text, [&] {
-            const CalibrationTable table = Tables::readTableFile(csv, "table", column);
+            const CalibrationTable table = readTableFile(csv, "table", column);
             Fuzz::require(!table.axis1.empty() && !table.axis2.empty(), "a table has two axes", text);
             Fuzz::require(ascends(table.axis1) && ascends(table.axis2), "axes ascend", text);
             Fuzz::require(table.values.size() == table.axis1.size() * table.axis2.size(),

@@ -1,14 +1,14 @@
 // Temperature logs.
 
 #include "Rules.h"
-#include "thermal/ThermalLog.h"
+#include "radio/thermal/ThermalLog.h"
 
 #include <algorithm>
 #include <sstream>
 
 namespace {
 
-using namespace Radioctl::Thermal;
+using namespace Radio::Thermal;
 
 const std::string fileName = "log.csv";
 

@@ -1,11 +1,11 @@
-#include "Interrupt.h"
+#include "radioctl/console/Interrupt.h"
 
 #include <poll.h>
 
 #include <array>
 #include <cerrno>
 
-namespace Radioctl {
+namespace Radio {
 
 namespace {
 
@@ -90,4 +90,4 @@ bool Interrupt::waitForInput(int descriptor) const {
     return false;
 }
 
-} // namespace Radioctl
+} // namespace Radio

@@ -1,9 +1,9 @@
-#ifndef RADIOCTL_INTERRUPT_H
-#define RADIOCTL_INTERRUPT_H
+#ifndef RADIOCTL_CONSOLE_INTERRUPT_H
+#define RADIOCTL_CONSOLE_INTERRUPT_H
 
 #include <csignal>
 
-namespace Radioctl {
+namespace Radio {
 
 /**
  * Holds SIGINT, SIGTERM and SIGHUP back while a command is carried out, so that the program leaves between
@@ -32,6 +32,6 @@ private:
     sigset_t m_maskBefore{};
 };
 
-} // namespace Radioctl
+} // namespace Radio
 
 #endif

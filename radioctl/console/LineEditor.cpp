@@ -1,6 +1,6 @@
-#include "LineEditor.h"
+#include "radioctl/console/LineEditor.h"
 
-#include "Completion.h"
+#include "radio/language/Completion.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,7 +14,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace Radioctl {
+namespace Radio {
 
 namespace {
 
@@ -196,4 +196,4 @@ void LineEditor::saveHistory() {
     umask(maskBefore);
 }
 
-} // namespace Radioctl
+} // namespace Radio

@@ -1,8 +1,8 @@
-#ifndef RADIOCTL_LINEEDITOR_H
-#define RADIOCTL_LINEEDITOR_H
+#ifndef RADIOCTL_CONSOLE_LINEEDITOR_H
+#define RADIOCTL_CONSOLE_LINEEDITOR_H
 
-#include "BoardNames.h"
-#include "Interrupt.h"
+#include "radio/board/BoardNames.h"
+#include "radioctl/console/Interrupt.h"
 
 #include <histedit.h>
 
@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-namespace Radioctl {
+namespace Radio {
 
 /**
  * Reads lines from a terminal with editing, history and completion.
@@ -53,6 +53,6 @@ private:
  */
 std::filesystem::path historyFile();
 
-} // namespace Radioctl
+} // namespace Radio
 
 #endif

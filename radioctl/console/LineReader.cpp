@@ -1,6 +1,6 @@
-#include "LineReader.h"
+#include "radioctl/console/LineReader.h"
 
-#include "InputError.h"
+#include "radio/files/InputError.h"
 
 #include <unistd.h>
 
@@ -10,7 +10,7 @@
 #include <system_error>
 #include <utility>
 
-namespace Radioctl {
+namespace Radio {
 
 namespace {
 
@@ -62,4 +62,4 @@ std::string LineReader::all(std::size_t most) {
     return std::exchange(m_buffer, {});
 }
 
-} // namespace Radioctl
+} // namespace Radio

@@ -1,13 +1,13 @@
-#ifndef RADIOCTL_LINEREADER_H
-#define RADIOCTL_LINEREADER_H
+#ifndef RADIOCTL_CONSOLE_LINEREADER_H
+#define RADIOCTL_CONSOLE_LINEREADER_H
 
-#include "Interrupt.h"
+#include "radioctl/console/Interrupt.h"
 
 #include <cstddef>
 #include <optional>
 #include <string>
 
-namespace Radioctl {
+namespace Radio {
 
 /** How messages call standard input. */
 constexpr const char* standardInput = "stdin";
@@ -39,6 +39,6 @@ private:
     unsigned m_lines = 0;
 };
 
-} // namespace Radioctl
+} // namespace Radio
 
 #endif

@@ -1,6 +1,6 @@
-#include "page/Gnuplot.h"
+#include "radioctl/page/Gnuplot.h"
 
-#include "InputError.h"
+#include "radio/files/InputError.h"
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -13,7 +13,7 @@
 #include <memory>
 #include <system_error>
 
-namespace Radioctl::Page {
+namespace Radio::Page {
 
 namespace {
 
@@ -121,4 +121,4 @@ void requireGnuplot() {
     static_cast<void>(runGnuplot(""));
 }
 
-} // namespace Radioctl::Page
+} // namespace Radio::Page

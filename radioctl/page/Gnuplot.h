@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace Radioctl::Page {
+namespace Radio::Page {
 
 /** Throws InputError when there is no gnuplot that can be run. */
 void requireGnuplot();
@@ -11,6 +11,6 @@ void requireGnuplot();
 /** What gnuplot draws to its standard output when it is given `script`. Throws InputError when it fails. */
 std::string runGnuplot(const std::string& script);
 
-} // namespace Radioctl::Page
+} // namespace Radio::Page
 
 #endif

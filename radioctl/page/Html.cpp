@@ -1,6 +1,6 @@
-#include "page/Html.h"
+#include "radioctl/page/Html.h"
 
-namespace Radioctl::Page {
+namespace Radio::Page {
 
 namespace {
 
@@ -66,4 +66,4 @@ void writeFigure(std::ostream& out, const std::string& caption, const std::strin
     out << "<figure>\n<figcaption>" << caption << "</figcaption>\n" << svg << "</figure>\n";
 }
 
-} // namespace Radioctl::Page
+} // namespace Radio::Page

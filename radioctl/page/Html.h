@@ -6,7 +6,7 @@
 #include <string_view>
 
 /** What the pages have in common that radioctl writes: each stands alone, and asks nobody for anything. */
-namespace Radioctl::Page {
+namespace Radio::Page {
 
 // Colours that people with any colour vision can tell apart.
 constexpr const char* blue = "#0072b2";
@@ -29,6 +29,6 @@ void writeEnd(std::ostream& out);
 /** A drawing and what it is called. */
 void writeFigure(std::ostream& out, const std::string& caption, const std::string& svg);
 
-} // namespace Radioctl::Page
+} // namespace Radio::Page
 
 #endif

@@ -1,10 +1,10 @@
-#include "page/Svg.h"
+#include "radioctl/page/Svg.h"
 
-#include "page/Gnuplot.h"
+#include "radioctl/page/Gnuplot.h"
 
 #include <string_view>
 
-namespace Radioctl::Page {
+namespace Radio::Page {
 
 namespace {
 
@@ -41,4 +41,4 @@ std::string drawSvg(const std::string& script, const std::string& id, const std:
     return svg.substr(0, content) + inside;
 }
 
-} // namespace Radioctl::Page
+} // namespace Radio::Page

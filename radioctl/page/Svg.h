@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace Radioctl::Page {
+namespace Radio::Page {
 
 /**
  * Has gnuplot draw what `script` says, which sets its terminal to svg; gives an svg element for a page. The
@@ -12,6 +12,6 @@ namespace Radioctl::Page {
  */
 std::string drawSvg(const std::string& script, const std::string& id, const std::string& title);
 
-} // namespace Radioctl::Page
+} // namespace Radio::Page
 
 #endif

@@ -1,13 +1,13 @@
-#include "AuditReport.h"
+#include "radioctl/plan/AuditReport.h"
 
-#include "JsonLine.h"
-#include "TextTable.h"
-#include "Words.h"
+#include "radio/text/Words.h"
+#include "radioctl/report/JsonLine.h"
+#include "radioctl/report/TextTable.h"
 
 #include <algorithm>
 #include <iomanip>
 
-namespace Radioctl::Plan {
+namespace Radio::Plan {
 
 namespace {
 
@@ -184,4 +184,4 @@ void AuditCsv::carrierAudited(const AuditRow& row, const CarrierResult& result) 
     m_out << '\n';
 }
 
-} // namespace Radioctl::Plan
+} // namespace Radio::Plan

@@ -1,13 +1,13 @@
 #ifndef RADIOCTL_PLAN_AUDITREPORT_H
 #define RADIOCTL_PLAN_AUDITREPORT_H
 
-#include "Audit.h"
+#include "radio/plan/Audit.h"
 
 #include <cstdint>
 #include <ostream>
 #include <vector>
 
-namespace Radioctl::Plan {
+namespace Radio::Plan {
 
 /** How the audit of a board ended, and how long it took. */
 struct AuditSummary {
@@ -83,6 +83,6 @@ private:
     const Board& m_board;
 };
 
-} // namespace Radioctl::Plan
+} // namespace Radio::Plan
 
 #endif

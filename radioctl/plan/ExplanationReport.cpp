@@ -1,14 +1,14 @@
-#include "ExplanationReport.h"
+#include "radioctl/plan/ExplanationReport.h"
 
-#include "JsonLine.h"
 #include "ResultCode.h"
-#include "TextTable.h"
-#include "Words.h"
+#include "radio/text/Words.h"
+#include "radioctl/report/JsonLine.h"
+#include "radioctl/report/TextTable.h"
 
 #include <algorithm>
 #include <iterator>
 
-namespace Radioctl::Plan {
+namespace Radio::Plan {
 
 namespace {
 
@@ -94,7 +94,7 @@ void writeJsonSteps(std::ostream& out, const char* event, const std::vector<Expl
 
 void writeText(std::ostream& out, const Board& board, const Explanation& explanation) {
     out << board.name << " (" << harmless(board.file.string()) << ")\n  " << toString(explanation.direction)
-        << " " << explanation.channel.number << ", " << Radioctl::toString(explanation.channel.type) << ": "
+        << " " << explanation.channel.number << ", " << Radio::toString(explanation.channel.type) << ": "
         << explanation.carrier << " kHz\n";
     if (explanation.passesOn()) {
         out << "\nThe carrier is passed on unchanged; its plan is made elsewhere.\n";
@@ -113,7 +113,7 @@ void writeJson(std::ostream& out, const Board& board, const Explanation& explana
     writeJsonLine(out, {{"event", "carrier"},
                         {"file", board.file.string()},
                         {"channel", explanation.channel.number},
-                        {"type", Radioctl::toString(explanation.channel.type)},
+                        {"type", Radio::toString(explanation.channel.type)},
                         {"direction", toString(explanation.direction)},
                         {"khz", explanation.carrier},
                         {"passed_on", explanation.passesOn()}});
@@ -140,4 +140,4 @@ void writeJson(std::ostream& out, const Board& board, const Explanation& explana
                         {"ok", explanation.isGood()}});
 }
 
-} // namespace Radioctl::Plan
+} // namespace Radio::Plan

@@ -1,11 +1,11 @@
 #ifndef RADIOCTL_PLAN_EXPLANATIONREPORT_H
 #define RADIOCTL_PLAN_EXPLANATIONREPORT_H
 
-#include "Explanation.h"
+#include "radio/plan/Explanation.h"
 
 #include <ostream>
 
-namespace Radioctl::Plan {
+namespace Radio::Plan {
 
 /** Tells a person how the carrier came about. */
 void writeText(std::ostream& out, const Board& board, const Explanation& explanation);
@@ -13,6 +13,6 @@ void writeText(std::ostream& out, const Board& board, const Explanation& explana
 /** The same as events, one JSON object a line. */
 void writeJson(std::ostream& out, const Board& board, const Explanation& explanation);
 
-} // namespace Radioctl::Plan
+} // namespace Radio::Plan
 
 #endif

@@ -1,43 +1,35 @@
 #ifndef RADIOCTL_PLAN_PLANCOMMANDLINE_H
 #define RADIOCTL_PLAN_PLANCOMMANDLINE_H
 
-#include "PlanPrograms.h"
-
-#include <CLI/CLI.hpp>
+#include "radioctl/options/Options.h"
+#include "radioctl/plan/PlanPrograms.h"
 
 #include <string>
-#include <vector>
 
-namespace Radioctl::Plan {
+namespace Radio::Plan {
 
 /** The command line of "radioctl plan". */
-class PlanCommandLine {
+class PlanCommandLine final : public CommandLine::Verb {
 public:
     /** Adds "plan" with its commands to the program's. Must outlive the parsing. */
-    explicit PlanCommandLine(CLI::App& app);
-    PlanCommandLine(const PlanCommandLine&) = delete;
-    PlanCommandLine& operator=(const PlanCommandLine&) = delete;
+    explicit PlanCommandLine(CommandLine::Command program);
 
-    bool parsed() const { return m_plan.parsed(); }
-    /** Does what was asked for; gives the exit code. `json`: also asked for in front of the command. */
-    int run(bool json);
+    bool isCalled() const override { return m_plan.isCalled(); }
+    int run(bool json) override;
 
 private:
     void addExplain();
     void addAudit();
 
-    CLI::App& m_plan;
-    CLI::App* m_explain = nullptr;
-    CLI::App* m_audit = nullptr;
+    CommandLine::Command m_plan;
+    CommandLine::Command m_explain;
+    CommandLine::Command m_audit;
     ExplainOptions m_explainOptions;
     std::string m_tx;
     std::string m_rx;
     AuditOptions m_auditOptions;
 };
 
-/** The words of a command line, a frequency and its unit put together: "--tx 18 GHz" as "--tx" "18GHz". */
-std::vector<std::string> withUnitsJoined(int argumentCount, const char* const* arguments);
-
-} // namespace Radioctl::Plan
+} // namespace Radio::Plan
 
 #endif

@@ -1,20 +1,20 @@
-#include "PlanPrograms.h"
+#include "radioctl/plan/PlanPrograms.h"
 
-#include "AtomicFile.h"
-#include "Audit.h"
-#include "AuditReport.h"
-#include "Board.h"
-#include "BoardCheck.h"
-#include "BoardNames.h"
-#include "BootedRadio.h"
-#include "ExplanationReport.h"
-#include "InputError.h"
-#include "Interrupt.h"
-#include "JsonLine.h"
-#include "Output.h"
-#include "Programs.h"
-#include "Progress.h"
-#include "Words.h"
+#include "radio/board/Board.h"
+#include "radio/board/BoardCheck.h"
+#include "radio/board/BoardNames.h"
+#include "radio/files/AtomicFile.h"
+#include "radio/files/InputError.h"
+#include "radio/plan/Audit.h"
+#include "radio/session/BootedRadio.h"
+#include "radio/text/Words.h"
+#include "radioctl/console/Interrupt.h"
+#include "radioctl/plan/AuditReport.h"
+#include "radioctl/plan/ExplanationReport.h"
+#include "radioctl/report/ExitCode.h"
+#include "radioctl/report/JsonLine.h"
+#include "radioctl/report/Output.h"
+#include "radioctl/report/Progress.h"
 
 #include <algorithm>
 #include <chrono>
@@ -22,7 +22,7 @@
 #include <memory>
 #include <optional>
 
-namespace Radioctl::Plan {
+namespace Radio::Plan {
 
 namespace {
 
@@ -178,4 +178,4 @@ int runAudit(const AuditOptions& options) {
     }
 }
 
-} // namespace Radioctl::Plan
+} // namespace Radio::Plan

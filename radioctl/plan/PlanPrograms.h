@@ -1,14 +1,14 @@
 #ifndef RADIOCTL_PLAN_PLANPROGRAMS_H
 #define RADIOCTL_PLAN_PLANPROGRAMS_H
 
-#include "Words.h"
+#include "radio/board/PlatformWords.h"
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
 /** What "radioctl plan" does, one function for each of its commands. They give the exit code. */
-namespace Radioctl::Plan {
+namespace Radio::Plan {
 
 struct ExplainOptions {
     bool json = false;
@@ -31,6 +31,6 @@ int runExplain(const ExplainOptions& options);
 /** Tunes every carrier of the boards' rasters and holds what comes of it against their limits. */
 int runAudit(const AuditOptions& options);
 
-} // namespace Radioctl::Plan
+} // namespace Radio::Plan
 
 #endif

@@ -1,14 +1,14 @@
-#include "FindingReport.h"
+#include "radioctl/report/FindingReport.h"
 
-#include "JsonLine.h"
-#include "Programs.h"
-#include "Words.h"
+#include "radio/text/Words.h"
+#include "radioctl/report/ExitCode.h"
+#include "radioctl/report/JsonLine.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <iostream>
 
-namespace Radioctl {
+namespace Radio {
 
 namespace {
 
@@ -49,4 +49,4 @@ int showFindings(const std::string& file, const std::vector<Finding>& findings, 
     return errors == 0 ? ExitCode::good : ExitCode::expectationFailed;
 }
 
-} // namespace Radioctl
+} // namespace Radio

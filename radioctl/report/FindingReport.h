@@ -1,12 +1,12 @@
-#ifndef RADIOCTL_FINDINGREPORT_H
-#define RADIOCTL_FINDINGREPORT_H
+#ifndef RADIOCTL_REPORT_FINDINGREPORT_H
+#define RADIOCTL_REPORT_FINDINGREPORT_H
 
-#include "BoardCheck.h"
+#include "radio/board/BoardCheck.h"
 
 #include <string>
 #include <vector>
 
-namespace Radioctl {
+namespace Radio {
 
 /**
  * Shows what was found in `file` on standard output, one line or JSON event each, and at the end how many
@@ -14,6 +14,6 @@ namespace Radioctl {
  */
 int showFindings(const std::string& file, const std::vector<Finding>& findings, bool json);
 
-} // namespace Radioctl
+} // namespace Radio
 
 #endif

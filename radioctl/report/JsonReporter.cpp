@@ -1,12 +1,15 @@
-#include "JsonReporter.h"
+#include "radioctl/report/JsonReporter.h"
 
-#include "JsonLine.h"
 #include "ResultCode.h"
-#include "Words.h"
+#include "radio/board/PlatformWords.h"
+#include "radio/language/HelpText.h"
+#include "radio/session/HardwareWrite.h"
+#include "radio/session/ScriptLine.h"
+#include "radioctl/report/JsonLine.h"
 
 #include <cmath>
 
-namespace Radioctl {
+namespace Radio {
 
 namespace {
 
@@ -135,24 +138,24 @@ void JsonReporter::listed(const Listing& listing) {
     writeJsonLine(m_out, {{"event", "list"}, {"of", listing.title}, {"rows", rows}});
 }
 
-void JsonReporter::helped(const std::string& text) {
-    writeJsonLine(m_out, {{"event", "help"}, {"text", text}});
+void JsonReporter::helpWanted(const std::string& about) {
+    writeJsonLine(m_out, {{"event", "help"}, {"text", helpText(about)}});
 }
 
 void JsonReporter::refused(const std::string& message) {
     writeJsonLine(m_out, {{"event", "error"}, {"message", message}});
 }
 
-void JsonReporter::summarised(const Summary& summary, int exitCode) {
+void JsonReporter::summarised(const RunSummary& summary, int exitCode) {
     writeJsonLine(m_out, {{"event", "summary"},
-                          {"booted", summary.booted},
-                          {"commands", summary.commands},
-                          {"held", summary.held},
-                          {"failed", summary.failed},
-                          {"unexpected_failures", summary.unexpectedFailures},
+                          {"booted", summary.session.booted},
+                          {"commands", summary.session.commands},
+                          {"held", summary.session.held},
+                          {"failed", summary.session.failed},
+                          {"unexpected_failures", summary.session.unexpectedFailures},
                           {"refused_lines", summary.refusedLines},
                           {"interrupted", summary.signal != 0},
                           {"exit_code", exitCode}});
 }
 
-} // namespace Radioctl
+} // namespace Radio

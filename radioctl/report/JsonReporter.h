@@ -1,11 +1,12 @@
-#ifndef RADIOCTL_JSONREPORTER_H
-#define RADIOCTL_JSONREPORTER_H
+#ifndef RADIOCTL_REPORT_JSONREPORTER_H
+#define RADIOCTL_REPORT_JSONREPORTER_H
 
-#include "Reporter.h"
+#include "radio/session/ScriptLine.h"
+#include "radioctl/report/Reporter.h"
 
 #include <ostream>
 
-namespace Radioctl {
+namespace Radio {
 
 /** Writes each event as one JSON object on a line of its own, for other programs. */
 class JsonReporter final : public Reporter {
@@ -24,15 +25,15 @@ public:
     void notified(const Notification& notification) override;
     void judged(const ScriptLine& line, const Judgement& judgement) override;
     void listed(const Listing& listing) override;
-    void helped(const std::string& text) override;
+    void helpWanted(const std::string& about) override;
     void refused(const std::string& message) override;
-    void summarised(const Summary& summary, int exitCode) override;
+    void summarised(const RunSummary& summary, int exitCode) override;
 
 private:
     std::ostream& m_out;
     bool m_verbose;
 };
 
-} // namespace Radioctl
+} // namespace Radio
 
 #endif

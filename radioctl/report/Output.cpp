@@ -1,8 +1,9 @@
-#include "Output.h"
+#include "radioctl/report/Output.h"
 
-#include "JsonLine.h"
-#include "JsonReporter.h"
-#include "TextReporter.h"
+#include "radioctl/report/ExitCode.h"
+#include "radioctl/report/JsonLine.h"
+#include "radioctl/report/JsonReporter.h"
+#include "radioctl/report/TextReporter.h"
 
 #include <unistd.h>
 
@@ -10,7 +11,7 @@
 #include <iostream>
 #include <string_view>
 
-namespace Radioctl {
+namespace Radio {
 
 bool wantsColour() {
     const char* const noColour = std::getenv("NO_COLOR");
@@ -20,11 +21,11 @@ bool wantsColour() {
     return !refused && isatty(STDOUT_FILENO) == 1;
 }
 
-std::unique_ptr<Reporter> makeReporter(const Options& options, bool echo) {
-    if (options.json) {
-        return std::make_unique<JsonReporter>(std::cout, options.verbose);
+std::unique_ptr<Reporter> makeReporter(bool json, bool verbose, bool echo) {
+    if (json) {
+        return std::make_unique<JsonReporter>(std::cout, verbose);
     }
-    return std::make_unique<TextReporter>(std::cout, TextStyle{wantsColour(), options.verbose, echo});
+    return std::make_unique<TextReporter>(std::cout, TextStyle{wantsColour(), verbose, echo});
 }
 
 void complain(const std::string& message) {
@@ -49,4 +50,4 @@ int checkedOutput(int exitCode) {
     return ExitCode::unusableInput;
 }
 
-} // namespace Radioctl
+} // namespace Radio

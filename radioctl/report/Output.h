@@ -1,20 +1,19 @@
-#ifndef RADIOCTL_OUTPUT_H
-#define RADIOCTL_OUTPUT_H
+#ifndef RADIOCTL_REPORT_OUTPUT_H
+#define RADIOCTL_REPORT_OUTPUT_H
 
-#include "Programs.h"
-#include "Reporter.h"
+#include "radioctl/report/Reporter.h"
 
 #include <memory>
 #include <string>
 
-namespace Radioctl {
+namespace Radio {
 
 /** True when standard output is a terminal that wants colours: NO_COLOR is not set, and TERM is set to
  * something other than "dumb". */
 bool wantsColour();
 
-/** The reporter that the options ask for, writing to standard output. `echo`: see TextStyle. */
-std::unique_ptr<Reporter> makeReporter(const Options& options, bool echo);
+/** One that writes to standard output, in JSON or for people. `verbose` and `echo`: see TextStyle. */
+std::unique_ptr<Reporter> makeReporter(bool json, bool verbose, bool echo);
 
 /** Tells people, on standard error, what is wrong with their input. */
 void complain(const std::string& message);
@@ -25,6 +24,6 @@ int refuse(const std::string& message, bool json, int exitCode);
 /** `exitCode`, unless what the program wrote did not arrive: then it complains, and the exit code says so. */
 int checkedOutput(int exitCode);
 
-} // namespace Radioctl
+} // namespace Radio
 
 #endif

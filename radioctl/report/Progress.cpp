@@ -1,4 +1,4 @@
-#include "Progress.h"
+#include "radioctl/report/Progress.h"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 #include <iostream>
 #include <string_view>
 
-namespace Radioctl {
+namespace Radio {
 
 namespace {
 
@@ -96,4 +96,4 @@ void Progress::draw(const std::string& line) {
     std::cerr << "\r" << line.substr(0, columns()) << "\033[K" << std::flush;
 }
 
-} // namespace Radioctl
+} // namespace Radio

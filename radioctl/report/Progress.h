@@ -1,12 +1,12 @@
-#ifndef RADIOCTL_PROGRESS_H
-#define RADIOCTL_PROGRESS_H
+#ifndef RADIOCTL_REPORT_PROGRESS_H
+#define RADIOCTL_REPORT_PROGRESS_H
 
 #include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-namespace Radioctl {
+namespace Radio {
 
 /** "[#####...............]  25 %  1000 of 4000 carriers", or whatever is counted. */
 std::string progressLine(std::uint64_t done, std::uint64_t total, std::string_view things = "carriers");
@@ -46,6 +46,6 @@ private:
     std::chrono::steady_clock::time_point m_next;
 };
 
-} // namespace Radioctl
+} // namespace Radio
 
 #endif

@@ -1,17 +1,12 @@
-#include "Reporter.h"
+#include "radioctl/report/Reporter.h"
 
-#include "BoardNames.h"
 #include "ResultCode.h"
+#include "radio/session/HardwareWrite.h"
 #include "standalone/Codes.h"
 
-namespace Radioctl {
+namespace Radio {
 
 using Standalone::Operation;
-
-bool isWrite(const Standalone::Call& call) {
-    return call.operation == Operation::driverWrite || call.operation == Operation::driverWriteBuffer ||
-           call.operation == Operation::rauTx || call.operation == Operation::rauRx;
-}
 
 static bool isLookup(const Standalone::Call& call) {
     return call.operation == Operation::driverLookup || call.operation == Operation::tableLookup ||
@@ -24,15 +19,4 @@ bool mattersToAPerson(const Standalone::Call& call) {
     return isWrite(call) || (isFailure(call.code) && !onlyAsked);
 }
 
-std::string destination(const Standalone::Call& call) {
-    switch (call.operation) {
-    case Operation::rauTx:
-        return rauCarrierName(call.object, Direction::tx);
-    case Operation::rauRx:
-        return rauCarrierName(call.object, Direction::rx);
-    default:
-        return call.object;
-    }
-}
-
-} // namespace Radioctl
+} // namespace Radio

@@ -1,14 +1,18 @@
-#include "TextReporter.h"
+#include "radioctl/report/TextReporter.h"
 
 #include "ResultCode.h"
-#include "Words.h"
+#include "radio/board/PlatformWords.h"
+#include "radio/language/HelpText.h"
+#include "radio/session/HardwareWrite.h"
+#include "radio/session/ScriptLine.h"
+#include "radio/text/Words.h"
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
 #include <iomanip>
 
-namespace Radioctl {
+namespace Radio {
 
 namespace {
 
@@ -239,22 +243,22 @@ void TextReporter::listed(const Listing& listing) {
     }
 }
 
-void TextReporter::helped(const std::string& text) {
-    m_out << text;
+void TextReporter::helpWanted(const std::string& about) {
+    m_out << helpText(about);
 }
 
 void TextReporter::refused(const std::string& /*message*/) {
     m_out << std::flush;
 }
 
-void TextReporter::summarised(const Summary& summary, int /*exitCode*/) {
+void TextReporter::summarised(const RunSummary& summary, int /*exitCode*/) {
     m_out << "\n";
-    showTotals(summary);
-    if (!summary.bootAccepted) {
+    showTotals(summary.session);
+    if (!summary.session.bootAccepted) {
         m_out << failure("The radio did not boot, and no \"expect result\" came first.") << "\n";
     }
-    if (summary.unexpectedFailures != 0) {
-        m_out << failure(counted(summary.unexpectedFailures, "command") + " FAILED")
+    if (summary.session.unexpectedFailures != 0) {
+        m_out << failure(counted(summary.session.unexpectedFailures, "command") + " FAILED")
               << " without an \"expect result\".\n";
     }
     if (summary.refusedLines != 0) {
@@ -277,4 +281,4 @@ void TextReporter::showTotals(const Summary& summary) {
     m_out << ".\n";
 }
 
-} // namespace Radioctl
+} // namespace Radio

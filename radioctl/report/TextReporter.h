@@ -1,13 +1,14 @@
-#ifndef RADIOCTL_TEXTREPORTER_H
-#define RADIOCTL_TEXTREPORTER_H
+#ifndef RADIOCTL_REPORT_TEXTREPORTER_H
+#define RADIOCTL_REPORT_TEXTREPORTER_H
 
-#include "Reporter.h"
+#include "radio/session/ScriptLine.h"
+#include "radioctl/report/Reporter.h"
 
 #include <ostream>
 #include <string>
 #include <string_view>
 
-namespace Radioctl {
+namespace Radio {
 
 /** How the text output is to look. */
 struct TextStyle {
@@ -35,10 +36,10 @@ public:
     void notified(const Notification& notification) override;
     void judged(const ScriptLine& line, const Judgement& judgement) override;
     void listed(const Listing& listing) override;
-    void helped(const std::string& text) override;
+    void helpWanted(const std::string& about) override;
     /** Shows nothing: the message goes to standard error, which is not this reporter's. */
     void refused(const std::string& message) override;
-    void summarised(const Summary& summary, int exitCode) override;
+    void summarised(const RunSummary& summary, int exitCode) override;
 
 private:
     enum class Paint { failure, warning, notice, faint };
@@ -59,6 +60,6 @@ private:
 /** Numbers in a sentence: "1, 2" or "1 to 64". */
 std::string numberList(const std::vector<unsigned>& numbers);
 
-} // namespace Radioctl
+} // namespace Radio
 
 #endif

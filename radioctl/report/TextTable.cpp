@@ -1,8 +1,8 @@
-#include "TextTable.h"
+#include "radioctl/report/TextTable.h"
 
 #include <algorithm>
 
-namespace Radioctl {
+namespace Radio {
 
 bool TextTable::isRight(std::size_t column) const {
     return std::find(m_rightColumns.begin(), m_rightColumns.end(), column) != m_rightColumns.end();
@@ -27,4 +27,4 @@ void TextTable::write(std::ostream& out) const {
     }
 }
 
-} // namespace Radioctl
+} // namespace Radio

@@ -1,12 +1,12 @@
-#ifndef RADIOCTL_TEXTTABLE_H
-#define RADIOCTL_TEXTTABLE_H
+#ifndef RADIOCTL_REPORT_TEXTTABLE_H
+#define RADIOCTL_REPORT_TEXTTABLE_H
 
 #include <cstddef>
 #include <ostream>
 #include <string>
 #include <vector>
 
-namespace Radioctl {
+namespace Radio {
 
 /** Lines whose cells stand below each other. */
 class TextTable {
@@ -25,6 +25,6 @@ private:
     std::vector<std::size_t> m_rightColumns;
 };
 
-} // namespace Radioctl
+} // namespace Radio
 
 #endif

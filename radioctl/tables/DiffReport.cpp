@@ -1,13 +1,13 @@
-#include "tables/DiffReport.h"
+#include "radioctl/tables/DiffReport.h"
 
-#include "JsonLine.h"
-#include "TextTable.h"
-#include "Words.h"
+#include "radio/text/Words.h"
+#include "radioctl/report/JsonLine.h"
+#include "radioctl/report/TextTable.h"
 
 #include <algorithm>
 #include <cstdlib>
 
-namespace Radioctl::Tables {
+namespace Radio::Tables {
 
 namespace {
 
@@ -184,4 +184,4 @@ void writeJson(std::ostream& out, const Difference& difference, const std::strin
                         {"different", difference.isThere()}});
 }
 
-} // namespace Radioctl::Tables
+} // namespace Radio::Tables

@@ -1,12 +1,12 @@
 #ifndef RADIOCTL_TABLES_DIFFREPORT_H
 #define RADIOCTL_TABLES_DIFFREPORT_H
 
-#include "tables/Diff.h"
+#include "radio/tables/Diff.h"
 
 #include <ostream>
 #include <string>
 
-namespace Radioctl::Tables {
+namespace Radio::Tables {
 
 /** Tells a person what changed: a summary for each channel, and the nodes that moved, ten of them or `all`.
  */
@@ -17,6 +17,6 @@ void writeText(std::ostream& out, const Difference& difference, const std::strin
 void writeJson(std::ostream& out, const Difference& difference, const std::string& before,
                const std::string& after);
 
-} // namespace Radioctl::Tables
+} // namespace Radio::Tables
 
 #endif

@@ -1,25 +1,26 @@
-#include "tables/TablesPrograms.h"
+#include "radioctl/tables/TablesPrograms.h"
 
-#include "Board.h"
-#include "BoardCheck.h"
-#include "BoardNames.h"
-#include "BootedRadio.h"
-#include "CsvFile.h"
-#include "FindingReport.h"
-#include "InputError.h"
-#include "Output.h"
-#include "Programs.h"
-#include "Words.h"
-#include "tables/Corrections.h"
-#include "tables/Diff.h"
-#include "tables/DiffReport.h"
-#include "tables/Lint.h"
-#include "tables/WhyReport.h"
+#include "radio/board/Board.h"
+#include "radio/board/BoardCheck.h"
+#include "radio/board/BoardFile.h"
+#include "radio/board/BoardNames.h"
+#include "radio/files/CsvFile.h"
+#include "radio/files/InputError.h"
+#include "radio/session/BootedRadio.h"
+#include "radio/tables/Corrections.h"
+#include "radio/tables/Diff.h"
+#include "radio/tables/Lint.h"
+#include "radio/text/Words.h"
+#include "radioctl/report/ExitCode.h"
+#include "radioctl/report/FindingReport.h"
+#include "radioctl/report/Output.h"
+#include "radioctl/tables/DiffReport.h"
+#include "radioctl/tables/WhyReport.h"
 
 #include <algorithm>
 #include <iostream>
 
-namespace Radioctl::Tables {
+namespace Radio::Tables {
 
 namespace {
 
@@ -97,4 +98,4 @@ int runWhy(const WhyOptions& options) {
     }
 }
 
-} // namespace Radioctl::Tables
+} // namespace Radio::Tables

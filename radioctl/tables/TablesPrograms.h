@@ -7,7 +7,7 @@
 #include <vector>
 
 /** What "radioctl tables" does, one function for each of its commands. They give the exit code. */
-namespace Radioctl::Tables {
+namespace Radio::Tables {
 
 struct LintOptions {
     bool json = false;
@@ -44,6 +44,6 @@ int runDiff(const DiffOptions& options);
 /** Shows how a carrier and a temperature come to the corrections that are written. */
 int runWhy(const WhyOptions& options);
 
-} // namespace Radioctl::Tables
+} // namespace Radio::Tables
 
 #endif

@@ -1,11 +1,11 @@
-#include "tables/WhyReport.h"
+#include "radioctl/tables/WhyReport.h"
 
-#include "JsonLine.h"
 #include "ResultCode.h"
-#include "TextTable.h"
-#include "Words.h"
+#include "radio/text/Words.h"
+#include "radioctl/report/JsonLine.h"
+#include "radioctl/report/TextTable.h"
 
-namespace Radioctl::Tables {
+namespace Radio::Tables {
 
 namespace {
 
@@ -77,13 +77,13 @@ Json jsonOf(const BranchReason& branch) {
             nodes.push_back({{"khz", node.x1},
                              {"degrees", node.x2},
                              {"value", node.value},
-                             {"khz_weight", {node.weight1, lookup.axis1.width}},
-                             {"degrees_weight", {node.weight2, lookup.axis2.width}}});
+                             {"khz_weight", Json::array({node.weight1, lookup.axis1.width})},
+                             {"degrees_weight", Json::array({node.weight2, lookup.axis2.width})}});
         }
         event["nodes"] = nodes;
         event["khz_clamped"] = lookup.axis1.isClamped;
         event["degrees_clamped"] = lookup.axis2.isClamped;
-        event["exact"] = {lookup.value.whole, lookup.value.numerator, lookup.value.divisor};
+        event["exact"] = Json::array({lookup.value.whole, lookup.value.numerator, lookup.value.divisor});
     } else {
         event["no_value"] = branch.whyNoValue;
     }
@@ -98,8 +98,8 @@ Json jsonOf(const BranchReason& branch) {
 
 void writeText(std::ostream& out, const Board& board, const Reason& reason) {
     out << board.name << " (" << harmless(board.file.string()) << ")\n  tx " << reason.channel.number << ", "
-        << Radioctl::toString(reason.channel.type) << ": " << reason.carrier << " kHz at "
-        << reason.temperature << " degrees\n";
+        << Radio::toString(reason.channel.type) << ": " << reason.carrier << " kHz at " << reason.temperature
+        << " degrees\n";
     if (!reason.whyNone.empty()) {
         out << "\n" << reason.whyNone << "\n";
     }
@@ -127,7 +127,7 @@ void writeJson(std::ostream& out, const Board& board, const Reason& reason) {
     writeJsonLine(out, {{"event", "carrier"},
                         {"file", board.file.string()},
                         {"channel", reason.channel.number},
-                        {"type", Radioctl::toString(reason.channel.type)},
+                        {"type", Radio::toString(reason.channel.type)},
                         {"khz", reason.carrier},
                         {"degrees", reason.temperature}});
     for (const BranchReason& branch : reason.branches) {
@@ -142,4 +142,4 @@ void writeJson(std::ostream& out, const Board& board, const Reason& reason) {
                         {"ok", reason.disagreements.empty()}});
 }
 
-} // namespace Radioctl::Tables
+} // namespace Radio::Tables

@@ -1,12 +1,12 @@
-#include "thermal/Plot.h"
+#include "radioctl/thermal/Plot.h"
 
-#include "page/Svg.h"
+#include "radioctl/page/Svg.h"
 
 #include <algorithm>
 #include <sstream>
 #include <string_view>
 
-namespace Radioctl::Thermal {
+namespace Radio::Thermal {
 
 namespace {
 
@@ -116,4 +116,4 @@ std::string drawSvg(const Plot& plot) {
     return Page::drawSvg(scriptFor(plot), plot.id, plot.title);
 }
 
-} // namespace Radioctl::Thermal
+} // namespace Radio::Thermal

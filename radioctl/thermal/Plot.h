@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace Radioctl::Thermal {
+namespace Radio::Thermal {
 
 struct Point {
     std::int64_t seconds;
@@ -60,6 +60,6 @@ struct Plot {
 /** Has gnuplot draw the plot; gives an svg element for a page. Throws InputError when it cannot. */
 std::string drawSvg(const Plot& plot);
 
-} // namespace Radioctl::Thermal
+} // namespace Radio::Thermal
 
 #endif

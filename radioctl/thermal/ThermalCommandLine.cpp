@@ -1,20 +1,20 @@
-#include "thermal/ThermalCommandLine.h"
+#include "radioctl/thermal/ThermalCommandLine.h"
 
-#include "CommandError.h"
-#include "Frequency.h"
-#include "Output.h"
-#include "Programs.h"
-#include "Words.h"
+#include "radio/text/Frequency.h"
+#include "radio/text/WordError.h"
+#include "radio/text/Words.h"
+#include "radioctl/report/ExitCode.h"
+#include "radioctl/report/Output.h"
 
 #include <charconv>
 #include <string_view>
 #include <utility>
 
-namespace Radioctl::Thermal {
+namespace Radio::Thermal {
 
 namespace {
 
-/** Throws CommandError for anything but "CHANNEL=FREQUENCY". */
+/** Throws WordError for anything but "CHANNEL=FREQUENCY". */
 Carriers::value_type parseCarrier(std::string_view word) {
     const std::size_t equals = word.find('=');
     const std::string_view number = word.substr(0, equals);
@@ -22,8 +22,7 @@ Carriers::value_type parseCarrier(std::string_view word) {
     const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), channel);
     if (equals == std::string_view::npos || error != std::errc() || end != number.data() + number.size() ||
         channel < 0) {
-        throw CommandError(inQuotes(word) +
-                           ", expected a channel and its carrier, such as \"1=18.00025GHz\"");
+        throw WordError(inQuotes(word) + ", expected a channel and its carrier, such as \"1=18.00025GHz\"");
     }
     return {channel, parseFrequency(word.substr(equals + 1), "")};
 }
@@ -33,35 +32,31 @@ std::string whyNoCarrier(const std::string& word) {
     try {
         parseCarrier(word);
         return {};
-    } catch (const CommandError& error) {
+    } catch (const WordError& error) {
         return error.what();
     }
 }
 
 } // namespace
 
-ThermalCommandLine::ThermalCommandLine(CLI::App& app)
-    : m_thermal(*app.add_subcommand(
+ThermalCommandLine::ThermalCommandLine(CommandLine::Command program)
+    : m_thermal(program.command(
           "thermal",
           "Replay a temperature log and show how the\ncorrections of the transmitters follow it")) {
-    m_thermal.add_option("BOARD", m_options.board, "Board description (TOML)")->required()->type_name("FILE");
-    m_thermal.add_option("LOG", m_options.log, "Temperature log (CSV): seconds,degrees")
-        ->required()
-        ->type_name("FILE");
+    m_thermal.option("BOARD", m_options.board, "Board description (TOML)").required().named("FILE");
+    m_thermal.option("LOG", m_options.log, "Temperature log (CSV): seconds,degrees").required().named("FILE");
     m_thermal
-        .add_option(
-            "--carrier", m_carriers,
-            "Transmit carrier of a channel, such as\n1=18.00025GHz; otherwise the first of its raster")
-        ->type_name("CHANNEL=F")
-        ->allow_extra_args(false)
-        ->check(whyNoCarrier);
+        .option("--carrier", m_carriers,
+                "Transmit carrier of a channel, such as\n1=18.00025GHz; otherwise the first of its raster")
+        .named("CHANNEL=F")
+        .repeated()
+        .check(whyNoCarrier);
     m_thermal
-        .add_option("--csv", m_options.csv,
-                    "Write a line for each temperature and\nchannel; - is standard output")
-        ->type_name("FILE");
-    m_thermal.add_option("--html", m_options.html, "Write a page with plots (needs gnuplot)")
-        ->type_name("FILE");
-    m_thermal.add_flag("--json", m_options.json, "One JSON object per event and line");
+        .option("--csv", m_options.csv,
+                "Write a line for each temperature and\nchannel; - is standard output")
+        .named("FILE");
+    m_thermal.option("--html", m_options.html, "Write a page with plots (needs gnuplot)").named("FILE");
+    m_thermal.json(m_options.json);
 }
 
 int ThermalCommandLine::run(bool json) {
@@ -84,4 +79,4 @@ int ThermalCommandLine::run(bool json) {
     return runThermal(m_options);
 }
 
-} // namespace Radioctl::Thermal
+} // namespace Radio::Thermal

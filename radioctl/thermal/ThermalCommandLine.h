@@ -1,33 +1,29 @@
 #ifndef RADIOCTL_THERMAL_THERMALCOMMANDLINE_H
 #define RADIOCTL_THERMAL_THERMALCOMMANDLINE_H
 
-#include "thermal/ThermalPrograms.h"
-
-#include <CLI/CLI.hpp>
+#include "radioctl/options/Options.h"
+#include "radioctl/thermal/ThermalPrograms.h"
 
 #include <string>
 #include <vector>
 
-namespace Radioctl::Thermal {
+namespace Radio::Thermal {
 
 /** The command line of "radioctl thermal". */
-class ThermalCommandLine {
+class ThermalCommandLine final : public CommandLine::Verb {
 public:
     /** Adds "thermal" to the program's commands. Must outlive the parsing. */
-    explicit ThermalCommandLine(CLI::App& app);
-    ThermalCommandLine(const ThermalCommandLine&) = delete;
-    ThermalCommandLine& operator=(const ThermalCommandLine&) = delete;
+    explicit ThermalCommandLine(CommandLine::Command program);
 
-    bool parsed() const { return m_thermal.parsed(); }
-    /** Does what was asked for; gives the exit code. `json`: also asked for in front of the command. */
-    int run(bool json);
+    bool isCalled() const override { return m_thermal.isCalled(); }
+    int run(bool json) override;
 
 private:
-    CLI::App& m_thermal;
+    CommandLine::Command m_thermal;
     ThermalOptions m_options;
     std::vector<std::string> m_carriers;
 };
 
-} // namespace Radioctl::Thermal
+} // namespace Radio::Thermal
 
 #endif

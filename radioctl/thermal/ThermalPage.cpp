@@ -1,11 +1,11 @@
-#include "thermal/ThermalPage.h"
+#include "radioctl/thermal/ThermalPage.h"
 
-#include "Words.h"
-#include "page/Html.h"
+#include "radio/text/Words.h"
+#include "radioctl/page/Html.h"
 
 #include <utility>
 
-namespace Radioctl::Thermal {
+namespace Radio::Thermal {
 
 namespace {
 
@@ -140,4 +140,4 @@ void ThermalPage::writePlot(std::ostream& out, const std::string& id, const std:
                 drawSvg({id, title, yLabel, log.front().seconds, log.back().seconds, std::move(curves)}));
 }
 
-} // namespace Radioctl::Thermal
+} // namespace Radio::Thermal

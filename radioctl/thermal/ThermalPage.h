@@ -1,15 +1,15 @@
 #ifndef RADIOCTL_THERMAL_THERMALPAGE_H
 #define RADIOCTL_THERMAL_THERMALPAGE_H
 
-#include "thermal/Plot.h"
-#include "thermal/ThermalReport.h"
+#include "radioctl/thermal/Plot.h"
+#include "radioctl/thermal/ThermalReport.h"
 
 #include <map>
 #include <ostream>
 #include <string>
 #include <vector>
 
-namespace Radioctl::Thermal {
+namespace Radio::Thermal {
 
 /** One HTML page with everything in it: it opens from a file and asks nobody for anything. */
 class ThermalPage final : public ReplayListener {
@@ -46,6 +46,6 @@ private:
     std::map<int, ChannelSeries> m_channels;
 };
 
-} // namespace Radioctl::Thermal
+} // namespace Radio::Thermal
 
 #endif

@@ -1,20 +1,20 @@
-#include "thermal/ThermalPrograms.h"
+#include "radioctl/thermal/ThermalPrograms.h"
 
-#include "AtomicFile.h"
-#include "Board.h"
-#include "BoardCheck.h"
-#include "BootedRadio.h"
-#include "InputError.h"
-#include "Interrupt.h"
-#include "JsonLine.h"
-#include "Output.h"
-#include "Programs.h"
-#include "Progress.h"
-#include "Words.h"
-#include "page/Gnuplot.h"
-#include "thermal/ThermalLog.h"
-#include "thermal/ThermalPage.h"
-#include "thermal/ThermalReport.h"
+#include "radio/board/Board.h"
+#include "radio/board/BoardCheck.h"
+#include "radio/files/AtomicFile.h"
+#include "radio/files/InputError.h"
+#include "radio/session/BootedRadio.h"
+#include "radio/text/Words.h"
+#include "radio/thermal/ThermalLog.h"
+#include "radioctl/console/Interrupt.h"
+#include "radioctl/page/Gnuplot.h"
+#include "radioctl/report/ExitCode.h"
+#include "radioctl/report/JsonLine.h"
+#include "radioctl/report/Output.h"
+#include "radioctl/report/Progress.h"
+#include "radioctl/thermal/ThermalPage.h"
+#include "radioctl/thermal/ThermalReport.h"
 
 #include <algorithm>
 #include <array>
@@ -23,7 +23,7 @@
 #include <memory>
 #include <optional>
 
-namespace Radioctl::Thermal {
+namespace Radio::Thermal {
 
 namespace {
 
@@ -212,4 +212,4 @@ int runThermal(const ThermalOptions& options) {
     }
 }
 
-} // namespace Radioctl::Thermal
+} // namespace Radio::Thermal

@@ -1,11 +1,11 @@
 #ifndef RADIOCTL_THERMAL_THERMALPROGRAMS_H
 #define RADIOCTL_THERMAL_THERMALPROGRAMS_H
 
-#include "thermal/Replay.h"
+#include "radio/thermal/Replay.h"
 
 #include <string>
 
-namespace Radioctl::Thermal {
+namespace Radio::Thermal {
 
 /** What the user chose on the command line. */
 struct ThermalOptions {
@@ -23,6 +23,6 @@ struct ThermalOptions {
 /** Replays a temperature log on a board and reports what came of it; gives the exit code. */
 int runThermal(const ThermalOptions& options);
 
-} // namespace Radioctl::Thermal
+} // namespace Radio::Thermal
 
 #endif

@@ -1,14 +1,14 @@
-#include "thermal/ThermalReport.h"
+#include "radioctl/thermal/ThermalReport.h"
 
-#include "JsonLine.h"
-#include "TextTable.h"
-#include "Words.h"
+#include "radio/text/Words.h"
+#include "radioctl/report/JsonLine.h"
+#include "radioctl/report/TextTable.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 
-namespace Radioctl::Thermal {
+namespace Radio::Thermal {
 
 namespace {
 
@@ -203,4 +203,4 @@ void ThermalCsv::told(const ChannelTotals& channel, const Moment& moment) {
     }
 }
 
-} // namespace Radioctl::Thermal
+} // namespace Radio::Thermal

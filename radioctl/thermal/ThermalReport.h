@@ -1,14 +1,14 @@
 #ifndef RADIOCTL_THERMAL_THERMALREPORT_H
 #define RADIOCTL_THERMAL_THERMALREPORT_H
 
-#include "Board.h"
-#include "thermal/Replay.h"
-#include "thermal/ThermalLog.h"
+#include "radio/board/Board.h"
+#include "radio/thermal/Replay.h"
+#include "radio/thermal/ThermalLog.h"
 
 #include <ostream>
 #include <string>
 
-namespace Radioctl::Thermal {
+namespace Radio::Thermal {
 
 /** What a report is about. */
 struct Subject {
@@ -79,6 +79,6 @@ private:
     std::ostream& m_out;
 };
 
-} // namespace Radioctl::Thermal
+} // namespace Radio::Thermal
 
 #endif

@@ -1,0 +1,22 @@
+#ifndef RADIO_BOARD_BOARDCHECK_H
+#define RADIO_BOARD_BOARDCHECK_H
+
+#include "radio/board/Board.h"
+#include "radio/board/Finding.h"
+
+#include <vector>
+
+namespace Radio {
+
+/**
+ * Holds the board against what its channels will ask the platform for. The findings come in the order of
+ * their lines; there are none for a board on which everything fits.
+ */
+std::vector<Finding> checkBoard(const Board& board);
+
+/** Reads a board and throws InputError also for the first error that checkBoard finds. */
+Board loadUsableBoard(const std::filesystem::path& file);
+
+} // namespace Radio
+
+#endif

@@ -1,0 +1,24 @@
+#ifndef RADIO_BOARD_BOARDFILE_H
+#define RADIO_BOARD_BOARDFILE_H
+
+#include "radio/board/Board.h"
+#include "radio/files/CsvFile.h"
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string_view>
+
+namespace Radio {
+
+/** Gives the CSV file to which a board refers; nothing when there is none. */
+using CsvSource = std::function<std::optional<CsvFile>(const std::filesystem::path& file)>;
+
+/** Reads a board file. Throws InputError, and nothing else, for a file that cannot be read or used. */
+Board loadBoard(const std::filesystem::path& file);
+/** The same for `text`, the content of `file`, with tables out of `csv`. */
+Board readBoard(std::string_view text, const std::filesystem::path& file, const CsvSource& csv);
+
+} // namespace Radio
+
+#endif

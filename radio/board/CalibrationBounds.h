@@ -1,0 +1,31 @@
+#ifndef RADIO_BOARD_CALIBRATIONBOUNDS_H
+#define RADIO_BOARD_CALIBRATIONBOUNDS_H
+
+#include "radio/board/Board.h"
+
+#include <cstddef>
+
+/** What can be asked of a calibration, by a board or by whoever starts one. */
+namespace Radio {
+
+/** Transmit carriers, in kHz. */
+constexpr Range carrierBounds{1, 2147483647};
+/** No radio works outside. */
+constexpr Range temperatureBounds{-100, 200};
+/** The difference of two corrections fits an int. */
+constexpr Range correctionBounds{-1000000000, 1000000000};
+constexpr Range minDeltaBounds{0, 1000000000};
+constexpr Range iterationBounds{1, 1000};
+/** In ms. */
+constexpr Range settleTimeBounds{0, 60000};
+/** Their tables stay far below the size that boards load. */
+constexpr std::size_t maxPoints = 40000;
+
+constexpr const char* shrinkFactorText = "a number between 0 and 1, such as 0.75";
+constexpr bool isShrinkFactor(double factor) {
+    return factor > 0.0 && factor < 1.0;
+}
+
+} // namespace Radio
+
+#endif

@@ -1,0 +1,112 @@
+#include "radio/board/CalibrationReader.h"
+
+#include "radio/board/CalibrationBounds.h"
+#include "radio/board/ChannelReader.h"
+
+#include <algorithm>
+
+namespace Radio {
+
+namespace {
+
+std::optional<bool> isHighDetector(std::string_view word) {
+    if (word == "low") {
+        return false;
+    }
+    return word == "high" ? std::optional<bool>(true) : std::nullopt;
+}
+
+std::optional<Range> readRange(const TomlItem& calibration, std::string_view key, std::int64_t least,
+                               std::int64_t most) {
+    const std::optional<TomlItem> item = calibration.find(key);
+    if (!item) {
+        return std::nullopt;
+    }
+    const std::vector<TomlItem> ends = item->elements();
+    item->requireCount(ends.size(), 2, "the lowest and the highest value");
+    const Range range{ends[0].integer(), ends[1].integer()};
+    if (range.low < least || range.high > most) {
+        item->fail("expected values from " + std::to_string(least) + " to " + std::to_string(most) +
+                   ", found " + std::to_string(range.low < least ? range.low : range.high));
+    }
+    if (range.low >= range.high && key != "band") {
+        item->fail("expected the lowest value first and a higher one behind it, found " +
+                   std::to_string(range.low) + " and " + std::to_string(range.high));
+    }
+    if (range.low > range.high) {
+        item->fail("expected the lowest carrier first, found " + std::to_string(range.high) + " after " +
+                   std::to_string(range.low));
+    }
+    return range;
+}
+
+/** A whole number within `bounds`, if it is there. */
+std::optional<std::uint32_t> readNumber(const TomlItem& calibration, std::string_view key, Range bounds) {
+    const std::optional<TomlItem> item = calibration.find(key);
+    if (!item) {
+        return std::nullopt;
+    }
+    const std::int32_t number = item->integer();
+    if (number < bounds.low || number > bounds.high) {
+        item->fail("expected a number from " + std::to_string(bounds.low) + " to " +
+                   std::to_string(bounds.high) + ", found " + std::to_string(number));
+    }
+    return static_cast<std::uint32_t>(number);
+}
+
+std::vector<std::int32_t> readTemperatures(const TomlItem& calibration) {
+    const std::optional<TomlItem> item = calibration.find("temperatures");
+    if (!item) {
+        return {};
+    }
+    std::vector<std::int32_t> temperatures = item->distinctIntegers();
+    for (const std::int32_t degrees : temperatures) {
+        if (degrees < temperatureBounds.low || degrees > temperatureBounds.high) {
+            item->fail("expected degrees from " + std::to_string(temperatureBounds.low) + " to " +
+                       std::to_string(temperatureBounds.high) + ", found " + std::to_string(degrees));
+        }
+    }
+    std::sort(temperatures.begin(), temperatures.end());
+    return temperatures;
+}
+
+CalibrationDescription readCalibration(const TomlItem& item, ChannelReader& channel) {
+    item.entries({"channel", "band", "step", "temperatures", "i_range", "q_range", "shrink_factor",
+                  "min_delta", "max_iterations", "settle_time", "detector"});
+    CalibrationDescription calibration;
+    calibration.channel = channel.read(item);
+    calibration.band = readRange(item, "band", 1, carrierBounds.high);
+    calibration.step = readNumber(item, "step", carrierBounds);
+    calibration.temperatures = readTemperatures(item);
+    calibration.iRange = readRange(item, "i_range", correctionBounds.low, correctionBounds.high);
+    calibration.qRange = readRange(item, "q_range", correctionBounds.low, correctionBounds.high);
+    if (const std::optional<TomlItem> factor = item.find("shrink_factor")) {
+        calibration.shrinkFactor = factor->number(1.0);
+        if (!isShrinkFactor(*calibration.shrinkFactor)) {
+            factor->failExpecting(shrinkFactorText);
+        }
+    }
+    if (const auto delta = readNumber(item, "min_delta", minDeltaBounds)) {
+        calibration.minDelta = static_cast<std::int32_t>(*delta);
+    }
+    calibration.maxIterations = readNumber(item, "max_iterations", iterationBounds);
+    calibration.settleTime = readNumber(item, "settle_time", settleTimeBounds);
+    if (const std::optional<TomlItem> detector = item.find("detector")) {
+        calibration.useHighDetector = detector->word(isHighDetector, {"low", "high"});
+    }
+    return calibration;
+}
+
+} // namespace
+
+std::vector<CalibrationDescription> readCalibrations(const TomlItem& root,
+                                                     const std::vector<ChannelDescription>& channels) {
+    std::vector<CalibrationDescription> result;
+    ChannelReader channel(channels, "calibration");
+    for (const TomlItem& item : root.tables("calibration", "channel")) {
+        result.push_back(readCalibration(item, channel));
+    }
+    return result;
+}
+
+} // namespace Radio

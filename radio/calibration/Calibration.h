@@ -1,0 +1,85 @@
+#ifndef RADIO_CALIBRATION_CALIBRATION_H
+#define RADIO_CALIBRATION_CALIBRATION_H
+
+#include "radio/board/Board.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/** Calibrating the LO leakage of a transmitter over its band and temperatures. */
+namespace Radio::Calibration {
+
+/** What a calibration is asked for. */
+struct Settings {
+    int channel = 0;
+    /** Transmit carriers in kHz, ascending; at least one. */
+    std::vector<std::uint32_t> frequencies;
+    /** In degrees Celsius, ascending; at least one. */
+    std::vector<std::int32_t> temperatures;
+    /** Where the corrections are searched, in units of their drivers. */
+    Range i{};
+    Range q{};
+    /** The fraction of a range that an iteration keeps. */
+    double shrinkFactor = 0.0;
+    /** A search ends once the wider range is at most this. */
+    std::int32_t minDelta = 0;
+    std::uint32_t maxIterations = 0;
+    /** In ms. */
+    std::uint32_t settleTime = 0;
+    bool useHighDetector = false;
+};
+
+/** Corrections that were set, and what the detector then read; nothing when nothing was read. */
+struct Probe {
+    std::int32_t i = 0;
+    std::int32_t q = 0;
+    std::optional<std::int32_t> reading;
+};
+
+enum class PointState : std::uint8_t {
+    good,
+    edge,   ///< the search ended at the edge of a range: the best corrections may lie beyond
+    failed, ///< there are no corrections
+};
+
+/** "good", "edge" or "failed". */
+std::string_view toString(PointState state);
+
+/** One carrier at one temperature. */
+struct Point {
+    std::uint32_t frequency = 0;
+    std::int32_t temperature = 0;
+    PointState state = PointState::failed;
+    /** What the user should know about it, as one clause; empty: nothing. */
+    std::string remark;
+    /** The corrections found; of a failed point 0. */
+    std::int32_t i = 0;
+    std::int32_t q = 0;
+    /** The wider range at the end, and how many iterations it took. */
+    std::int32_t maxDelta = 0;
+    std::uint32_t iterations = 0;
+    /** Modelled leakage without any correction and with those found, in dBc; of a failed point the same. */
+    double before = 0.0;
+    double after = 0.0;
+    /** Four for each iteration, in their order. */
+    std::vector<Probe> probes;
+};
+
+/** A calibration that was carried out. */
+struct Result {
+    /** Of the radio; "unknown" when nobody said. */
+    std::string serial;
+    /** When it began, in UTC, for example "2026-03-01T09:30:00Z". */
+    std::string date;
+    /** Of this program. */
+    std::string version;
+    Settings settings;
+    /** For each temperature all frequencies. */
+    std::vector<Point> points;
+};
+
+} // namespace Radio::Calibration
+
+#endif

@@ -1,0 +1,106 @@
+#ifndef RADIO_CALIBRATION_JOURNAL_H
+#define RADIO_CALIBRATION_JOURNAL_H
+
+#include "radio/calibration/Calibration.h"
+#include "radio/files/InputError.h"
+#include "radio/files/Json.h"
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <istream>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Radio::Calibration {
+
+/** What a calibration is about; stands in front of its journal. */
+struct JournalHeader {
+    /** The name of the radio. */
+    std::string board;
+    std::string serial;
+    /** When the calibration began. */
+    std::string date;
+    std::string version;
+    /** What tells one described transmitter from another, see fingerprintOf(). */
+    std::string transmitter;
+    Settings settings;
+};
+
+/** A probe that is in a journal, and where. */
+struct JournaledProbe {
+    Probe probe;
+    unsigned line = 0;
+};
+
+/** Probes of one carrier at one temperature, in their order. */
+using JournaledProbes = std::vector<JournaledProbe>;
+
+/** What a journal says. */
+struct JournalContent {
+    JournalHeader header;
+    /** By temperature and carrier. */
+    std::map<std::pair<std::int32_t, std::uint32_t>, JournaledProbes> probes;
+    /** The calibration came to its end. */
+    bool isFinished = false;
+    /** The size of what can be used; a last line behind it that was not written whole counts as never
+     * written. */
+    std::uintmax_t size = 0;
+};
+
+/** Reads a journal. Throws InputError for a file that cannot be read, or that is none. */
+JournalContent readJournal(const std::filesystem::path& file);
+/** The same for what `stream` gives, the content of a file called `name`. */
+JournalContent readJournal(std::istream& stream, const std::string& name);
+
+/** Sixteen hexadecimal digits that change with every number of a leakage. */
+std::string fingerprintOf(const LeakageDescription& leakage);
+
+/** Throws InputError unless a calibration that `wanted` describes can go on with what the journal was begun
+ * with. Dates and versions may differ. */
+void requireSameCalibration(const JournalHeader& wanted, const JournalHeader& begun,
+                            const std::filesystem::path& file);
+
+/**
+ * The journal of a calibration that goes on: whatever was entered is on the disk, and outlives the program
+ * and the power. Nobody else can open it meanwhile.
+ */
+class Journal {
+public:
+    /** Begins a journal where there is no file. Throws InputError when it cannot be written, or there is one.
+     */
+    static Journal begin(const std::filesystem::path& file, const JournalHeader& header);
+    /** Opens one that is there, finished or not. Throws InputError when that cannot be done, when the file is
+     * no ordinary one, and when another calibration has it open. */
+    static Journal open(const std::filesystem::path& file);
+
+    Journal(Journal&& other) noexcept;
+    Journal& operator=(Journal&& other) = delete;
+    ~Journal();
+
+    /** Takes away what stands behind the usable part. */
+    void cutOff(std::uintmax_t size);
+    void enter(std::uint32_t frequency, std::int32_t temperature, const Probe& probe);
+    /** Says that nothing will follow. */
+    void finish();
+
+private:
+    Journal(std::filesystem::path file, int descriptor);
+
+    void append(const Json& event);
+    [[noreturn]] void fail(const std::string& what) const;
+
+    std::filesystem::path m_file;
+    int m_descriptor;
+};
+
+/** A time in UTC, for example "2026-03-01T09:30:00Z". */
+std::string utcText(std::chrono::system_clock::time_point time);
+/** The same with milliseconds, "2026-03-01T09:30:00.250Z". */
+std::string preciseUtcText(std::chrono::system_clock::time_point time);
+
+} // namespace Radio::Calibration
+
+#endif

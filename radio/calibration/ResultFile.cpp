@@ -1,0 +1,175 @@
+#include "radio/calibration/ResultFile.h"
+
+#include "radio/board/CalibrationBounds.h"
+#include "radio/board/WordList.h"
+#include "radio/calibration/Settings.h"
+#include "radio/text/Words.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <limits>
+#include <stdexcept>
+#include <string_view>
+
+namespace Radio::Calibration {
+
+namespace {
+
+constexpr std::string_view heading =
+    "frequency_khz,temperature_c,i,q,before_dbc,after_dbc,iterations,max_delta,state";
+constexpr std::string_view program = "radioctl ";
+constexpr double highestLevel = 1000.0;
+constexpr std::int64_t mostIterations = std::numeric_limits<std::uint32_t>::max();
+constexpr std::int64_t widestRange = std::numeric_limits<std::int32_t>::max();
+
+/** A point that failed is in no file. */
+constexpr std::array<Word<PointState>, 2> stateWords{
+    {{"good", PointState::good}, {"edge", PointState::edge}}};
+
+/** With as many digits as it takes to read the same number. */
+std::string exactText(double number) {
+    std::array<char, 32> text{};
+    const auto result = std::to_chars(text.data(), text.data() + text.size(), number);
+    return {text.data(), result.ptr};
+}
+
+std::string_view wordFor(PointState state) {
+    for (const auto& entry : stateWords) {
+        if (entry.value == state) {
+            return entry.word;
+        }
+    }
+    throw std::logic_error("a point that failed has no corrections to be written");
+}
+
+std::string bothEnds(const Range& range) {
+    return std::to_string(range.low) + " " + std::to_string(range.high);
+}
+
+template <typename Number>
+Number integer(const CsvItem& item, const Range& bounds) {
+    return static_cast<Number>(item.integer(bounds.low, bounds.high));
+}
+
+Range readRange(const CsvItem& item) {
+    const std::string& text = item.text();
+    const std::size_t blank = std::min(text.find(' '), text.size());
+    const std::size_t second = std::min(text.find_first_not_of(' ', blank), text.size());
+    const auto end = [&](std::string_view number) {
+        return CsvItem("end of the range", number, item.place())
+            .integer(correctionBounds.low, correctionBounds.high);
+    };
+    const Range range{end(text.substr(0, blank)), end(text.substr(second))};
+    if (range.low > range.high) {
+        item.failExpecting("the lowest value first");
+    }
+    return range;
+}
+
+double readShrinkFactor(const CsvItem& item) {
+    const double factor = item.number(1.0);
+    if (!isShrinkFactor(factor)) {
+        item.failExpecting(shrinkFactorText);
+    }
+    return factor;
+}
+
+bool readDetector(const CsvItem& item) {
+    if (item.text() != "low" && item.text() != "high") {
+        item.failExpecting("low or high");
+    }
+    return item.text() == "high";
+}
+
+std::string readVersion(const CsvItem& item) {
+    if (item.text().substr(0, program.size()) != program) {
+        item.failExpecting("\"radioctl\" and its version");
+    }
+    return item.text().substr(program.size());
+}
+
+Settings readSettings(const CsvFile& file) {
+    Settings settings;
+    settings.channel = integer<int>(file.property("channel"), {0, std::numeric_limits<int>::max()});
+    settings.i = readRange(file.property("i_range"));
+    settings.q = readRange(file.property("q_range"));
+    settings.shrinkFactor = readShrinkFactor(file.property("shrink_factor"));
+    settings.minDelta = integer<std::int32_t>(file.property("min_delta"), minDeltaBounds);
+    settings.maxIterations = integer<std::uint32_t>(file.property("max_iterations"), iterationBounds);
+    settings.settleTime = integer<std::uint32_t>(file.property("settle_time_ms"), settleTimeBounds);
+    settings.useHighDetector = readDetector(file.property("detector"));
+    return settings;
+}
+
+Point readPoint(const CsvFile& file, std::size_t row) {
+    const auto item = [&](std::string_view column) { return file.item(row, file.column(column)); };
+    Point point;
+    point.frequency = integer<std::uint32_t>(item("frequency_khz"), carrierBounds);
+    point.temperature = integer<std::int32_t>(item("temperature_c"), temperatureBounds);
+    point.i = integer<std::int32_t>(item("i"), correctionBounds);
+    point.q = integer<std::int32_t>(item("q"), correctionBounds);
+    point.before = item("before_dbc").number(highestLevel);
+    point.after = item("after_dbc").number(highestLevel);
+    point.iterations = integer<std::uint32_t>(item("iterations"), {0, mostIterations});
+    point.maxDelta = integer<std::int32_t>(item("max_delta"), {0, widestRange});
+    const CsvItem state = item("state");
+    const std::optional<PointState> known = valueOf(stateWords, state.text());
+    if (!known) {
+        state.failExpecting("good or edge");
+    }
+    point.state = *known;
+    return point;
+}
+
+template <typename Value>
+void makeDistinct(std::vector<Value>& values) {
+    std::sort(values.begin(), values.end());
+    values.erase(std::unique(values.begin(), values.end()), values.end());
+}
+
+} // namespace
+
+void writeResult(std::ostream& out, const Result& result) {
+    const Settings& settings = result.settings;
+    out << "# LO-leakage calibration\n"
+        << "# serial: " << harmless(result.serial) << "\n"
+        << "# channel: " << settings.channel << "\n"
+        << "# date: " << harmless(result.date) << "\n"
+        << "# tool: " << program << harmless(result.version) << "\n"
+        << "# i_range: " << bothEnds(settings.i) << "\n"
+        << "# q_range: " << bothEnds(settings.q) << "\n"
+        << "# shrink_factor: " << exactText(settings.shrinkFactor) << "\n"
+        << "# min_delta: " << settings.minDelta << "\n"
+        << "# max_iterations: " << settings.maxIterations << "\n"
+        << "# settle_time_ms: " << settings.settleTime << "\n"
+        << "# detector: " << (settings.useHighDetector ? "high" : "low") << "\n"
+        << heading << "\n";
+    for (const Point& point : result.points) {
+        out << point.frequency << ',' << point.temperature << ',' << point.i << ',' << point.q << ','
+            << inTwoDecimals(point.before) << ',' << inTwoDecimals(point.after) << ',' << point.iterations
+            << ',' << point.maxDelta << ',' << wordFor(point.state) << "\n";
+    }
+}
+
+Result readResult(const std::filesystem::path& file) {
+    return readResult(CsvFile(file, "a calibration"));
+}
+
+Result readResult(const CsvFile& csv) {
+    Result result;
+    result.serial = csv.property("serial").nonEmptyText("the serial number of the radio");
+    result.date = csv.property("date").nonEmptyText("when the calibration began");
+    result.version = readVersion(csv.property("tool"));
+    result.settings = readSettings(csv);
+    for (std::size_t row = 0; row < csv.rows(); ++row) {
+        result.points.push_back(readPoint(csv, row));
+        result.settings.frequencies.push_back(result.points.back().frequency);
+        result.settings.temperatures.push_back(result.points.back().temperature);
+    }
+    makeDistinct(result.settings.frequencies);
+    makeDistinct(result.settings.temperatures);
+    return result;
+}
+
+} // namespace Radio::Calibration

@@ -1,0 +1,121 @@
+#include "radio/calibration/Settings.h"
+
+#include "radio/board/BoardNames.h"
+#include "radio/board/CalibrationBounds.h"
+
+#include <algorithm>
+
+namespace Radio::Calibration {
+
+namespace {
+
+constexpr double usualShrinkFactor = 0.75;
+/** A range of 3 loses less than 1 to this factor, and nothing once its ends are whole numbers again. */
+constexpr std::int32_t usualMinDelta = 3;
+constexpr std::uint32_t usualMaxIterations = 40;
+constexpr std::uint32_t usualSettleTime = 5;
+
+/** What one of the board's channels is asked for, from one source after the other. */
+class Choice {
+public:
+    Choice(const Board& board, const CalibrationDescription& wishes) : m_board(board), m_wishes(wishes) {
+        const auto found =
+            std::find_if(board.calibrations.begin(), board.calibrations.end(),
+                         [&](const auto& candidate) { return candidate.channel == wishes.channel; });
+        if (found != board.calibrations.end()) {
+            m_described = *found;
+        }
+    }
+
+    template <typename Value>
+    std::optional<Value> of(std::optional<Value> CalibrationDescription::*member) const {
+        return (m_wishes.*member) ? m_wishes.*member : m_described.*member;
+    }
+
+    const std::vector<std::int32_t>& temperatures() const {
+        return m_wishes.temperatures.empty() ? m_described.temperatures : m_wishes.temperatures;
+    }
+
+    [[noreturn]] void lacks(const char* what, const char* key, const char* option) const {
+        throw InputError({m_board.file.string(), 0}, "channel " + std::to_string(m_wishes.channel) + ": no " +
+                                                         what + ", expected " + key +
+                                                         " in its [[calibration]], or " + option);
+    }
+
+private:
+    const Board& m_board;
+    const CalibrationDescription& m_wishes;
+    CalibrationDescription m_described;
+};
+
+/** The carriers of a band; its last one is among them, also when it does not fall on a step. */
+std::vector<std::uint32_t> carriersOf(const Range& band, std::int64_t step, const Place& place) {
+    if ((band.high - band.low) / step >= static_cast<std::int64_t>(maxPoints)) {
+        throw InputError(place, "expected at most " + std::to_string(maxPoints) + " carriers, found " +
+                                    std::to_string((band.high - band.low) / step + 1));
+    }
+    std::vector<std::uint32_t> carriers;
+    for (std::int64_t carrier = band.low; carrier < band.high; carrier += step) {
+        carriers.push_back(static_cast<std::uint32_t>(carrier));
+    }
+    carriers.push_back(static_cast<std::uint32_t>(band.high));
+    return carriers;
+}
+
+Json rangeJson(const Range& range) {
+    return Json::array({range.low, range.high});
+}
+
+} // namespace
+
+Settings settingsFor(const Board& board, const CalibrationDescription& wishes) {
+    const Choice choice(board, wishes);
+    const Place place{board.file.string(), 0};
+    const LeakageDescription& leakage = *findLeakage(board, wishes.channel);
+    auto band = choice.of(&CalibrationDescription::band);
+    if (!band) {
+        band = transmitBand(board, wishes.channel);
+    }
+    if (!band) {
+        choice.lacks("band, and no [[raster]] with transmit carriers", "band", "--band");
+    }
+    const auto step = choice.of(&CalibrationDescription::step);
+    if (!step) {
+        choice.lacks("distance of two carriers", "step", "--step");
+    }
+    if (choice.temperatures().empty()) {
+        choice.lacks("temperatures", "temperatures", "--temperatures");
+    }
+    Settings settings;
+    settings.channel = wishes.channel;
+    settings.frequencies = carriersOf(*band, *step, place);
+    settings.temperatures = choice.temperatures();
+    if (settings.frequencies.size() * settings.temperatures.size() > maxPoints) {
+        throw InputError(place, "expected at most " + std::to_string(maxPoints) + " points, found " +
+                                    std::to_string(settings.frequencies.size()) + " carriers at " +
+                                    std::to_string(settings.temperatures.size()) + " temperatures");
+    }
+    settings.i = choice.of(&CalibrationDescription::iRange).value_or(Range{leakage.i.low, leakage.i.high});
+    settings.q = choice.of(&CalibrationDescription::qRange).value_or(Range{leakage.q.low, leakage.q.high});
+    settings.shrinkFactor = choice.of(&CalibrationDescription::shrinkFactor).value_or(usualShrinkFactor);
+    settings.minDelta = choice.of(&CalibrationDescription::minDelta).value_or(usualMinDelta);
+    settings.maxIterations = choice.of(&CalibrationDescription::maxIterations).value_or(usualMaxIterations);
+    settings.settleTime = choice.of(&CalibrationDescription::settleTime).value_or(usualSettleTime);
+    settings.useHighDetector = choice.of(&CalibrationDescription::useHighDetector).value_or(false);
+    return settings;
+}
+
+Json toJson(const Settings& settings) {
+    return {{"channel", settings.channel},
+            {"frequencies_khz", settings.frequencies},
+            {"temperatures_c", settings.temperatures},
+            {"i_range", rangeJson(settings.i)},
+            {"q_range", rangeJson(settings.q)},
+            {"shrink_factor", settings.shrinkFactor},
+            {"min_delta", settings.minDelta},
+            {"max_iterations", settings.maxIterations},
+            {"settle_time_ms", settings.settleTime},
+            {"detector", settings.useHighDetector ? "high" : "low"}};
+}
+
+} // namespace Radio::Calibration

@@ -1,0 +1,22 @@
+#ifndef RADIO_CALIBRATION_SETTINGS_H
+#define RADIO_CALIBRATION_SETTINGS_H
+
+#include "radio/board/Board.h"
+#include "radio/calibration/Calibration.h"
+#include "radio/files/Json.h"
+
+namespace Radio::Calibration {
+
+/**
+ * What a calibration of a channel comes to: what is wished for, else what the board describes, else what
+ * serves most transmitters. Throws InputError when something has to be said and nobody does. `wishes` names
+ * one of the board's channels, which has a leakage.
+ */
+Settings settingsFor(const Board& board, const CalibrationDescription& wishes);
+
+/** What is written in front of a journal, and shown to other programs. */
+Json toJson(const Settings& settings);
+
+} // namespace Radio::Calibration
+
+#endif

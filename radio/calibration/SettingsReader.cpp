@@ -1,0 +1,57 @@
+#include "radio/calibration/SettingsReader.h"
+
+#include "radio/board/CalibrationBounds.h"
+
+#include <algorithm>
+#include <functional>
+#include <vector>
+
+namespace Radio::Calibration {
+
+namespace {
+
+Range rangeFrom(const ParsedJson& json, const Range& bounds) {
+    const Range range{wholeNumber<std::int64_t>(json.at(0), bounds),
+                      wholeNumber<std::int64_t>(json.at(1), bounds)};
+    if (json.size() != 2 || range.low >= range.high) {
+        throw std::runtime_error("not a range");
+    }
+    return range;
+}
+
+template <typename Number>
+std::vector<Number> axisFrom(const ParsedJson& json, const Range& bounds) {
+    std::vector<Number> axis;
+    for (const ParsedJson& element : json) {
+        axis.push_back(wholeNumber<Number>(element, bounds));
+    }
+    const auto wrong = std::adjacent_find(axis.begin(), axis.end(), std::greater_equal<>());
+    if (!json.is_array() || axis.empty() || wrong != axis.end()) {
+        throw std::runtime_error("not ascending numbers");
+    }
+    return axis;
+}
+
+} // namespace
+
+Settings settingsFromJson(const ParsedJson& json) {
+    Settings settings;
+    settings.channel = wholeNumber<int>(json.at("channel"), {0, 2147483647});
+    settings.frequencies = axisFrom<std::uint32_t>(json.at("frequencies_khz"), carrierBounds);
+    settings.temperatures = axisFrom<std::int32_t>(json.at("temperatures_c"), temperatureBounds);
+    settings.i = rangeFrom(json.at("i_range"), correctionBounds);
+    settings.q = rangeFrom(json.at("q_range"), correctionBounds);
+    settings.shrinkFactor = json.at("shrink_factor").get<double>();
+    settings.minDelta = wholeNumber<std::int32_t>(json.at("min_delta"), minDeltaBounds);
+    settings.maxIterations = wholeNumber<std::uint32_t>(json.at("max_iterations"), iterationBounds);
+    settings.settleTime = wholeNumber<std::uint32_t>(json.at("settle_time_ms"), settleTimeBounds);
+    const auto detector = json.at("detector").get<std::string>();
+    if (!isShrinkFactor(settings.shrinkFactor) || (detector != "low" && detector != "high") ||
+        settings.frequencies.size() * settings.temperatures.size() > maxPoints) {
+        throw std::runtime_error("not the settings of a calibration");
+    }
+    settings.useHighDetector = detector == "high";
+    return settings;
+}
+
+} // namespace Radio::Calibration

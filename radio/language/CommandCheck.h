@@ -1,0 +1,32 @@
+#ifndef RADIO_LANGUAGE_COMMANDCHECK_H
+#define RADIO_LANGUAGE_COMMANDCHECK_H
+
+#include "radio/board/Board.h"
+#include "radio/board/BoardNames.h"
+#include "radio/session/Command.h"
+
+namespace Radio {
+
+/** Holds commands against a board before anything is carried out. */
+class CommandCheck {
+public:
+    /** `board` must outlive the object. */
+    explicit CommandCheck(const Board& board) : m_board(board), m_names(board) {}
+
+    /**
+     * Throws WordError when `command` names a channel, driver, variable, table or interface that the board
+     * does not have, or a LO leakage that it does not model, gives a variable more values than it has places,
+     * or states a size for an array that it does not have.
+     */
+    void check(const Command& command) const;
+
+    const BoardNames& names() const { return m_names; }
+
+private:
+    const Board& m_board;
+    BoardNames m_names;
+};
+
+} // namespace Radio
+
+#endif

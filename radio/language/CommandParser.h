@@ -1,0 +1,20 @@
+#ifndef RADIO_LANGUAGE_COMMANDPARSER_H
+#define RADIO_LANGUAGE_COMMANDPARSER_H
+
+#include "radio/session/Command.h"
+
+#include <optional>
+#include <string_view>
+
+namespace Radio {
+
+/**
+ * The command on one line of a script, a pipe or the prompt; nothing for a line that is empty or a comment.
+ * Throws WordError for a line that makes no sense. Whether the names in it exist on a board is not asked
+ * here.
+ */
+std::optional<Command> parseCommand(std::string_view line);
+
+} // namespace Radio
+
+#endif

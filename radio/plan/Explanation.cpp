@@ -1,0 +1,124 @@
+#include "radio/plan/Explanation.h"
+
+#include "ResultCode.h"
+#include "radio/board/PlatformWords.h"
+#include "radio/plan/HardwareWords.h"
+#include "radio/plan/PlanSteps.h"
+#include "radio/plan/StepList.h"
+#include "radio/session/HardwareWrite.h"
+
+#include <algorithm>
+
+namespace Radio::Plan {
+
+namespace {
+
+/** What the steps expect in hardware, beside the corrections of the mixer. */
+HardwareWords expectedWords(const SpacingShift& shift, const PlanSteps& steps, const Parameters& parameters,
+                            std::int32_t chargePump) {
+    HardwareWords words;
+    if (const auto dspWord = shift.dspWord()) {
+        words[Word::dspOffset] = *dspWord;
+    }
+    if (steps.ifPll) {
+        words[Word::ifPll] = static_cast<std::int32_t>(*steps.ifPll);
+    }
+    words[Word::rfPll] = parameters.build.hasLoInHz
+                             ? static_cast<std::int64_t>(steps.rfPll)
+                             : static_cast<std::int32_t>(static_cast<std::uint32_t>(steps.rfPll));
+    words[Word::chargePump] = chargePump;
+    return words;
+}
+
+std::string wordOrNothing(const std::optional<std::int64_t>& word) {
+    return word ? std::to_string(*word) : "nothing";
+}
+
+/** In which words of the plan `written` is not as `expected`. */
+std::vector<std::string> differences(const HardwareWords& expected, const HardwareWords& written,
+                                     const WordSources& sources) {
+    std::vector<std::string> result;
+    for (const Word word : {Word::dspOffset, Word::ifPll, Word::rfPll, Word::chargePump, Word::carrier}) {
+        const std::string driver = sources.nameOf(word);
+        if (!driver.empty() && expected[word] != written[word]) {
+            result.push_back(driver + ": the steps give " + wordOrNothing(expected[word]) +
+                             ", the library wrote " + wordOrNothing(written[word]));
+        }
+    }
+    return result;
+}
+
+/** A board with an LO configuration driver has no use for the charge pump. */
+bool usesLoConfiguration(Standalone::Platform& platform, int channel, Direction direction) {
+    const auto* const driver = platform.drivers().find(driverPrefix(channel, direction) + "rf.lo.config");
+    constexpr unsigned needed = Standalone::wordContext | Standalone::wordWrite;
+    return driver != nullptr && (driver->missingWords() & needed) == 0;
+}
+
+/** Adds the steps of a microwave board, and what they expect in hardware. */
+HardwareWords explainMicrowaveBoard(Explanation& explanation, Standalone::Platform& platform,
+                                    const Parameters& parameters) {
+    const SpacingShift shift = spacingShiftOf(parameters);
+    StepList list(parameters, explanation.carrier);
+    explanation.variables = parameters.variables;
+    list.addSpacing(shift);
+    if (shift.isUnhandled || parameters.factor == 0) {
+        explanation.steps = list.take();
+        return {};
+    }
+    const PlanSteps steps = stepsFor(explanation.carrier, shift, parameters);
+    list.addSynthesisers(steps);
+    HardwareWords expected = expectedWords(shift, steps, parameters, 0);
+    const int channel = explanation.channel.number;
+    if (usesLoConfiguration(platform, channel, explanation.direction)) {
+        expected[Word::chargePump] = std::nullopt;
+    } else {
+        const CalibrationTable* const table =
+            chargePumpTable(platform.tables(), channel, explanation.direction);
+        expected[Word::chargePump] = list.addChargePump(table, steps.adjusted);
+    }
+    explanation.steps = list.take();
+    return expected;
+}
+
+} // namespace
+
+std::optional<std::int64_t> Explanation::error() const {
+    return produced ? std::optional(*produced - std::int64_t{carrier} * 1000) : std::nullopt;
+}
+
+Explanation explain(BootedRadio& booted, const ChannelDescription& channel, Direction direction,
+                    std::uint32_t carrier) {
+    Standalone::Platform& platform = booted.radio().platform();
+    Explanation explanation{channel, direction, carrier, {}, {}, {}, {}, {}, {}, {}};
+    WordSources sources(platform, channel, direction);
+    booted.forget();
+    sources.mark();
+    booted.radio().tune(direction, channel.number, carrier);
+
+    const HardwareWords written = sources.read();
+    for (const Standalone::Call& call : booted.writes()) {
+        explanation.writes.push_back({destination(call), call.value, call.code});
+    }
+    explanation.complaints = booted.complaints();
+    std::optional<ProducedCarrier> produced;
+    HardwareWords expected;
+    if (const auto build = buildOf(channel.type, direction)) {
+        const Parameters parameters = readParameters(platform.variables(), channel.number, direction, *build);
+        expected = explainMicrowaveBoard(explanation, platform, parameters);
+        produced = producedCarrier(written, parameters);
+        if (produced) {
+            explanation.production = productionSteps(written, *produced, parameters);
+        }
+    } else {
+        expected[Word::carrier] = static_cast<std::int32_t>(carrier);
+        produced = passedOnCarrier(written);
+    }
+    explanation.disagreements = differences(expected, written, sources);
+    if (produced) {
+        explanation.produced = produced->carrier;
+    }
+    return explanation;
+}
+
+} // namespace Radio::Plan

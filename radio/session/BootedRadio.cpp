@@ -1,0 +1,41 @@
+#include "radio/session/BootedRadio.h"
+
+#include "radio/session/HardwareWrite.h"
+
+namespace Radio {
+
+BootedRadio::BootedRadio(const Board& board) : m_radio(board, events()) {
+    m_radio.platform().calls().setRecording(false);
+    m_radio.platform().trace().setRecording(false);
+    m_radio.platform().trace().setThreshold(Standalone::TraceLevel::error);
+    m_isUp = m_radio.runPhase(Standalone::phaseModuleInit).succeeded() &&
+             m_radio.runPhase(Standalone::phaseStorageObjectsRetrieved).succeeded() &&
+             m_radio.runPhase(Standalone::phasePostFrameformatLoad).succeeded();
+}
+
+RadioEvents BootedRadio::events() {
+    RadioEvents events;
+    events.called = [this](const Standalone::Call& call) {
+        if (isWrite(call)) {
+            m_writes.push_back(call);
+        }
+    };
+    events.traced = [this](const Standalone::TraceMessage& message) {
+        if (message.level <= Standalone::TraceLevel::error) {
+            m_complaints.push_back(message.text);
+        }
+    };
+    events.notified = [](const Notification& /*notification*/) {};
+    return events;
+}
+
+void BootedRadio::forget() {
+    m_writes.clear();
+    m_complaints.clear();
+}
+
+void BootedRadio::stopNotingWrites() {
+    m_radio.platform().calls().setListener({});
+}
+
+} // namespace Radio

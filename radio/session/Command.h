@@ -1,0 +1,151 @@
+#ifndef RADIO_SESSION_COMMAND_H
+#define RADIO_SESSION_COMMAND_H
+
+#include "OrbiTrace.h"
+#include "radio/board/PlatformWords.h"
+#include "standalone/Platform.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+/** What one line of a script or of the prompt asks for. Frequencies are in kHz. */
+namespace Radio {
+
+struct Tune {
+    Direction direction;
+    int channel;
+    std::uint32_t frequency;
+};
+
+struct SetTemperature {
+    int degrees;
+};
+
+struct SetVariable {
+    std::string name;
+    std::vector<std::int32_t> values;
+};
+
+struct RunPhase {
+    Standalone::Phase phase;
+};
+
+struct InjectFault {
+    Standalone::Fault fault;
+};
+
+struct ClearFaults {
+    /** Nothing: all faults. */
+    std::optional<Standalone::Operation> operation;
+    std::string object;
+};
+
+struct SetPresence {
+    std::string name;
+    Standalone::Presence presence;
+};
+
+/** Subscribes to a frequency handler once more, in the way of a client written in C. */
+struct Observe {
+    Direction direction;
+    int channel;
+};
+
+struct SetTrace {
+    OrbiTraceLevel level;
+};
+
+struct Show {
+    enum class Kind : std::uint8_t { drivers, variables, observers, faults, interfaces, tables, leakage };
+    Kind kind;
+    /** What the names shown have in common, with the wildcards of a shell; empty for all. */
+    std::string pattern;
+};
+
+struct Help {
+    /** The command that the help is about; empty for the list of commands. */
+    std::string about;
+};
+
+struct Quit {};
+
+struct ExpectDriver {
+    std::string name;
+    std::int64_t value;
+};
+
+struct ExpectFrequency {
+    Direction direction;
+    int channel;
+    std::uint32_t frequency;
+};
+
+struct ExpectRau {
+    Direction direction;
+    int channel;
+    std::uint32_t frequency;
+};
+
+/** That the last command told the observers of a handler this frequency. */
+struct ExpectNotified {
+    Direction direction;
+    int channel;
+    std::uint32_t frequency;
+};
+
+struct ExpectResult {
+    enum class Kind : std::uint8_t { ok, failed, code };
+    Kind kind;
+    /** For Kind::code. */
+    std::int32_t code;
+};
+
+struct ExpectTrace {
+    std::string text;
+};
+
+struct ExpectNoTrace {
+    /** Empty: no trace message at all. */
+    std::string text;
+};
+
+/** That the modelled LO leakage of a channel is lower, with what its drivers have now. */
+struct ExpectLeakage {
+    int channel;
+    /** In dBc. */
+    double limit;
+};
+
+struct ExpectWriteCount {
+    std::size_t count;
+};
+
+struct ExpectWrites {
+    std::vector<std::pair<std::string, std::int64_t>> writes;
+};
+
+using Expectation = std::variant<ExpectDriver, ExpectFrequency, ExpectRau, ExpectNotified, ExpectResult,
+                                 ExpectTrace, ExpectNoTrace, ExpectWriteCount, ExpectWrites, ExpectLeakage>;
+
+/** What is done to the radio or asked of the program. */
+using Action = std::variant<Tune, SetTemperature, SetVariable, RunPhase, InjectFault, ClearFaults,
+                            SetPresence, Observe, SetTrace, Show, Help, Quit>;
+
+using Command = std::variant<Action, Expectation>;
+
+/** Makes one visitor of several lambdas. */
+template <typename... Lambdas>
+struct Visitor : Lambdas... {
+    using Lambdas::operator()...;
+};
+template <typename... Lambdas>
+Visitor(Lambdas...) -> Visitor<Lambdas...>;
+
+} // namespace Radio
+
+#endif

@@ -1,0 +1,48 @@
+#ifndef RADIO_SESSION_MODELCLOCK_H
+#define RADIO_SESSION_MODELCLOCK_H
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <utility>
+#include <vector>
+
+namespace Radio {
+
+/**
+ * The time in which modelled hardware lives. It goes on when the library sleeps, by as much as the library
+ * asked for; nobody waits, unless real time is asked for. There is one at a time: usleep() of this program
+ * finds it, and sleeps as usual when there is none.
+ */
+class ModelClock {
+public:
+    ModelClock();
+    ModelClock(const ModelClock&) = delete;
+    ModelClock& operator=(const ModelClock&) = delete;
+    ~ModelClock();
+
+    static ModelClock* current() { return s_current; }
+
+    /** Whether sleeping takes as long as it says, as long as `goOn` does not say otherwise. */
+    void setRealTime(bool realTime, std::function<bool()> goOn = {}) {
+        m_realTime = realTime;
+        m_goOn = std::move(goOn);
+    }
+    /** `elapsed` is called for each sleep, with its length in ms. */
+    void addListener(std::function<void(double)> elapsed) { m_listeners.push_back(std::move(elapsed)); }
+    /** Lets this time pass. */
+    void sleep(std::uint32_t microseconds);
+
+private:
+    void wait(std::chrono::microseconds time) const;
+
+    static ModelClock* s_current;
+
+    std::vector<std::function<void(double)>> m_listeners;
+    bool m_realTime = false;
+    std::function<bool()> m_goOn;
+};
+
+} // namespace Radio
+
+#endif

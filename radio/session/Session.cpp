@@ -1,0 +1,190 @@
+#include "radio/session/Session.h"
+
+#include "ResultCode.h"
+#include "radio/session/HardwareWrite.h"
+#include "radio/session/Judge.h"
+#include "radio/session/Listings.h"
+#include "radio/text/Words.h"
+
+#include <algorithm>
+
+namespace Radio {
+
+Session::Session(const Board& board, SessionListener& listener, OrbiTraceLevel shownTrace)
+    : m_listener(listener),
+      m_shownTrace(shownTrace),
+      m_expectedTrace(Standalone::TraceLevel::notice),
+      m_radio(board, events()) {
+    m_radio.platform().calls().setRecording(false);
+    m_radio.platform().trace().setRecording(false);
+    applyTraceLevels();
+}
+
+RadioEvents Session::events() {
+    RadioEvents events;
+    events.called = [this](const Standalone::Call& call) {
+        if (isWrite(call) && isSuccess(call.code)) {
+            m_last.writes.emplace_back(destination(call), call.value);
+        }
+        m_listener.called(call);
+    };
+    events.traced = [this](const Standalone::TraceMessage& message) {
+        if (message.level <= m_expectedTrace) {
+            m_last.traces.push_back(message.text);
+        }
+        if (message.level <= m_shownTrace) {
+            m_listener.traced(message);
+        }
+    };
+    events.notified = [this](const Notification& notification) {
+        m_last.notifications.push_back(notification);
+        m_listener.notified(notification);
+    };
+    return events;
+}
+
+void Session::applyTraceLevels() {
+    m_radio.platform().trace().setThreshold(std::max(m_shownTrace, m_expectedTrace));
+}
+
+void Session::boot() {
+    m_summary.booted = runPhase(Standalone::phaseModuleInit) &&
+                       runPhase(Standalone::phaseStorageObjectsRetrieved) &&
+                       runPhase(Standalone::phasePostFrameformatLoad);
+    m_last.code = m_summary.booted ? ResultOk : ResultFailed;
+    m_failureOpen = !m_summary.booted;
+    m_listener.booted(m_summary.booted);
+}
+
+bool Session::runPhase(Standalone::Phase phase) {
+    m_listener.phaseStarted(phase);
+    const Standalone::PhaseReport report = m_radio.runPhase(phase);
+    m_listener.phaseFinished(report);
+    return report.succeeded();
+}
+
+void Session::execute(const ScriptLine& line) {
+    if (const auto* const action = std::get_if<Action>(&line.command)) {
+        act(line, *action);
+    } else {
+        judge(line, std::get<Expectation>(line.command));
+    }
+}
+
+/** Whether `action` does something to the radio; after the others, expectations still speak of the last that
+ * did. */
+static bool concernsRadio(const Action& action) {
+    return !std::holds_alternative<Show>(action) && !std::holds_alternative<Help>(action) &&
+           !std::holds_alternative<Quit>(action);
+}
+
+void Session::act(const ScriptLine& line, const Action& action) {
+    const bool isForRadio = concernsRadio(action);
+    if (isForRadio) {
+        beginActing();
+        ++m_summary.commands;
+    }
+    m_listener.commandStarted(line);
+    const Outcome outcome = std::visit([this](const auto& command) { return carryOut(command); }, action);
+    if (isForRadio) {
+        m_last.code = outcome.code;
+        m_failureOpen = isFailure(outcome.code);
+    }
+    m_listener.commandFinished(outcome.code, outcome.note);
+}
+
+void Session::beginActing() {
+    settleUnexpectedFailure();
+    m_lastWasBoot = false;
+    m_last = {};
+}
+
+/** A failure that no expectation has asked for by now was not expected. */
+void Session::settleUnexpectedFailure() {
+    if (m_failureOpen && m_lastWasBoot) {
+        m_summary.bootAccepted = false;
+    } else if (m_failureOpen) {
+        ++m_summary.unexpectedFailures;
+    }
+    m_failureOpen = false;
+}
+
+void Session::judge(const ScriptLine& line, const Expectation& expectation) {
+    if (std::holds_alternative<ExpectResult>(expectation)) {
+        m_failureOpen = false;
+    }
+    const Judgement judgement = Radio::judge(expectation, m_radio, m_last);
+    ++(judgement.held ? m_summary.held : m_summary.failed);
+    m_listener.judged(line, judgement);
+}
+
+Summary Session::finish() {
+    settleUnexpectedFailure();
+    return m_summary;
+}
+
+Session::Outcome Session::carryOut(const Tune& command) {
+    return {m_radio.tune(command.direction, command.channel, command.frequency), ""};
+}
+
+Session::Outcome Session::carryOut(const SetTemperature& command) {
+    return {ResultOk, counted(m_radio.platform().temperature().set(command.degrees), "observer") + " told"};
+}
+
+Session::Outcome Session::carryOut(const SetVariable& command) {
+    m_radio.platform().variables().find(command.name)->set(command.values);
+    return {};
+}
+
+Session::Outcome Session::carryOut(const RunPhase& command) {
+    return {runPhase(command.phase) ? ResultOk : ResultFailed, ""};
+}
+
+Session::Outcome Session::carryOut(const InjectFault& command) {
+    m_radio.platform().calls().inject(command.fault);
+    return {};
+}
+
+Session::Outcome Session::carryOut(const ClearFaults& command) {
+    Standalone::Calls& calls = m_radio.platform().calls();
+    const std::size_t before = calls.faults().size();
+    if (command.operation.has_value()) {
+        calls.clear(*command.operation, command.object);
+    } else {
+        calls.clearAll();
+    }
+    return {ResultOk, counted(before - calls.faults().size(), "fault") + " cleared"};
+}
+
+Session::Outcome Session::carryOut(const SetPresence& command) {
+    m_radio.setPresence(command.name, command.presence);
+    return {};
+}
+
+Session::Outcome Session::carryOut(const Observe& command) {
+    return {m_radio.observeThroughC(command.direction, command.channel), ""};
+}
+
+Session::Outcome Session::carryOut(const SetTrace& command) {
+    m_shownTrace = command.level;
+    m_expectedTrace = command.level;
+    applyTraceLevels();
+    return {};
+}
+
+Session::Outcome Session::carryOut(const Show& command) {
+    m_listener.listed(makeListing(command, m_radio));
+    return {};
+}
+
+Session::Outcome Session::carryOut(const Help& command) {
+    m_listener.helpWanted(command.about);
+    return {};
+}
+
+Session::Outcome Session::carryOut(const Quit& /*command*/) {
+    m_over = true;
+    return {};
+}
+
+} // namespace Radio

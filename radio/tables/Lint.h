@@ -1,0 +1,27 @@
+#ifndef RADIO_TABLES_LINT_H
+#define RADIO_TABLES_LINT_H
+
+#include "radio/board/Board.h"
+#include "radio/board/BoardCheck.h"
+#include "radio/files/CsvFile.h"
+
+#include <vector>
+
+namespace Radio::Tables {
+
+/**
+ * Looks at the LO-cancellation tables of all channels of a board, wherever they come from. Findings are
+ * placed where the tables stand in the board, in the order of their lines, and behind them those about rows
+ * of CSV files. Throws InputError for a board without such tables.
+ */
+std::vector<Finding> lintBoard(const Board& board);
+
+/**
+ * Looks at a CSV file of LO-cancellation tables, with the columns "i" and "q" behind its two axes. Findings
+ * come in the order of their lines. Throws InputError for a file that is nothing of the kind.
+ */
+std::vector<Finding> lintCsv(const CsvFile& file);
+
+} // namespace Radio::Tables
+
+#endif

@@ -1,0 +1,45 @@
+#ifndef RADIO_TEXT_WORDS_H
+#define RADIO_TEXT_WORDS_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/** How texts and numbers are written for people. */
+namespace Radio {
+
+/** A result code as people write it, for example "0x8001". */
+std::string codeText(std::int32_t code);
+
+/** `text` with its control characters written as \x1b and so on, so that a terminal does not obey them. */
+std::string harmless(std::string_view text);
+
+/** `word` in quotation marks, cut when it is long and with nothing in it that a terminal would obey. */
+std::string inQuotes(std::string_view word);
+
+/** A number with so many decimals, for example "-71.2"; never "-0.0". */
+std::string inDecimals(double number, int places);
+/** The same with two. */
+std::string inTwoDecimals(double number);
+/** A level with its unit, for example "-71.24 dBc". */
+std::string levelText(double dBc);
+
+/** "1 channel", "2 channels". */
+std::string counted(std::uint64_t count, std::string_view noun);
+
+/** The items with `separator` between them. */
+template <typename Items>
+std::string joined(const Items& items, std::string_view separator) {
+    std::string text;
+    for (const auto& item : items) {
+        if (!text.empty()) {
+            text += separator;
+        }
+        text += item;
+    }
+    return text;
+}
+
+} // namespace Radio
+
+#endif

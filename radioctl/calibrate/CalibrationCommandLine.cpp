@@ -1,0 +1,196 @@
+#include "radioctl/calibrate/CalibrationCommandLine.h"
+
+#include "radio/board/CalibrationBounds.h"
+#include "radio/text/Frequency.h"
+#include "radio/text/Words.h"
+#include "radioctl/options/Values.h"
+#include "radioctl/report/ExitCode.h"
+#include "radioctl/report/JsonLine.h"
+#include "radioctl/report/Output.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+
+namespace Radio::Calibration {
+
+namespace {
+
+/** Has a carrier checked with the rest of the command line. */
+std::string whyNoCarrier(const std::string& word) {
+    const std::string wrong = whyNoFrequency(word);
+    if (!wrong.empty()) {
+        return wrong;
+    }
+    const std::int64_t frequency = parseFrequency(word, "");
+    return frequency >= carrierBounds.low && frequency <= carrierBounds.high
+               ? ""
+               : inQuotes(word) + ", expected from " + std::to_string(carrierBounds.low) + " to " +
+                     std::to_string(carrierBounds.high) + " kHz";
+}
+
+std::string whyNoShrinkFactor(const std::string& word) {
+    char* end = nullptr;
+    const double factor = std::strtod(word.c_str(), &end);
+    return end != word.c_str() && *end == '\0' && isShrinkFactor(factor)
+               ? ""
+               : inQuotes(word) + ", expected " + shrinkFactorText;
+}
+
+/** A serial number goes into files that others read. */
+std::string whyNoSerial(const std::string& word) {
+    constexpr std::size_t longest = 100;
+    const bool isPrintable = !word.empty() && word.size() <= longest && harmless(word) == word;
+    if (!isUtf8(word)) {
+        return inQuotes(word) + ", expected UTF-8";
+    }
+    return isPrintable ? "" : inQuotes(word) + ", expected 1 to 100 printable characters";
+}
+
+/** Takes a pair of ends; says what is wrong with them. */
+std::string takeRange(const std::vector<std::int64_t>& ends, const char* option,
+                      std::optional<Range>& range) {
+    if (ends.empty()) {
+        return {};
+    }
+    range = Range{ends[0], ends[1]};
+    return ends[0] < ends[1]
+               ? ""
+               : std::string(option) + ": " + std::to_string(ends[0]) + " and " + std::to_string(ends[1]) +
+                     ", expected the lowest value first and a higher one behind it";
+}
+
+} // namespace
+
+CalibrationCommandLine::CalibrationCommandLine(CommandLine::Command program)
+    : m_calibrate(program.command(
+          "calibrate",
+          "Search the corrections of the LO leakage over\nband and temperature, and store them")) {
+    m_calibrate.option("BOARD", m_options.board, "Board description (TOML)").required().named("FILE");
+    m_calibrate.option("--channel", m_options.wishes.channel, "The radio channel")
+        .required()
+        .named("N")
+        .within(0, std::numeric_limits<int>::max());
+    addSettings();
+    addFiles();
+    m_calibrate.flag("--resume", m_resumes, "Go on with the calibration in the journal");
+    m_calibrate.flag("--restart", m_restarts,
+                     "Begin anew, whatever the journal has; it is\nkept as a backup");
+    m_calibrate
+        .option("--offline", m_offline,
+                "Go through this journal again and measure\nnothing; only --min-delta and\n"
+                "--max-iterations may differ")
+        .named("JOURNAL");
+    m_calibrate.flag("--accept-edge", m_options.acceptsEdge,
+                     "Store also points whose search ended at the\nedge of a range");
+    m_calibrate.flag("--real-time", m_options.isRealTime, "Wait for each settle time");
+    m_calibrate.flag("-v,--verbose", m_options.isVerbose, "Show every point");
+    m_calibrate.json(m_options.json);
+}
+
+void CalibrationCommandLine::addSettings() {
+    CalibrationDescription& wishes = m_options.wishes;
+    m_calibrate.option("--band", m_band, "First and last carrier; otherwise those of\nthe board")
+        .named("F F")
+        .values(2)
+        .check(whyNoCarrier);
+    m_calibrate.option("--step", m_step, "Distance of two carriers").named("F").check(whyNoCarrier);
+    m_calibrate
+        .option("--temperatures", wishes.temperatures,
+                "Degrees Celsius with commas between them,\nsuch as -33,0,55")
+        .named("LIST")
+        .separatedBy(',')
+        .within(temperatureBounds.low, temperatureBounds.high);
+    m_calibrate.option("--i-range", m_iRange, "Where I is searched, in units of its driver")
+        .named("LOW HIGH")
+        .values(2)
+        .within(correctionBounds.low, correctionBounds.high);
+    m_calibrate.option("--q-range", m_qRange, "Where Q is searched")
+        .named("LOW HIGH")
+        .values(2)
+        .within(correctionBounds.low, correctionBounds.high);
+    m_calibrate.option("--shrink", wishes.shrinkFactor, "The part of a range that an iteration keeps")
+        .named("FACTOR")
+        .check(whyNoShrinkFactor);
+    m_calibrate.option("--min-delta", wishes.minDelta, "The range that is narrow enough")
+        .named("N")
+        .within(minDeltaBounds.low, minDeltaBounds.high);
+    m_calibrate.option("--max-iterations", wishes.maxIterations, "After how many iterations a search ends")
+        .named("N")
+        .within(iterationBounds.low, iterationBounds.high);
+    m_calibrate.option("--settle-time", wishes.settleTime, "From a correction to its reading")
+        .named("MS")
+        .within(settleTimeBounds.low, settleTimeBounds.high);
+    m_calibrate.option("--detector", m_detector, "low (also the only one) or high")
+        .named("RANGE")
+        .oneOf({"low", "high"});
+    m_calibrate.option("--serial", m_options.serial, "Serial number of the radio; otherwise the\nboard's")
+        .named("TEXT")
+        .check(whyNoSerial);
+}
+
+void CalibrationCommandLine::addFiles() {
+    m_calibrate
+        .option("--journal", m_options.journal,
+                "Where every probe is kept; otherwise\nBOARD.channel-N.journal beside the board")
+        .named("FILE");
+    m_calibrate
+        .option("--out", m_options.tables,
+                "Where the tables go; otherwise to the file\nfrom which the board takes them")
+        .named("FILE");
+    m_calibrate.option("--html", m_options.html, "Write a page with plots (needs gnuplot)").named("FILE");
+}
+
+std::string CalibrationCommandLine::takeOptions() {
+    CalibrationDescription& wishes = m_options.wishes;
+    if (!m_band.empty()) {
+        wishes.band = Range{parseFrequency(m_band[0], ""), parseFrequency(m_band[1], "")};
+        if (wishes.band->low > wishes.band->high) {
+            return "--band: " + m_band[0] + " and " + m_band[1] + ", expected the lowest carrier first";
+        }
+    }
+    if (!m_step.empty()) {
+        wishes.step = parseFrequency(m_step, "");
+    }
+    std::sort(wishes.temperatures.begin(), wishes.temperatures.end());
+    const auto twice = std::adjacent_find(wishes.temperatures.begin(), wishes.temperatures.end());
+    if (twice != wishes.temperatures.end()) {
+        return "--temperatures: " + std::to_string(*twice) +
+               " is there twice, expected each temperature once";
+    }
+    for (const std::string& wrong :
+         {takeRange(m_iRange, "--i-range", wishes.iRange), takeRange(m_qRange, "--q-range", wishes.qRange)}) {
+        if (!wrong.empty()) {
+            return wrong;
+        }
+    }
+    if (!m_detector.empty()) {
+        wishes.useHighDetector = m_detector == "high";
+    }
+    if (m_resumes + m_restarts + (m_offline.empty() ? 0 : 1) > 1) {
+        return "--resume, --restart and --offline exclude each other";
+    }
+    m_options.beginning = m_resumes ? Beginning::resume : m_restarts ? Beginning::restart : Beginning::fresh;
+    if (m_offline.empty()) {
+        return {};
+    }
+    m_options.beginning = Beginning::offline;
+    for (const char* const option :
+         {"--band", "--step", "--temperatures", "--i-range", "--q-range", "--shrink", "--settle-time",
+          "--detector", "--serial", "--journal", "--real-time"}) {
+        if (m_calibrate.has(option)) {
+            return std::string(option) + ": not together with --offline, whose journal says it";
+        }
+    }
+    m_options.journal = m_offline;
+    return {};
+}
+
+int CalibrationCommandLine::run(bool json) {
+    m_options.json |= json;
+    const std::string wrong = takeOptions();
+    return wrong.empty() ? runCalibration(m_options)
+                         : refuse(wrong, m_options.json, ExitCode::wrongCommandLine);
+}
+
+} // namespace Radio::Calibration

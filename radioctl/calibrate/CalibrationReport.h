@@ -1,0 +1,85 @@
+#ifndef RADIOCTL_CALIBRATE_CALIBRATIONREPORT_H
+#define RADIOCTL_CALIBRATE_CALIBRATIONREPORT_H
+
+#include "radio/board/Board.h"
+#include "radio/calibration/Calibration.h"
+#include "radio/calibration/Surface.h"
+
+#include <ostream>
+#include <string>
+
+namespace Radio::Calibration {
+
+/** How a calibration ended. */
+struct CalibrationEnd {
+    /** The points that it was to have. */
+    std::size_t wanted = 0;
+    /** Probes that were in the journal before, and those that were made. */
+    std::size_t knownProbes = 0;
+    std::uint64_t newProbes = 0;
+    double seconds = 0;
+    /** Where tables were to go; empty: nowhere. */
+    std::string wantedTables;
+    /** The tables that are stored, and what the old ones are called now; empty when there are none. */
+    std::string tables;
+    std::string backup;
+    /** The tables were there already, with the same content. */
+    bool isUnchanged = false;
+    /** Where the probes are, and the page if there is one. */
+    std::string journal;
+    std::string page;
+    /** What went wrong, if anything did; empty: nothing. */
+    std::string trouble;
+    /** The signal that came; 0 for none. */
+    int signal = 0;
+    int exitCode = 0;
+};
+
+/** Tells whoever runs the program how a calibration goes. */
+class CalibrationReport {
+public:
+    CalibrationReport() = default;
+    CalibrationReport(const CalibrationReport&) = delete;
+    CalibrationReport& operator=(const CalibrationReport&) = delete;
+    virtual ~CalibrationReport() = default;
+
+    virtual void begins(const Board& board, const Result& result, std::size_t knownProbes) = 0;
+    virtual void calibrated(const Point& point) = 0;
+    virtual void finished(const Result& result, const LeakageSummary& summary, const CalibrationEnd& end) = 0;
+};
+
+/** For people. */
+class CalibrationText final : public CalibrationReport {
+public:
+    /** `out` must outlive the object. `showsAll`: every point is shown, not only those with a remark. */
+    CalibrationText(std::ostream& out, bool showsAll) : m_out(out), m_showsAll(showsAll) {}
+
+    void begins(const Board& board, const Result& result, std::size_t knownProbes) override;
+    void calibrated(const Point& /*point*/) override {}
+    void finished(const Result& result, const LeakageSummary& summary, const CalibrationEnd& end) override;
+
+private:
+    void showPoints(const Result& result);
+    void showWorst(const LeakageSummary& summary);
+
+    std::ostream& m_out;
+    bool m_showsAll;
+};
+
+/** For programs: one JSON object for the beginning, each point and the end. */
+class CalibrationJson final : public CalibrationReport {
+public:
+    /** `out` must outlive the object. */
+    explicit CalibrationJson(std::ostream& out) : m_out(out) {}
+
+    void begins(const Board& board, const Result& result, std::size_t knownProbes) override;
+    void calibrated(const Point& point) override;
+    void finished(const Result& result, const LeakageSummary& summary, const CalibrationEnd& end) override;
+
+private:
+    std::ostream& m_out;
+};
+
+} // namespace Radio::Calibration
+
+#endif

@@ -1,0 +1,207 @@
+#include "radioctl/calibrate/page/CalibrationPage.h"
+
+#include "radio/calibration/Surface.h"
+#include "radio/tables/Median.h"
+#include "radio/text/Words.h"
+#include "radioctl/calibrate/page/CorrectionFigures.h"
+#include "radioctl/calibrate/page/LeakageFigures.h"
+#include "radioctl/calibrate/page/SearchFigures.h"
+#include "radioctl/calibrate/page/SearchPath.h"
+#include "radioctl/page/Html.h"
+
+#include <algorithm>
+#include <sstream>
+#include <utility>
+
+namespace Radio::Calibration {
+
+namespace {
+
+using namespace Page;
+
+/** More points than this are not listed at the top of the page. */
+constexpr std::size_t mostNamed = 20;
+/** More lines than this make a page that browsers are slow with. */
+constexpr std::size_t mostLines = 2000;
+
+std::string numberText(double number) {
+    std::ostringstream text;
+    text << number;
+    return text.str();
+}
+
+std::string placeText(std::uint32_t frequency, std::int32_t temperature) {
+    return std::to_string(frequency) + " kHz, " + std::to_string(temperature) + " °C";
+}
+
+std::string rangeText(const Range& range) {
+    return std::to_string(range.low) + " to " + std::to_string(range.high);
+}
+
+/** "5 from 17700000 to 18700000 kHz" */
+template <typename Number>
+std::string axisText(const std::vector<Number>& axis, const std::string& unit) {
+    const std::string last = std::to_string(axis.back()) + ' ' + unit;
+    return axis.size() == 1
+               ? last
+               : std::to_string(axis.size()) + " from " + std::to_string(axis.front()) + " to " + last;
+}
+
+void writeLine(std::ostream& out, const std::string& what, const std::string& value) {
+    out << "<tr><th>" << what << "</th>" << cell(value) << "</tr>\n";
+}
+
+std::string detectorText(const LeakageDescription& leakage, const Settings& settings) {
+    const DetectorDescription& detector =
+        settings.useHighDetector && leakage.highDetector ? *leakage.highDetector : leakage.detector;
+    const std::string range = settings.useHighDetector ? "high range"
+                              : leakage.highDetector   ? "low range"
+                                                       : "";
+    if (settings.useHighDetector && !leakage.highDetector) {
+        return "high range, which the board does not have";
+    }
+    return inHtml(detector.driver) + (range.empty() ? "" : ", " + range);
+}
+
+void writeParameters(std::ostream& out, const Board& board, const LeakageDescription& leakage,
+                     const Result& result) {
+    const Settings& settings = result.settings;
+    out << "<h2>How it was calibrated</h2>\n<table>\n";
+    writeLine(out, "board", inHtml(board.name) + " (" + inHtml(board.file.string()) + ")");
+    writeLine(out, "serial", inHtml(result.serial));
+    writeLine(out, "channel", std::to_string(settings.channel));
+    writeLine(out, "date", inHtml(result.date) + " (UTC)");
+    writeLine(out, "tool", "radioctl " + inHtml(result.version));
+    writeLine(out, "carriers", axisText(settings.frequencies, "kHz"));
+    writeLine(out, "temperatures", axisText(settings.temperatures, "°C"));
+    writeLine(out, "search range of I",
+              rangeText(settings.i) + " (units of " + inHtml(leakage.i.driver) + ")");
+    writeLine(out, "search range of Q",
+              rangeText(settings.q) + " (units of " + inHtml(leakage.q.driver) + ")");
+    writeLine(out, "shrink factor", numberText(settings.shrinkFactor));
+    writeLine(out, "a search ends",
+              "at a range of " + std::to_string(settings.minDelta) + " or less, or after " +
+                  counted(settings.maxIterations, "iteration"));
+    writeLine(out, "settle time", std::to_string(settings.settleTime) + " ms");
+    writeLine(out, "detector", detectorText(leakage, settings));
+    out << "</table>\n";
+}
+
+void writeWorst(std::ostream& out, const std::string& what, const std::optional<Worst>& worst) {
+    out << "<tr>" << cell(what);
+    if (worst) {
+        out << numberCell(inTwoDecimals(worst->level))
+            << cell(placeText(worst->frequency, worst->temperature));
+    } else {
+        out << numberCell("-") << cell("not every point has corrections");
+    }
+    out << "</tr>\n";
+}
+
+/** How many iterations the points took, and how many probes all of them. */
+void writeEffort(std::ostream& out, const Result& result) {
+    std::vector<double> iterations;
+    std::size_t probes = 0;
+    for (const Point& point : result.points) {
+        probes += point.probes.size();
+        if (point.state != PointState::failed) {
+            iterations.push_back(point.iterations);
+        }
+    }
+    if (!iterations.empty()) {
+        const double most = *std::max_element(iterations.begin(), iterations.end());
+        out << "Iterations of a search: median " << median(iterations) << ", at most " << most << ". ";
+    }
+    out << counted(probes, "probe") << " in total.";
+}
+
+void writeSummary(std::ostream& out, const LeakageSummary& summary, const Result& result) {
+    out << "<table>\n<tr><th>highest modelled leakage</th><th class=\"number\">dBc</th><th>where</th></tr>\n";
+    writeWorst(out, "before, at the points", summary.before);
+    writeWorst(out, "after, at the points", summary.after);
+    writeWorst(out, "after, also between the points", summary.between);
+    out << "</table>\n<p>" << counted(result.points.size(), "point") << ": " << summary.good << " good, "
+        << summary.edge << " at the edge of a search range, " << summary.failed << " failed. ";
+    writeEffort(out, result);
+    out << "</p>\n";
+}
+
+bool isBad(const Point* point) {
+    return point->state != PointState::good;
+}
+
+/** Names the points that a person should look at before the tables are used. */
+void writeWarnings(std::ostream& out, const std::vector<const Point*>& points) {
+    const auto bad = static_cast<std::size_t>(std::count_if(points.begin(), points.end(), isBad));
+    if (bad == 0) {
+        return;
+    }
+    out << "<div class=\"warning\">\n<p>Look at these points before the tables are used:</p>\n<ul>\n";
+    std::size_t named = 0;
+    for (const Point* point : points) {
+        if (isBad(point) && named < mostNamed) {
+            out << "<li>" << placeText(point->frequency, point->temperature) << ": " << toString(point->state)
+                << (point->remark.empty() ? "" : ", " + inHtml(point->remark)) << "</li>\n";
+            ++named;
+        }
+    }
+    if (bad > named) {
+        out << "<li>and " << bad - named << " more, in the table at the end</li>\n";
+    }
+    out << "</ul>\n</div>\n";
+}
+
+void writePoint(std::ostream& out, const Point& point) {
+    const bool isFailed = point.state == PointState::failed;
+    out << (point.state == PointState::good ? "<tr>" : "<tr class=\"bad\">")
+        << numberCell(std::to_string(point.frequency)) << numberCell(std::to_string(point.temperature))
+        << cell(std::string(toString(point.state))) << numberCell(isFailed ? "-" : std::to_string(point.i))
+        << numberCell(isFailed ? "-" : std::to_string(point.q)) << numberCell(inTwoDecimals(point.before))
+        << numberCell(isFailed ? "-" : inTwoDecimals(point.after))
+        << numberCell(std::to_string(point.iterations)) << cell(inHtml(point.remark)) << "</tr>\n";
+}
+
+void writePoints(std::ostream& out, std::vector<const Point*> points) {
+    out << "<h2>All points</h2>\n";
+    if (points.size() > mostLines) {
+        // Those that matter are not to be the ones that are left out.
+        std::stable_partition(points.begin(), points.end(), isBad);
+        out << "<p>Those that are not good, and some of the others: " << mostLines << " of " << points.size()
+            << ".</p>\n";
+        points.resize(mostLines);
+    }
+    out << "<table>\n<tr><th class=\"number\">kHz</th><th class=\"number\">°C</th><th>state</th>"
+           "<th class=\"number\">I</th><th class=\"number\">Q</th><th class=\"number\">before, dBc</th>"
+           "<th class=\"number\">after, dBc</th><th class=\"number\">iterations</th><th>remark</th></tr>\n";
+    for (const Point* point : points) {
+        writePoint(out, *point);
+    }
+    out << "</table>\n";
+}
+
+} // namespace
+
+void writePage(std::ostream& out, const Board& board, const LeakageDescription& leakage,
+               const Result& result) {
+    std::vector<const Point*> points;
+    for (const Point& point : result.points) {
+        points.push_back(&point);
+    }
+    writeBeginning(out, inHtml(board.name) + ": calibration of the LO leakage");
+    out << "<h1>Calibration of the LO leakage</h1>\n"
+        << "<p>" << inHtml(board.name) << ", serial " << inHtml(result.serial) << ", channel "
+        << result.settings.channel << ", " << inHtml(result.date) << "</p>\n";
+    writeSummary(out, summarise(result, leakage), result);
+    writeWarnings(out, points);
+    out << "<p class=\"note\">Leakage is that of the modelled transmitter, relative to its signal: the "
+           "lower, "
+           "the cleaner. Before, both corrections are 0.</p>\n";
+    writeParameters(out, board, leakage, result);
+    writeLeakageFigures(out, result, leakage);
+    writeSearchFigures(out, result, leakage);
+    writeCorrectionFigures(out, result);
+    writePoints(out, std::move(points));
+    writeEnd(out);
+}
+
+} // namespace Radio::Calibration

@@ -1,0 +1,21 @@
+#ifndef RADIOCTL_CALIBRATE_PAGE_CALIBRATIONPAGE_H
+#define RADIOCTL_CALIBRATE_PAGE_CALIBRATIONPAGE_H
+
+#include "radio/board/Board.h"
+#include "radio/calibration/Calibration.h"
+
+#include <ostream>
+
+namespace Radio::Calibration {
+
+/**
+ * Writes one HTML page with everything about a calibration in it: it opens from a file and asks nobody for
+ * anything. `leakage` is that of the channel that was calibrated. Throws InputError when the plots cannot be
+ * drawn.
+ */
+void writePage(std::ostream& out, const Board& board, const LeakageDescription& leakage,
+               const Result& result);
+
+} // namespace Radio::Calibration
+
+#endif

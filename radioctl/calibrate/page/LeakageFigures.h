@@ -1,0 +1,17 @@
+#ifndef RADIOCTL_CALIBRATE_PAGE_LEAKAGEFIGURES_H
+#define RADIOCTL_CALIBRATE_PAGE_LEAKAGEFIGURES_H
+
+#include "radio/calibration/Calibration.h"
+#include "radio/model/LeakageModel.h"
+
+#include <ostream>
+
+namespace Radio::Calibration {
+
+/** Writes the pictures of a page that show leakage over carrier and temperature, on one colour scale: before,
+ * after, and between the points. Throws InputError when they cannot be drawn. */
+void writeLeakageFigures(std::ostream& out, const Result& result, const LeakageDescription& leakage);
+
+} // namespace Radio::Calibration
+
+#endif

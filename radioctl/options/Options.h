@@ -1,0 +1,118 @@
+#ifndef RADIOCTL_OPTIONS_OPTIONS_H
+#define RADIOCTL_OPTIONS_OPTIONS_H
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+class Option;
+} // namespace CLI
+
+/**
+ * The command line as the program's verbs see it. The library that parses it is known to one source alone:
+ * its headers take a compiler longer than any verb does.
+ */
+namespace Radio::CommandLine {
+
+/** Says what is wrong with a value; empty: nothing. */
+using ValueCheck = std::function<std::string(const std::string& value)>;
+
+/** One option or argument. Refers to the command line that it belongs to, which must outlive it. */
+class Option {
+public:
+    explicit Option(CLI::Option& option) : m_option(&option) {}
+
+    /** Without it the command line is wrong. */
+    Option& required();
+    /** What its value is called in the help. */
+    Option& named(const char* value);
+    Option& check(const ValueCheck& check);
+    Option& within(std::int64_t low, std::int64_t high);
+    Option& oneOf(const std::vector<std::string>& words);
+    /** The help says what it is when it is not there. */
+    Option& showDefault();
+    /** So many values stand behind it. */
+    Option& values(int count);
+    /** It may be there more than once, each time with one value. */
+    Option& repeated();
+    /** Its values stand in one word with `separator` between them. */
+    Option& separatedBy(char separator);
+
+    bool isThere() const;
+
+private:
+    CLI::Option* m_option;
+};
+
+/** A command, and what can stand behind its name. Refers to the command line that it belongs to. */
+class Command {
+public:
+    explicit Command(CLI::App& app) : m_app(&app) {}
+
+    /** A command below this one. */
+    Command command(const char* name, const char* help);
+    /** One of the commands below has to be there. */
+    void requireCommand();
+
+    /**
+     * An option, or an argument when the name has no dashes. Its value goes to `value`, which must outlive
+     * the parsing: a string, a number of a kind below, or several of them.
+     */
+    template <typename Value>
+    Option option(const char* name, Value& value, const char* help);
+    Option flag(const char* name, bool& value, const char* help);
+    /** "--json", as all commands have it. */
+    Option json(bool& value);
+    /** Options of which there has to be exactly one. */
+    Command alternatives(const char* name, const char* help);
+
+    /** The command was called. */
+    bool isCalled() const;
+    /** The option, by one of its names, is there. */
+    bool has(const char* option) const;
+
+private:
+    CLI::App* m_app;
+};
+
+/** One of the things that the program can do. It adds itself to the command line when it is made. */
+class Verb {
+public:
+    Verb() = default;
+    Verb(const Verb&) = delete;
+    Verb& operator=(const Verb&) = delete;
+    virtual ~Verb() = default;
+
+    virtual bool isCalled() const = 0;
+    /** Does what was asked for; gives the exit code. `json`: also asked for in front of the verb. */
+    virtual int run(bool json) = 0;
+};
+
+/** The command line as a whole. */
+class Parser {
+public:
+    Parser(const char* help, const char* name, const char* version, const char* footer);
+    Parser(const Parser&) = delete;
+    Parser& operator=(const Parser&) = delete;
+    ~Parser();
+
+    /** What stands in front of the first command. */
+    Command top();
+    /**
+     * Takes the words behind the program's name. When there is nothing more to do, because help was asked for
+     * or something is wrong, people have been told; then false for something wrong, and true for the rest.
+     */
+    std::optional<bool> parse(std::vector<std::string> words);
+
+private:
+    std::unique_ptr<CLI::App> m_app;
+};
+
+} // namespace Radio::CommandLine
+
+#endif

@@ -1,0 +1,67 @@
+#include "radio/language/Completion.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace Radio {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class CompletionTest : public testing::Test {
+protected:
+    CompletionTest() {
+        m_board.channels = {{1, ::FrequencyHandler::RfModule, {}}};
+        m_board.drivers = {{"channel.1.tx.rf.frequency", 0, 0, {}}, {"channel.1.rx.rf.frequency", 0, 0, {}}};
+        m_board.variables = {{"Channel.Spacing", {28000}, false, {}}};
+    }
+
+    Completion at(const std::string& line) const { return complete(line, BoardNames(m_board)); }
+
+    Board m_board;
+};
+
+TEST_F(CompletionTest, CompletesCommands) {
+    EXPECT_THAT(at("t").candidates, ElementsAre("temperature", "trace", "tune"));
+    EXPECT_THAT(at("tu").candidates, ElementsAre("tune"));
+}
+
+TEST_F(CompletionTest, CompletesFixedWordsOfAUsage) {
+    EXPECT_THAT(at("tune ").candidates, ElementsAre("rx", "tx"));
+    EXPECT_THAT(at("tune tx 1 7442 M").candidates, ElementsAre("MHz"));
+    EXPECT_THAT(at("expect no ").candidates, ElementsAre("trace"));
+    EXPECT_THAT(at("expect leakage 1 ").candidates, ElementsAre("below"));
+    EXPECT_THAT(at("show l").candidates, ElementsAre("leakage"));
+}
+
+TEST_F(CompletionTest, CompletesNamesOfTheBoard) {
+    EXPECT_THAT(at("tune tx ").candidates, ElementsAre("1"));
+    EXPECT_THAT(at("expect driver channel.1.t").candidates, ElementsAre("channel.1.tx.rf.frequency"));
+    EXPECT_THAT(at("set ").candidates, ElementsAre("Channel.Spacing"));
+    EXPECT_THAT(at("interface ID").candidates, ElementsAre("IDriverLayer"));
+    EXPECT_THAT(at("expect writes channel.1.r").candidates, ElementsAre("channel.1.rx.rf.frequency="));
+}
+
+TEST_F(CompletionTest, CompletesOperationsAndTheirObjects) {
+    EXPECT_THAT(at("fault driver-w").candidates, ElementsAre("driver-write", "driver-write-buffer"));
+    EXPECT_THAT(at("clear a").candidates, ElementsAre("all"));
+    EXPECT_THAT(at("fault broker-lookup ").candidates, Contains("IFrequencyHandler_Tx_1"));
+}
+
+TEST_F(CompletionTest, KnowsWhatAllCandidatesBeginWith) {
+    const Completion completion = at("expect driver ch");
+    EXPECT_EQ(completion.typed, 2U);
+    EXPECT_EQ(completion.common, "channel.1.");
+}
+
+TEST_F(CompletionTest, OffersNothingWhereOnlyTheUserKnows) {
+    EXPECT_THAT(at("temperature ").candidates, IsEmpty());
+    EXPECT_THAT(at("expect leakage 1 below ").candidates, IsEmpty());
+    EXPECT_THAT(at("frob ").candidates, IsEmpty());
+    EXPECT_THAT(at("tune tx 1 7442 MHz ").candidates, IsEmpty());
+}
+
+} // namespace
+} // namespace Radio

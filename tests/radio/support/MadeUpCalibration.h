@@ -1,0 +1,71 @@
+#ifndef TESTS_RADIO_SUPPORT_MADEUPCALIBRATION_H
+#define TESTS_RADIO_SUPPORT_MADEUPCALIBRATION_H
+
+#include "radio/calibration/Calibration.h"
+#include "radio/model/LeakageModel.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Radio::Calibration {
+
+/**
+ * A transmitter of which 0.1 of the amplitude leaks, -20 dBc. A unit of I adds 0.001 to it, a unit of Q
+ * 0.001j: I = -100 and Q = 0 leave nothing, I = -90 leaves 0.01, which is -40 dBc. With a delay of 1 ns the
+ * leakage turns around once in a GHz from 18 GHz on.
+ */
+inline LeakageDescription madeUpLeakage(double delay = 0.0) {
+    LeakageDescription leakage;
+    leakage.channel = 1;
+    leakage.reference = 18000000;
+    LeakagePath path;
+    path.level = -20.0;
+    path.delay = delay;
+    leakage.paths = {path};
+    leakage.i = {"channel.1.tx.rf.mixer.i", 0.001, 1, -1000, 1000};
+    leakage.q = {"channel.1.tx.rf.mixer.q", 0.001, 1, -1000, 1000};
+    leakage.detector.driver = "channel.1.tx.rf.detector.v";
+    return leakage;
+}
+
+/** A point that was found, with I = `i` and Q = 0, after one iteration whose last probe had the result. */
+inline Point madeUpPoint(std::uint32_t frequency, std::int32_t temperature, std::int32_t i, double after) {
+    Point point;
+    point.frequency = frequency;
+    point.temperature = temperature;
+    point.state = PointState::good;
+    point.i = i;
+    point.iterations = 1;
+    point.before = -20.0;
+    point.after = after;
+    point.probes = {{-200, -200, 90}, {200, -200, 80}, {-200, 200, 70}, {i, 0, 10}};
+    return point;
+}
+
+inline void makeFail(Point& point) {
+    point.state = PointState::failed;
+    point.i = 0;
+    point.after = point.before;
+    point.remark = "the detector could not be read";
+}
+
+/** Each carrier at each temperature, with corrections that leave -40 dBc. */
+inline Result madeUpResult(const std::vector<std::uint32_t>& frequencies,
+                           const std::vector<std::int32_t>& temperatures) {
+    Result result;
+    result.serial = "SN-0042";
+    result.date = "2026-03-01T09:30:00Z";
+    result.version = "1.2.3";
+    result.settings = {1, frequencies, temperatures, {-200, 300}, {-250, 350}, 0.75, 2, 40, 7, false};
+    for (const std::int32_t temperature : temperatures) {
+        for (const std::uint32_t frequency : frequencies) {
+            result.points.push_back(madeUpPoint(frequency, temperature, -90, -40.0));
+        }
+    }
+    return result;
+}
+
+} // namespace Radio::Calibration
+
+#endif

@@ -1,0 +1,246 @@
+#include "radioctl/calibrate/page/CalibrationPage.h"
+
+#include "tests/radio/support/MadeUpCalibration.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <numeric>
+#include <regex>
+#include <sstream>
+#include <stdexcept>
+
+namespace Radio::Calibration {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+class CalibrationPage : public testing::Test {
+protected:
+    CalibrationPage() {
+        m_board.name = "Demonstration radio";
+        m_board.file = "demo.toml";
+    }
+
+    std::string page() const {
+        std::ostringstream out;
+        writePage(out, m_board, m_leakage, m_result);
+        return out.str();
+    }
+    /** The names of the pictures, in their order. */
+    static std::vector<std::string> picturesOf(const std::string& page) {
+        const std::regex picture("<svg role=\"img\" id=\"([^\"]*)\"");
+        std::vector<std::string> names;
+        for (std::sregex_iterator found(page.begin(), page.end(), picture), end; found != end; ++found) {
+            names.push_back((*found)[1]);
+        }
+        return names;
+    }
+    static bool isWellFormed(const std::string& page) {
+        std::string file = testing::TempDir() + "pageXXXXXX";
+        const int descriptor = mkstemp(file.data());
+        if (descriptor == -1) {
+            throw std::runtime_error("no temporary file");
+        }
+        close(descriptor);
+        std::ofstream(file) << page;
+        const int ending = std::system(("xmllint --noout " + file).c_str()); // NOLINT(cert-env33-c)
+        unlink(file.c_str());
+        return ending == 0;
+    }
+
+    Board m_board;
+    LeakageDescription m_leakage = madeUpLeakage();
+    Result m_result = madeUpResult({18000000u, 18100000u, 18200000u}, {-10, 30});
+};
+
+TEST_F(CalibrationPage, HasAllPictures) {
+    m_result.points[0].probes.insert(m_result.points[0].probes.begin(), 4, Probe{100, 100, 95});
+    EXPECT_THAT(picturesOf(page()), ElementsAre("before", "after", "between", "path", "path-end",
+                                                "convergence", "correction-I", "correction-Q"));
+}
+
+TEST_F(CalibrationPage, IsWellFormed) {
+    EXPECT_TRUE(isWellFormed(page()));
+}
+
+TEST_F(CalibrationPage, AsksNobodyForAnything) {
+    const std::string text = page();
+    EXPECT_THAT(text, Not(HasSubstr("src=")));
+    EXPECT_THAT(text, Not(HasSubstr("<script")));
+    EXPECT_THAT(text, Not(HasSubstr("<link")));
+    EXPECT_FALSE(std::regex_search(text, std::regex("(href=.|url\\()[^#'\"]")));
+}
+
+TEST_F(CalibrationPage, NamesTheRadioAndWhatWasAskedFor) {
+    const std::string text = page();
+    EXPECT_THAT(text, HasSubstr("<th>board</th><td>Demonstration radio (demo.toml)</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>serial</th><td>SN-0042</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>channel</th><td>1</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>date</th><td>2026-03-01T09:30:00Z (UTC)</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>tool</th><td>radioctl 1.2.3</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>carriers</th><td>3 from 18000000 to 18200000 kHz</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>temperatures</th><td>2 from -10 to 30 °C</td>"));
+    EXPECT_THAT(text, HasSubstr("<td>-200 to 300 (units of channel.1.tx.rf.mixer.i)</td>"));
+    EXPECT_THAT(text, HasSubstr("<td>-250 to 350 (units of channel.1.tx.rf.mixer.q)</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>shrink factor</th><td>0.75</td>"));
+    EXPECT_THAT(text, HasSubstr("<td>at a range of 2 or less, or after 40 iterations</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>settle time</th><td>7 ms</td>"));
+}
+
+TEST_F(CalibrationPage, NamesTheDetectorThatWasRead) {
+    EXPECT_THAT(page(), HasSubstr("<th>detector</th><td>channel.1.tx.rf.detector.v</td>"));
+    m_result.settings.useHighDetector = true;
+    EXPECT_THAT(page(), HasSubstr("<td>high range, which the board does not have</td>"));
+    m_leakage.highDetector.emplace().driver = "channel.1.tx.rf.detector.high.v.detect";
+    EXPECT_THAT(page(), HasSubstr("<td>channel.1.tx.rf.detector.high.v.detect, high range</td>"));
+    m_result.settings.useHighDetector = false;
+    EXPECT_THAT(page(), HasSubstr("<td>channel.1.tx.rf.detector.v, low range</td>"));
+}
+
+TEST_F(CalibrationPage, SaysWhatLeaksMostAndWhere) {
+    m_result.points[4].before = -18.5;
+    m_result.points[1].after = -39.0;
+    const std::string text = page();
+    EXPECT_THAT(text, HasSubstr("<td>before, at the points</td><td class=\"number\">-18.50</td>"
+                                "<td>18100000 kHz, 30 °C</td>"));
+    EXPECT_THAT(text, HasSubstr("<td>after, at the points</td><td class=\"number\">-39.00</td>"
+                                "<td>18100000 kHz, -10 °C</td>"));
+    EXPECT_THAT(text, HasSubstr("<td>after, also between the points</td><td class=\"number\">-40.00</td>"
+                                "<td>18000000 kHz, -10 °C</td>"));
+}
+
+TEST_F(CalibrationPage, CountsPointsIterationsAndProbes) {
+    m_result.points[0].iterations = 9;
+    m_result.points[1].iterations = 4;
+    m_result.points[2].state = PointState::edge;
+    makeFail(m_result.points[3]);
+    EXPECT_THAT(page(), HasSubstr("6 points: 4 good, 1 at the edge of a search range, 1 failed. "
+                                  "Iterations of a search: median 1, at most 9. 24 probes in total."));
+}
+
+TEST_F(CalibrationPage, ListsEachPoint) {
+    m_result.points[5].q = 12;
+    m_result.points[5].remark = "a hint";
+    EXPECT_THAT(page(), HasSubstr("<tr><td class=\"number\">18200000</td><td class=\"number\">30</td>"
+                                  "<td>good</td><td class=\"number\">-90</td><td class=\"number\">12</td>"
+                                  "<td class=\"number\">-20.00</td><td class=\"number\">-40.00</td>"
+                                  "<td class=\"number\">1</td><td>a hint</td></tr>"));
+}
+
+TEST_F(CalibrationPage, WarnsOfPointsThatAreNotGoodBeforeAnythingElseIsShown) {
+    m_result.points[1].state = PointState::edge;
+    m_result.points[1].remark = "I ended at the low edge of its range, -200";
+    makeFail(m_result.points[5]);
+    const std::string text = page();
+    const std::string top = text.substr(0, text.find("<h2>"));
+    EXPECT_THAT(top,
+                HasSubstr("<li>18100000 kHz, -10 °C: edge, I ended at the low edge of its range, -200</li>"
+                          "\n<li>18200000 kHz, 30 °C: failed, the detector could not be read</li>"));
+    EXPECT_THAT(text, HasSubstr("<tr class=\"bad\"><td class=\"number\">18200000</td>"
+                                "<td class=\"number\">30</td><td>failed</td><td class=\"number\">-</td>"));
+}
+
+TEST_F(CalibrationPage, WarnsOfNothingWhenAllPointsAreGood) {
+    EXPECT_THAT(page(), Not(HasSubstr("class=\"warning\"")));
+}
+
+TEST_F(CalibrationPage, NamesTwentyPointsAndCountsTheOthers) {
+    std::vector<std::uint32_t> frequencies(23);
+    std::iota(frequencies.begin(), frequencies.end(), 18000000u);
+    m_result = madeUpResult(frequencies, {25});
+    for (Point& point : m_result.points) {
+        makeFail(point);
+    }
+    EXPECT_THAT(page(), HasSubstr("<li>18000019 kHz, 25 °C: failed, the detector could not be read</li>\n"
+                                  "<li>and 3 more, in the table at the end</li>"));
+}
+
+TEST_F(CalibrationPage, TextsFromOutsideAreNoMarkup) {
+    const std::string nasty = "<b>&\"'\n!";
+    m_board.name = nasty;
+    m_board.file = nasty;
+    m_leakage.i.driver = nasty;
+    m_leakage.q.driver = nasty;
+    m_leakage.detector.driver = nasty;
+    m_result.serial = nasty;
+    m_result.date = nasty;
+    m_result.version = nasty;
+    m_result.points[0].remark = nasty;
+    const std::string text = page();
+    EXPECT_THAT(text, Not(HasSubstr("<b>")));
+    EXPECT_THAT(text, HasSubstr("<th>serial</th><td>&lt;b&gt;&amp;\"'?!</td>"));
+    EXPECT_TRUE(isWellFormed(text));
+}
+
+TEST_F(CalibrationPage, AHoleHasNothingBetween) {
+    makeFail(m_result.points[2]);
+    const std::string text = page();
+    EXPECT_THAT(picturesOf(text), Not(Contains("between")));
+    EXPECT_THAT(text, HasSubstr("<td>after, also between the points</td><td class=\"number\">-</td>"
+                                "<td>not every point has corrections</td>"));
+    EXPECT_TRUE(isWellFormed(text));
+}
+
+TEST_F(CalibrationPage, WithoutAnyCorrectionsOnlyTheHolesAreShown) {
+    for (Point& point : m_result.points) {
+        makeFail(point);
+    }
+    const std::string text = page();
+    EXPECT_THAT(picturesOf(text), ElementsAre("before", "after"));
+    EXPECT_TRUE(isWellFormed(text));
+}
+
+TEST_F(CalibrationPage, ShowsTheSearchAtThePointThatLeakedMost) {
+    m_result.points[4].before = -18.5;
+    EXPECT_THAT(page(), HasSubstr("leaked most without corrections: 18100000 kHz, 30 °C"));
+}
+
+TEST_F(CalibrationPage, WithoutProbesNoSearchIsShown) {
+    for (Point& point : m_result.points) {
+        point.probes.clear();
+    }
+    EXPECT_THAT(picturesOf(page()),
+                ElementsAre("before", "after", "between", "correction-I", "correction-Q"));
+}
+
+TEST_F(CalibrationPage, OnePointIsEnough) {
+    m_result = madeUpResult({18000000u}, {25});
+    const std::string text = page();
+    EXPECT_THAT(picturesOf(text), Contains("between"));
+    EXPECT_TRUE(isWellFormed(text));
+}
+
+TEST_F(CalibrationPage, ASearchInOneValueIsDrawn) {
+    m_result.settings.i = {-90, -90};
+    m_result.settings.q = {0, 0};
+    EXPECT_THAT(picturesOf(page()), Contains("path"));
+}
+
+TEST_F(CalibrationPage, WhatWasReachedIsShown) {
+    m_result.points.resize(2);
+    const std::string text = page();
+    EXPECT_THAT(text, HasSubstr("2 points: 2 good"));
+    EXPECT_THAT(picturesOf(text), Not(Contains("between")));
+}
+
+TEST_F(CalibrationPage, StaysOfASaneSizeWithThousandsOfPoints) {
+    std::vector<std::uint32_t> frequencies(300);
+    std::generate(frequencies.begin(), frequencies.end(), [at = 18000000u]() mutable { return at += 1000; });
+    std::vector<std::int32_t> temperatures(20);
+    std::iota(temperatures.begin(), temperatures.end(), 0);
+    m_result = madeUpResult(frequencies, temperatures);
+    makeFail(m_result.points.back());
+    const std::string text = page();
+    EXPECT_LT(text.size(), 2500000u);
+    EXPECT_THAT(text, HasSubstr("Those that are not good, and some of the others: 2000 of 6000."));
+    EXPECT_THAT(text, HasSubstr("<tr class=\"bad\"><td class=\"number\">18300000</td>"));
+}
+
+} // namespace
+} // namespace Radio::Calibration

@@ -1,0 +1,113 @@
+#include "radioctl/report/TextReporter.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace Radio {
+namespace {
+
+using Standalone::Call;
+using Standalone::Operation;
+
+class TextReporterTest : public testing::Test {
+protected:
+    std::string shownFor(const Call& call) {
+        TextReporter(m_out, {}).called(call);
+        return m_out.str();
+    }
+
+    std::string traceInColour(OrbiTraceLevel level) {
+        TextStyle style;
+        style.colour = true;
+        TextReporter(m_out, style).traced({"QVX.FH", level, "private/File.cpp", 7, "text", false});
+        return m_out.str();
+    }
+
+    static Call write(std::int64_t value, std::int32_t code) {
+        Call call{};
+        call.operation = Operation::driverWrite;
+        call.object = "driver";
+        call.value = value;
+        call.code = code;
+        return call;
+    }
+
+    std::ostringstream m_out;
+};
+
+TEST_F(TextReporterTest, NumbersValuesInTheOrderInWhichTheyReachHardware) {
+    TextReporter reporter(m_out, {});
+    reporter.called(write(7, 0));
+    reporter.called(write(8, 0x8001));
+    reporter.called(write(9, 0));
+    EXPECT_EQ(m_out.str(), "  1  driver <- 7\n  -  driver <- 8  FAILED 0x8001\n  2  driver <- 9\n");
+}
+
+TEST_F(TextReporterTest, ShowsASuccessCodeOtherThanZero) {
+    EXPECT_EQ(shownFor(write(7, 0x7FFF)), "  1  driver <- 7  (answered 0x7fff)\n");
+}
+
+TEST_F(TextReporterTest, ShowsTheSizeOfABufferWrite) {
+    Call call = write(7442000000000, 0);
+    call.operation = Operation::driverWriteBuffer;
+    call.bytes.resize(8);
+    EXPECT_EQ(shownFor(call), "  1  driver <- 7442000000000 (8 bytes)\n");
+}
+
+TEST_F(TextReporterTest, CommandsAreShownWithNothingThatATerminalObeys) {
+    TextReporter(m_out, {}).commandStarted({{}, "quit\t# \x1b[2J", Action(Quit{})});
+    EXPECT_EQ(m_out.str(), "\n> quit # \\x1b[2J\n");
+}
+
+TEST_F(TextReporterTest, HidesLookupsThatWentWell) {
+    Call call{};
+    call.operation = Operation::driverLookup;
+    call.object = "driver";
+    EXPECT_EQ(shownFor(call), "");
+    call.code = 0x8000;
+    EXPECT_EQ(shownFor(call), "     driver-lookup driver  FAILED 0x8000\n");
+}
+
+TEST_F(TextReporterTest, HidesLookupsOfWhatIsNotThere) {
+    Call call{};
+    call.object = "name";
+    call.code = 0x8001;
+    for (const Operation operation : {Operation::driverLookup, Operation::tableLookup, Operation::variableGet,
+                                      Operation::variableAddress, Operation::brokerLookup}) {
+        call.operation = operation;
+        EXPECT_EQ(shownFor(call), "");
+    }
+    call.operation = Operation::driverRead;
+    EXPECT_EQ(shownFor(call), "     driver-read name  FAILED 0x8001\n");
+}
+
+TEST_F(TextReporterTest, ColoursErrorsRed) {
+    EXPECT_EQ(traceInColour(Standalone::TraceLevel::error), "     \033[1;31merror: text\033[0m\n");
+}
+
+TEST_F(TextReporterTest, ColoursWarningsYellow) {
+    EXPECT_EQ(traceInColour(Standalone::TraceLevel::warning), "     \033[33mwarning: text\033[0m\n");
+}
+
+TEST_F(TextReporterTest, ColoursNoticesCyan) {
+    EXPECT_EQ(traceInColour(Standalone::TraceLevel::notice), "     \033[36mnotice: text\033[0m\n");
+}
+
+TEST_F(TextReporterTest, ShowsInformationFaintly) {
+    EXPECT_EQ(traceInColour(Standalone::TraceLevel::information), "     \033[2minformation: text\033[0m\n");
+}
+
+TEST_F(TextReporterTest, ListsLevelsWithTwoDecimals) {
+    TextReporter(m_out, {}).listed({"levels", {"level"}, {{-71.238}, {0.0}, {-0.004}, {-40.0}}});
+    EXPECT_EQ(m_out.str(), "     level\n     -71.24\n     0.00\n     0.00\n     -40.00\n");
+}
+
+TEST_F(TextReporterTest, JoinsNeighbouringChannels) {
+    EXPECT_EQ(numberList({1}), "1");
+    EXPECT_EQ(numberList({1, 2}), "1, 2");
+    EXPECT_EQ(numberList({1, 2, 3, 5, 7, 8, 9, 10}), "1 to 3, 5, 7 to 10");
+}
+
+} // namespace
+} // namespace Radio
