@@ -1,7 +1,6 @@
 #include "radio/board/BoardNames.h"
 
 #include "radio/text/Integer.h"
-#include "radio/text/Words.h"
 
 #include <algorithm>
 #include <iterator>
@@ -48,15 +47,6 @@ std::optional<Range> transmitBand(const Board& board, int channel) {
         }
     }
     return band;
-}
-
-std::string noSuchChannel(const Board& board, int number) {
-    std::vector<std::string> numbers;
-    for (const ChannelDescription& channel : board.channels) {
-        numbers.push_back(std::to_string(channel.number));
-    }
-    return "--channel: " + harmless(board.file.string()) + " has no channel " + std::to_string(number) +
-           "; it has: " + joined(numbers, ", ");
 }
 
 std::string channelName(std::string_view base, int channel) {

@@ -35,8 +35,6 @@ const ChannelDescription* findChannel(const Board& board, int number);
 const LeakageDescription* findLeakage(const Board& board, int channel);
 /** From the first to the last transmit carrier of the channel's rasters, in kHz; nothing without any. */
 std::optional<Range> transmitBand(const Board& board, int channel);
-/** Why the value of --channel cannot be taken, and which can. */
-std::string noSuchChannel(const Board& board, int number);
 /** `base`, followed by "_" and the channel unless it is 0. */
 std::string channelName(std::string_view base, int channel);
 /** The name under which a handler is published, for example "IFrequencyHandler_Tx_1". */

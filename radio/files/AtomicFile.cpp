@@ -171,6 +171,12 @@ std::filesystem::path moveToBackup(const std::filesystem::path& file) {
     });
 }
 
+void requireWritable(const fs::path& file) {
+    if (!file.empty()) {
+        const AtomicFile attempt(file);
+    }
+}
+
 bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& other) {
     namespace fs = std::filesystem;
     std::error_code error;

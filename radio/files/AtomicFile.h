@@ -51,6 +51,9 @@ std::filesystem::path keepBackup(const std::filesystem::path& file);
 /** The same, but the file is not there any more under its own name. Throws InputError. */
 std::filesystem::path moveToBackup(const std::filesystem::path& file);
 
+/** Throws InputError when nothing can be written to `file`; writes nothing. An empty name is good. */
+void requireWritable(const std::filesystem::path& file);
+
 /** True when both names mean one ordinary file, whether or not it exists yet. */
 bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& other);
 

@@ -2,10 +2,13 @@
 
 #include "ResultCode.h"
 #include "radio/board/PlatformWords.h"
+#include "radio/files/InputError.h"
 #include "radio/plan/CarrierCheck.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
+#include <utility>
 
 namespace Radio::Plan {
 
@@ -70,7 +73,7 @@ public:
           m_listeners(listeners),
           m_goOn(goOn) {}
 
-    AuditEnd audit(const AuditRow& row);
+    AuditEnd audit(const AuditRow& row, AuditResult& result);
 
 private:
     bool setChannelSpacing(std::int32_t spacing);
@@ -104,7 +107,7 @@ void Auditor::visit(WordSources& sources, const AuditRow& row, std::uint32_t car
     visit.complaints = m_booted.complaints();
 }
 
-AuditEnd Auditor::audit(const AuditRow& row) {
+AuditEnd Auditor::audit(const AuditRow& row, AuditResult& total) {
     if (row.channelSpacing && !setChannelSpacing(*row.channelSpacing)) {
         return AuditEnd::phaseFailed;
     }
@@ -138,6 +141,9 @@ AuditEnd Auditor::audit(const AuditRow& row) {
     for (AuditListener* const listener : m_listeners) {
         listener->rowAudited(rowResult);
     }
+    total.carriers += rowResult.carriers;
+    total.outside += rowResult.outside;
+    total.rows.push_back(std::move(rowResult));
     return goesOn ? AuditEnd::complete : AuditEnd::stopped;
 }
 
@@ -168,18 +174,31 @@ std::vector<AuditRow> rowsOf(const Board& board) {
     return rows;
 }
 
-AuditEnd auditBoard(BootedRadio& booted, const Board& board, const std::vector<AuditListener*>& listeners,
-                    const std::function<bool(std::uint64_t)>& goOn) {
+std::uint64_t carriersToAudit(const Board& board) {
+    std::uint64_t carriers = 0;
+    for (const AuditRow& row : rowsOf(board)) {
+        carriers += row.carriers.count;
+    }
+    if (carriers == 0) {
+        throw InputError({board.file.string(), 0}, "no carriers to audit; expected at least one [[raster]]");
+    }
+    return carriers;
+}
+
+AuditResult auditBoard(BootedRadio& booted, const Board& board, const std::vector<AuditListener*>& listeners,
+                       const std::function<bool(std::uint64_t)>& goOn) {
     booted.stopNotingWrites();
     Auditor auditor(booted, board, listeners, goOn);
-    AuditEnd end = AuditEnd::complete;
+    AuditResult result;
+    const auto start = std::chrono::steady_clock::now();
     for (const AuditRow& row : rowsOf(board)) {
-        end = auditor.audit(row);
-        if (end != AuditEnd::complete) {
+        result.end = auditor.audit(row, result);
+        if (result.end != AuditEnd::complete) {
             break;
         }
     }
-    return end;
+    result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return result;
 }
 
 } // namespace Radio::Plan

@@ -33,6 +33,8 @@ struct AuditRow {
  * channel spacings where they make a difference. In the order in which they are audited.
  */
 std::vector<AuditRow> rowsOf(const Board& board);
+/** How many carriers these rows have. Throws InputError for a board that has none to audit. */
+std::uint64_t carriersToAudit(const Board& board);
 
 /** What came of one carrier. */
 struct CarrierResult {
@@ -64,7 +66,8 @@ struct RowResult {
     std::vector<FindingGroup> groups;
 };
 
-/** Is told of the audit while it goes on. */
+/** Is told of the audit while it goes on, on the thread of the audit; what it is given is valid during the
+ * call. */
 class AuditListener {
 public:
     AuditListener() = default;
@@ -83,13 +86,26 @@ enum class AuditEnd : std::uint8_t {
     phaseFailed, ///< a channel did not take a channel spacing
 };
 
+/** What an audit came to. */
+struct AuditResult {
+    AuditEnd end = AuditEnd::complete;
+    /** Those that were begun; the last one is not whole when the audit was stopped. */
+    std::vector<RowResult> rows;
+    /** Carriers audited, and those of them with findings. */
+    std::uint64_t carriers = 0;
+    std::uint64_t outside = 0;
+    /** How long it took. */
+    double seconds = 0;
+};
+
 /**
  * Tunes every carrier of every row, the one after it and the carrier again, and looks at the words.
- * `booted` is up; no write of it is noted from then on. `goOn` is asked from time to time, with the number of
- * carriers done, whether to.
+ * `booted` is a radio of `board` that is up; no write of it is noted from then on, and its carriers and
+ * channel spacing are left as the last row had them. `goOn` is asked after every 1024 carriers, with the
+ * number of those done, whether to.
  */
-AuditEnd auditBoard(BootedRadio& booted, const Board& board, const std::vector<AuditListener*>& listeners,
-                    const std::function<bool(std::uint64_t)>& goOn);
+AuditResult auditBoard(BootedRadio& booted, const Board& board, const std::vector<AuditListener*>& listeners,
+                       const std::function<bool(std::uint64_t)>& goOn);
 
 } // namespace Radio::Plan
 

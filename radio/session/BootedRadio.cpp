@@ -1,16 +1,28 @@
 #include "radio/session/BootedRadio.h"
 
 #include "radio/session/HardwareWrite.h"
+#include "radio/text/Words.h"
 
 namespace Radio {
 
-BootedRadio::BootedRadio(const Board& board) : m_radio(board, events()) {
+BootedRadio::BootedRadio(const Board& board) : m_board(board.file.string()), m_radio(board, events()) {
     m_radio.platform().calls().setRecording(false);
     m_radio.platform().trace().setRecording(false);
     m_radio.platform().trace().setThreshold(Standalone::TraceLevel::error);
     m_isUp = m_radio.runPhase(Standalone::phaseModuleInit).succeeded() &&
              m_radio.runPhase(Standalone::phaseStorageObjectsRetrieved).succeeded() &&
              m_radio.runPhase(Standalone::phasePostFrameformatLoad).succeeded();
+}
+
+void BootedRadio::requireUp() const {
+    if (!m_isUp) {
+        fail("the radio did not boot");
+    }
+}
+
+void BootedRadio::fail(const std::string& what) const {
+    throw RadioError(harmless(m_board) + ": " + what +
+                     (m_complaints.empty() ? "" : ": " + m_complaints.front()));
 }
 
 RadioEvents BootedRadio::events() {

@@ -4,13 +4,25 @@
 #include "radio/board/Board.h"
 #include "radio/session/RadioUnit.h"
 
-#include <cstddef>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace Radio {
 
-/** A radio that went through its start-up, with what it wrote and complained of since the last forget(). */
+/**
+ * A radio that did not come up, or did not take what it was told. The message names the board and, if there
+ * was one, the first thing that the radio complained of.
+ */
+class RadioError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/**
+ * A radio that went through its start-up, with what it wrote and complained of since the last forget(). What
+ * engines work on. One at a time in a process, and all of it on one thread.
+ */
 class BootedRadio {
 public:
     /** Boots the board. `board` must outlive the object. */
@@ -18,6 +30,11 @@ public:
 
     /** False when a start-up phase failed; complaints() may say why. */
     bool isUp() const { return m_isUp; }
+    /** Throws RadioError unless it is. */
+    void requireUp() const;
+    /** Throws RadioError with `what` and the first of the complaints. */
+    [[noreturn]] void fail(const std::string& what) const;
+
     RadioUnit& radio() { return m_radio; }
 
     /** Writes to hardware, in order, successful or not. */
@@ -32,6 +49,7 @@ public:
 private:
     RadioEvents events();
 
+    std::string m_board;
     std::vector<Standalone::Call> m_writes;
     std::vector<std::string> m_complaints;
     RadioUnit m_radio;

@@ -148,6 +148,15 @@ bool Difference::isThere() const {
                        [](const ChannelDifference& channel) { return channel.moved() != 0; });
 }
 
+const Board* modelOf(const std::optional<Board>& named, const Source& before, const Source& after) {
+    for (const std::optional<Board>* const board : {&named, &after.board, &before.board}) {
+        if (board->has_value()) {
+            return &**board;
+        }
+    }
+    return nullptr;
+}
+
 Difference compare(const Source& before, const Source& after, const Board* model,
                    std::optional<int> channel) {
     requireOneChannel(before, after, channel);

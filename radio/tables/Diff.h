@@ -50,6 +50,10 @@ struct Difference {
     bool isThere() const;
 };
 
+/** The board that describes the leakage: `named` if there is one, else `after`, else `before`; null when none
+ * does. */
+const Board* modelOf(const std::optional<Board>& named, const Source& before, const Source& after);
+
 /**
  * Compares the tables of `before` and `after`, of all channels that both have or only of `channel`. Leakage
  * is modelled as `model` describes it; null: not at all. A file that does not say its channel goes with any

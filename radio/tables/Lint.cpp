@@ -1,5 +1,6 @@
 #include "radio/tables/Lint.h"
 
+#include "radio/board/BoardFile.h"
 #include "radio/board/BoardNames.h"
 #include "radio/board/TableFile.h"
 #include "radio/files/InputError.h"
@@ -273,6 +274,10 @@ Findings lintCsv(const CsvFile& file) {
     }
     sortByLine(findings);
     return findings;
+}
+
+std::vector<Finding> lintFile(const std::filesystem::path& file) {
+    return isBoardFile(file) ? lintBoard(loadBoard(file)) : lintCsv(CsvFile(file, "a calibration table"));
 }
 
 } // namespace Radio::Tables

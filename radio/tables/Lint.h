@@ -22,6 +22,9 @@ std::vector<Finding> lintBoard(const Board& board);
  */
 std::vector<Finding> lintCsv(const CsvFile& file);
 
+/** One of the two, by the name of the file. */
+std::vector<Finding> lintFile(const std::filesystem::path& file);
+
 } // namespace Radio::Tables
 
 #endif

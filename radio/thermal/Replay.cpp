@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdlib>
+#include <utility>
 
 namespace Radio::Thermal {
 
@@ -93,6 +95,150 @@ std::uint64_t sum(const std::vector<DriverTotals>& drivers, Count DriverTotals::
     return total;
 }
 
+/** Plays one log. */
+class Player {
+public:
+    /** Tunes the channels. What is borrowed must outlive the object; `booted` is up. */
+    Player(BootedRadio& booted, const Board& board, const Carriers& carriers,
+           const std::vector<ReplayListener*>& listeners);
+
+    /** False when `goOn` said no. */
+    bool play(const ThermalLog& log, const std::function<bool(std::uint64_t)>& goOn);
+
+    ReplayTotals takeTotals() { return std::move(m_totals); }
+
+private:
+    /** One channel at work. */
+    struct Transmitter {
+        const TransmitterDescription* description = nullptr;
+        Moment moment;
+    };
+
+    void watch(const Board& board, const ChannelDescription& channel);
+    void tune(const Carriers& carriers);
+    void tell(const Sample& sample);
+    void note(const Standalone::Call& call, const Sample& sample);
+    void noteComplaints();
+
+    BootedRadio& m_booted;
+    const std::vector<ReplayListener*>& m_listeners;
+    /** The channel, as its place in the totals, and the correction that a driver is for. */
+    std::map<std::string, std::pair<std::size_t, Correction>, std::less<>> m_watched;
+    /** For each channel of the totals. */
+    std::vector<Transmitter> m_transmitters;
+    ReplayTotals m_totals;
+};
+
+Player::Player(BootedRadio& booted, const Board& board, const Carriers& carriers,
+               const std::vector<ReplayListener*>& listeners)
+    : m_booted(booted),
+      m_listeners(listeners) {
+    for (const ChannelDescription& channel : board.channels) {
+        if (channel.iqCompensation) {
+            watch(board, channel);
+        }
+    }
+    tune(carriers);
+}
+
+void Player::watch(const Board& board, const ChannelDescription& channel) {
+    const std::size_t index = m_totals.channels.size();
+    const std::string prefix = "channel." + std::to_string(channel.number) + ".";
+    for (const DriverName& driver : driverNames) {
+        m_watched.emplace(prefix + std::string(driver.name), std::pair(index, driver.correction));
+    }
+    m_totals.channels.emplace_back().channel = channel.number;
+    const auto described = std::find_if(
+        board.transmitters.begin(), board.transmitters.end(),
+        [&](const TransmitterDescription& candidate) { return candidate.channel == channel.number; });
+    m_transmitters.emplace_back().description = described == board.transmitters.end() ? nullptr : &*described;
+}
+
+void Player::tune(const Carriers& carriers) {
+    m_booted.forget();
+    for (ChannelTotals& channel : m_totals.channels) {
+        const auto carrier = carriers.find(channel.channel);
+        if (carrier != carriers.end()) {
+            m_booted.radio().tune(Direction::tx, channel.channel, carrier->second);
+            channel.carrier = carrier->second;
+        }
+    }
+    noteComplaints();
+}
+
+bool Player::play(const ThermalLog& log, const std::function<bool(std::uint64_t)>& goOn) {
+    for (const Sample& sample : log) {
+        if (m_totals.samples % samplesPerQuestion == 0 && !goOn(m_totals.samples)) {
+            return false;
+        }
+        ++m_totals.samples;
+        tell(sample);
+    }
+    return true;
+}
+
+void Player::tell(const Sample& sample) {
+    Standalone::TemperatureService& service = m_booted.radio().platform().temperature();
+    if (service.temperature() == sample.degrees) {
+        return; // the platform tells changes only, and nothing else happens
+    }
+    m_booted.forget();
+    for (Transmitter& transmitter : m_transmitters) {
+        transmitter.moment.seconds = sample.seconds;
+        transmitter.moment.degrees = sample.degrees;
+        transmitter.moment.writes.clear();
+    }
+    service.set(sample.degrees);
+    ++m_totals.notifications;
+    for (const Standalone::Call& call : m_booted.writes()) {
+        note(call, sample);
+    }
+    noteComplaints();
+    for (std::size_t index = 0; index < m_transmitters.size(); ++index) {
+        Moment& moment = m_transmitters[index].moment;
+        ChannelTotals& channel = m_totals.channels[index];
+        if (const TransmitterDescription* const description = m_transmitters[index].description) {
+            moment.figures = {cleanlinessOf(*description, sample.degrees, {}),
+                              cleanlinessOf(*description, sample.degrees, moment.words)};
+            raise(channel.worst, moment);
+        }
+        for (ReplayListener* const listener : m_listeners) {
+            listener->told(channel, moment);
+        }
+    }
+}
+
+void Player::note(const Standalone::Call& call, const Sample& sample) {
+    const auto watched = m_watched.find(call.object);
+    if (watched == m_watched.end() || isFailure(call.code)) {
+        return;
+    }
+    const auto& [index, correction] = watched->second;
+    const auto value = static_cast<std::int32_t>(call.value);
+    DriverTotals& totals = totalsOf(m_totals.channels[index].drivers, call.object, correction);
+    ++totals.writes;
+    std::optional<std::int64_t> step;
+    if (totals.value) {
+        step = std::int64_t{value} - *totals.value;
+        totals.unchanged += *step == 0 ? 1 : 0;
+        if (!totals.largestStep || std::abs(*step) > std::abs(totals.largestStep->size)) {
+            totals.largestStep = {*step, sample.seconds, sample.degrees};
+        }
+    }
+    totals.value = value;
+    Moment& moment = m_transmitters[index].moment;
+    moment.writes.push_back({correction, watched->first, value, step});
+    setWord(moment.words, correction, value);
+}
+
+void Player::noteComplaints() {
+    const std::vector<std::string>& complaints = m_booted.complaints();
+    if (m_totals.complaints == 0 && !complaints.empty()) {
+        m_totals.firstComplaint = complaints.front();
+    }
+    m_totals.complaints += complaints.size();
+}
+
 } // namespace
 
 std::string_view toString(Correction correction) {
@@ -125,114 +271,32 @@ Carriers rasterCarriers(const Board& board) {
     return carriers;
 }
 
-Replay::Replay(BootedRadio& booted, const Board& board, const Carriers& carriers,
-               std::vector<ReplayListener*> listeners)
-    : m_booted(booted),
-      m_listeners(std::move(listeners)) {
+std::vector<int> compensatedChannels(const Board& board) {
+    std::vector<int> channels;
     for (const ChannelDescription& channel : board.channels) {
         if (channel.iqCompensation) {
-            watch(board, channel);
+            channels.push_back(channel.number);
         }
     }
-    tune(carriers);
+    if (channels.empty()) {
+        throw InputError(
+            {board.file.string(), 0},
+            "nothing to replay; expected \"iq_compensation = true\" in at least one [[channel]]");
+    }
+    return channels;
 }
 
-void Replay::watch(const Board& board, const ChannelDescription& channel) {
-    const std::size_t index = m_totals.channels.size();
-    const std::string prefix = "channel." + std::to_string(channel.number) + ".";
-    for (const DriverName& driver : driverNames) {
-        m_watched.emplace(prefix + std::string(driver.name), std::pair(index, driver.correction));
-    }
-    m_totals.channels.emplace_back().channel = channel.number;
-    const auto described = std::find_if(
-        board.transmitters.begin(), board.transmitters.end(),
-        [&](const TransmitterDescription& candidate) { return candidate.channel == channel.number; });
-    m_transmitters.emplace_back().description = described == board.transmitters.end() ? nullptr : &*described;
-}
-
-void Replay::tune(const Carriers& carriers) {
-    m_booted.forget();
-    for (ChannelTotals& channel : m_totals.channels) {
-        const auto carrier = carriers.find(channel.channel);
-        if (carrier != carriers.end()) {
-            m_booted.radio().tune(Direction::tx, channel.channel, carrier->second);
-            channel.carrier = carrier->second;
-        }
-    }
-    noteComplaints();
-}
-
-bool Replay::play(const ThermalLog& log, const std::function<bool(std::uint64_t)>& goOn) {
-    for (const Sample& sample : log) {
-        if (m_totals.samples % samplesPerQuestion == 0 && !goOn(m_totals.samples)) {
-            return false;
-        }
-        ++m_totals.samples;
-        tell(sample);
-    }
-    return true;
-}
-
-void Replay::tell(const Sample& sample) {
-    Standalone::TemperatureService& service = m_booted.radio().platform().temperature();
-    if (service.temperature() == sample.degrees) {
-        return; // the platform tells changes only, and nothing else happens
-    }
-    m_booted.forget();
-    for (Transmitter& transmitter : m_transmitters) {
-        transmitter.moment.seconds = sample.seconds;
-        transmitter.moment.degrees = sample.degrees;
-        transmitter.moment.writes.clear();
-    }
-    service.set(sample.degrees);
-    ++m_totals.notifications;
-    for (const Standalone::Call& call : m_booted.writes()) {
-        note(call, sample);
-    }
-    noteComplaints();
-    for (std::size_t index = 0; index < m_transmitters.size(); ++index) {
-        Moment& moment = m_transmitters[index].moment;
-        ChannelTotals& channel = m_totals.channels[index];
-        if (const TransmitterDescription* const description = m_transmitters[index].description) {
-            moment.figures = {cleanlinessOf(*description, sample.degrees, {}),
-                              cleanlinessOf(*description, sample.degrees, moment.words)};
-            raise(channel.worst, moment);
-        }
-        for (ReplayListener* const listener : m_listeners) {
-            listener->told(channel, moment);
-        }
-    }
-}
-
-void Replay::note(const Standalone::Call& call, const Sample& sample) {
-    const auto watched = m_watched.find(call.object);
-    if (watched == m_watched.end() || isFailure(call.code)) {
-        return;
-    }
-    const auto& [index, correction] = watched->second;
-    const auto value = static_cast<std::int32_t>(call.value);
-    DriverTotals& totals = totalsOf(m_totals.channels[index].drivers, call.object, correction);
-    ++totals.writes;
-    std::optional<std::int64_t> step;
-    if (totals.value) {
-        step = std::int64_t{value} - *totals.value;
-        totals.unchanged += *step == 0 ? 1 : 0;
-        if (!totals.largestStep || std::abs(*step) > std::abs(totals.largestStep->size)) {
-            totals.largestStep = {*step, sample.seconds, sample.degrees};
-        }
-    }
-    totals.value = value;
-    Moment& moment = m_transmitters[index].moment;
-    moment.writes.push_back({correction, watched->first, value, step});
-    setWord(moment.words, correction, value);
-}
-
-void Replay::noteComplaints() {
-    const std::vector<std::string>& complaints = m_booted.complaints();
-    if (m_totals.complaints == 0 && !complaints.empty()) {
-        m_totals.firstComplaint = complaints.front();
-    }
-    m_totals.complaints += complaints.size();
+ReplayResult replay(BootedRadio& booted, const Board& board, const ThermalLog& log, Carriers carriers,
+                    const std::vector<ReplayListener*>& listeners,
+                    const std::function<bool(std::uint64_t)>& goOn) {
+    carriers.merge(rasterCarriers(board));
+    ReplayResult result;
+    const auto start = std::chrono::steady_clock::now();
+    Player player(booted, board, carriers, listeners);
+    result.isComplete = player.play(log, goOn);
+    result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    result.totals = player.takeTotals();
+    return result;
 }
 
 } // namespace Radio::Thermal

@@ -13,7 +13,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace Radio::Thermal {
@@ -34,7 +33,7 @@ struct Figures {
 /** One value that reached a driver. */
 struct Write {
     Correction correction;
-    /** The driver's name; lives as long as the replay. */
+    /** The driver's name; valid while the replay goes on. */
     std::string_view driver;
     std::int32_t value;
     /** From the value before it; nothing for the first one. */
@@ -110,7 +109,7 @@ struct ReplayTotals {
     std::string firstComplaint;
 };
 
-/** Is told of a replay while it goes on. */
+/** Is told of a replay while it goes on, on its thread; what it is given is valid during the call. */
 class ReplayListener {
 public:
     ReplayListener() = default;
@@ -128,42 +127,27 @@ using Carriers = std::map<int, std::uint32_t>;
 /** The first transmit carrier of the first raster of each channel that has one. */
 Carriers rasterCarriers(const Board& board);
 
-/** Plays a temperature log to a booted radio, and watches the channels that have the IQ compensation. */
-class Replay {
-public:
-    /** Tunes the channels. What is borrowed must outlive the object; `booted` is up. */
-    Replay(BootedRadio& booted, const Board& board, const Carriers& carriers,
-           std::vector<ReplayListener*> listeners);
-
-    /**
-     * Plays the whole log. `goOn` is asked from time to time, with the number of samples done, whether to go
-     * on. False when it said no.
-     */
-    bool play(const ThermalLog& log, const std::function<bool(std::uint64_t)>& goOn);
-
-    const ReplayTotals& totals() const { return m_totals; }
-
-private:
-    /** One channel at work. */
-    struct Transmitter {
-        const TransmitterDescription* description = nullptr;
-        Moment moment;
-    };
-
-    void watch(const Board& board, const ChannelDescription& channel);
-    void tune(const Carriers& carriers);
-    void tell(const Sample& sample);
-    void note(const Standalone::Call& call, const Sample& sample);
-    void noteComplaints();
-
-    BootedRadio& m_booted;
-    std::vector<ReplayListener*> m_listeners;
-    /** The channel, as its place in the totals, and the correction that a driver is for. */
-    std::map<std::string, std::pair<std::size_t, Correction>, std::less<>> m_watched;
-    /** For each channel of the totals. */
-    std::vector<Transmitter> m_transmitters;
-    ReplayTotals m_totals;
+/** What a replay came to. */
+struct ReplayResult {
+    ReplayTotals totals;
+    /** All of the log was played. */
+    bool isComplete = false;
+    /** How long it took. */
+    double seconds = 0;
 };
+
+/** The channels that a replay watches. Throws InputError for a board on which none follows the temperature.
+ */
+std::vector<int> compensatedChannels(const Board& board);
+
+/**
+ * Plays a temperature log to a radio of `board` that is up, and watches the channels that have the IQ
+ * compensation. They are tuned to `carriers` first; those that it leaves out to rasterCarriers(), or not at
+ * all. `goOn` is asked after every 1024 samples, with the number of those done, whether to.
+ */
+ReplayResult replay(BootedRadio& booted, const Board& board, const ThermalLog& log, Carriers carriers,
+                    const std::vector<ReplayListener*>& listeners,
+                    const std::function<bool(std::uint64_t)>& goOn);
 
 } // namespace Radio::Thermal
 

@@ -67,7 +67,7 @@ CalibrationCommandLine::CalibrationCommandLine(CommandLine::Command program)
           "calibrate",
           "Search the corrections of the LO leakage over\nband and temperature, and store them")) {
     m_calibrate.option("BOARD", m_options.board, "Board description (TOML)").required().named("FILE");
-    m_calibrate.option("--channel", m_options.wishes.channel, "The radio channel")
+    m_calibrate.option("--channel", m_options.order.wishes.channel, "The radio channel")
         .required()
         .named("N")
         .within(0, std::numeric_limits<int>::max());
@@ -81,15 +81,15 @@ CalibrationCommandLine::CalibrationCommandLine(CommandLine::Command program)
                 "Go through this journal again and measure\nnothing; only --min-delta and\n"
                 "--max-iterations may differ")
         .named("JOURNAL");
-    m_calibrate.flag("--accept-edge", m_options.acceptsEdge,
+    m_calibrate.flag("--accept-edge", m_options.order.acceptsEdge,
                      "Store also points whose search ended at the\nedge of a range");
-    m_calibrate.flag("--real-time", m_options.isRealTime, "Wait for each settle time");
+    m_calibrate.flag("--real-time", m_options.order.isRealTime, "Wait for each settle time");
     m_calibrate.flag("-v,--verbose", m_options.isVerbose, "Show every point");
     m_calibrate.json(m_options.json);
 }
 
 void CalibrationCommandLine::addSettings() {
-    CalibrationDescription& wishes = m_options.wishes;
+    CalibrationDescription& wishes = m_options.order.wishes;
     m_calibrate.option("--band", m_band, "First and last carrier; otherwise those of\nthe board")
         .named("F F")
         .values(2)
@@ -124,25 +124,26 @@ void CalibrationCommandLine::addSettings() {
     m_calibrate.option("--detector", m_detector, "low (also the only one) or high")
         .named("RANGE")
         .oneOf({"low", "high"});
-    m_calibrate.option("--serial", m_options.serial, "Serial number of the radio; otherwise the\nboard's")
+    m_calibrate
+        .option("--serial", m_options.order.serial, "Serial number of the radio; otherwise the\nboard's")
         .named("TEXT")
         .check(whyNoSerial);
 }
 
 void CalibrationCommandLine::addFiles() {
     m_calibrate
-        .option("--journal", m_options.journal,
+        .option("--journal", m_journal,
                 "Where every probe is kept; otherwise\nBOARD.channel-N.journal beside the board")
         .named("FILE");
     m_calibrate
-        .option("--out", m_options.tables,
+        .option("--out", m_tables,
                 "Where the tables go; otherwise to the file\nfrom which the board takes them")
         .named("FILE");
     m_calibrate.option("--html", m_options.html, "Write a page with plots (needs gnuplot)").named("FILE");
 }
 
 std::string CalibrationCommandLine::takeOptions() {
-    CalibrationDescription& wishes = m_options.wishes;
+    CalibrationDescription& wishes = m_options.order.wishes;
     if (!m_band.empty()) {
         wishes.band = Range{parseFrequency(m_band[0], ""), parseFrequency(m_band[1], "")};
         if (wishes.band->low > wishes.band->high) {
@@ -167,14 +168,19 @@ std::string CalibrationCommandLine::takeOptions() {
     if (!m_detector.empty()) {
         wishes.useHighDetector = m_detector == "high";
     }
+    m_options.order.journal = m_journal;
+    m_options.order.tables = m_tables;
+    m_options.order.version = RADIOCTL_VERSION;
     if (m_resumes + m_restarts + (m_offline.empty() ? 0 : 1) > 1) {
         return "--resume, --restart and --offline exclude each other";
     }
-    m_options.beginning = m_resumes ? Beginning::resume : m_restarts ? Beginning::restart : Beginning::fresh;
+    m_options.order.beginning = m_resumes    ? Beginning::resume
+                                : m_restarts ? Beginning::restart
+                                             : Beginning::fresh;
     if (m_offline.empty()) {
         return {};
     }
-    m_options.beginning = Beginning::offline;
+    m_options.order.beginning = Beginning::offline;
     for (const char* const option :
          {"--band", "--step", "--temperatures", "--i-range", "--q-range", "--shrink", "--settle-time",
           "--detector", "--serial", "--journal", "--real-time"}) {
@@ -182,7 +188,7 @@ std::string CalibrationCommandLine::takeOptions() {
             return std::string(option) + ": not together with --offline, whose journal says it";
         }
     }
-    m_options.journal = m_offline;
+    m_options.order.journal = m_offline;
     return {};
 }
 

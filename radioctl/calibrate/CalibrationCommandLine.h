@@ -32,6 +32,8 @@ private:
     std::vector<std::int64_t> m_iRange;
     std::vector<std::int64_t> m_qRange;
     std::string m_detector;
+    std::string m_journal;
+    std::string m_tables;
     std::string m_offline;
     bool m_resumes = false;
     bool m_restarts = false;

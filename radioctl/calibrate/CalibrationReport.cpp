@@ -40,10 +40,11 @@ Json nullIfEmpty(const std::string& text) {
 }
 
 /** What has to be said about the end of a calibration, so that nobody takes it for another one. */
-std::string verdict(const LeakageSummary& summary, const CalibrationEnd& end) {
-    if (!end.tables.empty()) {
-        return (end.isUnchanged ? "Stored before, and the same: " : "Stored: ") + end.tables +
-               (end.backup.empty() ? "" : "; what was there is now " + end.backup);
+std::string verdict(const CalibrationOutcome& outcome, const CalibrationEnd& end) {
+    const LeakageSummary& summary = outcome.summary;
+    if (!outcome.tables.empty()) {
+        return (outcome.isUnchanged ? "Stored before, and the same: " : "Stored: ") + outcome.tables +
+               (outcome.backup.empty() ? "" : "; what was there is now " + outcome.backup);
     }
     if (end.signal != 0) {
         return "Interrupted: no tables were stored; --resume goes on where it stopped.";
@@ -51,7 +52,7 @@ std::string verdict(const LeakageSummary& summary, const CalibrationEnd& end) {
     if (!end.trouble.empty()) {
         return "No tables were stored: " + end.trouble;
     }
-    if (end.wantedTables.empty()) {
+    if (outcome.wantedTables.empty()) {
         return "No tables were asked for.";
     }
     if (summary.failed != 0) {
@@ -78,20 +79,21 @@ void CalibrationText::begins(const Board& board, const Result& result, std::size
     m_out << std::flush;
 }
 
-void CalibrationText::finished(const Result& result, const LeakageSummary& summary,
-                               const CalibrationEnd& end) {
+void CalibrationText::finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) {
+    const Result& result = outcome.result;
+    const LeakageSummary& summary = outcome.summary;
     showPoints(result);
     showWorst(summary);
     m_out << "\n"
-          << counted(result.points.size(), "point") << " of " << end.wanted << ": " << summary.good
+          << counted(result.points.size(), "point") << " of " << outcome.wanted << ": " << summary.good
           << " good, " << summary.edge << " at an edge, " << summary.failed << " failed; "
-          << counted(end.newProbes, "probe") << " made in " << std::fixed << std::setprecision(2)
-          << end.seconds << " s\n";
-    m_out << "Journal: " << harmless(end.journal) << "\n";
+          << counted(outcome.newProbes, "probe") << " made in " << std::fixed << std::setprecision(2)
+          << outcome.seconds << " s\n";
+    m_out << "Journal: " << harmless(outcome.journal) << "\n";
     if (!end.page.empty()) {
         m_out << "Page: " << harmless(end.page) << "\n";
     }
-    m_out << harmless(verdict(summary, end)) << "\n" << std::flush;
+    m_out << harmless(verdict(outcome, end)) << "\n" << std::flush;
 }
 
 void CalibrationText::showPoints(const Result& result) {
@@ -157,24 +159,25 @@ void CalibrationJson::calibrated(const Point& point) {
                           {"probes", point.probes.size()}});
 }
 
-void CalibrationJson::finished(const Result& result, const LeakageSummary& summary,
-                               const CalibrationEnd& end) {
+void CalibrationJson::finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) {
+    const Result& result = outcome.result;
+    const LeakageSummary& summary = outcome.summary;
     writeJsonLine(m_out, {{"event", "calibrated"},
                           {"points", result.points.size()},
-                          {"wanted_points", end.wanted},
+                          {"wanted_points", outcome.wanted},
                           {"good", summary.good},
                           {"edge", summary.edge},
                           {"failed", summary.failed},
-                          {"probes", end.newProbes},
-                          {"known_probes", end.knownProbes},
+                          {"probes", outcome.newProbes},
+                          {"known_probes", outcome.knownProbes},
                           {"worst_before", toJson(summary.before)},
                           {"worst_after", toJson(summary.after)},
                           {"worst_between", toJson(summary.between)},
-                          {"tables", nullIfEmpty(end.tables)},
-                          {"backup", nullIfEmpty(end.backup)},
-                          {"journal", end.journal},
+                          {"tables", nullIfEmpty(outcome.tables)},
+                          {"backup", nullIfEmpty(outcome.backup)},
+                          {"journal", outcome.journal},
                           {"page", nullIfEmpty(end.page)},
-                          {"elapsed_seconds", end.seconds},
+                          {"elapsed_seconds", outcome.seconds},
                           {"interrupted", end.signal != 0},
                           {"exit_code", end.exitCode}});
 }

@@ -2,31 +2,16 @@
 #define RADIOCTL_CALIBRATE_CALIBRATIONREPORT_H
 
 #include "radio/board/Board.h"
-#include "radio/calibration/Calibration.h"
-#include "radio/calibration/Surface.h"
+#include "radio/calibration/CalibrationRun.h"
 
 #include <ostream>
 #include <string>
 
 namespace Radio::Calibration {
 
-/** How a calibration ended. */
+/** How a run of the program ended that calibrated. */
 struct CalibrationEnd {
-    /** The points that it was to have. */
-    std::size_t wanted = 0;
-    /** Probes that were in the journal before, and those that were made. */
-    std::size_t knownProbes = 0;
-    std::uint64_t newProbes = 0;
-    double seconds = 0;
-    /** Where tables were to go; empty: nowhere. */
-    std::string wantedTables;
-    /** The tables that are stored, and what the old ones are called now; empty when there are none. */
-    std::string tables;
-    std::string backup;
-    /** The tables were there already, with the same content. */
-    bool isUnchanged = false;
-    /** Where the probes are, and the page if there is one. */
-    std::string journal;
+    /** The page, if there is one. */
     std::string page;
     /** What went wrong, if anything did; empty: nothing. */
     std::string trouble;
@@ -45,7 +30,7 @@ public:
 
     virtual void begins(const Board& board, const Result& result, std::size_t knownProbes) = 0;
     virtual void calibrated(const Point& point) = 0;
-    virtual void finished(const Result& result, const LeakageSummary& summary, const CalibrationEnd& end) = 0;
+    virtual void finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) = 0;
 };
 
 /** For people. */
@@ -56,7 +41,7 @@ public:
 
     void begins(const Board& board, const Result& result, std::size_t knownProbes) override;
     void calibrated(const Point& /*point*/) override {}
-    void finished(const Result& result, const LeakageSummary& summary, const CalibrationEnd& end) override;
+    void finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) override;
 
 private:
     void showPoints(const Result& result);
@@ -74,7 +59,7 @@ public:
 
     void begins(const Board& board, const Result& result, std::size_t knownProbes) override;
     void calibrated(const Point& point) override;
-    void finished(const Result& result, const LeakageSummary& summary, const CalibrationEnd& end) override;
+    void finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) override;
 
 private:
     std::ostream& m_out;

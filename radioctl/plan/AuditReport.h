@@ -22,11 +22,10 @@ class AuditReport : public AuditListener {
 public:
     virtual void finished(const AuditSummary& summary) = 0;
 
-    std::uint64_t outside() const { return m_outside; }
-
 protected:
     void count(const RowResult& result);
     std::uint64_t carriers() const { return m_carriers; }
+    std::uint64_t outside() const { return m_outside; }
 
 private:
     std::uint64_t m_carriers = 0;

@@ -7,7 +7,6 @@
 #include "radio/files/InputError.h"
 #include "radio/plan/Audit.h"
 #include "radio/session/BootedRadio.h"
-#include "radio/text/Words.h"
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/plan/AuditReport.h"
 #include "radioctl/plan/ExplanationReport.h"
@@ -17,7 +16,6 @@
 #include "radioctl/report/Progress.h"
 
 #include <algorithm>
-#include <chrono>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -25,13 +23,6 @@
 namespace Radio::Plan {
 
 namespace {
-
-/** "FILE: WHAT: " and the first thing that the radio complained of. */
-std::string failureOf(const Board& board, const std::string& what, const BootedRadio& booted) {
-    const std::vector<std::string>& complaints = booted.complaints();
-    return harmless(board.file.string()) + ": " + what +
-           (complaints.empty() ? "" : ": " + complaints.front());
-}
 
 /** Where the lines of --csv go: a file that is there when all is done, or standard output. */
 class CsvOutput {
@@ -89,6 +80,8 @@ int AuditRun::auditFile(const std::string& file) {
         return audit(loadUsableBoard(file));
     } catch (const InputError& error) {
         return refuse(error.what(), m_options.json, ExitCode::unusableInput);
+    } catch (const RadioError& error) {
+        return refuse(error.what(), m_options.json, ExitCode::notBooted);
     }
 }
 
@@ -101,43 +94,32 @@ std::unique_ptr<AuditReport> AuditRun::makeReport(const Board& board) const {
 }
 
 int AuditRun::audit(const Board& board) {
-    std::uint64_t total = 0;
-    for (const AuditRow& row : rowsOf(board)) {
-        total += row.carriers.count;
-    }
-    if (total == 0) {
-        throw InputError({board.file.string(), 0}, "no carriers to audit; expected at least one [[raster]]");
-    }
+    const std::uint64_t total = carriersToAudit(board);
     BootedRadio booted(board);
-    if (!booted.isUp()) {
-        return refuse(failureOf(board, "the radio did not boot", booted), m_options.json,
-                      ExitCode::notBooted);
-    }
+    booted.requireUp();
     const std::unique_ptr<AuditReport> report = makeReport(board);
     AuditCsv csv(m_csv.stream(), board);
     std::vector<AuditListener*> listeners{report.get()};
     if (!m_options.csv.empty()) {
         listeners.push_back(&csv);
     }
-    const auto start = std::chrono::steady_clock::now();
-    AuditEnd end = AuditEnd::complete;
+    AuditResult result;
     {
         Progress progress(total);
-        end = auditBoard(booted, board, listeners, [&](std::uint64_t done) {
+        result = auditBoard(booted, board, listeners, [&](std::uint64_t done) {
             progress.update(done);
             return m_interrupt.signal() == 0;
         });
     }
-    if (end == AuditEnd::phaseFailed) {
-        return refuse(failureOf(board, "the radio did not take a channel spacing", booted), m_options.json,
-                      ExitCode::notBooted);
+    if (result.end == AuditEnd::phaseFailed) {
+        booted.fail("the radio did not take a channel spacing");
     }
     AuditSummary summary;
-    summary.signal = end == AuditEnd::stopped ? m_interrupt.signal() : 0;
-    summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    summary.exitCode = summary.signal != 0      ? ExitCode::signalBase + summary.signal
-                       : report->outside() != 0 ? ExitCode::outsideLimits
-                                                : ExitCode::good;
+    summary.signal = result.end == AuditEnd::stopped ? m_interrupt.signal() : 0;
+    summary.seconds = result.seconds;
+    summary.exitCode = summary.signal != 0   ? ExitCode::signalBase + summary.signal
+                       : result.outside != 0 ? ExitCode::outsideLimits
+                                             : ExitCode::good;
     report->finished(summary);
     return summary.exitCode;
 }
@@ -152,15 +134,14 @@ int runExplain(const ExplainOptions& options) {
             return refuse(noSuchChannel(board, options.channel), options.json, ExitCode::wrongCommandLine);
         }
         BootedRadio booted(board);
-        if (!booted.isUp()) {
-            return refuse(failureOf(board, "the radio did not boot", booted), options.json,
-                          ExitCode::notBooted);
-        }
+        booted.requireUp();
         const Explanation explanation = explain(booted, *channel, options.direction, options.carrier);
         (options.json ? writeJson : writeText)(std::cout, board, explanation);
         return explanation.isGood() ? ExitCode::good : ExitCode::outsideLimits;
     } catch (const InputError& error) {
         return refuse(error.what(), options.json, ExitCode::unusableInput);
+    } catch (const RadioError& error) {
+        return refuse(error.what(), options.json, ExitCode::notBooted);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "radioctl/report/Output.h"
 
+#include "radio/text/Words.h"
 #include "radioctl/report/ExitCode.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/JsonReporter.h"
@@ -39,6 +40,15 @@ int refuse(const std::string& message, bool json, int exitCode) {
     }
     complain(message);
     return exitCode;
+}
+
+std::string noSuchChannel(const Board& board, int number) {
+    std::vector<std::string> numbers;
+    for (const ChannelDescription& channel : board.channels) {
+        numbers.push_back(std::to_string(channel.number));
+    }
+    return "--channel: " + harmless(board.file.string()) + " has no channel " + std::to_string(number) +
+           "; it has: " + joined(numbers, ", ");
 }
 
 int checkedOutput(int exitCode) {

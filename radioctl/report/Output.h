@@ -1,6 +1,7 @@
 #ifndef RADIOCTL_REPORT_OUTPUT_H
 #define RADIOCTL_REPORT_OUTPUT_H
 
+#include "radio/board/BoardNames.h"
 #include "radioctl/report/Reporter.h"
 
 #include <memory>
@@ -20,6 +21,9 @@ void complain(const std::string& message);
 
 /** Complains, with `json` as an "error" event on standard output as well; gives `exitCode`. */
 int refuse(const std::string& message, bool json, int exitCode);
+
+/** Why the value of --channel cannot be taken, and which can. */
+std::string noSuchChannel(const Board& board, int number);
 
 /** `exitCode`, unless what the program wrote did not arrive: then it complains, and the exit code says so. */
 int checkedOutput(int exitCode);

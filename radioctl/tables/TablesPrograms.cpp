@@ -10,7 +10,6 @@
 #include "radio/tables/Corrections.h"
 #include "radio/tables/Diff.h"
 #include "radio/tables/Lint.h"
-#include "radio/text/Words.h"
 #include "radioctl/report/ExitCode.h"
 #include "radioctl/report/FindingReport.h"
 #include "radioctl/report/Output.h"
@@ -24,31 +23,13 @@ namespace Radio::Tables {
 
 namespace {
 
-std::vector<Finding> lint(const std::string& file) {
-    return isBoardFile(file) ? lintBoard(loadBoard(file)) : lintCsv(CsvFile(file, "a calibration table"));
-}
-
-/** The board that describes the leakage; null when there is none. */
-const Board* modelOf(const std::optional<Board>& named, const Source& before, const Source& after) {
-    for (const std::optional<Board>* const board : {&named, &after.board, &before.board}) {
-        if (board->has_value()) {
-            return &**board;
-        }
-    }
-    return nullptr;
-}
-
 int explainOn(const Board& board, const WhyOptions& options) {
     const ChannelDescription* const channel = findChannel(board, options.channel);
     if (channel == nullptr) {
         return refuse(noSuchChannel(board, options.channel), options.json, ExitCode::wrongCommandLine);
     }
     BootedRadio booted(board);
-    if (!booted.isUp()) {
-        const std::string why = booted.complaints().empty() ? "" : ": " + booted.complaints().front();
-        return refuse(harmless(board.file.string()) + ": the radio did not boot" + why, options.json,
-                      ExitCode::notBooted);
-    }
+    booted.requireUp();
     const Reason reason = explainCorrections(booted, board, *channel, options.carrier, options.temperature);
     if (options.json) {
         writeJson(std::cout, board, reason);
@@ -64,7 +45,7 @@ int runLint(const LintOptions& options) {
     int worst = ExitCode::good;
     for (const std::string& file : options.files) {
         try {
-            worst = std::max(worst, showFindings(file, lint(file), options.json));
+            worst = std::max(worst, showFindings(file, lintFile(file), options.json));
         } catch (const InputError& error) {
             worst = std::max(worst, refuse(error.what(), options.json, ExitCode::unusableInput));
         }
@@ -95,6 +76,8 @@ int runWhy(const WhyOptions& options) {
         return explainOn(loadUsableBoard(options.board), options);
     } catch (const InputError& error) {
         return refuse(error.what(), options.json, ExitCode::unusableInput);
+    } catch (const RadioError& error) {
+        return refuse(error.what(), options.json, ExitCode::notBooted);
     }
 }
 

@@ -18,8 +18,8 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <optional>
 
@@ -27,27 +27,15 @@ namespace Radio::Thermal {
 
 namespace {
 
-/** Reads a board on which every channel finds what it needs, and at least one follows the temperature. */
-Board loadCompensatedBoard(const std::string& file) {
-    Board board = loadUsableBoard(file);
-    if (std::none_of(board.channels.begin(), board.channels.end(),
-                     [](const ChannelDescription& channel) { return channel.iqCompensation; })) {
-        throw InputError({file, 0}, "nothing to replay; expected \"iq_compensation = true\" in at least one "
-                                    "[[channel]]");
-    }
-    return board;
-}
-
-/** What is wrong with the channels of --carrier; empty when nothing is. */
+/** What is wrong with the channels of --carrier; empty when nothing is. Throws InputError for a board without
+ * any. */
 std::string whyNoCarriers(const Board& board, const Carriers& carriers) {
-    std::vector<std::string> numbers;
-    for (const ChannelDescription& channel : board.channels) {
-        if (channel.iqCompensation) {
-            numbers.push_back(std::to_string(channel.number));
-        }
-    }
+    const std::vector<int> channels = compensatedChannels(board);
     for (const auto& [channel, carrier] : carriers) {
-        if (std::find(numbers.begin(), numbers.end(), std::to_string(channel)) == numbers.end()) {
+        if (std::find(channels.begin(), channels.end(), channel) == channels.end()) {
+            std::vector<std::string> numbers;
+            std::transform(channels.begin(), channels.end(), std::back_inserter(numbers),
+                           [](int number) { return std::to_string(number); });
             return "--carrier: " + board.file.string() + " has no channel " + std::to_string(channel) +
                    " with IQ compensation; it has: " + joined(numbers, ", ");
         }
@@ -88,10 +76,9 @@ public:
     int run();
 
 private:
-    int replay(const Subject& subject);
+    int replayOn(const Subject& subject);
     std::unique_ptr<ThermalReport> makeReport(const Subject& subject) const;
     void openFiles(const Subject& subject);
-    bool play(Replay& replay, const ThermalLog& log) const;
     /** Puts the files in their places, unless the user wants to leave. Gives what went wrong, or nothing. */
     std::string commit(const ReplayTotals& totals);
 
@@ -108,13 +95,13 @@ int ThermalRun::run() {
     if (!wrong.empty()) {
         return refuse(wrong, m_options.json, ExitCode::wrongCommandLine);
     }
-    const Board board = loadCompensatedBoard(m_options.board);
+    const Board board = loadUsableBoard(m_options.board);
     wrong = whyNoCarriers(board, m_options.carriers);
     if (!wrong.empty()) {
         return refuse(wrong, m_options.json, ExitCode::wrongCommandLine);
     }
     const ThermalLog log = readThermalLog(m_options.log);
-    return replay({board, m_options.log, log});
+    return replayOn({board, m_options.log, log});
 }
 
 std::unique_ptr<ThermalReport> ThermalRun::makeReport(const Subject& subject) const {
@@ -139,14 +126,6 @@ void ThermalRun::openFiles(const Subject& subject) {
     }
 }
 
-bool ThermalRun::play(Replay& replay, const ThermalLog& log) const {
-    Progress progress(log.size(), "samples");
-    return replay.play(log, [&](std::uint64_t done) {
-        progress.update(done);
-        return m_interrupt.signal() == 0;
-    });
-}
-
 std::string ThermalRun::commit(const ReplayTotals& totals) {
     try {
         if (m_page) {
@@ -165,7 +144,7 @@ std::string ThermalRun::commit(const ReplayTotals& totals) {
     }
 }
 
-int ThermalRun::replay(const Subject& subject) {
+int ThermalRun::replayOn(const Subject& subject) {
     openFiles(subject);
     const std::unique_ptr<ThermalReport> report = makeReport(subject);
     std::vector<ReplayListener*> listeners{report.get()};
@@ -176,26 +155,25 @@ int ThermalRun::replay(const Subject& subject) {
         listeners.push_back(&*m_page);
     }
     BootedRadio booted(subject.board);
-    if (!booted.isUp()) {
-        const std::vector<std::string>& complaints = booted.complaints();
-        return refuse(subject.board.file.string() + ": the radio did not boot" +
-                          (complaints.empty() ? "" : ": " + complaints.front()),
-                      m_options.json, ExitCode::notBooted);
+    booted.requireUp();
+    ReplayResult result;
+    {
+        Progress progress(subject.log.size(), "samples");
+        result = replay(booted, subject.board, subject.log, m_options.carriers, listeners,
+                        [&](std::uint64_t done) {
+                            progress.update(done);
+                            return m_interrupt.signal() == 0;
+                        });
     }
-    Carriers carriers = m_options.carriers;
-    carriers.merge(rasterCarriers(subject.board));
-    const auto start = std::chrono::steady_clock::now();
-    Replay replay(booted, subject.board, carriers, listeners);
-    const bool isComplete = play(replay, subject.log);
     ReplayEnd end;
-    end.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    const std::string notWritten = isComplete ? commit(replay.totals()) : "";
+    end.seconds = result.seconds;
+    const std::string notWritten = result.isComplete ? commit(result.totals) : "";
     end.signal = m_interrupt.signal();
-    end.exitCode = end.signal != 0                   ? ExitCode::signalBase + end.signal
-                   : !notWritten.empty()             ? ExitCode::unusableInput
-                   : replay.totals().complaints != 0 ? ExitCode::outsideLimits
-                                                     : ExitCode::good;
-    report->finished(replay.totals(), end);
+    end.exitCode = end.signal != 0                 ? ExitCode::signalBase + end.signal
+                   : !notWritten.empty()           ? ExitCode::unusableInput
+                   : result.totals.complaints != 0 ? ExitCode::outsideLimits
+                                                   : ExitCode::good;
+    report->finished(result.totals, end);
     if (!notWritten.empty()) {
         return refuse(notWritten, m_options.json, end.exitCode);
     }
@@ -209,6 +187,8 @@ int runThermal(const ThermalOptions& options) {
         return ThermalRun(options).run();
     } catch (const InputError& error) {
         return refuse(error.what(), options.json, ExitCode::unusableInput);
+    } catch (const RadioError& error) {
+        return refuse(error.what(), options.json, ExitCode::notBooted);
     }
 }
 

@@ -39,10 +39,11 @@ protected:
         if (m_doctor) {
             m_doctor(booted.radio().platform());
         }
-        return auditBoard(booted, m_board, {this}, [this](std::uint64_t done) {
+        const auto goOn = [this](std::uint64_t done) {
             m_asked.push_back(done);
             return m_mayGoOn;
-        });
+        };
+        return auditBoard(booted, m_board, {this}, goOn).end;
     }
     /** Audits one carrier of the receiver; gives "kind: text" of what is outside its limits. */
     Lines auditRx(std::uint32_t carrier) {

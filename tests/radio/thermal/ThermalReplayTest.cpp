@@ -29,9 +29,10 @@ protected:
     ReplayTotals play(const ThermalLog& log, const Carriers& carriers = {}) const {
         BootedRadio booted(board);
         EXPECT_TRUE(booted.isUp());
-        Replay replay(booted, board, carriers, {});
-        EXPECT_TRUE(replay.play(log, [](std::uint64_t /*done*/) { return true; }));
-        return replay.totals();
+        ReplayResult result =
+            replay(booted, board, log, carriers, {}, [](std::uint64_t /*done*/) { return true; });
+        EXPECT_TRUE(result.isComplete);
+        return std::move(result.totals);
     }
     static std::vector<std::string> lines(const ChannelTotals& channel) {
         std::vector<std::string> result;

@@ -1,0 +1,258 @@
+#include "radio/calibration/CalibrationRun.h"
+
+#include "radio/board/BoardNames.h"
+#include "radio/calibration/Calibrator.h"
+#include "radio/calibration/ResultFile.h"
+#include "radio/calibration/Settings.h"
+#include "radio/files/AtomicFile.h"
+#include "radio/files/InputError.h"
+#include "radio/files/TextFile.h"
+#include "radio/session/BootedRadio.h"
+
+#include <algorithm>
+#include <chrono>
+#include <sstream>
+#include <utility>
+
+namespace Radio::Calibration {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void refuseBoard(const Board& board, const std::string& message) {
+    throw InputError({board.file.string(), 0}, message);
+}
+
+/** True for an ordinary file with just this content. */
+bool isContentOf(const fs::path& file, const std::string& content) {
+    std::error_code error;
+    return fs::is_regular_file(file, error) && fs::file_size(file, error) == content.size() &&
+           readTextFile(file, content.size(), "tables") == content;
+}
+
+/** The file from which the channel takes both its tables. Throws InputError when there is no such file. */
+fs::path tablesOf(const Board& board, int channel) {
+    fs::path file;
+    for (const auto& [branch, column] : {std::pair("I", "i"), std::pair("Q", "q")}) {
+        const std::string name = '"' + cancellationTableName(channel, branch) + '"';
+        const std::string expected =
+            std::string("expected { file = \"NAME.csv\", column = \"") + column + "\" }";
+        const TableDescription* const table = findCancellationTable(board, channel, branch);
+        if (table == nullptr) {
+            refuseBoard(board, "no table " + name + ", " + expected + ", or --out");
+        }
+        if (table->file.empty() || table->column != column) {
+            throw InputError(table->place, "table " + name + " does not come from the column \"" + column +
+                                               "\" of a file, " + expected + ", or --out");
+        }
+        if (!file.empty() && file != table->file) {
+            throw InputError(table->place, "table " + name + " comes from another file than that of I, " +
+                                               "expected one for both, or --out");
+        }
+        file = table->file;
+    }
+    return file;
+}
+
+/** The journal beside the board, unless the order names one. */
+fs::path journalFor(const Board& board, const CalibrationOrder& order) {
+    if (!order.journal.empty()) {
+        return order.journal;
+    }
+    fs::path file = board.file;
+    return file.replace_extension(".channel-" + std::to_string(order.wishes.channel) + ".journal");
+}
+
+} // namespace
+
+CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order)
+    : m_board(board),
+      m_order(order),
+      m_journalFile(journalFor(board, order)),
+      m_tables(order.tables.lexically_normal()) {
+    const int channel = order.wishes.channel;
+    if (findLeakage(board, channel) == nullptr) {
+        refuseBoard(board, "channel " + std::to_string(channel) +
+                               " has no transmitter to calibrate, expected a [[leakage]]");
+    }
+    Result& result = m_outcome.result;
+    result.serial = !order.serial.empty() ? order.serial : board.serial;
+    if (result.serial.empty()) {
+        result.serial = "unknown";
+    }
+    result.date = utcText(std::chrono::system_clock::now());
+    result.version = order.version;
+    if (!isOffline()) {
+        result.settings = settingsFor(board, order.wishes);
+        m_tables = m_tables.empty() ? tablesOf(board, channel) : m_tables;
+    }
+}
+
+const LeakageDescription& CalibrationRun::leakage() const {
+    return *findLeakage(m_board, m_order.wishes.channel);
+}
+
+JournalHeader CalibrationRun::header() const {
+    const Result& result = m_outcome.result;
+    return {m_board.name,   result.serial, result.date, result.version, fingerprintOf(leakage()),
+            result.settings};
+}
+
+void CalibrationRun::open() {
+    requireWritable(m_tables);
+    if (isOffline()) {
+        goThroughAgain();
+        return;
+    }
+    std::error_code error;
+    const bool isThere = fs::exists(m_journalFile, error);
+    if (!isThere && !error) {
+        if (m_order.beginning == Beginning::resume) {
+            throw InputError({m_journalFile.string(), 0}, "is not there: nothing to resume");
+        }
+        begin();
+        return;
+    }
+    if (m_order.beginning == Beginning::resume) {
+        resume();
+        return;
+    }
+    const Journal journal = Journal::open(m_journalFile);
+    // What is no journal is not put away either.
+    if (!readJournal(m_journalFile).isFinished && m_order.beginning == Beginning::fresh) {
+        throw InputError(
+            {m_journalFile.string(), 0},
+            "of a calibration that is not finished; --resume goes on with it, --restart keeps it "
+            "as a backup and begins anew");
+    }
+    moveToBackup(m_journalFile);
+    begin();
+}
+
+void CalibrationRun::begin() {
+    m_journal.emplace(Journal::begin(m_journalFile, header()));
+}
+
+void CalibrationRun::resume() {
+    Journal journal = Journal::open(m_journalFile);
+    JournalContent content = readJournal(m_journalFile);
+    // Nobody has to say again which radio it is, but nobody may say that it is another one.
+    if (m_order.serial.empty() && m_board.serial.empty()) {
+        m_outcome.result.serial = content.header.serial;
+    }
+    requireSameCalibration(header(), content.header, m_journalFile);
+    journal.cutOff(content.size);
+    m_journal.emplace(std::move(journal));
+    take(std::move(content));
+}
+
+/** What was measured is what it was; only how far the searches go may be chosen anew. */
+void CalibrationRun::goThroughAgain() {
+    JournalContent content = readJournal(m_journalFile);
+    const CalibrationDescription& wishes = m_order.wishes;
+    Settings& settings = m_outcome.result.settings;
+    settings = content.header.settings;
+    settings.channel = wishes.channel;
+    m_outcome.result.serial = content.header.serial;
+    requireSameCalibration(header(), content.header, m_journalFile);
+    settings.minDelta = wishes.minDelta.value_or(settings.minDelta);
+    settings.maxIterations = wishes.maxIterations.value_or(settings.maxIterations);
+    take(std::move(content));
+}
+
+void CalibrationRun::take(JournalContent content) {
+    m_outcome.result.date = content.header.date;
+    m_known = std::move(content);
+    for (const auto& [point, probes] : m_known.probes) {
+        m_outcome.knownProbes += probes.size();
+    }
+}
+
+CalibrationOutcome CalibrationRun::run(CalibrationListener& listener) {
+    const Result& result = m_outcome.result;
+    m_outcome.journal = m_journalFile.string();
+    m_outcome.wanted = result.settings.frequencies.size() * result.settings.temperatures.size();
+    calibrateAll(listener);
+    m_outcome.summary = summarise(result, leakage());
+    if (m_outcome.isComplete) {
+        try {
+            store();
+        } catch (const InputError& error) {
+            m_outcome.trouble = error.what();
+        }
+    }
+    const LeakageSummary& summary = m_outcome.summary;
+    m_outcome.isGood = summary.failed == 0 && (summary.edge == 0 || m_order.acceptsEdge || m_tables.empty());
+    return std::move(m_outcome);
+}
+
+void CalibrationRun::calibrateAll(CalibrationListener& listener) {
+    BootedRadio booted(m_board);
+    booted.requireUp();
+    Result& result = m_outcome.result;
+    const Settings& settings = result.settings;
+    bool goesOn = true;
+    const auto goOn = [&] { return goesOn = listener.goOn(progress()) && goesOn; };
+    const Probing probing{m_journal ? &*m_journal : nullptr, goOn, m_order.isRealTime};
+    Calibrator calibrator(booted, m_board.file.string(), settings, probing, m_journalFile.string());
+    listener.begins(m_board, result, m_outcome.knownProbes);
+    const auto start = std::chrono::steady_clock::now();
+    const auto all = [&] {
+        for (const std::int32_t temperature : settings.temperatures) {
+            for (const std::uint32_t frequency : settings.frequencies) {
+                const JournaledProbes& known = m_known.probes[{temperature, frequency}];
+                Point point = calibrator.calibrate(frequency, temperature, known);
+                if (!goesOn) {
+                    return false;
+                }
+                if (!calibrator.whyStopped().empty() && !isOffline()) {
+                    m_outcome.trouble = calibrator.whyStopped();
+                    return false;
+                }
+                if (point.state != PointState::failed) {
+                    m_worst = std::max(m_worst.value_or(point.after), point.after);
+                }
+                m_isFromJournal = point.probes.size() <= known.size();
+                listener.calibrated(point);
+                result.points.push_back(std::move(point));
+                if (!goOn()) {
+                    return result.points.size() == m_outcome.wanted;
+                }
+            }
+        }
+        return true;
+    };
+    m_outcome.isComplete = all();
+    m_outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    m_outcome.newProbes = calibrator.newProbes();
+}
+
+CalibrationProgress CalibrationRun::progress() const {
+    return {m_outcome.result.points.size(), m_outcome.wanted, m_worst, m_isFromJournal};
+}
+
+/** A table with a hole is none: either all points are stored or nothing is. */
+void CalibrationRun::store() {
+    const LeakageSummary& summary = m_outcome.summary;
+    m_outcome.wantedTables = m_tables.string();
+    if (m_tables.empty() || summary.failed != 0 || (summary.edge != 0 && !m_order.acceptsEdge)) {
+        return;
+    }
+    std::ostringstream content;
+    writeResult(content, m_outcome.result);
+    if (isContentOf(m_tables, content.str())) {
+        m_outcome.isUnchanged = true;
+    } else {
+        AtomicFile file(m_tables);
+        file.stream() << content.str();
+        m_outcome.backup = keepBackup(m_tables).string();
+        file.commit();
+    }
+    m_outcome.tables = m_tables.string();
+    if (m_journal && !m_known.isFinished) {
+        m_journal->finish();
+    }
+}
+
+} // namespace Radio::Calibration

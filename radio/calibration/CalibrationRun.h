@@ -1,0 +1,154 @@
+#ifndef RADIO_CALIBRATION_CALIBRATIONRUN_H
+#define RADIO_CALIBRATION_CALIBRATIONRUN_H
+
+#include "radio/board/Board.h"
+#include "radio/calibration/Calibration.h"
+#include "radio/calibration/Journal.h"
+#include "radio/calibration/Surface.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace Radio::Calibration {
+
+/** What becomes of a journal that is there. */
+enum class Beginning : std::uint8_t {
+    fresh,   ///< a finished one is kept as a backup, an unfinished one is an error
+    resume,  ///< its calibration goes on
+    restart, ///< it is kept as a backup, finished or not
+    offline, ///< it is gone through again, and nothing is measured
+};
+
+/** What a calibration is to do. */
+struct CalibrationOrder {
+    /** What was chosen of the calibration itself; `channel` is one of the board's, which has a [[leakage]].
+     */
+    CalibrationDescription wishes;
+    /** Empty: the board's. */
+    std::string serial{};
+    Beginning beginning = Beginning::fresh;
+    /** A file; empty: the usual one beside the board. */
+    std::filesystem::path journal{};
+    /** Where the tables go; empty: to the file from which the board takes them, or nowhere when offline. */
+    std::filesystem::path tables{};
+    /** Points whose search ended at the edge of a range are stored, too. */
+    bool acceptsEdge = false;
+    /** Settle times are waited for. */
+    bool isRealTime = false;
+    /** Of the program that calibrates, for the files. */
+    std::string version{};
+};
+
+/** How far a calibration has come. */
+struct CalibrationProgress {
+    std::size_t points = 0;
+    std::size_t wantedPoints = 0;
+    /** The highest leakage so far that the corrections found leave, in dBc; nothing before the first. */
+    std::optional<double> worst;
+    /** The journal had all probes of the points up to here: nothing was measured yet. */
+    bool isFromJournal = false;
+};
+
+/** Is told of a calibration while it goes on, on its thread. */
+class CalibrationListener {
+public:
+    CalibrationListener() = default;
+    CalibrationListener(const CalibrationListener&) = delete;
+    CalibrationListener& operator=(const CalibrationListener&) = delete;
+    virtual ~CalibrationListener() = default;
+
+    /** The radio is up, and the first point begins. `result` has no points yet. */
+    virtual void begins(const Board& board, const Result& result, std::size_t knownProbes) = 0;
+    virtual void calibrated(const Point& point) = 0;
+    /** Asked after each new probe and each point whether to go on. */
+    virtual bool goOn(const CalibrationProgress& progress) = 0;
+};
+
+/** What a calibration came to. */
+struct CalibrationOutcome {
+    /** All points were calibrated. */
+    bool isComplete = false;
+    /** What went wrong with the calibration or with storing it; empty: nothing. */
+    std::string trouble{};
+    Result result{};
+    LeakageSummary summary{};
+    /** The points that it was to have. */
+    std::size_t wanted = 0;
+    /** Probes that were in the journal before, and those that were made. */
+    std::size_t knownProbes = 0;
+    std::uint64_t newProbes = 0;
+    double seconds = 0;
+    /** Where tables were to go; empty: nowhere, or the calibration is not complete. */
+    std::string wantedTables{};
+    /** The tables that are stored, and what the old ones are called now; empty when there are none. */
+    std::string tables{};
+    std::string backup{};
+    /** The tables were there already, with the same content. */
+    bool isUnchanged = false;
+    /** Where the probes are. */
+    std::string journal{};
+    /** All points have corrections, and tables that were asked for could be made of them. */
+    bool isGood = false;
+};
+
+/**
+ * Calibrates one channel over its band and temperatures: settles what is to be done, keeps every probe in the
+ * journal before the next is set, and stores the tables when all points have corrections. What is in the
+ * journal is on the disk, and a run that was killed goes on from there.
+ *
+ * One at a time in a process, on one thread: it boots a radio.
+ */
+class CalibrationRun {
+public:
+    /**
+     * Settles what is to be done, and writes nothing. `board` must outlive the object. Throws InputError when
+     * something has to be said and neither the order nor the board does.
+     */
+    CalibrationRun(const Board& board, const CalibrationOrder& order);
+
+    const std::filesystem::path& journalFile() const { return m_journalFile; }
+    /** Where the tables go; empty: nowhere. */
+    const std::filesystem::path& tablesFile() const { return m_tables; }
+
+    /**
+     * Opens the journal, or begins one. Throws InputError when that cannot be done, when the tables could not
+     * be written, and when the journal is not what the order takes it for; then whatever was there is as it
+     * was.
+     */
+    void open();
+    /**
+     * Calibrates all points that the journal does not have; after open(). Throws InputError when the channel
+     * does not offer to search, and RadioError when the radio does not boot. What goes wrong later is in the
+     * outcome.
+     */
+    CalibrationOutcome run(CalibrationListener& listener);
+
+private:
+    bool isOffline() const { return m_order.beginning == Beginning::offline; }
+    const LeakageDescription& leakage() const;
+    JournalHeader header() const;
+    void begin();
+    void resume();
+    void goThroughAgain();
+    void take(JournalContent content);
+    void calibrateAll(CalibrationListener& listener);
+    void store();
+    CalibrationProgress progress() const;
+
+    const Board& m_board;
+    const CalibrationOrder m_order;
+    const std::filesystem::path m_journalFile;
+    std::filesystem::path m_tables;
+    JournalContent m_known;
+    std::optional<Journal> m_journal;
+    CalibrationOutcome m_outcome;
+    std::optional<double> m_worst;
+    bool m_isFromJournal = true;
+};
+
+} // namespace Radio::Calibration
+
+#endif
