@@ -1,11 +1,11 @@
 #include "CsvFile.h"
 
+#include "Numbers.h"
 #include "PlainText.h"
 #include "TextFile.h"
 #include "Words.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 #include <sstream>
 
@@ -43,8 +43,8 @@ const std::string& CsvItem::nonEmptyText(const std::string& what) const {
 }
 
 std::int64_t CsvItem::integer(std::int64_t least, std::int64_t most) const {
-    const std::optional<std::int64_t> value = parseNumber<std::int64_t>(m_text);
-    if (!value || *value < least || *value > most) {
+    const auto value = parseNumber(withoutPlus(m_text), least, most);
+    if (!value) {
         failExpecting("a whole number from " + std::to_string(least) + " to " + std::to_string(most));
     }
     return *value;
@@ -56,8 +56,8 @@ std::int32_t CsvItem::integer() const {
 }
 
 double CsvItem::number(double most) const {
-    const std::optional<double> value = parseNumber<double>(m_text);
-    if (!value || !(std::abs(*value) <= most)) { // not a number is not within any limits
+    const auto value = parseNumber(withoutPlus(m_text), -most, most);
+    if (!value) {
         std::ostringstream limit;
         limit << most;
         failExpecting("a number from -" + limit.str() + " to " + limit.str());

@@ -1,10 +1,8 @@
 #ifndef RADIOCTL_PLAINTEXT_H
 #define RADIOCTL_PLAINTEXT_H
 
-#include <charconv>
-#include <optional>
+#include <cstddef>
 #include <string_view>
-#include <system_error>
 
 namespace Radioctl {
 
@@ -20,18 +18,6 @@ inline std::string_view trimmed(std::string_view text) {
     const std::size_t begin = text.find_first_not_of(blanks);
     return begin == std::string_view::npos ? std::string_view()
                                            : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
-}
-
-/** A decimal number, perhaps with its sign, and nothing behind it; nothing for anything else. */
-template <typename Number>
-std::optional<Number> parseNumber(std::string_view text) {
-    if (text.size() > 1 && text.front() == '+' && text[1] != '-') {
-        text.remove_prefix(1);
-    }
-    Number number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool isWhole = error == std::errc() && end == text.data() + text.size();
-    return isWhole ? std::optional(number) : std::nullopt;
 }
 
 } // namespace Radioctl

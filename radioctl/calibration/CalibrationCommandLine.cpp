@@ -3,13 +3,13 @@
 #include "CommandError.h"
 #include "Frequency.h"
 #include "JsonLine.h"
+#include "Numbers.h"
 #include "Output.h"
 #include "Programs.h"
 #include "Words.h"
 #include "calibration/Settings.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <limits>
 
 namespace Radioctl::Calibration {
@@ -32,11 +32,8 @@ std::string whyNoFrequency(const std::string& word) {
 }
 
 std::string whyNoShrinkFactor(const std::string& word) {
-    char* end = nullptr;
-    const double factor = std::strtod(word.c_str(), &end);
-    return end != word.c_str() && *end == '\0' && isShrinkFactor(factor)
-               ? ""
-               : inQuotes(word) + ", expected " + shrinkFactorText;
+    const std::optional<double> factor = parseOption(word);
+    return factor && isShrinkFactor(*factor) ? "" : inQuotes(word) + ", expected " + shrinkFactorText;
 }
 
 /** A serial number goes into files that others read. */

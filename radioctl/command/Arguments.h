@@ -2,6 +2,7 @@
 #define RADIOCTL_ARGUMENTS_H
 
 #include "CommandError.h"
+#include "Numbers.h"
 #include "Words.h"
 
 #include <cstddef>
@@ -75,8 +76,6 @@ private:
     std::string_view m_usage;
 };
 
-/** The number that all of `word` is: decimal, or hexadecimal after "0x", with or without a sign. */
-std::optional<std::int64_t> parseInteger(std::string_view word);
 /** `word` as a number of 32 bits with sign; throws CommandError, which calls it `what`. */
 std::int32_t parseInt32(std::string_view word, std::string_view what);
 

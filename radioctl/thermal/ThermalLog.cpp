@@ -1,6 +1,7 @@
 #include "thermal/ThermalLog.h"
 
 #include "InputError.h"
+#include "Numbers.h"
 #include "PlainText.h"
 #include "Words.h"
 
@@ -8,7 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <fstream>
-#include <optional>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -85,8 +85,8 @@ private:
     }
 
     std::int64_t seconds(std::string_view text) const {
-        const std::optional<std::int64_t> number = parseNumber<std::int64_t>(text);
-        if (!number || *number < 0 || *number > latest) {
+        const auto number = parseNumber<std::int64_t>(withoutPlus(text), 0, latest);
+        if (!number) {
             fail("seconds: " + inQuotes(text) + ", expected a whole number from 0 to " +
                  std::to_string(latest));
         }
@@ -94,8 +94,8 @@ private:
     }
 
     std::int32_t degrees(std::string_view text) const {
-        const std::optional<std::int32_t> number = parseNumber<std::int32_t>(text);
-        if (!number || *number < coldestRadio || *number > hottestRadio) {
+        const auto number = parseNumber(withoutPlus(text), coldestRadio, hottestRadio);
+        if (!number) {
             fail("degrees: " + inQuotes(text) + ", expected a whole number from " +
                  std::to_string(coldestRadio) + " to " + std::to_string(hottestRadio) +
                  ", as the temperature service gives it");
