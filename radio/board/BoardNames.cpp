@@ -1,6 +1,6 @@
 #include "radio/board/BoardNames.h"
 
-#include "radio/text/Integer.h"
+#include "radio/text/Numbers.h"
 
 #include <algorithm>
 #include <iterator>

@@ -35,19 +35,15 @@ std::vector<Node> readNodes(const CsvFile& file) {
     return nodes;
 }
 
-std::vector<std::int32_t> distinct(std::vector<std::int32_t> values) {
-    std::sort(values.begin(), values.end());
-    values.erase(std::unique(values.begin(), values.end()), values.end());
-    return values;
-}
-
-template <typename Member>
-std::vector<std::int32_t> axisOf(const std::vector<Node>& nodes, Member member) {
+/** The distinct values, ascending. */
+std::vector<std::int32_t> axisOf(const std::vector<Node>& nodes, std::int32_t Node::*member) {
     std::vector<std::int32_t> values;
     values.reserve(nodes.size());
     std::transform(nodes.begin(), nodes.end(), std::back_inserter(values),
                    [member](const Node& node) { return node.*member; });
-    return distinct(std::move(values));
+    std::sort(values.begin(), values.end());
+    values.erase(std::unique(values.begin(), values.end()), values.end());
+    return values;
 }
 
 /** For example "frequency_khz 18700000, temperature_c 25". */

@@ -57,8 +57,7 @@ Range readRange(const CsvItem& item) {
     const std::size_t blank = std::min(text.find(' '), text.size());
     const std::size_t second = std::min(text.find_first_not_of(' ', blank), text.size());
     const auto end = [&](std::string_view number) {
-        return CsvItem("end of the range", number, item.place())
-            .integer(correctionBounds.low, correctionBounds.high);
+        return integer<std::int64_t>(CsvItem("end of the range", number, item.place()), correctionBounds);
     };
     const Range range{end(text.substr(0, blank)), end(text.substr(second))};
     if (range.low > range.high) {

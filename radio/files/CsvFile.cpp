@@ -1,12 +1,10 @@
 #include "radio/files/CsvFile.h"
 
 #include "radio/files/TextFile.h"
-#include "radio/text/PlainText.h"
+#include "radio/text/Numbers.h"
 #include "radio/text/Words.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 #include <sstream>
 
 namespace Radio {
@@ -18,19 +16,7 @@ constexpr std::size_t maxFileSize = std::size_t{4} * 1024 * 1024;
 constexpr std::size_t maxRowLength = 65535;
 
 bool isUnwanted(char c) {
-    const auto code = static_cast<unsigned char>(c);
-    return (code < 0x20 && c != '\t') || code == 0x7F;
-}
-
-/** Appends the values of a line to `values`; gives how many there are. */
-std::size_t split(std::string_view line, std::vector<std::string>& values) {
-    std::size_t count = 0;
-    for (std::size_t begin = 0; begin <= line.size(); ++count) {
-        const std::size_t end = std::min(line.find(',', begin), line.size());
-        values.emplace_back(trimmed(line.substr(begin, end - begin)));
-        begin = end + 1;
-    }
-    return count;
+    return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F;
 }
 
 } // namespace
@@ -42,22 +28,18 @@ const std::string& CsvItem::nonEmptyText(const std::string& what) const {
     return m_text;
 }
 
-std::int64_t CsvItem::integer(std::int64_t least, std::int64_t most) const {
-    const std::optional<std::int64_t> value = parseNumber<std::int64_t>(m_text);
-    if (!value || *value < least || *value > most) {
-        failExpecting("a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+std::int64_t CsvItem::integer(std::int64_t least, std::int64_t most, const std::string& remark) const {
+    const auto value = parseNumber(withoutPlus(m_text), least, most);
+    if (!value) {
+        failExpecting("a whole number from " + std::to_string(least) + " to " + std::to_string(most) +
+                      remark);
     }
     return *value;
 }
 
-std::int32_t CsvItem::integer() const {
-    using Integers = std::numeric_limits<std::int32_t>;
-    return static_cast<std::int32_t>(integer(Integers::min(), Integers::max()));
-}
-
 double CsvItem::number(double most) const {
-    const std::optional<double> value = parseNumber<double>(m_text);
-    if (!value || !(std::abs(*value) <= most)) { // not a number is not within any limits
+    const auto value = parseNumber(withoutPlus(m_text), -most, most);
+    if (!value) {
         std::ostringstream limit;
         limit << most;
         failExpecting("a number from -" + limit.str() + " to " + limit.str());
@@ -77,12 +59,10 @@ CsvFile::CsvFile(std::string_view content, std::string name, const std::string& 
     if (content.size() > maxFileSize) {
         fail(0, "is larger than 4 MiB, expected " + what);
     }
-    content = withoutByteOrderMark(content);
-    unsigned number = 0;
-    for (std::size_t begin = 0; begin < content.size();) {
-        const std::size_t end = std::min(content.find('\n', begin), content.size());
-        take(content.substr(begin, end - begin), ++number);
-        begin = end + 1;
+    CsvLines lines(m_name, maxRowLength, "values with commas between them");
+    for (std::size_t begin = 0, end = 0; begin < content.size(); begin = end + 1) {
+        end = std::min(content.find('\n', begin), content.size());
+        take(lines.take(content.substr(begin, end - begin)), lines);
     }
     if (m_columns.empty()) {
         fail(0, "empty, expected " + what + " with a line of column names");
@@ -92,72 +72,53 @@ CsvFile::CsvFile(std::string_view content, std::string name, const std::string& 
     }
 }
 
-void CsvFile::take(std::string_view line, unsigned number) {
-    if (line.size() > maxRowLength) {
-        fail(number, "longer than 65535 characters, expected values with commas between them");
-    }
-    line = trimmed(line);
+void CsvFile::take(CsvLine kind, const CsvLines& lines) {
+    const unsigned number = lines.place().line;
+    const std::string_view line = lines.text();
+    const std::vector<std::string_view>& cells = lines.cells();
     if (std::any_of(line.begin(), line.end(), isUnwanted)) {
         fail(number, inQuotes(line) + ", expected text without control characters");
     }
-    if (line.empty()) {
-        return;
-    }
-    if (line.front() == '#') {
-        takeComment(line.substr(1), number);
-        return;
-    }
-    if (line.find('"') != std::string_view::npos) {
+    if (kind == CsvLine::property) {
+        m_properties.push_back({std::string(cells[0]), std::string(cells[1]), number});
+    } else if (kind != CsvLine::nothing && line.find('"') != std::string_view::npos) {
         fail(number, inQuotes(line) + ", expected values without quotation marks");
-    }
-    if (m_columns.empty()) {
-        split(line, m_columns);
-        takeHeading(number);
-        return;
-    }
-    const std::size_t count = split(line, m_values);
-    if (count != m_columns.size()) {
-        fail(number, inQuotes(line) + " has " + counted(count, "value") + ", expected one for each of the " +
-                         counted(m_columns.size(), "column"));
-    }
-    m_lines.push_back(number);
-}
-
-void CsvFile::takeComment(std::string_view comment, unsigned number) {
-    const std::size_t colon = comment.find(':');
-    if (colon != std::string_view::npos) {
-        m_properties.push_back({std::string(trimmed(comment.substr(0, colon))),
-                                std::string(trimmed(comment.substr(colon + 1))), number});
+    } else if (kind == CsvLine::heading) {
+        takeHeading(cells, number);
+    } else if (kind == CsvLine::row && cells.size() != m_columns.size()) {
+        fail(number, inQuotes(line) + " has " + counted(cells.size(), "value") +
+                         ", expected one for each of the " + counted(m_columns.size(), "column"));
+    } else if (kind == CsvLine::row) {
+        m_values.insert(m_values.end(), cells.begin(), cells.end());
+        m_lines.push_back(number);
     }
 }
 
-void CsvFile::takeHeading(unsigned number) {
+void CsvFile::takeHeading(const std::vector<std::string_view>& names, unsigned number) {
     m_headingLine = number;
-    for (auto name = m_columns.begin(); name != m_columns.end(); ++name) {
-        if (name->empty()) {
-            fail(number, "column " + std::to_string(name - m_columns.begin() + 1) +
+    for (const std::string_view name : names) {
+        if (name.empty()) {
+            fail(number, "column " + std::to_string(m_columns.size() + 1) +
                              " has no name, expected one for each column");
         }
-        if (std::find(m_columns.begin(), name, *name) != name) {
-            fail(number, "two columns " + inQuotes(*name) + ", expected each name once");
+        if (hasColumn(name)) {
+            fail(number, "two columns " + inQuotes(name) + ", expected each name once");
         }
+        m_columns.emplace_back(name);
     }
 }
 
-std::optional<std::size_t> CsvFile::findColumn(std::string_view name) const {
-    const auto found = std::find(m_columns.begin(), m_columns.end(), name);
-    return found == m_columns.end()
-               ? std::nullopt
-               : std::optional(static_cast<std::size_t>(std::distance(m_columns.begin(), found)));
+bool CsvFile::hasColumn(std::string_view name) const {
+    return std::find(m_columns.begin(), m_columns.end(), name) != m_columns.end();
 }
 
 std::size_t CsvFile::column(std::string_view name) const {
-    const std::optional<std::size_t> found = findColumn(name);
-    if (!found) {
+    const auto found = std::find(m_columns.begin(), m_columns.end(), name);
+    if (found == m_columns.end()) {
         fail(m_headingLine,
              "no column " + inQuotes(name) + "; there are: " + harmless(joined(m_columns, ", ")));
     }
-    return *found;
+    return static_cast<std::size_t>(found - m_columns.begin());
 }
 
 CsvItem CsvFile::item(std::size_t row, std::size_t column) const {
@@ -165,16 +126,16 @@ CsvItem CsvFile::item(std::size_t row, std::size_t column) const {
 }
 
 std::optional<CsvItem> CsvFile::findProperty(std::string_view key) const {
-    const auto hasKey = [key](const Property& property) { return property.key == key; };
-    const auto found = std::find_if(m_properties.begin(), m_properties.end(), hasKey);
-    if (found == m_properties.end()) {
-        return std::nullopt;
+    std::optional<CsvItem> found;
+    for (const Property& property : m_properties) {
+        if (property.key == key && found) {
+            fail(property.line, "a second " + inQuotes(key) + ", expected it once");
+        }
+        if (property.key == key) {
+            found = CsvItem(key, property.value, {m_name, property.line});
+        }
     }
-    const auto second = std::find_if(found + 1, m_properties.end(), hasKey);
-    if (second != m_properties.end()) {
-        fail(second->line, "a second " + inQuotes(key) + ", expected it once");
-    }
-    return CsvItem(found->key, found->value, {m_name, found->line});
+    return found;
 }
 
 CsvItem CsvFile::property(std::string_view key) const {

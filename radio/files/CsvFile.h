@@ -1,7 +1,7 @@
 #ifndef RADIO_FILES_CSVFILE_H
 #define RADIO_FILES_CSVFILE_H
 
-#include "radio/files/InputError.h"
+#include "radio/files/CsvLines.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -28,9 +28,9 @@ public:
     const std::string& text() const { return m_text; }
     /** The same, not empty; `what` says what it should be. */
     const std::string& nonEmptyText(const std::string& what) const;
-    /** A whole number from `least` to `most`. */
-    std::int64_t integer(std::int64_t least, std::int64_t most) const;
-    std::int32_t integer() const;
+    /** A whole number from `least` to `most`; `remark` is said about it. */
+    std::int64_t integer(std::int64_t least, std::int64_t most, const std::string& remark = {}) const;
+    std::int32_t integer() const { return static_cast<std::int32_t>(integer(INT32_MIN, INT32_MAX)); }
     /** A number, whole or not, from -`most` to `most`. */
     double number(double most) const;
 
@@ -44,12 +44,9 @@ private:
 };
 
 /**
- * A small file of comma-separated values, as a whole in memory: comment lines that begin with "#", a line
- * with the names of the columns, and below it rows with one value for each of them. Blanks around values,
- * empty lines and carriage returns do not count.
- *
- * A comment of the form "# key: value" is a property. There is no quoting: a comma always ends a value, and a
- * file with quotation marks outside its comments is refused.
+ * A small file of comma-separated values, as a whole in memory: properties, a heading with the names of the
+ * columns, and rows with one value for each of them, as CsvLines tells them apart. A file with quotation
+ * marks outside its comments is refused.
  */
 class CsvFile {
 public:
@@ -67,7 +64,7 @@ public:
     const std::vector<std::string>& columns() const { return m_columns; }
     /** The line with the names of the columns. */
     unsigned headingLine() const { return m_headingLine; }
-    bool hasColumn(std::string_view name) const { return findColumn(name).has_value(); }
+    bool hasColumn(std::string_view name) const;
     /** The number of the column `name`, from 0. Throws InputError when there is none. */
     std::size_t column(std::string_view name) const;
 
@@ -88,10 +85,8 @@ private:
         unsigned line;
     };
 
-    void take(std::string_view line, unsigned number);
-    void takeComment(std::string_view comment, unsigned number);
-    void takeHeading(unsigned number);
-    std::optional<std::size_t> findColumn(std::string_view name) const;
+    void take(CsvLine kind, const CsvLines& lines);
+    void takeHeading(const std::vector<std::string_view>& names, unsigned number);
     [[noreturn]] void fail(unsigned line, const std::string& message) const;
 
     std::string m_name;

@@ -1,17 +1,10 @@
 #include "radio/language/Arguments.h"
 
-#include "radio/board/PlatformWords.h"
 #include "radio/text/Frequency.h"
-#include "radio/text/Integer.h"
 #include "radio/text/NearestName.h"
-#include "radio/text/Words.h"
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
-#include <cmath>
-#include <limits>
-#include <system_error>
 
 namespace Radio {
 
@@ -38,13 +31,10 @@ std::int64_t parseInRange(std::string_view word, std::string_view what, std::int
     return *number;
 }
 
-constexpr std::int64_t lowestInt32 = std::numeric_limits<std::int32_t>::min();
-constexpr std::int64_t highestInt32 = std::numeric_limits<std::int32_t>::max();
-
 } // namespace
 
 std::int32_t parseInt32(std::string_view word, std::string_view what) {
-    return static_cast<std::int32_t>(parseInRange(word, what, lowestInt32, highestInt32));
+    return static_cast<std::int32_t>(parseInRange(word, what, INT32_MIN, INT32_MAX));
 }
 
 const std::string& Arguments::take(std::string_view what) {
@@ -59,30 +49,24 @@ std::int32_t Arguments::takeInt32(std::string_view what) {
 }
 
 std::int64_t Arguments::takeInt64(std::string_view what) {
-    return parseInRange(take(what), what, std::numeric_limits<std::int64_t>::min(),
-                        std::numeric_limits<std::int64_t>::max());
+    return parseInRange(take(what), what, INT64_MIN, INT64_MAX);
 }
 
 std::int32_t Arguments::takeCode(std::string_view what) {
-    constexpr std::int64_t highest = std::numeric_limits<std::uint32_t>::max();
-    return static_cast<std::int32_t>(parseInRange(take(what), what, lowestInt32, highest));
+    return static_cast<std::int32_t>(parseInRange(take(what), what, INT32_MIN, UINT32_MAX));
 }
 
 double Arguments::takeLevel(std::string_view what) {
-    constexpr double farthest = 120.0;
     const std::string& word = take(what);
-    const char* const end = word.data() + word.size();
-    double level = 0.0;
-    const auto [rest, error] = std::from_chars(word.data(), end, level, std::chars_format::fixed);
-    // What is not a number is not within any limits.
-    if (error != std::errc() || rest != end || !(std::abs(level) <= farthest)) {
+    const auto level = parseNumber<double>(word, -120.0, 120.0, std::chars_format::fixed);
+    if (!level.has_value()) {
         throw WordError(inQuotes(word) + " is no level, expected a number of dBc from -120 to 120");
     }
-    return level;
+    return *level;
 }
 
 std::int32_t Arguments::takeChannel() {
-    return static_cast<std::int32_t>(parseInRange(take("CHANNEL"), "CHANNEL", 0, highestInt32));
+    return static_cast<std::int32_t>(parseInRange(take("CHANNEL"), "CHANNEL", 0, INT32_MAX));
 }
 
 Direction Arguments::takeDirection() {

@@ -2,7 +2,9 @@
 #define RADIO_LANGUAGE_ARGUMENTS_H
 
 #include "radio/board/PlatformWords.h"
+#include "radio/text/Numbers.h"
 #include "radio/text/WordError.h"
+#include "radio/text/Words.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,8 +2,8 @@
 
 #include "radio/board/PlatformWords.h"
 #include "radio/language/CommandTable.h"
-#include "radio/text/Integer.h"
 #include "radio/text/NearestName.h"
+#include "radio/text/Numbers.h"
 #include "radio/text/Tokenizer.h"
 #include "radio/text/WordError.h"
 #include "radio/text/Words.h"

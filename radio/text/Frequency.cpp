@@ -1,12 +1,12 @@
 #include "radio/text/Frequency.h"
 
+#include "radio/text/Numbers.h"
 #include "radio/text/WordError.h"
 #include "radio/text/Words.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <limits>
 #include <optional>
 #include <utility>
 
@@ -14,16 +14,8 @@ namespace Radio {
 
 namespace {
 
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
-}
-
 bool isLetter(char character) {
     return std::isalpha(static_cast<unsigned char>(character)) != 0;
-}
-
-bool allDigits(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), isDigit);
 }
 
 /** How many decimal places of the unit make one kHz; nothing for an unknown unit. */
@@ -46,18 +38,6 @@ std::optional<std::size_t> decimalPlaces(std::string_view unit) {
                     " is not a frequency, expected a decimal number of kHz, or with kHz, MHz or GHz");
 }
 
-std::uint32_t toNumber(std::string_view digits, const std::string& written) {
-    constexpr std::uint64_t largest = std::numeric_limits<std::uint32_t>::max();
-    std::uint64_t value = 0;
-    for (const char digit : digits) {
-        value = value * 10 + static_cast<std::uint64_t>(digit - '0');
-        if (value > largest) {
-            throw WordError(inQuotes(written) + " is too high, expected at most 4294967295 kHz");
-        }
-    }
-    return static_cast<std::uint32_t>(value);
-}
-
 } // namespace
 
 bool looksLikeUnit(std::string_view word) {
@@ -77,7 +57,8 @@ std::uint32_t parseFrequency(std::string_view number, std::string_view unit) {
     const std::string_view whole = number.substr(0, point);
     std::string_view fraction = point == number.size() ? std::string_view() : number.substr(point + 1);
     const bool endsWithPoint = point != number.size() && fraction.empty();
-    if (whole.empty() || endsWithPoint || !allDigits(whole) || !allDigits(fraction)) {
+    std::string digits = std::string(whole) + std::string(fraction);
+    if (whole.empty() || endsWithPoint || digits.find_first_not_of("0123456789") != std::string::npos) {
         throwNoFrequency(written);
     }
     const std::optional<std::size_t> knownPlaces = decimalPlaces(unit);
@@ -92,9 +73,12 @@ std::uint32_t parseFrequency(std::string_view number, std::string_view unit) {
     if (fraction.size() > places) {
         throw WordError(inQuotes(written) + " has a fraction of a kHz, expected whole kHz");
     }
-    std::string digits = std::string(whole) + std::string(fraction);
-    digits.append(places - fraction.size(), '0');
-    return toNumber(digits, written);
+    digits.resize(whole.size() + places, '0');
+    const auto kHz = parseNumber<std::uint32_t>(digits);
+    if (!kHz.has_value()) {
+        throw WordError(inQuotes(written) + " is too high, expected at most 4294967295 kHz");
+    }
+    return *kHz;
 }
 
 } // namespace Radio

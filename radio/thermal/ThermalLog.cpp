@@ -1,17 +1,15 @@
 #include "radio/thermal/ThermalLog.h"
 
-#include "radio/files/InputError.h"
-#include "radio/text/PlainText.h"
+#include "radio/files/CsvFile.h"
+#include "radio/text/Numbers.h"
 #include "radio/text/Words.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <fstream>
-#include <optional>
 #include <string_view>
 #include <system_error>
-#include <utility>
 
 namespace Radio::Thermal {
 
@@ -19,96 +17,45 @@ namespace {
 
 constexpr std::string_view heading = "seconds,degrees";
 /** No radio works outside; a log in Kelvin or in tenths of a degree is found out. */
-constexpr std::int32_t coldestRadio = -100;
-constexpr std::int32_t hottestRadio = 200;
+constexpr std::int64_t coldestRadio = -100;
+constexpr std::int64_t hottestRadio = 200;
 /** A century of seconds since any epoch, and more; times can be subtracted and scaled without a thought. */
 constexpr std::int64_t latest = 1'000'000'000'000;
-constexpr std::size_t longestLine = 256;
+constexpr std::size_t longestLine = 255;
 
-std::string withoutBlanks(std::string_view line) {
-    std::string text(line);
+void requireHeading(const CsvLines& lines) {
+    std::string text(lines.text());
     text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
-    return text;
+    if (text != heading) {
+        throw InputError(lines.place(),
+                         inQuotes(lines.text()) + ", expected the heading \"" + std::string(heading) + "\"");
+    }
 }
 
-/** Takes one line after the other. */
-class LogReader {
-public:
-    explicit LogReader(std::string name) : m_place{std::move(name), 0} {}
+std::int64_t integerIn(const CsvLines& lines, std::size_t cell, const char* name, std::int64_t least,
+                       std::int64_t most, const char* remark = "") {
+    const std::string_view text = lines.cells()[cell];
+    const auto number = parseNumber(withoutPlus(text), least, most);
+    // An item copies its texts; that is only for the message about a wrong one.
+    return number ? *number : CsvItem(name, text, lines.place()).integer(least, most, remark);
+}
 
-    void take(std::string_view line) {
-        ++m_place.line;
-        if (m_place.line == 1) {
-            line = withoutByteOrderMark(line);
-        }
-        line = trimmed(line);
-        if (line.empty() || line.front() == '#') {
-            return;
-        }
-        if (m_hasHeading) {
-            takeSample(line);
-        } else if (withoutBlanks(line) == heading) {
-            m_hasHeading = true;
-        } else {
-            fail(inQuotes(line) + ", expected the heading \"" + std::string(heading) + "\"");
-        }
+void takeSample(const CsvLines& lines, ThermalLog& log) {
+    if (lines.cells().size() != 2) {
+        throw InputError(lines.place(),
+                         inQuotes(lines.text()) +
+                             ", expected two numbers with a comma between them, such as \"60,-5\"");
     }
-
-    void refuseLongLine() {
-        ++m_place.line;
-        fail("longer than " + std::to_string(longestLine - 1) +
-             " characters, expected two numbers, such as \"60,-5\"");
+    const Sample sample{integerIn(lines, 0, "seconds", 0, latest),
+                        static_cast<std::int32_t>(integerIn(lines, 1, "degrees", coldestRadio, hottestRadio,
+                                                            ", as the temperature service gives it"))};
+    if (!log.empty() && sample.seconds <= log.back().seconds) {
+        throw InputError(lines.place(), "second " + std::to_string(sample.seconds) +
+                                            ", expected more than the " + std::to_string(log.back().seconds) +
+                                            " of the sample before it");
     }
-
-    ThermalLog finish() {
-        if (m_log.empty()) {
-            m_place.line = 0;
-            fail(m_hasHeading ? "no samples, expected lines such as \"60,-5\" below the heading"
-                              : "empty, expected the heading \"" + std::string(heading) + "\"");
-        }
-        return std::move(m_log);
-    }
-
-private:
-    void takeSample(std::string_view line) {
-        const std::size_t comma = line.find(',');
-        if (comma == std::string_view::npos || line.find(',', comma + 1) != std::string_view::npos) {
-            fail(inQuotes(line) + ", expected two numbers with a comma between them, such as \"60,-5\"");
-        }
-        const Sample sample{seconds(trimmed(line.substr(0, comma))),
-                            degrees(trimmed(line.substr(comma + 1)))};
-        if (!m_log.empty() && sample.seconds <= m_log.back().seconds) {
-            fail("second " + std::to_string(sample.seconds) + ", expected more than the " +
-                 std::to_string(m_log.back().seconds) + " of the sample before it");
-        }
-        m_log.push_back(sample);
-    }
-
-    std::int64_t seconds(std::string_view text) const {
-        const std::optional<std::int64_t> number = parseNumber<std::int64_t>(text);
-        if (!number || *number < 0 || *number > latest) {
-            fail("seconds: " + inQuotes(text) + ", expected a whole number from 0 to " +
-                 std::to_string(latest));
-        }
-        return *number;
-    }
-
-    std::int32_t degrees(std::string_view text) const {
-        const std::optional<std::int32_t> number = parseNumber<std::int32_t>(text);
-        if (!number || *number < coldestRadio || *number > hottestRadio) {
-            fail("degrees: " + inQuotes(text) + ", expected a whole number from " +
-                 std::to_string(coldestRadio) + " to " + std::to_string(hottestRadio) +
-                 ", as the temperature service gives it");
-        }
-        return *number;
-    }
-
-    [[noreturn]] void fail(const std::string& message) const { throw InputError(m_place, message); }
-
-    Place m_place;
-    bool m_hasHeading = false;
-    ThermalLog m_log;
-};
+    log.push_back(sample);
+}
 
 [[noreturn]] void throwUnreadable(const std::string& name, int reason) {
     throw InputError({name, 0}, "cannot be read: " + std::generic_category().message(reason) +
@@ -131,20 +78,31 @@ ThermalLog readThermalLog(const std::filesystem::path& file) {
 }
 
 ThermalLog readThermalLog(std::istream& stream, const std::string& name) {
-    LogReader reader(name);
-    // A line has a limit, so that a file that is no log at all is not read as one endless line.
-    std::array<char, longestLine> line{};
+    ThermalLog log;
+    CsvLines lines(name, longestLine, "two numbers, such as \"60,-5\"");
+    // A limit, byte order mark included, so that a file that is no log is not read as one endless line.
+    std::array<char, longestLine + 1> line{};
     while (stream.getline(line.data(), static_cast<std::streamsize>(line.size()))) {
         const auto taken = static_cast<std::size_t>(stream.gcount());
-        reader.take({line.data(), stream.eof() ? taken : taken - 1});
+        const CsvLine kind = lines.take({line.data(), stream.eof() ? taken : taken - 1});
+        if (kind == CsvLine::heading) {
+            requireHeading(lines);
+        } else if (kind == CsvLine::row) {
+            takeSample(lines, log);
+        }
     }
     if (stream.bad()) {
         throwUnreadable(name, EIO);
     }
     if (!stream.eof()) {
-        reader.refuseLongLine();
+        lines.refuseLongLine();
     }
-    return reader.finish();
+    if (log.empty()) {
+        throw InputError({name, 0}, lines.hasHeading()
+                                        ? "no samples, expected lines such as \"60,-5\" below the heading"
+                                        : "empty, expected the heading \"" + std::string(heading) + "\"");
+    }
+    return log;
 }
 
 } // namespace Radio::Thermal

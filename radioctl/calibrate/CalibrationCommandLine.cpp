@@ -2,6 +2,7 @@
 
 #include "radio/board/CalibrationBounds.h"
 #include "radio/text/Frequency.h"
+#include "radio/text/Numbers.h"
 #include "radio/text/Words.h"
 #include "radioctl/options/Values.h"
 #include "radioctl/report/ExitCode.h"
@@ -9,7 +10,6 @@
 #include "radioctl/report/Output.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <limits>
 
 namespace Radio::Calibration {
@@ -30,11 +30,8 @@ std::string whyNoCarrier(const std::string& word) {
 }
 
 std::string whyNoShrinkFactor(const std::string& word) {
-    char* end = nullptr;
-    const double factor = std::strtod(word.c_str(), &end);
-    return end != word.c_str() && *end == '\0' && isShrinkFactor(factor)
-               ? ""
-               : inQuotes(word) + ", expected " + shrinkFactorText;
+    const std::optional<double> factor = parseOption(word);
+    return factor && isShrinkFactor(*factor) ? "" : inQuotes(word) + ", expected " + shrinkFactorText;
 }
 
 /** A serial number goes into files that others read. */

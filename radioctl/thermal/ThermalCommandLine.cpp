@@ -1,12 +1,12 @@
 #include "radioctl/thermal/ThermalCommandLine.h"
 
 #include "radio/text/Frequency.h"
+#include "radio/text/Numbers.h"
 #include "radio/text/WordError.h"
 #include "radio/text/Words.h"
 #include "radioctl/report/ExitCode.h"
 #include "radioctl/report/Output.h"
 
-#include <charconv>
 #include <string_view>
 #include <utility>
 
@@ -17,14 +17,11 @@ namespace {
 /** Throws WordError for anything but "CHANNEL=FREQUENCY". */
 Carriers::value_type parseCarrier(std::string_view word) {
     const std::size_t equals = word.find('=');
-    const std::string_view number = word.substr(0, equals);
-    int channel = 0;
-    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), channel);
-    if (equals == std::string_view::npos || error != std::errc() || end != number.data() + number.size() ||
-        channel < 0) {
+    const auto channel = parseNumber<int>(word.substr(0, equals), 0);
+    if (equals == std::string_view::npos || !channel) {
         throw WordError(inQuotes(word) + ", expected a channel and its carrier, such as \"1=18.00025GHz\"");
     }
-    return {channel, parseFrequency(word.substr(equals + 1), "")};
+    return {*channel, parseFrequency(word.substr(equals + 1), "")};
 }
 
 /** Has the value of an option checked with the rest of the command line. */
