@@ -1,18 +1,8 @@
 #include "standalone/TemperatureService.h"
 
 #include "standalone/Codes.h"
-#include "standalone/Platform.h"
 
 #include <algorithm>
-
-ITemperatureHandler::~ITemperatureHandler() = default;
-
-ETHResult ITemperatureHandler::registerObserver(ITemperatureObserver* observer) {
-    using Standalone::Platform;
-    Platform* const platform = Platform::current();
-    return static_cast<ETHResult>(platform != nullptr ? platform->temperature().add(observer)
-                                                      : Standalone::Codes::noPlatform);
-}
 
 namespace Standalone {
 
