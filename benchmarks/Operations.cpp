@@ -116,12 +116,12 @@ Operation calibration(const std::string& name, const RadioOptions& options) {
         "Tx", [](auto& floor, int /*time*/) { floor.calibrate(0, 4000, 0, 4000, 0.75); });
 }
 
-/** The start of a radio of which everything is described, and whose modules are gone each time. */
+/** The start of a radio of which everything is described, and whose modules are gone; then its end. */
 std::function<Run()> boot(int channels) {
     return [channels]() -> Run {
         auto radio = makeRadio({Type::MicrowaveBoardHz, channels, 0, Standalone::TraceLevel::off});
         radio->shutDown();
-        return [radio](int /*time*/) { radio->boot(); };
+        return [radio](int time) { time == 0 ? radio->boot() : radio->shutDown(); };
     };
 }
 
@@ -134,7 +134,12 @@ std::function<Run()> bootOnFloor(int channels) {
             names->emplace_back(channel);
         }
         auto modules = std::make_shared<std::vector<std::unique_ptr<BootFloor>>>();
-        return [radio, names, modules](int /*time*/) {
+        return [radio, names, modules](int time) {
+            if (time != 0) {
+                radio->platform().temperature().forgetObservers();
+                modules->clear();
+                return;
+            }
             for (const BootNames& channel : *names) {
                 modules->push_back(std::make_unique<BootFloor>(channel));
             }
@@ -239,7 +244,13 @@ void addVariations(std::vector<Operation>& all) {
 
 void addBootsAndLookups(std::vector<Operation>& all) {
     for (const int channels : {1, 2, 4, 8, 16, 32, 64}) {
-        all.push_back({"boot." + std::to_string(channels), boot(channels), bootOnFloor(channels), {}, 1});
+        const std::string number = std::to_string(channels);
+        all.push_back({"boot." + number, boot(channels), bootOnFloor(channels), {}, 1, "shutdown." + number});
+    }
+    // So many that counting takes seconds, and that what is done once only weighs nothing.
+    for (const int channels : {512, 4096}) {
+        const std::string number = std::to_string(channels);
+        all.push_back({"boot." + number, boot(channels), {}, {}, 1, "shutdown." + number, false});
     }
     for (const int nodes : {10, 30, 100, 300, 1000, 3000, 10'000}) {
         all.push_back({"lookup.linear." + std::to_string(nodes), [nodes] { return lookUpLinear(nodes); }});

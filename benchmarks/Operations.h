@@ -22,6 +22,10 @@ struct Operation {
     std::function<Run()> checkedFloor{};
     /** How often it is carried out in one count; 1 for one that cannot be repeated on the same radio. */
     int repetitions = 100;
+    /** The name of what undoes it, which is Run(1) and is counted, not timed; empty where nothing does. */
+    std::string undoing{};
+    /** Whether it is carried out beforehand, so that whatever is done once only is done. */
+    bool isWarmedUp = true;
 };
 
 /** All of them. */

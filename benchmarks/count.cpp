@@ -13,9 +13,9 @@ using Benchmarks::Operation;
 using Benchmarks::Run;
 
 /** What is counted. An emulator sees its beginning and its end by the system calls. */
-extern "C" [[gnu::noinline]] void measured(const Run& run, int repetitions) {
+extern "C" [[gnu::noinline]] void measured(const Run& run, int begin, int end) {
     getppid();
-    for (int time = 0; time < repetitions; ++time) {
+    for (int time = begin; time < end; ++time) {
         run(time);
     }
     getppid();
@@ -23,16 +23,22 @@ extern "C" [[gnu::noinline]] void measured(const Run& run, int repetitions) {
 
 namespace {
 
-void count(const std::string& name, const std::function<Run()>& prepare, int repetitions) {
-    if (repetitions > 1) {
-        const Run run = prepare();
-        run(0); // whatever is done once only
-        measured(run, repetitions);
-    } else {
+/** By library or floor, which `prefix` says. */
+void count(const std::string& prefix, const Operation& operation, const std::function<Run()>& prepare) {
+    const bool canBeRepeated = operation.repetitions > 1;
+    if (operation.isWarmedUp && !canBeRepeated) {
         prepare()(0);
-        measured(prepare(), 1);
     }
-    std::cout << name << ' ' << repetitions << '\n';
+    const Run run = prepare();
+    if (operation.isWarmedUp && canBeRepeated) {
+        run(0);
+    }
+    measured(run, 0, operation.repetitions);
+    std::cout << prefix << operation.name << ' ' << operation.repetitions << '\n';
+    if (!operation.undoing.empty()) {
+        measured(run, 1, 2);
+        std::cout << prefix << operation.undoing << " 1\n";
+    }
 }
 
 } // namespace
@@ -40,19 +46,19 @@ void count(const std::string& name, const std::function<Run()>& prepare, int rep
 int main(int argc, char** argv) {
     const std::string wanted = argc > 1 ? argv[1] : "";
     for (const int repetitions : {100, 1}) {
-        count(
-            "nothing." + std::to_string(repetitions), [] { return [](int /*time*/) {}; }, repetitions);
+        const auto nothing = [] { return [](int /*time*/) {}; };
+        count("", {"nothing." + std::to_string(repetitions), nothing, {}, {}, repetitions}, nothing);
     }
     for (const Operation& operation : Benchmarks::operations()) {
         if (operation.name.find(wanted) == std::string::npos) {
             continue;
         }
-        count(operation.name, operation.library, operation.repetitions);
+        count("", operation, operation.library);
         if (operation.floor) {
-            count("floor." + operation.name, operation.floor, operation.repetitions);
+            count("floor.", operation, operation.floor);
         }
         if (operation.checkedFloor) {
-            count("checked-floor." + operation.name, operation.checkedFloor, operation.repetitions);
+            count("checked-floor.", operation, operation.checkedFloor);
         }
     }
     return 0;

@@ -20,6 +20,9 @@ import tempfile
 MARGIN = 0.02
 RENEW = "benchmarks/report records it anew"
 LIBRARY = "libFrequencyHandler.so"
+PLATFORM = "libStandalonePlatform.so"
+# Each of many channels may cost the platform that many times what each of few does.
+FEW, MANY, GROWTH = 64, 4096, 1.5
 FLOORS = {"floor": "floor.", "with checks": "checked-floor."}
 # As the page calls them.
 PROCESSORS = {"x86-64": "x86-64", "32-bit ARM": "armhf"}
@@ -202,11 +205,37 @@ def uneven(counts):
         if is_off(own(boot) / channels, own(one), 0.03):
             yield (f"the library's part of the boot of {channels} channels takes {own(boot) / channels:.0f} instructions "
                    f"for each, and {own(one):.0f} for one alone")
+    # Whoever searches or moves all channels for each one is far above this. The platform may have the C and C++ libraries
+    # do that for it; what these do for the library is in the sum too, and the same for each.
+    for what in ("boot", "shutdown"):
+        for title, cost in (("the platform takes", platform), ("all but the library takes", all_but_library)):
+            few, many = few_and_many(counts, what, cost)
+            if many > GROWTH * few:
+                yield (f"in the {what} of {MANY} channels {title} {many:.0f} instructions for each, and {few:.0f} among "
+                       f"{FEW}; {GROWTH * few:.0f} would still be linear")
+
+
+def few_and_many(counts, what, cost):
+    """What each of few channels costs, and each of many."""
+    return tuple(cost(counts[f"{what}.{channels}"]) / channels for channels in (FEW, MANY))
+
+
+def inside(value, file):
+    """Instructions of the file of that name; 0 where that is not known."""
+    return sum(cost for name, cost in value.objects.items() if name.startswith(file))
 
 
 def own(value):
     """Instructions inside the library."""
-    return sum(cost for name, cost in value.objects.items() if name.startswith(LIBRARY))
+    return inside(value, LIBRARY)
+
+
+def platform(value):
+    return inside(value, PLATFORM)
+
+
+def all_but_library(value):
+    return value.total - own(value)
 
 
 def main(arguments):

@@ -2,7 +2,6 @@
 
 #include "standalone/Codes.h"
 
-#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -146,9 +145,7 @@ std::int32_t DriverBank::lookup(DriverInterface** out, const char* name) {
         if (driver == nullptr) {
             return Codes::notFound;
         }
-        const bool givesNull =
-            std::find(m_nullRecords.begin(), m_nullRecords.end(), wanted) != m_nullRecords.end();
-        *out = givesNull ? nullptr : driver->record();
+        *out = m_nullRecords.count(wanted) != 0 ? nullptr : driver->record();
         return ResultOk;
     };
     return m_calls.answer(wanted, {Operation::driverLookup}, carryOut, out);

@@ -9,10 +9,10 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace Standalone {
 
@@ -102,12 +102,12 @@ public:
     /** An unknown name gives Codes::notFound and leaves `*out` untouched; so does every other failure. */
     std::int32_t lookup(DriverInterface** out, const char* name);
     /** Has a successful lookup of `name` store null instead of the driver's record. */
-    void giveNullRecord(const std::string& name) { m_nullRecords.push_back(name); }
+    void giveNullRecord(const std::string& name) { m_nullRecords.insert(name); }
 
 private:
     Calls& m_calls;
     std::map<std::string, std::unique_ptr<Driver>, std::less<>> m_drivers;
-    std::vector<std::string> m_nullRecords;
+    std::set<std::string, std::less<>> m_nullRecords;
 };
 
 } // namespace Standalone

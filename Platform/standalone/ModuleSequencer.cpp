@@ -1,14 +1,9 @@
 #include "standalone/ModuleSequencer.h"
 
 #include "standalone/Codes.h"
-#include "standalone/Platform.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
-
-using Standalone::Platform;
-namespace Codes = Standalone::Codes;
 
 namespace Standalone {
 
@@ -19,6 +14,25 @@ constexpr ECallbackPriority classPriority{0};
 
 bool contains(const unsigned long* phases, unsigned long phaseCount, unsigned long phase) {
     return phases != nullptr && std::find(phases, phases + phaseCount, phase) != phases + phaseCount;
+}
+
+/**
+ * Has `add` put something into a list and keeps its place there under `key`, unless that is known already.
+ * Without memory for both, neither is done.
+ */
+template <typename Index, typename Add>
+std::int32_t addOnce(Index& index, const typename Index::key_type& key, const Add& add) {
+    const auto [entry, isNew] = index.try_emplace(key);
+    if (!isNew) {
+        return Codes::alreadyThere;
+    }
+    try {
+        entry->second = add();
+    } catch (...) {
+        index.erase(entry);
+        throw;
+    }
+    return ResultOk;
 }
 
 } // namespace
@@ -33,11 +47,10 @@ std::int32_t ModuleSequencer::add(ModuleInterface* module) {
         if (module == nullptr) {
             return Codes::badArgument;
         }
-        if (find(module) != nullptr) {
-            return Codes::alreadyThere;
-        }
-        insert({module->getModuleId(), module->getModuleName(), module->getModuleChannel(), module, {}});
-        return ResultOk;
+        return addOnce(m_classModules, module, [&] {
+            return m_modules.emplace(module->getModuleId(),
+                                     Module{module->getModuleName(), module->getModuleChannel(), module, {}});
+        });
     });
 }
 
@@ -47,18 +60,18 @@ std::int32_t ModuleSequencer::remove(ModuleInterface* module) {
         if (module == nullptr) {
             return Codes::badArgument;
         }
-        if (find(module) == nullptr) {
-            return Codes::notFound;
-        }
-        forget(module);
-        return ResultOk;
+        return forget(module) ? ResultOk : Codes::notFound;
     });
 }
 
-void ModuleSequencer::forget(const ModuleInterface* module) {
-    const auto gone = std::remove_if(m_modules.begin(), m_modules.end(),
-                                     [&](const Module& entry) { return entry.module == module; });
-    m_modules.erase(gone, m_modules.end());
+bool ModuleSequencer::forget(const ModuleInterface* module) {
+    const auto found = m_classModules.find(module);
+    if (found == m_classModules.end()) {
+        return false;
+    }
+    m_modules.erase(found->second);
+    m_classModules.erase(found);
+    return true;
 }
 
 std::int32_t ModuleSequencer::add(unsigned moduleId, const char* moduleName) {
@@ -67,11 +80,9 @@ std::int32_t ModuleSequencer::add(unsigned moduleId, const char* moduleName) {
         if (moduleName == nullptr) {
             return Codes::badArgument;
         }
-        if (find(moduleId) != nullptr) {
-            return Codes::alreadyThere;
-        }
-        insert({moduleId, moduleName, 0, nullptr, {}});
-        return ResultOk;
+        return addOnce(m_cModules, moduleId, [&] {
+            return m_modules.emplace(moduleId, Module{moduleName, 0, nullptr, {}});
+        });
     });
 }
 
@@ -84,11 +95,11 @@ std::int32_t ModuleSequencer::addCallback(unsigned moduleId, const char* callbac
             phases == nullptr) {
             return Codes::badArgument;
         }
-        Module* const module = find(moduleId);
-        if (module == nullptr) {
+        const auto module = m_cModules.find(moduleId);
+        if (module == m_cModules.end()) {
             return Codes::notFound;
         }
-        std::vector<Callback>& callbacks = module->callbacks;
+        std::vector<Callback>& callbacks = module->second->second.callbacks;
         const auto place =
             std::upper_bound(callbacks.begin(), callbacks.end(), order,
                              [](unsigned o, const Callback& entry) { return o < entry.order; });
@@ -100,11 +111,11 @@ std::int32_t ModuleSequencer::addCallback(unsigned moduleId, const char* callbac
 PhaseReport ModuleSequencer::run(unsigned long phase) {
     PhaseReport report{phase, {}};
     // The modules called may register and unregister modules, which must not disturb this walk.
-    const std::vector<Module> modules = m_modules;
-    for (const Module& module : modules) {
-        const std::optional<std::int32_t> code = call(module, phase);
+    for (Turn& turn : turns()) {
+        const std::optional<std::int32_t> code = call(turn, phase);
         if (code) {
-            report.steps.push_back({module.id, module.name, module.channel, *code});
+            turn.step.code = *code;
+            report.steps.push_back(std::move(turn.step));
         }
         if (!report.succeeded()) {
             break;
@@ -113,15 +124,24 @@ PhaseReport ModuleSequencer::run(unsigned long phase) {
     return report;
 }
 
-std::optional<std::int32_t> ModuleSequencer::call(const Module& module, unsigned long phase) {
-    if (module.module != nullptr) {
-        if (find(module.module) == nullptr || !module.module->wantsPhase(phase)) {
+std::vector<ModuleSequencer::Turn> ModuleSequencer::turns() const {
+    std::vector<Turn> turns;
+    turns.reserve(m_modules.size());
+    for (const auto& [id, module] : m_modules) {
+        turns.push_back({{id, module.name, module.channel, ResultOk}, module.module, module.callbacks});
+    }
+    return turns;
+}
+
+std::optional<std::int32_t> ModuleSequencer::call(const Turn& turn, unsigned long phase) const {
+    if (turn.module != nullptr) {
+        if (m_classModules.count(turn.module) == 0 || !turn.module->wantsPhase(phase)) {
             return std::nullopt;
         }
-        return module.module->onPhaseActivation(phase, classPriority);
+        return turn.module->onPhaseActivation(phase, classPriority);
     }
     std::optional<std::int32_t> code;
-    for (const Callback& callback : module.callbacks) {
+    for (const Callback& callback : turn.callbacks) {
         // The record is the module's, which may have taken its function out since.
         const auto onPhaseActivation = callback.record->onPhaseActivation;
         if (onPhaseActivation != nullptr && contains(callback.phases, callback.phaseCount, phase)) {
@@ -134,121 +154,4 @@ std::optional<std::int32_t> ModuleSequencer::call(const Module& module, unsigned
     return code;
 }
 
-void ModuleSequencer::insert(Module module) {
-    const auto place = std::upper_bound(m_modules.begin(), m_modules.end(), module.id,
-                                        [](unsigned id, const Module& entry) { return id < entry.id; });
-    m_modules.insert(place, std::move(module));
-}
-
-ModuleSequencer::Module* ModuleSequencer::find(const ModuleInterface* module) {
-    const auto found = std::find_if(m_modules.begin(), m_modules.end(),
-                                    [&](const Module& entry) { return entry.module == module; });
-    return found != m_modules.end() ? &*found : nullptr;
-}
-
-ModuleSequencer::Module* ModuleSequencer::find(unsigned moduleId) {
-    const auto found = std::find_if(m_modules.begin(), m_modules.end(), [&](const Module& entry) {
-        return entry.module == nullptr && entry.id == moduleId;
-    });
-    return found != m_modules.end() ? &*found : nullptr;
-}
-
 } // namespace Standalone
-
-// The contract gives the name by reference. NOLINTNEXTLINE(modernize-pass-by-value)
-ModuleInterface::ModuleInterface(unsigned moduleId, const std::string& moduleName, unsigned channel,
-                                 unsigned /*reserved*/, const unsigned long* phaseFilter,
-                                 unsigned long phaseCount)
-    : m_moduleId(moduleId),
-      m_channel(channel),
-      m_phaseFilter(phaseFilter),
-      m_phaseCount(phaseCount) {
-    try {
-        m_moduleName = moduleName;
-    } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): a module without a name works
-    }
-}
-
-ModuleInterface::~ModuleInterface() {
-    if (Platform* const platform = Platform::current()) {
-        platform->modules().forget(this);
-    }
-}
-
-bool ModuleInterface::wantsPhase(unsigned long phase) const {
-    return Standalone::contains(m_phaseFilter, m_phaseCount, phase);
-}
-
-EAFResult ModuleInterface::onPhaseActivation(unsigned long phase, ECallbackPriority /*priority*/) {
-    switch (phase) {
-    case Standalone::phaseModuleInit:
-        return onModuleInit();
-    case Standalone::phaseStorageObjectsRetrieved:
-        return onPhaseModuleStorageObjectsRetreived();
-    case Standalone::phasePostFrameformatLoad:
-        return onPhasePostFrameformatLoad();
-    default:
-        return ResultOk;
-    }
-}
-
-EAFResult ModuleInterface::onModuleInit() {
-    return ResultOk;
-}
-EAFResult ModuleInterface::onPhaseModuleStorageObjectsRetreived() {
-    return ResultOk;
-}
-EAFResult ModuleInterface::onPhasePostFrameformatLoad() {
-    return ResultOk;
-}
-EAFResult ModuleInterface::onPhaseEndFrameformatLoad() {
-    return ResultOk;
-}
-EAFResult ModuleInterface::onPhaseStart() {
-    return ResultOk;
-}
-EAFResult ModuleInterface::onPhaseStop() {
-    return ResultOk;
-}
-EAFResult ModuleInterface::onPhaseFrameformatLoad() {
-    return ResultOk;
-}
-EAFResult ModuleInterface::onPhasePreFrameformatLoad() {
-    return ResultOk;
-}
-EAFResult ModuleInterface::onPhaseSetRadioChannelNearEndFinished() {
-    return ResultOk;
-}
-
-CModuleManager& CModuleManager::GetInstance() {
-    static CModuleManager manager;
-    return manager;
-}
-
-EAFResult CModuleManager::RegisterModule(ModuleInterface* module) {
-    Platform* const platform = Platform::current();
-    return static_cast<EAFResult>(platform != nullptr ? platform->modules().add(module) : Codes::noPlatform);
-}
-
-EAFResult CModuleManager::UnRegisterModule(ModuleInterface* module) {
-    Platform* const platform = Platform::current();
-    return static_cast<EAFResult>(platform != nullptr ? platform->modules().remove(module)
-                                                      : Codes::noPlatform);
-}
-
-EAFResult CModuleManager_RegisterModule(unsigned moduleId, const char* moduleName) {
-    Platform* const platform = Platform::current();
-    return static_cast<EAFResult>(platform != nullptr ? platform->modules().add(moduleId, moduleName)
-                                                      : Codes::noPlatform);
-}
-
-EAFResult CModuleManager_RegisterCallback(unsigned moduleId, const char* callbackName, unsigned order,
-                                          ModuleCallbackRecord* callback, ECallbackPriority priority,
-                                          unsigned /*reserved*/, const unsigned long* phases,
-                                          unsigned long phaseCount) {
-    Platform* const platform = Platform::current();
-    return static_cast<EAFResult>(
-        platform != nullptr ? platform->modules().addCallback(moduleId, callbackName, order, callback,
-                                                              priority, phases, phaseCount)
-                            : Codes::noPlatform);
-}

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -45,12 +46,17 @@ struct RADIO_API PhaseReport {
 class RADIO_API ModuleSequencer {
 public:
     explicit ModuleSequencer(Calls& calls) : m_calls(calls) {}
+    ModuleSequencer(const ModuleSequencer&) = delete;
+    ModuleSequencer& operator=(const ModuleSequencer&) = delete;
 
     /** Many modules may have the same identifier, but one object is registered once. */
     std::int32_t add(ModuleInterface* module);
     std::int32_t remove(ModuleInterface* module);
-    /** For a module that is being destroyed: it is not called any more, whatever became of its `remove`. */
-    void forget(const ModuleInterface* module);
+    /**
+     * For a module that is being destroyed: it is not called any more, whatever became of its `remove`. True
+     * when it was still registered.
+     */
+    bool forget(const ModuleInterface* module);
 
     /** Makes a module of the C view known; its identifier is unique among those. */
     std::int32_t add(unsigned moduleId, const char* moduleName);
@@ -78,22 +84,33 @@ private:
     };
     /** A module of the class view has `module`, one of the C view has `callbacks`. */
     struct Module {
-        unsigned id;
         std::string name;
         unsigned channel;
         ModuleInterface* module;
         std::vector<Callback> callbacks;
     };
+    /** By identifier, and among equals in the order of registration. */
+    using Modules = std::multimap<unsigned, Module>;
+    /** One module in a phase, as it was known when the phase began. */
+    struct Turn {
+        /** What is reported of it, but for its code. */
+        PhaseStep step;
+        ModuleInterface* module;
+        std::vector<Callback> callbacks;
+    };
 
-    void insert(Module module);
+    /** A turn for every module, in order. */
+    std::vector<Turn> turns() const;
     /** The module's answer; nothing when it does not want the phase or has left. */
-    std::optional<std::int32_t> call(const Module& module, unsigned long phase);
-    Module* find(const ModuleInterface* module);
-    Module* find(unsigned moduleId);
+    std::optional<std::int32_t> call(const Turn& turn, unsigned long phase) const;
 
     Calls& m_calls;
     /** In the order in which a phase calls them. */
-    std::vector<Module> m_modules;
+    Modules m_modules;
+    // Where they stand there, those of the class view by their object, those of the C view by their
+    // identifier.
+    std::map<const ModuleInterface*, Modules::iterator> m_classModules;
+    std::map<unsigned, Modules::iterator> m_cModules;
 };
 
 } // namespace Standalone

@@ -1,18 +1,8 @@
 #include "standalone/TemperatureService.h"
 
 #include "standalone/Codes.h"
-#include "standalone/Platform.h"
 
-#include <algorithm>
-
-ITemperatureHandler::~ITemperatureHandler() = default;
-
-ETHResult ITemperatureHandler::registerObserver(ITemperatureObserver* observer) {
-    using Standalone::Platform;
-    Platform* const platform = Platform::current();
-    return static_cast<ETHResult>(platform != nullptr ? platform->temperature().add(observer)
-                                                      : Standalone::Codes::noPlatform);
-}
+#include <vector>
 
 namespace Standalone {
 
@@ -24,17 +14,22 @@ TemperatureService::TemperatureService(Calls& calls)
 }
 
 std::int32_t TemperatureService::add(ITemperatureObserver* observer) {
-    return m_calls.answer("ITemperatureHandler", {Operation::temperatureRegister},
-                          [&](std::int64_t& /*given*/) -> std::int32_t {
-                              if (observer == nullptr || observer->notifyTemperature == nullptr) {
-                                  return Codes::badArgument;
-                              }
-                              if (std::find(m_observers.begin(), m_observers.end(), observer) ==
-                                  m_observers.end()) {
-                                  m_observers.push_back(observer);
-                              }
-                              return ResultOk;
-                          });
+    const auto carryOut = [&](std::int64_t& /*given*/) -> std::int32_t {
+        if (observer == nullptr || observer->notifyTemperature == nullptr) {
+            return Codes::badArgument;
+        }
+        const auto [place, isNew] = m_known.insert(observer);
+        if (isNew) {
+            try {
+                m_observers.push_back(observer);
+            } catch (...) { // without memory for both it is in neither
+                m_known.erase(place);
+                throw;
+            }
+        }
+        return ResultOk;
+    };
+    return m_calls.answer("ITemperatureHandler", {Operation::temperatureRegister}, carryOut);
 }
 
 std::size_t TemperatureService::set(int temperature) {

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <set>
 
 namespace Standalone {
 
@@ -27,12 +28,17 @@ public:
     std::optional<int> temperature() const { return m_temperature; }
     std::size_t observerCount() const { return m_observers.size(); }
     /** Forgets all observers; to be called before they are destroyed. */
-    void forgetObservers() { m_observers.clear(); }
+    void forgetObservers() {
+        m_observers.clear();
+        m_known.clear();
+    }
 
 private:
     Calls& m_calls;
     TemperatureHandlerCStruct m_record;
     std::optional<int> m_temperature;
+    /** The same observers, so that one that is there already is found without a walk. */
+    std::set<const ITemperatureObserver*> m_known;
 };
 
 } // namespace Standalone

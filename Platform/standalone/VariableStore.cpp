@@ -1,14 +1,10 @@
 #include "standalone/VariableStore.h"
 
 #include "standalone/Codes.h"
-#include "standalone/Platform.h"
 
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
-
-using Standalone::Platform;
-namespace Codes = Standalone::Codes;
 
 namespace Standalone {
 
@@ -80,17 +76,3 @@ std::int32_t VariableStore::getContentAddress(const char* name, void** address) 
 }
 
 } // namespace Standalone
-
-EAFResult CStorageManager_GetVariableByName(const char* name, StorageVariable** out) {
-    Platform* const platform = Platform::current();
-    return static_cast<EAFResult>(platform != nullptr ? platform->variables().getByName(name, out)
-                                                      : Codes::noPlatform);
-}
-
-EAFResult CStorageManager_GetVariableContentAddressByName(const char* name, void** contentAddress,
-                                                          int /*reserved*/) {
-    Platform* const platform = Platform::current();
-    return static_cast<EAFResult>(platform != nullptr
-                                      ? platform->variables().getContentAddress(name, contentAddress)
-                                      : Codes::noPlatform);
-}

@@ -32,8 +32,9 @@ std::string lineOf(const Standalone::Call& call) {
     return line.str();
 }
 
-/** What up to three runs call. */
-std::vector<std::string> storyOf(const std::function<Run()>& prepare, int repetitions) {
+/** What up to three runs call, and what undoes them. */
+std::vector<std::string> storyOf(const std::function<Run()>& prepare, const Operation& operation) {
+    const int runs = operation.undoing.empty() ? std::min(operation.repetitions, 3) : 2;
     const Run run = prepare();
     std::vector<std::string> lines;
     story = &lines;
@@ -41,7 +42,7 @@ std::vector<std::string> storyOf(const std::function<Run()>& prepare, int repeti
         [](const Standalone::Call& call) { tell(lineOf(call)); });
     Standalone::Platform::current()->trace().setSink(
         [](const Standalone::TraceMessage& message) { tell("trace: " + message.text); });
-    for (int time = 0; time < std::min(repetitions, 3); ++time) {
+    for (int time = 0; time < runs; ++time) {
         run(time);
     }
     Standalone::Platform::current()->trace().setSink({});
@@ -104,9 +105,9 @@ std::unique_ptr<Observer<IFrequencyHandler>> Benchmarks::makeObserver() {
 
 TEST_P(FloorTest, MakesTheCallsOfTheLibrary) {
     const auto& [name, operation, floor] = GetParam();
-    const std::vector<std::string> expected = storyOf(operation.library, operation.repetitions);
+    const std::vector<std::string> expected = storyOf(operation.library, operation);
     EXPECT_GE(expected.size(), 6U);
-    EXPECT_EQ(storyOf(floor, operation.repetitions), expected);
+    EXPECT_EQ(storyOf(floor, operation), expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, FloorTest, testing::ValuesIn(pairs()),

@@ -231,6 +231,132 @@ TEST_F(ModuleManagerTest, ModuleThatJoinsDuringAPhaseWaitsForTheNext) {
     EXPECT_THAT(run(11), ElementsAre("first init", "second init"));
 }
 
+TEST_F(ModuleManagerTest, ModuleThatUnregistersALaterOneDuringAPhaseSkipsOnlyThatOne) {
+    LoggingModule first(19000, "first", log);
+    LoggingModule second(19000, "second", log);
+    LoggingModule third(19000, "third", log);
+    add(first);
+    add(second);
+    add(third);
+    first.onCall = [&] { EXPECT_EQ(manager.UnRegisterModule(&second), 0); };
+    EXPECT_THAT(run(11), ElementsAre("first init", "third init"));
+    EXPECT_EQ(report.steps.size(), 2U);
+}
+
+TEST_F(ModuleManagerTest, ModuleThatUnregistersAnEarlierOneDuringAPhaseDisturbsNobody) {
+    LoggingModule first(19000, "first", log);
+    LoggingModule second(19000, "second", log);
+    LoggingModule third(19000, "third", log);
+    add(first);
+    add(second);
+    add(third);
+    second.onCall = [&] { EXPECT_EQ(manager.UnRegisterModule(&first), 0); };
+    EXPECT_THAT(run(11), ElementsAre("first init", "second init", "third init"));
+    second.onCall = [] {};
+    EXPECT_THAT(run(11), ElementsAre("second init", "third init"));
+}
+
+TEST_F(ModuleManagerTest, ModuleThatGoesInItsOwnTurnIsReported) {
+    auto leaving = std::make_unique<LoggingModule>(1, "leaving", log);
+    LoggingModule next(2, "next", log);
+    add(*leaving);
+    add(next);
+    leaving->onCall = [&] { EXPECT_EQ(manager.UnRegisterModule(leaving.get()), 0); };
+    EXPECT_THAT(run(11), ElementsAre("leaving init", "next init"));
+    ASSERT_EQ(report.steps.size(), 2U);
+    EXPECT_EQ(report.steps[0].moduleId, 1U);
+    EXPECT_EQ(report.steps[0].moduleName, "leaving");
+    leaving.reset();
+    EXPECT_THAT(run(11), ElementsAre("next init"));
+}
+
+TEST_F(ModuleManagerTest, ModuleThatLeavesAndReturnsDuringAPhaseHasTheTurnThatItHad) {
+    LoggingModule first(19000, "first", log);
+    LoggingModule second(19000, "second", log);
+    LoggingModule third(19000, "third", log);
+    add(first);
+    add(second);
+    add(third);
+    first.onCall = [&] {
+        EXPECT_EQ(manager.UnRegisterModule(&second), 0);
+        EXPECT_EQ(add(second), 0);
+    };
+    EXPECT_THAT(run(11), ElementsAre("first init", "second init", "third init"));
+    first.onCall = [] {};
+    EXPECT_THAT(run(11), ElementsAre("first init", "third init", "second init"));
+}
+
+TEST_F(ModuleManagerTest, ModuleThatReturnsGoesBehindItsEquals) {
+    LoggingModule first(19000, "first", log);
+    LoggingModule second(19000, "second", log);
+    LoggingModule higher(19001, "higher", log);
+    add(first);
+    add(second);
+    add(higher);
+    EXPECT_EQ(manager.UnRegisterModule(&first), 0);
+    EXPECT_EQ(add(first), 0);
+    EXPECT_THAT(run(11), ElementsAre("second init", "first init", "higher init"));
+}
+
+TEST_F(ModuleManagerTest, ModuleLeavesOnce) {
+    LoggingModule module(1, "A", log);
+    add(module);
+    EXPECT_EQ(manager.UnRegisterModule(&module), 0);
+    EXPECT_EQ(manager.UnRegisterModule(&module), Codes::notFound);
+}
+
+TEST_F(ModuleManagerTest, ModulesLeaveInAnyOrder) {
+    LoggingModule a(2, "a", log);
+    LoggingModule b(1, "b", log);
+    LoggingModule c(2, "c", log);
+    LoggingModule d(3, "d", log);
+    LoggingModule e(2, "e", log);
+    for (LoggingModule* const module : {&a, &b, &c, &d, &e}) {
+        EXPECT_EQ(add(*module), 0);
+    }
+    EXPECT_THAT(run(11), ElementsAre("b init", "a init", "c init", "e init", "d init"));
+    manager.UnRegisterModule(&c);
+    EXPECT_THAT(run(11), ElementsAre("b init", "a init", "e init", "d init"));
+    manager.UnRegisterModule(&d);
+    EXPECT_THAT(run(11), ElementsAre("b init", "a init", "e init"));
+    manager.UnRegisterModule(&b);
+    EXPECT_THAT(run(11), ElementsAre("a init", "e init"));
+    manager.UnRegisterModule(&a);
+    EXPECT_THAT(run(11), ElementsAre("e init"));
+    EXPECT_EQ(platform.modules().moduleCount(), 1U);
+}
+
+TEST_F(ModuleManagerTest, ThousandModulesOfOneIdentifierKeepTheOrderOfRegistration) {
+    std::vector<std::unique_ptr<LoggingModule>> modules;
+    Log all;
+    Log withoutEveryThird;
+    for (int number = 0; number < 1000; ++number) {
+        const std::string name = std::to_string(number);
+        modules.push_back(std::make_unique<LoggingModule>(19000, name, log));
+        EXPECT_EQ(add(*modules.back()), 0);
+        all.push_back(name + " init");
+        if (number % 3 != 0) {
+            withoutEveryThird.push_back(name + " init");
+        }
+    }
+    EXPECT_EQ(run(11), all);
+    for (std::size_t number = 0; number < 1000; number += 3) {
+        modules[number].reset();
+    }
+    EXPECT_EQ(run(11), withoutEveryThird);
+    EXPECT_EQ(platform.modules().moduleCount(), 666U);
+}
+
+TEST_F(ModuleManagerTest, SmallestIdentifierIsFirstAndLargestIsLast) {
+    LoggingModule largest(0xFFFFFFFF, "largest", log);
+    LoggingModule middle(0x80000000, "middle", log);
+    LoggingModule smallest(0, "smallest", log);
+    add(largest);
+    add(middle);
+    add(smallest);
+    EXPECT_THAT(run(11), ElementsAre("smallest init", "middle init", "largest init"));
+}
+
 /** A module of the C view; its callbacks write `text` to the log. */
 struct LoggingCallback {
     LoggingCallback(Log& callbackLog, std::string callbackText)
@@ -320,6 +446,84 @@ TEST_F(CModuleManagerTest, IdentifierIsRegisteredOnce) {
     addCallback(83000, callback);
     run(11);
     EXPECT_EQ(report.steps.at(0).moduleName, "A");
+}
+
+TEST_F(CModuleManagerTest, SameIdentifierMayBeTakenOnceInEachView) {
+    LoggingModule classModule(83000, "class", log);
+    EXPECT_EQ(CModuleManager_RegisterModule(83000, "C"), 0);
+    EXPECT_EQ(add(classModule), 0);
+    EXPECT_EQ(CModuleManager_RegisterModule(83000, "another"), Codes::alreadyThere);
+    EXPECT_EQ(addCallback(83000, callback), 0);
+    EXPECT_THAT(run(11), ElementsAre("A 11 3", "class init"));
+    EXPECT_EQ(platform.modules().moduleCount(), 2U);
+}
+
+TEST_F(CModuleManagerTest, EqualsOfBothViewsAreCalledInTheOrderOfRegistration) {
+    LoggingModule first(83000, "first", log);
+    LoggingModule last(83000, "last", log);
+    add(first);
+    CModuleManager_RegisterModule(83000, "C");
+    addCallback(83000, callback);
+    add(last);
+    EXPECT_THAT(run(11), ElementsAre("first init", "A 11 3", "last init"));
+}
+
+TEST_F(CModuleManagerTest, ClassModuleThatLeavesTakesNobodyOfTheSameIdentifierAlong) {
+    LoggingModule classModule(83000, "class", log);
+    CModuleManager_RegisterModule(83000, "C");
+    addCallback(83000, callback);
+    add(classModule);
+    EXPECT_EQ(manager.UnRegisterModule(&classModule), 0);
+    EXPECT_THAT(run(11), ElementsAre("A 11 3"));
+    EXPECT_EQ(CModuleManager_RegisterModule(83000, "another"), Codes::alreadyThere);
+}
+
+TEST_F(CModuleManagerTest, CallbacksOfOneOrderAreCalledInTheOrderOfRegistration) {
+    LoggingCallback second{log, "B"};
+    LoggingCallback early{log, "early"};
+    CModuleManager_RegisterModule(83000, "C");
+    addCallback(83000, callback);
+    addCallback(83000, second);
+    addCallback(83000, early, 99);
+    EXPECT_THAT(run(11), ElementsAre("early 11 3", "A 11 3", "B 11 3"));
+}
+
+TEST_F(CModuleManagerTest, CallbackThatJoinsDuringAPhaseWaitsForTheNext) {
+    LoggingModule first(1, "first", log);
+    LoggingCallback late{log, "late"};
+    add(first);
+    CModuleManager_RegisterModule(83000, "C");
+    addCallback(83000, callback);
+    first.onCall = [&] { EXPECT_EQ(addCallback(83000, late), 0); };
+    EXPECT_THAT(run(11), ElementsAre("first init", "A 11 3"));
+    first.onCall = [] {};
+    EXPECT_THAT(run(11), ElementsAre("first init", "A 11 3", "late 11 3"));
+}
+
+TEST_F(CModuleManagerTest, ModuleThatJoinsDuringAPhaseWaitsForTheNext) {
+    LoggingModule first(1, "first", log);
+    add(first);
+    first.onCall = [&] {
+        CModuleManager_RegisterModule(83000, "C");
+        addCallback(83000, callback);
+    };
+    EXPECT_THAT(run(11), ElementsAre("first init"));
+    first.onCall = [] {};
+    EXPECT_THAT(run(11), ElementsAre("first init", "A 11 3"));
+}
+
+TEST_F(CModuleManagerTest, ThousandModulesAreCalledByAscendingIdentifierHoweverTheyCame) {
+    std::vector<std::unique_ptr<LoggingCallback>> callbacks;
+    Log ascending;
+    for (unsigned number = 0; number < 1000; ++number) {
+        const unsigned id =
+            83000 + number * 7 % 1000; // each of 1000 identifiers once: 7 and 1000 share no factor
+        callbacks.push_back(std::make_unique<LoggingCallback>(log, std::to_string(id)));
+        EXPECT_EQ(CModuleManager_RegisterModule(id, "C"), 0);
+        EXPECT_EQ(addCallback(id, *callbacks.back()), 0);
+        ascending.push_back(std::to_string(83000 + number) + " 11 3");
+    }
+    EXPECT_EQ(run(11), ascending);
 }
 
 TEST_F(CModuleManagerTest, ModuleWithoutNameIsRefused) {

@@ -114,6 +114,46 @@ TEST_F(TemperatureTest, ForgottenObserversAreNotTold) {
     EXPECT_THAT(first.seen, IsEmpty());
 }
 
+TEST_F(TemperatureTest, ForgottenObserverMayRegisterAgain) {
+    observe(first);
+    service.forgetObservers();
+    EXPECT_EQ(service.observerCount(), 0U);
+    EXPECT_EQ(observe(first), 0);
+    EXPECT_EQ(service.observerCount(), 1U);
+    EXPECT_EQ(service.set(25), 1U);
+    EXPECT_THAT(first.seen, ElementsAre(25));
+}
+
+TEST_F(TemperatureTest, ThousandObserversAreToldInTheOrderOfTheirRegistrationEachOnce) {
+    struct Entry {
+        std::vector<int>& order;
+        int number;
+        static void note(void* context, int /*temperature*/) {
+            auto* const entry = static_cast<Entry*>(context);
+            entry->order.push_back(entry->number);
+        }
+    };
+    std::vector<int> order;
+    std::vector<int> expected;
+    std::vector<Entry> entries;
+    std::vector<ITemperatureObserver> records(1000);
+    for (int number = 0; number < 1000; ++number) {
+        entries.push_back({order, number});
+        expected.push_back(number);
+    }
+    for (std::size_t number = 0; number < 1000; ++number) {
+        // Their addresses neither rise nor fall: each of 1000 records once, as 7 and 1000 share no factor.
+        records[number * 7 % 1000] = {&entries[number], &Entry::note};
+        EXPECT_EQ(ITemperatureHandler::registerObserver(&records[number * 7 % 1000]), 0);
+    }
+    for (ITemperatureObserver& record : records) {
+        EXPECT_EQ(ITemperatureHandler::registerObserver(&record), 0); // is there already and keeps its place
+    }
+    EXPECT_EQ(service.observerCount(), 1000U);
+    EXPECT_EQ(service.set(25), 1000U);
+    EXPECT_EQ(order, expected);
+}
+
 TEST_F(TemperatureTest, CViewRegistersThroughTheFirstWordOfItsRecord) {
     void* broker = nullptr;
     void* record = nullptr;
