@@ -118,7 +118,8 @@ std::optional<Calls::Verdict> Calls::judge(Operation operation, std::string_view
         return std::nullopt;
     }
     const Verdict verdict{fault->code, fault->output, fault->isCarriedOut, fault->givesNull};
-    if (fault->times && --*fault->times == 0) {
+    std::optional<std::uint32_t>& times = fault->times;
+    if (times && --*times == 0) {
         m_faults.erase(std::next(fault).base());
         updateIdle();
     }

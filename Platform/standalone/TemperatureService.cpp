@@ -6,6 +6,7 @@
 
 namespace Standalone {
 
+// cppcheck-suppress uninitMemberVar // the record is, in braces
 TemperatureService::TemperatureService(Calls& calls)
     : IInterface("ITemperatureHandler"),
       m_calls(calls),

@@ -7,9 +7,9 @@
 
 using namespace RL::FrequencyHandler;
 
-static OrbiTrace s_trace(Trace::objectName, Trace::initialLevel);
-
 namespace {
+
+OrbiTrace s_trace(Trace::objectName, Trace::initialLevel);
 
 /** Whether the list can take one more without asking for memory, which it does here. */
 bool makeRoom(std::vector<Observer<IFrequencyHandler>*>& list) {

@@ -220,8 +220,8 @@ TEST_F(ThermalProgramTest, LogOfOneSampleIsDrawnAsALevel) {
     EXPECT_EQ(thermal({"--html", "page.html"}).exitCode, 0);
     const std::string page = contentOf("page.html");
     EXPECT_THAT(page, HasSubstr("1 sample in 0 s"));
-    // Behind the line in the key comes a line in the plot.
-    EXPECT_THAT(page, testing::ContainsRegex("L[0-9.]+,[0-9.]+ M[0-9.]+,[0-9.]+ L[0-9.]+,"));
+    // Unlike the line in the key, the one in the plot goes in its colour from the left edge to the right one.
+    EXPECT_THAT(page, testing::ContainsRegex("rgb[^>]*M[0-9][0-9][.][0-9]+,[0-9.]+ L9[0-9][0-9][.]"));
 }
 
 TEST_F(ThermalProgramTest, UnusableLogIsExitCode3) {
