@@ -33,7 +33,8 @@ protected:
             {"raster", {1}, {{direction == Direction::tx, first, step, count}}, channelSpacings, {}});
     }
 
-    AuditEnd audit() {
+    AuditEnd audit() { return auditWhole().end; }
+    AuditResult auditWhole() {
         BootedRadio booted(m_board);
         EXPECT_TRUE(booted.isUp());
         if (m_doctor) {
@@ -43,7 +44,7 @@ protected:
             m_asked.push_back(done);
             return m_mayGoOn;
         };
-        return auditBoard(booted, m_board, {this}, goOn).end;
+        return auditBoard(booted, m_board, {this}, goOn);
     }
     /** Audits one carrier of the receiver; gives "kind: text" of what is outside its limits. */
     Lines auditRx(std::uint32_t carrier) {
@@ -94,6 +95,32 @@ TEST_F(PlanAuditTest, EveryCarrierOfEveryRowIsAudited) {
     EXPECT_THAT(m_audited,
                 ElementsAre("tx 18000000", "tx 18028000", "tx 18056000", "rx 18500000", "rx 18507000"));
     EXPECT_THAT(m_found, IsEmpty());
+}
+
+TEST_F(PlanAuditTest, ResultHasWhatTheListenerWasTold) {
+    addRow(Direction::tx, 18'000'000, 250, 2); // the second one is no whole number of MHz
+    addRow(Direction::rx, 18'500'000, 1000, 3);
+    const AuditResult result = auditWhole();
+    EXPECT_EQ(result.carriers, 5U);
+    EXPECT_EQ(result.outside, 1U);
+    ASSERT_EQ(result.rows.size(), 2U);
+    EXPECT_EQ(result.rows[0].outside, 1U);
+    EXPECT_EQ(result.rows[1].carriers, 3U);
+}
+
+TEST_F(PlanAuditTest, CarriersToAuditAreThoseOfAllRows) {
+    addRow(Direction::tx, 18'000'000, 28'000, 3);
+    addRow(Direction::rx, 18'500'000, 7'000, 2);
+    EXPECT_EQ(carriersToAudit(m_board), 5U);
+}
+
+TEST_F(PlanAuditTest, BoardWithoutCarriersIsRefused) {
+    try {
+        carriersToAudit(m_board);
+        FAIL() << "there are none";
+    } catch (const InputError& error) {
+        EXPECT_STREQ(error.what(), "board.toml: no carriers to audit; expected at least one [[raster]]");
+    }
 }
 
 TEST_F(PlanAuditTest, RowHasItsCarriersCounted) {

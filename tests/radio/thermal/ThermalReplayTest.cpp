@@ -94,6 +94,26 @@ TEST_F(ThermalReplayTest, NoFiguresWithoutADescribedTransmitter) {
     EXPECT_FALSE(play({{0, 0}}).channels.at(0).worst.has_value());
 }
 
+TEST_F(ThermalReplayTest, StoppedReplayIsNotComplete) {
+    BootedRadio booted(board);
+    const ReplayResult result =
+        replay(booted, board, {{0, 0}, {1, 10}}, {}, {}, [](std::uint64_t /*done*/) { return false; });
+    EXPECT_FALSE(result.isComplete);
+    EXPECT_EQ(result.totals.samples, 0U);
+}
+
+TEST_F(ThermalReplayTest, ChannelWithoutACarrierIsTunedToItsRasters) {
+    board.rasters = {{"raster", {1}, {{true, 18'000'000, 10, 5}}, {}, {}}};
+    EXPECT_EQ(play({{0, 0}}).channels.at(0).carrier, 18'000'000U);
+    EXPECT_EQ(play({{0, 0}}, {{1, 17'000'000}}).channels.at(0).carrier, 17'000'000U);
+}
+
+TEST_F(ThermalReplayTest, BoardOnWhichNothingFollowsTheTemperatureIsRefused) {
+    EXPECT_THAT(compensatedChannels(board), ElementsAre(1));
+    board.channels.front().iqCompensation = false;
+    EXPECT_THROW(compensatedChannels(board), InputError);
+}
+
 TEST_F(ThermalReplayTest, FirstTransmitCarrierOfTheFirstRasterIsTheChannelsOwn) {
     board.rasters = {{"receive only", {1}, {{false, 1, 1, 1}}, {}, {}},
                      {"first", {1}, {{false, 2, 1, 1}, {true, 18'000'000, 10, 5}}, {}, {}},
