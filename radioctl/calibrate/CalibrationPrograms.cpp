@@ -160,13 +160,7 @@ int CalibrationProgram::exitCode(const CalibrationOutcome& outcome) const {
 } // namespace
 
 int runCalibration(const CalibrationOptions& options) {
-    try {
-        return CalibrationProgram(options).run();
-    } catch (const InputError& error) {
-        return refuse(error.what(), options.json, ExitCode::unusableInput);
-    } catch (const RadioError& error) {
-        return refuse(error.what(), options.json, ExitCode::notBooted);
-    }
+    return refusing(options.json, [&] { return CalibrationProgram(options).run(); });
 }
 
 } // namespace Radio::Calibration

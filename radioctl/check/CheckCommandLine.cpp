@@ -2,7 +2,6 @@
 
 #include "radio/board/BoardCheck.h"
 #include "radio/board/BoardFile.h"
-#include "radio/files/InputError.h"
 #include "radioctl/report/ExitCode.h"
 #include "radioctl/report/FindingReport.h"
 #include "radioctl/report/Output.h"
@@ -21,11 +20,9 @@ int CheckCommandLine::run(bool json) {
     m_json |= json;
     int worst = ExitCode::good;
     for (const std::string& board : m_boards) {
-        try {
-            worst = std::max(worst, showFindings(board, checkBoard(loadBoard(board)), m_json));
-        } catch (const InputError& error) {
-            worst = std::max(worst, refuse(error.what(), m_json, ExitCode::unusableInput));
-        }
+        worst = std::max(worst, refusing(m_json, [&] {
+                             return showFindings(board, checkBoard(loadBoard(board)), m_json);
+                         }));
     }
     return worst;
 }

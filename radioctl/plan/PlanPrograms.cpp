@@ -54,7 +54,6 @@ public:
     int run();
 
 private:
-    int auditFile(const std::string& file);
     int audit(const Board& board);
     std::unique_ptr<AuditReport> makeReport(const Board& board) const;
 
@@ -66,23 +65,13 @@ private:
 int AuditRun::run() {
     int worst = ExitCode::good;
     for (const std::string& file : m_options.boards) {
-        worst = std::max(worst, auditFile(file));
+        worst = std::max(worst, refusing(m_options.json, [&] { return audit(loadUsableBoard(file)); }));
         if (m_interrupt.signal() != 0) {
             return ExitCode::signalBase + m_interrupt.signal();
         }
     }
     m_csv.commit();
     return worst;
-}
-
-int AuditRun::auditFile(const std::string& file) {
-    try {
-        return audit(loadUsableBoard(file));
-    } catch (const InputError& error) {
-        return refuse(error.what(), m_options.json, ExitCode::unusableInput);
-    } catch (const RadioError& error) {
-        return refuse(error.what(), m_options.json, ExitCode::notBooted);
-    }
 }
 
 std::unique_ptr<AuditReport> AuditRun::makeReport(const Board& board) const {
@@ -127,7 +116,7 @@ int AuditRun::audit(const Board& board) {
 } // namespace
 
 int runExplain(const ExplainOptions& options) {
-    try {
+    return refusing(options.json, [&] {
         const Board board = loadUsableBoard(options.board);
         const ChannelDescription* const channel = findChannel(board, options.channel);
         if (channel == nullptr) {
@@ -138,11 +127,7 @@ int runExplain(const ExplainOptions& options) {
         const Explanation explanation = explain(booted, *channel, options.direction, options.carrier);
         (options.json ? writeJson : writeText)(std::cout, board, explanation);
         return explanation.isGood() ? ExitCode::good : ExitCode::outsideLimits;
-    } catch (const InputError& error) {
-        return refuse(error.what(), options.json, ExitCode::unusableInput);
-    } catch (const RadioError& error) {
-        return refuse(error.what(), options.json, ExitCode::notBooted);
-    }
+    });
 }
 
 int runAudit(const AuditOptions& options) {
@@ -152,11 +137,7 @@ int runAudit(const AuditOptions& options) {
                           ExitCode::wrongCommandLine);
         }
     }
-    try {
-        return AuditRun(options).run();
-    } catch (const InputError& error) {
-        return refuse(error.what(), options.json, ExitCode::unusableInput);
-    }
+    return refusing(options.json, [&] { return AuditRun(options).run(); });
 }
 
 } // namespace Radio::Plan

@@ -1,5 +1,7 @@
 #include "radioctl/report/Output.h"
 
+#include "radio/files/InputError.h"
+#include "radio/session/BootedRadio.h"
 #include "radio/text/Words.h"
 #include "radioctl/report/ExitCode.h"
 #include "radioctl/report/JsonLine.h"
@@ -40,6 +42,16 @@ int refuse(const std::string& message, bool json, int exitCode) {
     }
     complain(message);
     return exitCode;
+}
+
+int refusing(bool json, const std::function<int()>& action) {
+    try {
+        return action();
+    } catch (const InputError& error) {
+        return refuse(error.what(), json, ExitCode::unusableInput);
+    } catch (const RadioError& error) {
+        return refuse(error.what(), json, ExitCode::notBooted);
+    }
 }
 
 std::string noSuchChannel(const Board& board, int number) {

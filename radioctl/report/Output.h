@@ -4,6 +4,7 @@
 #include "radio/board/BoardNames.h"
 #include "radioctl/report/Reporter.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -21,6 +22,12 @@ void complain(const std::string& message);
 
 /** Complains, with `json` as an "error" event on standard output as well; gives `exitCode`. */
 int refuse(const std::string& message, bool json, int exitCode);
+
+/**
+ * What `action` gives. When it throws because of input that cannot be used, or because of a radio that does
+ * not come up, people are told as by refuse(), and the exit code says which of the two it was.
+ */
+int refusing(bool json, const std::function<int()>& action);
 
 /** Why the value of --channel cannot be taken, and which can. */
 std::string noSuchChannel(const Board& board, int number);

@@ -44,17 +44,14 @@ int explainOn(const Board& board, const WhyOptions& options) {
 int runLint(const LintOptions& options) {
     int worst = ExitCode::good;
     for (const std::string& file : options.files) {
-        try {
-            worst = std::max(worst, showFindings(file, lintFile(file), options.json));
-        } catch (const InputError& error) {
-            worst = std::max(worst, refuse(error.what(), options.json, ExitCode::unusableInput));
-        }
+        worst = std::max(
+            worst, refusing(options.json, [&] { return showFindings(file, lintFile(file), options.json); }));
     }
     return worst;
 }
 
 int runDiff(const DiffOptions& options) {
-    try {
+    return refusing(options.json, [&] {
         const Source before = readSource(options.before);
         const Source after = readSource(options.after);
         const std::optional<Board> named =
@@ -66,19 +63,11 @@ int runDiff(const DiffOptions& options) {
             writeText(std::cout, difference, options.before, options.after, options.all);
         }
         return difference.isThere() ? ExitCode::different : ExitCode::good;
-    } catch (const InputError& error) {
-        return refuse(error.what(), options.json, ExitCode::unusableInput);
-    }
+    });
 }
 
 int runWhy(const WhyOptions& options) {
-    try {
-        return explainOn(loadUsableBoard(options.board), options);
-    } catch (const InputError& error) {
-        return refuse(error.what(), options.json, ExitCode::unusableInput);
-    } catch (const RadioError& error) {
-        return refuse(error.what(), options.json, ExitCode::notBooted);
-    }
+    return refusing(options.json, [&] { return explainOn(loadUsableBoard(options.board), options); });
 }
 
 } // namespace Radio::Tables

@@ -183,13 +183,7 @@ int ThermalRun::replayOn(const Subject& subject) {
 } // namespace
 
 int runThermal(const ThermalOptions& options) {
-    try {
-        return ThermalRun(options).run();
-    } catch (const InputError& error) {
-        return refuse(error.what(), options.json, ExitCode::unusableInput);
-    } catch (const RadioError& error) {
-        return refuse(error.what(), options.json, ExitCode::notBooted);
-    }
+    return refusing(options.json, [&] { return ThermalRun(options).run(); });
 }
 
 } // namespace Radio::Thermal
