@@ -1,9 +1,13 @@
 """instructions.py BUDGET PAGE PROCESSOR PROGRAM [--plugin FILE EMULATOR...]
+instructions.py --growth PROGRAM
 
 Counts the instructions of each operation of PROGRAM, which is count_instructions: on this computer with callgrind,
 under an EMULATOR with its plugin. Fails when an operation, by the library or on a floor, takes more or less than its
 budget by over 2 %, when a cost that has to be constant or linear is not, or when PAGE shows other figures than BUDGET.
 benchmarks/report records the counts anew, in both.
+
+With --growth it fails only when many channels cost the platform more for each than few: a ratio within one run, which holds
+with every compiler.
 
 Counts do not depend on the computer: they are of instructions, not of time, every run is the same, and the C library is
 told to use none of the variants of its functions that only some processors have.
@@ -205,6 +209,11 @@ def uneven(counts):
         if is_off(own(boot) / channels, own(one), 0.03):
             yield (f"the library's part of the boot of {channels} channels takes {own(boot) / channels:.0f} instructions "
                    f"for each, and {own(one):.0f} for one alone")
+    yield from overgrown(counts)
+
+
+def overgrown(counts):
+    """Costs of the platform that grow faster than the number of channels, line by line."""
     # Whoever searches or moves all channels for each one is far above this. The platform may have the C and C++ libraries
     # do that for it; what these do for the library is in the sum too, and the same for each.
     for what in ("boot", "shutdown"):
@@ -239,6 +248,10 @@ def all_but_library(value):
 
 
 def main(arguments):
+    if len(arguments) == 2 and arguments[0] == "--growth":
+        wrong = list(overgrown(count(arguments[1])))
+        print("\n".join(wrong) or f"{MANY} channels cost the platform at most {GROWTH} times as much for each as {FEW}")
+        return 1 if wrong else 0
     if len(arguments) < 4:
         sys.exit(__doc__)
     budget_file, page, processor, program, *rest = arguments

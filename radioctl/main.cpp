@@ -3,7 +3,7 @@
 #include "radioctl/completion/CompletionCommandLine.h"
 #include "radioctl/options/Values.h"
 #include "radioctl/plan/PlanCommandLine.h"
-#include "radioctl/report/ExitCode.h"
+#include "radioctl/options/ExitCode.h"
 #include "radioctl/report/Output.h"
 #include "radioctl/run/RunCommandLine.h"
 #include "radioctl/tables/TablesCommandLine.h"

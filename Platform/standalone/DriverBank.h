@@ -1,7 +1,7 @@
 #ifndef PLATFORM_STANDALONE_DRIVERBANK_H
 #define PLATFORM_STANDALONE_DRIVERBANK_H
 
-#include "Calls.h"
+#include "standalone/Calls.h"
 #include "DriverLayer.h"
 #include "Visibility.h"
 

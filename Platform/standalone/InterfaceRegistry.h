@@ -1,7 +1,7 @@
 #ifndef PLATFORM_STANDALONE_INTERFACEREGISTRY_H
 #define PLATFORM_STANDALONE_INTERFACEREGISTRY_H
 
-#include "Calls.h"
+#include "standalone/Calls.h"
 #include "IInterface.h"
 #include "Visibility.h"
 

@@ -2,7 +2,7 @@
 #define PLATFORM_STANDALONE_MODULESEQUENCER_H
 
 #include "CModuleManager.h"
-#include "Calls.h"
+#include "standalone/Calls.h"
 #include "Visibility.h"
 
 #include <cstddef>

@@ -1,16 +1,16 @@
 #ifndef PLATFORM_STANDALONE_PLATFORM_H
 #define PLATFORM_STANDALONE_PLATFORM_H
 
-#include "Calls.h"
-#include "DriverBank.h"
+#include "standalone/Calls.h"
+#include "standalone/DriverBank.h"
 #include "IInterface_c.h"
-#include "InterfaceRegistry.h"
-#include "ModuleSequencer.h"
-#include "RauService.h"
-#include "TableStore.h"
-#include "TemperatureService.h"
-#include "TraceLog.h"
-#include "VariableStore.h"
+#include "standalone/InterfaceRegistry.h"
+#include "standalone/ModuleSequencer.h"
+#include "standalone/RauService.h"
+#include "standalone/TableStore.h"
+#include "standalone/TemperatureService.h"
+#include "standalone/TraceLog.h"
+#include "standalone/VariableStore.h"
 #include "Visibility.h"
 
 #include <map>

@@ -1,7 +1,7 @@
 #ifndef PLATFORM_STANDALONE_RAUSERVICE_H
 #define PLATFORM_STANDALONE_RAUSERVICE_H
 
-#include "Calls.h"
+#include "standalone/Calls.h"
 #include "IRauHandler.h"
 #include "Visibility.h"
 

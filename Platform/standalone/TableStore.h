@@ -2,7 +2,7 @@
 #define PLATFORM_STANDALONE_TABLESTORE_H
 
 #include "CCalibrationHandler.h"
-#include "Calls.h"
+#include "standalone/Calls.h"
 #include "Visibility.h"
 
 #include <cstdint>

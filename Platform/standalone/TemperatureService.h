@@ -1,7 +1,7 @@
 #ifndef PLATFORM_STANDALONE_TEMPERATURESERVICE_H
 #define PLATFORM_STANDALONE_TEMPERATURESERVICE_H
 
-#include "Calls.h"
+#include "standalone/Calls.h"
 #include "ITemperatureHandler.h"
 #include "Visibility.h"
 

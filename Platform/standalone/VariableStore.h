@@ -2,7 +2,7 @@
 #define PLATFORM_STANDALONE_VARIABLESTORE_H
 
 #include "CStorageManager.h"
-#include "Calls.h"
+#include "standalone/Calls.h"
 #include "Visibility.h"
 
 #include <cstdint>

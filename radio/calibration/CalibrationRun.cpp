@@ -20,10 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void refuseBoard(const Board& board, const std::string& message) {
-    throw InputError({board.file.string(), 0}, message);
-}
-
 /** True for an ordinary file with just this content. */
 bool isContentOf(const fs::path& file, const std::string& content) {
     std::error_code error;
@@ -40,15 +36,18 @@ fs::path tablesOf(const Board& board, int channel) {
             std::string("expected { file = \"NAME.csv\", column = \"") + column + "\" }";
         const TableDescription* const table = findCancellationTable(board, channel, branch);
         if (table == nullptr) {
-            refuseBoard(board, "no table " + name + ", " + expected + ", or --out");
+            throw ChoiceError({board.file.string(), 0}, "no table " + name + ", " + expected, "tables");
         }
         if (table->file.empty() || table->column != column) {
-            throw InputError(table->place, "table " + name + " does not come from the column \"" + column +
-                                               "\" of a file, " + expected + ", or --out");
+            throw ChoiceError(table->place,
+                              "table " + name + " does not come from the column \"" + column +
+                                  "\" of a file, " + expected,
+                              "tables");
         }
         if (!file.empty() && file != table->file) {
-            throw InputError(table->place, "table " + name + " comes from another file than that of I, " +
-                                               "expected one for both, or --out");
+            throw ChoiceError(
+                table->place,
+                "table " + name + " comes from another file than that of I, expected one for both", "tables");
         }
         file = table->file;
     }
@@ -73,8 +72,9 @@ CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order
       m_tables(order.tables.lexically_normal()) {
     const int channel = order.wishes.channel;
     if (findLeakage(board, channel) == nullptr) {
-        refuseBoard(board, "channel " + std::to_string(channel) +
-                               " has no transmitter to calibrate, expected a [[leakage]]");
+        throw InputError({board.file.string(), 0},
+                         "channel " + std::to_string(channel) +
+                             " has no transmitter to calibrate, expected a [[leakage]]");
     }
     Result& result = m_outcome.result;
     result.serial = !order.serial.empty() ? order.serial : board.serial;
@@ -121,10 +121,8 @@ void CalibrationRun::open() {
     const Journal journal = Journal::open(m_journalFile);
     // What is no journal is not put away either.
     if (!readJournal(m_journalFile).isFinished && m_order.beginning == Beginning::fresh) {
-        throw InputError(
-            {m_journalFile.string(), 0},
-            "of a calibration that is not finished; --resume goes on with it, --restart keeps it "
-            "as a backup and begins anew");
+        throw ChoiceError({m_journalFile.string(), 0}, "of a calibration that is not finished",
+                          "resume or restart");
     }
     moveToBackup(m_journalFile);
     begin();

@@ -237,8 +237,9 @@ std::string fingerprintOf(const LeakageDescription& leakage) {
 
 void requireSameCalibration(const JournalHeader& wanted, const JournalHeader& begun, const fs::path& file) {
     const auto refuse = [&](const std::string& key, const std::string& was, const std::string& is) {
-        throw InputError({file.string(), 1}, key + ": begun with " + harmless(was) + ", now asked for with " +
-                                                 harmless(is) + "; --restart begins anew");
+        throw ChoiceError({file.string(), 1},
+                          key + ": begun with " + harmless(was) + ", now asked for with " + harmless(is),
+                          "restart");
     };
     if (wanted.board != begun.board) {
         refuse("board", inQuotes(begun.board), inQuotes(wanted.board));
@@ -256,9 +257,8 @@ void requireSameCalibration(const JournalHeader& wanted, const JournalHeader& be
         }
     }
     if (wanted.transmitter != begun.transmitter) {
-        throw InputError({file.string(), 1},
-                         "transmitter: the board's [[leakage]] of the channel has changed since; "
-                         "--restart begins anew");
+        throw ChoiceError({file.string(), 1},
+                          "transmitter: the board's [[leakage]] of the channel has changed since", "restart");
     }
 }
 

@@ -36,10 +36,12 @@ public:
         return m_wishes.temperatures.empty() ? m_described.temperatures : m_wishes.temperatures;
     }
 
-    [[noreturn]] void lacks(const char* what, const char* key, const char* option) const {
-        throw InputError({m_board.file.string(), 0}, "channel " + std::to_string(m_wishes.channel) + ": no " +
-                                                         what + ", expected " + key +
-                                                         " in its [[calibration]], or " + option);
+    /** `key` is both the key in the board and the choice. */
+    [[noreturn]] void lacks(const char* what, const char* key) const {
+        throw ChoiceError({m_board.file.string(), 0},
+                          "channel " + std::to_string(m_wishes.channel) + ": no " + what + ", expected " +
+                              key + " in its [[calibration]]",
+                          key);
     }
 
 private:
@@ -77,14 +79,14 @@ Settings settingsFor(const Board& board, const CalibrationDescription& wishes) {
         band = transmitBand(board, wishes.channel);
     }
     if (!band) {
-        choice.lacks("band, and no [[raster]] with transmit carriers", "band", "--band");
+        choice.lacks("band, and no [[raster]] with transmit carriers", "band");
     }
     const auto step = choice.of(&CalibrationDescription::step);
     if (!step) {
-        choice.lacks("distance of two carriers", "step", "--step");
+        choice.lacks("distance of two carriers", "step");
     }
     if (choice.temperatures().empty()) {
-        choice.lacks("temperatures", "temperatures", "--temperatures");
+        choice.lacks("temperatures", "temperatures");
     }
     Settings settings;
     settings.channel = wishes.channel;

@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace Radio {
 
@@ -23,6 +24,28 @@ class InputError : public std::runtime_error {
 public:
     InputError(const Place& place, const std::string& message)
         : std::runtime_error(toString(place) + ": " + message) {}
+};
+
+/**
+ * Input that could be used if whoever asked had chosen otherwise. The message says what is wrong; how to
+ * choose is known to those who took the choice, and differs between a command line, a page and a program.
+ */
+class ChoiceError : public InputError {
+public:
+    /** `choice` is what could be chosen, in the words of the engine's header; `among` says which values there
+     * are. */
+    ChoiceError(const Place& place, const std::string& message, std::string choice, std::string among = {})
+        : InputError(place, message),
+          m_choice(std::move(choice)),
+          m_among(std::move(among)) {}
+
+    const std::string& choice() const { return m_choice; }
+    /** Empty: any. */
+    const std::string& among() const { return m_among; }
+
+private:
+    std::string m_choice;
+    std::string m_among;
 };
 
 } // namespace Radio

@@ -121,9 +121,8 @@ std::string channelsOf(const Source& source) {
 /** A file that does not say its channel goes with any, but only with one. */
 void requireOneChannel(const Source& unsaid, const Source& other, std::optional<int> wanted) {
     if (!unsaid.channels.front().channel && other.channels.size() > 1 && !wanted) {
-        throw InputError({unsaid.file.string(), 0},
-                         "no line \"# channel: ...\", expected it, or --channel with one of those of " +
-                             harmless(other.file.string()) + ": " + channelsOf(other));
+        throw ChoiceError({unsaid.file.string(), 0}, "no line \"# channel: ...\", expected it", "channel",
+                          "one of those of " + harmless(other.file.string()) + ": " + channelsOf(other));
     }
 }
 

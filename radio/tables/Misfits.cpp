@@ -1,6 +1,6 @@
 #include "radio/tables/Misfits.h"
 
-#include "radio/tables/Median.h"
+#include "radio/text/Median.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "radio/tables/TableLint.h"
 
-#include "radio/tables/Median.h"
 #include "radio/tables/Misfits.h"
+#include "radio/text/Median.h"
 #include "radio/text/Words.h"
 
 #include <algorithm>

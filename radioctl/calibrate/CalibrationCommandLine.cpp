@@ -4,8 +4,8 @@
 #include "radio/text/Frequency.h"
 #include "radio/text/Numbers.h"
 #include "radio/text/Words.h"
+#include "radioctl/options/ExitCode.h"
 #include "radioctl/options/Values.h"
-#include "radioctl/report/ExitCode.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/Output.h"
 

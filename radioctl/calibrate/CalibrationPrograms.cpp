@@ -9,8 +9,8 @@
 #include "radioctl/calibrate/CalibrationReport.h"
 #include "radioctl/calibrate/page/CalibrationPage.h"
 #include "radioctl/console/Interrupt.h"
+#include "radioctl/options/ExitCode.h"
 #include "radioctl/page/Gnuplot.h"
-#include "radioctl/report/ExitCode.h"
 #include "radioctl/report/Output.h"
 #include "radioctl/report/Progress.h"
 

@@ -2,7 +2,7 @@
 
 #include "radio/board/BoardCheck.h"
 #include "radio/board/BoardFile.h"
-#include "radioctl/report/ExitCode.h"
+#include "radioctl/options/ExitCode.h"
 #include "radioctl/report/FindingReport.h"
 #include "radioctl/report/Output.h"
 

@@ -1,7 +1,7 @@
 #include "radioctl/completion/CompletionCommandLine.h"
 
 #include "radioctl/completion/CompletionScript.h"
-#include "radioctl/report/ExitCode.h"
+#include "radioctl/options/ExitCode.h"
 
 #include <iostream>
 

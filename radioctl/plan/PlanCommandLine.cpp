@@ -2,8 +2,8 @@
 
 #include "radio/board/PlatformWords.h"
 #include "radio/text/Frequency.h"
+#include "radioctl/options/ExitCode.h"
 #include "radioctl/options/Values.h"
-#include "radioctl/report/ExitCode.h"
 #include "radioctl/report/Output.h"
 
 #include <limits>

@@ -1,7 +1,7 @@
 #include "radioctl/report/FindingReport.h"
 
 #include "radio/text/Words.h"
-#include "radioctl/report/ExitCode.h"
+#include "radioctl/options/ExitCode.h"
 #include "radioctl/report/JsonLine.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "radio/files/InputError.h"
 #include "radio/session/BootedRadio.h"
 #include "radio/text/Words.h"
-#include "radioctl/report/ExitCode.h"
+#include "radioctl/options/ExitCode.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/JsonReporter.h"
 #include "radioctl/report/TextReporter.h"
@@ -44,9 +44,22 @@ int refuse(const std::string& message, bool json, int exitCode) {
     return exitCode;
 }
 
+std::string adviceOf(const ChoiceError& error) {
+    if (error.choice() == "restart") {
+        return "; --restart begins anew";
+    }
+    if (error.choice() == "resume or restart") {
+        return "; --resume goes on with it, --restart keeps it as a backup and begins anew";
+    }
+    return ", or --" + (error.choice() == "tables" ? "out" : error.choice()) +
+           (error.among().empty() ? "" : " with " + error.among());
+}
+
 int refusing(bool json, const std::function<int()>& action) {
     try {
         return action();
+    } catch (const ChoiceError& error) {
+        return refuse(error.what() + adviceOf(error), json, ExitCode::unusableInput);
     } catch (const InputError& error) {
         return refuse(error.what(), json, ExitCode::unusableInput);
     } catch (const RadioError& error) {

@@ -2,6 +2,7 @@
 #define RADIOCTL_REPORT_OUTPUT_H
 
 #include "radio/board/BoardNames.h"
+#include "radio/files/InputError.h"
 #include "radioctl/report/Reporter.h"
 
 #include <functional>
@@ -28,6 +29,9 @@ int refuse(const std::string& message, bool json, int exitCode);
  * not come up, people are told as by refuse(), and the exit code says which of the two it was.
  */
 int refusing(bool json, const std::function<int()>& action);
+
+/** How the message of an error goes on that another choice on the command line would have avoided. */
+std::string adviceOf(const ChoiceError& error);
 
 /** Why the value of --channel cannot be taken, and which can. */
 std::string noSuchChannel(const Board& board, int number);

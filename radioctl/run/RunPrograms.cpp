@@ -10,7 +10,7 @@
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/console/LineEditor.h"
 #include "radioctl/console/LineReader.h"
-#include "radioctl/report/ExitCode.h"
+#include "radioctl/options/ExitCode.h"
 #include "radioctl/report/Output.h"
 
 #include <unistd.h>

@@ -10,7 +10,7 @@
 #include "radio/tables/Corrections.h"
 #include "radio/tables/Diff.h"
 #include "radio/tables/Lint.h"
-#include "radioctl/report/ExitCode.h"
+#include "radioctl/options/ExitCode.h"
 #include "radioctl/report/FindingReport.h"
 #include "radioctl/report/Output.h"
 #include "radioctl/tables/DiffReport.h"

@@ -4,7 +4,7 @@
 #include "radio/text/Numbers.h"
 #include "radio/text/WordError.h"
 #include "radio/text/Words.h"
-#include "radioctl/report/ExitCode.h"
+#include "radioctl/options/ExitCode.h"
 #include "radioctl/report/Output.h"
 
 #include <string_view>

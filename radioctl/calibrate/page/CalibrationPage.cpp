@@ -1,7 +1,7 @@
 #include "radioctl/calibrate/page/CalibrationPage.h"
 
 #include "radio/calibration/Surface.h"
-#include "radio/tables/Median.h"
+#include "radio/text/Median.h"
 #include "radio/text/Words.h"
 #include "radioctl/calibrate/page/CorrectionFigures.h"
 #include "radioctl/calibrate/page/LeakageFigures.h"

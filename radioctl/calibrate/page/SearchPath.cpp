@@ -1,6 +1,6 @@
 #include "radioctl/calibrate/page/SearchPath.h"
 
-#include "radio/tables/Median.h"
+#include "radio/text/Median.h"
 
 #include <algorithm>
 #include <array>

@@ -324,30 +324,29 @@ std::string complaintAfter(JournalHeader wanted, const Change& change) {
     try {
         requireSameCalibration(wanted, begun, "x.journal");
         return "none";
-    } catch (const InputError& error) {
-        return error.what();
+    } catch (const ChoiceError& error) {
+        return std::string(error.what()) + "; " + error.choice();
     }
 }
 
 TEST_F(CalibrationJournal, GoesOnWithTheSameCalibrationOnly) {
     EXPECT_EQ(complaintAfter(header(), [](JournalHeader& /*wanted*/) {}), "none");
     EXPECT_EQ(complaintAfter(header(), [](JournalHeader& wanted) { wanted.settings.minDelta = 5; }),
-              "x.journal:1: min_delta: begun with 2, now asked for with 5; --restart begins anew");
+              "x.journal:1: min_delta: begun with 2, now asked for with 5; restart");
     EXPECT_EQ(complaintAfter(header(), [](JournalHeader& wanted) { wanted.serial = "T-2"; }),
-              "x.journal:1: serial: begun with \"T-1\", now asked for with \"T-2\"; --restart begins anew");
+              "x.journal:1: serial: begun with \"T-1\", now asked for with \"T-2\"; restart");
     EXPECT_EQ(complaintAfter(header(), [](JournalHeader& wanted) { wanted.board = "Other"; }),
-              "x.journal:1: board: begun with \"Test radio\", now asked for with \"Other\"; --restart begins "
-              "anew");
+              "x.journal:1: board: begun with \"Test radio\", now asked for with \"Other\"; restart");
     EXPECT_EQ(
         complaintAfter(header(), [](JournalHeader& wanted) { wanted.settings.useHighDetector = false; }),
-        "x.journal:1: detector: begun with \"high\", now asked for with \"low\"; --restart begins anew");
+        "x.journal:1: detector: begun with \"high\", now asked for with \"low\"; restart");
 }
 
 TEST_F(CalibrationJournal, LongListsAreCounted) {
     EXPECT_EQ(complaintAfter(header(),
                              [](JournalHeader& wanted) { wanted.settings.frequencies = {1, 2, 3, 4, 5, 6}; }),
               "x.journal:1: frequencies_khz: begun with [18000000,18100000], now asked for with 6 others; "
-              "--restart begins anew");
+              "restart");
 }
 
 TEST_F(CalibrationJournal, DateAndToolMayDiffer) {

@@ -27,6 +27,8 @@ protected:
         try {
             settings(lines);
             return "none";
+        } catch (const ChoiceError& error) {
+            return error.what() + std::string("; ") + error.choice();
         } catch (const InputError& error) {
             return error.what();
         }
@@ -109,15 +111,13 @@ TEST_F(CalibrationSettings, MissingOnesAreNamed) {
     EXPECT_EQ(complaint("step = 1\ntemperatures = [25]"),
               std::string("board.toml") +
                   ": channel 1: no band, and no [[raster]] with transmit carriers, expected band in its "
-                  "[[calibration]], or --band");
-    EXPECT_EQ(
-        complaint("band = [1, 2]\ntemperatures = [25]"),
-        std::string("board.toml") +
-            ": channel 1: no distance of two carriers, expected step in its [[calibration]], or --step");
-    EXPECT_EQ(
-        complaint("band = [1, 2]\nstep = 1"),
-        std::string("board.toml") +
-            ": channel 1: no temperatures, expected temperatures in its [[calibration]], or --temperatures");
+                  "[[calibration]]; band");
+    EXPECT_EQ(complaint("band = [1, 2]\ntemperatures = [25]"),
+              std::string("board.toml") +
+                  ": channel 1: no distance of two carriers, expected step in its [[calibration]]; step");
+    EXPECT_EQ(complaint("band = [1, 2]\nstep = 1"),
+              std::string("board.toml") +
+                  ": channel 1: no temperatures, expected temperatures in its [[calibration]]; temperatures");
 }
 
 TEST_F(CalibrationSettings, BandGoesFromTheLowestToTheHighestRaster) {

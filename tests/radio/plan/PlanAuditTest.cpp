@@ -97,7 +97,7 @@ TEST_F(PlanAuditTest, EveryCarrierOfEveryRowIsAudited) {
     EXPECT_THAT(m_found, IsEmpty());
 }
 
-TEST_F(PlanAuditTest, ResultHasWhatTheListenerWasTold) {
+TEST_F(PlanAuditDspOffsetTest, ResultHasWhatTheListenerWasTold) {
     addRow(Direction::tx, 18'000'000, 250, 2); // the second one is no whole number of MHz
     addRow(Direction::rx, 18'500'000, 1000, 3);
     const AuditResult result = auditWhole();

@@ -1,5 +1,5 @@
-#ifndef RADIOCTL_REPORT_EXITCODE_H
-#define RADIOCTL_REPORT_EXITCODE_H
+#ifndef RADIOCTL_OPTIONS_EXITCODE_H
+#define RADIOCTL_OPTIONS_EXITCODE_H
 
 /** With what the program ends; the numbers are part of its manual. */
 namespace Radio::ExitCode {

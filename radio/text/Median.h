@@ -1,5 +1,5 @@
-#ifndef RADIO_TABLES_MEDIAN_H
-#define RADIO_TABLES_MEDIAN_H
+#ifndef RADIO_TEXT_MEDIAN_H
+#define RADIO_TEXT_MEDIAN_H
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "radio/tables/Median.h"
+#include "radio/text/Median.h"
 
 #include <gtest/gtest.h>
 
