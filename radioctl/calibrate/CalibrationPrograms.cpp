@@ -108,6 +108,7 @@ int CalibrationProgram::run() {
     if (!wrong.empty()) {
         return refuse(wrong, m_options.json, ExitCode::wrongCommandLine);
     }
+    requireWritable(run.tablesFile());
     requireWritable(m_options.html);
     run.open();
     return calibrate(board, run);

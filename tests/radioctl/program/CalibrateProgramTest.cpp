@@ -436,6 +436,8 @@ TEST_F(CalibrateProgramTest, FilesThatCannotBeWrittenAreNoticedBeforeTheFirstPro
               "radioctl: missing/x.csv: cannot be written: No such file or directory\n");
     EXPECT_EQ(calibrate({"--html", "missing/x.html"}).errors,
               "radioctl: missing/x.html: cannot be written: No such file or directory\n");
+    EXPECT_EQ(calibrate({"--html", "missing/x.html", "--out", "missing/x.csv"}).errors,
+              "radioctl: missing/x.csv: cannot be written: No such file or directory\n");
     EXPECT_FALSE(isThere(journal));
 }
 
