@@ -4,8 +4,10 @@
 #include "radio/board/Board.h"
 #include "radio/board/Finding.h"
 
+#include <filesystem>
 #include <vector>
 
+/** Boards, looked through before a radio is made of them. Touches no radio; may be called on any thread. */
 namespace Radio {
 
 /**
@@ -14,7 +16,7 @@ namespace Radio {
  */
 std::vector<Finding> checkBoard(const Board& board);
 
-/** Reads a board and throws InputError also for the first error that checkBoard finds. */
+/** Reads a board like loadBoard(), and throws InputError also for the first error that checkBoard() finds. */
 Board loadUsableBoard(const std::filesystem::path& file);
 
 } // namespace Radio

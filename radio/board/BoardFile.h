@@ -9,6 +9,7 @@
 #include <optional>
 #include <string_view>
 
+/** Boards, read from files. Touches no radio; may be called on any thread. */
 namespace Radio {
 
 /** Gives the CSV file to which a board refers; nothing when there is none. */
@@ -16,7 +17,8 @@ using CsvSource = std::function<std::optional<CsvFile>(const std::filesystem::pa
 
 /** Reads a board file. Throws InputError, and nothing else, for a file that cannot be read or used. */
 Board loadBoard(const std::filesystem::path& file);
-/** The same for `text`, the content of `file`, with tables out of `csv`. */
+/** The same for `text`, the content of `file`, with tables out of `csv`, which is called during the call
+ * only, and on its thread. */
 Board readBoard(std::string_view text, const std::filesystem::path& file, const CsvSource& csv);
 
 } // namespace Radio

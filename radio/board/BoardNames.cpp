@@ -3,7 +3,6 @@
 #include "radio/text/Numbers.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace Radio {
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /** Calibrating the LO leakage of a transmitter over its band and temperatures. */
@@ -23,7 +24,7 @@ struct Settings {
     Range q{};
     /** The fraction of a range that an iteration keeps. */
     double shrinkFactor = 0.0;
-    /** A search ends once the wider range is at most this. */
+    /** A search ends once the wider range is at most this, in units of the drivers. */
     std::int32_t minDelta = 0;
     std::uint32_t maxIterations = 0;
     /** In ms. */
@@ -49,15 +50,17 @@ std::string_view toString(PointState state);
 
 /** One carrier at one temperature. */
 struct Point {
+    /** In kHz. */
     std::uint32_t frequency = 0;
+    /** In degrees Celsius. */
     std::int32_t temperature = 0;
     PointState state = PointState::failed;
     /** What the user should know about it, as one clause; empty: nothing. */
     std::string remark;
-    /** The corrections found; of a failed point 0. */
+    /** The corrections found, in units of their drivers; of a failed point 0. */
     std::int32_t i = 0;
     std::int32_t q = 0;
-    /** The wider range at the end, and how many iterations it took. */
+    /** The wider range at the end, in units of the drivers, and how many iterations it took. */
     std::int32_t maxDelta = 0;
     std::uint32_t iterations = 0;
     /** Modelled leakage without any correction and with those found, in dBc; of a failed point the same. */
@@ -73,7 +76,7 @@ struct Result {
     std::string serial;
     /** When it began, in UTC, for example "2026-03-01T09:30:00Z". */
     std::string date;
-    /** Of this program. */
+    /** Of the program that calibrated. */
     std::string version;
     Settings settings;
     /** For each temperature all frequencies. */

@@ -24,7 +24,8 @@ enum class Beginning : std::uint8_t {
 
 /** What a calibration is to do. */
 struct CalibrationOrder {
-    /** What was chosen of the calibration itself; `channel` is one of the board's, which has a [[leakage]].
+    /**
+     * What was chosen of the calibration itself; `channel` is one of the board's, which has a [[leakage]].
      */
     CalibrationDescription wishes;
     /** Empty: the board's. */
@@ -38,7 +39,7 @@ struct CalibrationOrder {
     bool acceptsEdge = false;
     /** Settle times are waited for. */
     bool isRealTime = false;
-    /** Of the program that calibrates, for the files. */
+    /** Of the program that calibrates; stands in files behind the word "radioctl". */
     std::string version{};
 };
 
@@ -48,11 +49,11 @@ struct CalibrationProgress {
     std::size_t wantedPoints = 0;
     /** The highest leakage so far that the corrections found leave, in dBc; nothing before the first. */
     std::optional<double> worst;
-    /** The journal had all probes of the points up to here: nothing was measured yet. */
+    /** Of the last point: the journal had all of its probes, and nothing was measured. */
     bool isFromJournal = false;
 };
 
-/** Is told of a calibration while it goes on, on its thread. */
+/** Is told of a calibration while it goes on, on its thread; what it is given is valid during the call. */
 class CalibrationListener {
 public:
     CalibrationListener() = default;
@@ -63,7 +64,10 @@ public:
     /** The radio is up, and the first point begins. `result` has no points yet. */
     virtual void begins(const Board& board, const Result& result, std::size_t knownProbes) = 0;
     virtual void calibrated(const Point& point) = 0;
-    /** Asked after each new probe and each point whether to go on. */
+    /**
+     * Asked after each new probe and each point whether to go on; with CalibrationOrder::isRealTime also
+     * about every 20 ms of a settle time. May be asked again after it said no.
+     */
     virtual bool goOn(const CalibrationProgress& progress) = 0;
 };
 
@@ -80,6 +84,7 @@ struct CalibrationOutcome {
     /** Probes that were in the journal before, and those that were made. */
     std::size_t knownProbes = 0;
     std::uint64_t newProbes = 0;
+    /** From the beginning of the first point to the end of the last. */
     double seconds = 0;
     /** Where tables were to go; empty: nowhere, or the calibration is not complete. */
     std::string wantedTables{};
@@ -104,8 +109,9 @@ struct CalibrationOutcome {
 class CalibrationRun {
 public:
     /**
-     * Settles what is to be done, and writes nothing. `board` must outlive the object. Throws InputError when
-     * something has to be said and neither the order nor the board does.
+     * Settles what is to be done, and writes nothing. `board` must outlive the object. Throws ChoiceError
+     * when something has to be said and neither the order nor the board does: with the choice "band", "step",
+     * "temperatures" or "tables"; and InputError for a channel without a leakage.
      */
     CalibrationRun(const Board& board, const CalibrationOrder& order);
 
@@ -115,12 +121,13 @@ public:
 
     /**
      * Opens the journal, or begins one. Throws InputError when that cannot be done, when the tables could not
-     * be written, and when the journal is not what the order takes it for; then whatever was there is as it
-     * was.
+     * be written, and when the journal is not what the order takes it for (ChoiceError, with the choice
+     * "restart" or "resume or restart"); then whatever was there is as it was.
      */
     void open();
     /**
-     * Calibrates all points that the journal does not have; after open(). Throws InputError when the channel
+     * Calibrates all points that the journal does not have. To be called once, after open(); without that
+     * nothing is measured. `listener` is borrowed during the call only. Throws InputError when the channel
      * does not offer to search, and RadioError when the radio does not boot. What goes wrong later is in the
      * outcome.
      */

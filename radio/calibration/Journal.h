@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+/** Journals of calibrations. Touches no radio; may be called on any thread, a Journal on one at a time. */
 namespace Radio::Calibration {
 
 /** What a calibration is about; stands in front of its journal. */
@@ -58,8 +59,8 @@ JournalContent readJournal(std::istream& stream, const std::string& name);
 /** Sixteen hexadecimal digits that change with every number of a leakage. */
 std::string fingerprintOf(const LeakageDescription& leakage);
 
-/** Throws InputError unless a calibration that `wanted` describes can go on with what the journal was begun
- * with. Dates and versions may differ. */
+/** Throws ChoiceError, with the choice "restart", unless a calibration that `wanted` describes can go on with
+ * what the journal was begun with. Dates and versions may differ. */
 void requireSameCalibration(const JournalHeader& wanted, const JournalHeader& begun,
                             const std::filesystem::path& file);
 
@@ -69,8 +70,7 @@ void requireSameCalibration(const JournalHeader& wanted, const JournalHeader& be
  */
 class Journal {
 public:
-    /** Begins a journal where there is no file. Throws InputError when it cannot be written, or there is one.
-     */
+    /** Begins a journal where there is no file. Throws InputError when there is one, or writing fails. */
     static Journal begin(const std::filesystem::path& file, const JournalHeader& header);
     /** Opens one that is there, finished or not. Throws InputError when that cannot be done, when the file is
      * no ordinary one, and when another calibration has it open. */
@@ -80,8 +80,10 @@ public:
     Journal& operator=(Journal&& other) = delete;
     ~Journal();
 
-    /** Takes away what stands behind the usable part. */
+    /** Takes away what stands behind the usable part. As the next two, throws InputError when the file cannot
+     * be written. */
     void cutOff(std::uintmax_t size);
+    /** `frequency` is in kHz, `temperature` in degrees Celsius. */
     void enter(std::uint32_t frequency, std::int32_t temperature, const Probe& probe);
     /** Says that nothing will follow. */
     void finish();

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <ostream>
 
+/** Calibrations in files. Touches no radio; may be called on any thread. */
 namespace Radio::Calibration {
 
 /**

@@ -9,7 +9,8 @@ namespace Radio::Calibration {
 
 /**
  * What a calibration of a channel comes to: what is wished for, else what the board describes, else what
- * serves most transmitters. Throws InputError when something has to be said and nobody does. `wishes` names
+ * serves most transmitters. Throws ChoiceError, with the choice "band", "step" or "temperatures", when
+ * something has to be said and nobody does, and InputError for too many points. `wishes` names
  * one of the board's channels, which has a leakage.
  */
 Settings settingsFor(const Board& board, const CalibrationDescription& wishes);

@@ -178,7 +178,6 @@ void requireWritable(const fs::path& file) {
 }
 
 bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& other) {
-    namespace fs = std::filesystem;
     std::error_code error;
     if (fs::exists(one, error) && fs::exists(other, error)) {
         return fs::is_regular_file(one, error) && fs::equivalent(one, other, error);

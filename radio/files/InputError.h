@@ -17,8 +17,8 @@ struct Place {
 std::string toString(const Place& place);
 
 /**
- * Input that cannot be used. The message is what the person at the terminal reads: it names the file, the
- * line and the key, and says what was expected.
+ * Input that cannot be used. The message is for people: it names the file, the line and the key, and says
+ * what was expected.
  */
 class InputError : public std::runtime_error {
 public:

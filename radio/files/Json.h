@@ -1,6 +1,7 @@
 #ifndef RADIO_FILES_JSON_H
 #define RADIO_FILES_JSON_H
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
@@ -25,6 +26,7 @@ public:
     Json(std::nullptr_t /*null*/) {}
     Json(bool value) : m_value(value) {}
     Json(double value) : m_value(value) {}
+    /** `text` is not null. */
     Json(const char* text) : Json(std::string(text)) {}
     Json(std::string_view text) : Json(std::string(text)) {}
     Json(std::string text) : m_value(std::move(text)) {}
@@ -34,20 +36,22 @@ public:
               number)) {}
     template <typename Element>
     Json(const std::vector<Element>& elements) : m_value(Array(elements.begin(), elements.end())) {}
-    /** An object; its members stay in the order in which they are written. */
+    /** An object; its members stay in the order in which they are given. Of a member given twice the last
+     * value is written. */
     Json(std::initializer_list<Member> members);
 
     static Json array(std::initializer_list<Json> elements = {}) { return Json(std::vector<Json>(elements)); }
     static Json object() { return Json(std::initializer_list<Member>()); }
 
-    /** Adds to an array. */
+    /** Adds to an array. For arrays only: throws std::bad_variant_access otherwise. */
     void push_back(Json element);
-    /** The value of an object's member, null if it is new. Valid until the next is added. */
+    /** The value of an object's member, null if it is new. Valid until the next is added. For objects only:
+     * throws std::bad_variant_access otherwise. */
     Json& operator[](std::string_view name);
 
     /** What an array holds; null for anything else. */
     const std::vector<Json>* elements() const { return std::get_if<Array>(&m_value); }
-    /** What an object holds, in its order. */
+    /** What an object holds, in its order. For objects only: throws std::bad_variant_access otherwise. */
     const std::vector<std::pair<std::string, Json>>& members() const { return std::get<Object>(m_value); }
 
     bool operator==(const Json& other) const { return m_value == other.m_value; }
@@ -78,7 +82,7 @@ Json orNull(const std::optional<Value>& value) {
     return value ? Json(*value) : Json(nullptr);
 }
 
-/** The value on one line; bytes that are no UTF-8 are replaced. */
+/** The value on one line. Bytes that are no UTF-8 are replaced; NaN and infinity are written as null. */
 std::string toText(const Json& json);
 
 /** True for text that a JSON file can hold as it is. */

@@ -11,7 +11,7 @@ namespace Radio {
 /**
  * The command on one line of a script, a pipe or the prompt; nothing for a line that is empty or a comment.
  * Throws WordError for a line that makes no sense. Whether the names in it exist on a board is not asked
- * here.
+ * here. Touches no radio; may be called on any thread.
  */
 std::optional<Command> parseCommand(std::string_view line);
 

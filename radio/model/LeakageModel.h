@@ -73,7 +73,7 @@ struct LeakageDescription {
     std::vector<LeakagePath> paths;
     CorrectionBranch i;
     CorrectionBranch q;
-    /** By how much the effect of Q is off 90 degrees to that of I. */
+    /** By how many degrees the effect of Q is off 90 degrees to that of I. */
     double skew = 0.0;
     /** The only detector, or that of the low range. */
     DetectorDescription detector;

@@ -23,7 +23,7 @@ struct AuditRow {
     ChannelDescription channel;
     Direction direction;
     std::string raster;
-    /** Nothing for a direction to which the channel spacing makes no difference. */
+    /** The code that the database has for it; nothing for a direction to which it makes no difference. */
     std::optional<std::int32_t> channelSpacing;
     CarrierRow carriers;
 };
@@ -100,9 +100,13 @@ struct AuditResult {
 
 /**
  * Tunes every carrier of every row, the one after it and the carrier again, and looks at the words.
- * `booted` is a radio of `board` that is up; no write of it is noted from then on, and its carriers and
- * channel spacing are left as the last row had them. `goOn` is asked after every 1024 carriers, with the
- * number of those done, whether to.
+ * `booted` is a radio of `board` that is up; no write of it is noted from then on, so that
+ * explainCorrections() and replay() would see none; and its carriers and channel spacing are left as the last
+ * row that was begun had them. `goOn` is asked after every 1024 carriers, with the number of those done,
+ * whether to; it is not empty.
+ *
+ * To be called on the thread that drives `booted`. What is given is borrowed during the call only; none of
+ * the `listeners` is null.
  */
 AuditResult auditBoard(BootedRadio& booted, const Board& board, const std::vector<AuditListener*>& listeners,
                        const std::function<bool(std::uint64_t)>& goOn);

@@ -3,7 +3,6 @@
 #include "radio/board/PlatformWords.h"
 #include "radio/plan/ProducedCarrier.h"
 
-#include <algorithm>
 #include <cstdlib>
 
 namespace Radio::Plan {

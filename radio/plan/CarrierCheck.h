@@ -6,6 +6,7 @@
 #include "radio/plan/PlanSteps.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 

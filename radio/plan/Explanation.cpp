@@ -4,10 +4,9 @@
 #include "radio/board/PlatformWords.h"
 #include "radio/plan/HardwareWords.h"
 #include "radio/plan/PlanSteps.h"
+#include "radio/plan/ProducedCarrier.h"
 #include "radio/plan/StepList.h"
 #include "radio/session/HardwareWrite.h"
-
-#include <algorithm>
 
 namespace Radio::Plan {
 

@@ -3,7 +3,6 @@
 
 #include "radio/board/PlatformWords.h"
 #include "radio/plan/PlanParameters.h"
-#include "radio/plan/ProducedCarrier.h"
 #include "radio/session/BootedRadio.h"
 
 #include <cstdint>
@@ -58,7 +57,13 @@ struct Explanation {
     bool isGood() const { return complaints.empty() && disagreements.empty() && produced.has_value(); }
 };
 
-/** Tunes a channel of a radio that is up, and explains what came of it. `carrier` is in kHz. */
+/**
+ * Tunes a channel of a radio that is up, and explains what came of it; what goes wrong is in the explanation.
+ * `channel` is one of the board's, `carrier` is in kHz. What `booted` noted before is forgotten, and the
+ * radio stays tuned to `carrier`.
+ *
+ * To be called on the thread that drives `booted`. What is given is borrowed during the call only.
+ */
 Explanation explain(BootedRadio& booted, const ChannelDescription& channel, Direction direction,
                     std::uint32_t carrier);
 

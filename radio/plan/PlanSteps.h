@@ -8,8 +8,8 @@
 #include <optional>
 
 /**
- * The steps of the frequency plan as radioctl works them out for itself, to explain what the library does and
- * to know what it should have written. Numbers wrap around at 32 bits where the radio's do.
+ * The steps of the frequency plan, worked out apart from the library, to explain what it does and to know
+ * what it should have written. Numbers wrap around at 32 bits where the radio's do.
  */
 namespace Radio::Plan {
 

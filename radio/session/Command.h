@@ -23,6 +23,7 @@ struct Tune {
 };
 
 struct SetTemperature {
+    /** Celsius. */
     int degrees;
 };
 
@@ -132,7 +133,7 @@ struct ExpectWrites {
 using Expectation = std::variant<ExpectDriver, ExpectFrequency, ExpectRau, ExpectNotified, ExpectResult,
                                  ExpectTrace, ExpectNoTrace, ExpectWriteCount, ExpectWrites, ExpectLeakage>;
 
-/** What is done to the radio or asked of the program. */
+/** What is done to the radio or asked of the session. */
 using Action = std::variant<Tune, SetTemperature, SetVariable, RunPhase, InjectFault, ClearFaults,
                             SetPresence, Observe, SetTrace, Show, Help, Quit>;
 

@@ -41,7 +41,7 @@ void ModelClock::wait(std::chrono::microseconds time) const {
 
 } // namespace Radio
 
-/** What every library of this program finds in place of the C library's usleep(). */
+/** What every library finds in place of the C library's usleep(), where this is a part of the executable. */
 extern "C" RADIO_API int usleep(useconds_t microseconds) {
     if (Radio::ModelClock* const clock = Radio::ModelClock::current()) {
         clock->sleep(microseconds);

@@ -11,8 +11,11 @@ namespace Radio {
 
 /**
  * The time in which modelled hardware lives. It goes on when the library sleeps, by as much as the library
- * asked for; nobody waits, unless real time is asked for. There is one at a time: usleep() of this program
- * finds it, and sleeps as usual when there is none.
+ * asked for; nobody waits, unless real time is asked for. There is one at a time: the usleep() that comes
+ * with it, in place of the C library's, finds it, and sleeps as usual when there is none.
+ *
+ * The library finds this usleep() only when the room is linked into the executable. From a module that is
+ * loaded into another program the C library's is found first, and modelled detectors do not settle.
  */
 class ModelClock {
 public:

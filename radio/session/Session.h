@@ -9,26 +9,29 @@
 #include "radio/session/SessionListener.h"
 
 #include <cstdint>
-#include <optional>
 
 namespace Radio {
 
-/** Boots one radio and carries out commands on it, telling a listener what happens. */
+/**
+ * Boots one radio and carries out commands on it, telling a listener what happens. One radio at a time in a
+ * process, and all calls on one thread. It throws nothing of its own: what goes wrong is told to the listener
+ * and counted in the summary.
+ */
 class Session {
 public:
     /**
-     * `listener` must outlive the object. `shownTrace` chooses the trace messages that are shown; what
-     * expectations see does not depend on it.
+     * `board` and `listener` must outlive the object. `shownTrace` chooses the trace messages that are shown;
+     * what expectations see does not depend on it.
      */
     Session(const Board& board, SessionListener& listener, OrbiTraceLevel shownTrace);
 
-    /** Runs the phases of a start-up, up to the first that fails. */
+    /** Runs the phases of a start-up, up to the first that fails. To be called first, and once. */
     void boot();
     /** Carries out one command, which has been checked against the board. */
     void execute(const ScriptLine& line);
     /** True once a command has asked to leave. */
     bool isOver() const { return m_over; }
-    /** Ends the session; what it came to. */
+    /** Ends the session; what it came to. To be called once, at the end. */
     Summary finish();
 
 private:

@@ -7,7 +7,6 @@
 #include "radio/files/InputError.h"
 #include "standalone/Interpolation.h"
 
-#include <algorithm>
 #include <limits>
 
 namespace Radio::Tables {

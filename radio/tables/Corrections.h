@@ -5,7 +5,6 @@
 
 #include <filesystem>
 #include <optional>
-#include <string_view>
 #include <vector>
 
 namespace Radio::Tables {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <vector>
 
+/** What became of LO-cancellation tables. Touches no radio; may be called on any thread. */
 namespace Radio::Tables {
 
 /** One node of two pairs of tables. */
@@ -51,13 +52,14 @@ struct Difference {
 };
 
 /** The board that describes the leakage: `named` if there is one, else `after`, else `before`; null when none
- * does. */
+ * does. It is a part of what was given, and valid as long as that. */
 const Board* modelOf(const std::optional<Board>& named, const Source& before, const Source& after);
 
 /**
  * Compares the tables of `before` and `after`, of all channels that both have or only of `channel`. Leakage
  * is modelled as `model` describes it; null: not at all. A file that does not say its channel goes with any
- * one. Throws InputError when they have no channel in common.
+ * one. All of it is borrowed during the call only. Throws InputError when they have no channel in common, and
+ * ChoiceError, with the choice "channel", when a file that does not say its channel could go with several.
  */
 Difference compare(const Source& before, const Source& after, const Board* model, std::optional<int> channel);
 

@@ -9,7 +9,6 @@
 #include "radio/text/Words.h"
 
 #include <algorithm>
-#include <limits>
 #include <set>
 #include <tuple>
 #include <utility>

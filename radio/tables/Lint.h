@@ -2,11 +2,14 @@
 #define RADIO_TABLES_LINT_H
 
 #include "radio/board/Board.h"
-#include "radio/board/BoardCheck.h"
+#include "radio/board/Finding.h"
 #include "radio/files/CsvFile.h"
 
+#include <filesystem>
 #include <vector>
 
+/** Looking for mistakes in LO-cancellation tables. Touches no radio; may be called on any thread. What is
+ * given is borrowed during the call only. */
 namespace Radio::Tables {
 
 /**
@@ -22,7 +25,7 @@ std::vector<Finding> lintBoard(const Board& board);
  */
 std::vector<Finding> lintCsv(const CsvFile& file);
 
-/** One of the two, by the name of the file. */
+/** One of the two, by the name of the file. Throws InputError also for a file that cannot be read. */
 std::vector<Finding> lintFile(const std::filesystem::path& file);
 
 } // namespace Radio::Tables

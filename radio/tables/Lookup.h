@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+/** How tables are read, step by step. Touches no radio; may be called on any thread. */
 namespace Radio::Tables {
 
 /** The number whole + numerator / divisor, with 0 <= numerator < divisor. */
@@ -56,7 +57,7 @@ struct Lookup {
     MixedNumber value;
 };
 
-/** `table` has two axes. */
+/** `table` has two axes, and is borrowed during the call only. `x1` and `x2` are in the units of its axes. */
 Lookup lookUp(const CalibrationTable& table, std::int32_t x1, std::int32_t x2);
 
 } // namespace Radio::Tables

@@ -23,7 +23,7 @@ struct Misfit {
 struct Misfits {
     /** Sign flips first, then the others, the worst first. */
     std::vector<Misfit> nodes;
-    /** How far values usually are from what their neighbours suggest: the median. */
+    /** How far values usually are from what their neighbours suggest, in units of the table: the median. */
     double usualDeviation = 0.0;
     /** There are more; so many say something about the table, not about its nodes. */
     bool isCut = false;

@@ -4,7 +4,6 @@
 #include "radio/text/Median.h"
 #include "radio/text/Words.h"
 
-#include <algorithm>
 #include <cmath>
 #include <string_view>
 

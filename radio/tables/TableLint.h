@@ -2,7 +2,7 @@
 #define RADIO_TABLES_TABLELINT_H
 
 #include "radio/board/Board.h"
-#include "radio/board/BoardCheck.h"
+#include "radio/board/Finding.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,7 +3,6 @@
 #include "ResultCode.h"
 #include "radio/board/BoardNames.h"
 #include "radio/board/PlatformWords.h"
-#include "radio/tables/Corrections.h"
 #include "radio/text/Words.h"
 
 #include <algorithm>

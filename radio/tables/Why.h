@@ -52,8 +52,14 @@ struct Reason {
     std::vector<std::string> disagreements;
 };
 
-/** Sets a temperature, tunes the transmitter of a channel of a radio that is up, and explains its
- * corrections. */
+/**
+ * Sets a temperature, tunes the transmitter of a channel of a radio that is up, and explains its corrections;
+ * what goes wrong is in the reason. `booted` is a radio of `board`, and `channel` one of the board's;
+ * `carrier` is in kHz, `temperature` in degrees Celsius. What `booted` noted before is forgotten, and the
+ * radio stays at that temperature and carrier.
+ *
+ * To be called on the thread that drives `booted`. What is given is borrowed during the call only.
+ */
 Reason explainCorrections(BootedRadio& booted, const Board& board, const ChannelDescription& channel,
                           std::uint32_t carrier, std::int32_t temperature);
 

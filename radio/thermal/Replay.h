@@ -143,7 +143,14 @@ std::vector<int> compensatedChannels(const Board& board);
 /**
  * Plays a temperature log to a radio of `board` that is up, and watches the channels that have the IQ
  * compensation. They are tuned to `carriers` first; those that it leaves out to rasterCarriers(), or not at
- * all. `goOn` is asked after every 1024 samples, with the number of those done, whether to.
+ * all. Carriers of other channels are ignored. What `booted` noted before is forgotten, and the radio is left
+ * with these carriers and the temperature of the last sample that was played.
+ *
+ * `goOn` is asked before the first sample, with 0, and after every 1024, with the number of those done,
+ * whether to; it is not empty.
+ *
+ * To be called on the thread that drives `booted`. What is given is borrowed during the call only; none of
+ * the `listeners` is null.
  */
 ReplayResult replay(BootedRadio& booted, const Board& board, const ThermalLog& log, Carriers carriers,
                     const std::vector<ReplayListener*>& listeners,

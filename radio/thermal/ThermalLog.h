@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+/** Temperature logs. Touches no radio; may be called on any thread. */
 namespace Radio::Thermal {
 
 /** A temperature that was measured. */

@@ -1,12 +1,12 @@
 #include "radioctl/calibrate/CalibrationCommandLine.h"
 
 #include "radio/board/CalibrationBounds.h"
+#include "radio/files/Json.h"
 #include "radio/text/Frequency.h"
 #include "radio/text/Numbers.h"
 #include "radio/text/Words.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/options/Values.h"
-#include "radioctl/report/JsonLine.h"
 #include "radioctl/report/Output.h"
 
 #include <algorithm>

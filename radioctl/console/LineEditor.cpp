@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>

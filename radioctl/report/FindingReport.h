@@ -1,7 +1,7 @@
 #ifndef RADIOCTL_REPORT_FINDINGREPORT_H
 #define RADIOCTL_REPORT_FINDINGREPORT_H
 
-#include "radio/board/BoardCheck.h"
+#include "radio/board/Finding.h"
 
 #include <string>
 #include <vector>

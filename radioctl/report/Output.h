@@ -1,7 +1,7 @@
 #ifndef RADIOCTL_REPORT_OUTPUT_H
 #define RADIOCTL_REPORT_OUTPUT_H
 
-#include "radio/board/BoardNames.h"
+#include "radio/board/Board.h"
 #include "radio/files/InputError.h"
 #include "radioctl/report/Reporter.h"
 

@@ -4,8 +4,6 @@
 #include "radio/board/BoardCheck.h"
 #include "radio/board/BoardFile.h"
 #include "radio/board/BoardNames.h"
-#include "radio/files/CsvFile.h"
-#include "radio/files/InputError.h"
 #include "radio/session/BootedRadio.h"
 #include "radio/tables/Corrections.h"
 #include "radio/tables/Diff.h"

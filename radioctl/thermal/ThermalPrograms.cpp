@@ -10,7 +10,6 @@
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/page/Gnuplot.h"
-#include "radioctl/report/JsonLine.h"
 #include "radioctl/report/Output.h"
 #include "radioctl/report/Progress.h"
 #include "radioctl/thermal/ThermalPage.h"
@@ -72,7 +71,7 @@ class ThermalRun {
 public:
     explicit ThermalRun(const ThermalOptions& options) : m_options(options) {}
 
-    /** Throws InputError for what cannot be used. */
+    /** Throws InputError for what cannot be used, and RadioError when the radio does not come up. */
     int run();
 
 private:

@@ -6,7 +6,6 @@
 #include "radioctl/calibrate/page/CorrectionFigures.h"
 #include "radioctl/calibrate/page/LeakageFigures.h"
 #include "radioctl/calibrate/page/SearchFigures.h"
-#include "radioctl/calibrate/page/SearchPath.h"
 #include "radioctl/page/Html.h"
 
 #include <algorithm>
