@@ -30,6 +30,7 @@ protected:
     }
     static std::vector<std::string> lines(const std::vector<Standalone::Call>& calls) {
         std::vector<std::string> result;
+        result.reserve(calls.size());
         for (const Standalone::Call& call : calls) {
             result.push_back(call.object + " = " + std::to_string(call.value) +
                              (call.code == 0 ? "" : " failed"));

@@ -19,7 +19,6 @@ namespace {
 
 using Standalone::Operation;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 /** The cell of a list as a test writes it. */
 std::string cellText(const Listing::Cell& cell) {
@@ -28,6 +27,7 @@ std::string cellText(const Listing::Cell& cell) {
                               [](const std::string& text) { return text; },
                               [](const std::vector<std::int32_t>& values) {
                                   std::vector<std::string> items;
+                                  items.reserve(values.size());
                                   for (const std::int32_t value : values) {
                                       items.push_back(std::to_string(value));
                                   }
@@ -72,6 +72,7 @@ public:
         note(listing.title + ": " + joined(listing.columns, " "));
         for (const auto& row : listing.rows) {
             std::vector<std::string> cells;
+            cells.reserve(row.size());
             for (const Listing::Cell& cell : row) {
                 cells.push_back(cellText(cell));
             }
