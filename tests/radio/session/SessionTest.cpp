@@ -1,0 +1,419 @@
+#include "radio/session/Session.h"
+
+#include "radio/board/PlatformWords.h"
+#include "radio/text/Words.h"
+#include "tests/radio/support/PlanBoards.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace Radio {
+namespace {
+
+using Standalone::Operation;
+using testing::ElementsAre;
+
+/** The cell of a list as a test writes it. */
+std::string cellText(const Listing::Cell& cell) {
+    return std::visit(Visitor{[](std::int64_t number) { return std::to_string(number); },
+                              [](double level) { return inTwoDecimals(level); },
+                              [](const std::string& text) { return text; },
+                              [](const std::vector<std::int32_t>& values) {
+                                  std::vector<std::string> items;
+                                  items.reserve(values.size());
+                                  for (const std::int32_t value : values) {
+                                      items.push_back(std::to_string(value));
+                                  }
+                                  return "[" + joined(items, " ") + "]";
+                              },
+                              [](std::monostate /*unknown*/) { return std::string("-"); }},
+                      cell);
+}
+
+/** Keeps a line for each event. Of the calls it keeps those that find a driver or write to one. */
+class RecordingListener final : public SessionListener {
+public:
+    void phaseStarted(unsigned long phase) override { note("phase " + std::to_string(phase)); }
+    void phaseFinished(const Standalone::PhaseReport& report) override {
+        note("phase " + std::to_string(report.phase) + ": " + counted(report.steps.size(), "module") +
+             (report.succeeded() ? "" : ", failed"));
+    }
+    void booted(bool succeeded) override { note(succeeded ? "booted" : "did not boot"); }
+    void commandStarted(const ScriptLine& line) override { note("> " + line.text); }
+    void commandFinished(std::int32_t code, const std::string& text) override {
+        note((code == 0 ? "ok" : codeText(code)) + (text.empty() ? "" : ", " + text));
+    }
+    void called(const Standalone::Call& call) override {
+        if (call.operation == Operation::driverLookup || call.operation == Operation::driverWrite) {
+            note(std::string(Standalone::toString(call.operation)) + " " + call.object + " " +
+                 std::to_string(call.value) + (call.code == 0 ? "" : " answered " + codeText(call.code)));
+        }
+    }
+    void traced(const Standalone::TraceMessage& message) override {
+        note(std::string(Radio::toString(message.level)) + ": " + message.text);
+    }
+    void notified(const Notification& notification) override {
+        note("told " + std::string(Radio::toString(notification.direction)) + " " +
+             std::to_string(notification.channel) + " " + std::to_string(notification.frequency) +
+             (notification.throughC ? " through C" : ""));
+    }
+    void judged(const ScriptLine& line, const Judgement& judgement) override {
+        note(line.text + (judgement.held ? " held" : " failed") + ": expected " + judgement.expected +
+             ", found " + judgement.found);
+    }
+    void listed(const Listing& listing) override {
+        note(listing.title + ": " + joined(listing.columns, " "));
+        for (const auto& row : listing.rows) {
+            std::vector<std::string> cells;
+            cells.reserve(row.size());
+            for (const Listing::Cell& cell : row) {
+                cells.push_back(cellText(cell));
+            }
+            note(joined(cells, " "));
+        }
+    }
+    void helpWanted(const std::string& about) override { note("help about \"" + about + "\""); }
+
+    std::vector<std::string> take() { return std::exchange(m_lines, {}); }
+
+private:
+    void note(const std::string& line) { m_lines.push_back(line); }
+
+    std::vector<std::string> m_lines;
+};
+
+/** A radio of one RF module, with two drivers, in a session of its own. */
+class SessionTest : public testing::Test {
+protected:
+    void start(OrbiTraceLevel shownTrace = Standalone::TraceLevel::notice) {
+        m_session.emplace(board, m_listener, shownTrace);
+        m_listener.take();
+        m_session->boot();
+    }
+    /** Starts, and leaves out what the start-up tells. */
+    void startQuietly(OrbiTraceLevel shownTrace = Standalone::TraceLevel::notice) {
+        start(shownTrace);
+        m_listener.take();
+    }
+    /** Does one thing; what it told. */
+    std::vector<std::string> act(const Action& action, const std::string& text = "command") {
+        m_session->execute({{}, text, action});
+        return m_listener.take();
+    }
+    std::vector<std::string> expect(const Expectation& expectation, const std::string& text = "expect") {
+        m_session->execute({{}, text, expectation});
+        return m_listener.take();
+    }
+    std::vector<std::string> tune(std::uint32_t frequency) {
+        return act(Tune{Direction::tx, 1, frequency}, "tune tx 1 " + std::to_string(frequency));
+    }
+    /** Repeats the initialisation without the driver layer, which it cannot do without. */
+    void failOnce() {
+        act(SetPresence{"IDriverLayer", Standalone::Presence::absent});
+        act(RunPhase{Standalone::phaseModuleInit});
+    }
+    std::vector<std::string> told() { return m_listener.take(); }
+    Summary finish() { return m_session->finish(); }
+    bool isOver() const { return m_session->isOver(); }
+
+    static ExpectResult result(ExpectResult::Kind kind, std::int32_t code = 0) { return {kind, code}; }
+    static constexpr auto ok = ExpectResult::Kind::ok;
+    static constexpr auto failed = ExpectResult::Kind::failed;
+
+    Board board = PlanBoards::rfModule();
+
+private:
+    RecordingListener m_listener;
+    std::optional<Session> m_session;
+};
+
+// The start-up.
+
+TEST_F(SessionTest, StartUpRunsItsPhasesInOrder) {
+    start();
+    EXPECT_THAT(told(),
+                ElementsAre("phase 11", "driver-lookup channel.1.tx.rf.frequency 0",
+                            "driver-lookup channel.1.rx.rf.frequency 0", "phase 11: 1 module", "phase 5",
+                            "phase 5: 1 module", "phase 20", "phase 20: 1 module", "booted"));
+    const Summary summary = finish();
+    EXPECT_TRUE(summary.booted);
+    EXPECT_TRUE(summary.bootAccepted);
+    EXPECT_EQ(summary.commands, 0U);
+}
+
+TEST_F(SessionTest, StartUpEndsWithThePhaseThatFails) {
+    PlanBoards::remove(board, "channel.1.tx.rf.frequency");
+    start();
+    EXPECT_THAT(told(), ElementsAre("phase 11", "driver-lookup channel.1.tx.rf.frequency 0 answered 0x8001",
+                                    "error: onModuleInit failed to get driver interface "
+                                    "[channel.1.tx.rf.frequency] (EDriverResult = 0x8001)",
+                                    "phase 11: 1 module, failed", "did not boot"));
+    EXPECT_FALSE(finish().booted);
+}
+
+TEST_F(SessionTest, StartUpThatFailsUnexpectedlyIsNotAccepted) {
+    PlanBoards::remove(board, "channel.1.tx.rf.frequency");
+    startQuietly();
+    const Summary summary = finish();
+    EXPECT_FALSE(summary.bootAccepted);
+    EXPECT_EQ(summary.unexpectedFailures, 0U);
+}
+
+TEST_F(SessionTest, StartUpThatFailsAsExpectedIsAccepted) {
+    PlanBoards::remove(board, "channel.1.tx.rf.frequency");
+    startQuietly();
+    EXPECT_THAT(expect(result(failed)), ElementsAre("expect held: expected failed, found 0x8000 (failed)"));
+    const Summary summary = finish();
+    EXPECT_TRUE(summary.bootAccepted);
+    EXPECT_FALSE(summary.booted);
+    EXPECT_EQ(summary.held, 1U);
+}
+
+TEST_F(SessionTest, StartUpIsNotExpectedToFailAfterTheNextCommand) {
+    PlanBoards::remove(board, "channel.1.tx.rf.frequency");
+    startQuietly();
+    tune(7'442'000);
+    expect(result(ok));
+    EXPECT_FALSE(finish().bootAccepted);
+}
+
+TEST_F(SessionTest, ExpectationsSpeakOfTheStartUpFirst) {
+    startQuietly();
+    EXPECT_THAT(expect(result(ok)), ElementsAre("expect held: expected ok, found ok"));
+    EXPECT_THAT(expect(ExpectNoTrace{""}),
+                ElementsAre("expect held: expected no trace message, found no trace message"));
+    EXPECT_THAT(expect(ExpectWriteCount{0}), ElementsAre("expect held: expected 0 writes, found 0 writes"));
+}
+
+// Commands.
+
+TEST_F(SessionTest, TuneTellsItsWriteItsNotificationAndItsResult) {
+    startQuietly();
+    EXPECT_THAT(tune(7'442'000),
+                ElementsAre("> tune tx 1 7442000", "driver-write channel.1.tx.rf.frequency 7442000",
+                            "told tx 1 7442000", "ok"));
+    EXPECT_EQ(finish().commands, 1U);
+}
+
+TEST_F(SessionTest, RefusedWriteIsToldWithItsCodeAndItsTrace) {
+    startQuietly();
+    const Standalone::Fault fault{Operation::driverWrite, "channel.1.tx.rf.frequency", 0x8001, {}, {}};
+    EXPECT_THAT(act(InjectFault{fault}, "fault"), ElementsAre("> fault", "ok"));
+    EXPECT_THAT(tune(7'442'000), ElementsAre("> tune tx 1 7442000",
+                                             "driver-write channel.1.tx.rf.frequency 7442000 answered 0x8001",
+                                             "error: Write to driver failed for channel.1.Tx.rf.frequency "
+                                             "(EDriverResult = 0x8001)",
+                                             "told tx 1 7442000", "ok"));
+    EXPECT_THAT(expect(ExpectWriteCount{0}), ElementsAre("expect held: expected 0 writes, found 0 writes"));
+    EXPECT_THAT(act(ClearFaults{}, "clear"), ElementsAre("> clear", "ok, 1 fault cleared"));
+}
+
+TEST_F(SessionTest, TemperatureTellsHowManyObserversItReached) {
+    startQuietly();
+    EXPECT_THAT(act(SetTemperature{40}, "temperature 40"),
+                ElementsAre("> temperature 40", "ok, 1 observer told"));
+    EXPECT_THAT(act(SetTemperature{40}, "temperature 40"),
+                ElementsAre("> temperature 40", "ok, 0 observers told"));
+}
+
+TEST_F(SessionTest, PhaseIsRunAgain) {
+    startQuietly();
+    EXPECT_THAT(act(RunPhase{Standalone::phasePostFrameformatLoad}, "phase frameformat"),
+                ElementsAre("> phase frameformat", "phase 20", "phase 20: 1 module", "ok"));
+}
+
+TEST_F(SessionTest, VariableGetsItsNewValues) {
+    PlanBoards::set(board, "ChannelSpacing", {100});
+    startQuietly();
+    act(SetVariable{"ChannelSpacing", {250}});
+    EXPECT_THAT(act(Show{Show::Kind::variables, ""}, "show variables"),
+                ElementsAre("> show variables", "variables: variable values", "ChannelSpacing [250]", "ok"));
+}
+
+TEST_F(SessionTest, QuitEndsTheSession) {
+    startQuietly();
+    EXPECT_FALSE(isOver());
+    EXPECT_THAT(act(Quit{}, "quit"), ElementsAre("> quit", "ok"));
+    EXPECT_TRUE(isOver());
+}
+
+TEST_F(SessionTest, HelpIsAskedOfTheListener) {
+    startQuietly();
+    EXPECT_THAT(act(Help{"tune"}, "help tune"), ElementsAre("> help tune", "help about \"tune\"", "ok"));
+    EXPECT_THAT(act(Help{""}, "help"), ElementsAre("> help", "help about \"\"", "ok"));
+}
+
+TEST_F(SessionTest, ShowListsWhatThereIs) {
+    startQuietly();
+    tune(7'442'000);
+    EXPECT_THAT(act(Show{Show::Kind::drivers, ""}, "show drivers"),
+                ElementsAre("> show drivers", "drivers: driver value writes", "channel.1.rx.rf.frequency 0 0",
+                            "channel.1.tx.rf.frequency 7442000 1", "ok"));
+    EXPECT_THAT(act(Show{Show::Kind::observers, ""}, "show observers"),
+                ElementsAre("> show observers", "observers: interface kind told last_khz",
+                            "IFrequencyHandler_Tx_1 class 1 7442000", "IFrequencyHandler_Rx_1 class 0 0",
+                            "ok"));
+}
+
+TEST_F(SessionTest, ShowListsWhatFitsThePattern) {
+    startQuietly();
+    EXPECT_THAT(act(Show{Show::Kind::drivers, "t?.rf"}, "show drivers t?.rf"),
+                ElementsAre("> show drivers t?.rf", "drivers: driver value writes",
+                            "channel.1.tx.rf.frequency 0 0", "ok"));
+    EXPECT_THAT(act(Show{Show::Kind::tables, ""}, "show tables"),
+                ElementsAre("> show tables", "tables: table nodes", "ok"));
+}
+
+TEST_F(SessionTest, OnlyCommandsToTheRadioAreCounted) {
+    startQuietly();
+    tune(7'442'000);
+    act(SetTemperature{40});
+    act(Show{Show::Kind::drivers, ""});
+    act(Help{""});
+    expect(ExpectNoTrace{""});
+    act(Quit{});
+    EXPECT_EQ(finish().commands, 2U);
+}
+
+// Traces.
+
+TEST_F(SessionTest, TraceThatIsNotShownIsExpectedAllTheSame) {
+    startQuietly(Standalone::TraceLevel::off);
+    act(SetPresence{"IDriverLayer", Standalone::Presence::absent});
+    EXPECT_THAT(act(RunPhase{Standalone::phaseModuleInit}, "phase init"),
+                ElementsAre("> phase init", "phase 11", "phase 11: 1 module, failed", "0x8000"));
+    EXPECT_THAT(
+        expect(ExpectTrace{"DriverLayer"}),
+        ElementsAre("expect held: expected a trace message with \"DriverLayer\", found \"Unable to get "
+                    "DriverLayer Interface\""));
+}
+
+TEST_F(SessionTest, TraceThatIsShownIsNotExpectedForThat) {
+    startQuietly(Standalone::TraceLevel::information);
+    EXPECT_THAT(tune(7'442'000),
+                ElementsAre("> tune tx 1 7442000", "information: setTxFrequency 7442000",
+                            "information: Write frequency to HW 7442000 for direction Tx",
+                            "driver-write channel.1.tx.rf.frequency 7442000", "told tx 1 7442000", "ok"));
+    EXPECT_THAT(expect(ExpectNoTrace{""}),
+                ElementsAre("expect held: expected no trace message, found no trace message"));
+}
+
+TEST_F(SessionTest, CommandChoosesWhatIsShownAndExpected) {
+    startQuietly();
+    act(SetTrace{Standalone::TraceLevel::information});
+    tune(7'442'000);
+    EXPECT_THAT(
+        expect(ExpectTrace{"setTxFrequency"}),
+        ElementsAre("expect held: expected a trace message with \"setTxFrequency\", found "
+                    "\"setTxFrequency 7442000\", \"Write frequency to HW 7442000 for direction Tx\""));
+}
+
+// Expectations.
+
+TEST_F(SessionTest, ExpectationThatHoldsIsCounted) {
+    startQuietly();
+    tune(7'442'000);
+    EXPECT_THAT(expect(ExpectFrequency{Direction::tx, 1, 7'442'000}),
+                ElementsAre("expect held: expected 7442000 kHz, found 7442000 kHz"));
+    EXPECT_THAT(expect(ExpectNotified{Direction::tx, 1, 7'442'000}),
+                ElementsAre("expect held: expected 7442000 kHz, found 7442000 kHz"));
+    EXPECT_THAT(expect(ExpectDriver{"channel.1.tx.rf.frequency", 7'442'000}),
+                ElementsAre("expect held: expected 7442000, found 7442000"));
+    EXPECT_THAT(expect(ExpectWrites{{{"channel.1.tx.rf.frequency", 7'442'000}}}),
+                ElementsAre("expect held: expected channel.1.tx.rf.frequency=7442000, found "
+                            "channel.1.tx.rf.frequency=7442000"));
+    const Summary summary = finish();
+    EXPECT_EQ(summary.held, 4U);
+    EXPECT_EQ(summary.failed, 0U);
+}
+
+TEST_F(SessionTest, ExpectationThatFailsIsCountedAndSaysWhatIsThere) {
+    startQuietly();
+    tune(7'442'000);
+    EXPECT_THAT(expect(ExpectFrequency{Direction::tx, 1, 7'443'000}),
+                ElementsAre("expect failed: expected 7443000 kHz, found 7442000 kHz"));
+    EXPECT_THAT(expect(ExpectNotified{Direction::rx, 1, 7'442'000}),
+                ElementsAre("expect failed: expected 7442000 kHz, found no notification"));
+    EXPECT_THAT(expect(ExpectDriver{"channel.1.rx.rf.frequency", 7'442'000}),
+                ElementsAre("expect failed: expected 7442000, found 0 (never written)"));
+    EXPECT_THAT(expect(ExpectWriteCount{2}), ElementsAre("expect failed: expected 2 writes, found 1 write: "
+                                                         "channel.1.tx.rf.frequency=7442000"));
+    EXPECT_THAT(expect(result(failed)), ElementsAre("expect failed: expected failed, found ok"));
+    const Summary summary = finish();
+    EXPECT_EQ(summary.held, 0U);
+    EXPECT_EQ(summary.failed, 5U);
+    EXPECT_EQ(summary.unexpectedFailures, 0U);
+}
+
+TEST_F(SessionTest, ExpectationsSpeakOfTheLastCommandAlone) {
+    startQuietly();
+    tune(7'442'000);
+    act(SetTemperature{40});
+    EXPECT_THAT(expect(ExpectWrites{{}}), ElementsAre("expect held: expected no writes, found no writes"));
+    EXPECT_THAT(expect(ExpectNotified{Direction::tx, 1, 7'442'000}),
+                ElementsAre("expect failed: expected 7442000 kHz, found no notification"));
+}
+
+TEST_F(SessionTest, ShowingSomethingIsNotTheLastCommand) {
+    startQuietly();
+    tune(7'442'000);
+    act(Show{Show::Kind::drivers, ""});
+    act(Help{"tune"});
+    EXPECT_THAT(expect(ExpectWriteCount{1}), ElementsAre("expect held: expected 1 write, found 1 write: "
+                                                         "channel.1.tx.rf.frequency=7442000"));
+}
+
+// Failures.
+
+TEST_F(SessionTest, FailureThatNobodyExpectsIsCounted) {
+    startQuietly();
+    failOnce();
+    tune(7'442'000);
+    expect(result(ok));
+    const Summary summary = finish();
+    EXPECT_EQ(summary.unexpectedFailures, 1U);
+    EXPECT_TRUE(summary.bootAccepted);
+}
+
+TEST_F(SessionTest, FailureOfTheLastCommandIsCountedAtTheEnd) {
+    startQuietly();
+    failOnce();
+    expect(ExpectTrace{"DriverLayer"});
+    EXPECT_EQ(finish().unexpectedFailures, 1U);
+}
+
+TEST_F(SessionTest, FailureThatIsExpectedIsNotCounted) {
+    startQuietly();
+    failOnce();
+    EXPECT_THAT(expect(result(ExpectResult::Kind::code, 0x8000)),
+                ElementsAre("expect held: expected 0x8000, found 0x8000 (failed)"));
+    EXPECT_EQ(finish().unexpectedFailures, 0U);
+}
+
+TEST_F(SessionTest, FailureIsExpectedAlsoBehindOtherExpectationsAndLists) {
+    startQuietly();
+    failOnce();
+    expect(ExpectTrace{"DriverLayer"});
+    act(Show{Show::Kind::interfaces, ""});
+    expect(result(failed));
+    EXPECT_EQ(finish().unexpectedFailures, 0U);
+}
+
+TEST_F(SessionTest, FailureOfWhichAnotherResultIsExpectedCountsOnce) {
+    startQuietly();
+    failOnce();
+    EXPECT_THAT(expect(result(ok)), ElementsAre("expect failed: expected ok, found 0x8000 (failed)"));
+    const Summary summary = finish();
+    EXPECT_EQ(summary.failed, 1U);
+    EXPECT_EQ(summary.unexpectedFailures, 0U);
+}
+
+} // namespace
+} // namespace Radio

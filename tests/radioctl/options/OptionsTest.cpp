@@ -1,0 +1,357 @@
+#include "radioctl/options/Options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Radio::CommandLine {
+namespace {
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+/** A program "radioctl" with the commands tune and check, of which a test gives tune its options. */
+class OptionsTest : public testing::Test {
+protected:
+    /** What the parser gives for a command line that begins with "tune"; what it prints stays behind. */
+    std::optional<bool> tune(const std::vector<std::string>& words) {
+        std::vector<std::string> line{"tune"};
+        line.insert(line.end(), words.begin(), words.end());
+        return parse(line);
+    }
+    std::optional<bool> parse(const std::vector<std::string>& words) {
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        const std::optional<bool> end = m_parser.parse(words);
+        m_printed = testing::internal::GetCapturedStdout();
+        m_complaint = testing::internal::GetCapturedStderr();
+        return end;
+    }
+    /** What is printed when a command line is refused; empty when it is not. */
+    std::string complaintAbout(const std::vector<std::string>& words) {
+        const std::optional<bool> end = tune(words);
+        EXPECT_EQ(m_printed, "");
+        return end == false ? m_complaint : "";
+    }
+    /** What help about tune says. */
+    std::string help() {
+        EXPECT_EQ(tune({"--help"}), true);
+        EXPECT_EQ(m_complaint, "");
+        return m_printed;
+    }
+    const std::string& printed() const { return m_printed; }
+    const std::string& complaint() const { return m_complaint; }
+
+private:
+    Parser m_parser{"Tunes radios.", "radioctl", "radioctl 1.2.3", "The end."};
+    std::string m_printed;
+    std::string m_complaint;
+
+protected:
+    Command m_top = m_parser.top();
+    Command m_tune = m_top.command("tune", "Sets a carrier.");
+    Command m_check = m_top.command("check", "Looks at a board.");
+};
+
+// Values.
+
+TEST_F(OptionsTest, WordGoesToItsOption) {
+    std::string board;
+    m_tune.option("--board", board, "");
+    EXPECT_EQ(tune({"--board", "radio.toml"}), std::nullopt);
+    EXPECT_EQ(board, "radio.toml");
+    EXPECT_EQ(printed() + complaint(), "");
+}
+
+TEST_F(OptionsTest, WordGoesToItsArgument) {
+    std::string board;
+    std::string script;
+    m_tune.option("BOARD", board, "");
+    m_tune.option("SCRIPT", script, "");
+    EXPECT_EQ(tune({"radio.toml", "radio.script"}), std::nullopt);
+    EXPECT_EQ(board, "radio.toml");
+    EXPECT_EQ(script, "radio.script");
+}
+
+TEST_F(OptionsTest, WholeNumberGoesToItsOption) {
+    int channel = 0;
+    std::optional<int> degrees;
+    std::optional<std::uint32_t> seed;
+    m_tune.option("--channel", channel, "");
+    m_tune.option("--degrees", degrees, "");
+    m_tune.option("--seed", seed, "");
+    EXPECT_EQ(tune({"--channel", "2", "--degrees=-33", "--seed", "4294967295"}), std::nullopt);
+    EXPECT_EQ(channel, 2);
+    EXPECT_EQ(degrees, -33);
+    EXPECT_EQ(seed, 4294967295U);
+}
+
+TEST_F(OptionsTest, FractionGoesToItsOption) {
+    std::optional<double> factor;
+    m_tune.option("--factor", factor, "");
+    EXPECT_EQ(tune({"--factor", "0.75"}), std::nullopt);
+    EXPECT_EQ(factor, 0.75);
+}
+
+TEST_F(OptionsTest, OptionThatIsNotThereLeavesItsValueAlone) {
+    int channel = 7;
+    std::optional<int> degrees;
+    std::vector<std::string> boards;
+    m_tune.option("--channel", channel, "");
+    m_tune.option("--degrees", degrees, "");
+    m_tune.option("BOARD", boards, "");
+    EXPECT_EQ(tune({}), std::nullopt);
+    EXPECT_EQ(channel, 7);
+    EXPECT_EQ(degrees, std::nullopt);
+    EXPECT_THAT(boards, IsEmpty());
+}
+
+TEST_F(OptionsTest, SeveralArgumentsGoToAList) {
+    std::vector<std::string> boards;
+    m_tune.option("BOARD", boards, "");
+    EXPECT_EQ(tune({"a.toml", "b.toml", "c.toml"}), std::nullopt);
+    EXPECT_THAT(boards, ElementsAre("a.toml", "b.toml", "c.toml"));
+}
+
+TEST_F(OptionsTest, WordThatIsNoNumberIsRefused) {
+    int channel = 0;
+    m_tune.option("--channel", channel, "");
+    EXPECT_THAT(complaintAbout({"--channel", "two"}),
+                AllOf(StartsWith("radioctl: "), HasSubstr("--channel"), HasSubstr("two")));
+    EXPECT_THAT(complaintAbout({"--channel", "1.5"}), HasSubstr("1.5"));
+    EXPECT_THAT(complaintAbout({"--channel", "2147483648"}), HasSubstr("2147483648"));
+}
+
+TEST_F(OptionsTest, OptionWithoutItsValueIsRefused) {
+    int channel = 0;
+    m_tune.option("--channel", channel, "");
+    EXPECT_THAT(complaintAbout({"--channel"}), HasSubstr("--channel"));
+}
+
+TEST_F(OptionsTest, FlagIsThereOrNot) {
+    bool json = false;
+    bool quiet = false;
+    m_tune.json(json);
+    m_tune.flag("--quiet", quiet, "");
+    EXPECT_EQ(tune({"--json"}), std::nullopt);
+    EXPECT_TRUE(json);
+    EXPECT_FALSE(quiet);
+}
+
+// What an option asks for.
+
+TEST_F(OptionsTest, RequiredOptionIsNotLeftOut) {
+    std::string board;
+    m_tune.option("--board", board, "").required();
+    const std::string complaint = complaintAbout({});
+    EXPECT_THAT(complaint, AllOf(StartsWith("radioctl: "), HasSubstr("--board")));
+    EXPECT_THAT(complaint, HasSubstr("\nRun with --help for more information.\n"));
+    EXPECT_EQ(tune({"--board", "radio.toml"}), std::nullopt);
+}
+
+TEST_F(OptionsTest, RequiredOptionOfAnotherCommandIsNotMissed) {
+    std::string board;
+    m_check.option("--board", board, "").required();
+    EXPECT_EQ(tune({}), std::nullopt);
+}
+
+TEST_F(OptionsTest, NumberIsWithinItsLimits) {
+    int channel = 0;
+    m_tune.option("--channel", channel, "").within(-1, 10);
+    EXPECT_EQ(tune({"--channel=-1"}), std::nullopt);
+    EXPECT_EQ(tune({"--channel", "10"}), std::nullopt);
+    EXPECT_THAT(complaintAbout({"--channel=-2"}), HasSubstr("-2"));
+    EXPECT_THAT(complaintAbout({"--channel", "11"}), HasSubstr("11"));
+}
+
+TEST_F(OptionsTest, WordIsOneOfThoseThatThereAre) {
+    std::string branch;
+    m_tune.option("--branch", branch, "").oneOf({"i", "q"});
+    EXPECT_EQ(tune({"--branch", "q"}), std::nullopt);
+    EXPECT_THAT(complaintAbout({"--branch", "z"}), AllOf(HasSubstr("--branch"), HasSubstr("z")));
+    EXPECT_THAT(complaintAbout({"--branch", "I"}), HasSubstr("I"));
+}
+
+TEST_F(OptionsTest, CheckSaysWhatIsWrong) {
+    std::string carrier;
+    m_tune.option("--tx", carrier, "").check([](const std::string& value) {
+        return value == "18GHz" ? std::string() : "\"" + value + "\" is too low";
+    });
+    EXPECT_EQ(tune({"--tx", "18GHz"}), std::nullopt);
+    EXPECT_THAT(complaintAbout({"--tx", "1GHz"}), HasSubstr("\"1GHz\" is too low"));
+}
+
+TEST_F(OptionsTest, ThereIsExactlyOneOfTheAlternatives) {
+    std::string carrier;
+    bool all = false;
+    Command what = m_tune.alternatives("What", "");
+    what.option("--carrier", carrier, "");
+    what.flag("--all", all, "");
+    EXPECT_EQ(tune({"--carrier", "18GHz"}), std::nullopt);
+    EXPECT_EQ(tune({"--all"}), std::nullopt);
+    EXPECT_THAT(complaintAbout({}), StartsWith("radioctl: "));
+    EXPECT_THAT(complaintAbout({"--all", "--carrier", "18GHz"}), StartsWith("radioctl: "));
+}
+
+// More than one value.
+
+TEST_F(OptionsTest, RepeatedOptionTakesOneValueEachTime) {
+    std::vector<std::string> carriers;
+    std::string board;
+    m_tune.option("--tx", carriers, "").repeated();
+    m_tune.option("BOARD", board, "");
+    EXPECT_EQ(tune({"--tx", "1", "radio.toml", "--tx", "2"}), std::nullopt);
+    EXPECT_THAT(carriers, ElementsAre("1", "2"));
+    EXPECT_EQ(board, "radio.toml");
+}
+
+TEST_F(OptionsTest, WordBehindTheValueOfARepeatedOptionIsNotItsOwn) {
+    std::vector<std::string> carriers;
+    m_tune.option("--tx", carriers, "").repeated();
+    EXPECT_THAT(complaintAbout({"--tx", "1", "2"}), HasSubstr("2"));
+}
+
+TEST_F(OptionsTest, ValuesStandInOneWord) {
+    std::vector<std::int32_t> spacings;
+    m_tune.option("--spacing", spacings, "").separatedBy(',');
+    EXPECT_EQ(tune({"--spacing", "125,-250,500"}), std::nullopt);
+    EXPECT_THAT(spacings, ElementsAre(125, -250, 500));
+}
+
+TEST_F(OptionsTest, EachValueOfAWordIsChecked) {
+    std::vector<std::int32_t> spacings;
+    m_tune.option("--spacing", spacings, "").separatedBy(',').within(100, 500);
+    EXPECT_EQ(tune({"--spacing", "125,500"}), std::nullopt);
+    EXPECT_THAT(complaintAbout({"--spacing", "125,501"}), HasSubstr("501"));
+}
+
+TEST_F(OptionsTest, AsManyValuesAsAnOptionWants) {
+    std::vector<std::int64_t> range;
+    std::string board;
+    m_tune.option("--range", range, "").values(2);
+    m_tune.option("BOARD", board, "");
+    EXPECT_EQ(tune({"radio.toml", "--range", "-200", "200"}), std::nullopt);
+    EXPECT_THAT(range, ElementsAre(-200, 200));
+    EXPECT_EQ(board, "radio.toml");
+    EXPECT_THAT(complaintAbout({"--range", "200"}), HasSubstr("--range"));
+}
+
+// What was there.
+
+TEST_F(OptionsTest, OptionKnowsWhetherItIsThere) {
+    std::string board;
+    std::string script;
+    const Option boardOption = m_tune.option("BOARD", board, "");
+    const Option scriptOption = m_tune.option("SCRIPT", script, "");
+    EXPECT_EQ(tune({"radio.toml"}), std::nullopt);
+    EXPECT_TRUE(boardOption.isThere());
+    EXPECT_FALSE(scriptOption.isThere());
+}
+
+TEST_F(OptionsTest, CommandHasTheOptionsThatAreThere) {
+    std::string board;
+    int channel = 0;
+    m_tune.option("BOARD", board, "");
+    m_tune.option("-c,--channel", channel, "");
+    EXPECT_EQ(tune({"-c", "0"}), std::nullopt);
+    EXPECT_TRUE(m_tune.has("--channel"));
+    EXPECT_TRUE(m_tune.has("-c"));
+    EXPECT_FALSE(m_tune.has("BOARD"));
+}
+
+TEST_F(OptionsTest, CommandThatStandsInTheLineIsCalled) {
+    EXPECT_EQ(parse({"check"}), std::nullopt);
+    EXPECT_TRUE(m_check.isCalled());
+    EXPECT_FALSE(m_tune.isCalled());
+}
+
+TEST_F(OptionsTest, CommandsBelowACommandAreCalledWithIt) {
+    const Command tx = m_tune.command("tx", "");
+    const Command rx = m_tune.command("rx", "");
+    m_tune.requireCommand();
+    EXPECT_EQ(tune({"rx"}), std::nullopt);
+    EXPECT_TRUE(m_tune.isCalled());
+    EXPECT_TRUE(rx.isCalled());
+    EXPECT_FALSE(tx.isCalled());
+}
+
+TEST_F(OptionsTest, CommandThatHasToBeThereIsNotLeftOut) {
+    m_tune.command("tx", "");
+    m_tune.requireCommand();
+    EXPECT_THAT(complaintAbout({}), StartsWith("radioctl: "));
+}
+
+TEST_F(OptionsTest, OptionsInFrontOfTheFirstCommandAreThoseOfTheProgram) {
+    bool ofProgram = false;
+    bool ofTune = false;
+    m_top.json(ofProgram);
+    m_tune.json(ofTune);
+    EXPECT_EQ(parse({"--json", "tune"}), std::nullopt);
+    EXPECT_TRUE(ofProgram);
+    EXPECT_FALSE(ofTune);
+}
+
+TEST_F(OptionsTest, OptionsOfTheProgramStayThoseOfItsCommandsBehindThem) {
+    bool ofProgram = false;
+    bool ofTune = false;
+    m_top.json(ofProgram);
+    m_tune.json(ofTune);
+    EXPECT_EQ(parse({"tune", "--json"}), std::nullopt);
+    EXPECT_FALSE(ofProgram);
+    EXPECT_TRUE(ofTune);
+}
+
+// The line as a whole.
+
+TEST_F(OptionsTest, LineWithoutACommandIsRefusedWithThoseThatThereAre) {
+    m_top.command("plan", "");
+    EXPECT_EQ(parse({}), false);
+    EXPECT_THAT(complaint(), HasSubstr("One of tune, check and plan"));
+    EXPECT_EQ(printed(), "");
+}
+
+TEST_F(OptionsTest, WordsThatNobodyWantsAreRefused) {
+    EXPECT_EQ(parse({"tunes"}), false);
+    EXPECT_THAT(complaint(), HasSubstr("tunes"));
+    EXPECT_THAT(complaintAbout({"--fast"}), HasSubstr("--fast"));
+    EXPECT_THAT(complaintAbout({"radio.toml"}), HasSubstr("radio.toml"));
+}
+
+TEST_F(OptionsTest, HelpIsPrintedAndIsNothingWrong) {
+    EXPECT_EQ(parse({"--help"}), true);
+    EXPECT_THAT(printed(), AllOf(HasSubstr("Tunes radios."), HasSubstr("Sets a carrier."),
+                                 HasSubstr("Looks at a board."), HasSubstr("The end.")));
+    EXPECT_EQ(complaint(), "");
+}
+
+TEST_F(OptionsTest, HelpAboutACommandSaysWhatItTakes) {
+    std::string board;
+    m_tune.option("--board", board, "The radio.").named("FILE").required();
+    EXPECT_THAT(help(),
+                AllOf(HasSubstr("Sets a carrier."), HasSubstr("--board FILE"), HasSubstr("The radio.")));
+}
+
+TEST_F(OptionsTest, HelpSaysWhatAnOptionIsWhenItIsNotThere) {
+    int channel = 4711;
+    int seed = 815;
+    m_tune.option("--channel", channel, "").showDefault();
+    m_tune.option("--seed", seed, "");
+    EXPECT_THAT(help(), AllOf(HasSubstr("4711"), Not(HasSubstr("815"))));
+}
+
+TEST_F(OptionsTest, VersionIsPrintedAndIsNothingWrong) {
+    EXPECT_EQ(parse({"--version"}), true);
+    EXPECT_EQ(printed(), "radioctl 1.2.3\n");
+    EXPECT_EQ(complaint(), "");
+}
+
+} // namespace
+} // namespace Radio::CommandLine
