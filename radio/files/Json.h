@@ -54,6 +54,7 @@ public:
     /** What an object holds, in its order. For objects only: throws std::bad_variant_access otherwise. */
     const std::vector<std::pair<std::string, Json>>& members() const { return std::get<Object>(m_value); }
 
+    /** Of numbers, also whether they have a sign. */
     bool operator==(const Json& other) const { return m_value == other.m_value; }
     bool operator!=(const Json& other) const { return !(*this == other); }
 

@@ -46,6 +46,8 @@ Option& Option::showDefault() {
 
 Option& Option::values(int count) {
     m_option->expected(count);
+    // An argument behind them is not one of theirs.
+    m_option->allow_extra_args(false);
     return *this;
 }
 
@@ -56,6 +58,7 @@ Option& Option::repeated() {
 
 Option& Option::separatedBy(char separator) {
     m_option->delimiter(separator);
+    m_option->allow_extra_args(false);
     return *this;
 }
 

@@ -353,5 +353,25 @@ TEST_F(OptionsTest, VersionIsPrintedAndIsNothingWrong) {
     EXPECT_EQ(complaint(), "");
 }
 
+TEST_F(OptionsTest, ArgumentBehindAsManyValuesAsAnOptionWantsIsNotItsOwn) {
+    std::vector<std::int64_t> range;
+    std::string board;
+    m_tune.option("--range", range, "").values(2);
+    m_tune.option("BOARD", board, "");
+    EXPECT_EQ(tune({"--range", "-200", "200", "radio.toml"}), std::nullopt);
+    EXPECT_THAT(range, ElementsAre(-200, 200));
+    EXPECT_EQ(board, "radio.toml");
+}
+
+TEST_F(OptionsTest, ArgumentBehindValuesInOneWordIsNotTheirs) {
+    std::vector<std::int32_t> spacings;
+    std::string board;
+    m_tune.option("--spacing", spacings, "").separatedBy(',');
+    m_tune.option("BOARD", board, "");
+    EXPECT_EQ(tune({"--spacing", "125,250", "radio.toml"}), std::nullopt);
+    EXPECT_THAT(spacings, ElementsAre(125, 250));
+    EXPECT_EQ(board, "radio.toml");
+}
+
 } // namespace
 } // namespace Radio::CommandLine

@@ -431,6 +431,13 @@ TEST_F(CalibrateProgramTest, WhatIsNoJournalIsNotPutAway) {
               "radioctl: /dev/null: no ordinary file, expected a calibration journal\n");
 }
 
+TEST_F(CalibrateProgramTest, BoardMayStandBehindTheOptions) {
+    const Ending ending = runProgram({{"calibrate", "--channel", "1", "--temperatures", "20,30", "--i-range",
+                                       "-700", "100", "board.toml"}});
+    EXPECT_EQ(ending.errors, "");
+    EXPECT_EQ(ending.exitCode, 0);
+}
+
 TEST_F(CalibrateProgramTest, FilesThatCannotBeWrittenAreNoticedBeforeTheFirstProbe) {
     EXPECT_EQ(calibrate({"--out", "missing/x.csv"}).errors,
               "radioctl: missing/x.csv: cannot be written: No such file or directory\n");
