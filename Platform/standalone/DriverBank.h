@@ -1,9 +1,9 @@
 #ifndef PLATFORM_STANDALONE_DRIVERBANK_H
 #define PLATFORM_STANDALONE_DRIVERBANK_H
 
-#include "standalone/Calls.h"
 #include "DriverLayer.h"
 #include "Visibility.h"
+#include "standalone/Calls.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,9 +1,9 @@
 #ifndef PLATFORM_STANDALONE_INTERFACEREGISTRY_H
 #define PLATFORM_STANDALONE_INTERFACEREGISTRY_H
 
-#include "standalone/Calls.h"
 #include "IInterface.h"
 #include "Visibility.h"
+#include "standalone/Calls.h"
 
 #include <cstddef>
 #include <cstdint>

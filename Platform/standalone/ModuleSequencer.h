@@ -2,8 +2,8 @@
 #define PLATFORM_STANDALONE_MODULESEQUENCER_H
 
 #include "CModuleManager.h"
-#include "standalone/Calls.h"
 #include "Visibility.h"
+#include "standalone/Calls.h"
 
 #include <cstddef>
 #include <cstdint>

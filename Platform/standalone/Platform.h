@@ -1,9 +1,10 @@
 #ifndef PLATFORM_STANDALONE_PLATFORM_H
 #define PLATFORM_STANDALONE_PLATFORM_H
 
+#include "IInterface_c.h"
+#include "Visibility.h"
 #include "standalone/Calls.h"
 #include "standalone/DriverBank.h"
-#include "IInterface_c.h"
 #include "standalone/InterfaceRegistry.h"
 #include "standalone/ModuleSequencer.h"
 #include "standalone/RauService.h"
@@ -11,7 +12,6 @@
 #include "standalone/TemperatureService.h"
 #include "standalone/TraceLog.h"
 #include "standalone/VariableStore.h"
-#include "Visibility.h"
 
 #include <map>
 #include <memory>

@@ -1,9 +1,9 @@
 #ifndef PLATFORM_STANDALONE_RAUSERVICE_H
 #define PLATFORM_STANDALONE_RAUSERVICE_H
 
-#include "standalone/Calls.h"
 #include "IRauHandler.h"
 #include "Visibility.h"
+#include "standalone/Calls.h"
 
 #include <string>
 

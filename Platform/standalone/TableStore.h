@@ -2,8 +2,8 @@
 #define PLATFORM_STANDALONE_TABLESTORE_H
 
 #include "CCalibrationHandler.h"
-#include "standalone/Calls.h"
 #include "Visibility.h"
+#include "standalone/Calls.h"
 
 #include <cstdint>
 #include <map>

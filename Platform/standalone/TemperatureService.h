@@ -1,9 +1,9 @@
 #ifndef PLATFORM_STANDALONE_TEMPERATURESERVICE_H
 #define PLATFORM_STANDALONE_TEMPERATURESERVICE_H
 
-#include "standalone/Calls.h"
 #include "ITemperatureHandler.h"
 #include "Visibility.h"
+#include "standalone/Calls.h"
 
 #include <cstddef>
 #include <cstdint>

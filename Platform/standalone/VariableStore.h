@@ -2,8 +2,8 @@
 #define PLATFORM_STANDALONE_VARIABLESTORE_H
 
 #include "CStorageManager.h"
-#include "standalone/Calls.h"
 #include "Visibility.h"
+#include "standalone/Calls.h"
 
 #include <cstdint>
 #include <map>
