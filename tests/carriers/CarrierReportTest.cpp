@@ -15,7 +15,6 @@ namespace Carriers {
 namespace {
 
 using testing::HasSubstr;
-using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
 

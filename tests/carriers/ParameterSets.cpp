@@ -75,15 +75,20 @@ void requireThatHandlerAgrees(const FrequencyHandler& handler, const Parameters&
 
 namespace {
 
+std::string partOf(const Radio::ChannelDescription& channel, Radio::Direction direction) {
+    return "channel " + std::to_string(channel.number) + " " + std::string(Radio::toString(direction));
+}
+
 /** What the plan of a channel and direction depends on; nothing when there is none. */
-std::optional<Parameters> parametersOf(Radio::BootedRadio& booted, const Radio::ChannelDescription& channel,
-                                       Radio::Direction direction, const std::string& who) {
+std::optional<Parameters> parametersOf(Radio::BootedRadio& booted, const std::string& board,
+                                       const Radio::ChannelDescription& channel, Radio::Direction direction) {
     const auto build = Radio::Plan::buildOf(channel.type, direction);
     if (!build) {
         return std::nullopt;
     }
     const auto read =
         Radio::Plan::readParameters(booted.radio().platform().variables(), channel.number, direction, *build);
+    const std::string who = board + ": " + partOf(channel, direction);
     if (read.factor == 0) {
         throw std::runtime_error(who + " has the multiplication factor 0, with which there is no plan");
     }
@@ -117,10 +122,8 @@ bool addBoard(ParameterSets& sets, const std::string& file) {
     bool hasPlan = false;
     for (const Radio::ChannelDescription& channel : board.channels) {
         for (const Radio::Direction direction : {Radio::Direction::tx, Radio::Direction::rx}) {
-            const std::string part =
-                "channel " + std::to_string(channel.number) + " " + std::string(Radio::toString(direction));
-            if (const auto parameters = parametersOf(booted, channel, direction, name + ": " + part)) {
-                sets.add(*parameters, name, part);
+            if (const auto parameters = parametersOf(booted, name, channel, direction)) {
+                sets.add(*parameters, name, partOf(channel, direction));
                 hasPlan = true;
             }
         }

@@ -5,7 +5,6 @@
 #include "radio/files/InputError.h"
 #include "standalone/Platform.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,8 +17,6 @@
 namespace Carriers {
 namespace {
 
-using testing::HasSubstr;
-using testing::StartsWith;
 using Users = std::map<std::string, std::string>;
 
 constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();

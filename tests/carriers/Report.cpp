@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <ostream>
@@ -16,7 +17,7 @@ namespace {
 
 /** "1 h 2 min 3 s", without what is 0 in front. */
 std::string spoken(double seconds) {
-    const auto whole = static_cast<unsigned long>(seconds + 0.5);
+    const long whole = std::lround(seconds);
     std::string text;
     if (whole >= 3600) {
         text += std::to_string(whole / 3600) + " h ";

@@ -57,7 +57,7 @@ struct ModelHandler {
 };
 
 struct ModelCanceller {
-    std::int32_t channel;
+    std::int32_t channel = 0;
     Handle iDriver = nowhere;
     Handle qDriver = nowhere;
     Handle detector = nowhere;
@@ -78,7 +78,7 @@ struct ModelModule {
 };
 
 struct ModelCompensation {
-    std::uint32_t channel;
+    std::uint32_t channel = 0;
     std::int32_t temperature = 0;
     std::array<Handle, 4> drivers{nowhere, nowhere, nowhere, nowhere};
     std::array<Handle, 4> tables{nowhere, nowhere, nowhere, nowhere};
