@@ -85,7 +85,7 @@ template <typename Work>
 Code ModelPlatform::answer(Call call, Work work) {
     const std::optional<Fault> fault = faultFor(call);
     Code code = ok;
-    if (!fault || !isBad(fault->code) || fault->leaves == Leaves::result) {
+    if (!fault || fault->isCarriedOut()) {
         code = work(call.value);
     } else if (fault->leaves == Leaves::number && call.output != nullptr) {
         *call.output = fault->output;
@@ -101,6 +101,9 @@ Code ModelPlatform::answer(Call call, Work work) {
                       call.x2, code, call.bytes.data(), call.bytes.size());
     ++m_calls;
     disturb();
+    if (fault && fault->throws != Throws::nothing) {
+        throw PlatformThrew{whatOf(fault->throws)};
+    }
     return code;
 }
 
