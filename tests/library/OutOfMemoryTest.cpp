@@ -51,14 +51,14 @@ protected:
 
 TEST_F(OutOfMemoryTest, ObserverThatCannotBeWrappedIsRefusedWithOneErrorMessage) {
     EXPECT_EQ(subscribe(1), ResultFailed);
-    EXPECT_THAT(traces(), ElementsAre("error: registerObserver: out of memory"));
+    EXPECT_THAT(traces(), ElementsAre("error: registerObserver failed: std::bad_alloc"));
     handler.setRfFrequency(1);
     EXPECT_EQ(told, 0);
 }
 
 TEST_F(OutOfMemoryTest, WrappedObserverForWhichTheListCannotGrowIsRefusedWithOneErrorMessage) {
     EXPECT_EQ(subscribe(2), ResultFailed);
-    EXPECT_THAT(traces(), ElementsAre("error: registerObserver: out of memory"));
+    EXPECT_THAT(traces(), ElementsAre("error: registerObserver failed: std::bad_alloc"));
     handler.setRfFrequency(1);
     EXPECT_EQ(told, 0);
 }
@@ -67,7 +67,7 @@ TEST_F(OutOfMemoryTest, ObserverForWhichTheListCannotGrowIsRefusedWithoutAnExcep
     CallingObserver classObserver([](IFrequencyHandler*) {});
     FailingMemory::failAt(1);
     EXPECT_EQ(handler.registerObserver(&classObserver), ResultFailed);
-    EXPECT_THAT(traces(), ElementsAre("error: registerObserver: out of memory for direction Tx"));
+    EXPECT_THAT(traces(), ElementsAre("error: registerObserver failed: std::bad_alloc"));
 }
 
 TEST_F(OutOfMemoryTest, NothingIsTracedOfARefusedObserverWhenNoMessageIsWanted) {

@@ -27,6 +27,8 @@ public:
     EAFResult writeFrequencyToHW(unsigned long frequency) override;
 
 private:
+    [[gnu::cold]] EAFResult tellMissingRau() const;
+
     std::string m_direction;
     std::int32_t m_channel;
     IRauHandler* m_pRauHandler = nullptr;
