@@ -10,6 +10,7 @@
 #include <list>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Told {
@@ -91,10 +92,11 @@ struct ModelCompensation {
 /** Says what the library does in a story, by the rules alone: what it calls, writes, traces and answers. */
 class Model {
 public:
-    Model(const Board& board, Transcript& transcript)
-        : m_platform(board, transcript),
+    Model(Board board, Transcript& transcript)
+        : m_platform(std::move(board), transcript),
           m_transcript(transcript) {}
 
+    /** Tells what is done in a story, of which the board is known already. */
     void tell(const Story& story);
 
 private:

@@ -70,7 +70,7 @@ enum class Op : std::uint8_t {
  * Each call may throw PlatformThrew. */
 class ModelPlatform {
 public:
-    ModelPlatform(const Board& board, Transcript& transcript);
+    ModelPlatform(Board board, Transcript& transcript);
 
     /** Emits a message of a numeric level, if it is wanted and not lost. */
     __attribute__((format(printf, 3, 4))) void say(Code numericLevel, const char* format, ...);
