@@ -6,8 +6,23 @@
 
 #include <functional>
 
+#if defined(__SANITIZE_ADDRESS__)
+#define IS_ADDRESS_SANITIZED
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define IS_ADDRESS_SANITIZED
+#endif
+#endif
+#ifdef IS_ADDRESS_SANITIZED
+// The name is the sanitizer's. NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+extern "C" void __asan_handle_no_return();
+#endif
+
 /** As a system call at which the thread can be cancelled, and is. */
 inline void cancelHere() {
+#ifdef IS_ADDRESS_SANITIZED
+    __asan_handle_no_return(); // the sanitizer does not see by itself that the stack is unwound now
+#endif
     pthread_cancel(pthread_self());
     pthread_testcancel();
 }

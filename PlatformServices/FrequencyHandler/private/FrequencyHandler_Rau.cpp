@@ -28,16 +28,24 @@ EAFResult FrequencyHandler::onModuleInit() {
         const std::string name = rauInterfaceName(m_channel);
         m_pRauHandler = InterfaceBroker::getInstance().getInterface<IRauHandler>(name);
         if (m_pRauHandler == nullptr) {
-            // Deliberately written unlike every other message: at level 1 as it stands, whatever the
-            // threshold, and never closed with endLogMsg.
-            constexpr OrbiTraceLevel unmappedLevel{1};
-            m_trace.beginLogMsg(unmappedLevel, __FILE__, __LINE__)
-                << "onModuleInit"
-                << "(): Error getting interface to " << name << std::endl;
+            tellUnknown(name);
             return ResultFailed;
         }
         return ResultOk;
     });
+}
+
+/** Deliberately written unlike every other message: at level 1 as it stands, whatever the threshold, and
+ * never closed with endLogMsg. */
+void FrequencyHandler::tellUnknown(const std::string& rau) {
+    constexpr OrbiTraceLevel unmappedLevel{1};
+    try {
+        m_trace.beginLogMsg(unmappedLevel, __FILE__, __LINE__)
+            << "onModuleInit"
+            << "(): Error getting interface to " << rau << std::endl;
+    } catch (...) {
+        Trace::lose();
+    }
 }
 
 EAFResult FrequencyHandler::getVariablesFromDatabase() {

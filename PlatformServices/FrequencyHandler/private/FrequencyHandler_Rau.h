@@ -27,6 +27,7 @@ public:
     EAFResult writeFrequencyToHW(unsigned long frequency) override;
 
 private:
+    static void tellUnknown(const std::string& rau);
     [[gnu::cold]] EAFResult tellMissingRau() const;
 
     std::string m_direction;

@@ -29,7 +29,7 @@ constexpr const char* objectName = "QVX.FH";
 constexpr OrbiTraceLevel initialLevel{3};
 
 /** Formats a message that is wanted and hands it to the trace object. */
-__attribute__((format(printf, 5, 6))) [[gnu::cold]] void
+[[gnu::cold, gnu::format(printf, 5, 6)]] void
 write(OrbiTrace& trace, OrbiTraceLevel level, const char* sourceFile, int line, const char* format, ...);
 
 /** In a handler for whatever the trace has thrown: the message is lost. Lets the unwinding of a cancelled
