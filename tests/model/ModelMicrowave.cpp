@@ -91,14 +91,16 @@ void Model::fetchChargePumpTable(ModelHandler& handler) {
 }
 
 Code Model::readVariable(const std::string& name, Wide& value) {
-    Handle variable = nowhere;
-    const Code code = m_platform.lookUpVariable(name, variable);
-    if (isBad(code) || !m_platform.hasContent(variable)) {
-        m_platform.say(failed, "Could not get the variable %s from the database", name.c_str());
-        return failed;
-    }
-    value = m_platform.content(variable);
-    return ok;
+    return hold("getStorageVariableByName", [&] {
+        Handle variable = nowhere;
+        const Code code = m_platform.lookUpVariable(name, variable);
+        if (isBad(code) || !m_platform.hasContent(variable)) {
+            m_platform.say(failed, "Could not get the variable %s from the database", name.c_str());
+            return failed;
+        }
+        value = m_platform.content(variable);
+        return ok;
+    });
 }
 
 Code Model::readMicrowaveVariables(ModelHandler& handler) {
@@ -130,10 +132,12 @@ Code Model::readMicrowaveVariables(ModelHandler& handler) {
                                    {array + "size", handler.offsetArraySize},
                                    {array, handler.offsetArray}}};
     for (const Live& live : all) {
-        if (isBad(m_platform.lookUpContent(live.name, live.place))) {
-            live.place = nowhere;
+        Handle found = live.place; // which stays where a success stores nothing
+        live.place = nowhere;
+        if (isBad(m_platform.lookUpContent(live.name, found))) {
             return failed;
         }
+        live.place = found;
     }
     return ok;
 }

@@ -49,13 +49,13 @@ std::string remoteRadioName(std::int32_t channel) {
 
 } // namespace
 
-ModelPlatform::ModelPlatform(const Board& board, Transcript& transcript)
-    : m_board(board),
+ModelPlatform::ModelPlatform(Board board, Transcript& transcript)
+    : m_board(std::move(board)),
       m_transcript(transcript),
-      m_held(board.drivers.size()) {
-    setPresence("IDriverLayer", board.driverLayer);
-    setPresence("ITemperatureHandler", board.temperatureHandler);
-    for (const RemoteRadio& radio : board.remoteRadios) {
+      m_held(m_board.drivers.size()) {
+    setPresence("IDriverLayer", m_board.driverLayer);
+    setPresence("ITemperatureHandler", m_board.temperatureHandler);
+    for (const RemoteRadio& radio : m_board.remoteRadios) {
         m_remoteRadios[remoteRadioName(radio.channel)] = {0, 0};
         setPresence(remoteRadioName(radio.channel), radio.presence);
     }
@@ -85,7 +85,7 @@ template <typename Work>
 Code ModelPlatform::answer(Call call, Work work) {
     const std::optional<Fault> fault = faultFor(call);
     Code code = ok;
-    if (!fault || !isBad(fault->code) || fault->leaves == Leaves::result) {
+    if (!fault || fault->isCarriedOut()) {
         code = work(call.value);
     } else if (fault->leaves == Leaves::number && call.output != nullptr) {
         *call.output = fault->output;
@@ -101,6 +101,9 @@ Code ModelPlatform::answer(Call call, Work work) {
                       call.x2, code, call.bytes.data(), call.bytes.size());
     ++m_calls;
     disturb();
+    if (fault && fault->throws != Throws::nothing) {
+        throw PlatformThrew{whatOf(fault->throws)};
+    }
     return code;
 }
 

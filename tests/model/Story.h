@@ -108,9 +108,9 @@ enum class Do : std::uint8_t {
     handlerSet,   ///< frequency
     handlerGet,
     plan,              ///< frequency, exact: the five calculations of the microwave board
-    observe,           ///< number of the observer
+    observe,           ///< number of the observer, what it throws (Throws)
     observeNull,       ///< a null observer
-    observeFromC,      ///< number of the observer
+    observeFromC,      ///< number of the observer, what it throws (Throws)
     observeBadlyFromC, ///< 0: null record, 1: null function, 2: null handler
 
     // With the canceller that is published under `name`.
@@ -126,6 +126,7 @@ enum class Do : std::uint8_t {
     nullRecord,   ///< name; lookups of this driver and this variable give null from now on
     setPresence,  ///< name; Presence
     setThreshold, ///< threshold
+    loseMessages, ///< where each message from now on meets what is thrown (TracePlace), what that is (Throws)
     fault,        ///< name (empty: any); operation, code, times (negative: for good), output (see Leaves)
     clearFaults,
     faultAt, ///< how many calls later, code, 1: from then on, output (see Leaves)
@@ -133,10 +134,9 @@ enum class Do : std::uint8_t {
 
 enum class HandlerKind : std::uint8_t { microwave, rfModule, rau };
 
-/** The name under which a handler is published: of a long one, what counts. */
+/** The name under which a handler is published. */
 inline std::string handlerName(const std::string& direction, std::int64_t channel) {
-    return ("IFrequencyHandler_" + direction + (channel != 0 ? "_" + std::to_string(channel) : ""))
-        .substr(0, 63);
+    return "IFrequencyHandler_" + direction + (channel != 0 ? "_" + std::to_string(channel) : "");
 }
 
 /** The flags of a microwave board. */
@@ -157,10 +157,22 @@ struct Calibration {
 /** What a call that meets a fault leaves behind. */
 enum class Leaves : std::uint8_t {
     nothing,
-    number, ///< the step's fourth number, where the call has an int to give back
-    result, ///< all that it would have left, had it succeeded
-    null,   ///< null, where the call has a pointer to give back; here also a call that succeeds
+    number,  ///< the step's fourth number, where the call has an int to give back
+    result,  ///< all that it would have left, had it succeeded
+    null,    ///< null, where the call has a pointer to give back; here also a call that succeeds
+    asItWas, ///< nothing, and here a call that succeeds is not carried out either
 };
+
+/** What somebody throws who may not. */
+enum class Throws : std::uint8_t {
+    nothing,
+    exception, ///< a std::exception that says `thrownText`
+    number,
+};
+constexpr const char* thrownText = "told to throw";
+
+/** Where something is thrown on the way of a message. */
+enum class TracePlace : std::uint8_t { mapping, stream };
 
 struct Step {
     Do what;
@@ -170,6 +182,8 @@ struct Step {
     Leaves leaves = Leaves::nothing;
     std::vector<std::int32_t> values{};
     Calibration calibration{};
+    /** With a fault: what the call throws in the place of its answer, when all else is as the fault says. */
+    Throws throws = Throws::nothing;
 };
 
 /** How many modules, handlers, cancellers and compensations there may be. */
