@@ -57,8 +57,8 @@ template <typename Named>
 void remove(std::vector<Named>& list, const std::vector<std::string>& ends) {
     const auto goes = [&](const Named& item) {
         return std::any_of(ends.begin(), ends.end(), [&](const std::string& end) {
-            return item.name.size() >= end.size() &&
-                   item.name.compare(item.name.size() - end.size(), end.size(), end) == 0;
+            const std::string& name = item.name.text();
+            return name.size() >= end.size() && name.compare(name.size() - end.size(), end.size(), end) == 0;
         });
     };
     list.erase(std::remove_if(list.begin(), list.end(), goes), list.end());
