@@ -2,6 +2,7 @@
 #define TESTS_MODEL_MODEL_H
 
 #include "Arithmetic.h"
+#include "ModelPlan.h"
 #include "ModelPlatform.h"
 #include "Story.h"
 #include "Transcript.h"
@@ -37,11 +38,7 @@ struct ModelHandler {
     std::string remoteRadio{};
 
     // Microwave board.
-    Wide ifSideband = -1;
-    Wide rfSideband = -1;
-    Wide ifFrequency = 0;
-    Wide factor = 1;
-    Wide ifBb = 0;
+    Plan plan{};
     Wide channelSpacing = 3000;
     Handle offsetArraySize = nowhere;
     Handle offsetArray = nowhere;
@@ -62,7 +59,7 @@ struct ModelHandler {
 };
 
 struct ModelCanceller {
-    std::int32_t channel;
+    std::int32_t channel = 0;
     Handle iDriver = nowhere;
     Handle qDriver = nowhere;
     Handle detector = nowhere;
@@ -83,7 +80,7 @@ struct ModelModule {
 };
 
 struct ModelCompensation {
-    std::uint32_t channel;
+    std::uint32_t channel = 0;
     std::int32_t temperature = 0;
     std::array<Handle, 4> drivers{nowhere, nowhere, nowhere, nowhere};
     std::array<Handle, 4> tables{nowhere, nowhere, nowhere, nowhere};
@@ -177,9 +174,8 @@ private:
     Code shiftByArray(ModelHandler& handler, Wide& frequency);
     Code shiftInDsp(ModelHandler& handler, Wide& shift);
     Code writeSynthesisers(ModelHandler& handler, Wide ifPll, Wide rfPll);
-    Wide loOf(const ModelHandler& handler, Wide frequency) const;
-    Wide ifPllOf(const ModelHandler& handler, Wide frequency);
-    bool rfPllOf(const ModelHandler& handler, Wide frequency, bool exact, Wide& result);
+    Wide tellIfPll(const ModelHandler& handler, Wide frequency);
+    bool tellRfPll(const ModelHandler& handler, Wide frequency, bool exact, Wide& result);
     void tellPlan(const ModelHandler& handler, Wide frequency, bool exact);
 
     // LO cancellation.

@@ -65,7 +65,7 @@ struct Table {
 };
 
 struct RemoteRadio {
-    std::int32_t channel;
+    std::int32_t channel = 0;
     Presence presence = Presence::present;
 };
 
