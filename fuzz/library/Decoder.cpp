@@ -68,7 +68,7 @@ private:
     template <typename Named>
     const std::string& nameOf(const std::vector<Named>& list) {
         static const std::string none;
-        return list.empty() ? none : m_bytes.oneOf(list).name;
+        return list.empty() ? none : m_bytes.oneOf(list).name.text();
     }
 
     void add(Step step) { m_story.steps.push_back(std::move(step)); }
@@ -107,10 +107,10 @@ void Decoder::decodeBoard() {
 
 std::vector<std::int32_t> Decoder::valuesFor(const Told::Variable& variable) {
     // What a size promises must be there.
-    if (endsWith(variable.name, "arraysize")) {
+    if (endsWith(variable.name.text(), "arraysize")) {
         return {static_cast<std::int32_t>(m_bytes.below(13)) - 2};
     }
-    if (endsWith(variable.name, "array")) {
+    if (endsWith(variable.name.text(), "array")) {
         std::vector<std::int32_t> pairs;
         for (std::size_t count = 1 + m_bytes.below(5); count > 0; --count) {
             pairs.push_back(m_bytes.oneOf(spacings));
@@ -118,10 +118,10 @@ std::vector<std::int32_t> Decoder::valuesFor(const Told::Variable& variable) {
         }
         return pairs;
     }
-    if (variable.name == "ChannelSpacing") {
+    if (variable.name.text() == "ChannelSpacing") {
         return {m_bytes.oneOf(spacings)};
     }
-    if (variable.name == "HwCodeDsp" && m_bytes.below(2) != 0) {
+    if (variable.name.text() == "HwCodeDsp" && m_bytes.below(2) != 0) {
         return {3}; // the one that is asked for
     }
     return {anyNumber(m_bytes)};
@@ -332,7 +332,7 @@ void Decoder::decodePlatformStep() {
     case 3:
     case 4: {
         const Told::Variable& variable = m_bytes.oneOf(board.variables);
-        Step step{Do::setVariable, variable.name};
+        Step step{Do::setVariable, variable.name.text()};
         step.values = valuesFor(variable);
         return add(std::move(step));
     }

@@ -57,8 +57,8 @@ template <typename Named>
 void remove(std::vector<Named>& list, const std::vector<std::string>& ends) {
     const auto goes = [&](const Named& item) {
         return std::any_of(ends.begin(), ends.end(), [&](const std::string& end) {
-            return item.name.size() >= end.size() &&
-                   item.name.compare(item.name.size() - end.size(), end.size(), end) == 0;
+            const std::string& name = item.name.text();
+            return name.size() >= end.size() && name.compare(name.size() - end.size(), end.size(), end) == 0;
         });
     };
     list.erase(std::remove_if(list.begin(), list.end(), goes), list.end());
@@ -333,16 +333,15 @@ TEST_P(ExhaustiveFaultTest, EachObserverMayThrow) {
 }
 
 TEST_P(ExhaustiveFaultTest, NothingElseChangesWhenMessagesAreLost) {
-    for (const std::int64_t number : numbers) {
-        for (const TracePlace place : {TracePlace::mapping, TracePlace::stream}) {
-            const Throws throws = number % 2 == 0 ? Throws::exception : Throws::number;
-            Story story = failing(number, 0x8000, true, Leaves::nothing);
-            story.steps.insert(story.steps.begin(),
-                               Step{Do::loseMessages,
-                                    {},
-                                    {static_cast<std::int64_t>(place), static_cast<std::int64_t>(throws)}});
-            ASSERT_EQ(differenceIn(story), "") << "call " << number;
-        }
+    for (const std::int64_t number : numbers) { // all messages of a life, in one way after the other
+        const TracePlace place = number % 2 == 0 ? TracePlace::mapping : TracePlace::stream;
+        const Throws throws = number / 2 % 2 == 0 ? Throws::exception : Throws::number;
+        Story story = failing(number, 0x8000, true, Leaves::nothing);
+        story.steps.insert(story.steps.begin(),
+                           Step{Do::loseMessages,
+                                {},
+                                {static_cast<std::int64_t>(place), static_cast<std::int64_t>(throws)}});
+        ASSERT_EQ(differenceIn(story), "") << "call " << number;
     }
 }
 

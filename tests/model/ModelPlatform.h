@@ -96,7 +96,10 @@ public:
     bool recordIsWordless() const { return m_recordIsWordless; }
 
     /** A call of which the platform keeps nothing that the transcript would show. */
-    Code plain(Op operation, const std::string& object, const std::function<Code()>& work);
+    template <typename Work>
+    Code plain(Op operation, const std::string& object, const Work& work) {
+        return answerPlainly(operation, object, std::cref(work)); // which is not copied
+    }
 
     Code lookUpDriver(const std::string& name, Handle& driver);
     bool has(Handle driver, unsigned words) const;
@@ -160,6 +163,7 @@ private:
     /** Answers a call; `work` carries it out and may change what the transcript shows as its value. */
     template <typename Work>
     Code answer(Call call, Work work);
+    Code answerPlainly(Op operation, const std::string& object, const std::function<Code()>& work);
     std::optional<Fault> faultFor(const Call& call);
     void disturb();
     Handle driverAt(const std::string& name) const;

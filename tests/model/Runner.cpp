@@ -46,22 +46,25 @@ void Runner::hearLevel(std::int64_t level) {
 }
 
 void Runner::setUp(const Board& board) {
+    m_drivers.reserve(board.drivers.size());
     for (const Told::Driver& driver : board.drivers) {
-        Standalone::Driver& made = m_platform.drivers().add(driver.name, driver.missingWords);
+        Standalone::Driver& made = m_platform.drivers().add(driver.name.text(), driver.missingWords);
         m_drivers.push_back(&made);
         made.setSource([this] { return m_readings[m_readingsGiven++ % m_readings.size()]; });
         if (driver.nullRecord) {
-            m_platform.drivers().giveNullRecord(driver.name);
+            m_platform.drivers().giveNullRecord(driver.name.text());
         }
     }
     for (const Told::Variable& variable : board.variables) {
-        m_platform.variables().add(variable.name, variable.values).setContentMissing(variable.noContent);
+        m_platform.variables()
+            .add(variable.name.text(), variable.values)
+            .setContentMissing(variable.noContent);
         if (variable.nullRecord) {
-            m_platform.variables().giveNullRecord(variable.name);
+            m_platform.variables().giveNullRecord(variable.name.text());
         }
     }
     for (const Told::Table& table : board.tables) {
-        m_platform.tables().add({table.name, table.axis1, table.axis2, table.values});
+        m_platform.tables().add({table.name.text(), table.axis1, table.axis2, table.values});
     }
     for (const RemoteRadio& radio : board.remoteRadios) {
         setPresence(m_platform.addRau(radio.channel).name(), radio.presence);

@@ -27,8 +27,20 @@ enum class Presence : std::uint8_t {
 /** The words that a driver's record may lack; numbered as the stand-alone platform does. */
 enum Word : unsigned { context = 1, write = 2, writeBuffer = 4, read = 8 };
 
+/** A name on boards. There are few: each is kept once, as long as the process, and costs nothing to copy. */
+class Name {
+public:
+    // It stands for its text.
+    Name(const std::string& text);                      // NOLINT(google-explicit-constructor)
+    Name(const char* text) : Name(std::string(text)) {} // NOLINT(google-explicit-constructor)
+    const std::string& text() const { return *m_text; }
+
+private:
+    const std::string* m_text;
+};
+
 struct Driver {
-    std::string name;
+    Name name;
     /** The words that are null, a combination of Word. */
     unsigned missingWords = 0;
     /** A lookup answers success and gives null. */
@@ -36,7 +48,7 @@ struct Driver {
 };
 
 struct Variable {
-    std::string name;
+    Name name;
     std::vector<std::int32_t> values;
     /** The record shows a null content. */
     bool noContent = false;
@@ -46,7 +58,7 @@ struct Variable {
 
 /** A table with one axis or, when `axis2` is not empty, two. */
 struct Table {
-    std::string name;
+    Name name;
     std::vector<std::int32_t> axis1;
     std::vector<std::int32_t> axis2;
     std::vector<std::int32_t> values;
