@@ -117,7 +117,8 @@ std::optional<Calls::Verdict> Calls::judge(Operation operation, std::string_view
     if (fault == m_faults.rend()) {
         return std::nullopt;
     }
-    const Verdict verdict{fault->code, fault->output, fault->isCarriedOut, fault->givesNull};
+    const bool isCarriedOut = !fault->isLeftUndone && (fault->isCarriedOut || isSuccess(fault->code));
+    const Verdict verdict{fault->code, fault->output, isCarriedOut, fault->givesNull, fault->thrown};
     std::optional<std::uint32_t>& times = fault->times;
     if (times && --*times == 0) {
         m_faults.erase(std::next(fault).base());

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <new>
 #include <optional>
@@ -83,12 +84,13 @@ struct Fault {
     Operation operation;
     /** The object's name; empty for every object. */
     std::string object;
-    /** The answer. A call answered with a success code is carried out all the same. */
+    /** The answer. A call answered with a success code is carried out all the same, unless it is left undone.
+     */
     std::int32_t code = 0;
     /** How many calls are answered so before the fault has spent itself; nothing: until it is cleared. */
-    std::optional<std::uint32_t> times;
+    std::optional<std::uint32_t> times{};
     /** What a failing call that has an int to give back leaves there; nothing: it leaves it untouched. */
-    std::optional<std::int32_t> output;
+    std::optional<std::int32_t> output{};
     /**
      * A failing call is carried out all the same, and what it gives back is there: whoever reads it in spite
      * of the code finds a record, a handle or an address. An output, if there is one, takes the place of an
@@ -97,6 +99,13 @@ struct Fault {
     bool isCarriedOut = false;
     /** A call that has a pointer to give back gives null, whatever the code. */
     bool givesNull = false;
+    /** The call is not carried out, even with a success code: nothing is stored, and nothing given back. */
+    bool isLeftUndone = false;
+    /**
+     * What the call throws instead of answering, as a platform that breaks its contract does: anything, after
+     * all that the rest of the fault says. In the journal its answer is the code.
+     */
+    std::exception_ptr thrown = nullptr;
 };
 
 /**
@@ -137,8 +146,8 @@ public:
      * given the value of the request, and leaves there what the call gives back. A fault with a failing code
      * answers in its place, unless it has it carried out, and puts its output into `*output`, where that is
      * an int; one with a success code only replaces the code. One that gives null puts that into `*output`,
-     * where it is a pointer. Nothing is thrown: a call for which there is no memory gives Codes::outOfMemory,
-     * and one that was carried out is not undone for a journal without memory.
+     * where it is a pointer. Nothing is thrown but what a fault throws: a call for which there is no memory
+     * gives Codes::outOfMemory, and one that was carried out is not undone for a journal without memory.
      *
      * Not inlined, so that a service that looks for itself whether the platform is idle pays nothing for it.
      */
@@ -146,11 +155,7 @@ public:
     [[gnu::noinline]] std::int32_t answer(std::string_view object, const Request& request, const Work& work,
                                           Output* output = nullptr) {
         std::int64_t given = request.value;
-        try {
-            return m_idle ? work(given) : answerOpenly(object, request, work, given, output);
-        } catch (const std::bad_alloc&) {
-            return Codes::outOfMemory;
-        }
+        return m_idle ? carryOut(work, given) : answerOpenly(object, request, work, given, output);
     }
 
 private:
@@ -160,7 +165,18 @@ private:
         std::optional<std::int32_t> output;
         bool isCarriedOut;
         bool givesNull;
+        std::exception_ptr thrown;
     };
+
+    /** Carries a call out, unless there is no memory for it. */
+    template <typename Work>
+    static std::int32_t carryOut(const Work& work, std::int64_t& given) {
+        try {
+            return work(given);
+        } catch (const std::bad_alloc&) {
+            return Codes::outOfMemory;
+        }
+    }
 
     /** Answers a call of which somebody may be told. */
     template <typename Work, typename Output>
@@ -168,8 +184,8 @@ private:
                               std::int64_t& given, Output* output) {
         const std::optional<Verdict> verdict = judge(request.operation, object);
         std::int32_t code = ResultOk;
-        if (!verdict || verdict->isCarriedOut || isSuccess(verdict->code)) {
-            code = work(given);
+        if (!verdict || verdict->isCarriedOut) {
+            code = carryOut(work, given);
         }
         if constexpr (std::is_pointer_v<Output>) {
             if (verdict && verdict->givesNull && output != nullptr) {
@@ -179,7 +195,11 @@ private:
             *output = *verdict->output;
             given = *output;
         }
-        return enter(object, request, given, verdict ? verdict->code : code);
+        code = enter(object, request, given, verdict ? verdict->code : code);
+        if (verdict && verdict->thrown != nullptr) {
+            std::rethrow_exception(verdict->thrown);
+        }
+        return code;
     }
 
     /** Takes one turn of the fault that matches the call; nothing: no fault, carry the call out. */

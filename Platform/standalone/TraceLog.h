@@ -48,7 +48,10 @@ public:
     /** Sets the threshold of every trace object there is. */
     void setThreshold(OrbiTraceLevel level);
 
-    /** Is told of every message when its line is complete; must not throw. An empty function for nobody. */
+    /**
+     * Is told of every message when its line is complete. What it throws reaches whoever writes the message,
+     * as from a platform that breaks its contract. An empty function for nobody.
+     */
     void setSink(std::function<void(const TraceMessage&)> sink) { m_sink = std::move(sink); }
     /** Whether messages are kept; they are, unless told otherwise. */
     void setRecording(bool recording) {

@@ -58,7 +58,9 @@ void BarePlatform::reset() {
     phaseCallback = nullptr;
     temperatureObserver = nullptr;
     brokerThrows = false;
-    traceThrows = false;
+    atMapping = atBeginning = atEnd = buffer.atText = nullptr;
+    buffer.drop();
+    stream.clear();
     for (Lines* const lines : {&messages, &modules, &flatCalls, &writes}) {
         lines->clear();
     }
@@ -75,18 +77,24 @@ OrbiTrace::~OrbiTrace() {
     bare().stream.flush();
 }
 std::ostream& OrbiTrace::beginLogMsg(OrbiTraceLevel level, const char* /*sourceFile*/, int /*line*/) {
-    if (bare().traceThrows) {
-        throw std::runtime_error("no trace");
-    }
     bare().messages.push_back("begin " + std::to_string(level));
+    if (bare().atBeginning) {
+        bare().atBeginning();
+    }
     return bare().stream;
 }
 void OrbiTrace::endLogMsg() {
     bare().messages.emplace_back("end");
+    if (bare().atEnd) {
+        bare().atEnd();
+    }
 }
 /** Everything is wanted, whatever it is. */
 OrbiTraceLevel CZulTraceHandler_DmLevel2GtLevel(int level) {
     bare().messages.push_back("map " + std::to_string(level));
+    if (bare().atMapping) {
+        bare().atMapping();
+    }
     return OrbiTraceLevel{-7};
 }
 

@@ -8,6 +8,7 @@
 #include "IInterface.h"
 #include "ITemperatureHandler_c.h"
 
+#include <functional>
 #include <map>
 #include <ostream>
 #include <streambuf>
@@ -21,8 +22,17 @@ class MessageBuffer final : public std::streambuf {
 public:
     explicit MessageBuffer(Lines& lines) : m_lines(lines) {}
 
+    /** Forgets what has no end yet. */
+    void drop() { m_text.clear(); }
+
+    /** Is called at each character. */
+    std::function<void()> atText;
+
 private:
     int overflow(int character) override {
+        if (atText) {
+            atText();
+        }
         if (character == '\n') {
             m_lines.push_back("text " + m_text);
             m_lines.emplace_back("newline");
@@ -54,7 +64,12 @@ struct BarePlatform {
 
     /** What contracts do not forbid, and the library keeps to itself. */
     bool brokerThrows = false;
-    bool traceThrows = false;
+
+    /** Are called when a level is mapped, when a message is begun and when it is ended; may do whatever a
+     * platform may do. */
+    std::function<void()> atMapping;
+    std::function<void()> atBeginning;
+    std::function<void()> atEnd;
 
     /** What flat functions were handed, to be called back. */
     ModuleCallbackRecord* phaseCallback = nullptr;

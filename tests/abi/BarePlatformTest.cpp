@@ -3,6 +3,7 @@
 #include "BarePlatform.h"
 
 #include "CTxIQImbalanceHandler.h"
+#include "Cancellation.h"
 #include "FrequencyHandler.h"
 #include "FrequencyHandler_MicrowaveBoard.h"
 #include "FrequencyHandler_Rau.h"
@@ -13,12 +14,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 using testing::AllOf;
 using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
+using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
@@ -39,6 +44,11 @@ private:
 class BarePlatformTest : public testing::Test {
 protected:
     BarePlatformTest() { bare().reset(); }
+
+    /** Where a platform does something for a message. */
+    static std::vector<std::function<void()>*> tracePlaces() {
+        return {&bare().atMapping, &bare().atBeginning, &bare().buffer.atText, &bare().atEnd};
+    }
 
     const Lines& messages = bare().messages;
 };
@@ -78,11 +88,58 @@ TEST_F(BarePlatformTest, CodeOfTheDriverLayerIsTheNumericLevel) {
     EXPECT_EQ(messages[6], "map 17");
 }
 
-TEST_F(BarePlatformTest, MessageForWhichThePlatformThrowsIsLost) {
+TEST_F(BarePlatformTest, MessageThatCannotBeTracedIsLostAndNothingElseChanges) {
+    const std::vector<std::function<void()>> throwers{[] { throw std::runtime_error("no trace"); },
+                                                      [] { throw 7; }};
+    for (const auto& thrower : throwers) {
+        for (std::function<void()>* const place : tracePlaces()) {
+            bare().reset();
+            bare().stream.exceptions(std::ios::badbit);
+            ::FrequencyHandler module(1, ::FrequencyHandler::RfModule);
+            EXPECT_EQ(module.onModuleInit(), ResultOk);
+            *place = thrower;
+            EXPECT_EQ(module.setTxFrequency(18'000'000), ResultOk);
+            EXPECT_THAT(bare().writes, ElementsAre("context 18000000"));
+        }
+    }
+}
+
+TEST_F(BarePlatformTest, MessageWhoseLevelCannotBeMappedIsNotBegun) {
     ::FrequencyHandler module(1, ::FrequencyHandler::RfModule);
-    bare().traceThrows = true;
+    bare().atMapping = [] { throw 7; };
     EXPECT_EQ(module.onPhasePostFrameformatLoad(), ResultOk);
     EXPECT_THAT(messages, ElementsAre("map 2048"));
+}
+
+TEST_F(BarePlatformTest, ThreadIsCancelledWhereverAMessageIsWritten) {
+    for (std::function<void()>* const place : tracePlaces()) {
+        bare().reset();
+        bare().stream.exceptions(std::ios::badbit);
+        ::FrequencyHandler module(1, ::FrequencyHandler::RfModule);
+        EXPECT_EQ(module.onModuleInit(), ResultOk);
+        *place = cancelHere;
+        EXPECT_TRUE(isCancelledIn([&module] { module.setTxFrequency(18'000'000); }));
+        EXPECT_THAT(bare().writes, IsEmpty());
+
+        *place = nullptr;
+        bare().stream.clear();
+        EXPECT_EQ(module.setTxFrequency(18'000'000), ResultOk);
+        EXPECT_THAT(bare().writes, ElementsAre("context 18000000"));
+    }
+}
+
+TEST_F(BarePlatformTest, ThreadIsCancelledWhileACalibrationWaits) {
+    LoCancellation canceller(1);
+    EXPECT_EQ(canceller.onModuleInit(), ResultOk);
+    EXPECT_TRUE(isCancelledIn([&canceller] {
+        int i = 0;
+        int q = 0;
+        int delta = 0;
+        unsigned iterations = 0;
+        pthread_cancel(pthread_self()); // the wait is the first place where that is looked at
+        canceller.calibrateLoCancellation(0, 10, 0, 10, 0.5, 0, 1, 1, &i, &q, &delta, &iterations, false);
+    }));
+    EXPECT_THAT(bare().writes, ElementsAre("context 0", "context 0"));
 }
 
 // Broker
@@ -94,13 +151,13 @@ TEST_F(BarePlatformTest, RegistrationForWhichTheBrokerThrowsFails) {
     EXPECT_THAT(messages, Contains("text registerInterface failed: no broker"));
 }
 
-TEST_F(BarePlatformTest, WithdrawalForWhichTheBrokerThrowsFails) {
+TEST_F(BarePlatformTest, WithdrawalForWhichTheBrokerThrowsIsToldOfOnce) {
     {
         const LoCancellation canceller(1);
         bare().brokerThrows = true;
     }
-    EXPECT_THAT(messages, Contains("text LoCancellation failed to unregister ILoCancellation interface "
-                                   "[ILoCancellation_1] (EAFResult = 0x8000)"));
+    EXPECT_THAT(messages, ElementsAre("map 32768", "begin -7", "text unregisterInterface failed: no broker",
+                                      "newline", "flush", "end"));
 }
 
 // Module

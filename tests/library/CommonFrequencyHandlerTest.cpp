@@ -211,6 +211,17 @@ TEST_F(CommonFrequencyHandlerTest, DirectionStandsInTheNameAsGiven) {
     EXPECT_THAT(calls(), ElementsAre("broker-register IFrequencyHandler_tX_12"));
 }
 
+TEST_F(CommonFrequencyHandlerTest, NameOfAnyLengthCountsToItsEnd) {
+    const std::string beginning(150, 'x');
+    const Handler first(beginning + "a", 1);
+    auto second = std::make_unique<Handler>(beginning + "b", 1);
+    EXPECT_TRUE(isPublished("IFrequencyHandler_" + beginning + "a_1"));
+    EXPECT_TRUE(isPublished("IFrequencyHandler_" + beginning + "b_1"));
+    second.reset();
+    EXPECT_TRUE(isPublished("IFrequencyHandler_" + beginning + "a_1"));
+    EXPECT_FALSE(isPublished("IFrequencyHandler_" + beginning + "b_1"));
+}
+
 TEST_F(CommonFrequencyHandlerTest, IsWithdrawnUnderTheSameNameAtDestruction) {
     auto handler = std::make_unique<Handler>("Tx", 1);
     forget();

@@ -155,9 +155,9 @@ TEST_F(IQImbalanceCompensationTest, NotificationWithoutAnObjectIsReported) {
 TEST_F(IQImbalanceCompensationTest, EveryCarrierGivesTheSameWrites) {
     setUp();
     heat(25);
-    for (const unsigned long carrier : {0UL, 7'442'000UL, 4'294'967'295UL}) {
+    for (const unsigned long frequency : {0UL, 7'442'000UL, 4'294'967'295UL}) {
         forget();
-        EXPECT_EQ(handler.onTxFrequencyChanged(carrier), ResultOk);
+        EXPECT_EQ(handler.onTxFrequencyChanged(frequency), ResultOk);
         EXPECT_EQ(written(), all("251", "252", "253", "254"));
     }
 }

@@ -403,3 +403,63 @@ TEST_F(MicrowaveBoardDatabaseTest, HwCodeDspIsSeenAtOnce) {
     set("HwCodeDsp", {3});
     EXPECT_EQ(dspOffset(board), 125'000);
 }
+
+// Content addresses: the offset of spacing 100 is -4000, and 4000 is what the DSP is told
+
+TEST_F(MicrowaveBoardDatabaseTest, AddressesThatARepeatedLookupDoesNotStoreStayAsTheyWere) {
+    Board& board = boot("Rx", withOffsetArray);
+    Standalone::Fault fault{Operation::variableAddress, "", 0x7FFF};
+    fault.isLeftUndone = true;
+    platform.calls().inject(fault);
+    EXPECT_EQ(board.getVariablesFromDatabase(), ResultOk);
+    forget();
+    EXPECT_EQ(board.writeFrequencyToHW(carrier), ResultOk);
+    EXPECT_EQ(writes().front(), "channel.1.dsp.rx.freq.offset=4000");
+}
+
+TEST_F(MicrowaveBoardDatabaseTest, AddressThatAFirstLookupDoesNotStoreIsNull) {
+    Standalone::Fault fault{Operation::variableAddress, "channel.1.rx.rf.frequency.cs.offset.array",
+                            ResultOk};
+    fault.isLeftUndone = true;
+    platform.calls().inject(fault);
+    EXPECT_EQ(boot("Rx", withOffsetArray).writeFrequencyToHW(carrier), ResultFailed);
+    EXPECT_EQ(complaints(), (Lines{"error: channel.1.rx.rf.frequency.cs.offset.array was not found"}));
+}
+
+TEST_F(MicrowaveBoardDatabaseTest, AddressOfALookupThatFailsIsNull) {
+    for (const char* const name :
+         {"channel.1.rx.rf.frequency.cs.offset.arraysize", "channel.1.rx.rf.frequency.cs.offset.array"}) {
+        Board& board = boot("Rx", withOffsetArray);
+        Standalone::Fault fault{Operation::variableAddress, name, 0x8000};
+        fault.isCarriedOut = true; // an address is left all the same
+        platform.calls().inject(fault);
+        EXPECT_EQ(board.getVariablesFromDatabase(), ResultFailed) << name;
+        forget();
+        EXPECT_EQ(board.writeFrequencyToHW(carrier), ResultFailed) << name;
+        EXPECT_EQ(complaints(), (Lines{"error: channel.1.rx.rf.frequency.cs.offset.array was not found"}));
+        platform.calls().clearAll();
+    }
+}
+
+TEST_F(MicrowaveBoardDatabaseTest, HwCodeDspOfALookupThatFailsIsNull) {
+    set("ChannelSpacing", {125}); // which is not in the array
+    set("HwCodeDsp", {3});
+    Board& board = boot("Rx", withOffsetArray);
+    Standalone::Fault fault{Operation::variableAddress, "HwCodeDsp", 0x8000};
+    fault.isCarriedOut = true;
+    platform.calls().inject(fault);
+    EXPECT_EQ(board.getVariablesFromDatabase(), ResultFailed);
+    forget();
+    EXPECT_EQ(board.writeFrequencyToHW(carrier), ResultOk);
+    EXPECT_EQ(writes().front(),
+              "channel.1.dsp.rx.freq.offset=0"); // the default, for want of half the spacing
+}
+
+TEST_F(MicrowaveBoardDatabaseTest, ChannelSpacingThatALookupDoesNotStoreHasNoContent) {
+    Board& board = boot("Rx", withOffsetArray);
+    Standalone::Fault fault{Operation::variableAddress, "ChannelSpacing", ResultOk};
+    fault.isLeftUndone = true;
+    platform.calls().inject(fault);
+    EXPECT_EQ(board.getFFVariablesFromDatabase(), ResultFailed);
+    EXPECT_EQ(complaints(), (Lines{"error: The variable ChannelSpacing has no content"}));
+}

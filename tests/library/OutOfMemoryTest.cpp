@@ -5,7 +5,12 @@
 #include "FrequencyHandler_MicrowaveBoard.h"
 #include "FrequencyHandler_Rau.h"
 #include "FrequencyHandler_RfModule.h"
+#include "LoCancellation.h"
 #include "RadioTest.h"
+
+#include <optional>
+#include <string>
+#include <utility>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -51,14 +56,14 @@ protected:
 
 TEST_F(OutOfMemoryTest, ObserverThatCannotBeWrappedIsRefusedWithOneErrorMessage) {
     EXPECT_EQ(subscribe(1), ResultFailed);
-    EXPECT_THAT(traces(), ElementsAre("error: registerObserver: out of memory"));
+    EXPECT_THAT(traces(), ElementsAre("error: registerObserver failed: std::bad_alloc"));
     handler.setRfFrequency(1);
     EXPECT_EQ(told, 0);
 }
 
 TEST_F(OutOfMemoryTest, WrappedObserverForWhichTheListCannotGrowIsRefusedWithOneErrorMessage) {
     EXPECT_EQ(subscribe(2), ResultFailed);
-    EXPECT_THAT(traces(), ElementsAre("error: registerObserver: out of memory"));
+    EXPECT_THAT(traces(), ElementsAre("error: registerObserver failed: std::bad_alloc"));
     handler.setRfFrequency(1);
     EXPECT_EQ(told, 0);
 }
@@ -67,7 +72,7 @@ TEST_F(OutOfMemoryTest, ObserverForWhichTheListCannotGrowIsRefusedWithoutAnExcep
     CallingObserver classObserver([](IFrequencyHandler*) {});
     FailingMemory::failAt(1);
     EXPECT_EQ(handler.registerObserver(&classObserver), ResultFailed);
-    EXPECT_THAT(traces(), ElementsAre("error: registerObserver: out of memory for direction Tx"));
+    EXPECT_THAT(traces(), ElementsAre("error: registerObserver failed: std::bad_alloc"));
 }
 
 TEST_F(OutOfMemoryTest, NothingIsTracedOfARefusedObserverWhenNoMessageIsWanted) {
@@ -101,6 +106,28 @@ TEST_F(OutOfMemoryTest, RegistrationWorksOnceThereIsMemoryAgain) {
     EXPECT_THAT(traces(), IsEmpty());
     handler.setRfFrequency(1);
     EXPECT_EQ(told, 1);
+}
+
+TEST_F(OutOfMemoryTest, HandlerIsWithdrawnWithoutMemoryHoweverLongItsName) {
+    const std::string direction(150, 'x');
+    const std::string name = "IFrequencyHandler_" + direction + "_-2000000000";
+    std::optional<RL::FrequencyHandler::RfModule::FrequencyHandler> longest(std::in_place, direction,
+                                                                            -2'000'000'000);
+    EXPECT_EQ(platform.interfaces().entries().count(name), 1U);
+    FailingMemory::failAt(1, true);
+    longest.reset();
+    FailingMemory::failAt(0);
+    EXPECT_EQ(platform.interfaces().entries().count(name), 0U);
+}
+
+TEST_F(OutOfMemoryTest, CancellerIsWithdrawnWithoutMemory) {
+    std::optional<LoCancellation> canceller(std::in_place, 0x80000000U);
+    EXPECT_EQ(canceller->initialize(), ResultOk);
+    EXPECT_EQ(platform.interfaces().entries().count("ILoCancellation_-2147483648"), 1U);
+    FailingMemory::failAt(1, true);
+    canceller.reset();
+    FailingMemory::failAt(0);
+    EXPECT_EQ(platform.interfaces().entries().count("ILoCancellation_-2147483648"), 0U);
 }
 
 TEST_F(OutOfMemoryTest, NoExceptionLeavesTheInitialisationOfAnyHandler) {

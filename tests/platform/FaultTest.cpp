@@ -132,6 +132,27 @@ TEST_F(FaultTest, LookupCanSucceedAndGiveNull) {
     EXPECT_NE(variable, nullptr);
 }
 
+TEST_F(FaultTest, LookupCanSucceedAndStoreNothing) {
+    platform.variables().add("level", {5});
+    Standalone::Fault fault{Operation::variableAddress, "level", 0, 1};
+    fault.isLeftUndone = true;
+    calls().inject(fault);
+    int content = 7;
+    void* address = &content;
+    EXPECT_EQ(CStorageManager_GetVariableContentAddressByName("level", &address, 0), 0);
+    EXPECT_EQ(address, &content);
+    EXPECT_EQ(CStorageManager_GetVariableContentAddressByName("level", &address, 0), 0);
+    EXPECT_NE(address, &content);
+}
+
+TEST_F(FaultTest, WriteCanSucceedAndBeLeftUndone) {
+    Standalone::Fault fault{Operation::driverWrite, "lo", 0x7FFF, 1};
+    fault.isLeftUndone = true;
+    calls().inject(fault);
+    EXPECT_EQ(write(9), 0x7FFF);
+    EXPECT_EQ(platform.drivers().find("lo")->writes(), 0U);
+}
+
 TEST_F(FaultTest, FailedReadThatIsCarriedOutMayStillLeaveAnotherValue) {
     platform.drivers().find("lo")->setValue(5);
     calls().inject({Operation::driverRead, "lo", 0x8001, 1, std::nullopt, true});

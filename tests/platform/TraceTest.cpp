@@ -113,6 +113,15 @@ TEST_F(TraceTest, SinkMayTraceItself) {
     EXPECT_EQ(messages()[1].text, "inner");
 }
 
+TEST_F(TraceTest, WhatTheSinkThrowsReachesTheOneWhoWritesAndTheNextMessageIsDelivered) {
+    int told = 0;
+    platform.trace().setSink([&](const TraceMessage&) { told++ == 0 ? throw 7 : void(); });
+    EXPECT_THROW(emit("one"), int);
+    emit("two");
+    EXPECT_EQ(told, 2);
+    EXPECT_EQ(messages().back().text, "two");
+}
+
 TEST_F(TraceTest, RecordingCanBeTurnedOffWhileTheSinkIsStillTold) {
     int told = 0;
     platform.trace().setSink([&](const TraceMessage&) { ++told; });

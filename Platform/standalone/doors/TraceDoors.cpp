@@ -69,10 +69,14 @@ private:
 
 /** The stream of all messages. */
 struct MessageStream {
+    /** What whoever is told of a message throws reaches the one who writes it: a stream would keep it back.
+     */
+    MessageStream() { plain.exceptions(std::ios::badbit); }
+
     MessageBuffer buffer;
     std::ostream stream{&buffer};
     /** The state of a stream to which nobody did anything. */
-    const std::ios plain{nullptr};
+    std::ios plain{&buffer};
 };
 
 /** Created by the first trace object, and so destroyed after the last one; it writes on what they share. */

@@ -21,7 +21,8 @@ public:
     IInterface& operator=(const IInterface&) = delete;
     virtual ~IInterface() = default;
 
-private:
+protected:
+    /** Empty in the library's objects; those that are withdrawn under a name keep room for it here. */
     std::string m_interfaceName;
 };
 

@@ -82,11 +82,14 @@ FrequencyHandler::FrequencyHandler(unsigned long channel, FrequencyHandlerType t
                       m_pPhaseFilter.size()),
       m_temperatureObserver{this, staticNotifyTemperature} {
     build(static_cast<std::int32_t>(channel), type);
-    CModuleManager::GetInstance().RegisterModule(this);
+    static_cast<void>(guarded<m_trace>(
+        "RegisterModule", [this] { return CModuleManager::GetInstance().RegisterModule(this); }));
 }
 
 FrequencyHandler::~FrequencyHandler() {
-    CModuleManager::GetInstance().UnRegisterModule(this);
+    const CancellationHeld held;
+    static_cast<void>(guarded<m_trace>(
+        "UnRegisterModule", [this] { return CModuleManager::GetInstance().UnRegisterModule(this); }));
     m_pTxHandler.reset();
     m_pRxHandler.reset();
     m_pLoCancellation.reset();
@@ -100,7 +103,7 @@ void FrequencyHandler::build(std::int32_t channel, FrequencyHandlerType type) {
         return;
     }
     const Variant& variant = variants[index];
-    const EAFResult built = guarded(m_trace, "FrequencyHandler", [&] {
+    const EAFResult built = guarded<m_trace>("FrequencyHandler", [&] {
         m_pTxHandler = makeHandler(variant.board, variant.tx, "Tx", channel);
         m_pRxHandler = makeHandler(variant.board, variant.rx, "Rx", channel);
         if (variant.hasLoCancellation) {
@@ -129,7 +132,7 @@ EAFResult FrequencyHandler::onModuleInit() {
     if (!hasHandlers("onModuleInit")) {
         return ResultFailed;
     }
-    return guarded(m_trace, "onModuleInit", [this] {
+    return guarded<m_trace>("onModuleInit", [this] {
         if (isFailure(m_pTxHandler->onModuleInit()) || isFailure(m_pRxHandler->onModuleInit())) {
             return ResultFailed;
         }

@@ -1,13 +1,13 @@
 #include "FrequencyHandler_Common.h"
 
+#include "Guard.h"
 #include "InterfaceBroker.h"
 #include "Trace.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
-#include <cstddef>
 #include <cstdio>
-#include <new>
 
 namespace RL::FrequencyHandler::Common {
 
@@ -21,13 +21,17 @@ FrequencyHandler::FrequencyHandler(const std::string& name, unsigned long channe
     m_cStruct.m_channel = static_cast<std::uint32_t>(channel);
     m_pCStruct = &m_cStruct;
     // Deliberately ignored: a handler that nobody finds still serves its module.
-    static_cast<void>(guarded(m_trace, "registerInterface", [this] {
-        return InterfaceBroker::getInstance().registerInterface(interfaceName().data(), this);
+    static_cast<void>(guarded<m_trace>("registerInterface", [this] {
+        return InterfaceBroker::getInstance().registerInterface(nameInterface(), this);
     }));
+    m_interfaceName.clear(); // its room stays, so that withdrawing takes no memory
 }
 
 FrequencyHandler::~FrequencyHandler() {
-    static_cast<void>(withdraw(interfaceName()));
+    const CancellationHeld held;
+    static_cast<void>(guarded<m_trace>("unregisterInterface", [this] {
+        return InterfaceBroker::getInstance().unregisterInterface(nameInterface(), nullptr);
+    }));
 }
 
 EAFResult FrequencyHandler::setRfFrequency(unsigned long frequency) {
@@ -35,30 +39,46 @@ EAFResult FrequencyHandler::setRfFrequency(unsigned long frequency) {
 
     // Deliberately ignored: the rest of the radio follows the carrier that was asked for, whether or not the
     // hardware took it.
-    static_cast<void>(writeFrequencyToHW(m_frequency));
+    static_cast<void>(
+        guarded<m_trace>("writeFrequencyToHW", [this] { return writeFrequencyToHW(m_frequency); }));
 
     // By index and with the size read each time: the list may grow while it is walked.
     for (std::size_t index = 0; index < m_observers.size(); ++index) {
-        Observer<IFrequencyHandler>* const observer = m_observers[index];
-        if (observer == nullptr) {
-            FH_TRACE(m_trace, TraceCode::error, "setRfFrequency: observer %zu of direction %s is null", index,
-                     m_name.c_str());
-            continue;
-        }
-        observer->onChange(this);
+        notify(index);
     }
     return ResultOk;
 }
 
-EAFResult FrequencyHandler::registerObserver(Observer<IFrequencyHandler>* observer) {
-    try {
-        m_observers.push_back(observer);
-    } catch (const std::bad_alloc&) {
-        FH_TRACE(m_trace, TraceCode::error, "registerObserver: out of memory for direction %s",
-                 m_name.c_str());
-        return ResultFailed;
+inline void FrequencyHandler::notify(std::size_t index) {
+    Observer<IFrequencyHandler>* const observer = m_observers[index];
+    if (observer == nullptr) {
+        tellNullObserver(index);
+        return;
     }
-    return ResultOk;
+    try {
+        observer->onChange(this);
+    } catch (...) {
+        tellThrownBy(index);
+    }
+}
+
+void FrequencyHandler::tellNullObserver(std::size_t index) const {
+    FH_TRACE(m_trace, TraceCode::error, "setRfFrequency: observer %zu of direction %s is null", index,
+             m_name.c_str());
+}
+
+void FrequencyHandler::tellThrownBy(std::size_t index) const {
+    std::array<char, 100> observer{};
+    static_cast<void>(std::snprintf(observer.data(), observer.size(),
+                                    "setRfFrequency: observer %zu of direction %s", index, m_name.c_str()));
+    tellThrown(m_trace, observer.data());
+}
+
+EAFResult FrequencyHandler::registerObserver(Observer<IFrequencyHandler>* observer) {
+    return guarded<m_trace>("registerObserver", [this, observer] {
+        m_observers.push_back(observer);
+        return ResultOk;
+    });
 }
 
 unsigned long FrequencyHandler::getFrequency() const {
@@ -88,13 +108,13 @@ std::string FrequencyHandler::driverPrefix() const {
     return prefix;
 }
 
-InterfaceName FrequencyHandler::interfaceName() const {
-    InterfaceName name{};
-    static_cast<void>(channelNumber() == 0
-                          ? std::snprintf(name.data(), name.size(), "IFrequencyHandler_%s", m_name.c_str())
-                          : std::snprintf(name.data(), name.size(), "IFrequencyHandler_%s_%ld",
-                                          m_name.c_str(), static_cast<long>(channelNumber())));
-    return name;
+/** Puts the name under which the handler is published into the room that is kept for it. */
+const std::string& FrequencyHandler::nameInterface() {
+    m_interfaceName.assign("IFrequencyHandler_").append(m_name);
+    if (channelNumber() != 0) {
+        m_interfaceName.append("_").append(std::to_string(channelNumber()));
+    }
+    return m_interfaceName;
 }
 
 } // namespace RL::FrequencyHandler::Common

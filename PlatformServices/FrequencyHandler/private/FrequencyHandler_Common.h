@@ -1,10 +1,10 @@
 #ifndef FREQUENCYHANDLER_PRIVATE_FREQUENCYHANDLER_COMMON_H
 #define FREQUENCYHANDLER_PRIVATE_FREQUENCYHANDLER_COMMON_H
 
-#include "Guard.h"
 #include "IFrequencyHandler.h"
 #include "OrbiTrace.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -22,7 +22,8 @@ class RADIO_API FrequencyHandler : public IFrequencyHandler {
 public:
     /**
      * Publishes the handler as "IFrequencyHandler_" + `name`, followed by "_" and the channel as a signed
-     * number when that is not 0; of that, 63 characters count. What the broker answers is not looked at.
+     * number when that is not 0. What the broker answers is not looked at. Throws std::bad_alloc when there
+     * is no memory for a long `name`.
      */
     FrequencyHandler(const std::string& name, unsigned long channel);
     /** Withdraws whatever is published under that name. Observers are left alone. */
@@ -31,7 +32,7 @@ public:
     /**
      * The one way to change the carrier, in kHz (32 bits). Stores it, writes it to hardware, then tells every
      * observer in the order of registration. A failed write changes nothing in that: the message of the board
-     * variant is its only sign.
+     * variant is its only sign. Nor does an observer that throws: a message says so, and the others are told.
      *
      * Always returns 0.
      */
@@ -65,7 +66,10 @@ protected:
     unsigned long m_frequency = 0;
 
 private:
-    InterfaceName interfaceName() const;
+    const std::string& nameInterface();
+    void notify(std::size_t index);
+    [[gnu::cold]] void tellNullObserver(std::size_t index) const;
+    [[gnu::cold]] void tellThrownBy(std::size_t index) const;
 };
 
 } // namespace RL::FrequencyHandler::Common

@@ -1,5 +1,6 @@
 #include "FrequencyHandler_MicrowaveBoard.h"
 
+#include "Guard.h"
 #include "Trace.h"
 
 #include <algorithm>
@@ -70,7 +71,7 @@ FrequencyHandler::~FrequencyHandler() = default;
 // Initialisation
 
 EAFResult FrequencyHandler::onModuleInit() {
-    return guarded(m_trace, "onModuleInit", [this] {
+    return guarded<m_trace>("onModuleInit", [this] {
         const DriverLookup lookup;
         if (lookup.hasDriverLayer() && isFailure(bindDrivers(lookup))) {
             return ResultFailed;
@@ -80,7 +81,8 @@ EAFResult FrequencyHandler::onModuleInit() {
         }
         // With the carrier 0 the LO is the IF itself: the synthesiser starts there, with baseband offset and
         // residue.
-        return writeIfFrequency(calculateIfPllFrequency(0));
+        traceIfPll(0);
+        return writeIfFrequency(0);
     });
 }
 
@@ -173,25 +175,39 @@ std::uint32_t FrequencyHandler::calculateFrequencyStep(unsigned long frequency) 
 }
 
 std::uint32_t FrequencyHandler::calculateIfPllFrequency(unsigned long frequency) const {
-    const std::uint32_t ifPll = FrequencyPlan::ifPllFrequency(static_cast<std::uint32_t>(frequency), plan());
+    const auto carrier = static_cast<std::uint32_t>(frequency);
+    traceIfPll(carrier);
+    return FrequencyPlan::ifPllFrequency(carrier, plan());
+}
+
+void FrequencyHandler::traceIfPll(std::uint32_t carrier) const {
     FH_TRACE(m_trace, TraceCode::information, "channel.%d.%s.if.pll %lu", channelNumber(), m_name.c_str(),
-             static_cast<unsigned long>(ifPll));
-    return ifPll;
+             static_cast<unsigned long>(FrequencyPlan::ifPllFrequency(carrier, plan())));
 }
 
 std::uint64_t FrequencyHandler::calculateRfPllFrequency(unsigned long frequency, bool exact) const {
     if (m_mixerMultiplicationFactor == 0) {
-        FH_TRACE(m_trace, TraceCode::error,
-                 "channel.%d.%s.rf.pll needs a mixer multiplication factor other than 0", channelNumber(),
-                 m_name.c_str());
+        static_cast<void>(tellZeroFactor());
         return 0;
     }
-    const auto argument = static_cast<std::uint32_t>(frequency);
-    const std::uint64_t rfPll = exact ? FrequencyPlan::exactRfPllFrequency(argument, plan())
-                                      : FrequencyPlan::rfPllFrequency(argument, plan());
+    return rfPllFrequency(static_cast<std::uint32_t>(frequency), exact);
+}
+
+/** Only with a multiplication factor other than 0. */
+[[gnu::always_inline]] inline std::uint64_t FrequencyHandler::rfPllFrequency(std::uint32_t frequency,
+                                                                             bool exact) const {
+    const std::uint64_t rfPll = exact ? FrequencyPlan::exactRfPllFrequency(frequency, plan())
+                                      : FrequencyPlan::rfPllFrequency(frequency, plan());
     FH_TRACE(m_trace, TraceCode::information, "channel.%d.%s.rf.pll %llu", channelNumber(), m_name.c_str(),
              static_cast<unsigned long long>(rfPll));
     return rfPll;
+}
+
+EAFResult FrequencyHandler::tellZeroFactor() const {
+    FH_TRACE(m_trace, TraceCode::error,
+             "channel.%d.%s.rf.pll needs a mixer multiplication factor other than 0", channelNumber(),
+             m_name.c_str());
+    return ResultFailed;
 }
 
 std::uint32_t FrequencyHandler::getBbFrequency() const {
@@ -201,64 +217,79 @@ std::uint32_t FrequencyHandler::getBbFrequency() const {
 // Hardware write
 
 EAFResult FrequencyHandler::writeFrequencyToHW(unsigned long frequency) {
-    auto carrier = static_cast<std::uint32_t>(frequency);
-    std::uint32_t dspOffset = 0;
+    return guarded<m_trace>("writeFrequencyToHW", [this, frequency] {
+        auto carrier = static_cast<std::uint32_t>(frequency);
+        std::uint32_t dspOffset = 0;
+        if (m_useCsOffsetArray && isRx()) {
+            std::int32_t offset = 0;
+            if (isFailure(applyChannelSpacingOffset(offset))) {
+                return ResultFailed;
+            }
+            // The default is added like any other offset; only the DSP is told 0 for it. Both are deliberate.
+            carrier += word(offset);
+        }
+        if (m_useDspRxFreqOffset && canWrite(m_dspOffsetDriver) && isRx()) {
+            std::int32_t offset = 0;
+            if (isFailure(applyHalfSpacingOffset(offset))) {
+                return ResultFailed;
+            }
+            dspOffset = word(offset);
+        }
+        return writePlan(carrier, dspOffset);
+    });
+}
 
-    if (m_useCsOffsetArray && isRx() && isFailure(applyChannelSpacingOffset(carrier))) {
-        return ResultFailed;
-    }
-    if (m_useDspRxFreqOffset && canWrite(m_dspOffsetDriver) && isRx() &&
-        isFailure(applyHalfSpacingOffset(dspOffset))) {
-        return ResultFailed;
-    }
-
-    const std::uint32_t ifPll = calculateIfPllFrequency(carrier);
-    const std::uint64_t rfPll = calculateRfPllFrequency(carrier - dspOffset, m_loFrequencyInHz);
+/** Programs the synthesisers for the corrected `carrier`; the RF LO is lower by what the DSP shifts. */
+[[gnu::always_inline]] inline EAFResult FrequencyHandler::writePlan(std::uint32_t carrier,
+                                                                    std::uint32_t dspOffset) {
+    traceIfPll(carrier);
     if (m_mixerMultiplicationFactor == 0) {
-        return ResultFailed;
+        return tellZeroFactor();
     }
+    const std::uint64_t rfPll = rfPllFrequency(carrier - dspOffset, m_loFrequencyInHz);
     FH_TRACE(m_trace, TraceCode::information, "channel.%d.%s.ifSideband %d", channelNumber(), m_name.c_str(),
              m_ifSideband);
     FH_TRACE(m_trace, TraceCode::information, "channel.%d.%s.rfSideband %d", channelNumber(), m_name.c_str(),
              m_rfSideband);
     FH_TRACE(m_trace, TraceCode::information, "%sIfBb %d", m_name.c_str(), m_ifBb);
 
-    if (isFailure(writeIfFrequency(ifPll)) || isFailure(writeRfLoFrequency(rfPll))) {
+    if (isFailure(writeIfFrequency(carrier)) ||
+        isFailure(m_loFrequencyInHz ? writeRfLoInHz(rfPll)
+                                    : writeRfLoInKHz(static_cast<std::uint32_t>(rfPll)))) {
         return ResultFailed;
     }
     return m_chargePumpTableValid ? writeChargePump(carrier) : ResultOk;
 }
 
-EAFResult FrequencyHandler::applyChannelSpacingOffset(std::uint32_t& carrier) {
-    std::int32_t offset = 0;
+EAFResult FrequencyHandler::applyChannelSpacingOffset(std::int32_t& offset) {
     if (isFailure(findChannelSpacingOffset(offset))) {
         return ResultFailed;
     }
-    const std::int32_t channelSpacingOffsetkHz = offset != 0 ? offset : defaultChannelSpacingOffset;
+    if (offset == 0) {
+        offset = defaultChannelSpacingOffset;
+    }
     FH_TRACE(m_trace, TraceCode::information, "%s: channelSpacingOffsetkHz=%i, m_rfSideband=%i",
-             "writeFrequencyToHW", channelSpacingOffsetkHz, m_rfSideband);
-
-    // The default is added like any other offset; only the DSP is told 0 for it. Both are deliberate.
-    carrier += word(channelSpacingOffsetkHz);
+             "writeFrequencyToHW", offset, m_rfSideband);
     if (!canWrite(m_dspOffsetDriver)) {
         return ResultOk;
     }
-    return writeDspOffset(channelSpacingOffsetkHz == defaultChannelSpacingOffset
-                              ? 0
-                              : static_cast<std::int32_t>(0U - word(channelSpacingOffsetkHz)));
+    return writeDspOffset(
+        offset == defaultChannelSpacingOffset ? 0 : static_cast<std::int32_t>(0U - word(offset)));
 }
 
 EAFResult FrequencyHandler::findChannelSpacingOffset(std::int32_t& offset) const {
     // The content is live: the size is read once, so that what is checked is what is scanned.
-    const std::int32_t entries = m_csOffsetArraySize != nullptr ? *m_csOffsetArraySize : 0;
-    if (m_csOffsetArraySize == nullptr || (entries > 0 && m_csOffsetArray == nullptr)) {
+    const std::int32_t* const arraySize = m_csOffsetArraySize.ints();
+    const std::int32_t* const array = m_csOffsetArray.ints();
+    const std::int32_t entries = arraySize != nullptr ? *arraySize : 0;
+    if (arraySize == nullptr || (entries > 0 && array == nullptr)) {
         FH_TRACE(m_trace, TraceCode::error, "channel.%d.rx.rf.frequency.cs.offset.array was not found",
                  channelNumber());
         return ResultFailed;
     }
     const auto size = static_cast<std::size_t>(std::max(entries, 0));
     for (std::size_t i = 0; i < size; i += 2) {
-        if (m_csOffsetArray[i] != m_channelSpacing) {
+        if (array[i] != m_channelSpacing) {
             continue;
         }
         if (i + 1 == size) {
@@ -267,22 +298,22 @@ EAFResult FrequencyHandler::findChannelSpacingOffset(std::int32_t& offset) const
             return ResultFailed;
         }
         FH_TRACE(m_trace, TraceCode::information, "%s: Array(CS)=%i, Array(Foffset)=%i", "writeFrequencyToHW",
-                 m_csOffsetArray[i], m_csOffsetArray[i + 1]);
+                 array[i], array[i + 1]);
         // The sideband supplies the sign, whatever sign is stored.
-        offset = signedProduct(m_rfSideband, magnitudeOf(m_csOffsetArray[i + 1]));
+        offset = signedProduct(m_rfSideband, magnitudeOf(array[i + 1]));
         break;
     }
 
     const bool mayUseHalfSpacing =
         m_channelSpacing == 125 || m_channelSpacing == 250 || m_channelSpacing == 500;
-    if (offset == 0 && m_hwCodeDsp != nullptr && *m_hwCodeDsp == hwCodeDspWithHalfSpacing &&
-        mayUseHalfSpacing) {
+    const std::int32_t* const hwCode = m_hwCodeDsp.ints();
+    if (offset == 0 && hwCode != nullptr && *hwCode == hwCodeDspWithHalfSpacing && mayUseHalfSpacing) {
         offset = signedProduct(m_rfSideband, word(m_channelSpacing) * 1000U >> 1U);
     }
     return ResultOk;
 }
 
-EAFResult FrequencyHandler::applyHalfSpacingOffset(std::uint32_t& dspOffset) {
+EAFResult FrequencyHandler::applyHalfSpacingOffset(std::int32_t& offset) {
     FH_TRACE(m_trace, TraceCode::information, "%s: ChannelSpacing used: = %d", "writeFrequencyToHW",
              m_channelSpacing);
     const auto* const entry =
@@ -295,8 +326,8 @@ EAFResult FrequencyHandler::applyHalfSpacingOffset(std::uint32_t& dspOffset) {
     }
     FH_TRACE(m_trace, TraceCode::information, "channel.%d.dsp.rx.freq.offset = %d", channelNumber(),
              entry->dspOffset);
-    dspOffset = word(entry->dspOffset);
-    return writeDspOffset(entry->dspOffset);
+    offset = entry->dspOffset;
+    return writeDspOffset(offset);
 }
 
 EAFResult FrequencyHandler::writeDspOffset(std::int32_t offset) {
@@ -310,10 +341,11 @@ EAFResult FrequencyHandler::writeDspOffset(std::int32_t offset) {
     return ResultOk;
 }
 
-EAFResult FrequencyHandler::writeIfFrequency(std::uint32_t ifPll) {
+EAFResult FrequencyHandler::writeIfFrequency(std::uint32_t carrier) {
     if (!m_useIfFrequency || !canWrite(m_ifDriver)) {
         return ResultOk;
     }
+    const std::uint32_t ifPll = FrequencyPlan::ifPllFrequency(carrier, plan());
     const EDriverResult code = m_ifDriver->write(m_ifDriver->context, static_cast<std::int32_t>(ifPll));
     if (isFailure(code)) {
         FH_TRACE(m_trace, code,
@@ -324,11 +356,7 @@ EAFResult FrequencyHandler::writeIfFrequency(std::uint32_t ifPll) {
     return ResultOk;
 }
 
-EAFResult FrequencyHandler::writeRfLoFrequency(std::uint64_t rfPll) {
-    return m_loFrequencyInHz ? writeRfLoInHz(rfPll) : writeRfLoInKHz(static_cast<std::uint32_t>(rfPll));
-}
-
-EAFResult FrequencyHandler::writeRfLoInKHz(std::uint32_t rfPll) {
+inline EAFResult FrequencyHandler::writeRfLoInKHz(std::uint32_t rfPll) {
     if (!canWrite(m_rfLoDriver)) {
         return ResultOk;
     }
@@ -342,7 +370,7 @@ EAFResult FrequencyHandler::writeRfLoInKHz(std::uint32_t rfPll) {
     return ResultOk;
 }
 
-EAFResult FrequencyHandler::writeRfLoInHz(std::uint64_t rfPll) {
+inline EAFResult FrequencyHandler::writeRfLoInHz(std::uint64_t rfPll) {
     if (!canWriteBuffer(m_rfLoInHzDriver)) {
         return ResultOk;
     }
@@ -358,16 +386,12 @@ EAFResult FrequencyHandler::writeRfLoInHz(std::uint64_t rfPll) {
     return ResultOk;
 }
 
-EAFResult FrequencyHandler::writeChargePump(std::uint32_t carrier) {
+inline EAFResult FrequencyHandler::writeChargePump(std::uint32_t carrier) {
     int setting = 0;
     const ECHResult lookup =
         CCalibrationTable_LinearInterpolate(m_chargePumpTable, static_cast<std::int32_t>(carrier), &setting);
     if (isFailure(lookup)) {
-        // Reported, but not fatal: what the lookup left is written.
-        FH_TRACE(m_trace, TraceCode::error,
-                 "Unable to fetch value from table Channel.%d.%s.Rf.Pll.Frequency.To.Chargepump.Setting "
-                 "(ECHResult = 0x%x)",
-                 channelNumber(), m_name.c_str(), static_cast<unsigned>(lookup));
+        tellFailedLookup(lookup); // but what the lookup left is written
     }
     if (!canWrite(m_pllConfigurationDriver)) {
         return ResultOk;
@@ -380,6 +404,13 @@ EAFResult FrequencyHandler::writeChargePump(std::uint32_t carrier) {
         return ResultFailed;
     }
     return ResultOk;
+}
+
+void FrequencyHandler::tellFailedLookup(ECHResult code) const {
+    FH_TRACE(m_trace, TraceCode::error,
+             "Unable to fetch value from table Channel.%d.%s.Rf.Pll.Frequency.To.Chargepump.Setting "
+             "(ECHResult = 0x%x)",
+             channelNumber(), m_name.c_str(), static_cast<unsigned>(code));
 }
 
 } // namespace RL::FrequencyHandler::MicrowaveBoard

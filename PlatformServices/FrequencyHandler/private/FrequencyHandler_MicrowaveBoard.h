@@ -10,6 +10,20 @@
 
 namespace RL::FrequencyHandler::MicrowaveBoard {
 
+/** Where the live content of an int variable lies, as the storage manager said last; null before that. */
+class LiveContent {
+public:
+    /**
+     * Asks the storage manager for the content of the variable `name`, and gives its answer. One that
+     * succeeds without storing an address leaves the one from before; one that fails leaves none.
+     */
+    EAFResult find(const std::string& name);
+    const std::int32_t* ints() const { return static_cast<const std::int32_t*>(m_address); }
+
+private:
+    void* m_address = nullptr;
+};
+
 /**
  * The microwave board makes the carrier with two synthesisers, an IF PLL and an RF PLL behind a multiplying
  * mixer. The handler computes their frequencies from a plan whose parameters come from the database, corrects
@@ -71,6 +85,9 @@ public:
 
 private:
     FrequencyPlan::Parameters plan() const;
+    void traceIfPll(std::uint32_t carrier) const;
+    std::uint64_t rfPllFrequency(std::uint32_t frequency, bool exact) const;
+    [[gnu::cold]] EAFResult tellZeroFactor() const;
     bool isRx() const { return std::string_view(m_name) == "Rx"; }
 
     EAFResult bindDrivers(const DriverLookup& lookup);
@@ -82,24 +99,25 @@ private:
     EAFResult readOffsetArrayAddresses();
     EAFResult readChannelSpacing();
 
-    EAFResult applyChannelSpacingOffset(std::uint32_t& carrier);
+    EAFResult applyChannelSpacingOffset(std::int32_t& offset);
     EAFResult findChannelSpacingOffset(std::int32_t& offset) const;
-    EAFResult applyHalfSpacingOffset(std::uint32_t& dspOffset);
+    EAFResult applyHalfSpacingOffset(std::int32_t& offset);
     EAFResult writeDspOffset(std::int32_t offset);
-    EAFResult writeIfFrequency(std::uint32_t ifPll);
-    EAFResult writeRfLoFrequency(std::uint64_t rfPll);
+    EAFResult writePlan(std::uint32_t carrier, std::uint32_t dspOffset);
+    EAFResult writeIfFrequency(std::uint32_t carrier);
     EAFResult writeRfLoInKHz(std::uint32_t rfPll);
     EAFResult writeRfLoInHz(std::uint64_t rfPll);
     EAFResult writeChargePump(std::uint32_t carrier);
+    [[gnu::cold]] void tellFailedLookup(ECHResult code) const;
 
     std::int32_t m_ifSideband = -1;
     std::int32_t m_rfSideband = -1;
     std::int32_t m_ifFrequency = 0;
     std::int32_t m_mixerMultiplicationFactor = 1;
     std::int32_t m_ifBb = 0;
-    const std::int32_t* m_csOffsetArraySize = nullptr;
-    const std::int32_t* m_csOffsetArray = nullptr;
-    const std::int32_t* m_hwCodeDsp = nullptr;
+    LiveContent m_csOffsetArraySize;
+    LiveContent m_csOffsetArray;
+    LiveContent m_hwCodeDsp;
     DriverInterface* m_rfLoDriver = nullptr;
     DriverInterface* m_rfLoInHzDriver = nullptr;
     DriverInterface* m_ifDriver = nullptr;

@@ -3,35 +3,40 @@
 
 #include "CStorageManager.h"
 #include "FrequencyHandler_MicrowaveBoard.h"
+#include "Guard.h"
 #include "Trace.h"
 
 namespace RL::FrequencyHandler::MicrowaveBoard {
 
-namespace {
-
-/** Finds the live content of an int variable; null when the lookup failed. */
-EAFResult getContentAddress(const std::string& name, const std::int32_t*& content) {
-    void* address = nullptr;
-    const EAFResult code = CStorageManager_GetVariableContentAddressByName(name.c_str(), &address, 0);
-    content = isSuccess(code) ? static_cast<const std::int32_t*>(address) : nullptr;
-    return code;
+EAFResult LiveContent::find(const std::string& name) {
+    try {
+        const EAFResult code = CStorageManager_GetVariableContentAddressByName(name.c_str(), &m_address, 0);
+        if (isFailure(code)) {
+            m_address = nullptr;
+        }
+        return code;
+    } catch (...) {
+        m_address = nullptr;
+        throw;
+    }
 }
 
-} // namespace
-
 EAFResult FrequencyHandler::getStorageVariableByName(const std::string& name, int* value) const {
-    StorageVariable* variable = nullptr;
-    const EAFResult code = CStorageManager_GetVariableByName(name.c_str(), &variable);
-    if (isFailure(code) || variable == nullptr || variable->content == nullptr) {
-        FH_TRACE(m_trace, TraceCode::error, "Could not get the variable %s from the database", name.c_str());
-        return ResultFailed;
-    }
-    *value = *static_cast<const std::int32_t*>(variable->content);
-    return ResultOk;
+    return guarded<m_trace>("getStorageVariableByName", [&] {
+        StorageVariable* variable = nullptr;
+        const EAFResult code = CStorageManager_GetVariableByName(name.c_str(), &variable);
+        if (isFailure(code) || variable == nullptr || variable->content == nullptr) {
+            FH_TRACE(m_trace, TraceCode::error, "Could not get the variable %s from the database",
+                     name.c_str());
+            return ResultFailed;
+        }
+        *value = *static_cast<const std::int32_t*>(variable->content);
+        return ResultOk;
+    });
 }
 
 EAFResult FrequencyHandler::getVariablesFromDatabase() {
-    return guarded(m_trace, "getVariablesFromDatabase", [this] {
+    return guarded<m_trace>("getVariablesFromDatabase", [this] {
         const std::string prefix = driverPrefix();
 
         if (isFailure(getStorageVariableByName(prefix + "mixer.multiplicationfactor",
@@ -60,16 +65,14 @@ EAFResult FrequencyHandler::getVariablesFromDatabase() {
 EAFResult FrequencyHandler::readOffsetArrayAddresses() {
     const std::string prefix = "channel." + std::to_string(channelNumber()) + ".rx.rf.frequency.cs.offset.";
 
-    if (isFailure(getContentAddress("HwCodeDsp", m_hwCodeDsp)) ||
-        isFailure(getContentAddress(prefix + "arraysize", m_csOffsetArraySize)) ||
-        isFailure(getContentAddress(prefix + "array", m_csOffsetArray))) {
-        return ResultFailed;
-    }
-    return ResultOk;
+    const bool isFound = isSuccess(m_hwCodeDsp.find("HwCodeDsp")) &&
+                         isSuccess(m_csOffsetArraySize.find(prefix + "arraysize")) &&
+                         isSuccess(m_csOffsetArray.find(prefix + "array"));
+    return isFound ? ResultOk : ResultFailed;
 }
 
 EAFResult FrequencyHandler::getFFVariablesFromDatabase() {
-    return guarded(m_trace, "getFFVariablesFromDatabase", [this] {
+    return guarded<m_trace>("getFFVariablesFromDatabase", [this] {
         if (isFailure(getStorageVariableByName(m_name + "IfBb", &m_ifBb))) {
             return ResultFailed;
         }
@@ -78,19 +81,19 @@ EAFResult FrequencyHandler::getFFVariablesFromDatabase() {
 }
 
 EAFResult FrequencyHandler::readChannelSpacing() {
-    const std::int32_t* channelSpacing = nullptr;
-    const EAFResult code = getContentAddress("ChannelSpacing", channelSpacing);
+    LiveContent channelSpacing;
+    const EAFResult code = channelSpacing.find("ChannelSpacing");
     if (isFailure(code)) {
         // "in the database", and the storage manager's code as the level: unlike the message for other
         // variables.
         FH_TRACE(m_trace, code, "Could not get the variable %s in the database", "ChannelSpacing");
         return ResultFailed;
     }
-    if (channelSpacing == nullptr) {
+    if (channelSpacing.ints() == nullptr) {
         FH_TRACE(m_trace, TraceCode::error, "The variable %s has no content", "ChannelSpacing");
         return ResultFailed;
     }
-    m_channelSpacing = *channelSpacing;
+    m_channelSpacing = *channelSpacing.ints();
     FH_TRACE(m_trace, TraceCode::information, "%s: New channel spacing = %d", "getFFVariablesFromDatabase",
              m_channelSpacing);
     return ResultOk;

@@ -1,5 +1,6 @@
 #include "FrequencyHandler_Rau.h"
 
+#include "Guard.h"
 #include "InterfaceBroker.h"
 #include "Trace.h"
 
@@ -23,20 +24,28 @@ FrequencyHandler::FrequencyHandler(const std::string& name, int channel)
 FrequencyHandler::~FrequencyHandler() = default;
 
 EAFResult FrequencyHandler::onModuleInit() {
-    return guarded(m_trace, "onModuleInit", [this] {
+    return guarded<m_trace>("onModuleInit", [this] {
         const std::string name = rauInterfaceName(m_channel);
         m_pRauHandler = InterfaceBroker::getInstance().getInterface<IRauHandler>(name);
         if (m_pRauHandler == nullptr) {
-            // Deliberately written unlike every other message: at level 1 as it stands, whatever the
-            // threshold, and never closed with endLogMsg.
-            constexpr OrbiTraceLevel unmappedLevel{1};
-            m_trace.beginLogMsg(unmappedLevel, __FILE__, __LINE__)
-                << "onModuleInit"
-                << "(): Error getting interface to " << name << std::endl;
+            tellUnknown(name);
             return ResultFailed;
         }
         return ResultOk;
     });
+}
+
+/** Deliberately written unlike every other message: at level 1 as it stands, whatever the threshold, and
+ * never closed with endLogMsg. */
+void FrequencyHandler::tellUnknown(const std::string& rau) {
+    constexpr OrbiTraceLevel unmappedLevel{1};
+    try {
+        m_trace.beginLogMsg(unmappedLevel, __FILE__, __LINE__)
+            << "onModuleInit"
+            << "(): Error getting interface to " << rau << std::endl;
+    } catch (...) {
+        Trace::lose();
+    }
 }
 
 EAFResult FrequencyHandler::getVariablesFromDatabase() {
@@ -45,15 +54,21 @@ EAFResult FrequencyHandler::getVariablesFromDatabase() {
 
 EAFResult FrequencyHandler::writeFrequencyToHW(unsigned long frequency) {
     if (m_pRauHandler == nullptr) {
-        FH_TRACE(m_trace, TraceCode::error, "writeFrequencyToHW called without IRauHandler for direction %s",
-                 m_direction.c_str());
-        return ResultFailed;
+        return tellMissingRau();
     }
-    const auto carrier = static_cast<std::uint32_t>(frequency);
-    const EAFResult code = std::string_view(m_direction) == "Rx"
-                               ? m_pRauHandler->setRxRadioFrequency(carrier)
-                               : m_pRauHandler->setTxRadioFrequency(carrier);
-    return isSuccess(code) ? ResultOk : ResultFailed;
+    return guarded<m_trace>("writeFrequencyToHW", [this, frequency] {
+        const auto carrier = static_cast<std::uint32_t>(frequency);
+        const EAFResult code = std::string_view(m_direction) == "Rx"
+                                   ? m_pRauHandler->setRxRadioFrequency(carrier)
+                                   : m_pRauHandler->setTxRadioFrequency(carrier);
+        return isSuccess(code) ? ResultOk : ResultFailed;
+    });
+}
+
+EAFResult FrequencyHandler::tellMissingRau() const {
+    FH_TRACE(m_trace, TraceCode::error, "writeFrequencyToHW called without IRauHandler for direction %s",
+             m_direction.c_str());
+    return ResultFailed;
 }
 
 } // namespace RL::FrequencyHandler::Rau

@@ -27,6 +27,9 @@ public:
     EAFResult writeFrequencyToHW(unsigned long frequency) override;
 
 private:
+    static void tellUnknown(const std::string& rau);
+    [[gnu::cold]] EAFResult tellMissingRau() const;
+
     std::string m_direction;
     std::int32_t m_channel;
     IRauHandler* m_pRauHandler = nullptr;

@@ -1,6 +1,7 @@
 #include "FrequencyHandler_RfModule.h"
 
 #include "DriverLookup.h"
+#include "Guard.h"
 #include "Trace.h"
 
 namespace RL::FrequencyHandler::RfModule {
@@ -12,7 +13,7 @@ FrequencyHandler::FrequencyHandler(const std::string& name, int channel)
 FrequencyHandler::~FrequencyHandler() = default;
 
 EAFResult FrequencyHandler::onModuleInit() {
-    return guarded(m_trace, "onModuleInit", [this] {
+    return guarded<m_trace>("onModuleInit", [this] {
         const DriverLookup lookup;
         if (!lookup.hasDriverLayer()) {
             FH_TRACE(m_trace, TraceCode::error, "Unable to get DriverLayer Interface");
@@ -41,20 +42,26 @@ EAFResult FrequencyHandler::writeFrequencyToHW(unsigned long frequency) {
              static_cast<long>(carrier), m_direction.c_str());
 
     if (!canWrite(rfFrequencyDriver)) {
-        // Deliberately a success, and told at the information level: a radio without this driver goes on to
-        // keep the carrier and to tell its observers.
-        FH_TRACE(m_trace, TraceCode::information, "Unable to write to rfFrequencyDriver for direction %s",
-                 m_direction.c_str());
-        return ResultOk;
+        return tellMissingDriver();
     }
-    const EDriverResult code = rfFrequencyDriver->write(rfFrequencyDriver->context, carrier);
-    if (isFailure(code)) {
-        FH_TRACE(m_trace, code,
-                 "Write to driver failed for channel.%d.%s.rf.frequency (EDriverResult = 0x%x)",
-                 channelNumber(), m_direction.c_str(), static_cast<unsigned>(code));
-        return ResultFailed;
-    }
+    return guarded<m_trace>("writeFrequencyToHW", [this, carrier] {
+        const EDriverResult code = rfFrequencyDriver->write(rfFrequencyDriver->context, carrier);
+        return isSuccess(code) ? ResultOk : tellFailedWrite(code);
+    });
+}
+
+/** Deliberately a success, and told at the information level: a radio without this driver goes on to keep the
+ * carrier and to tell its observers. */
+EAFResult FrequencyHandler::tellMissingDriver() const {
+    FH_TRACE(m_trace, TraceCode::information, "Unable to write to rfFrequencyDriver for direction %s",
+             m_direction.c_str());
     return ResultOk;
+}
+
+EAFResult FrequencyHandler::tellFailedWrite(EDriverResult code) const {
+    FH_TRACE(m_trace, code, "Write to driver failed for channel.%d.%s.rf.frequency (EDriverResult = 0x%x)",
+             channelNumber(), m_direction.c_str(), static_cast<unsigned>(code));
+    return ResultFailed;
 }
 
 } // namespace RL::FrequencyHandler::RfModule

@@ -30,6 +30,9 @@ public:
     EAFResult writeFrequencyToHW(unsigned long frequency) override;
 
 private:
+    [[gnu::cold]] EAFResult tellMissingDriver() const;
+    [[gnu::cold]] EAFResult tellFailedWrite(EDriverResult code) const;
+
     DriverInterface* rfFrequencyDriver = nullptr;
     std::string m_direction;
 };

@@ -1,9 +1,10 @@
 #include "FrequencyObserverCWrapper.h"
 
+#include "Guard.h"
 #include "Trace.h"
 
 #include <memory>
-#include <new>
+#include <vector>
 
 using namespace RL::FrequencyHandler;
 
@@ -11,22 +12,20 @@ namespace {
 
 OrbiTrace s_trace(Trace::objectName, Trace::initialLevel);
 
-/** Whether the list can take one more without asking for memory, which it does here. */
-bool makeRoom(std::vector<Observer<IFrequencyHandler>*>& list) {
-    try {
-        if (list.size() == list.capacity()) {
-            list.reserve(2 * list.size() + 1);
-        }
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;
+/** Afterwards the list can take one more without asking for memory. */
+void makeRoom(std::vector<Observer<IFrequencyHandler>*>& list) {
+    if (list.size() == list.capacity()) {
+        list.reserve(2 * list.size() + 1);
     }
 }
 
 } // namespace
 
 void FrequencyObserverCWrapper::onChange(IFrequencyHandler* subject) {
-    m_onFrequencyChanged(m_context, m_channel, subject->getFrequency());
+    static_cast<void>(guarded<s_trace>("onFrequencyChanged", [this, subject] {
+        m_onFrequencyChanged(m_context, m_channel, subject->getFrequency());
+        return ResultOk;
+    }));
 }
 
 EAFResult IFrequencyHandler::registerObserver(void* handler, IFrequencyObserver* observer) {
@@ -34,15 +33,13 @@ EAFResult IFrequencyHandler::registerObserver(void* handler, IFrequencyObserver*
         FH_TRACE(s_trace, TraceCode::error, "registerObserver called without handler, observer or function");
         return ResultFailed;
     }
-    auto* const subject = static_cast<IFrequencyHandler*>(handler);
-    auto wrapper = std::unique_ptr<FrequencyObserverCWrapper>(
-        new (std::nothrow) FrequencyObserverCWrapper(subject->m_cStruct.m_channel, *observer));
-    if (wrapper == nullptr || !makeRoom(subject->m_observers)) {
-        FH_TRACE(s_trace, TraceCode::error, "registerObserver: out of memory");
-        return ResultFailed;
-    }
-    // The handler keeps the pointer and nobody ever deletes it: the wrapper lives as long as the process.
-    // What a handler answers makes no difference; those of the library have the room that they need.
-    static_cast<void>(subject->registerObserver(wrapper.release()));
-    return ResultOk;
+    return guarded<s_trace>("registerObserver", [handler, observer] {
+        auto* const subject = static_cast<IFrequencyHandler*>(handler);
+        auto wrapper = std::make_unique<FrequencyObserverCWrapper>(subject->m_cStruct.m_channel, *observer);
+        makeRoom(subject->m_observers);
+        // The handler keeps the pointer and nobody ever deletes it: the wrapper lives as long as the process.
+        // What a handler answers makes no difference; those of the library have the room that they need.
+        static_cast<void>(subject->registerObserver(wrapper.release()));
+        return ResultOk;
+    });
 }

@@ -1,41 +1,32 @@
 #include "Guard.h"
 
-#include "InterfaceBroker.h"
+#include <cxxabi.h>
+#include <pthread.h>
 
-#include <mutex>
-#include <new>
-#include <string>
+#include <exception>
 
 namespace RL::FrequencyHandler {
 
-namespace {
-
-/** Memory for one name, kept since the library was loaded. */
-struct KeptName {
-    KeptName() { text.reserve(InterfaceName().size()); }
-    std::string text;
-    std::mutex mutex;
-};
-KeptName s_keptName;
-
-EAFResult withdraw(const std::string& name) {
-    return InterfaceBroker::getInstance().unregisterInterface(name, nullptr);
+void tellThrown(OrbiTrace& trace, const char* operation) {
+    try {
+        throw;
+    } catch (const abi::__forced_unwind&) {
+        throw;
+    } catch (const std::exception& error) {
+        const CancellationHeld held; // the trace may be where a thread is cancelled
+        FH_TRACE(trace, TraceCode::error, "%s failed: %s", operation, error.what());
+    } catch (...) {
+        const CancellationHeld held;
+        FH_TRACE(trace, TraceCode::error, "%s failed: unknown exception", operation);
+    }
 }
 
-} // namespace
+CancellationHeld::CancellationHeld() {
+    static_cast<void>(pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_stateBefore));
+}
 
-EAFResult withdraw(const InterfaceName& name) noexcept {
-    try {
-        try {
-            return withdraw(std::string(name.data()));
-        } catch (const std::bad_alloc&) {
-            const std::lock_guard<std::mutex> lock(s_keptName.mutex);
-            s_keptName.text.assign(name.data());
-            return withdraw(s_keptName.text);
-        }
-    } catch (const std::exception&) {
-        return ResultFailed;
-    }
+CancellationHeld::~CancellationHeld() {
+    static_cast<void>(pthread_setcancelstate(m_stateBefore, nullptr));
 }
 
 } // namespace RL::FrequencyHandler

@@ -1,6 +1,6 @@
 /**
- * What keeps exceptions inside the library. Names of drivers, tables and interfaces are built when they are
- * needed, and memory for them may run out; the platform that calls is not to unwind for that.
+ * What keeps exceptions inside the library. Platform, drivers and observers are others' code and may throw
+ * whatever they like; whoever calls the library is not to unwind for that.
  */
 #ifndef FREQUENCYHANDLER_PRIVATE_GUARD_H
 #define FREQUENCYHANDLER_PRIVATE_GUARD_H
@@ -8,30 +8,45 @@
 #include "ResultCode.h"
 #include "Trace.h"
 
-#include <array>
-#include <exception>
-
 namespace RL::FrequencyHandler {
 
-/** Carries out `work` and gives its result; when it throws, 0x8000, and one error trace says what failed. */
-template <typename Work>
-EAFResult guarded(OrbiTrace& trace, const char* operation, Work work) noexcept {
-    try {
-        return work();
-    } catch (const std::exception& error) {
-        FH_TRACE(trace, TraceCode::error, "%s failed: %s", operation, error.what());
-        return ResultFailed;
-    }
+/**
+ * In a handler for whatever was thrown: writes the error trace "`operation` failed: " and what the
+ * exception says. The unwinding of a cancelled thread passes.
+ */
+[[gnu::cold]] void tellThrown(OrbiTrace& trace, const char* operation);
+
+/** The same, out of the way of what goes well. */
+template <OrbiTrace& trace>
+[[gnu::cold, gnu::noinline]] void tellThrown(const char* operation) {
+    tellThrown(trace, operation);
 }
 
-/** Room for the name of an interface, with its closing zero; made without memory. */
-using InterfaceName = std::array<char, 64>;
+/** Carries out `work` and gives its result; when it throws, 0x8000, and one error trace says what failed. */
+template <OrbiTrace& trace, typename Work>
+[[gnu::always_inline]] inline EAFResult guarded(const char* operation, Work work) {
+    try {
+        return work();
+    } catch (...) {
+        tellThrown<trace>(operation);
+    }
+    return ResultFailed;
+}
 
 /**
- * Withdraws what is published under `name` from the broker, also when memory has run out: nobody may find an
- * object that is gone. Gives the broker's answer; 0x8000 when it threw. Any thread.
+ * As long as it lives, its thread is not cancelled; a cancellation waits. For where not even the unwinding of
+ * a cancelled thread may pass: destructors, and the handler of an exception.
  */
-EAFResult withdraw(const InterfaceName& name) noexcept;
+class CancellationHeld {
+public:
+    CancellationHeld();
+    CancellationHeld(const CancellationHeld&) = delete;
+    CancellationHeld& operator=(const CancellationHeld&) = delete;
+    ~CancellationHeld();
+
+private:
+    int m_stateBefore = 0;
+};
 
 } // namespace RL::FrequencyHandler
 

@@ -1,13 +1,11 @@
 #include "LoCancellation.h"
 
+#include "Guard.h"
 #include "InterfaceBroker.h"
 #include "LoCancellationSearch.h"
 #include "Trace.h"
 
 #include <unistd.h>
-
-#include <cstdio>
-#include <string>
 
 using namespace RL::FrequencyHandler;
 
@@ -36,40 +34,44 @@ OrbiTrace LoCancellation::m_trace(Trace::objectName, Trace::initialLevel);
 LoCancellation::LoCancellation(unsigned int channel) : m_channel(channel) {}
 
 LoCancellation::~LoCancellation() {
-    const InterfaceName name = interfaceName();
-    const EAFResult code = withdraw(name);
-    if (isFailure(code)) {
-        FH_TRACE(m_trace, TraceCode::error,
-                 "LoCancellation failed to unregister ILoCancellation interface [%s] (EAFResult = 0x%x)",
-                 name.data(), static_cast<unsigned>(code));
-    }
+    const CancellationHeld held;
+    static_cast<void>(guarded<m_trace>("unregisterInterface", [this] {
+        const std::string& name = nameInterface();
+        const EAFResult code = InterfaceBroker::getInstance().unregisterInterface(name, nullptr);
+        if (isFailure(code)) {
+            FH_TRACE(m_trace, TraceCode::error,
+                     "LoCancellation failed to unregister ILoCancellation interface [%s] (EAFResult = 0x%x)",
+                     name.c_str(), static_cast<unsigned>(code));
+        }
+        return code;
+    }));
 }
 
-InterfaceName LoCancellation::interfaceName() const {
-    InterfaceName name{};
-    static_cast<void>(
-        std::snprintf(name.data(), name.size(), "ILoCancellation_%d", static_cast<int>(m_channel)));
-    return name;
+/** Puts the name under which the object is published into the room that is kept for it. */
+const std::string& LoCancellation::nameInterface() {
+    return m_interfaceName.assign("ILoCancellation_").append(std::to_string(static_cast<int>(m_channel)));
 }
 
 // Set-up
 
 EAFResult LoCancellation::initialize() {
-    return guarded(m_trace, "registerInterface", [this] {
-        const InterfaceName name = interfaceName();
-        const EAFResult code = InterfaceBroker::getInstance().registerInterface(name.data(), this);
+    const EAFResult result = guarded<m_trace>("registerInterface", [this] {
+        const std::string& name = nameInterface();
+        const EAFResult code = InterfaceBroker::getInstance().registerInterface(name, this);
         if (isFailure(code)) {
             FH_TRACE(m_trace, TraceCode::error,
                      "LoCancellation failed to register ILoCancellation interface [%s] (EAFResult = 0x%x)",
-                     name.data(), static_cast<unsigned>(code));
+                     name.c_str(), static_cast<unsigned>(code));
             return ResultFailed;
         }
         return ResultOk;
     });
+    m_interfaceName.clear(); // its room stays, so that withdrawing takes no memory
+    return result;
 }
 
 EAFResult LoCancellation::onModuleInit() {
-    return guarded(m_trace, "onModuleInit", [this] { return bind(); });
+    return guarded<m_trace>("onModuleInit", [this] { return bind(); });
 }
 
 EAFResult LoCancellation::bind() {
@@ -142,49 +144,64 @@ void LoCancellation::fetchTable(const char* branch, CalibrationTableHandle& tabl
 // Correction by frequency and temperature
 
 EAFResult LoCancellation::setIQ(int i, int q) {
-    // Both messages name the mixer drivers, also when the coarse DC drivers are in use.
-    if (canWrite(m_mixerIDriver)) {
-        const EDriverResult code = m_mixerIDriver->write(m_mixerIDriver->context, i);
-        if (isFailure(code)) {
-            FH_TRACE(m_trace, code,
-                     "Unable to write to driver Channel.%d.tx.rf.mixer.i (EDriverResult = 0x%x)",
-                     static_cast<int>(m_channel), static_cast<unsigned>(code));
-            return ResultFailed;
+    return write(i, q);
+}
+
+inline EAFResult LoCancellation::write(int i, int q) const {
+    return guarded<m_trace>("setIQ", [this, i, q] {
+        if (canWrite(m_mixerIDriver)) {
+            const EDriverResult code = m_mixerIDriver->write(m_mixerIDriver->context, i);
+            if (isFailure(code)) {
+                return tellFailedWriteOfI(code);
+            }
         }
-    }
-    if (canWrite(m_mixerQDriver)) {
-        const EDriverResult code = m_mixerQDriver->write(m_mixerQDriver->context, q);
-        if (isFailure(code)) {
-            FH_TRACE(m_trace, code,
-                     "Unable to write to driver Channel.%d.tx.rf.mixer.q (EDriverResult = 0x%x)",
-                     static_cast<int>(m_channel), static_cast<unsigned>(code));
-            return ResultFailed;
+        if (canWrite(m_mixerQDriver)) {
+            const EDriverResult code = m_mixerQDriver->write(m_mixerQDriver->context, q);
+            if (isFailure(code)) {
+                return tellFailedWriteOfQ(code);
+            }
         }
-    }
-    return ResultOk;
+        return ResultOk;
+    });
+}
+
+// Both messages name the mixer drivers, also when the coarse DC drivers are in use.
+
+EAFResult LoCancellation::tellFailedWriteOfI(EDriverResult code) const {
+    FH_TRACE(m_trace, code, "Unable to write to driver Channel.%d.tx.rf.mixer.i (EDriverResult = 0x%x)",
+             static_cast<int>(m_channel), static_cast<unsigned>(code));
+    return ResultFailed;
+}
+
+EAFResult LoCancellation::tellFailedWriteOfQ(EDriverResult code) const {
+    FH_TRACE(m_trace, code, "Unable to write to driver Channel.%d.tx.rf.mixer.q (EDriverResult = 0x%x)",
+             static_cast<int>(m_channel), static_cast<unsigned>(code));
+    return ResultFailed;
 }
 
 EAFResult LoCancellation::setLoCancellation(unsigned int frequency, int temperature) {
     if (!m_useLoCancellationTables) {
         return ResultOk;
     }
-    const int i = correction("I", m_tableI, frequency, temperature);
-    const int q = correction("Q", m_tableQ, frequency, temperature);
-    return setIQ(i, q);
+    return guarded<m_trace>("setLoCancellation", [this, frequency, temperature] {
+        const int i = correction("I", m_tableI, frequency, temperature);
+        const int q = correction("Q", m_tableQ, frequency, temperature);
+        return write(i, q);
+    });
 }
 
-int LoCancellation::correction(const char* branch, CalibrationTableHandle table, unsigned int frequency,
-                               int temperature) const {
+inline int LoCancellation::correction(const char* branch, CalibrationTableHandle table,
+                                      unsigned int frequency, int temperature) const {
     int value = 0;
     const ECHResult code =
         CCalibrationTable_BiLinearInterpolate(table, static_cast<int>(frequency), temperature, &value);
     if (isFailure(code)) {
-        traceFailedLookup(branch, code);
+        tellFailedLookup(branch, code);
     }
     return value; // what a failed lookup left is written all the same
 }
 
-void LoCancellation::traceFailedLookup(const char* branch, ECHResult code) const {
+void LoCancellation::tellFailedLookup(const char* branch, ECHResult code) const {
     FH_TRACE(m_trace, TraceCode::error,
              "Unable to fetch value from table "
              "Channel.%d.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.%s (ECHResult = 0x%x)",
@@ -224,35 +241,37 @@ EAFResult LoCancellation::calibrateLoCancellation(int iLow, int iHigh, int qLow,
         FH_TRACE(m_trace, TraceCode::error, "calibrateLoCancellation called without a place for its results");
         return ResultFailed;
     }
-    LoCancellationSearch search(iLow, iHigh, qLow, qHigh, shrinkFactor);
-    do {
-        for (std::size_t k = 0; k < LoCancellationSearch::probeCount; ++k) {
-            const auto [i, q] = search.probe(k);
-            if (isFailure(setIQ(i, q))) {
-                FH_TRACE(m_trace, TraceCode::error,
-                         "Failed to set I and Q [for index %d and RadioChannel %d]", static_cast<int>(k),
-                         static_cast<int>(m_channel));
-                return ResultFailed;
+    return guarded<m_trace>("calibrateLoCancellation", [&] {
+        LoCancellationSearch search(iLow, iHigh, qLow, qHigh, shrinkFactor);
+        do {
+            for (std::size_t k = 0; k < LoCancellationSearch::probeCount; ++k) {
+                const auto [i, q] = search.probe(k);
+                if (isFailure(setIQ(i, q))) {
+                    FH_TRACE(m_trace, TraceCode::error,
+                             "Failed to set I and Q [for index %d and RadioChannel %d]", static_cast<int>(k),
+                             static_cast<int>(m_channel));
+                    return ResultFailed;
+                }
+                usleep(settleTimeMs * 1000U);
+                if (isFailure(readDetector(useHighDetector, search.reading(k)))) {
+                    return ResultFailed;
+                }
             }
-            usleep(settleTimeMs * 1000U);
-            if (isFailure(readDetector(useHighDetector, search.reading(k)))) {
-                return ResultFailed;
-            }
-        }
-        *maxDelta = search.narrow();
-        ++*iterations;
-    } while ((*iterations < maxIterations) && (*maxDelta > minDelta));
+            *maxDelta = search.narrow();
+            ++*iterations;
+        } while ((*iterations < maxIterations) && (*maxDelta > minDelta));
 
-    const auto [i, q] = search.midpoint();
-    *calibratedI = i;
-    *calibratedQ = q;
-    if (isFailure(setIQ(i, q))) {
-        FH_TRACE(m_trace, TraceCode::error, "Failed to set I and Q [for RadioChannel %d]",
-                 static_cast<int>(m_channel));
-        return ResultFailed;
-    }
-    FH_TRACE(m_trace, TraceCode::notice,
-             "Calibrated LO cancellation, TxRF LO (I) = %i, TxRf LO (Q) = %i, maxDelta = %i", *calibratedI,
-             *calibratedQ, *maxDelta);
-    return ResultOk;
+        const auto [i, q] = search.midpoint();
+        *calibratedI = i;
+        *calibratedQ = q;
+        if (isFailure(setIQ(i, q))) {
+            FH_TRACE(m_trace, TraceCode::error, "Failed to set I and Q [for RadioChannel %d]",
+                     static_cast<int>(m_channel));
+            return ResultFailed;
+        }
+        FH_TRACE(m_trace, TraceCode::notice,
+                 "Calibrated LO cancellation, TxRF LO (I) = %i, TxRf LO (Q) = %i, maxDelta = %i",
+                 *calibratedI, *calibratedQ, *maxDelta);
+        return ResultOk;
+    });
 }

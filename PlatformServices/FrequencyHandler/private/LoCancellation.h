@@ -3,9 +3,10 @@
 
 #include "CCalibrationHandler.h"
 #include "DriverLookup.h"
-#include "Guard.h"
 #include "ILoCancellation.h"
 #include "OrbiTrace.h"
+
+#include <string>
 
 /**
  * Cancels the LO leakage of one radio channel's transmitter with two correction values, one for the I and one
@@ -41,7 +42,7 @@ public:
 private:
     enum class Bound { preferred, alternative, none };
 
-    RL::FrequencyHandler::InterfaceName interfaceName() const;
+    const std::string& nameInterface();
     EAFResult bind();
     Bound bindDriver(const RL::FrequencyHandler::DriverLookup& lookup, const char* preferred,
                      const char* alternative, DriverInterface*& driver) const;
@@ -49,7 +50,10 @@ private:
     void fetchTable(const char* branch, CalibrationTableHandle& table);
     int correction(const char* branch, CalibrationTableHandle table, unsigned int frequency,
                    int temperature) const;
-    void traceFailedLookup(const char* branch, ECHResult code) const;
+    [[gnu::cold]] void tellFailedLookup(const char* branch, ECHResult code) const;
+    EAFResult write(int i, int q) const;
+    [[gnu::cold]] EAFResult tellFailedWriteOfI(EDriverResult code) const;
+    [[gnu::cold]] EAFResult tellFailedWriteOfQ(EDriverResult code) const;
     EAFResult readDetector(bool useHighDetector, int& reading) const;
 
     static OrbiTrace m_trace;

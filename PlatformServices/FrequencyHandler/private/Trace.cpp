@@ -1,15 +1,16 @@
 #include "Trace.h"
 
+#include <cxxabi.h>
+
 #include <array>
 #include <cstdarg>
 #include <cstdio>
-#include <exception>
 #include <ostream>
 
 namespace RL::FrequencyHandler::Trace {
 
 void write(OrbiTrace& trace, OrbiTraceLevel level, const char* sourceFile, int line, const char* format,
-           ...) noexcept {
+           ...) {
     std::array<char, 200> text{};
     va_list arguments;
     va_start(arguments, format);
@@ -19,7 +20,27 @@ void write(OrbiTrace& trace, OrbiTraceLevel level, const char* sourceFile, int l
     try {
         trace.beginLogMsg(level, sourceFile, line) << text.data() << std::endl;
         trace.endLogMsg();
-    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): there is nobody left to tell
+    } catch (...) {
+        lose();
+    }
+}
+
+bool isWanted(const OrbiTrace& trace, int code, OrbiTraceLevel& level) {
+    try {
+        level = CZulTraceHandler_DmLevel2GtLevel(code);
+    } catch (...) {
+        lose();
+        return false;
+    }
+    return trace.getLevel() >= level;
+}
+
+void lose() {
+    try {
+        throw;
+    } catch (const abi::__forced_unwind&) {
+        throw;
+    } catch (...) { // NOLINT(bugprone-empty-catch): there is nobody left to tell
     }
 }
 

@@ -5,7 +5,7 @@
  *
  * The numeric level is mapped first and compared with the threshold of the trace object. Only a message that
  * is wanted is formatted, and only for it are the arguments computed. The text is cut to what fits 200 bytes
- * with the closing zero.
+ * with the closing zero. A message that cannot be traced is lost, and nothing else changes for that.
  */
 #ifndef FREQUENCYHANDLER_PRIVATE_TRACE_H
 #define FREQUENCYHANDLER_PRIVATE_TRACE_H
@@ -15,7 +15,9 @@
 /** The numeric levels of the library's messages. Some failures use the failing code itself as the level. */
 namespace RL::FrequencyHandler::TraceCode {
 constexpr int notice = 0x100;
-constexpr int information = 0x800;
+constexpr struct Information {
+    constexpr operator int() const { return 0x800; }
+} information;
 constexpr int error = 0x8000;
 constexpr int moduleRegistrationError = 0x8005;
 } // namespace RL::FrequencyHandler::TraceCode
@@ -26,17 +28,34 @@ namespace RL::FrequencyHandler::Trace {
 constexpr const char* objectName = "QVX.FH";
 constexpr OrbiTraceLevel initialLevel{3};
 
-/** Formats a message that is wanted and hands it to the trace object. One that cannot be traced is lost. */
-__attribute__((format(printf, 5, 6))) void write(OrbiTrace& trace, OrbiTraceLevel level,
-                                                 const char* sourceFile, int line, const char* format,
-                                                 ...) noexcept;
+/** Formats a message that is wanted and hands it to the trace object. */
+[[gnu::cold, gnu::format(printf, 5, 6)]] void
+write(OrbiTrace& trace, OrbiTraceLevel level, const char* sourceFile, int line, const char* format, ...);
+
+/** In a handler for whatever the trace has thrown: the message is lost. Lets the unwinding of a cancelled
+ * thread pass. */
+[[gnu::cold]] void lose();
+
+/** Whether a message of the numeric level `code` is wanted, which is mapped to `level`. */
+[[gnu::cold]] bool isWanted(const OrbiTrace& trace, int code, OrbiTraceLevel& level);
+
+/** The same for what is told in the course of every operation: where it stands, without a call. */
+inline bool isWanted(const OrbiTrace& trace, TraceCode::Information code, OrbiTraceLevel& level) {
+    try {
+        level = CZulTraceHandler_DmLevel2GtLevel(code);
+    } catch (...) {
+        lose();
+        return false;
+    }
+    return trace.getLevel() >= level;
+}
 
 } // namespace RL::FrequencyHandler::Trace
 
 #define FH_TRACE(trace, code, ...)                                                                           \
     do {                                                                                                     \
-        const OrbiTraceLevel fhTraceLevel = CZulTraceHandler_DmLevel2GtLevel(static_cast<int>(code));        \
-        if ((trace).getLevel() >= fhTraceLevel) {                                                            \
+        OrbiTraceLevel fhTraceLevel;                                                                         \
+        if (::RL::FrequencyHandler::Trace::isWanted((trace), (code), fhTraceLevel)) {                        \
             ::RL::FrequencyHandler::Trace::write((trace), fhTraceLevel, __FILE__, __LINE__, __VA_ARGS__);    \
         }                                                                                                    \
     } while (false)

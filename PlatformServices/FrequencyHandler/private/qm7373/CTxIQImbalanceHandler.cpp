@@ -44,7 +44,10 @@ public:
     BrokerHandle() : m_code(CInterfaceBroker_GetInstance(&m_broker)), m_isOpen(isSuccess(m_code)) {}
     BrokerHandle(const BrokerHandle&) = delete;
     BrokerHandle& operator=(const BrokerHandle&) = delete;
-    ~BrokerHandle() { giveBack(); }
+    ~BrokerHandle() {
+        const CancellationHeld held;
+        giveBack();
+    }
 
     /** Finds the record of the interface `name`; null on failure. Gives the code of the step that decided. */
     template <typename Record>
@@ -59,8 +62,10 @@ public:
     /** Also a handle that is null: what it looks like is the broker's own business. */
     void giveBack() {
         if (m_isOpen) {
-            CInterfaceBroker_DestroyInstance(m_broker);
             m_isOpen = false;
+            static_cast<void>(guarded<s_trace>("CInterfaceBroker_DestroyInstance", [this] {
+                return CInterfaceBroker_DestroyInstance(m_broker);
+            }));
         }
     }
 
@@ -100,6 +105,13 @@ CTxIQImbalanceHandler::~CTxIQImbalanceHandler() = default;
 
 EAFResult CTxIQImbalanceHandler::initialize() {
     FH_TRACE(s_trace, TraceCode::information, "Entering %s", "initialize");
+    return guarded<s_trace>("initialize", [this] {
+        const EAFResult code = registerModule();
+        return isFailure(code) ? code : registerInterface();
+    });
+}
+
+EAFResult CTxIQImbalanceHandler::registerModule() {
     const unsigned moduleId = m_channel + firstModuleId;
 
     const EAFResult moduleCode = CModuleManager_RegisterModule(moduleId, moduleName);
@@ -117,16 +129,18 @@ EAFResult CTxIQImbalanceHandler::initialize() {
         FH_TRACE(s_trace, TraceCode::moduleRegistrationError, "Failed to register module callback");
         return ResultFailed;
     }
-    const EAFResult interfaceCode = guarded(s_trace, "registerInterface", [this] {
-        std::string name = "ITxIQImbalanceHandler";
-        if (m_channel != 0) {
-            name += "_" + std::to_string(static_cast<std::int32_t>(m_channel));
-        }
-        return InterfaceBroker::getInstance().registerInterface(name, this);
-    });
-    if (isFailure(interfaceCode)) {
+    return ResultOk;
+}
+
+EAFResult CTxIQImbalanceHandler::registerInterface() {
+    std::string name = "ITxIQImbalanceHandler";
+    if (m_channel != 0) {
+        name += "_" + std::to_string(static_cast<std::int32_t>(m_channel));
+    }
+    const EAFResult code = InterfaceBroker::getInstance().registerInterface(name, this);
+    if (isFailure(code)) {
         FH_TRACE(s_trace, TraceCode::error, "Failed to register IIQImbalanceHandler (EAFResult = 0x%x)",
-                 static_cast<unsigned>(interfaceCode));
+                 static_cast<unsigned>(code));
         return ResultFailed;
     }
     return ResultOk;
@@ -141,7 +155,11 @@ EAFResult CTxIQImbalanceHandler::onPhaseActivation(void* pThis, unsigned long ph
         FH_TRACE(s_trace, TraceCode::error, "CTxIQImbalanceHandler_OnPhaseActivation called with pThis NULL");
         return noObject;
     }
-    return phase == moduleInitPhase ? static_cast<CTxIQImbalanceHandler*>(pThis)->bind() : ResultOk;
+    if (phase != moduleInitPhase) {
+        return ResultOk;
+    }
+    return guarded<s_trace>("onPhaseActivation",
+                            [pThis] { return static_cast<CTxIQImbalanceHandler*>(pThis)->bind(); });
 }
 
 EAFResult CTxIQImbalanceHandler::bind() {
@@ -226,10 +244,15 @@ void CTxIQImbalanceHandler::notifyTemperature(void* pThis, int temperature) {
     handler.m_temperature = temperature;
     FH_TRACE(s_trace, TraceCode::information, "%s called with temp = %d for channel %ld", "notifyTemperature",
              temperature, static_cast<long>(static_cast<std::int32_t>(handler.m_channel)));
-    static_cast<void>(handler.doImbalanceCompensation());
+    static_cast<void>(
+        guarded<s_trace>("notifyTemperature", [&handler] { return handler.doImbalanceCompensation(); }));
 }
 
 EAFResult CTxIQImbalanceHandler::doImbalanceCompensation() {
+    return guarded<s_trace>("doImbalanceCompensation", [this] { return compensate(); });
+}
+
+EAFResult CTxIQImbalanceHandler::compensate() {
     for (const Compensation& compensation : s_compensations) {
         const DriverInterface* const driver = this->*compensation.driver;
         if (driver == nullptr || driver->write == nullptr) {
@@ -258,7 +281,7 @@ EAFResult CTxIQImbalanceHandler::doImbalanceCompensation() {
 }
 
 EAFResult CTxIQImbalanceHandler::onTxFrequencyChanged(unsigned long /*txFrequency*/) {
-    return doImbalanceCompensation();
+    return guarded<s_trace>("onTxFrequencyChanged", [this] { return doImbalanceCompensation(); });
 }
 
 // Test operations

@@ -74,10 +74,13 @@ private:
     static constexpr std::size_t compensationCount = 4;
     static const std::array<Compensation, compensationCount> s_compensations;
 
+    EAFResult registerModule();
+    EAFResult registerInterface();
     EAFResult bind();
     EAFResult bindDrivers();
     EAFResult fetchTables();
     EAFResult subscribe();
+    EAFResult compensate();
 
     std::uint32_t m_channel;
     ITemperatureObserver m_temperatureObserver{};
