@@ -117,8 +117,8 @@ inline void Floor<checks>::accept(std::uint32_t carrier) {
 
 template <Checks checks>
 inline void Floor<checks>::plan(std::uint32_t carrier, std::uint64_t rfPll) {
-    m_ifPll = FrequencyPlan::ifPllFrequency(carrier, m_plan);
-    message(information, "channel.%d.%s.if.pll %u", m_channel, m_direction, m_ifPll);
+    message(information, "channel.%d.%s.if.pll %u", m_channel, m_direction,
+            FrequencyPlan::ifPllFrequency(carrier, m_plan));
     m_rfPll = rfPll;
     message(information, "channel.%d.%s.rf.pll %llu", m_channel, m_direction,
             static_cast<unsigned long long>(m_rfPll));
@@ -154,7 +154,7 @@ template <Checks checks>
 void Floor<checks>::setMicrowaveIf(std::uint32_t carrier) {
     accept(carrier);
     plan(carrier, FrequencyPlan::rfPllFrequency(carrier, m_plan));
-    write(m_if, m_ifPll);
+    write(m_if, FrequencyPlan::ifPllFrequency(carrier, m_plan));
     write(m_rfLo, static_cast<std::uint32_t>(m_rfPll));
     setChargePump(carrier);
     tell(m_observer);

@@ -81,7 +81,6 @@ private:
 
     RL::FrequencyHandler::FrequencyPlan::Parameters m_plan;
     std::uint32_t m_carrier = 0;
-    std::uint32_t m_ifPll = 0;
     std::uint64_t m_rfPll = 0;
     int m_temperature = 0;
     Probes m_probesI{};

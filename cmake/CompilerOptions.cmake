@@ -27,7 +27,9 @@ if(FREQUENCYHANDLER_SANITIZERS)
 endif()
 
 if(FREQUENCYHANDLER_FUZZ)
-    # A fuzzer sees which edges an input takes, also those in the parser of board files.
-    target_compile_options(project_options INTERFACE -fsanitize=fuzzer-no-link)
+    # A fuzzer sees which edges an input takes, also those in the parser of board files. A target can say
+    # UNSEEN_BY_FUZZER of itself.
+    target_compile_options(project_options INTERFACE
+        "$<$<NOT:$<BOOL:$<TARGET_PROPERTY:UNSEEN_BY_FUZZER>>>:-fsanitize=fuzzer-no-link>")
     target_link_options(project_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()

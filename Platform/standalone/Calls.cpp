@@ -129,7 +129,7 @@ std::optional<Calls::Verdict> Calls::judge(Operation operation, std::string_view
 
 std::int32_t Calls::enter(std::string_view object, const Request& request, std::int64_t given,
                           std::int32_t code) {
-    Call call{request.operation, {}, given, request.at, {}, code};
+    Call call{request.operation, std::move(m_object), given, request.at, {}, code};
     try {
         call.object = object;
         call.bytes.assign(request.bytes, request.bytes + request.byteCount);
@@ -141,6 +141,7 @@ std::int32_t Calls::enter(std::string_view object, const Request& request, std::
     if (m_listener) {
         m_listener(call);
     }
+    m_object = std::move(call.object);
     return code;
 }
 

@@ -211,6 +211,8 @@ private:
 
     std::vector<Fault> m_faults;
     std::vector<Call> m_journal;
+    /** Room for the name of an object, kept from the call before. */
+    std::string m_object;
     std::function<void(const Call&)> m_listener;
     bool m_recording = true;
     bool m_idle = false;

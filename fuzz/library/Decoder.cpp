@@ -24,9 +24,14 @@ constexpr std::array<std::int32_t, 16> codes{0x8000, 0x8001, 0x8123, 0xFFFF, hig
                                              2048,   -1,     lowest, 0,      0x8000,  0x8123, 0x8800, 3};
 constexpr std::array<std::int32_t, 16> spacings{50,  100, 125, 150, 200, 250,  300, 350,
                                                 400, 450, 500, 550, 600, 3000, 0,   7};
-/** Directions, the last longer than what counts of the name of an interface, and than a message has room for.
- */
-const std::array<std::string, 6> directions{"Tx", "Rx", "TX", "rx", "", std::string(150, 'x')};
+/** Directions; the last two are longer than a message has room for, and differ at their end alone. */
+const std::array<std::string, 7> directions{
+    "Tx", "Rx", "TX", "rx", "", std::string(150, 'x'), std::string(150, 'x') + "y"};
+
+/** What is thrown, for a byte: mostly nothing. */
+Told::Throws throwsFor(std::uint32_t byte) {
+    return byte >= 224 ? Told::Throws::number : byte >= 176 ? Told::Throws::exception : Told::Throws::nothing;
+}
 
 bool endsWith(const std::string& text, const std::string& end) {
     return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
@@ -51,6 +56,7 @@ private:
     void decodeStart();
     void decodeStep();
     void decodeModuleStep();
+    Step observer(Do what, const std::string& handler);
     void decodeHandlerStep();
     void decodeCancellerStep();
     std::uint32_t iterationsBefore(std::uint32_t limit, std::uint32_t how);
@@ -62,7 +68,7 @@ private:
     template <typename Named>
     const std::string& nameOf(const std::vector<Named>& list) {
         static const std::string none;
-        return list.empty() ? none : m_bytes.oneOf(list).name;
+        return list.empty() ? none : m_bytes.oneOf(list).name.text();
     }
 
     void add(Step step) { m_story.steps.push_back(std::move(step)); }
@@ -101,10 +107,10 @@ void Decoder::decodeBoard() {
 
 std::vector<std::int32_t> Decoder::valuesFor(const Told::Variable& variable) {
     // What a size promises must be there.
-    if (endsWith(variable.name, "arraysize")) {
+    if (endsWith(variable.name.text(), "arraysize")) {
         return {static_cast<std::int32_t>(m_bytes.below(13)) - 2};
     }
-    if (endsWith(variable.name, "array")) {
+    if (endsWith(variable.name.text(), "array")) {
         std::vector<std::int32_t> pairs;
         for (std::size_t count = 1 + m_bytes.below(5); count > 0; --count) {
             pairs.push_back(m_bytes.oneOf(spacings));
@@ -112,10 +118,10 @@ std::vector<std::int32_t> Decoder::valuesFor(const Told::Variable& variable) {
         }
         return pairs;
     }
-    if (variable.name == "ChannelSpacing") {
+    if (variable.name.text() == "ChannelSpacing") {
         return {m_bytes.oneOf(spacings)};
     }
-    if (variable.name == "HwCodeDsp" && m_bytes.below(2) != 0) {
+    if (variable.name.text() == "HwCodeDsp" && m_bytes.below(2) != 0) {
         return {3}; // the one that is asked for
     }
     return {anyNumber(m_bytes)};
@@ -191,6 +197,12 @@ void Decoder::decodeModuleStep() {
     }
 }
 
+/** An observer, of which a few throw. */
+Step Decoder::observer(Do what, const std::string& handler) {
+    const std::uint32_t which = m_bytes.byte();
+    return {what, handler, {which % 4, static_cast<std::int64_t>(throwsFor(which))}};
+}
+
 void Decoder::decodeHandlerStep() {
     const std::uint32_t how = m_bytes.byte();
     const std::int64_t channel = anyChannel();
@@ -223,11 +235,11 @@ void Decoder::decodeHandlerStep() {
     case 11:
         return add({Do::plan, name, {anyFrequency(m_bytes), static_cast<std::int64_t>(m_bytes.below(2))}});
     case 12:
-        return add({Do::observe, name, {static_cast<std::int64_t>(m_bytes.below(4))}});
+        return add(observer(Do::observe, name));
     case 13:
         return add({Do::observeNull, name});
     case 14:
-        return add({Do::observeFromC, name, {static_cast<std::int64_t>(m_bytes.below(4))}});
+        return add(observer(Do::observeFromC, name));
     default:
         return add({Do::observeBadlyFromC, name, {static_cast<std::int64_t>(m_bytes.below(3))}});
     }
@@ -320,7 +332,7 @@ void Decoder::decodePlatformStep() {
     case 3:
     case 4: {
         const Told::Variable& variable = m_bytes.oneOf(board.variables);
-        Step step{Do::setVariable, variable.name};
+        Step step{Do::setVariable, variable.name.text()};
         step.values = valuesFor(variable);
         return add(std::move(step));
     }
@@ -339,8 +351,13 @@ void Decoder::decodePlatformStep() {
                     {static_cast<std::int64_t>(presenceFor(m_bytes.byte()))}});
     }
     default:
-        return add({Do::setThreshold, {}, {m_bytes.oneOf(thresholds)}});
+        break;
     }
+    const std::uint32_t which = m_bytes.byte();
+    if (which >= 208) {
+        return add({Do::loseMessages, {}, {which % 2, which / 2 % 3}});
+    }
+    add({Do::setThreshold, {}, {thresholds[which % thresholds.size()]}});
 }
 
 void Decoder::decodeFault() {
@@ -349,22 +366,28 @@ void Decoder::decodeFault() {
     if (how % 8 == 0) {
         return add({Do::clearFaults});
     }
-    const std::int64_t code = m_bytes.oneOf(codes);
+    const std::uint32_t which = m_bytes.byte();
+    const std::int64_t code = codes[which % codes.size()];
     const Leaves leaves = (how & 64U) != 0     ? Leaves::number
                           : (how & 48U) == 48U ? Leaves::result
+                          : (how & 48U) == 32U ? Leaves::asItWas
                           : (how & 48U) == 16U ? Leaves::null
                                                : Leaves::nothing;
     const std::int64_t output = leaves == Leaves::number ? anyNumber(m_bytes) : 0;
+    Step step{Do::faultAt};
+    step.leaves = leaves;
+    step.throws = throwsFor(which);
     if (how % 8 < 4) {
         const std::int64_t later = 1 + static_cast<std::int64_t>(m_bytes.below(64));
-        return add({Do::faultAt, {}, {later, code, (how & 128U) != 0 ? 1 : 0, output}, leaves});
+        step.number = {later, code, (how & 128U) != 0 ? 1 : 0, output};
+    } else {
+        const std::size_t operation = m_bytes.below(operationCount);
+        const std::int64_t times = (how & 128U) != 0 ? -1 : static_cast<std::int64_t>(m_bytes.below(4));
+        step.what = Do::fault;
+        step.name = objectFor(operation);
+        step.number = {static_cast<std::int64_t>(operation), code, times, output};
     }
-    const std::size_t operation = m_bytes.below(operationCount);
-    const std::int64_t times = (how & 128U) != 0 ? -1 : static_cast<std::int64_t>(m_bytes.below(4));
-    add({Do::fault,
-         objectFor(operation),
-         {static_cast<std::int64_t>(operation), code, times, output},
-         leaves});
+    add(std::move(step));
 }
 
 /** What the fault is about: everything, or one of the objects that the operation has to do with. */

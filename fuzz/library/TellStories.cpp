@@ -10,6 +10,6 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t co
     Told::Transcript played;
     const Told::Story story = decode(bytes, count);
     Told::Runner(story.board, played).play(story);
-    std::fputs(played.text().c_str(), stdout);
+    std::fwrite(played.text().data(), 1, played.text().size(), stdout);
     return 0;
 }

@@ -21,6 +21,8 @@ using Told::Do;
 using Told::Leaves;
 using Told::Step;
 using Told::Story;
+using Told::Throws;
+using Told::TracePlace;
 
 namespace {
 
@@ -55,8 +57,8 @@ template <typename Named>
 void remove(std::vector<Named>& list, const std::vector<std::string>& ends) {
     const auto goes = [&](const Named& item) {
         return std::any_of(ends.begin(), ends.end(), [&](const std::string& end) {
-            return item.name.size() >= end.size() &&
-                   item.name.compare(item.name.size() - end.size(), end.size(), end) == 0;
+            const std::string& name = item.name.text();
+            return name.size() >= end.size() && name.compare(name.size() - end.size(), end.size(), end) == 0;
         });
     };
     list.erase(std::remove_if(list.begin(), list.end(), goes), list.end());
@@ -135,6 +137,7 @@ std::vector<Step> stepsOf(const Radio& radio) {
         {Do::setIq, canceller, {300, -300}},
         {Do::setVariable, "ChannelSpacing", {}, {}, {500}},
         {Do::phase, {}, {20}},
+        {Do::phase, {}, {5}},
         {Do::setRx, {}, {0, 18'596'750}},
         {Do::phase, {}, {11}},
         {Do::compensate, {}, {0}},
@@ -246,6 +249,13 @@ protected:
 
     const Called& called(std::int64_t number) const { return calls[static_cast<std::size_t>(number) - 1]; }
 
+    /** The life in which a call throws, once or from then on, after it was carried out or instead of that. */
+    Story throwing(std::int64_t number, Throws throws, bool forGood, bool isCarriedOut) const {
+        Story story = failing(number, 0x8000, forGood, isCarriedOut ? Leaves::result : Leaves::nothing);
+        story.steps.front().throws = throws;
+        return story;
+    }
+
     /** The life in which a call is answered with `code`, once or from then on. */
     Story failing(std::int64_t number, std::int64_t code, bool forGood, Leaves leaves) const {
         Story story = life;
@@ -287,6 +297,51 @@ TEST_P(ExhaustiveFaultTest, EachLookupMaySucceedAndGiveNull) {
             ASSERT_EQ(differenceIn(failing(number, 0, false, Leaves::null)), "") << "call " << number;
             ASSERT_EQ(differenceIn(failing(number, 0, true, Leaves::null)), "") << "call " << number;
         }
+    }
+}
+
+TEST_P(ExhaustiveFaultTest, EachCallMaySucceedAndStoreNothing) {
+    for (const std::int64_t number : numbers) {
+        for (const bool forGood : {false, true}) {
+            ASSERT_EQ(differenceIn(failing(number, 0, forGood, Leaves::asItWas)), "") << "call " << number;
+        }
+    }
+}
+
+TEST_P(ExhaustiveFaultTest, EachCallMayThrow) {
+    for (const std::int64_t number : numbers) {
+        for (const Throws throws : {Throws::exception, Throws::number}) {
+            for (const bool isCarriedOut : {false, true}) {
+                ASSERT_EQ(differenceIn(throwing(number, throws, false, isCarriedOut)), "")
+                    << "call " << number;
+            }
+        }
+        ASSERT_EQ(differenceIn(throwing(number, Throws::exception, true, false)), "") << "call " << number;
+    }
+}
+
+TEST_P(ExhaustiveFaultTest, EachObserverMayThrow) {
+    for (std::size_t i = 0; i < life.steps.size(); ++i) {
+        if (life.steps[i].what == Do::observe || life.steps[i].what == Do::observeFromC) {
+            for (const Throws throws : {Throws::exception, Throws::number}) {
+                Story story = life;
+                story.steps[i].number[1] = static_cast<std::int64_t>(throws);
+                ASSERT_EQ(differenceIn(story), "") << "observer of step " << i;
+            }
+        }
+    }
+}
+
+TEST_P(ExhaustiveFaultTest, NothingElseChangesWhenMessagesAreLost) {
+    for (const std::int64_t number : numbers) { // all messages of a life, in one way after the other
+        const TracePlace place = number % 2 == 0 ? TracePlace::mapping : TracePlace::stream;
+        const Throws throws = number / 2 % 2 == 0 ? Throws::exception : Throws::number;
+        Story story = failing(number, 0x8000, true, Leaves::nothing);
+        story.steps.insert(story.steps.begin(),
+                           Step{Do::loseMessages,
+                                {},
+                                {static_cast<std::int64_t>(place), static_cast<std::int64_t>(throws)}});
+        ASSERT_EQ(differenceIn(story), "") << "call " << number;
     }
 }
 

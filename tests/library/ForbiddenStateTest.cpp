@@ -40,7 +40,7 @@ protected:
     }
     void take(std::vector<Told::Table>& tables, const std::string& name) {
         tables.erase(std::find_if(tables.begin(), tables.end(),
-                                  [&](const Told::Table& table) { return table.name == name; }));
+                                  [&](const Told::Table& table) { return table.name.text() == name; }));
     }
 
     void TearDown() override { EXPECT_EQ(differenceIn(story), ""); }

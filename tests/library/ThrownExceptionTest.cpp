@@ -172,6 +172,17 @@ TEST_P(ThrownExceptionTest, ObserverThatThrowsDoesNotKeepTheOthersFromBeingTold)
     EXPECT_THAT(complaints(), ElementsAre(failed("setRfFrequency: observer 1 of direction Tx")));
 }
 
+TEST_P(ThrownExceptionTest, MessageAboutAnObserverIsCutLikeAnyOther) {
+    const std::string direction(140, 'x');
+    RL::FrequencyHandler::RfModule::FrequencyHandler handler(direction, 1);
+    CallingObserver bad([](IFrequencyHandler*) { doThrow(); });
+    handler.registerObserver(&bad);
+    handler.setRfFrequency(carrier);
+    // 40 characters before the direction, 9 behind it, and 10 of the 199 are left.
+    EXPECT_THAT(complaints(), ElementsAre("error: setRfFrequency: observer 0 of direction " + direction +
+                                          " failed: " + GetParam()->text.substr(0, 10)));
+}
+
 TEST_P(ThrownExceptionTest, CObserverThatThrowsDoesNotKeepTheOthersFromBeingTold) {
     Board& board = boot("Rx", plainBoard);
     IFrequencyObserver bad{nullptr, [](void* /*context*/, unsigned long /*channel*/,

@@ -8,7 +8,7 @@
 namespace Told {
 
 /** Has library and model tell a story, and gives the first line in which they differ; empty: none. */
-std::string differenceIn(const Story& story);
+std::string differenceIn(Story story);
 
 } // namespace Told
 

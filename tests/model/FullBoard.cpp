@@ -1,8 +1,15 @@
 #include "FullBoard.h"
 
+#include <map>
+#include <utility>
+
 namespace Told {
 
-void addChannel(Board& board, std::int32_t channel, bool alternatives) {
+namespace {
+
+/** A board with one channel. */
+Board channelOf(std::int32_t channel, bool alternatives) {
+    Board board;
     const std::string driver = "channel." + std::to_string(channel) + ".";
     const std::string table = "Channel." + std::to_string(channel) + ".";
     for (const std::string direction : {"tx", "rx"}) {
@@ -46,7 +53,7 @@ void addChannel(Board& board, std::int32_t channel, bool alternatives) {
     }
     board.remoteRadios.push_back({channel});
     if (!alternatives) {
-        return;
+        return board;
     }
     for (const char* const name :
          {"tx.rf.lo.config", "rx.rf.lo.config", "tx.bb.iq.coarse.dc.i.v.adjust",
@@ -57,9 +64,12 @@ void addChannel(Board& board, std::int32_t channel, bool alternatives) {
         board.tables.push_back(
             {table + "Tx.Bb.Frequency.To.Coarse.Dc." + branch + ".Compensation", {0, 100}, {}, {5, 6}});
     }
+    return board;
 }
 
-void addShared(Board& board) {
+/** What all channels share. */
+Board sharedOnes() {
+    Board board;
     for (const std::string direction : {"Tx", "Rx"}) {
         board.variables.push_back({direction + "IfBb", {3}});
         board.tables.push_back({"Channel.1." + direction + ".Rf.Pll.Frequency.To.Chargepump.Setting.Pdb",
@@ -69,6 +79,35 @@ void addShared(Board& board) {
     }
     board.variables.push_back({"HwCodeDsp", {3}});
     board.variables.push_back({"ChannelSpacing", {100}});
+    return board;
+}
+
+void add(Board& board, const Board& other) {
+    const auto append = [](auto& list, const auto& more) {
+        list.insert(list.end(), more.begin(), more.end());
+    };
+    append(board.drivers, other.drivers);
+    append(board.variables, other.variables);
+    append(board.tables, other.tables);
+    append(board.remoteRadios, other.remoteRadios);
+}
+
+} // namespace
+
+// Made once and copied: names are put together of many pieces.
+
+void addChannel(Board& board, std::int32_t channel, bool alternatives) {
+    static std::map<std::pair<std::int32_t, bool>, Board> made;
+    const auto [entry, isNew] = made.try_emplace({channel, alternatives});
+    if (isNew) {
+        entry->second = channelOf(channel, alternatives);
+    }
+    add(board, entry->second);
+}
+
+void addShared(Board& board) {
+    static const Board made = sharedOnes();
+    add(board, made);
 }
 
 } // namespace Told

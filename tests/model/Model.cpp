@@ -50,6 +50,7 @@ void Model::tell(const Step& step) {
     case Do::nullRecord:
     case Do::setPresence:
     case Do::setThreshold:
+    case Do::loseMessages:
     case Do::fault:
     case Do::clearFaults:
     case Do::faultAt:

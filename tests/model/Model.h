@@ -2,6 +2,7 @@
 #define TESTS_MODEL_MODEL_H
 
 #include "Arithmetic.h"
+#include "ModelPlan.h"
 #include "ModelPlatform.h"
 #include "Story.h"
 #include "Transcript.h"
@@ -10,6 +11,7 @@
 #include <list>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Told {
@@ -19,6 +21,7 @@ struct ModelObserver {
     enum class Kind : std::uint8_t { ofClass, null, ofC } kind;
     std::int64_t number;
     std::int32_t channel;
+    Throws throws;
 };
 
 struct ModelHandler {
@@ -35,11 +38,7 @@ struct ModelHandler {
     std::string remoteRadio{};
 
     // Microwave board.
-    Wide ifSideband = -1;
-    Wide rfSideband = -1;
-    Wide ifFrequency = 0;
-    Wide factor = 1;
-    Wide ifBb = 0;
+    Plan plan{};
     Wide channelSpacing = 3000;
     Handle offsetArraySize = nowhere;
     Handle offsetArray = nowhere;
@@ -60,7 +59,7 @@ struct ModelHandler {
 };
 
 struct ModelCanceller {
-    std::int32_t channel;
+    std::int32_t channel = 0;
     Handle iDriver = nowhere;
     Handle qDriver = nowhere;
     Handle detector = nowhere;
@@ -81,7 +80,7 @@ struct ModelModule {
 };
 
 struct ModelCompensation {
-    std::uint32_t channel;
+    std::uint32_t channel = 0;
     std::int32_t temperature = 0;
     std::array<Handle, 4> drivers{nowhere, nowhere, nowhere, nowhere};
     std::array<Handle, 4> tables{nowhere, nowhere, nowhere, nowhere};
@@ -90,10 +89,11 @@ struct ModelCompensation {
 /** Says what the library does in a story, by the rules alone: what it calls, writes, traces and answers. */
 class Model {
 public:
-    Model(const Board& board, Transcript& transcript)
-        : m_platform(board, transcript),
+    Model(Board board, Transcript& transcript)
+        : m_platform(std::move(board), transcript),
           m_transcript(transcript) {}
 
+    /** Tells what is done in a story, of which the board is known already. */
     void tell(const Story& story);
 
 private:
@@ -122,6 +122,17 @@ private:
     Code subscribe(const TemperatureObserver& observer);
     void forgetObservers() { m_temperatureObservers.clear(); }
 
+    /** A published operation, which lets nothing out that the platform throws: it says so, and has failed. */
+    template <typename Work>
+    Code hold(const char* operation, Work work) {
+        try {
+            return work();
+        } catch (const PlatformThrew& thrown) {
+            m_platform.say(failed, "%s failed: %s", operation, thrown.what);
+            return failed;
+        }
+    }
+
     // The frequency module.
     void makeModule(const Step& step);
     void destroyModule(std::unique_ptr<ModelModule>& module);
@@ -136,6 +147,7 @@ private:
     std::unique_ptr<ModelHandler> makeHandler(HandlerKind kind, const std::string& direction,
                                               std::int32_t channel, unsigned flags);
     void destroyHandler(std::unique_ptr<ModelHandler>& handler);
+    void notify(const ModelHandler& handler, std::size_t place);
     /** A client in C asks the broker for a handler's record. */
     bool asksFromC(const std::string& name, Code& code);
     Code setFrequency(ModelHandler& handler, std::uint32_t frequency);
@@ -162,21 +174,22 @@ private:
     Code shiftByArray(ModelHandler& handler, Wide& frequency);
     Code shiftInDsp(ModelHandler& handler, Wide& shift);
     Code writeSynthesisers(ModelHandler& handler, Wide ifPll, Wide rfPll);
-    Wide loOf(const ModelHandler& handler, Wide frequency) const;
-    Wide ifPllOf(const ModelHandler& handler, Wide frequency);
-    bool rfPllOf(const ModelHandler& handler, Wide frequency, bool exact, Wide& result);
+    Wide tellIfPll(const ModelHandler& handler, Wide frequency);
+    bool tellRfPll(const ModelHandler& handler, Wide frequency, bool exact, Wide& result);
     void tellPlan(const ModelHandler& handler, Wide frequency, bool exact);
 
     // LO cancellation.
     Code publishCanceller(ModelCanceller& canceller);
     void withdrawCanceller(ModelCanceller& canceller);
     Code initCanceller(ModelCanceller& canceller);
+    Code bindCanceller(ModelCanceller& canceller);
     bool bindEither(ModelCanceller& canceller, const std::string& first, const std::string& second,
                     Handle& driver, bool& tookSecond);
     Code lookUpComplete(const std::string& driver, Handle& handle, bool& complete);
     void fetchCorrectionTable(ModelCanceller& canceller, const char* branch, Handle& table);
     Code correct(ModelCanceller& canceller, std::uint32_t frequency, std::int32_t temperature);
     Code setIq(ModelCanceller& canceller, std::int32_t i, std::int32_t q);
+    Code writeIq(ModelCanceller& canceller, std::int32_t i, std::int32_t q);
     void calibrate(ModelCanceller& canceller, Calibration calibration);
     Code search(ModelCanceller& canceller, Calibration& calibration, std::int32_t& i, std::int32_t& q,
                 std::int32_t& delta);
@@ -185,11 +198,24 @@ private:
 
     // IQ compensation.
     Code initCompensation(ModelCompensation& compensation);
+    Code registerCompensation(ModelCompensation& compensation);
     Code compensationPhase(ModelCompensation* compensation, std::int64_t phase);
     Code bindCompensation(ModelCompensation& compensation);
     bool openAndGet(const char* name, Code& code);
+    void giveBackBroker();
+    /** Does what the broker is open for; if that throws, the broker is given back. */
+    template <typename Work>
+    Code whileOpen(Work work) {
+        try {
+            return work();
+        } catch (const PlatformThrew&) {
+            giveBackBroker();
+            throw;
+        }
+    }
     void notifyCompensation(ModelCompensation* compensation, std::int32_t temperature);
     Code compensate(ModelCompensation& compensation);
+    Code writeCompensations(ModelCompensation& compensation);
 
     ModelPlatform m_platform;
     Transcript& m_transcript;

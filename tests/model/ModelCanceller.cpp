@@ -15,23 +15,29 @@ unsigned shown(Code code) {
 } // namespace
 
 Code Model::publishCanceller(ModelCanceller& canceller) {
-    const Code code = m_platform.publish(canceller.name(), &canceller);
-    if (isBad(code)) {
-        m_platform.say(failed,
-                       "LoCancellation failed to register ILoCancellation interface [%s] (EAFResult = 0x%x)",
-                       canceller.name().c_str(), shown(code));
-        return failed;
-    }
-    return ok;
+    return hold("registerInterface", [&] {
+        const Code code = m_platform.publish(canceller.name(), &canceller);
+        if (isBad(code)) {
+            m_platform.say(
+                failed, "LoCancellation failed to register ILoCancellation interface [%s] (EAFResult = 0x%x)",
+                canceller.name().c_str(), shown(code));
+            return failed;
+        }
+        return ok;
+    });
 }
 
 void Model::withdrawCanceller(ModelCanceller& canceller) {
-    const Code code = m_platform.withdraw(canceller.name());
-    if (isBad(code)) {
-        m_platform.say(
-            failed, "LoCancellation failed to unregister ILoCancellation interface [%s] (EAFResult = 0x%x)",
-            canceller.name().c_str(), shown(code));
-    }
+    hold("unregisterInterface", [&] {
+        const Code code = m_platform.withdraw(canceller.name());
+        if (isBad(code)) {
+            m_platform.say(
+                failed,
+                "LoCancellation failed to unregister ILoCancellation interface [%s] (EAFResult = 0x%x)",
+                canceller.name().c_str(), shown(code));
+        }
+        return code;
+    });
     m_platform.drop(canceller.name());
 }
 
@@ -78,6 +84,10 @@ bool Model::bindEither(ModelCanceller& canceller, const std::string& first, cons
 }
 
 Code Model::initCanceller(ModelCanceller& canceller) {
+    return hold("onModuleInit", [&] { return bindCanceller(canceller); });
+}
+
+Code Model::bindCanceller(ModelCanceller& canceller) {
     if (!m_platform.findDriverLayer()) {
         m_platform.say(failed, "LoCancellation failed to get driverlayer interface");
         return failed;
@@ -127,6 +137,10 @@ void Model::fetchCorrectionTable(ModelCanceller& canceller, const char* branch, 
 }
 
 Code Model::setIq(ModelCanceller& canceller, std::int32_t i, std::int32_t q) {
+    return hold("setIQ", [&] { return writeIq(canceller, i, q); });
+}
+
+Code Model::writeIq(ModelCanceller& canceller, std::int32_t i, std::int32_t q) {
     struct Branch {
         const char* name;
         Handle driver;
@@ -151,19 +165,21 @@ Code Model::correct(ModelCanceller& canceller, std::uint32_t frequency, std::int
     if (!canceller.usesTables) {
         return ok;
     }
-    std::array<std::int32_t, 2> values{0, 0};
-    for (std::size_t branch = 0; branch < 2; ++branch) {
-        const Code code = m_platform.interpolate(branch == 0 ? canceller.iTable : canceller.qTable,
-                                                 asInt(frequency), temperature, values[branch]);
-        if (isBad(code)) {
-            m_platform.say(
-                failed,
-                "Unable to fetch value from table "
-                "Channel.%d.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.%s (ECHResult = 0x%x)",
-                canceller.channel, branch == 0 ? "I" : "Q", shown(code));
+    return hold("setLoCancellation", [&] {
+        std::array<std::int32_t, 2> values{0, 0};
+        for (std::size_t branch = 0; branch < 2; ++branch) {
+            const Code code = m_platform.interpolate(branch == 0 ? canceller.iTable : canceller.qTable,
+                                                     asInt(frequency), temperature, values[branch]);
+            if (isBad(code)) {
+                m_platform.say(
+                    failed,
+                    "Unable to fetch value from table "
+                    "Channel.%d.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.%s (ECHResult = 0x%x)",
+                    canceller.channel, branch == 0 ? "I" : "Q", shown(code));
+            }
         }
-    }
-    return setIq(canceller, values[0], values[1]);
+        return setIq(canceller, values[0], values[1]);
+    });
 }
 
 void Model::calibrate(ModelCanceller& canceller, Calibration calibration) {
@@ -174,7 +190,7 @@ void Model::calibrate(ModelCanceller& canceller, Calibration calibration) {
     if (calibration.nullPlaces != 0) {
         m_platform.say(failed, "calibrateLoCancellation called without a place for its results");
     } else {
-        code = search(canceller, calibration, i, q, delta);
+        code = hold("calibrateLoCancellation", [&] { return search(canceller, calibration, i, q, delta); });
     }
     m_transcript.note("answer", code);
     m_transcript.note("I", i);

@@ -43,6 +43,10 @@ void Model::tellOfCompensation(const Step& step, ModelCompensation& compensation
 
 Code Model::initCompensation(ModelCompensation& compensation) {
     m_platform.say(2048, "Entering %s", "initialize");
+    return hold("initialize", [&] { return registerCompensation(compensation); });
+}
+
+Code Model::registerCompensation(ModelCompensation& compensation) {
     const auto id = static_cast<std::uint32_t>(modulo32(Wide{compensation.channel} + 83000));
     const auto isIt = [&](const Registered& entry) { return entry.module == nullptr && entry.id == id; };
     Code code = m_platform.plain(Op::moduleRegisterC, "CTxIqImbalanceHandler", [&] {
@@ -86,7 +90,14 @@ Code Model::compensationPhase(ModelCompensation* compensation, std::int64_t phas
         m_platform.say(failed, "CTxIQImbalanceHandler_OnPhaseActivation called with pThis NULL");
         return 0x801C;
     }
-    return phase == 11 ? bindCompensation(*compensation) : ok;
+    return hold("onPhaseActivation", [&] { return phase == 11 ? bindCompensation(*compensation) : ok; });
+}
+
+void Model::giveBackBroker() {
+    hold("CInterfaceBroker_DestroyInstance", [&] {
+        m_platform.closeBroker();
+        return ok;
+    });
 }
 
 bool Model::openAndGet(const char* name, Code& code) {
@@ -95,10 +106,10 @@ bool Model::openAndGet(const char* name, Code& code) {
         return false; // there is nothing to ask and nothing to give back
     }
     bool found = false;
-    code = m_platform.getFromBroker(name, found);
+    code = whileOpen([&] { return m_platform.getFromBroker(name, found); });
     found = found && !isBad(code);
     if (!found) {
-        m_platform.closeBroker();
+        giveBackBroker();
     }
     return found;
 }
@@ -111,7 +122,7 @@ Code Model::bindCompensation(ModelCompensation& compensation) {
                        hex(code));
         return failed;
     }
-    m_platform.closeBroker();
+    giveBackBroker();
     for (std::size_t i = 0; i < rows.size(); ++i) {
         code = m_platform.lookUpDriver("channel." + number + ".dsp.tx." + rows[i].driver,
                                        compensation.drivers[i]);
@@ -134,8 +145,10 @@ Code Model::bindCompensation(ModelCompensation& compensation) {
             hex(code));
         return failed;
     }
-    code = m_platform.recordIsWordless() ? failed : subscribe({nullptr, &compensation});
-    m_platform.closeBroker();
+    code = whileOpen([&] {
+        return m_platform.recordIsWordless() ? failed : subscribe({nullptr, &compensation});
+    });
+    giveBackBroker();
     if (isBad(code)) {
         m_platform.say(
             failed,
@@ -158,6 +171,10 @@ void Model::notifyCompensation(ModelCompensation* compensation, std::int32_t tem
 }
 
 Code Model::compensate(ModelCompensation& compensation) {
+    return hold("doImbalanceCompensation", [&] { return writeCompensations(compensation); });
+}
+
+Code Model::writeCompensations(ModelCompensation& compensation) {
     for (std::size_t i = 0; i < rows.size(); ++i) {
         if (!m_platform.has(compensation.drivers[i], Word::write)) {
             m_platform.say(

@@ -28,13 +28,13 @@ std::string ModelHandler::prefix() const {
 std::unique_ptr<ModelHandler> Model::makeHandler(HandlerKind kind, const std::string& direction,
                                                  std::int32_t channel, unsigned flags) {
     auto handler = std::make_unique<ModelHandler>(ModelHandler{kind, direction, channel, flags});
-    m_platform.publish(handler->name(), handler.get());
+    hold("registerInterface", [&] { return m_platform.publish(handler->name(), handler.get()); });
     return handler;
 }
 
 void Model::destroyHandler(std::unique_ptr<ModelHandler>& handler) {
     if (handler) {
-        m_platform.withdraw(handler->name());
+        hold("unregisterInterface", [&] { return m_platform.withdraw(handler->name()); });
         m_platform.drop(handler->name());
         handler.reset();
     }
@@ -42,6 +42,7 @@ void Model::destroyHandler(std::unique_ptr<ModelHandler>& handler) {
 
 void Model::tellOfHandler(const Step& step, ModelHandler& handler) {
     const std::int64_t number = step.number[0];
+    const auto throws = static_cast<Throws>(step.number[1]);
     const auto frequency = static_cast<std::uint32_t>(number);
     const auto answer = [&](Code code) { m_transcript.note("answer", code); };
     switch (step.what) {
@@ -59,16 +60,16 @@ void Model::tellOfHandler(const Step& step, ModelHandler& handler) {
         return handler.kind == HandlerKind::microwave ? tellPlan(handler, frequency, step.number[1] != 0)
                                                       : void();
     case Do::observe:
-        handler.observers.push_back({ModelObserver::Kind::ofClass, number, 0});
+        handler.observers.push_back({ModelObserver::Kind::ofClass, number, 0, throws});
         return answer(ok);
     case Do::observeNull:
-        handler.observers.push_back({ModelObserver::Kind::null, 0, 0});
+        handler.observers.push_back({ModelObserver::Kind::null, 0, 0, Throws::nothing});
         return answer(ok);
     case Do::observeFromC:
         if (Code code = ok; !asksFromC(step.name, code)) {
             return answer(code);
         }
-        handler.observers.push_back({ModelObserver::Kind::ofC, number, handler.channel});
+        handler.observers.push_back({ModelObserver::Kind::ofC, number, handler.channel, throws});
         return answer(ok);
     case Do::observeBadlyFromC:
         if (Code code = ok; !asksFromC(step.name, code)) {
@@ -82,13 +83,17 @@ void Model::tellOfHandler(const Step& step, ModelHandler& handler) {
 }
 
 bool Model::asksFromC(const std::string& name, Code& code) {
-    code = m_platform.openBroker();
-    if (isBad(code)) {
-        return false;
-    }
     bool found = false;
-    code = m_platform.getFromBroker(name, found);
-    m_platform.closeBroker();
+    try {
+        code = m_platform.openBroker();
+        if (isBad(code)) {
+            return false;
+        }
+        code = m_platform.getFromBroker(name, found);
+        m_platform.closeBroker();
+    } catch (const PlatformThrew&) { // such a client gives up, and gives nothing back
+        code = failed;
+    }
     return found && !isBad(code);
 }
 
@@ -96,54 +101,74 @@ Code Model::setFrequency(ModelHandler& handler, std::uint32_t frequency) {
     handler.frequency = frequency;
     writeFrequency(handler, frequency);
     for (std::size_t i = 0; i < handler.observers.size(); ++i) {
-        const ModelObserver& observer = handler.observers[i];
-        switch (observer.kind) {
-        case ModelObserver::Kind::ofClass:
-            m_transcript.note("observer", std::to_string(observer.number), handler.frequency);
-            break;
-        case ModelObserver::Kind::ofC:
-            m_transcript.note("observer in C", std::to_string(observer.number), handler.frequency);
-            m_transcript.note("of channel", observer.channel);
-            break;
-        case ModelObserver::Kind::null:
-            m_platform.say(failed, "setRfFrequency: observer %zu of direction %s is null", i,
-                           handler.direction.c_str());
-            break;
-        }
+        notify(handler, i);
     }
     return ok;
 }
 
-Code Model::initHandler(ModelHandler& handler) {
-    switch (handler.kind) {
-    case HandlerKind::microwave:
-        return initMicrowave(handler);
-    case HandlerKind::rfModule:
-        return initRfModule(handler);
-    case HandlerKind::rau:
-        break;
+void Model::notify(const ModelHandler& handler, std::size_t place) {
+    const ModelObserver& observer = handler.observers[place];
+    const char* const direction = handler.direction.c_str();
+    const bool fails = observer.throws != Throws::nothing;
+    switch (observer.kind) {
+    case ModelObserver::Kind::ofClass:
+        m_transcript.note("observer", std::to_string(observer.number), handler.frequency);
+        if (fails) {
+            m_platform.say(failed, "setRfFrequency: observer %zu of direction %s failed: %s", place,
+                           direction, whatOf(observer.throws));
+        }
+        return;
+    case ModelObserver::Kind::ofC:
+        m_transcript.note("observer in C", std::to_string(observer.number), handler.frequency);
+        m_transcript.note("of channel", observer.channel);
+        if (fails) {
+            m_platform.say(failed, "onFrequencyChanged failed: %s", whatOf(observer.throws));
+        }
+        return;
+    case ModelObserver::Kind::null:
+        m_platform.say(failed, "setRfFrequency: observer %zu of direction %s is null", place, direction);
+        return;
     }
-    return initRemoteRadio(handler);
+}
+
+Code Model::initHandler(ModelHandler& handler) {
+    return hold("onModuleInit", [&] {
+        switch (handler.kind) {
+        case HandlerKind::microwave:
+            return initMicrowave(handler);
+        case HandlerKind::rfModule:
+            return initRfModule(handler);
+        case HandlerKind::rau:
+            break;
+        }
+        return initRemoteRadio(handler);
+    });
 }
 
 Code Model::readVariables(ModelHandler& handler) {
-    return handler.kind == HandlerKind::microwave ? readMicrowaveVariables(handler) : ok;
+    return hold("getVariablesFromDatabase", [&] {
+        return handler.kind == HandlerKind::microwave ? readMicrowaveVariables(handler) : ok;
+    });
 }
 
 Code Model::readFrameFormat(ModelHandler& handler) {
-    return handler.kind == HandlerKind::microwave ? readMicrowaveFrameFormat(handler) : ok;
+    return hold("getFFVariablesFromDatabase", [&] {
+        return handler.kind == HandlerKind::microwave ? readMicrowaveFrameFormat(handler) : ok;
+    });
 }
 
 Code Model::writeFrequency(ModelHandler& handler, std::uint32_t frequency) {
-    switch (handler.kind) {
-    case HandlerKind::microwave:
-        return writeMicrowave(handler, frequency);
-    case HandlerKind::rfModule:
-        return writeRfModule(handler, frequency);
-    case HandlerKind::rau:
-        break;
-    }
-    return writeRemoteRadio(handler, frequency);
+    return hold("writeFrequencyToHW", [&] {
+        switch (handler.kind) {
+        case HandlerKind::microwave:
+            return writeMicrowave(handler, frequency);
+        case HandlerKind::rfModule:
+            return writeRfModule(handler, frequency);
+        case HandlerKind::rau:
+            break;
+        }
+        return writeRemoteRadio(handler, frequency);
+    });
 }
 
 Code Model::initRfModule(ModelHandler& handler) {

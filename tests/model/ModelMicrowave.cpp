@@ -21,7 +21,7 @@ Code Model::initMicrowave(ModelHandler& handler) {
     if (handler.chargePumpTableValid) {
         fetchChargePumpTable(handler);
     }
-    const Wide start = ifPllOf(handler, 0);
+    const Wide start = tellIfPll(handler, 0);
     if (handler.is(useIf) && m_platform.has(handler.ifDriver, Word::write)) {
         const Code code = m_platform.writeDriver(handler.ifDriver, asInt(start));
         if (isBad(code)) {
@@ -91,30 +91,32 @@ void Model::fetchChargePumpTable(ModelHandler& handler) {
 }
 
 Code Model::readVariable(const std::string& name, Wide& value) {
-    Handle variable = nowhere;
-    const Code code = m_platform.lookUpVariable(name, variable);
-    if (isBad(code) || !m_platform.hasContent(variable)) {
-        m_platform.say(failed, "Could not get the variable %s from the database", name.c_str());
-        return failed;
-    }
-    value = m_platform.content(variable);
-    return ok;
+    return hold("getStorageVariableByName", [&] {
+        Handle variable = nowhere;
+        const Code code = m_platform.lookUpVariable(name, variable);
+        if (isBad(code) || !m_platform.hasContent(variable)) {
+            m_platform.say(failed, "Could not get the variable %s from the database", name.c_str());
+            return failed;
+        }
+        value = m_platform.content(variable);
+        return ok;
+    });
 }
 
 Code Model::readMicrowaveVariables(ModelHandler& handler) {
     const std::string prefix = handler.prefix();
-    if (isBad(readVariable(prefix + "mixer.multiplicationfactor", handler.factor))) {
+    if (isBad(readVariable(prefix + "mixer.multiplicationfactor", handler.plan.factor))) {
         return failed;
     }
     Wide inverted = 0;
     readVariable(prefix + "rf.spectruminverted", inverted);
-    handler.rfSideband = inverted != 0 ? 1 : -1;
+    handler.plan.rfSideband = inverted != 0 ? 1 : -1;
     readVariable(prefix + "baseband.spectruminverted", inverted);
-    handler.ifSideband = inverted != 0 ? 1 : -1;
-    if (handler.is(useIf) && isBad(readVariable(prefix + "if.frequency", handler.ifFrequency))) {
+    handler.plan.ifSideband = inverted != 0 ? 1 : -1;
+    if (handler.is(useIf) && isBad(readVariable(prefix + "if.frequency", handler.plan.ifFrequency))) {
         return failed;
     }
-    if (isBad(readVariable(handler.direction + "IfBb", handler.ifBb))) {
+    if (isBad(readVariable(handler.direction + "IfBb", handler.plan.ifBb))) {
         return failed;
     }
     if (!handler.is(useOffsetArray) || !handler.isRx()) {
@@ -130,16 +132,18 @@ Code Model::readMicrowaveVariables(ModelHandler& handler) {
                                    {array + "size", handler.offsetArraySize},
                                    {array, handler.offsetArray}}};
     for (const Live& live : all) {
-        if (isBad(m_platform.lookUpContent(live.name, live.place))) {
-            live.place = nowhere;
+        Handle found = live.place; // which stays where a success stores nothing
+        live.place = nowhere;
+        if (isBad(m_platform.lookUpContent(live.name, found))) {
             return failed;
         }
+        live.place = found;
     }
     return ok;
 }
 
 Code Model::readMicrowaveFrameFormat(ModelHandler& handler) {
-    if (isBad(readVariable(handler.direction + "IfBb", handler.ifBb))) {
+    if (isBad(readVariable(handler.direction + "IfBb", handler.plan.ifBb))) {
         return failed;
     }
     if ((!handler.is(useHalfSpacing) && !handler.is(useOffsetArray)) || !handler.isRx()) {
@@ -161,51 +165,34 @@ Code Model::readMicrowaveFrameFormat(ModelHandler& handler) {
     return ok;
 }
 
-Wide Model::loOf(const ModelHandler& handler, Wide frequency) const {
-    return magnitude(wrapped(frequency + handler.ifFrequency * handler.rfSideband));
-}
-
-namespace {
-
-Wide stepOf(Wide frequency) {
-    return modulo32(frequency + 500) / 1000;
-}
-
-} // namespace
-
-Wide Model::ifPllOf(const ModelHandler& handler, Wide frequency) {
-    const Wide lo = loOf(handler, frequency);
-    const Wide residue = lo - 1000 * stepOf(lo);
-    const Wide result = magnitude(wrapped(handler.ifFrequency + 1000 * handler.ifBb * handler.ifSideband -
-                                          handler.rfSideband * residue));
+Wide Model::tellIfPll(const ModelHandler& handler, Wide frequency) {
+    const Wide result = ifPllOf(handler.plan, frequency);
     m_platform.say(2048, "channel.%d.%s.if.pll %lu", handler.channel, handler.direction.c_str(),
                    static_cast<unsigned long>(result));
     return result;
 }
 
-bool Model::rfPllOf(const ModelHandler& handler, Wide frequency, bool exact, Wide& result) {
+bool Model::tellRfPll(const ModelHandler& handler, Wide frequency, bool exact, Wide& result) {
     result = 0;
-    if (handler.factor == 0) {
+    if (handler.plan.factor == 0) {
         m_platform.say(failed, "channel.%d.%s.rf.pll needs a mixer multiplication factor other than 0",
                        handler.channel, handler.direction.c_str());
         return false;
     }
-    constexpr Wide all64 = Wide{1} << 64;
-    const Wide divisor = handler.factor < 0 ? handler.factor + all64 : handler.factor;
-    result = (exact ? frequency * 1000 : stepOf(loOf(handler, frequency)) * 1000) / divisor;
+    result = rfPllOf(handler.plan, frequency, exact);
     m_platform.say(2048, "channel.%d.%s.rf.pll %llu", handler.channel, handler.direction.c_str(),
                    static_cast<unsigned long long>(result));
     return true;
 }
 
 void Model::tellPlan(const ModelHandler& handler, Wide frequency, bool exact) {
-    m_transcript.note("lo", static_cast<std::int64_t>(loOf(handler, frequency)));
+    m_transcript.note("lo", static_cast<std::int64_t>(loOf(handler.plan, frequency)));
     m_transcript.note("step", static_cast<std::int64_t>(stepOf(frequency)));
-    m_transcript.note("if pll", static_cast<std::int64_t>(ifPllOf(handler, frequency)));
+    m_transcript.note("if pll", static_cast<std::int64_t>(tellIfPll(handler, frequency)));
     Wide rfPll = 0;
-    rfPllOf(handler, frequency, exact, rfPll);
+    tellRfPll(handler, frequency, exact, rfPll);
     m_transcript.note("rf pll", static_cast<std::int64_t>(rfPll));
-    m_transcript.note("baseband", static_cast<std::int64_t>(modulo32(1000 * handler.ifBb)));
+    m_transcript.note("baseband", static_cast<std::int64_t>(basebandOf(handler.plan)));
 }
 
 Code Model::writeMicrowave(ModelHandler& handler, std::uint32_t frequency) {
@@ -218,9 +205,9 @@ Code Model::writeMicrowave(ModelHandler& handler, std::uint32_t frequency) {
         m_platform.has(handler.dspOffsetDriver, Word::write) && isBad(shiftInDsp(handler, shift))) {
         return failed;
     }
-    const Wide ifPll = ifPllOf(handler, carrier);
+    const Wide ifPll = tellIfPll(handler, carrier);
     Wide rfPll = 0;
-    if (!rfPllOf(handler, modulo32(carrier - shift), handler.is(inHz), rfPll)) {
+    if (!tellRfPll(handler, modulo32(carrier - shift), handler.is(inHz), rfPll)) {
         return failed;
     }
     if (isBad(writeSynthesisers(handler, ifPll, rfPll))) {
@@ -271,19 +258,19 @@ Code Model::shiftByArray(ModelHandler& handler, Wide& frequency) {
             }
             const std::int32_t stored = m_platform.content(handler.offsetArray, place + 1);
             m_platform.say(2048, "%s: Array(CS)=%i, Array(Foffset)=%i", "writeFrequencyToHW", code, stored);
-            offset = wrapped(handler.rfSideband * magnitude(stored));
+            offset = wrapped(handler.plan.rfSideband * magnitude(stored));
             break;
         }
     }
     if (offset == 0 && handler.hwCodeDsp != nowhere && m_platform.content(handler.hwCodeDsp) == 3 &&
         (spacing == 250 || spacing == 500 || spacing == 125)) {
-        offset = handler.rfSideband * (spacing * 1000 / 2);
+        offset = handler.plan.rfSideband * (spacing * 1000 / 2);
     }
     if (offset == 0) {
         offset = 3000;
     }
     m_platform.say(2048, "%s: channelSpacingOffsetkHz=%i, m_rfSideband=%i", "writeFrequencyToHW",
-                   asInt(offset), asInt(handler.rfSideband));
+                   asInt(offset), asInt(handler.plan.rfSideband));
     frequency = modulo32(frequency + offset);
     if (m_platform.has(handler.dspOffsetDriver, Word::write)) {
         const Code code =
@@ -334,10 +321,10 @@ Code Model::shiftInDsp(ModelHandler& handler, Wide& shift) {
 Code Model::writeSynthesisers(ModelHandler& handler, Wide ifPll, Wide rfPll) {
     const char* const direction = handler.direction.c_str();
     m_platform.say(2048, "channel.%d.%s.ifSideband %d", handler.channel, direction,
-                   asInt(handler.ifSideband));
+                   asInt(handler.plan.ifSideband));
     m_platform.say(2048, "channel.%d.%s.rfSideband %d", handler.channel, direction,
-                   asInt(handler.rfSideband));
-    m_platform.say(2048, "%sIfBb %d", direction, asInt(handler.ifBb));
+                   asInt(handler.plan.rfSideband));
+    m_platform.say(2048, "%sIfBb %d", direction, asInt(handler.plan.ifBb));
     Code code = ok;
     const char* driver = "if.frequency";
     if (handler.is(useIf) && m_platform.has(handler.ifDriver, Word::write)) {

@@ -49,12 +49,13 @@ void Model::makeModule(const Step& step) {
     } else {
         m_platform.say(2048, "Unknown FrequencyHandlerType");
     }
-    m_platform.plain(Op::moduleRegister, "FrequencyHandler", [&] {
+    const auto enter = [&] {
         const auto place = std::find_if(m_registered.begin(), m_registered.end(),
                                         [](const Registered& entry) { return entry.id > moduleId; });
         m_registered.insert(place, {moduleId, module.get(), {}});
         return ok;
-    });
+    };
+    hold("RegisterModule", [&] { return m_platform.plain(Op::moduleRegister, "FrequencyHandler", enter); });
 }
 
 void Model::destroyModule(std::unique_ptr<ModelModule>& module) {
@@ -62,14 +63,16 @@ void Model::destroyModule(std::unique_ptr<ModelModule>& module) {
         return;
     }
     const auto isIt = [&](const Registered& entry) { return entry.module == module.get(); };
-    m_platform.plain(Op::moduleUnregister, "FrequencyHandler", [&] {
+    const auto remove = [&] {
         const auto found = std::find_if(m_registered.begin(), m_registered.end(), isIt);
         if (found == m_registered.end()) {
             return notFound;
         }
         m_registered.erase(found);
         return ok;
-    });
+    };
+    hold("UnRegisterModule",
+         [&] { return m_platform.plain(Op::moduleUnregister, "FrequencyHandler", remove); });
     destroyHandler(module->tx);
     destroyHandler(module->rx);
     if (module->canceller) {
@@ -113,9 +116,11 @@ Code Model::moduleInit(ModelModule& module) {
     if (module.canceller && isBad(initCanceller(*module.canceller))) {
         return failed;
     }
-    m_platform.look("ITemperatureHandler");
-    subscribe({&module, nullptr});
-    return ok;
+    return hold("onModuleInit", [&] {
+        m_platform.look("ITemperatureHandler");
+        subscribe({&module, nullptr});
+        return ok;
+    });
 }
 
 Code Model::moduleVariables(ModelModule& module, bool frameFormat) {

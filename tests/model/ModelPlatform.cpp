@@ -39,7 +39,7 @@ const std::string nameless;
 template <typename Named>
 Handle placeOf(const std::vector<Named>& list, const std::string& name) {
     const auto found =
-        std::find_if(list.begin(), list.end(), [&](const Named& item) { return item.name == name; });
+        std::find_if(list.begin(), list.end(), [&](const Named& item) { return item.name.text() == name; });
     return found != list.end() ? found - list.begin() : nowhere;
 }
 
@@ -49,13 +49,13 @@ std::string remoteRadioName(std::int32_t channel) {
 
 } // namespace
 
-ModelPlatform::ModelPlatform(const Board& board, Transcript& transcript)
-    : m_board(board),
+ModelPlatform::ModelPlatform(Board board, Transcript& transcript)
+    : m_board(std::move(board)),
       m_transcript(transcript),
-      m_held(board.drivers.size()) {
-    setPresence("IDriverLayer", board.driverLayer);
-    setPresence("ITemperatureHandler", board.temperatureHandler);
-    for (const RemoteRadio& radio : board.remoteRadios) {
+      m_held(m_board.drivers.size()) {
+    setPresence("IDriverLayer", m_board.driverLayer);
+    setPresence("ITemperatureHandler", m_board.temperatureHandler);
+    for (const RemoteRadio& radio : m_board.remoteRadios) {
         m_remoteRadios[remoteRadioName(radio.channel)] = {0, 0};
         setPresence(remoteRadioName(radio.channel), radio.presence);
     }
@@ -85,7 +85,7 @@ template <typename Work>
 Code ModelPlatform::answer(Call call, Work work) {
     const std::optional<Fault> fault = faultFor(call);
     Code code = ok;
-    if (!fault || !isBad(fault->code) || fault->leaves == Leaves::result) {
+    if (!fault || fault->isCarriedOut()) {
         code = work(call.value);
     } else if (fault->leaves == Leaves::number && call.output != nullptr) {
         *call.output = fault->output;
@@ -101,10 +101,14 @@ Code ModelPlatform::answer(Call call, Work work) {
                       call.x2, code, call.bytes.data(), call.bytes.size());
     ++m_calls;
     disturb();
+    if (fault && fault->throws != Throws::nothing) {
+        throw PlatformThrew{whatOf(fault->throws)};
+    }
     return code;
 }
 
-Code ModelPlatform::plain(Op operation, const std::string& object, const std::function<Code()>& work) {
+Code ModelPlatform::answerPlainly(Op operation, const std::string& object,
+                                  const std::function<Code()>& work) {
     return answer({operation, object}, [&](std::int64_t& /*value*/) { return work(); });
 }
 
@@ -224,7 +228,7 @@ Code ModelPlatform::writeDriver(Handle driver, std::int32_t value, bool passesRe
     if (!passesRecord && !has(driver, Word::context)) {
         return badArgument; // the platform cannot tell which driver is meant
     }
-    return answer({Op::driverWrite, m_board.drivers[place].name, value}, [&](std::int64_t& /*value*/) {
+    return answer({Op::driverWrite, m_board.drivers[place].name.text(), value}, [&](std::int64_t& /*value*/) {
         m_held[place] = {value, m_held[place].writes + 1};
         return ok;
     });
@@ -235,7 +239,7 @@ Code ModelPlatform::writeBytes(Handle driver, std::uint64_t value) {
     if (!has(driver, Word::context)) {
         return badArgument;
     }
-    Call call{Op::driverWriteBuffer, m_board.drivers[place].name, static_cast<std::int64_t>(value)};
+    Call call{Op::driverWriteBuffer, m_board.drivers[place].name.text(), static_cast<std::int64_t>(value)};
     for (std::uint64_t rest = value; call.bytes.size() < 8; rest /= 256) {
         call.bytes.push_back(static_cast<std::uint8_t>(rest % 256));
     }
@@ -250,7 +254,7 @@ Code ModelPlatform::readDriver(Handle driver, std::int32_t& value) {
     if (!has(driver, Word::context)) {
         return badArgument;
     }
-    Call call{Op::driverRead, m_board.drivers[place].name};
+    Call call{Op::driverRead, m_board.drivers[place].name.text()};
     call.output = &value;
     return answer(call, [&](std::int64_t& given) {
         value = m_board.readings[m_readingsGiven++ % m_board.readings.size()];
@@ -309,7 +313,7 @@ Code ModelPlatform::lookUpTable(const std::string& name, Handle& table) {
 
 Code ModelPlatform::interpolate(Handle table, std::int32_t x, std::int32_t& value) {
     const Table* const there = table != nowhere ? &m_board.tables[static_cast<std::size_t>(table)] : nullptr;
-    Call call{Op::tableLinear, there != nullptr ? there->name : nameless, 0, x, 0, &value};
+    Call call{Op::tableLinear, there != nullptr ? there->name.text() : nameless, 0, x, 0, &value};
     return answer(call, [&](std::int64_t& given) {
         if (there == nullptr || !there->axis2.empty()) {
             return badArgument;
@@ -322,7 +326,7 @@ Code ModelPlatform::interpolate(Handle table, std::int32_t x, std::int32_t& valu
 
 Code ModelPlatform::interpolate(Handle table, std::int32_t x1, std::int32_t x2, std::int32_t& value) {
     const Table* const there = table != nowhere ? &m_board.tables[static_cast<std::size_t>(table)] : nullptr;
-    Call call{Op::tableBilinear, there != nullptr ? there->name : nameless, 0, x1, x2, &value};
+    Call call{Op::tableBilinear, there != nullptr ? there->name.text() : nameless, 0, x1, x2, &value};
     return answer(call, [&](std::int64_t& given) {
         if (there == nullptr || there->axis2.empty()) {
             return badArgument;
@@ -343,8 +347,8 @@ Code ModelPlatform::setRemoteRadio(Op operation, const std::string& name, std::u
 void ModelPlatform::tellValues() {
     for (std::size_t i = 0; i < m_held.size(); ++i) {
         if (m_held[i].writes != 0) {
-            m_transcript.note("held by", m_board.drivers[i].name, m_held[i].value);
-            m_transcript.note("writes to", m_board.drivers[i].name, m_held[i].writes);
+            m_transcript.note("held by", m_board.drivers[i].name.text(), m_held[i].value);
+            m_transcript.note("writes to", m_board.drivers[i].name.text(), m_held[i].writes);
         }
     }
     for (const auto& [name, frequencies] : m_remoteRadios) {

@@ -27,6 +27,15 @@ constexpr bool isBad(Code code) {
     return code >= failed;
 }
 
+/** What the platform throws, as the library tells of it. */
+struct PlatformThrew {
+    const char* what;
+};
+
+constexpr const char* whatOf(Throws throws) {
+    return throws == Throws::exception ? thrownText : "unknown exception";
+}
+
 /** The place of something in one of the board's lists, or nowhere. */
 using Handle = std::ptrdiff_t;
 constexpr Handle nowhere = -1;
@@ -58,12 +67,12 @@ enum class Op : std::uint8_t {
 };
 
 /** How the stand-alone platform answers, told a second time: the board, its faults, and what was registered.
- */
+ * Each call may throw PlatformThrew. */
 class ModelPlatform {
 public:
-    ModelPlatform(const Board& board, Transcript& transcript);
+    ModelPlatform(Board board, Transcript& transcript);
 
-    /** Emits a message of a numeric level, if it is wanted. */
+    /** Emits a message of a numeric level, if it is wanted and not lost. */
     __attribute__((format(printf, 3, 4))) void say(Code numericLevel, const char* format, ...);
     /** Emits a message of which nobody asks whether it is wanted, and which is not ended. */
     void sayOpenly(std::int32_t level, const std::string& text);
@@ -87,7 +96,10 @@ public:
     bool recordIsWordless() const { return m_recordIsWordless; }
 
     /** A call of which the platform keeps nothing that the transcript would show. */
-    Code plain(Op operation, const std::string& object, const std::function<Code()>& work);
+    template <typename Work>
+    Code plain(Op operation, const std::string& object, const Work& work) {
+        return answerPlainly(operation, object, std::cref(work)); // which is not copied
+    }
 
     Code lookUpDriver(const std::string& name, Handle& driver);
     bool has(Handle driver, unsigned words) const;
@@ -123,6 +135,10 @@ private:
         std::int64_t times;
         std::int32_t output;
         Leaves leaves;
+        Throws throws;
+        bool isCarriedOut() const {
+            return leaves == Leaves::result || (!isBad(code) && leaves != Leaves::asItWas);
+        }
     };
     struct Entry {
         Presence presence;
@@ -147,6 +163,7 @@ private:
     /** Answers a call; `work` carries it out and may change what the transcript shows as its value. */
     template <typename Work>
     Code answer(Call call, Work work);
+    Code answerPlainly(Op operation, const std::string& object, const std::function<Code()>& work);
     std::optional<Fault> faultFor(const Call& call);
     void disturb();
     Handle driverAt(const std::string& name) const;
@@ -158,6 +175,8 @@ private:
     std::map<std::string, Entry> m_published;
     std::vector<Fault> m_faults;
     std::optional<std::pair<std::int64_t, Fault>> m_faultAt;
+    /** Where messages are lost. */
+    std::optional<TracePlace> m_lostAt;
     std::vector<Held> m_held;
     std::map<std::string, std::array<std::uint32_t, 2>> m_remoteRadios;
     std::optional<Disturbance> m_disturbance;

@@ -63,16 +63,27 @@ void ModelPlatform::change(const Step& step) {
     case Do::setThreshold:
         m_board.threshold = static_cast<std::int32_t>(number[0]);
         break;
+    case Do::loseMessages:
+        m_lostAt.reset();
+        if (static_cast<Throws>(number[1]) != Throws::nothing) {
+            m_lostAt = static_cast<TracePlace>(number[0]);
+        }
+        break;
     case Do::fault:
         if (number[2] != 0) {
             m_faults.push_back({static_cast<Op>(number[0]), step.name, static_cast<Code>(number[1]),
-                                number[2], output, step.leaves});
+                                number[2], output, step.leaves, step.throws});
         }
         break;
     case Do::faultAt:
-        m_faultAt = {
-            number[0],
-            {std::nullopt, {}, static_cast<Code>(number[1]), number[2] != 0 ? -1 : 1, output, step.leaves}};
+        m_faultAt = {number[0],
+                     {std::nullopt,
+                      {},
+                      static_cast<Code>(number[1]),
+                      number[2] != 0 ? -1 : 1,
+                      output,
+                      step.leaves,
+                      step.throws}};
         break;
     default:
         clearFaults();

@@ -21,7 +21,7 @@ std::int32_t mapped(Code numericLevel) {
 
 void ModelPlatform::say(Code numericLevel, const char* format, ...) {
     m_transcript.note("level", numericLevel);
-    if (m_board.threshold < mapped(numericLevel)) {
+    if (m_lostAt == TracePlace::mapping || m_board.threshold < mapped(numericLevel)) {
         return;
     }
     std::array<char, 200> text{};
@@ -29,11 +29,17 @@ void ModelPlatform::say(Code numericLevel, const char* format, ...) {
     va_start(arguments, format);
     std::vsnprintf(text.data(), text.size(), format, arguments);
     va_end(arguments);
+    if (m_lostAt == TracePlace::stream) {
+        m_openMessages.emplace_back(text.data()); // it was opened, and is not ended
+        return;
+    }
     m_transcript.trace(mapped(numericLevel), text.data());
 }
 
 void ModelPlatform::sayOpenly(std::int32_t level, const std::string& text) {
-    m_transcript.trace(level, text);
+    if (m_lostAt != TracePlace::stream) {
+        m_transcript.trace(level, text);
+    }
     m_openMessages.push_back(text);
 }
 

@@ -1,5 +1,7 @@
 #include "Runner.h"
 
+#include "Thrower.h"
+
 #include <dlfcn.h>
 #include <unistd.h>
 
@@ -8,52 +10,61 @@ using Standalone::Operation;
 
 namespace Told {
 
-namespace {
-
-/** Where what the library does beside calling the platform is written down. */
-Transcript* listening = nullptr;
-
-} // namespace
+Runner* Runner::s_current = nullptr;
 
 Runner::Runner(const Board& board, Transcript& transcript)
     : m_transcript(transcript),
       m_readings(board.readings) {
-    listening = &transcript;
+    s_current = this;
     setUp(board);
     m_platform.calls().setRecording(false);
     m_platform.calls().setListener([this](const Call& call) { listen(call); });
     m_platform.trace().setThreshold(OrbiTraceLevel{board.threshold});
-    m_platform.trace().setSink([this](const Standalone::TraceMessage& message) {
-        m_transcript.trace(message.level, message.text);
-        constexpr const char* folder = "PlatformServices/FrequencyHandler/private/";
-        if (message.source != "QVX.FH" || message.file.find(folder) == std::string::npos ||
-            message.line <= 0) {
-            m_transcript.note("strange source", message.file, message.line);
-        }
-    });
+    m_platform.trace().setSink([this](const Standalone::TraceMessage& message) { write(message); });
 }
 
 Runner::~Runner() {
-    listening = nullptr;
+    s_current = nullptr;
+}
+
+void Runner::write(const Standalone::TraceMessage& message) {
+    if (m_tracePlace == TracePlace::stream) {
+        throwIt(m_traceThrows);
+    }
+    m_transcript.trace(message.level, message.text);
+    constexpr const char* folder = "PlatformServices/FrequencyHandler/private/";
+    if (message.source != "QVX.FH" || message.file.find(folder) == std::string::npos || message.line <= 0) {
+        m_transcript.note("strange source", message.file, message.line);
+    }
+}
+
+void Runner::hearLevel(std::int64_t level) {
+    m_transcript.note("level", level);
+    if (m_tracePlace == TracePlace::mapping) {
+        throwIt(m_traceThrows);
+    }
 }
 
 void Runner::setUp(const Board& board) {
+    m_drivers.reserve(board.drivers.size());
     for (const Told::Driver& driver : board.drivers) {
-        Standalone::Driver& made = m_platform.drivers().add(driver.name, driver.missingWords);
+        Standalone::Driver& made = m_platform.drivers().add(driver.name.text(), driver.missingWords);
         m_drivers.push_back(&made);
         made.setSource([this] { return m_readings[m_readingsGiven++ % m_readings.size()]; });
         if (driver.nullRecord) {
-            m_platform.drivers().giveNullRecord(driver.name);
+            m_platform.drivers().giveNullRecord(driver.name.text());
         }
     }
     for (const Told::Variable& variable : board.variables) {
-        m_platform.variables().add(variable.name, variable.values).setContentMissing(variable.noContent);
+        m_platform.variables()
+            .add(variable.name.text(), variable.values)
+            .setContentMissing(variable.noContent);
         if (variable.nullRecord) {
-            m_platform.variables().giveNullRecord(variable.name);
+            m_platform.variables().giveNullRecord(variable.name.text());
         }
     }
     for (const Told::Table& table : board.tables) {
-        m_platform.tables().add({table.name, table.axis1, table.axis2, table.values});
+        m_platform.tables().add({table.name.text(), table.axis1, table.axis2, table.values});
     }
     for (const RemoteRadio& radio : board.remoteRadios) {
         setPresence(m_platform.addRau(radio.channel).name(), radio.presence);
@@ -118,7 +129,7 @@ void Runner::play(const Story& story) {
     disturb();
     for (const Step& step : story.steps) {
         m_transcript.note("step", static_cast<std::int64_t>(step.what));
-        play(step);
+        playGuarded(step);
         endStep();
         ++m_step;
     }
@@ -135,6 +146,15 @@ void Runner::play(const Story& story) {
     }
     endStep();
     tellValues();
+}
+
+/** Plays a step out of which nothing may be thrown. */
+void Runner::playGuarded(const Step& step) {
+    try {
+        play(step);
+    } catch (...) {
+        m_transcript.note("exception left the library", 0);
+    }
 }
 
 void Runner::endStep() {
@@ -166,8 +186,8 @@ void Runner::tellValues() {
 
 /** Stands in for the system's: nobody waits, and it is written down. */
 extern "C" int usleep(useconds_t microseconds) {
-    if (Told::listening != nullptr) {
-        Told::listening->note("sleep", microseconds);
+    if (Told::Runner* const runner = Told::Runner::current()) {
+        runner->hearSleep(microseconds);
     }
     return 0;
 }
@@ -177,8 +197,8 @@ OrbiTraceLevel CZulTraceHandler_DmLevel2GtLevel(int level) {
     using Mapping = OrbiTraceLevel (*)(int);
     static const auto ofThePlatform =
         reinterpret_cast<Mapping>(dlsym(RTLD_NEXT, "CZulTraceHandler_DmLevel2GtLevel")); // NOLINT: from C
-    if (Told::listening != nullptr) {
-        Told::listening->note("level", level);
+    if (Told::Runner* const runner = Told::Runner::current()) {
+        runner->hearLevel(level);
     }
     return ofThePlatform(level);
 }

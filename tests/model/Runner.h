@@ -39,6 +39,11 @@ public:
         m_listener = std::move(listener);
     }
 
+    // For those who stand in for parts of the system and of the platform.
+    static Runner* current() { return s_current; }
+    void hearSleep(std::int64_t microseconds) { m_transcript.note("sleep", microseconds); }
+    void hearLevel(std::int64_t level);
+
 private:
     using Handler = RL::FrequencyHandler::Common::FrequencyHandler;
     class ListeningObserver;
@@ -51,7 +56,9 @@ private:
     void disturb();
     void loadFault();
     void unloadFault();
+    void write(const Standalone::TraceMessage& message);
 
+    void playGuarded(const Step& step);
     void play(const Step& step);
     void playWithModule(const Step& step, ::FrequencyHandler* module);
     void playWithHandler(const Step& step, Handler& handler);
@@ -84,6 +91,8 @@ private:
         Record m_record{};
     };
 
+    static Runner* s_current;
+
     Transcript& m_transcript;
     Wordless<DriverLayerInterface> m_driverLayerWithoutWords;
     Wordless<TemperatureHandlerCStruct> m_temperatureHandlerWithoutWords;
@@ -104,6 +113,9 @@ private:
     };
     std::optional<FaultAt> m_faultAt;
     std::vector<Standalone::Fault> m_faultsBeside;
+    /** What messages meet on their way, and where. */
+    Throws m_traceThrows = Throws::nothing;
+    TracePlace m_tracePlace = TracePlace::mapping;
 
     /** What the story made. */
     struct Slots {

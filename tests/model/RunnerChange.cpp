@@ -1,6 +1,7 @@
 // What a story does to the platform.
 
 #include "Runner.h"
+#include "Thrower.h"
 
 namespace Told {
 
@@ -24,7 +25,9 @@ void Runner::change(const Step& step) {
                             {},
                             {},
                             step.leaves == Leaves::result,
-                            step.leaves == Leaves::null};
+                            step.leaves == Leaves::null,
+                            step.leaves == Leaves::asItWas,
+                            thrownBy(step.throws)};
     if (step.leaves == Leaves::number) {
         fault.output = static_cast<std::int32_t>(number[3]);
     }
@@ -52,6 +55,10 @@ void Runner::change(const Step& step) {
         return setPresence(step.name, static_cast<Presence>(number[0]));
     case Do::setThreshold:
         return m_platform.trace().setThreshold(OrbiTraceLevel{static_cast<std::int32_t>(number[0])});
+    case Do::loseMessages:
+        m_tracePlace = static_cast<TracePlace>(number[0]);
+        m_traceThrows = static_cast<Throws>(number[1]);
+        return;
     case Do::fault:
         unloadFault();
         fault.operation = static_cast<Standalone::Operation>(number[0]);

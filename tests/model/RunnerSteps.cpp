@@ -96,6 +96,7 @@ void Runner::play(const Step& step) {
     case Do::nullRecord:
     case Do::setPresence:
     case Do::setThreshold:
+    case Do::loseMessages:
     case Do::fault:
     case Do::clearFaults:
     case Do::faultAt:
@@ -247,8 +248,10 @@ void Runner::plan(const Step& step, Handler& handler) {
 /** As other components do: through the interface that the broker has, and those in C through its record. */
 void Runner::observe(const Step& step, IFrequencyHandler& handler) {
     const std::int64_t number = step.number[0];
+    const auto throws = static_cast<Throws>(step.number[1]);
     if (step.what == Do::observe) {
-        m_slots.observers.push_back(std::make_unique<ListeningObserver>(m_transcript, number, handler));
+        m_slots.observers.push_back(
+            std::make_unique<ListeningObserver>(m_transcript, number, throws, handler));
         return answer(handler.registerObserver(m_slots.observers.back().get()));
     }
     if (step.what == Do::observeNull) {
@@ -259,7 +262,7 @@ void Runner::observe(const Step& step, IFrequencyHandler& handler) {
         return answer(code);
     }
     const auto& record = *static_cast<FrequencyHandlerCStruct*>(found);
-    m_slots.observersInC.push_back(std::make_unique<ObserverInC>(ObserverInC{m_transcript, number}));
+    m_slots.observersInC.push_back(std::make_unique<ObserverInC>(ObserverInC{m_transcript, number, throws}));
     IFrequencyObserver observer{m_slots.observersInC.back().get(), &ObserverInC::hear};
     if (step.what == Do::observeFromC) {
         answer(record.registerObserver(record.handler, &observer));
@@ -273,15 +276,19 @@ void Runner::observe(const Step& step, IFrequencyHandler& handler) {
 }
 
 std::pair<std::int32_t, void*> Runner::recordOf(const std::string& name) {
-    void* broker = nullptr;
-    std::int32_t code = CInterfaceBroker_GetInstance(&broker);
-    if (isFailure(code)) {
-        return {code, nullptr};
+    try {
+        void* broker = nullptr;
+        std::int32_t code = CInterfaceBroker_GetInstance(&broker);
+        if (isFailure(code)) {
+            return {code, nullptr};
+        }
+        void* record = nullptr;
+        code = CInterfaceBroker_GetInterface(broker, name.c_str(), &record);
+        CInterfaceBroker_DestroyInstance(broker);
+        return {code, isSuccess(code) ? record : nullptr};
+    } catch (...) { // such a client gives up, and gives nothing back
+        return {ResultFailed, nullptr};
     }
-    void* record = nullptr;
-    code = CInterfaceBroker_GetInterface(broker, name.c_str(), &record);
-    CInterfaceBroker_DestroyInstance(broker);
-    return {code, isSuccess(code) ? record : nullptr};
 }
 
 void Runner::playWithCanceller(const Step& step, LoCancellation& canceller) {

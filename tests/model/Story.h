@@ -27,8 +27,20 @@ enum class Presence : std::uint8_t {
 /** The words that a driver's record may lack; numbered as the stand-alone platform does. */
 enum Word : unsigned { context = 1, write = 2, writeBuffer = 4, read = 8 };
 
+/** A name on boards. There are few: each is kept once, as long as the process, and costs nothing to copy. */
+class Name {
+public:
+    // It stands for its text.
+    Name(const std::string& text);                      // NOLINT(google-explicit-constructor)
+    Name(const char* text) : Name(std::string(text)) {} // NOLINT(google-explicit-constructor)
+    const std::string& text() const { return *m_text; }
+
+private:
+    const std::string* m_text;
+};
+
 struct Driver {
-    std::string name;
+    Name name;
     /** The words that are null, a combination of Word. */
     unsigned missingWords = 0;
     /** A lookup answers success and gives null. */
@@ -36,7 +48,7 @@ struct Driver {
 };
 
 struct Variable {
-    std::string name;
+    Name name;
     std::vector<std::int32_t> values;
     /** The record shows a null content. */
     bool noContent = false;
@@ -46,14 +58,14 @@ struct Variable {
 
 /** A table with one axis or, when `axis2` is not empty, two. */
 struct Table {
-    std::string name;
+    Name name;
     std::vector<std::int32_t> axis1;
     std::vector<std::int32_t> axis2;
     std::vector<std::int32_t> values;
 };
 
 struct RemoteRadio {
-    std::int32_t channel;
+    std::int32_t channel = 0;
     Presence presence = Presence::present;
 };
 
@@ -108,9 +120,9 @@ enum class Do : std::uint8_t {
     handlerSet,   ///< frequency
     handlerGet,
     plan,              ///< frequency, exact: the five calculations of the microwave board
-    observe,           ///< number of the observer
+    observe,           ///< number of the observer, what it throws (Throws)
     observeNull,       ///< a null observer
-    observeFromC,      ///< number of the observer
+    observeFromC,      ///< number of the observer, what it throws (Throws)
     observeBadlyFromC, ///< 0: null record, 1: null function, 2: null handler
 
     // With the canceller that is published under `name`.
@@ -126,6 +138,7 @@ enum class Do : std::uint8_t {
     nullRecord,   ///< name; lookups of this driver and this variable give null from now on
     setPresence,  ///< name; Presence
     setThreshold, ///< threshold
+    loseMessages, ///< where each message from now on meets what is thrown (TracePlace), what that is (Throws)
     fault,        ///< name (empty: any); operation, code, times (negative: for good), output (see Leaves)
     clearFaults,
     faultAt, ///< how many calls later, code, 1: from then on, output (see Leaves)
@@ -133,10 +146,9 @@ enum class Do : std::uint8_t {
 
 enum class HandlerKind : std::uint8_t { microwave, rfModule, rau };
 
-/** The name under which a handler is published: of a long one, what counts. */
+/** The name under which a handler is published. */
 inline std::string handlerName(const std::string& direction, std::int64_t channel) {
-    return ("IFrequencyHandler_" + direction + (channel != 0 ? "_" + std::to_string(channel) : ""))
-        .substr(0, 63);
+    return "IFrequencyHandler_" + direction + (channel != 0 ? "_" + std::to_string(channel) : "");
 }
 
 /** The flags of a microwave board. */
@@ -157,10 +169,22 @@ struct Calibration {
 /** What a call that meets a fault leaves behind. */
 enum class Leaves : std::uint8_t {
     nothing,
-    number, ///< the step's fourth number, where the call has an int to give back
-    result, ///< all that it would have left, had it succeeded
-    null,   ///< null, where the call has a pointer to give back; here also a call that succeeds
+    number,  ///< the step's fourth number, where the call has an int to give back
+    result,  ///< all that it would have left, had it succeeded
+    null,    ///< null, where the call has a pointer to give back; here also a call that succeeds
+    asItWas, ///< nothing, and here a call that succeeds is not carried out either
 };
+
+/** What somebody throws who may not. */
+enum class Throws : std::uint8_t {
+    nothing,
+    exception, ///< a std::exception that says `thrownText`
+    number,
+};
+constexpr const char* thrownText = "told to throw";
+
+/** Where something is thrown on the way of a message. */
+enum class TracePlace : std::uint8_t { mapping, stream };
 
 struct Step {
     Do what;
@@ -170,6 +194,8 @@ struct Step {
     Leaves leaves = Leaves::nothing;
     std::vector<std::int32_t> values{};
     Calibration calibration{};
+    /** With a fault: what the call throws in the place of its answer, when all else is as the fault says. */
+    Throws throws = Throws::nothing;
 };
 
 /** How many modules, handlers, cancellers and compensations there may be. */

@@ -1,7 +1,6 @@
 #include "Transcript.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 
 namespace Told {
@@ -28,32 +27,48 @@ std::size_t linesBefore(std::string_view text, std::size_t position, int count) 
 
 } // namespace
 
+char* Transcript::room(std::size_t count) {
+    if (m_room.size() < m_size + count) {
+        m_room.resize(2 * (m_size + count));
+    }
+    return m_room.data() + m_size;
+}
+
+void Transcript::put(std::string_view text) {
+    std::copy(text.begin(), text.end(), room(text.size()));
+    m_size += text.size();
+}
+
 void Transcript::number(std::int64_t number) {
-    std::array<char, 24> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-    m_text += ' ';
-    m_text.append(digits.data(), end);
+    constexpr std::size_t most = 24;
+    char* const place = room(most);
+    *place = ' ';
+    m_size += static_cast<std::size_t>(std::to_chars(place + 1, place + most, number).ptr - place);
 }
 
 void Transcript::call(std::string_view operation, std::string_view object, std::int64_t value,
                       std::int32_t x1, std::int32_t x2, std::int32_t code, const std::uint8_t* bytes,
                       std::size_t byteCount) {
-    m_text.append(operation).append(" ").append(object);
+    put(operation);
+    put(" ");
+    put(object);
     number(value);
     number(x1);
     number(x2);
-    m_text += " ->";
+    put(" ->");
     number(code);
     for (std::size_t i = 0; i < byteCount; ++i) {
         number(bytes[i]);
     }
-    m_text += '\n';
+    put("\n");
 }
 
 void Transcript::trace(std::int32_t level, std::string_view text) {
-    m_text += "    trace";
+    put("    trace");
     number(level);
-    m_text.append(" ").append(text) += '\n';
+    put(" ");
+    put(text);
+    put("\n");
 }
 
 void Transcript::note(std::string_view what, std::int64_t number) {
@@ -61,13 +76,15 @@ void Transcript::note(std::string_view what, std::int64_t number) {
 }
 
 void Transcript::note(std::string_view what, std::string_view about, std::int64_t number) {
-    m_text.append("  ").append(what);
+    put("  ");
+    put(what);
     if (!about.empty()) {
-        m_text.append(" ").append(about);
+        put(" ");
+        put(about);
     }
-    m_text += ':';
+    put(":");
     this->number(number);
-    m_text += '\n';
+    put("\n");
 }
 
 std::string firstDifference(const Transcript& library, const Transcript& model) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Told {
 
@@ -21,14 +22,19 @@ public:
     void note(std::string_view what, std::int64_t number);
     void note(std::string_view what, std::string_view about, std::int64_t number);
 
-    const std::string& text() const { return m_text; }
+    std::string_view text() const { return {m_room.data(), m_size}; }
     /** Forgets all, but keeps the memory. */
-    void clear() { m_text.clear(); }
+    void clear() { m_size = 0; }
 
 private:
+    /** Where the next characters go: there is room for so many. */
+    char* room(std::size_t count);
+    void put(std::string_view text);
     void number(std::int64_t number);
 
-    std::string m_text;
+    /** The text, and behind it room for more. */
+    std::vector<char> m_room;
+    std::size_t m_size = 0;
 };
 
 /** The first line in which two transcripts differ, from both sides, with the lines before it; empty: none. */

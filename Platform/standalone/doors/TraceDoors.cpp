@@ -51,13 +51,13 @@ protected:
         if (platform == nullptr || !platform->trace().isRead()) {
             m_text.clear();
         } else if (!m_text.empty()) {
-            // Emptied first: whoever is told of the message may write one of its own.
-            std::string text = std::exchange(m_text, {});
-            if (text.back() == '\n') {
-                text.pop_back();
+            if (m_text.back() == '\n') {
+                m_text.pop_back();
             }
-            platform->trace().enter(
-                {m_origin.source, m_origin.level, m_origin.file, m_origin.line, std::move(text)});
+            const Standalone::TraceMessage message{m_origin.source, m_origin.level, m_origin.file,
+                                                   m_origin.line, m_text};
+            m_text.clear(); // first: whoever is told of the message may write one of its own
+            platform->trace().enter(message);
         }
         return 0;
     }

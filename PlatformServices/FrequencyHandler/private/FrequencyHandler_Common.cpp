@@ -68,7 +68,7 @@ void FrequencyHandler::tellNullObserver(std::size_t index) const {
 }
 
 void FrequencyHandler::tellThrownBy(std::size_t index) const {
-    std::array<char, 100> observer{};
+    std::array<char, 200> observer{};
     static_cast<void>(std::snprintf(observer.data(), observer.size(),
                                     "setRfFrequency: observer %zu of direction %s", index, m_name.c_str()));
     tellThrown(m_trace, observer.data());

@@ -180,7 +180,7 @@ std::uint32_t FrequencyHandler::calculateIfPllFrequency(unsigned long frequency)
     return FrequencyPlan::ifPllFrequency(carrier, plan());
 }
 
-void FrequencyHandler::traceIfPll(std::uint32_t carrier) const {
+[[gnu::always_inline]] inline void FrequencyHandler::traceIfPll(std::uint32_t carrier) const {
     FH_TRACE(m_trace, TraceCode::information, "channel.%d.%s.if.pll %lu", channelNumber(), m_name.c_str(),
              static_cast<unsigned long>(FrequencyPlan::ifPllFrequency(carrier, plan())));
 }
@@ -214,7 +214,7 @@ std::uint32_t FrequencyHandler::getBbFrequency() const {
     return FrequencyPlan::bbFrequency(plan());
 }
 
-// Hardware write
+// Hardware write. Its steps are inlined, which takes the instructions of a call off each.
 
 EAFResult FrequencyHandler::writeFrequencyToHW(unsigned long frequency) {
     return guarded<m_trace>("writeFrequencyToHW", [this, frequency] {
@@ -341,7 +341,7 @@ EAFResult FrequencyHandler::writeDspOffset(std::int32_t offset) {
     return ResultOk;
 }
 
-EAFResult FrequencyHandler::writeIfFrequency(std::uint32_t carrier) {
+[[gnu::always_inline]] inline EAFResult FrequencyHandler::writeIfFrequency(std::uint32_t carrier) {
     if (!m_useIfFrequency || !canWrite(m_ifDriver)) {
         return ResultOk;
     }
