@@ -39,7 +39,8 @@ struct Nowhere {
 #line 1
 """
 
-EXCHANGED_NAMES = {"true": "false", "isFailure": "isSuccess", "ResultOk": "ResultFailed", "min": "max"}
+EXCHANGED_NAMES = {"true": "false", "isFailure": "isSuccess", "ResultOk": "ResultFailed", "min": "max",
+                   "PTHREAD_CANCEL_DISABLE": "PTHREAD_CANCEL_ENABLE"}
 EXCHANGED_NAMES.update({after: before for before, after in EXCHANGED_NAMES.items()})
 EXCHANGED_OPERATORS = {"==": "!=", "<": "<=", ">": ">=", "&&": "||", "+": "-", "*": "/", "<<": ">>", "++": "--", "+=": "-=",
                        "*=": "/=", "<<=": ">>=", "&": "|", "&=": "|="}
