@@ -120,14 +120,40 @@ TEST_F(CancelledThreadTest, UnwindsOutOfACalibration) {
     EXPECT_THAT(complaints(), IsEmpty());
 }
 
-TEST_F(CancelledThreadTest, UnwindsOutOfTheConstructionOfAModule) {
-    module.reset();
-    cancelAt(Operation::moduleRegister);
-    EXPECT_TRUE(isCancelledIn([this] { module.emplace(1UL, ::FrequencyHandler::MicrowaveBoardHz); }));
+TEST_F(CancelledThreadTest, BuildsAModuleBeforeItIsCancelled) {
+    for (const Operation operation : {Operation::brokerRegister, Operation::moduleRegister}) {
+        module.reset();
+        cancelAt(operation);
+        EXPECT_TRUE(isCancelledIn([this] {
+            module.emplace(1UL, ::FrequencyHandler::MicrowaveBoardHz);
+            pthread_testcancel();
+        }));
+        EXPECT_TRUE(module.has_value());
+        EXPECT_EQ(module->onModuleInit(), ResultOk);
+    }
     EXPECT_THAT(complaints(), IsEmpty());
-    // What was built before is gone again, and nobody finds it.
-    EXPECT_EQ(platform.interfaces().entries().count("IFrequencyHandler_Tx_1"), 0U);
-    EXPECT_EQ(platform.interfaces().entries().count("ILoCancellation_1"), 0U);
+}
+
+TEST_F(CancelledThreadTest, PublishesAHandlerBeforeItIsCancelled) {
+    std::optional<RL::FrequencyHandler::RfModule::FrequencyHandler> handler;
+    cancelAt(Operation::brokerRegister);
+    EXPECT_TRUE(isCancelledIn([&handler] {
+        handler.emplace("Tx", 3);
+        pthread_testcancel();
+    }));
+    EXPECT_EQ(platform.interfaces().entries().count("IFrequencyHandler_Tx_3"), 1U);
+    handler.reset();
+    EXPECT_EQ(platform.interfaces().entries().count("IFrequencyHandler_Tx_3"), 0U);
+}
+
+TEST_F(CancelledThreadTest, PublishesACancellerBeforeItIsCancelled) {
+    LoCancellation canceller(3);
+    cancelAt(Operation::brokerRegister);
+    EXPECT_TRUE(isCancelledIn([&canceller] {
+        EXPECT_EQ(canceller.initialize(), ResultOk);
+        pthread_testcancel();
+    }));
+    EXPECT_EQ(platform.interfaces().entries().count("ILoCancellation_3"), 1U);
 }
 
 TEST_F(CancelledThreadTest, UnwindsOutOfAMessage) {

@@ -7,6 +7,7 @@
 #include "FrequencyHandler.h"
 #include "FrequencyHandler_Rau.h"
 #include "FrequencyHandler_RfModule.h"
+#include "InterfaceBroker.h"
 #include "MicrowaveRadioTest.h"
 #include "TxIQImbalanceTest.h"
 
@@ -172,6 +173,17 @@ TEST_P(ThrownExceptionTest, ObserverThatThrowsDoesNotKeepTheOthersFromBeingTold)
     EXPECT_THAT(complaints(), ElementsAre(failed("setRfFrequency: observer 1 of direction Tx")));
 }
 
+TEST_P(ThrownExceptionTest, MessageAboutAnObserverIsCutLikeAnyOther) {
+    const std::string direction(140, 'x');
+    RL::FrequencyHandler::RfModule::FrequencyHandler handler(direction, 1);
+    CallingObserver bad([](IFrequencyHandler*) { doThrow(); });
+    handler.registerObserver(&bad);
+    handler.setRfFrequency(carrier);
+    // 40 characters before the direction, 9 behind it, and 10 of the 199 are left.
+    EXPECT_THAT(complaints(), ElementsAre("error: setRfFrequency: observer 0 of direction " + direction +
+                                          " failed: " + GetParam()->text.substr(0, 10)));
+}
+
 TEST_P(ThrownExceptionTest, CObserverThatThrowsDoesNotKeepTheOthersFromBeingTold) {
     Board& board = boot("Rx", plainBoard);
     IFrequencyObserver bad{nullptr, [](void* /*context*/, unsigned long /*channel*/,
@@ -263,6 +275,27 @@ TEST_P(ThrownExceptionTest, BrokerThatThrowsAtALookupEndsEveryInitialisation) {
                       failed("onModuleInit"), failed("onModuleInit"));
 }
 
+TEST_P(ThrownExceptionTest, DriverLayerWhoseRecordThrowsEndsTheInitialisation) {
+    class Thrower final : public IInterface_c {
+    public:
+        void* getCStruct() override { doThrow(); }
+    };
+    Thrower layer;
+    auto& broker = InterfaceBroker::getInstance();
+    broker.unregisterInterface("IDriverLayer", nullptr);
+    broker.registerInterface("IDriverLayer", &layer);
+    EXPECT_FAILS_WITH(make("Tx", plainBoard).onModuleInit(), failed("onModuleInit"));
+    broker.unregisterInterface("IDriverLayer", nullptr);
+}
+
+TEST_P(ThrownExceptionTest, MessageAboutAMissingRemoteRadioThatThrowsIsLostAndNothingElse) {
+    RL::FrequencyHandler::Rau::FrequencyHandler handler("Tx", 4);
+    platform.trace().setSink([](const Standalone::TraceMessage& /*message*/) { doThrow(); });
+    EXPECT_EQ(handler.onModuleInit(), ResultFailed);
+    platform.trace().setSink({});
+    EXPECT_EQ(traces(), (Lines{"error: onModuleInit(): Error getting interface to IRauHandler_4"}));
+}
+
 TEST_P(ThrownExceptionTest, CalibrationHandlerThatThrowsEndsTheInitialisation) {
     Board& board = make("Tx", plainBoard);
     LoCancellation& canceller = makeCanceller();
@@ -347,16 +380,6 @@ TEST_P(ThrownExceptionTest, ModuleIsBuiltAndEndedWhateverBrokerAndModuleManagerT
                                           failed("unregisterInterface"), failed("unregisterInterface")));
 }
 
-TEST_P(ThrownExceptionTest, WithdrawalThatThrowsIsNotTriedAgain) {
-    Standalone::Fault fault{Operation::brokerUnregister, "", 0x8000};
-    fault.thrown = std::make_exception_ptr(std::bad_alloc());
-    platform.calls().inject(std::move(fault));
-    { const RL::FrequencyHandler::RfModule::FrequencyHandler handler("Tx", 3); }
-    EXPECT_THAT(calls(), ElementsAre("broker-register IFrequencyHandler_Tx_3",
-                                     "broker-unregister IFrequencyHandler_Tx_3"));
-    EXPECT_THAT(complaints(), ElementsAre("error: unregisterInterface failed: std::bad_alloc"));
-}
-
 // Module
 
 TEST_P(ThrownExceptionTest, TemperatureServiceThatThrowsEndsTheInitialisationOfTheModule) {
@@ -399,6 +422,16 @@ TEST_P(ThrownExceptionTest, NothingLeavesTheModuleWhateverItsDriversThrow) {
 
 INSTANTIATE_TEST_SUITE_P(OfAKnownType, ThrownExceptionTest, testing::Values(&ofAKnownType));
 INSTANTIATE_TEST_SUITE_P(OfAnotherType, ThrownExceptionTest, testing::Values(&ofAnotherType));
+
+TEST_F(RadioTest, WithdrawalThatThrowsIsNotTriedAgain) {
+    Standalone::Fault fault{Operation::brokerUnregister, "", 0x8000};
+    fault.thrown = std::make_exception_ptr(std::bad_alloc());
+    platform.calls().inject(std::move(fault));
+    { const RL::FrequencyHandler::RfModule::FrequencyHandler handler("Tx", 3); }
+    EXPECT_THAT(calls(), ElementsAre("broker-register IFrequencyHandler_Tx_3",
+                                     "broker-unregister IFrequencyHandler_Tx_3"));
+    EXPECT_THAT(complaints(), ElementsAre("error: unregisterInterface failed: std::bad_alloc"));
+}
 
 // IQ compensation
 

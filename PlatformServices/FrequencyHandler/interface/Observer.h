@@ -12,7 +12,10 @@ public:
     Observer& operator=(const Observer&) = delete;
     virtual ~Observer() = default;
 
-    /** Called on the thread that changed `subject`, before the changing call returns. Must not throw. */
+    /**
+     * Called on the thread that changed `subject`, before the changing call returns. What it throws goes no
+     * further: an error message says so, and the other observers are told.
+     */
     virtual void onChange(SubjectType* subject) = 0;
 };
 

@@ -82,6 +82,7 @@ FrequencyHandler::FrequencyHandler(unsigned long channel, FrequencyHandlerType t
                       m_pPhaseFilter.size()),
       m_temperatureObserver{this, staticNotifyTemperature} {
     build(static_cast<std::int32_t>(channel), type);
+    const CancellationHeld held; // as for its handlers: registered is what is wholly built
     static_cast<void>(guarded<m_trace>(
         "RegisterModule", [this] { return CModuleManager::GetInstance().RegisterModule(this); }));
 }

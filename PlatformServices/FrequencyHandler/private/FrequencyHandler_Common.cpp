@@ -20,6 +20,8 @@ FrequencyHandler::FrequencyHandler(const std::string& name, unsigned long channe
     // The channel is a 32-bit number, also where unsigned long has more bits.
     m_cStruct.m_channel = static_cast<std::uint32_t>(channel);
     m_pCStruct = &m_cStruct;
+    const CancellationHeld
+        held; // nobody would withdraw a handler out of whose construction its thread unwinds
     // Deliberately ignored: a handler that nobody finds still serves its module.
     static_cast<void>(guarded<m_trace>("registerInterface", [this] {
         return InterfaceBroker::getInstance().registerInterface(nameInterface(), this);
@@ -68,7 +70,7 @@ void FrequencyHandler::tellNullObserver(std::size_t index) const {
 }
 
 void FrequencyHandler::tellThrownBy(std::size_t index) const {
-    std::array<char, 100> observer{};
+    std::array<char, 200> observer{};
     static_cast<void>(std::snprintf(observer.data(), observer.size(),
                                     "setRfFrequency: observer %zu of direction %s", index, m_name.c_str()));
     tellThrown(m_trace, observer.data());

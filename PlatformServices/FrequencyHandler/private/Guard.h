@@ -35,7 +35,8 @@ template <OrbiTrace& trace, typename Work>
 
 /**
  * As long as it lives, its thread is not cancelled; a cancellation waits. For where not even the unwinding of
- * a cancelled thread may pass: destructors, and the handler of an exception.
+ * a cancelled thread may pass: destructors, the handler of an exception, and what only a destructor takes
+ * back.
  */
 class CancellationHeld {
 public:

@@ -55,6 +55,7 @@ const std::string& LoCancellation::nameInterface() {
 // Set-up
 
 EAFResult LoCancellation::initialize() {
+    const CancellationHeld held; // published and told of, or neither
     const EAFResult result = guarded<m_trace>("registerInterface", [this] {
         const std::string& name = nameInterface();
         const EAFResult code = InterfaceBroker::getInstance().registerInterface(name, this);

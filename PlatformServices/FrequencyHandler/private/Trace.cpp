@@ -26,13 +26,7 @@ void write(OrbiTrace& trace, OrbiTraceLevel level, const char* sourceFile, int l
 }
 
 bool isWanted(const OrbiTrace& trace, int code, OrbiTraceLevel& level) {
-    try {
-        level = CZulTraceHandler_DmLevel2GtLevel(code);
-    } catch (...) {
-        lose();
-        return false;
-    }
-    return trace.getLevel() >= level;
+    return isWantedHere(trace, code, level);
 }
 
 void lose() {

@@ -37,10 +37,7 @@ write(OrbiTrace& trace, OrbiTraceLevel level, const char* sourceFile, int line, 
 [[gnu::cold]] void lose();
 
 /** Whether a message of the numeric level `code` is wanted, which is mapped to `level`. */
-[[gnu::cold]] bool isWanted(const OrbiTrace& trace, int code, OrbiTraceLevel& level);
-
-/** The same for what is told in the course of every operation: where it stands, without a call. */
-inline bool isWanted(const OrbiTrace& trace, TraceCode::Information code, OrbiTraceLevel& level) {
+[[gnu::always_inline]] inline bool isWantedHere(const OrbiTrace& trace, int code, OrbiTraceLevel& level) {
     try {
         level = CZulTraceHandler_DmLevel2GtLevel(code);
     } catch (...) {
@@ -48,6 +45,14 @@ inline bool isWanted(const OrbiTrace& trace, TraceCode::Information code, OrbiTr
         return false;
     }
     return trace.getLevel() >= level;
+}
+
+/** The same, out of the way of what goes well. */
+[[gnu::cold]] bool isWanted(const OrbiTrace& trace, int code, OrbiTraceLevel& level);
+
+/** The same for what is told in the course of every operation: where it stands, without a call. */
+inline bool isWanted(const OrbiTrace& trace, TraceCode::Information code, OrbiTraceLevel& level) {
+    return isWantedHere(trace, code, level);
 }
 
 } // namespace RL::FrequencyHandler::Trace
