@@ -79,6 +79,8 @@ private:
     std::int64_t m_type = 0;
     std::int32_t m_channel = 1;
     std::int32_t m_otherChannel = 2;
+    std::string m_madeDirection = directions.front();
+    std::int64_t m_madeChannel = 1;
 };
 
 void Decoder::decodeBoard() {
@@ -205,13 +207,20 @@ Step Decoder::observer(Do what, const std::string& handler) {
 
 void Decoder::decodeHandlerStep() {
     const std::uint32_t how = m_bytes.byte();
-    const std::int64_t channel = anyChannel();
-    const std::string& direction = (how & 64U) != 0 ? m_bytes.oneOf(directions) : directions[how / 128U];
+    std::int64_t channel = anyChannel();
+    const std::uint32_t which = (how & 64U) != 0 ? m_bytes.byte() : how / 128U;
+    std::string direction = directions[which % directions.size()];
+    if (which >= 128) { // the handler that was made last; few would meet it again by chance
+        direction = m_madeDirection;
+        channel = m_madeChannel;
+    }
     const std::string name = Told::handlerName(direction, channel);
     const std::int64_t slot = m_bytes.below(2) != 0 ? 1 : 0;
     switch (how % 16) {
     case 0:
     case 1:
+        m_madeDirection = direction;
+        m_madeChannel = channel;
         return add({Do::makeHandler,
                     direction,
                     {slot, static_cast<std::int64_t>(m_bytes.below(3)), channel,

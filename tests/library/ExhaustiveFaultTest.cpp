@@ -107,6 +107,20 @@ std::vector<Step> stepsOfHandlers(std::int32_t channel) {
                                       {Do::destroyHandler, {}, {1}},
                                   });
     }
+    // What they are called counts to its end, in the broker; in messages as far as there is room.
+    const std::string same(150, 'x');
+    for (std::int64_t slot = 0; slot < 2; ++slot) {
+        const std::string direction = same + std::to_string(slot);
+        const std::string name = Told::handlerName(direction, channel);
+        const auto kind = static_cast<std::int64_t>(HandlerKind::rfModule);
+        steps.insert(steps.end(), {
+                                      {Do::makeHandler, direction, {slot, kind, channel, 0}},
+                                      {Do::handlerInit, name},
+                                      {Do::observe, name, {slot}},
+                                      {Do::observeFromC, name, {slot}},
+                                      {Do::handlerSet, name, {18'000'000}},
+                                  });
+    }
     return steps;
 }
 

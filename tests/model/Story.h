@@ -40,7 +40,7 @@ private:
 };
 
 struct Driver {
-    Name name;
+    Name name{""};
     /** The words that are null, a combination of Word. */
     unsigned missingWords = 0;
     /** A lookup answers success and gives null. */
@@ -48,7 +48,7 @@ struct Driver {
 };
 
 struct Variable {
-    Name name;
+    Name name{""};
     std::vector<std::int32_t> values;
     /** The record shows a null content. */
     bool noContent = false;
@@ -58,7 +58,7 @@ struct Variable {
 
 /** A table with one axis or, when `axis2` is not empty, two. */
 struct Table {
-    Name name;
+    Name name{""};
     std::vector<std::int32_t> axis1;
     std::vector<std::int32_t> axis2;
     std::vector<std::int32_t> values;
