@@ -4,6 +4,7 @@
 
 #include "CTxIQImbalanceHandler.h"
 #include "CallingObserver.h"
+#include "Cancellation.h"
 #include "FrequencyHandler.h"
 #include "FrequencyHandler_Rau.h"
 #include "FrequencyHandler_RfModule.h"
@@ -35,6 +36,12 @@ const Thrown ofAnotherType{std::make_exception_ptr(7), "unknown exception"};
 template <typename Test>
 class Throwing : public Test, public testing::WithParamInterface<const Thrown*> {
 protected:
+    void SetUp() override {
+        if (!isUnwindingSeen()) {
+            GTEST_SKIP() << "AddressSanitizer does not see what is unwound here";
+        }
+    }
+
     /** Has each call of `operation` on `object` (empty: on any) throw before it is carried out. */
     void throwFrom(Operation operation, const std::string& object) {
         Standalone::Fault fault{operation, object, 0x8000};
