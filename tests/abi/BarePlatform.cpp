@@ -42,6 +42,14 @@ private:
     DriverLayerInterface m_record{nullptr, &giveDriver};
 };
 
+/** What there is to say of a handle; nothing, when it is the one that was given out. */
+std::string ofTheHandle(const void* handle) {
+    if (handle == &bare()) {
+        return {};
+    }
+    return handle == nullptr ? ", no handle" : ", a stranger's handle";
+}
+
 } // namespace
 
 /** Never destroyed: the library, which is loaded first, destroys its trace objects last. */
@@ -57,7 +65,7 @@ void BarePlatform::reset() {
     driver = {this, &acceptValue, &acceptBytes, nullptr};
     phaseCallback = nullptr;
     temperatureObserver = nullptr;
-    brokerThrows = false;
+    brokerThrows = brokerStoresNothing = false;
     atMapping = atBeginning = atEnd = buffer.atText = nullptr;
     buffer.drop();
     stream.clear();
@@ -197,20 +205,24 @@ EAFResult CModuleManager_RegisterCallback(unsigned moduleId, const char* callbac
 
 EAFResult CInterfaceBroker_GetInstance(void** broker) {
     bare().flatCalls.emplace_back("open");
-    *broker = &bare();
+    if (!bare().brokerStoresNothing) {
+        *broker = &bare();
+    }
     return ResultOk;
 }
 EAFResult CInterfaceBroker_GetInterface(void* broker, const char* name, void** iface) {
     static DriverLayerInterface drivers{nullptr, &giveDriver};
     static TemperatureHandlerCStruct temperatures{&observeTemperature};
-    bare().flatCalls.push_back((broker == &bare() ? "get " : "get with a stranger's handle ") +
-                               std::string(name));
+    bare().flatCalls.push_back("get " + std::string(name) + ofTheHandle(broker));
+    if (bare().brokerStoresNothing) {
+        return ResultOk;
+    }
     const bool isDriverLayer = std::string(name) == "IDriverLayer";
     *iface = isDriverLayer ? static_cast<void*>(&drivers) : static_cast<void*>(&temperatures);
     return ResultOk;
 }
 EAFResult CInterfaceBroker_DestroyInstance(void* broker) {
-    bare().flatCalls.emplace_back(broker == &bare() ? "close" : "close a stranger's handle");
+    bare().flatCalls.emplace_back("close" + ofTheHandle(broker));
     return ResultOk;
 }
 

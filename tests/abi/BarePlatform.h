@@ -64,6 +64,8 @@ struct BarePlatform {
 
     /** What contracts do not forbid, and the library keeps to itself. */
     bool brokerThrows = false;
+    /** The broker's C view succeeds, and stores neither a handle nor a record. */
+    bool brokerStoresNothing = false;
 
     /** Are called when a level is mapped, when a message is begun and when it is ended; may do whatever a
      * platform may do. */

@@ -213,6 +213,19 @@ TEST_F(BarePlatformTest, CompensationIsSetUpWhenItsCallbackIsCalled) {
     EXPECT_EQ(bare().temperatureObserver->context, &handler);
 }
 
+TEST_F(BarePlatformTest, CompensationHasNeitherHandleNorRecordOfABrokerThatStoresNone) {
+    CTxIQImbalanceHandler handler(2);
+    handler.initialize();
+    bare().flatCalls.clear();
+    bare().messages.clear();
+    bare().brokerStoresNothing = true;
+    EXPECT_EQ(bare().phaseCallback->onPhaseActivation(bare().phaseCallback->context, 11, ECallbackPriority{}),
+              ResultFailed);
+    EXPECT_THAT(bare().flatCalls, ElementsAre("open", "get IDriverLayer, no handle", "close, no handle"));
+    EXPECT_THAT(bare().messages,
+                Contains("text CTxFrequencyHandler failed to get IDriverLayer (EAFResult = 0x0)"));
+}
+
 TEST_F(BarePlatformTest, CompensationPassesTheRecordForOffsetsAndTheContextForGainAndPhase) {
     CTxIQImbalanceHandler handler(2);
     handler.initialize();

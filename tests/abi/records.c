@@ -1,9 +1,12 @@
-/* The C records hold their words in the order that clients and platforms were compiled with. */
+/* The C records hold their words in the order that clients and platforms were compiled with, and the codes
+ * are their numbers.
+ */
 #include "CModuleManager_c.h"
 #include "CStorageManager.h"
 #include "DriverLayer.h"
 #include "IFrequencyHandler_c.h"
 #include "ITemperatureHandler_c.h"
+#include "ResultCode.h"
 
 #include <stddef.h>
 
@@ -43,3 +46,9 @@ WORD(1, StorageVariable, content);
 
 WORD(0, ModuleCallbackRecord, context);
 WORD(1, ModuleCallbackRecord, onPhaseActivation);
+
+/* Does not compile unless the code is that number. */
+#define CODE(number, code) typedef char code##_number[(code) == (number) ? 1 : -1]
+
+CODE(0, ResultOk);
+CODE(0x8000, ResultFailed);

@@ -157,6 +157,24 @@ TEST(FrequencyPlanTest, NegativeFactorDividesByAHugeNumber) {
     EXPECT_EQ(Plan::exactRfPllFrequency(highestCarrier, withFactor(-2)), 0U);
 }
 
+TEST(FrequencyPlanTest, DivisionByANegativeFactorLeavesNoQuotient) {
+    // A quotient of 1 would be 1 kHz here, and 1000 Hz there.
+    EXPECT_EQ(Plan::rfPllFrequency(18'000'250, withFactor(-1)), 0U);
+    EXPECT_EQ(Plan::exactRfPllFrequency(18'000'250, withFactor(-1)), 0U);
+    EXPECT_EQ(Plan::Detail::divide(18'000'250, withFactor(-1)).quotient, 0U);
+}
+
+TEST(FrequencyPlanTest, DivisionByANegativeFactorLeavesNoRest) {
+    // A rest of 1 would be 1000 / 1 Hz.
+    EXPECT_EQ(Plan::exactRfPllFrequency(18'000'250, withFactor(-1)), 0U);
+    EXPECT_EQ(Plan::exactRfPllFrequency(1, withFactor(-2'147'483'648)), 0U);
+    EXPECT_EQ(Plan::Detail::divide(18'000'250, withFactor(-1)).rest, 0U);
+}
+
+TEST(FrequencyPlanTest, RestOfANegativeFactorIsDividedByOne) {
+    EXPECT_EQ(Plan::Detail::divide(18'000'250, withFactor(-1)).divisor, 1U);
+}
+
 TEST(FrequencyPlanTest, ExactRfPllIsInHertz) {
     EXPECT_EQ(Plan::exactRfPllFrequency(18'000'250, receiver()), 9'000'125'000U);
 }

@@ -116,6 +116,13 @@ TEST_F(MicrowaveBoardSpacingTest, ArrayWithoutContentFailsBeforeAnythingIsWritte
     EXPECT_EQ(traces(), (Lines{"error: channel.1.rx.rf.frequency.cs.offset.array was not found"}));
 }
 
+TEST_F(MicrowaveBoardSpacingTest, ArrayOfOneWithoutContentFailsToo) {
+    set("channel.1.rx.rf.frequency.cs.offset.arraysize", {1});
+    platform.variables().find("channel.1.rx.rf.frequency.cs.offset.array")->setContentMissing(true);
+    EXPECT_EQ(boot("Rx", withOffsetArray).writeFrequencyToHW(carrier), ResultFailed);
+    EXPECT_EQ(traces(), (Lines{"error: channel.1.rx.rf.frequency.cs.offset.array was not found"}));
+}
+
 TEST_F(MicrowaveBoardSpacingTest, EmptyArrayNeedsNoContent) {
     set("channel.1.rx.rf.frequency.cs.offset.arraysize", {0});
     platform.variables().find("channel.1.rx.rf.frequency.cs.offset.array")->setContentMissing(true);

@@ -2,6 +2,7 @@
 
 #include "CallingObserver.h"
 #include "FailingMemory.h"
+#include "FrequencyHandler.h"
 #include "FrequencyHandler_MicrowaveBoard.h"
 #include "FrequencyHandler_Rau.h"
 #include "FrequencyHandler_RfModule.h"
@@ -99,6 +100,15 @@ TEST_F(OutOfMemoryTest, ObserversFromBeforeAreStillTold) {
     EXPECT_EQ(told, 1);
 }
 
+TEST_F(OutOfMemoryTest, ListOfObserversInCGrowsToTwiceItsLengthAndOne) {
+    const std::size_t before = FailingMemory::taken();
+    for (int count = 0; count < 8; ++count) {
+        EXPECT_EQ(subscribe(0), ResultOk);
+    }
+    // Eight wrappers, and lists for 1, 3, 7 and 15 of them.
+    EXPECT_EQ(FailingMemory::taken() - before, 12U);
+}
+
 TEST_F(OutOfMemoryTest, RegistrationWorksOnceThereIsMemoryAgain) {
     EXPECT_EQ(subscribe(1), ResultFailed);
     forget();
@@ -128,6 +138,13 @@ TEST_F(OutOfMemoryTest, CancellerIsWithdrawnWithoutMemory) {
     canceller.reset();
     FailingMemory::failAt(0);
     EXPECT_EQ(platform.interfaces().entries().count("ILoCancellation_-2147483648"), 0U);
+}
+
+TEST_F(OutOfMemoryTest, ModuleWhoseHandlersCannotBeMadeSaysSoAndHasNone) {
+    FailingMemory::failAt(2); // the first is for the platform's copy of the module's name
+    ::FrequencyHandler module(1, ::FrequencyHandler::RfModule);
+    EXPECT_THAT(traces(), ElementsAre("error: FrequencyHandler failed: std::bad_alloc"));
+    EXPECT_EQ(module.setTxFrequency(7'442'000), ResultFailed);
 }
 
 TEST_F(OutOfMemoryTest, NoExceptionLeavesTheInitialisationOfAnyHandler) {

@@ -319,6 +319,14 @@ TEST_P(ThrownExceptionTest, DriverThatThrowsEndsSetIq) {
     EXPECT_THAT(writes(), ElementsAre("channel.1.tx.rf.mixer.i=3")); // Q is not written
 }
 
+TEST_P(ThrownExceptionTest, FailsAlsoWhenNoMessageIsWanted) {
+    LoCancellation& canceller = bootCanceller();
+    platform.trace().setThreshold(Standalone::TraceLevel::off);
+    throwFrom(Operation::driverWrite, "");
+    EXPECT_EQ(canceller.setIQ(3, 4), ResultFailed);
+    EXPECT_THAT(traces(), IsEmpty());
+}
+
 TEST_P(ThrownExceptionTest, DriverThatThrowsFailsTheCorrection) {
     LoCancellation& canceller = bootCanceller();
     throwFrom(Operation::driverWrite, "channel.1.tx.rf.mixer.q");

@@ -4,7 +4,8 @@
  * A code below 0x8000 is a success and a code of 0x8000 or above is a failure. Codes compare as signed
  * 32-bit integers, so 0xFFFFFFFF is -1 and a success. 0 is the ordinary success. The library reports its
  * own failures as exactly 0x8000, whatever code the platform gave; the platform's code is shown in a trace
- * message only. What the platform or a driver throws counts as a failure. Two operations of CTxIQImbalanceHandler have a failing code of their own beside it.
+ * message only. What the platform or a driver throws counts as a failure. Two operations of
+ * CTxIQImbalanceHandler have a failing code of their own beside it.
  *
  * Usable from C99 and from C++17 on.
  */

@@ -5,7 +5,6 @@
 #include "Trace.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <cstdio>
 
@@ -70,7 +69,7 @@ void FrequencyHandler::tellNullObserver(std::size_t index) const {
 }
 
 void FrequencyHandler::tellThrownBy(std::size_t index) const {
-    std::array<char, 200> observer{};
+    Trace::Text observer{};
     static_cast<void>(std::snprintf(observer.data(), observer.size(),
                                     "setRfFrequency: observer %zu of direction %s", index, m_name.c_str()));
     tellThrown(m_trace, observer.data());

@@ -9,6 +9,9 @@
 
 namespace RL::FrequencyHandler::MicrowaveBoard {
 
+using FrequencyPlan::magnitude;
+using FrequencyPlan::word;
+
 namespace {
 
 constexpr const char* chargePumpTableName = "Rf.Pll.Frequency.To.Chargepump.Setting";
@@ -38,16 +41,8 @@ constexpr std::array<HalfSpacing, 10> halfSpacings{{
     {600, 125000},
 }};
 
-constexpr std::uint32_t word(std::int32_t number) {
-    return static_cast<std::uint32_t>(number);
-}
-
-constexpr std::int32_t signedProduct(std::int32_t sign, std::uint32_t magnitude) {
-    return static_cast<std::int32_t>(word(sign) * magnitude);
-}
-
-constexpr std::uint32_t magnitudeOf(std::int32_t number) {
-    return number < 0 ? 0U - word(number) : word(number);
+constexpr std::int32_t signedProduct(std::int32_t sign, std::uint32_t value) {
+    return static_cast<std::int32_t>(word(sign) * value);
 }
 
 /** The bytes of a number, in the same order on any host. */
@@ -300,7 +295,7 @@ EAFResult FrequencyHandler::findChannelSpacingOffset(std::int32_t& offset) const
         FH_TRACE(m_trace, TraceCode::information, "%s: Array(CS)=%i, Array(Foffset)=%i", "writeFrequencyToHW",
                  array[i], array[i + 1]);
         // The sideband supplies the sign, whatever sign is stored.
-        offset = signedProduct(m_rfSideband, magnitudeOf(array[i + 1]));
+        offset = signedProduct(m_rfSideband, magnitude(word(array[i + 1])));
         break;
     }
 

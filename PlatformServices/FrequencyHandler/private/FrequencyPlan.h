@@ -24,9 +24,6 @@ struct Parameters {
     std::int32_t ifBb;
 };
 
-/** Not for use outside this file. */
-namespace Detail {
-
 /** The 32-bit word of a signed number, on which sums, differences and products wrap around. */
 constexpr std::uint32_t word(std::int32_t number) {
     return static_cast<std::uint32_t>(number);
@@ -36,6 +33,9 @@ constexpr std::uint32_t word(std::int32_t number) {
 constexpr std::uint32_t magnitude(std::uint32_t value) {
     return static_cast<std::int32_t>(value) < 0 ? 0U - value : value;
 }
+
+/** Not for use outside this file. */
+namespace Detail {
 
 /**
  * What a division by the multiplication factor leaves: quotient and rest. A negative factor stands for the
@@ -57,8 +57,7 @@ constexpr Divided divide(std::uint32_t frequency, const Parameters& parameters) 
 
 /** The RF LO, in kHz, for a carrier in kHz: IF above or below it; a negative sum folds to its magnitude. */
 constexpr std::uint32_t rfLoFrequency(std::uint32_t carrier, const Parameters& parameters) {
-    return Detail::magnitude(carrier +
-                             Detail::word(parameters.ifFrequency) * Detail::word(parameters.rfSideband));
+    return magnitude(carrier + word(parameters.ifFrequency) * word(parameters.rfSideband));
 }
 
 /** A frequency in kHz rounded to whole MHz, halves up. */
@@ -73,10 +72,8 @@ constexpr std::uint32_t frequencyStep(std::uint32_t frequency) {
 constexpr std::uint32_t ifPllFrequency(std::uint32_t carrier, const Parameters& parameters) {
     const std::uint32_t lo = rfLoFrequency(carrier, parameters);
     const std::uint32_t residue = lo - 1000U * frequencyStep(lo);
-    const std::uint32_t baseband =
-        1000U * (Detail::word(parameters.ifBb) * Detail::word(parameters.ifSideband));
-    return Detail::magnitude(Detail::word(parameters.ifFrequency) + baseband -
-                             Detail::word(parameters.rfSideband) * residue);
+    const std::uint32_t baseband = 1000U * (word(parameters.ifBb) * word(parameters.ifSideband));
+    return magnitude(word(parameters.ifFrequency) + baseband - word(parameters.rfSideband) * residue);
 }
 
 /** The RF PLL, in kHz, for a carrier in kHz: the LO in whole MHz, divided by the multiplication factor. */
@@ -92,7 +89,7 @@ constexpr std::uint64_t exactRfPllFrequency(std::uint32_t lo, const Parameters& 
 
 /** The baseband frequency, in kHz. */
 constexpr std::uint32_t bbFrequency(const Parameters& parameters) {
-    return 1000U * Detail::word(parameters.ifBb);
+    return 1000U * word(parameters.ifBb);
 }
 
 } // namespace RL::FrequencyHandler::FrequencyPlan

@@ -1,5 +1,6 @@
 #include "LoCancellationSearch.h"
 
+#include <algorithm>
 #include <limits>
 
 // Built without contraction of floating-point expressions: a product is rounded before it is added, so that
@@ -13,13 +14,7 @@ namespace {
 std::int32_t truncated(double value) {
     constexpr double lowest = std::numeric_limits<std::int32_t>::min();
     constexpr double highest = std::numeric_limits<std::int32_t>::max();
-    if (value >= highest) {
-        return std::numeric_limits<std::int32_t>::max();
-    }
-    if (value <= lowest) {
-        return std::numeric_limits<std::int32_t>::min();
-    }
-    return value == value ? static_cast<std::int32_t>(value) : 0;
+    return value == value ? static_cast<std::int32_t>(std::clamp(value, lowest, highest)) : 0;
 }
 
 /** Sum and difference with 32-bit wrap-around. */
@@ -82,7 +77,7 @@ std::int32_t LoCancellationSearch::narrow() {
     m_q.keep(best / 2 == 0, m_shrinkFactor);
     m_i.placeProbes(m_shrinkFactor);
     m_q.placeProbes(m_shrinkFactor);
-    return m_q.width() >= m_i.width() ? m_q.width() : m_i.width();
+    return std::max(m_i.width(), m_q.width());
 }
 
 LoCancellationSearch::Point LoCancellationSearch::midpoint() const {

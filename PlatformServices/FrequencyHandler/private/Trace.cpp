@@ -2,7 +2,6 @@
 
 #include <cxxabi.h>
 
-#include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <ostream>
@@ -11,7 +10,7 @@ namespace RL::FrequencyHandler::Trace {
 
 void write(OrbiTrace& trace, OrbiTraceLevel level, const char* sourceFile, int line, const char* format,
            ...) {
-    std::array<char, 200> text{};
+    Text text{};
     va_list arguments;
     va_start(arguments, format);
     static_cast<void>(std::vsnprintf(text.data(), text.size(), format, arguments));

@@ -12,6 +12,8 @@
 
 #include "OrbiTrace.h"
 
+#include <array>
+
 /** The numeric levels of the library's messages. Some failures use the failing code itself as the level. */
 namespace RL::FrequencyHandler::TraceCode {
 constexpr int notice = 0x100;
@@ -27,6 +29,9 @@ namespace RL::FrequencyHandler::Trace {
 /** What every trace object of the library is built with. */
 constexpr const char* objectName = "QVX.FH";
 constexpr OrbiTraceLevel initialLevel{3};
+
+/** Room for the text of a message and its closing zero; what does not fit is cut off. */
+using Text = std::array<char, 200>;
 
 /** Formats a message that is wanted and hands it to the trace object. */
 [[gnu::cold, gnu::format(printf, 5, 6)]] void

@@ -49,13 +49,16 @@ public:
         giveBack();
     }
 
-    /** Finds the record of the interface `name`; null on failure. Gives the code of the step that decided. */
+    /** Finds the record of the interface `name`; leaves it on failure. Gives the code of the step that
+     * decided. */
     template <typename Record>
     EAFResult find(const char* name, Record*& record) const {
         void* found = nullptr;
         const EAFResult code =
             isSuccess(m_code) ? CInterfaceBroker_GetInterface(m_broker, name, &found) : m_code;
-        record = isSuccess(code) ? static_cast<Record*>(found) : nullptr;
+        if (isSuccess(code)) {
+            record = static_cast<Record*>(found);
+        }
         return code;
     }
 
