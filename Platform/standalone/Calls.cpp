@@ -118,7 +118,8 @@ std::optional<Calls::Verdict> Calls::judge(Operation operation, std::string_view
         return std::nullopt;
     }
     const bool isCarriedOut = !fault->isLeftUndone && (fault->isCarriedOut || isSuccess(fault->code));
-    const Verdict verdict{fault->code, fault->output, isCarriedOut, fault->givesNull, fault->thrown};
+    std::optional<Verdict> verdict =
+        Verdict{fault->code, fault->output, isCarriedOut, fault->givesNull, fault->thrown};
     std::optional<std::uint32_t>& times = fault->times;
     if (times && --*times == 0) {
         m_faults.erase(std::next(fault).base());
