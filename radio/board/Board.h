@@ -2,6 +2,7 @@
 #define RADIO_BOARD_BOARD_H
 
 #include "FrequencyHandler.h"
+#include "devices/Description.h"
 #include "radio/files/InputError.h"
 #include "radio/model/LeakageModel.h"
 #include "radio/model/TransmitterModel.h"
@@ -9,6 +10,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -118,6 +120,14 @@ struct Limits {
     std::optional<Range> temperature;
 };
 
+/** What of a board is real hardware, where it is on a bench. */
+struct HardwareOnBench {
+    Devices::HardwareDescription description;
+    /** Where the file says so, by the names of the drivers. */
+    std::map<std::string, Place> places{};
+    Place sensorPlace{};
+};
+
 /** A radio as its board file describes it, checked key by key, but not yet against what its handlers ask for.
  */
 struct Board {
@@ -140,6 +150,7 @@ struct Board {
     std::vector<InterfaceDescription> interfaces;
     std::vector<RasterDescription> rasters;
     Limits limits;
+    HardwareOnBench hardware{};
 };
 
 /** The word for a handler type in board files, for example "rf-module". */

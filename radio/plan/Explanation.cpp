@@ -2,6 +2,7 @@
 
 #include "ResultCode.h"
 #include "radio/board/PlatformWords.h"
+#include "radio/plan/Forecast.h"
 #include "radio/plan/HardwareWords.h"
 #include "radio/plan/PlanSteps.h"
 #include "radio/plan/ProducedCarrier.h"
@@ -11,23 +12,6 @@
 namespace Radio::Plan {
 
 namespace {
-
-/** What the steps expect in hardware, beside the corrections of the mixer. */
-HardwareWords expectedWords(const SpacingShift& shift, const PlanSteps& steps, const Parameters& parameters,
-                            std::int32_t chargePump) {
-    HardwareWords words;
-    if (const auto dspWord = shift.dspWord()) {
-        words[Word::dspOffset] = *dspWord;
-    }
-    if (steps.ifPll) {
-        words[Word::ifPll] = static_cast<std::int32_t>(*steps.ifPll);
-    }
-    words[Word::rfPll] = parameters.build.hasLoInHz
-                             ? static_cast<std::int64_t>(steps.rfPll)
-                             : static_cast<std::int32_t>(static_cast<std::uint32_t>(steps.rfPll));
-    words[Word::chargePump] = chargePump;
-    return words;
-}
 
 std::string wordOrNothing(const std::optional<std::int64_t>& word) {
     return word ? std::to_string(*word) : "nothing";
@@ -67,11 +51,9 @@ HardwareWords explainMicrowaveBoard(Explanation& explanation, Standalone::Platfo
     }
     const PlanSteps steps = stepsFor(explanation.carrier, shift, parameters);
     list.addSynthesisers(steps);
-    HardwareWords expected = expectedWords(shift, steps, parameters, 0);
+    HardwareWords expected = expectedWords(shift, steps, parameters);
     const int channel = explanation.channel.number;
-    if (usesLoConfiguration(platform, channel, explanation.direction)) {
-        expected[Word::chargePump] = std::nullopt;
-    } else {
+    if (!usesLoConfiguration(platform, channel, explanation.direction)) {
         const CalibrationTable* const table =
             chargePumpTable(platform.tables(), channel, explanation.direction);
         expected[Word::chargePump] = list.addChargePump(table, steps.adjusted);

@@ -25,8 +25,9 @@ public:
  */
 class BootedRadio {
 public:
-    /** Boots the board. `board` must outlive the object. */
-    explicit BootedRadio(const Board& board);
+    /** Boots the board. `board` must outlive the object, and so must `hardware`, if the radio is to have it.
+     */
+    explicit BootedRadio(const Board& board, Devices::Hardware* hardware = nullptr);
 
     /** False when a start-up phase failed; complaints() may say why. */
     bool isUp() const { return m_isUp; }

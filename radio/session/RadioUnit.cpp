@@ -39,14 +39,20 @@ private:
     const RadioEvents& m_events;
 };
 
-RadioUnit::RadioUnit(const Board& board, RadioEvents events) : m_events(std::move(events)) {
+RadioUnit::RadioUnit(const Board& board, RadioEvents events, Devices::Hardware* hardware)
+    : m_events(std::move(events)) {
     furnishPlatform(board);
+    if (hardware != nullptr) {
+        bindHardware(*hardware);
+    }
     listen();
     for (const ChannelDescription& channel : board.channels) {
         addChannel(channel);
     }
     observeAll(board);
-    bindTransmitters(board);
+    if (hardware == nullptr) {
+        bindTransmitters(board);
+    }
 }
 
 void RadioUnit::addChannel(const ChannelDescription& channel) {
@@ -87,6 +93,13 @@ void RadioUnit::furnishPlatform(const Board& board) {
         }
         setPresence(interface.name, interface.presence);
     }
+}
+
+void RadioUnit::bindHardware(Devices::Hardware& hardware) {
+    for (const auto& [name, driver] : m_platform.drivers().drivers()) {
+        driver->setBacking(hardware.backing(name));
+    }
+    m_clock.setRealTime(true);
 }
 
 void RadioUnit::listen() {

@@ -4,6 +4,7 @@
 #include "CTxIQImbalanceHandler.h"
 #include "FrequencyHandler.h"
 #include "IFrequencyHandler.h"
+#include "devices/Hardware.h"
 #include "radio/board/Board.h"
 #include "radio/board/PlatformWords.h"
 #include "radio/session/LeakingTransmitter.h"
@@ -47,8 +48,11 @@ public:
     /**
      * Builds the modules and IQ compensations of all channels, which are not started yet. `events` is called
      * from then on.
+     *
+     * With `hardware`, which must outlive the object, the drivers that have some are bound to it; then
+     * nothing is modelled, and sleeping takes as long as it says.
      */
-    RadioUnit(const Board& board, RadioEvents events);
+    RadioUnit(const Board& board, RadioEvents events, Devices::Hardware* hardware = nullptr);
     RadioUnit(const RadioUnit&) = delete;
     RadioUnit& operator=(const RadioUnit&) = delete;
     ~RadioUnit();
@@ -93,6 +97,7 @@ private:
     class ChangeObserver;
 
     void furnishPlatform(const Board& board);
+    void bindHardware(Devices::Hardware& hardware);
     void listen();
     void addChannel(const ChannelDescription& channel);
     void observeAll(const Board& board);

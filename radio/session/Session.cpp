@@ -10,11 +10,12 @@
 
 namespace Radio {
 
-Session::Session(const Board& board, SessionListener& listener, OrbiTraceLevel shownTrace)
+Session::Session(const Board& board, SessionListener& listener, OrbiTraceLevel shownTrace,
+                 Devices::Hardware* hardware)
     : m_listener(listener),
       m_shownTrace(shownTrace),
       m_expectedTrace(Standalone::TraceLevel::notice),
-      m_radio(board, events()) {
+      m_radio(board, events(), hardware) {
     m_radio.platform().calls().setRecording(false);
     m_radio.platform().trace().setRecording(false);
     applyTraceLevels();

@@ -21,9 +21,11 @@ class Session {
 public:
     /**
      * `board` and `listener` must outlive the object. `shownTrace` chooses the trace messages that are shown;
-     * what expectations see does not depend on it.
+     * what expectations see does not depend on it. `hardware`, if the radio is to have it, must outlive the
+     * object, too.
      */
-    Session(const Board& board, SessionListener& listener, OrbiTraceLevel shownTrace);
+    Session(const Board& board, SessionListener& listener, OrbiTraceLevel shownTrace,
+            Devices::Hardware* hardware = nullptr);
 
     /** Runs the phases of a start-up, up to the first that fails. To be called first, and once. */
     void boot();
