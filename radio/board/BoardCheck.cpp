@@ -3,6 +3,7 @@
 #include "radio/board/BoardDemand.h"
 #include "radio/board/BoardFile.h"
 #include "radio/board/BoardNames.h"
+#include "radio/board/HardwareCheck.h"
 #include "radio/text/NearestName.h"
 #include "radio/text/Words.h"
 
@@ -126,6 +127,9 @@ std::vector<Finding> Checker::run() {
         if (!entry.isAccountedFor) {
             checkLeftOver(key, entry);
         }
+    }
+    for (Finding& finding : checkHardwareRanges(m_board)) {
+        m_findings.push_back(std::move(finding));
     }
     std::stable_sort(m_findings.begin(), m_findings.end(),
                      [](const Finding& a, const Finding& b) { return a.place.line < b.place.line; });

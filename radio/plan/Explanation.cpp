@@ -7,6 +7,7 @@
 #include "radio/plan/PlanSteps.h"
 #include "radio/plan/ProducedCarrier.h"
 #include "radio/plan/StepList.h"
+#include "radio/plan/TuneCheck.h"
 #include "radio/session/HardwareWrite.h"
 
 namespace Radio::Plan {
@@ -68,10 +69,11 @@ std::optional<std::int64_t> Explanation::error() const {
     return produced ? std::optional(*produced - std::int64_t{carrier} * 1000) : std::nullopt;
 }
 
-Explanation explain(BootedRadio& booted, const ChannelDescription& channel, Direction direction,
-                    std::uint32_t carrier) {
+Explanation explain(BootedRadio& booted, const Board& board, const ChannelDescription& channel,
+                    Direction direction, std::uint32_t carrier) {
     Standalone::Platform& platform = booted.radio().platform();
     Explanation explanation{channel, direction, carrier, {}, {}, {}, {}, {}, {}, {}};
+    explanation.forbidden = whyNotTune(board, platform, direction, channel.number, carrier);
     WordSources sources(platform, channel, direction);
     booted.forget();
     sources.mark();

@@ -53,6 +53,16 @@ private:
     bool m_isHeld = false;
 };
 
+/** What an attribute gets when a driver is written. */
+struct AttributeWrite {
+    /** For people, "synthesiser: adf4371/out:altvoltage0/frequency" for example. */
+    std::string attribute;
+    /** A number as text, or a command of an instrument; empty when the value cannot be written. */
+    std::string text;
+};
+/** What a value of a driver becomes in hardware, in the order of writing; nothing for one that has none. */
+std::vector<AttributeWrite> attributeWrites(const Board& board, std::string_view driver, std::int64_t value);
+
 /** The drivers of a board that have no hardware: they stay simulated on a bench. */
 std::vector<std::string> driversWithoutHardware(const Board& board);
 

@@ -7,6 +7,7 @@
 #include "radio/text/Words.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Radio {
 
@@ -92,6 +93,14 @@ void Session::act(const ScriptLine& line, const Action& action) {
         m_failureOpen = isFailure(outcome.code);
     }
     m_listener.commandFinished(outcome.code, outcome.note);
+}
+
+std::size_t Session::sense(int degrees) {
+    LastCommand last;
+    std::swap(last, m_last);
+    const std::size_t told = m_radio.platform().temperature().set(degrees);
+    std::swap(last, m_last);
+    return told;
 }
 
 void Session::beginActing() {

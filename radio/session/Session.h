@@ -31,6 +31,12 @@ public:
     void boot();
     /** Carries out one command, which has been checked against the board. */
     void execute(const ScriptLine& line);
+    /**
+     * Tells the radio a temperature that nobody typed, in degrees Celsius; gives how many observers were
+     * told. What it writes is told to the listener, and is not what the last command did.
+     */
+    std::size_t sense(int degrees);
+    RadioUnit& radio() { return m_radio; }
     /** True once a command has asked to leave. */
     bool isOver() const { return m_over; }
     /** Ends the session; what it came to. To be called once, at the end. */

@@ -2,6 +2,7 @@
 
 #include "radio/board/BoardCheck.h"
 #include "radio/board/BoardFile.h"
+#include "radioctl/bench/HardwareCheck.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/report/FindingReport.h"
 #include "radioctl/report/Output.h"
@@ -13,6 +14,8 @@ namespace Radio {
 CheckCommandLine::CheckCommandLine(CommandLine::Command program)
     : m_check(program.command("check", "Say what a board lacks or has too much of,\nwithout booting it")) {
     m_check.option("BOARD", m_boards, "Board descriptions (TOML)").required().named("FILE");
+    m_check.flag("--hardware", m_hardware,
+                 "Also find every device and attribute, readable\nand writable, writing nothing");
     m_check.json(m_json);
 }
 
@@ -21,7 +24,9 @@ int CheckCommandLine::run(bool json) {
     int worst = ExitCode::good;
     for (const std::string& board : m_boards) {
         worst = std::max(worst, refusing(m_json, [&] {
-                             return showFindings(board, checkBoard(loadBoard(board)), m_json);
+                             const Board read = loadBoard(board);
+                             const int code = showFindings(board, checkBoard(read), m_json);
+                             return m_hardware ? std::max(code, checkHardware(read, m_json)) : code;
                          }));
     }
     return worst;

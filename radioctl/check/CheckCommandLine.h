@@ -20,6 +20,7 @@ public:
 private:
     CommandLine::Command m_check;
     std::vector<std::string> m_boards;
+    bool m_hardware = false;
     bool m_json = false;
 };
 

@@ -1,13 +1,13 @@
 #include "radioctl/console/LineEditor.h"
 
 #include "radio/language/Completion.h"
+#include "radioctl/console/StateFolder.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <clocale>
 #include <cstdio>
-#include <cstdlib>
 #include <cwchar>
 #include <iostream>
 #include <string_view>
@@ -19,21 +19,11 @@ namespace {
 
 constexpr int historyLength = 1000;
 
-std::filesystem::path directoryFrom(const char* variable) {
-    const char* const value = std::getenv(variable);
-    std::filesystem::path directory = value == nullptr ? "" : value;
-    return directory.is_absolute() ? directory : std::filesystem::path();
-}
-
 } // namespace
 
 std::filesystem::path historyFile() {
-    std::filesystem::path state = directoryFrom("XDG_STATE_HOME");
-    if (state.empty()) {
-        const std::filesystem::path home = directoryFrom("HOME");
-        state = home.empty() ? home : home / ".local" / "state";
-    }
-    return state.empty() ? state : state / "radioctl" / "history";
+    const std::filesystem::path folder = stateFolder();
+    return folder.empty() ? folder : folder / "history";
 }
 
 LineEditor::LineEditor(const BoardNames& names, Interrupt& interrupt, std::filesystem::path historyFile)

@@ -62,6 +62,11 @@ Option& Option::separatedBy(char separator) {
     return *this;
 }
 
+Option& Option::excludes(const Option& other) {
+    m_option->excludes(other.m_option);
+    return *this;
+}
+
 bool Option::isThere() const {
     return m_option->count() != 0;
 }

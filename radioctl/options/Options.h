@@ -43,6 +43,9 @@ public:
     /** Its values stand in one word with `separator` between them. */
     Option& separatedBy(char separator);
 
+    /** It and `other` cannot be there both. */
+    Option& excludes(const Option& other);
+
     bool isThere() const;
 
 private:

@@ -58,6 +58,9 @@ void writeWrites(std::ostream& out, const std::vector<ExplainedWrite>& writes) {
 
 void writeOutcome(std::ostream& out, const Explanation& explanation) {
     out << "\n";
+    if (!explanation.forbidden.empty()) {
+        out << "FORBIDDEN by the board: " << explanation.forbidden << "\n";
+    }
     for (const std::string& complaint : explanation.complaints) {
         out << "The library reports: " << complaint << "\n";
     }
@@ -137,6 +140,7 @@ void writeJson(std::ostream& out, const Board& board, const Explanation& explana
                         {"error_hz", orNull(explanation.error())},
                         {"complaints", explanation.complaints},
                         {"disagreements", explanation.disagreements},
+                        {"forbidden", explanation.forbidden},
                         {"ok", explanation.isGood()}});
 }
 

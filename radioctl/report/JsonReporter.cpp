@@ -47,6 +47,10 @@ void JsonReporter::boardLoaded(const Board& board) {
                           {"channels", channels}});
 }
 
+void JsonReporter::sensed(int degrees, std::size_t observers) {
+    writeJsonLine(m_out, {{"event", "sensed"}, {"degrees", degrees}, {"observers", observers}});
+}
+
 void JsonReporter::phaseStarted(unsigned long phase) {
     writeJsonLine(m_out, {{"event", "phase"}, {"phase", phase}, {"meaning", meaningOf(phase)}});
 }
@@ -96,6 +100,9 @@ void JsonReporter::called(const Standalone::Call& call) {
         event["bytes"] = call.bytes;
     }
     addCode(event, call.code);
+    for (const AttributeWrite& write : attributesOf(call)) {
+        event["attributes"].push_back({{"attribute", write.attribute}, {"text", write.text}});
+    }
     writeJsonLine(m_out, event);
 }
 

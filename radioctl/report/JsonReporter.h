@@ -15,6 +15,7 @@ public:
     JsonReporter(std::ostream& out, bool verbose) : m_out(out), m_verbose(verbose) {}
 
     void boardLoaded(const Board& board) override;
+    void sensed(int degrees, std::size_t observers) override;
     void phaseStarted(unsigned long phase) override;
     void phaseFinished(const Standalone::PhaseReport& report) override;
     void booted(bool succeeded) override;

@@ -123,6 +123,11 @@ void TextReporter::boardLoaded(const Board& board) {
     }
 }
 
+void TextReporter::sensed(int degrees, std::size_t observers) {
+    m_out << indent << "sensor: " << degrees << " degrees, " << counted(observers, "observer") << " told\n"
+          << std::flush;
+}
+
 void TextReporter::phaseStarted(unsigned long phase) {
     m_writes = 0;
     m_out << "phase " << phase << ": " << meaningOf(phase) << "\n";
@@ -199,6 +204,10 @@ void TextReporter::showWrite(const Standalone::Call& call) {
         m_out << " (" << counted(call.bytes.size(), "byte") << ")";
     }
     m_out << answer(call.code) << "\n";
+    for (const AttributeWrite& write : attributesOf(call)) {
+        m_out << indent << "  => " << harmless(write.attribute) << " <- "
+              << (write.text.empty() ? "nothing that it could take" : harmless(write.text)) << "\n";
+    }
 }
 
 void TextReporter::traced(const Standalone::TraceMessage& message) {

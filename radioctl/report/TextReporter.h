@@ -26,6 +26,7 @@ public:
     TextReporter(std::ostream& out, TextStyle style) : m_out(out), m_style(style) {}
 
     void boardLoaded(const Board& board) override;
+    void sensed(int degrees, std::size_t observers) override;
     void phaseStarted(unsigned long phase) override;
     void phaseFinished(const Standalone::PhaseReport& report) override;
     void booted(bool succeeded) override;

@@ -17,6 +17,7 @@ RunCommandLine::RunCommandLine(CommandLine::Command program)
 CommandLine::Command RunCommandLine::add(CommandLine::Command& program, const char* name, const char* help) {
     CommandLine::Command command = program.command(name, help);
     command.option("BOARD", m_options.board, "Board description (TOML)").required().named("FILE");
+    addHardwareOptions(command, m_options.hardware);
     command.json(m_options.json);
     command.option("--trace", m_trace, "Trace messages to show")
         .named("LEVEL")

@@ -4,9 +4,11 @@
 #include "radio/files/InputError.h"
 #include "radio/files/TextFile.h"
 #include "radio/language/Script.h"
+#include "radio/session/Bench.h"
 #include "radio/session/ScriptLine.h"
 #include "radio/session/Session.h"
 #include "radio/text/WordError.h"
+#include "radioctl/bench/HardwareUse.h"
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/console/LineEditor.h"
 #include "radioctl/console/LineReader.h"
@@ -15,6 +17,7 @@
 
 #include <unistd.h>
 
+#include <iostream>
 #include <optional>
 #include <string>
 
@@ -37,11 +40,56 @@ int exitCodeFor(const RunSummary& summary) {
                : ExitCode::good;
 }
 
-/** Tells what the session came to; gives the exit code. */
-int conclude(Session& session, Reporter& reporter, int signal, std::size_t refusedLines) {
-    const RunSummary summary{session.finish(), refusedLines, signal};
-    const int exitCode = exitCodeFor(summary);
-    reporter.summarised(summary, exitCode);
+/** A session of the program: on hardware if that was asked for, and with what is around it. */
+class Drive {
+public:
+    /** Throws InputError when the hardware cannot be driven. All must outlive the object. */
+    Drive(const Board& board, const RunOptions& options, Reporter& reporter)
+        : m_reporter(reporter),
+          m_hardware(board, options.hardware, std::cout, options.json),
+          m_session(board, reporter, options.trace, m_hardware.hardware()) {
+        if (options.hardware.dryRun) {
+            reporter.showAttributes([&board](const std::string& driver, std::int64_t value) {
+                return attributeWrites(board, driver, value);
+            });
+        }
+        reporter.boardLoaded(board);
+    }
+
+    void boot();
+    Session& session() { return m_session; }
+    /** Between two commands, and while there is none. */
+    void idle() { sense(m_hardware.poll()); }
+    /** Leaves, and tells what the session came to; gives the exit code. */
+    int conclude(int signal, std::size_t refusedLines);
+
+private:
+    void sense(std::optional<int> degrees) {
+        if (degrees) {
+            m_reporter.sensed(*degrees, m_session.sense(*degrees));
+        }
+    }
+
+    Reporter& m_reporter;
+    HardwareUse m_hardware;
+    Session m_session;
+};
+
+void Drive::boot() {
+    m_session.boot();
+    if (m_hardware.isReal()) {
+        sense(m_hardware.hardware()->readSensor());
+        m_hardware.hardware()->startSensor();
+    }
+}
+
+int Drive::conclude(int signal, std::size_t refusedLines) {
+    const RunSummary summary{m_session.finish(), refusedLines, signal};
+    int exitCode = exitCodeFor(summary);
+    if (!m_hardware.leave() && exitCode == ExitCode::good) {
+        exitCode = ExitCode::expectationFailed;
+    }
+    m_reporter.summarised(summary, exitCode);
     return exitCode;
 }
 
@@ -71,16 +119,16 @@ int runOn(const Board& board, const RunOptions& options, Reporter& reporter) {
     if (interrupt.signal() != 0) {
         return ExitCode::signalBase + interrupt.signal();
     }
-    reporter.boardLoaded(board);
-    Session session(board, reporter, options.trace);
-    session.boot();
+    Drive drive(board, options, reporter);
+    drive.boot();
     for (const ScriptLine& line : script) {
-        if (session.isOver() || interrupt.signal() != 0) {
+        if (drive.session().isOver() || interrupt.signal() != 0) {
             break;
         }
-        session.execute(line);
+        drive.session().execute(line);
+        drive.idle();
     }
-    return conclude(session, reporter, interrupt.signal(), 0);
+    return drive.conclude(interrupt.signal(), 0);
 }
 
 /** Where the lines of a console come from. */
@@ -102,13 +150,12 @@ private:
 int consoleOn(const Board& board, const RunOptions& options, Reporter& reporter, bool atTerminal) {
     Interrupt interrupt;
     const CommandCheck check(board);
-    reporter.boardLoaded(board);
-    Session session(board, reporter, options.trace);
-    session.boot();
+    Drive drive(board, options, reporter);
+    drive.boot();
     std::size_t refusedLines = 0;
     ConsoleInput input(atTerminal, check.names(), interrupt);
     Place place{atTerminal ? "" : standardInput, 0};
-    while (!session.isOver()) {
+    while (!drive.session().isOver()) {
         const std::optional<std::string> line = input.next();
         if (!line.has_value()) {
             break;
@@ -116,14 +163,14 @@ int consoleOn(const Board& board, const RunOptions& options, Reporter& reporter,
         ++place.line;
         try {
             if (const auto command = readLine(*line, place, check)) {
-                session.execute(*command);
+                drive.session().execute(*command);
             }
         } catch (const WordError& error) {
             refuse(reporter, (atTerminal ? "" : toString(place) + ": ") + error.what());
             refusedLines += atTerminal ? 0 : 1;
         }
     }
-    return conclude(session, reporter, interrupt.signal(), refusedLines);
+    return drive.conclude(interrupt.signal(), refusedLines);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #define RADIOCTL_RUN_RUNPROGRAMS_H
 
 #include "OrbiTrace.h"
+#include "radioctl/bench/HardwareOptions.h"
 #include "standalone/Platform.h"
 
 #include <optional>
@@ -15,6 +16,7 @@ struct RunOptions {
     bool json = false;
     bool verbose = false;
     OrbiTraceLevel trace = Standalone::TraceLevel::notice;
+    HardwareOptions hardware{};
     std::string board;
     /** A file, or "-" for standard input; nothing when it was left out. */
     std::optional<std::string> script{};
