@@ -350,7 +350,12 @@ void Checker::checkLeftOver(const Key& key, const Entry& entry) {
                named(key.first, key.second) + " is not used; " + whyNotUsed(key));
         return;
     }
-    report(Severity::warning, entry.place, notAskedFor(key, entry));
+    // A driver with hardware that no channel asks for is there for whoever reads and writes it by hand.
+    const bool isForAPerson =
+        entry.driver != nullptr && !entry.meant && findHardware(m_board, entry.driver->name) != nullptr;
+    if (!isForAPerson) {
+        report(Severity::warning, entry.place, notAskedFor(key, entry));
+    }
 }
 
 std::string Checker::whatIsMissing(const Demand& demand, const Entry& entry, const Candidate& candidate) {
