@@ -65,7 +65,7 @@ public:
 
 private:
     void sense(std::optional<int> degrees) {
-        if (degrees) {
+        if (degrees && degrees != m_session.radio().platform().temperature().temperature()) {
             m_reporter.sensed(*degrees, m_session.sense(*degrees));
         }
     }
