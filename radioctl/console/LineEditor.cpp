@@ -116,7 +116,7 @@ unsigned char LineEditor::completeWord(EditLine* editor, int /*key*/) {
     }
     std::string more = completion.common.substr(completion.typed);
     const bool isUnique = completion.candidates.size() == 1;
-    if (isUnique && completion.common.back() != '=') {
+    if (isUnique && completion.common.back() != '=' && completion.common.back() != '/') {
         more += ' ';
     }
     if (!more.empty()) {
