@@ -1,20 +1,24 @@
 #include "radioctl/run/RunPrograms.h"
 
 #include "radio/board/BoardFile.h"
+#include "radio/files/AtomicFile.h"
 #include "radio/files/InputError.h"
 #include "radio/files/TextFile.h"
 #include "radio/language/Script.h"
 #include "radio/session/ScriptLine.h"
 #include "radio/session/Session.h"
 #include "radio/text/WordError.h"
+#include "radioctl/console/Impatience.h"
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/console/LineEditor.h"
 #include "radioctl/console/LineReader.h"
 #include "radioctl/options/ExitCode.h"
+#include "radioctl/report/JunitReporter.h"
 #include "radioctl/report/Output.h"
 
 #include <unistd.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -73,6 +77,7 @@ int runOn(const Board& board, const RunOptions& options, Reporter& reporter) {
     }
     reporter.boardLoaded(board);
     Session session(board, reporter, options.trace);
+    session.setGoOn([&interrupt] { return interrupt.signal() == 0; });
     session.boot();
     for (const ScriptLine& line : script) {
         if (session.isOver() || interrupt.signal() != 0) {
@@ -92,6 +97,14 @@ public:
         }
     }
 
+    /** Is called every 250 ms while a line is waited for; see LineEditor. */
+    void setIdle(const std::function<void()>& idle) {
+        m_reader.setIdle(idle);
+        if (m_editor.has_value()) {
+            m_editor->setIdle(idle);
+        }
+    }
+
     std::optional<std::string> next() { return m_editor.has_value() ? m_editor->next() : m_reader.next(); }
 
 private:
@@ -101,13 +114,18 @@ private:
 
 int consoleOn(const Board& board, const RunOptions& options, Reporter& reporter, bool atTerminal) {
     Interrupt interrupt;
-    const CommandCheck check(board);
+    const CommandCheck check(board, atTerminal);
     reporter.boardLoaded(board);
     Session session(board, reporter, options.trace);
+    Impatience impatience(session, interrupt, atTerminal);
     session.boot();
     std::size_t refusedLines = 0;
     ConsoleInput input(atTerminal, check.names(), interrupt);
     Place place{atTerminal ? "" : standardInput, 0};
+    const auto refuseLine = [&](const std::string& message) {
+        refuse(reporter, message);
+        refusedLines += atTerminal ? 0 : 1;
+    };
     while (!session.isOver()) {
         const std::optional<std::string> line = input.next();
         if (!line.has_value()) {
@@ -115,26 +133,57 @@ int consoleOn(const Board& board, const RunOptions& options, Reporter& reporter,
         }
         ++place.line;
         try {
-            if (const auto command = readLine(*line, place, check)) {
-                session.execute(*command);
+            for (const ScriptLine& command : readLines(*line, place, check)) {
+                session.execute(command);
+                if (session.isOver() || !impatience.goesOn()) {
+                    break;
+                }
             }
+            impatience.settle();
         } catch (const WordError& error) {
-            refuse(reporter, (atTerminal ? "" : toString(place) + ": ") + error.what());
-            refusedLines += atTerminal ? 0 : 1;
+            refuseLine((atTerminal ? "" : toString(place) + ": ") + error.what());
+        } catch (const InputError& error) {
+            refuseLine(error.what());
         }
     }
     return conclude(session, reporter, interrupt.signal(), refusedLines);
+}
+
+/** Carries the script out; gives the exit code also when something that it needs cannot be used. */
+int runReporting(const RunOptions& options, Reporter& reporter) {
+    try {
+        return runOn(loadBoard(options.board), options, reporter);
+    } catch (const InputError& error) {
+        return refuse(reporter, error.what());
+    }
+}
+
+/** The same with a report. */
+int runWithJunit(const RunOptions& options, Reporter& reporter) {
+    const std::string script = options.script.value_or("-");
+    try {
+        for (const std::string& input : {options.board, script}) {
+            if (isSameFile(options.junit, input)) {
+                throw InputError({options.junit, 0},
+                                 "is read by the same run, expected another file for the report");
+            }
+        }
+        AtomicFile file(options.junit);
+        JunitReporter junit(reporter, script == "-" ? standardInput : script);
+        const int exitCode = runReporting(options, junit);
+        junit.write(file.stream(), exitCode);
+        file.commit();
+        return exitCode;
+    } catch (const InputError& error) {
+        return refuse(reporter, error.what());
+    }
 }
 
 } // namespace
 
 int runScript(const RunOptions& options) {
     const auto reporter = makeReporter(options.json, options.verbose, true);
-    try {
-        return runOn(loadBoard(options.board), options, *reporter);
-    } catch (const InputError& error) {
-        return refuse(*reporter, error.what());
-    }
+    return options.junit.empty() ? runReporting(options, *reporter) : runWithJunit(options, *reporter);
 }
 
 int runConsole(const RunOptions& options) {
