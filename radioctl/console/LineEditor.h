@@ -7,6 +7,7 @@
 #include <histedit.h>
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -27,6 +28,10 @@ public:
     /** Saves the history and gives the terminal back as it was. */
     ~LineEditor();
 
+    /** Is called every 250 ms while a line is waited for. What it writes to standard output and standard
+     * error stands above the line that is edited. */
+    void setIdle(std::function<void()> idle);
+
     /** The next line without its end; nothing when the user leaves. */
     std::optional<std::string> next();
 
@@ -37,6 +42,8 @@ private:
     static unsigned char completeWord(EditLine* editor, int key);
     static LineEditor& of(EditLine* editor);
 
+    void idle();
+    void clearLine() const;
     void loadHistory();
     void saveHistory();
     void remember(const std::string& line);
@@ -47,6 +54,9 @@ private:
     std::filesystem::path m_historyFile;
     History* m_history;
     EditLine* m_editor;
+    std::function<void()> m_idle;
+    /** What the editor calls for it; empty when there is nothing to be called. */
+    std::function<void()> m_whileWaiting;
 };
 
 /** Where the prompt's history is kept: below $XDG_STATE_HOME or ~/.local/state. Empty when neither is known.

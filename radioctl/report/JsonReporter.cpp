@@ -123,6 +123,18 @@ void JsonReporter::notified(const Notification& notification) {
                           {"observer", notification.throughC ? "C" : "class"}});
 }
 
+void JsonReporter::valueRead(const Reading& reading) {
+    Json event = {{"event", "value"}, {"driver", reading.driver}, {"value", reading.value}};
+    if (reading.seconds) {
+        event["seconds"] = std::round(*reading.seconds * 1000.0) / 1000.0;
+    }
+    writeJsonLine(m_out, event);
+}
+
+void JsonReporter::warned(const std::string& text) {
+    writeJsonLine(m_out, {{"event", "warning"}, {"text", text}});
+}
+
 void JsonReporter::judged(const ScriptLine& line, const Judgement& judgement) {
     Json event = {{"event", "expectation"},
                   {"text", line.text},

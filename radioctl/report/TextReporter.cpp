@@ -169,7 +169,7 @@ void TextReporter::booted(bool succeeded) {
 
 void TextReporter::commandStarted(const ScriptLine& line) {
     m_writes = 0;
-    if (m_style.echo) {
+    if (m_style.echo || !line.place.file.empty()) {
         m_out << "\n> " << shown(line) << "\n";
     }
 }
@@ -226,7 +226,20 @@ void TextReporter::traced(const Standalone::TraceMessage& message) {
 
 void TextReporter::notified(const Notification& notification) {
     m_out << indent << toString(notification.direction) << " " << notification.channel << " told its "
-          << (notification.throughC ? "C observer: " : "observer: ") << notification.frequency << " kHz\n";
+          << (notification.throughC ? "C observer: " : "observer: ") << notification.frequency << " kHz\n"
+          << std::flush;
+}
+
+void TextReporter::valueRead(const Reading& reading) {
+    m_out << indent;
+    if (reading.seconds) {
+        m_out << std::setw(8) << inDecimals(*reading.seconds, 1) << " s  ";
+    }
+    m_out << reading.driver << " = " << reading.value << "\n" << std::flush;
+}
+
+void TextReporter::warned(const std::string& text) {
+    m_out << indent << painted(Paint::warning, "warning: " + text) << "\n";
 }
 
 void TextReporter::judged(const ScriptLine& line, const Judgement& judgement) {

@@ -15,7 +15,12 @@ using testing::Not;
 using testing::StartsWith;
 
 /** "radioctl run" and "radioctl console" on real files. */
-class HardwareProgramTest : public HardwareTest {};
+class HardwareProgramTest : public HardwareTest {
+protected:
+    /** 7428, 7435, ... 7582 MHz to transmit. */
+    static constexpr const char* raster =
+        "[[raster]]\nname = \"R\"\ndirection = \"tx\"\nfirst = 7428000\nlast = 7582000\nstep = 7000\n";
+};
 
 // Simulated or real.
 
@@ -119,6 +124,74 @@ TEST_F(HardwareProgramTest, MissingAttributeIsRefusedBeforeAnythingIsWritten) {
     EXPECT_THAT(ending.errors, HasSubstr("no such file or directory (ENOENT)"));
     EXPECT_EQ(contentOf("tx"), "0\n");
     EXPECT_FALSE(std::filesystem::exists("amplifier"));
+}
+
+// What the board forbids.
+
+TEST_F(HardwareProgramTest, CarrierOutsideTheRastersIsRefusedBeforeTheFirstWrite) {
+    write("board.toml", boardOnFiles(raster));
+    const Ending ending =
+        runOnHardware("tune tx 1 7442\nexpect result 0x8000\nexpect writes 0\nexpect frequency tx 1 0\n");
+    EXPECT_EQ(ending.exitCode, 0) << ending.output;
+    EXPECT_THAT(
+        ending.output,
+        HasSubstr(
+            "     warning: 7442 kHz is on no raster of the board for tx 1 (did you mean 7442 MHz?), the "
+            "nearest carrier is 7428000 kHz\n"
+            "     result  FAILED 0x8000\n"
+            "     refused; \"force\" at the end of the line does it all the same\n"));
+    EXPECT_EQ(contentOf("tx"), "0\n");
+}
+
+TEST_F(HardwareProgramTest, RefusedCommandMakesTheRunFail) {
+    write("board.toml", boardOnFiles(raster));
+    EXPECT_EQ(runOnHardware("tune tx 1 7442\n").exitCode, 1);
+}
+
+TEST_F(HardwareProgramTest, ForceTunesAllTheSame) {
+    write("board.toml", boardOnFiles(raster));
+    const Ending ending = runOnHardware("tune tx 1 7443 MHz force\nexpect result ok\n");
+    EXPECT_EQ(ending.exitCode, 0);
+    EXPECT_THAT(ending.output, HasSubstr("warning: 7443000 kHz is on no raster"));
+    EXPECT_EQ(contentOf("tx"), "7443000000\n");
+}
+
+TEST_F(HardwareProgramTest, SimulationOnlyWarns) {
+    write("board.toml", boardOnFiles(raster));
+    write("script",
+          "tune tx 1 7443 MHz\nexpect result ok\nexpect writes channel.1.tx.rf.frequency=7443000\n");
+    const Ending ending = run({"run", "board.toml", "script"});
+    EXPECT_EQ(ending.exitCode, 0);
+    EXPECT_THAT(ending.output, HasSubstr("warning: 7443000 kHz is on no raster"));
+}
+
+TEST_F(HardwareProgramTest, WordOutsideTheRangeOfItsDriverIsRefusedUnlessForced) {
+    EXPECT_THAT(
+        runOnHardware("tune tx 1 7583 MHz\n").output,
+        HasSubstr(
+            "warning: 7583000 kHz: \"channel.1.tx.rf.frequency\" takes 7428000 to 7582000, not 7583000\n"));
+    EXPECT_EQ(contentOf("tx"), "0\n");
+    EXPECT_EQ(runOnHardware("tune tx 1 7583 MHz force\n").exitCode, 0);
+    EXPECT_EQ(contentOf("tx"), "7583000000\n");
+}
+
+TEST_F(HardwareProgramTest, WrittenValueOutsideTheRangeIsRefusedUnlessForced) {
+    EXPECT_THAT(runOnHardware("write amplifier 2\n").output,
+                HasSubstr("warning: \"amplifier\" takes 0 to 1, not 2\n"));
+    write("amplifier", "1\n");
+    Process process(invoke({"console", "--hardware", "board.toml"}));
+    process.type("write amplifier 2 force\nread amplifier\n");
+    EXPECT_TRUE(process.waitFor("amplifier <- 2"));
+    EXPECT_TRUE(process.waitFor("amplifier = 2"));
+    process.closeInput();
+    EXPECT_EQ(process.finish().exitCode, 0);
+    EXPECT_EQ(contentOf("amplifier"), "0\n");
+}
+
+TEST_F(HardwareProgramTest, SweepStopsAtTheFirstCarrierThatIsForbidden) {
+    const Ending ending = runOnHardware("sweep tx 1 7581 MHz 7585 MHz 1 MHz\nexpect result failed\n");
+    EXPECT_EQ(ending.exitCode, 0) << ending.output;
+    EXPECT_EQ(contentOf("tx"), "7582000000\n");
 }
 
 // Leaving.
@@ -229,11 +302,11 @@ TEST_F(HardwareProgramTest, TemperatureIsTheSensors) {
     write("board.toml",
           boardOnFiles("[sensor]\nread = \"" + folder() + "/degrees\"\nscale = 0.001\ninterval = 20\n"));
     Process process(invoke({"console", "--hardware", "board.toml"}));
-    EXPECT_TRUE(process.waitFor("sensor: 21 degrees, 0 observers told\n"));
+    ASSERT_TRUE(process.waitFor("sensor: 21 degrees, 1 observer told\n"));
     write("degrees", "45500\n");
-    EXPECT_TRUE(process.waitFor("sensor: 46 degrees, 0 observers told\n"));
+    ASSERT_TRUE(process.waitFor("sensor: 46 degrees, 1 observer told\n"));
     std::filesystem::remove("degrees");
-    EXPECT_TRUE(process.waitFor("no temperature: "));
+    ASSERT_TRUE(process.waitFor("no temperature: "));
     process.closeInput();
     EXPECT_EQ(process.finish().exitCode, 0);
 }
