@@ -24,7 +24,7 @@ int errorNumber(const std::error_code& error) {
     if (error == asio::error::not_found) {
         return EPROTO; // no end of a line where there has to be one
     }
-    if (error.category() == std::system_category() && error.value() > 0) {
+    if (error.category() == asio::error::get_system_category() && error.value() > 0) {
         return error.value();
     }
     return error ? EHOSTUNREACH : 0; // a name that nobody knows
