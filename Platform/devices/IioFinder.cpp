@@ -100,6 +100,17 @@ std::unique_ptr<Attribute> IioFinder::findInDevice(const iio_device* device, con
     for (unsigned i = 0; i < iio_device_get_attrs_count(device); ++i) {
         names.push_back(textOf(iio_device_get_attr(device, i)));
     }
+    for (unsigned i = 0; i < iio_device_get_channels_count(device); ++i) {
+        const iio_channel* const channel = iio_device_get_channel(device, i);
+        for (unsigned j = 0; j < iio_channel_get_attrs_count(channel); ++j) {
+            const char* const attribute = iio_channel_get_attr(channel, j);
+            const std::string file = textOf(iio_channel_attr_get_filename(channel, attribute));
+            if (file == name.attribute) {
+                return std::make_unique<IioAttribute>(m_session, device, channel, attribute);
+            }
+            names.push_back(file);
+        }
+    }
     m_problem =
         name.device + " has no attribute " + name.attribute + alternatives(name.attribute, std::move(names));
     return nullptr;

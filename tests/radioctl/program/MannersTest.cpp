@@ -178,7 +178,7 @@ TEST_F(MannersTest, ConsoleThroughAPipeGoesOnAfterABadLineButSaysSo) {
     const Ending ending = runProgram({{"console", "board.toml"}}, "tune\nexpect result ok\n");
     EXPECT_EQ(ending.errors,
               "radioctl: stdin:1: tune: tx|rx is missing, expected: tune tx|rx CHANNEL FREQUENCY "
-              "[kHz|MHz|GHz]\n");
+              "[kHz|MHz|GHz] [force]\n");
     EXPECT_THAT(
         ending.output,
         EndsWith("  held    expect result ok\n\n0 commands, 1 expectation: all held.\n1 line refused.\n"));

@@ -60,6 +60,29 @@ TEST_F(TextReporterTest, CommandsAreShownWithNothingThatATerminalObeys) {
     EXPECT_EQ(m_out.str(), "\n> quit # \\x1b[2J\n");
 }
 
+TEST_F(TextReporterTest, ShowsValuesThatWereReadAndWhen) {
+    TextReporter reporter(m_out, {});
+    reporter.valueRead({"driver", -7});
+    reporter.valueRead({"driver", 8, 12.34});
+    EXPECT_EQ(m_out.str(), "     driver = -7\n         12.3 s  driver = 8\n");
+}
+
+TEST_F(TextReporterTest, WarningsStandBelowTheCommandInYellow) {
+    TextStyle style;
+    style.colour = true;
+    TextReporter(m_out, style).warned("not here");
+    EXPECT_EQ(m_out.str(), "     \033[33mwarning: not here\033[0m\n");
+}
+
+TEST_F(TextReporterTest, CommandsOfAFileAreShownAlsoWhereTheUserTypes) {
+    TextStyle style;
+    style.echo = false;
+    TextReporter reporter(m_out, style);
+    reporter.commandStarted({{}, "typed", Action(Quit{})});
+    reporter.commandStarted({{"file", 1}, "included", Action(Quit{})});
+    EXPECT_EQ(m_out.str(), "\n> included\n");
+}
+
 TEST_F(TextReporterTest, HidesLookupsThatWentWell) {
     Call call{};
     call.operation = Operation::driverLookup;
