@@ -207,7 +207,7 @@ TEST_F(MannersTest, PromptForgivesALineThatMakesNoSense) {
     process.type("temperature hot\r");
     ASSERT_TRUE(
         process.waitFor("radioctl: temperature: \"hot\" is no number of degrees, expected a number from "
-                        "-2147483648 to 2147483647\r\nradio> "));
+                        "-100 to 200\r\nradio> "));
     process.type("quit\r");
     EXPECT_EQ(process.finish().exitCode, 0);
 }
@@ -232,7 +232,7 @@ TEST_F(MannersTest, StoppedPipeGoesOn) {
     EXPECT_TRUE(process.waitFor("  held    expect writes 0\n"));
 }
 
-TEST_F(MannersTest, InterruptAtThePromptTakesTheLineBackAndThenLeaves) {
+TEST_F(MannersTest, InterruptAtThePromptTakesTheLineBack) {
     Process process(consoleAtTerminal());
     ASSERT_TRUE(process.waitFor("radio> "));
     process.type("tune tx 1");
@@ -241,10 +241,40 @@ TEST_F(MannersTest, InterruptAtThePromptTakesTheLineBackAndThenLeaves) {
     ASSERT_TRUE(process.waitFor("\r\nradio> "));
     process.type("temperature 7\r");
     ASSERT_TRUE(process.waitFor("     1 observer told\r\nradio> "));
+    process.type(endOfInput);
+    const Ending ending = process.finish();
+    EXPECT_THAT(ending.output, EndsWith("1 command, 0 expectations.\r\n"));
+    EXPECT_EQ(ending.exitCode, 0);
+}
+
+TEST_F(MannersTest, InterruptAtAnEmptyPromptSaysThatASecondOneLeaves) {
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    process.type(interrupt);
+    ASSERT_TRUE(process.waitFor("\r\nCtrl-C again leaves, as quit and Ctrl-D do.\r\nradio> "));
     process.type(interrupt);
     const Ending ending = process.finish();
-    EXPECT_THAT(ending.output, EndsWith("1 command, 0 expectations.\r\nInterrupted.\r\n"));
+    EXPECT_THAT(ending.output, EndsWith("0 commands, 0 expectations.\r\nInterrupted.\r\n"));
     EXPECT_EQ(ending.exitCode, 130);
+}
+
+TEST_F(MannersTest, WhateverIsTypedAfterAnInterruptHasItsSayAgain) {
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    process.type(interrupt);
+    ASSERT_TRUE(process.waitFor("Ctrl-C again leaves, as quit and Ctrl-D do.\r\nradio> "));
+    process.type("temperature 7\r");
+    ASSERT_TRUE(process.waitFor("     1 observer told\r\nradio> "));
+    process.type(interrupt);
+    ASSERT_TRUE(process.waitFor("Ctrl-C again leaves, as quit and Ctrl-D do.\r\nradio> "));
+    process.type("tune");
+    ASSERT_TRUE(process.waitFor("tune"));
+    process.type(interrupt);
+    ASSERT_TRUE(process.waitFor("\r\nradio> "));
+    process.type(interrupt);
+    ASSERT_TRUE(process.waitFor("Ctrl-C again leaves, as quit and Ctrl-D do.\r\nradio> "));
+    process.type("quit\r");
+    EXPECT_EQ(process.finish().exitCode, 0);
 }
 
 TEST_F(MannersTest, HistoryOutlivesTheProgramAndIsPrivate) {
