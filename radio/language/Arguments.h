@@ -56,6 +56,8 @@ public:
     std::int64_t takeInt64(std::string_view what);
     /** The same, also for a number above the range of int32_t that has 32 bits, such as 0xFFFFFFFF. */
     std::int32_t takeCode(std::string_view what);
+    /** Degrees Celsius that a radio may meet. */
+    std::int32_t takeTemperature();
     /** A level in dBc, with or without a fraction, from -120 to 120. */
     double takeLevel(std::string_view what);
     /** A number that a channel can have. */

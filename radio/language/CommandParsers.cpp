@@ -99,7 +99,7 @@ Command parseTune(Arguments& arguments) {
 }
 
 Command parseTemperature(Arguments& arguments) {
-    return SetTemperature{arguments.takeInt32("DEGREES")};
+    return SetTemperature{arguments.takeTemperature()};
 }
 
 Command parseSet(Arguments& arguments) {

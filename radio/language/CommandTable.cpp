@@ -51,8 +51,10 @@ const std::vector<CommandInfo>& commandTable() {
          "than 4294967295 kHz, is refused. The result is ok also when the hardware refused the value; what "
          "failed is shown and traced.",
          parseTune},
-        {"temperature", "temperature DEGREES", "Tells the radio its temperature, in degrees Celsius.",
-         "Observers of the temperature are told when it changes.", parseTemperature},
+        {"temperature", "temperature DEGREES",
+         "Tells the radio its temperature: -100 to 200 degrees Celsius.",
+         "Whole degrees, as its sensor gives them. Observers of the temperature are told when it changes.",
+         parseTemperature},
         {"set", "set VARIABLE VALUE[,VALUE...]", "Changes a variable of the database.",
          "The handlers see a change at once where they keep the variable's address, otherwise when its phase "
          "is run again. Fewer values than the variable has places leave the others as they are.",
