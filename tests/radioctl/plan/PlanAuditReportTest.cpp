@@ -106,15 +106,16 @@ TEST_F(PlanAuditReportTest, TextOfAnInterruptedAuditSaysSo) {
 
 TEST_F(PlanAuditReportTest, JsonHasFindingsRowsAndTheEnd) {
     addRow(Direction::rx, 18'000'000, 250, 2, {100});
-    EXPECT_EQ(json(),
-              R"({"event":"outside","file":"board.toml","channel":1,"direction":"rx","raster":"F.595",)"
-              R"("channel_spacing":100,"khz":18000250,"kind":"carrier-off",)"
-              R"("text":"carrier off by -250000 Hz, allowed are 500 Hz"}
-{"event":"row","file":"board.toml","channel":1,"direction":"rx","raster":"F.595","channel_spacing":100,)"
-              R"("first_khz":18000000,"step_khz":250,"carriers":2,"worst_error_hz":-250000,)"
-              R"("worst_khz":18000250,"outside":1}
-{"event":"audited","file":"board.toml","carriers":2,"outside":1,"seconds":0.25,"interrupted":false,)"
-              R"("exit_code":1}
+    EXPECT_EQ(
+        json(),
+        R"({"schema":1,"event":"outside","file":"board.toml","channel":1,"direction":"rx","raster":"F.595",)"
+        R"("channel_spacing":100,"khz":18000250,"kind":"carrier-off",)"
+        R"("text":"carrier off by -250000 Hz, allowed are 500 Hz"}
+{"schema":1,"event":"row","file":"board.toml","channel":1,"direction":"rx","raster":"F.595","channel_spacing":100,)"
+        R"("first_khz":18000000,"step_khz":250,"carriers":2,"worst_error_hz":-250000,)"
+        R"("worst_khz":18000250,"outside":1}
+{"schema":1,"event":"audited","file":"board.toml","carriers":2,"outside":1,"seconds":0.25,"interrupted":false,)"
+        R"("exit_code":1}
 )");
 }
 

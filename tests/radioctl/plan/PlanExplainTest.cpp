@@ -327,27 +327,28 @@ TEST_F(PlanExplainTest, RemoteRadioUnitIsPassedTheCarrier) {
 
 TEST_F(PlanExplainTest, JsonHasOneEventForEachLine) {
     explain(FrequencyHandler::MicrowaveBoardHz, Direction::rx, 18'000'000);
-    EXPECT_EQ(m_json,
-              R"({"event":"carrier","file":"board.toml","channel":1,"type":"microwave-hz","direction":"rx",)"
-              R"("khz":18000000,"passed_on":false}
-{"event":"parameter","variable":"channel.1.rx.mixer.multiplicationfactor","values":[2],)"
-              R"("meaning":"the mixer's LO is so many times the RF PLL"}
-{"event":"parameter","variable":"channel.1.rx.rf.spectruminverted","values":[0],)"
-              R"("meaning":"RF sideband -1: the LO lies below the carrier"}
-{"event":"parameter","variable":"channel.1.rx.baseband.spectruminverted","values":[1],)"
-              R"("meaning":"IF sideband +1"}
-{"event":"parameter","variable":"RxIfBb","values":[0],)"
-              R"("meaning":"baseband offset, MHz: not used without an IF synthesiser"}
-{"event":"step","name":"RF PLL","formula":"18000000 x 1000 / 2","value":9000000000,"unit":"Hz"}
-{"event":"step","name":"cell","formula":"at 17000000 kHz, weight 1000000/2000000","value":0,"unit":""}
-{"event":"step","name":"cell","formula":"at 19000000 kHz, weight 1000000/2000000","value":200,"unit":""}
-{"event":"step","name":"charge pump","formula":"at 18000000 kHz: (0 x 1000000 + 200 x 1000000)/2000000",)"
-              R"("value":100,"unit":"","note":"Channel.1.Rx.Rf.Pll.Frequency.To.Chargepump.Setting"}
-{"event":"word","driver":"channel.1.rx.rf.lo.frequency.in.hz","value":9000000000,"code":0,"ok":true}
-{"event":"word","driver":"channel.1.rx.rf.pll.config","value":100,"code":0,"ok":true}
-{"event":"production","name":"LO","formula":"RF PLL 9000000000 Hz x 2","value":18000000000,"unit":"Hz"}
-{"event":"production","name":"carrier","formula":"18000000000","value":18000000000,"unit":"Hz"}
-{"event":"explained","produced_hz":18000000000,"error_hz":0,"complaints":[],"disagreements":[],"ok":true}
+    EXPECT_EQ(
+        m_json,
+        R"({"schema":1,"event":"carrier","file":"board.toml","channel":1,"type":"microwave-hz","direction":"rx",)"
+        R"("khz":18000000,"passed_on":false}
+{"schema":1,"event":"parameter","variable":"channel.1.rx.mixer.multiplicationfactor","values":[2],)"
+        R"("meaning":"the mixer's LO is so many times the RF PLL"}
+{"schema":1,"event":"parameter","variable":"channel.1.rx.rf.spectruminverted","values":[0],)"
+        R"("meaning":"RF sideband -1: the LO lies below the carrier"}
+{"schema":1,"event":"parameter","variable":"channel.1.rx.baseband.spectruminverted","values":[1],)"
+        R"("meaning":"IF sideband +1"}
+{"schema":1,"event":"parameter","variable":"RxIfBb","values":[0],)"
+        R"("meaning":"baseband offset, MHz: not used without an IF synthesiser"}
+{"schema":1,"event":"step","name":"RF PLL","formula":"18000000 x 1000 / 2","value":9000000000,"unit":"Hz"}
+{"schema":1,"event":"step","name":"cell","formula":"at 17000000 kHz, weight 1000000/2000000","value":0,"unit":""}
+{"schema":1,"event":"step","name":"cell","formula":"at 19000000 kHz, weight 1000000/2000000","value":200,"unit":""}
+{"schema":1,"event":"step","name":"charge pump","formula":"at 18000000 kHz: (0 x 1000000 + 200 x 1000000)/2000000",)"
+        R"("value":100,"unit":"","note":"Channel.1.Rx.Rf.Pll.Frequency.To.Chargepump.Setting"}
+{"schema":1,"event":"word","driver":"channel.1.rx.rf.lo.frequency.in.hz","value":9000000000,"code":0,"ok":true}
+{"schema":1,"event":"word","driver":"channel.1.rx.rf.pll.config","value":100,"code":0,"ok":true}
+{"schema":1,"event":"production","name":"LO","formula":"RF PLL 9000000000 Hz x 2","value":18000000000,"unit":"Hz"}
+{"schema":1,"event":"production","name":"carrier","formula":"18000000000","value":18000000000,"unit":"Hz"}
+{"schema":1,"event":"explained","produced_hz":18000000000,"error_hz":0,"complaints":[],"disagreements":[],"ok":true}
 )");
 }
 

@@ -65,7 +65,8 @@ TEST_F(PlanProgramTest, ExplainedCarrierIsExitCode0) {
 
 TEST_F(PlanProgramTest, ExplainSpeaksJson) {
     const Ending ending = plan({"explain", "board.toml", "--channel", "1", "--tx", "7442500", "--json"});
-    EXPECT_THAT(ending.output, StartsWith(R"({"event":"carrier","file":"board.toml","channel":1,)"));
+    EXPECT_THAT(ending.output,
+                StartsWith(R"({"schema":1,"event":"carrier","file":"board.toml","channel":1,)"));
     EXPECT_EQ(
         runProgram({{"--json", "plan", "explain", "board.toml", "--channel", "1", "--tx", "7442500"}}).output,
         ending.output);
@@ -189,7 +190,7 @@ TEST_F(PlanProgramTest, JsonAndCsvDoNotShareStandardOutput) {
 TEST_F(PlanProgramTest, AuditSpeaksJson) {
     addRaster(1);
     const Ending ending = plan({"audit", "board.toml", "--json"});
-    EXPECT_THAT(ending.output, StartsWith(R"({"event":"row","file":"board.toml","channel":1,)"));
+    EXPECT_THAT(ending.output, StartsWith(R"({"schema":1,"event":"row","file":"board.toml","channel":1,)"));
     EXPECT_THAT(ending.output, EndsWith(R"("interrupted":false,"exit_code":0})"
                                         "\n"));
 }
