@@ -1,0 +1,45 @@
+#include "radioctl/report/Wrapped.h"
+
+namespace Radio {
+
+std::vector<std::string> brokenLines(std::string_view text, std::size_t width) {
+    std::vector<std::string> lines;
+    while (text.size() > width) {
+        std::size_t space = text.rfind(' ', width);
+        if (space == std::string_view::npos) {
+            space = text.find(' ', width);
+        }
+        if (space == std::string_view::npos) {
+            break;
+        }
+        lines.emplace_back(text.substr(0, space));
+        text.remove_prefix(space + 1);
+    }
+    lines.emplace_back(text);
+    return lines;
+}
+
+void writeWrapped(std::ostream& out, std::string_view text, std::size_t indent, std::size_t hanging) {
+    const std::string first = brokenLines(text, terminalWidth - indent).front();
+    out << std::string(indent, ' ') << first << "\n";
+    if (first.size() == text.size()) {
+        return;
+    }
+    for (const std::string& line : brokenLines(text.substr(first.size() + 1), terminalWidth - hanging)) {
+        out << std::string(hanging, ' ') << line << "\n";
+    }
+}
+
+void writeBoardName(std::ostream& out, std::string_view name, std::string_view file) {
+    const std::string place = "(" + std::string(file) + ")";
+    const std::string line = std::string(name) + " " + place;
+    if (line.size() <= terminalWidth) {
+        out << line << "\n";
+        return;
+    }
+    writeWrapped(out, name, 0, 2);
+    // Broken nowhere, so that it can be copied.
+    out << "  " << place << "\n";
+}
+
+} // namespace Radio
