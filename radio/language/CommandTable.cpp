@@ -57,7 +57,8 @@ const std::vector<CommandInfo>& commandTable() {
          parseTemperature},
         {"set", "set VARIABLE VALUE[,VALUE...]", "Changes a variable of the database.",
          "The handlers see a change at once where they keep the variable's address, otherwise when its phase "
-         "is run again. Fewer values than the variable has places leave the others as they are.",
+         "is run again, which the command then says. Fewer values than the variable has places leave the "
+         "others as they are.",
          parseSet},
         {"phase", "phase init|storage|frame-format|11|5|20", "Runs a start-up phase again over all channels.",
          "It stops at the first module that fails; the result is then 0x8000.", parsePhase},
