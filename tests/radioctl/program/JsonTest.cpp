@@ -45,6 +45,21 @@ TEST_F(JsonTest, OneObjectPerEventAndLine) {
     EXPECT_EQ(ending.exitCode, 1);
 }
 
+TEST_F(JsonTest, FailedListOfWritesHasItsDifferences) {
+    const Ending ending = runScript(
+        "tune tx 1 7442 MHz\nexpect writes channel.1.rx.rf.frequency=1 channel.1.tx.rf.frequency=7442000\n"
+        "expect writes channel.1.tx.rf.frequency=7442000\n",
+        {"--json"});
+    EXPECT_THAT(
+        ending.output,
+        testing::HasSubstr(
+            R"("found":"channel.1.tx.rf.frequency=7442000",)"
+            R"("differences":[{"driver":"channel.1.rx.rf.frequency","expected":1,"found":null}],"file":)"));
+    EXPECT_THAT(ending.output,
+                testing::HasSubstr(R"("held":true,"expected":"channel.1.tx.rf.frequency=7442000",)"
+                                   R"("found":"channel.1.tx.rf.frequency=7442000","file":)"));
+}
+
 TEST_F(JsonTest, TraceNamesTheSourceFileInsideTheProject) {
     const Ending ending = runScript("fault driver-write 0x8001\ntune tx 1 7442000\n", {"--json"});
     for (const std::string& line : lines(ending.output)) {
