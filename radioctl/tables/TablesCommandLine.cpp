@@ -53,7 +53,7 @@ void TablesCommandLine::addWhy() {
     m_why.option("--temperature", m_whyOptions.temperature, "In degrees Celsius")
         .required()
         .named("T")
-        .within(temperatureBounds.low, temperatureBounds.high);
+        .within(temperatureBounds.low, temperatureBounds.high, "degrees");
     m_why.json(m_whyOptions.json);
 }
 
