@@ -207,8 +207,8 @@ std::optional<CsvFile> readCsvIfAny(const std::filesystem::path& file) {
 
 Board describe(const std::filesystem::path& file, const TomlItem& root, const CsvSource& csv) {
     root.entries({"name", "serial", "description", "channel", "transmitter", "leakage", "calibration",
-                  "drivers", "variables", "tables", "interfaces", "raster", "limits", "devices",
-                  "hardware", "sensor"});
+                  "drivers", "variables", "tables", "interfaces", "raster", "limits", "devices", "hardware",
+                  "sensor"});
     Board board;
     board.file = file;
     board.name = root.get("name", "the name of the radio").nonEmptyText("the name of the radio");

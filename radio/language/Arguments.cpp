@@ -1,5 +1,6 @@
 #include "radio/language/Arguments.h"
 
+#include "radio/board/CalibrationBounds.h"
 #include "radio/text/Frequency.h"
 #include "radio/text/NearestName.h"
 
@@ -58,6 +59,11 @@ std::int64_t Arguments::takeInteger(std::string_view what, std::int64_t lowest, 
 
 std::int32_t Arguments::takeCode(std::string_view what) {
     return static_cast<std::int32_t>(parseInRange(take(what), what, INT32_MIN, UINT32_MAX));
+}
+
+std::int32_t Arguments::takeTemperature() {
+    return static_cast<std::int32_t>(
+        parseInRange(take("DEGREES"), "DEGREES", temperatureBounds.low, temperatureBounds.high));
 }
 
 double Arguments::takeLevel(std::string_view what) {

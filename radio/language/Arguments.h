@@ -58,6 +58,8 @@ public:
     std::int64_t takeInteger(std::string_view what, std::int64_t lowest, std::int64_t highest);
     /** The same, also for a number above the range of int32_t that has 32 bits, such as 0xFFFFFFFF. */
     std::int32_t takeCode(std::string_view what);
+    /** Degrees Celsius that a radio may meet. */
+    std::int32_t takeTemperature();
     /** A level in dBc, with or without a fraction, from -120 to 120. */
     double takeLevel(std::string_view what);
     /** A number that a channel can have. */

@@ -107,7 +107,7 @@ Command parseTune(Arguments& arguments) {
 }
 
 Command parseTemperature(Arguments& arguments) {
-    return SetTemperature{arguments.takeInt32("DEGREES")};
+    return SetTemperature{arguments.takeTemperature()};
 }
 
 Command parseSet(Arguments& arguments) {

@@ -59,11 +59,14 @@ const std::vector<CommandInfo>& commandTable() {
          "carrier stays, is in seconds or has ms, s or min behind it. There are at most 1000000 carriers. It "
          "stops at the first that fails, whose result it has. For expectations it is one command.",
          parseSweep},
-        {"temperature", "temperature DEGREES", "Tells the radio its temperature, in degrees Celsius.",
-         "Observers of the temperature are told when it changes.", parseTemperature},
+        {"temperature", "temperature DEGREES",
+         "Tells the radio its temperature: -100 to 200 degrees Celsius.",
+         "Whole degrees, as its sensor gives them. Observers of the temperature are told when it changes.",
+         parseTemperature},
         {"set", "set VARIABLE VALUE[,VALUE...]", "Changes a variable of the database.",
          "The handlers see a change at once where they keep the variable's address, otherwise when its phase "
-         "is run again. Fewer values than the variable has places leave the others as they are.",
+         "is run again, which the command then says. Fewer values than the variable has places leave the "
+         "others as they are.",
          parseSet},
         {"phase", "phase init|storage|frame-format|11|5|20", "Runs a start-up phase again over all channels.",
          "It stops at the first module that fails; the result is then 0x8000.", parsePhase},

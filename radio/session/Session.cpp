@@ -1,6 +1,7 @@
 #include "radio/session/Session.h"
 
 #include "ResultCode.h"
+#include "radio/board/BoardDemand.h"
 #include "radio/session/HardwareWrite.h"
 #include "radio/session/Judge.h"
 #include "radio/session/Listings.h"
@@ -14,7 +15,8 @@ namespace Radio {
 
 Session::Session(const Board& board, SessionListener& listener, OrbiTraceLevel shownTrace,
                  Devices::Hardware* hardware)
-    : m_listener(listener),
+    : m_board(board),
+      m_listener(listener),
       m_shownTrace(shownTrace),
       m_expectedTrace(Standalone::TraceLevel::notice),
       m_failures(board),
@@ -163,7 +165,8 @@ Session::Outcome Session::carryOut(const SetTemperature& command) {
 
 Session::Outcome Session::carryOut(const SetVariable& command) {
     m_radio.platform().variables().find(command.name)->set(command.values);
-    return {};
+    const std::string_view phase = phaseThatCopies(command.name, m_board);
+    return {ResultOk, phase.empty() ? "" : "taken over by the next phase " + std::string(phase)};
 }
 
 Session::Outcome Session::carryOut(const RunPhase& command) {

@@ -114,6 +114,7 @@ private:
     Outcome carryOut(const Help& command);
     Outcome carryOut(const Quit& command);
 
+    const Board& m_board;
     SessionListener& m_listener;
     OrbiTraceLevel m_shownTrace;
     OrbiTraceLevel m_expectedTrace;

@@ -1,6 +1,7 @@
 #ifndef RADIO_SESSION_SESSIONLISTENER_H
 #define RADIO_SESSION_SESSIONLISTENER_H
 
+#include "radio/session/AlignedWrites.h"
 #include "radio/session/RadioUnit.h"
 #include "radio/session/ScriptLine.h"
 
@@ -18,6 +19,8 @@ struct Judgement {
     bool held;
     std::string expected;
     std::string found;
+    /** Of writes that were not those expected, both lists side by side. */
+    std::vector<AlignedWrite> writes{};
 };
 
 /** A list that a command shows. */

@@ -136,6 +136,7 @@ int LineEditor::readCharacter(EditLine* editor, wchar_t* character) {
         }
         const std::size_t length = std::mbrtowc(character, &byte, 1, &state);
         if (length == 0 || length == 1) {
+            of(editor).m_isAboutToLeave = false;
             return 1;
         }
         if (length == static_cast<std::size_t>(-1)) {
@@ -185,6 +186,22 @@ void LineEditor::showCandidates(const std::vector<std::string>& candidates) {
     std::cout << std::flush;
 }
 
+bool LineEditor::staysAfterSignal() {
+    const LineInfo* const line = el_line(m_editor);
+    const bool isEmpty = line->lastchar == line->buffer;
+    std::cout << "\n" << std::flush;
+    if (m_interrupt.signal() != SIGINT || (isEmpty && m_isAboutToLeave)) {
+        return false;
+    }
+    if (isEmpty) {
+        std::cout << "Ctrl-C again leaves, as quit and Ctrl-D do.\n" << std::flush;
+    }
+    m_isAboutToLeave = isEmpty;
+    m_interrupt.forget();
+    el_reset(m_editor);
+    return true;
+}
+
 std::optional<std::string> LineEditor::next() {
     for (;;) {
         // Before the prompt is shown: what is typed at it must not meet a terminal that still edits by
@@ -193,14 +210,9 @@ std::optional<std::string> LineEditor::next() {
         int length = 0;
         const char* const text = el_gets(m_editor, &length);
         if (m_interrupt.signal() != 0) {
-            const LineInfo* const line = el_line(m_editor);
-            const bool isEmpty = line->lastchar == line->buffer;
-            std::cout << "\n" << std::flush;
-            if (isEmpty || m_interrupt.signal() != SIGINT) {
+            if (!staysAfterSignal()) {
                 return std::nullopt;
             }
-            m_interrupt.forget();
-            el_reset(m_editor);
         } else if (text == nullptr || length <= 0) {
             std::cout << "\n" << std::flush;
             return std::nullopt;

@@ -16,7 +16,7 @@ namespace Radio {
 /**
  * Reads lines from a terminal with editing, history and completion.
  *
- * Ctrl-C takes back the line; on an empty line it leaves, as Ctrl-D does.
+ * Ctrl-C takes back the line. On an empty line it says that another one leaves, as Ctrl-D does at once.
  */
 class LineEditor {
 public:
@@ -47,6 +47,8 @@ private:
     void loadHistory();
     void saveHistory();
     void remember(const std::string& line);
+    /** What a signal while a line was read comes to: true when the user stays. */
+    bool staysAfterSignal();
     void showCandidates(const std::vector<std::string>& candidates);
 
     const BoardNames& m_names;
@@ -57,6 +59,8 @@ private:
     std::function<void()> m_idle;
     /** What the editor calls for it; empty when there is nothing to be called. */
     std::function<void()> m_whileWaiting;
+    /** Ctrl-C came at an empty line, and nothing was typed since. */
+    bool m_isAboutToLeave = false;
 };
 
 /** Where the prompt's history is kept: below $XDG_STATE_HOME or ~/.local/state. Empty when neither is known.

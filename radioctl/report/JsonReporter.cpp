@@ -33,6 +33,19 @@ Json cellValue(const Listing::Cell& cell) {
                       cell);
 }
 
+/** Where two lists of writes are not the same. */
+Json differences(const std::vector<AlignedWrite>& writes) {
+    Json list = Json::array();
+    for (const AlignedWrite& write : writes) {
+        if (!write.isSame()) {
+            list.push_back({{"driver", write.driver},
+                            {"expected", orNull(write.expected)},
+                            {"found", orNull(write.found)}});
+        }
+    }
+    return list;
+}
+
 } // namespace
 
 void JsonReporter::boardLoaded(const Board& board) {
@@ -141,6 +154,9 @@ void JsonReporter::judged(const ScriptLine& line, const Judgement& judgement) {
                   {"held", judgement.held},
                   {"expected", judgement.expected},
                   {"found", judgement.found}};
+    if (!judgement.writes.empty()) {
+        event["differences"] = differences(judgement.writes);
+    }
     addPlace(event, line.place);
     writeJsonLine(m_out, event);
 }

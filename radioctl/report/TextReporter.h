@@ -52,6 +52,8 @@ private:
     std::string failure(std::string_view text) const { return painted(Paint::failure, text); }
     std::string answer(std::int32_t code) const;
     void showWrite(const Standalone::Call& call);
+    /** The writes that were expected and those that were found, with what differs marked. */
+    void showWrites(const std::vector<AlignedWrite>& writes);
     void showTotals(const Summary& summary);
 
     std::ostream& m_out;

@@ -111,6 +111,47 @@ TEST_F(SessionTest, VariableGetsItsNewValues) {
                 ElementsAre("> show variables", "variables: variable values", "ChannelSpacing [250]", "ok"));
 }
 
+TEST_F(SessionTest, VariableThatIsCopiedSaysWhichPhaseTakesItOver) {
+    board = PlanBoards::microwave(::FrequencyHandler::MicrowaveBoardHzCsOffset);
+    startQuietly();
+    for (const auto& [name, ending] : std::vector<std::pair<std::string, std::string>>{
+             {"channel.1.rx.mixer.multiplicationfactor", "ok, taken over by the next phase storage"},
+             {"channel.1.tx.rf.spectruminverted", "ok, taken over by the next phase storage"},
+             {"TxIfBb", "ok, taken over by the next phase frame-format"},
+             {"ChannelSpacing", "ok, taken over by the next phase frame-format"},
+             {"HwCodeDsp", "ok"},
+             {"channel.1.rx.rf.frequency.cs.offset.array", "ok"}}) {
+        EXPECT_THAT(act(SetVariable{name, {3}}, "set"), ElementsAre("> set", ending)) << name;
+    }
+}
+
+TEST_F(SessionTest, CopiedVariableCountsAfterThePhaseOfItsNoteOnly) {
+    board = PlanBoards::microwave(::FrequencyHandler::MicrowaveBoardDspOffset);
+    startQuietly();
+    const auto lo = [this] { return act(Tune{Direction::rx, 1, 18'000'000}, "tune"); };
+    const std::vector<std::string> atFirst = lo();
+    act(SetVariable{"channel.1.rx.mixer.multiplicationfactor", {3}});
+    act(RunPhase{Standalone::phasePostFrameformatLoad});
+    EXPECT_EQ(lo(), atFirst);
+    act(RunPhase{Standalone::phaseStorageObjectsRetrieved});
+    const std::vector<std::string> behindStorage = lo();
+    EXPECT_NE(behindStorage, atFirst);
+    act(SetVariable{"ChannelSpacing", {50}});
+    act(RunPhase{Standalone::phaseStorageObjectsRetrieved});
+    EXPECT_EQ(lo(), behindStorage);
+    act(RunPhase{Standalone::phasePostFrameformatLoad});
+    EXPECT_NE(lo(), behindStorage);
+}
+
+TEST_F(SessionTest, VariableWithoutANoteCountsAtOnce) {
+    board = PlanBoards::microwave(::FrequencyHandler::MicrowaveBoardHzCsOffset);
+    startQuietly();
+    const auto lo = [this] { return act(Tune{Direction::rx, 1, 18'000'000}, "tune"); };
+    const std::vector<std::string> atFirst = lo();
+    act(SetVariable{"channel.1.rx.rf.frequency.cs.offset.array", {100, 7000}});
+    EXPECT_NE(lo(), atFirst);
+}
+
 TEST_F(SessionTest, QuitEndsTheSession) {
     startQuietly();
     EXPECT_FALSE(isOver());

@@ -190,11 +190,13 @@ TEST_F(BadInputTest, NoBoard) {
 }
 
 TEST_F(BadInputTest, UnknownWordOnTheCommandLine) {
-    expectWrongCommandLine({"boot"}, "The following argument was not expected: boot");
+    expectWrongCommandLine(
+        {"boot"},
+        "unknown command \"boot\", expected one of run, console, check, plan, thermal, calibrate, tables, "
+        "completion");
     expectWrongCommandLine({"run", "board.toml", "script", "more"},
                            "The following argument was not expected: more");
-    expectWrongCommandLine({"run", "--fast", "board.toml"},
-                           "The following argument was not expected: --fast");
+    expectWrongCommandLine({"run", "--fast", "board.toml"}, "unknown option \"--fast\"");
 }
 
 TEST_F(BadInputTest, UnknownTraceLevel) {

@@ -103,8 +103,9 @@ TEST_F(IqCompensationTest, RadioWithoutATableDoesNotBoot) {
 
 TEST_F(IqCompensationTest, JsonNamesTheChannelOfTheModule) {
     const Ending ending = runScript("", {"--json"});
-    EXPECT_THAT(ending.output, HasSubstr(R"({"event":"module","phase":11,"module":"CTxIqImbalanceHandler",)"
-                                         R"("id":83001,"channel":1,"code":0,"ok":true})"));
+    EXPECT_THAT(ending.output,
+                HasSubstr(R"({"schema":1,"event":"module","phase":11,"module":"CTxIqImbalanceHandler",)"
+                          R"("id":83001,"channel":1,"code":0,"ok":true})"));
 }
 
 } // namespace
