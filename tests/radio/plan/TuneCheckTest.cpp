@@ -96,6 +96,14 @@ TEST_F(TuneCheckTest, CarrierThatComesOutTooFarOffIsForbidden) {
               "21028000 kHz: carrier off by -1 Hz, allowed are 0 Hz");
 }
 
+TEST_F(TuneCheckTest, WithoutALimitACarrierMayComeOutOff) {
+    // Through a synthesiser of 65536 Hz a step, as it were: a factor of 65536 leaves thousands of Hz.
+    const Board radio = board();
+    BootedRadio booted(radio);
+    booted.radio().platform().variables().find("channel.1.rx.mixer.multiplicationfactor")->set({65536});
+    EXPECT_EQ(whyNotTune(radio, booted.radio().platform(), Direction::rx, 1, 21028001), "");
+}
+
 TEST_F(TuneCheckTest, WordOutsideTheRangeOfItsDriverIsForbidden) {
     const Board radio = board("[hardware.\"channel.1.tx.rf.lo.frequency.in.hz\"]\nwrite = \"/f\"\n"
                               "range = [7000000000, 7009333333]\n");

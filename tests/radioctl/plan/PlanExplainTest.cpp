@@ -34,7 +34,8 @@ protected:
         if (doctor) {
             doctor(booted.radio().platform());
         }
-        const Explanation explanation = Plan::explain(booted, board, board.channels.front(), direction, carrier);
+        const Explanation explanation =
+            Plan::explain(booted, board, board.channels.front(), direction, carrier);
         std::ostringstream text;
         writeText(text, board, explanation);
         m_text = text.str();

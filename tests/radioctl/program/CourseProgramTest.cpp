@@ -55,11 +55,14 @@ TEST_F(CourseProgramTest, TellsValuesToMachines) {
     const Ending ending = runScript("read channel.1.tx.rf.frequency\n"
                                     "watch channel.1.tx.rf.frequency for 1 s\n",
                                     {"--json"});
-    EXPECT_THAT(ending.output, HasSubstr(R"({"event":"value","driver":"channel.1.tx.rf.frequency","value":0})"
-                                         "\n"));
     EXPECT_THAT(ending.output,
-                HasSubstr(R"({"event":"value","driver":"channel.1.tx.rf.frequency","value":0,"seconds":0.0})"
+                HasSubstr(R"({"schema":1,"event":"value","driver":"channel.1.tx.rf.frequency","value":0})"
                           "\n"));
+    EXPECT_THAT(
+        ending.output,
+        HasSubstr(
+            R"({"schema":1,"event":"value","driver":"channel.1.tx.rf.frequency","value":0,"seconds":0.0})"
+            "\n"));
 }
 
 TEST_F(CourseProgramTest, WatchWithoutATimeIsRefusedWhereThereIsNoPrompt) {

@@ -38,9 +38,9 @@ TEST_F(HardwareProgramTest, FirstLineSaysWhichItIs) {
 TEST_F(HardwareProgramTest, FirstEventSaysWhichItIs) {
     write("script", "");
     EXPECT_THAT(run({"run", "--json", "board.toml", "script"}).output,
-                ContainsRegex("^\\{\"event\":\"mode\",.*\"mode\":\"simulation\""));
+                ContainsRegex("^\\{\"schema\":1,\"event\":\"mode\",\"mode\":\"simulation\""));
     EXPECT_THAT(run({"run", "--json", "--hardware", "board.toml", "script"}).output,
-                ContainsRegex("^\\{\"event\":\"mode\",.*\"mode\":\"hardware\".*\"drivers\":3"));
+                ContainsRegex("^\\{\"schema\":1,\"event\":\"mode\",\"mode\":\"hardware\".*\"drivers\":3"));
 }
 
 TEST_F(HardwareProgramTest, DriversWithoutHardwareAreCounted) {

@@ -25,6 +25,7 @@ TEST_F(JsonTest, OneObjectPerEventAndLine) {
     EXPECT_THAT(
         lines(ending.output),
         ElementsAre(
+            R"({"schema":1,"event":"mode","mode":"simulation"})",
             R"({"schema":1,"event":"board","file":"board.toml","name":"Test radio","description":"","channels":[{"number":1,"type":"rf-module"}]})",
             R"({"schema":1,"event":"phase","phase":11,"meaning":"module initialisation"})",
             R"({"schema":1,"event":"module","phase":11,"module":"FrequencyHandler","id":19000,"channel":1,"code":0,"ok":true})",
@@ -124,7 +125,7 @@ TEST_F(JsonTest, EveryLineOfEveryCommandBeginsWithItsSchema) {
 
 TEST_F(JsonTest, CanStandBeforeTheCommandToo) {
     const Ending ending = runProgram({{"--json", "run", "board.toml"}});
-    EXPECT_THAT(ending.output, testing::StartsWith("{\"schema\":1,\"event\":\"board\""));
+    EXPECT_THAT(ending.output, testing::StartsWith("{\"schema\":1,\"event\":\"mode\""));
 }
 
 } // namespace
