@@ -63,7 +63,10 @@ std::unique_ptr<Attribute> IioFinder::find(const std::string& name) {
     if (device == nullptr) {
         return nullptr;
     }
-    return parts->channel ? findInChannels(device, *parts) : findInDevice(device, *parts);
+    if (parts->channel) {
+        return findInChannels(device, *parts);
+    }
+    return findInDevice(device, *parts);
 }
 
 const iio_device* IioFinder::findDevice(const std::string& name) {
@@ -78,8 +81,9 @@ const iio_device* IioFinder::findDevice(const std::string& name) {
         }
         if (name == itsName || name == textOf(iio_device_get_label(device))) {
             if (found != nullptr) {
-                m_problem = name + " is the name of " + textOf(iio_device_get_id(found)) + " and of " + id +
-                            ": say which";
+                m_problem = name;
+                m_problem.append(" is the name of ").append(textOf(iio_device_get_id(found)));
+                m_problem.append(" and of ").append(id).append(": say which");
                 return nullptr;
             }
             found = device;

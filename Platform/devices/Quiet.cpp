@@ -40,7 +40,7 @@ private:
             functions.write = &Filter::write;
             m_filter = fopencookie(this, "w", functions);
             if (m_filter != nullptr) {
-                std::setvbuf(m_filter, nullptr, _IONBF, 0);
+                static_cast<void>(std::setvbuf(m_filter, nullptr, _IONBF, 0));
             }
         }
         return m_filter != nullptr;
