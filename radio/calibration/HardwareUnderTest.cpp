@@ -54,7 +54,7 @@ void requireWithin(const Board& board, const DriverHardware& hardware, const Ran
                       branch + " is to be searched from " + std::to_string(range.low) + " to " +
                           std::to_string(range.high) + ", but " + inQuotes(hardware.driver) + " takes " +
                           std::to_string(*hardware.lowest) + " to " + std::to_string(*hardware.highest) +
-                          ", expected an " + branch + " range within that",
+                          ", expected a range of " + branch + " within that",
                       choice);
 }
 
