@@ -139,7 +139,9 @@ void CalibrationRun::open() {
     }
     const Journal journal = Journal::open(m_journalFile);
     // What is no journal is not put away either.
-    if (!readJournal(m_journalFile).isFinished && m_order.beginning == Beginning::fresh) {
+    const JournalContent content = readJournal(m_journalFile);
+    const bool isWorthIt = !content.isFinished && !content.probes.empty();
+    if (isWorthIt && m_order.beginning == Beginning::fresh) {
         throw ChoiceError({m_journalFile.string(), 0}, "of a calibration that is not finished",
                           "resume or restart");
     }

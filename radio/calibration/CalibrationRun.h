@@ -18,7 +18,7 @@ namespace Radio::Calibration {
 
 /** What becomes of a journal that is there. */
 enum class Beginning : std::uint8_t {
-    fresh,   ///< a finished one is kept as a backup, an unfinished one is an error
+    fresh,   ///< a finished one, or one without probes, is kept as a backup, an unfinished one is an error
     resume,  ///< its calibration goes on
     restart, ///< it is kept as a backup, finished or not
     offline, ///< it is gone through again, and nothing is measured
@@ -127,6 +127,8 @@ public:
      */
     CalibrationRun(const Board& board, const CalibrationOrder& order);
 
+    /** What it is about; offline that is known after open(). */
+    const Settings& settings() const { return m_outcome.result.settings; }
     const std::filesystem::path& journalFile() const { return m_journalFile; }
     /** Where the tables go; empty: nowhere. */
     const std::filesystem::path& tablesFile() const { return m_tables; }
