@@ -34,10 +34,11 @@ struct AttributeName {
     /** One of the devices; empty: a file. */
     std::string device{};
     /**
-     * Of an IIO device "DEVICE/ATTRIBUTE" or "DEVICE/CHANNEL/ATTRIBUTE", where DEVICE is a name, a label or
-     * an identifier such as "iio:device0", and CHANNEL an identifier or a name; an output and an input
-     * channel with one identifier are told apart by "out:" or "in:" before it. Of an instrument the command
-     * with "{}" where the value stands, or the query. Of a file its path.
+     * Of an IIO device "DEVICE/ATTRIBUTE", where DEVICE is a name, a label or an identifier such as
+     * "iio:device0", and ATTRIBUTE the name of its file, as the kernel documents it; or
+     * "DEVICE/CHANNEL/ATTRIBUTE", where CHANNEL is an identifier or a name, an output and an input with one
+     * identifier being told apart by "out:" or "in:" before it. Of an instrument the command with "{}" where
+     * the value stands, or the query. Of a file its path.
      */
     std::string attribute{};
 };

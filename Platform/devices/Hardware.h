@@ -16,7 +16,7 @@
 namespace Devices {
 
 /** Is told of connections and of the sensor, on the thread that drives the radio. */
-class HardwareListener {
+class RADIO_API HardwareListener {
 public:
     HardwareListener() = default;
     HardwareListener(const HardwareListener&) = delete;

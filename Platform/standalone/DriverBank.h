@@ -25,7 +25,7 @@ enum DriverWord : unsigned {
 };
 
 /** What stands behind a driver in place of its memory: a function of real hardware. */
-class DriverBacking {
+class RADIO_API DriverBacking {
 public:
     DriverBacking() = default;
     DriverBacking(const DriverBacking&) = delete;

@@ -10,6 +10,8 @@
 #include "radio/plan/TuneCheck.h"
 #include "radio/session/HardwareWrite.h"
 
+#include <algorithm>
+
 namespace Radio::Plan {
 
 namespace {
@@ -37,6 +39,17 @@ bool usesLoConfiguration(Standalone::Platform& platform, int channel, Direction 
     const auto* const driver = platform.drivers().find(driverPrefix(channel, direction) + "rf.lo.config");
     constexpr unsigned needed = Standalone::wordContext | Standalone::wordWrite;
     return driver != nullptr && (driver->missingWords() & needed) == 0;
+}
+
+/** What a handler takes for the temperature before the temperature service has told it one. */
+constexpr std::int32_t untoldDegrees = 0;
+
+/** Whether corrections by temperature were among what was written. */
+bool correctsMixer(const Explanation& explanation) {
+    const std::string mixer = driverPrefix(explanation.channel.number, explanation.direction) + "rf.mixer.";
+    return std::any_of(
+        explanation.writes.begin(), explanation.writes.end(),
+        [&](const ExplainedWrite& write) { return write.driver.compare(0, mixer.size(), mixer) == 0; });
 }
 
 /** Adds the steps of a microwave board, and what they expect in hardware. */
@@ -72,7 +85,7 @@ std::optional<std::int64_t> Explanation::error() const {
 Explanation explain(BootedRadio& booted, const Board& board, const ChannelDescription& channel,
                     Direction direction, std::uint32_t carrier) {
     Standalone::Platform& platform = booted.radio().platform();
-    Explanation explanation{channel, direction, carrier, {}, {}, {}, {}, {}, {}, {}};
+    Explanation explanation{channel, direction, carrier, {}, {}, {}, {}, {}, {}, {}, {}, {}};
     explanation.forbidden = whyNotTune(board, platform, direction, channel.number, carrier);
     WordSources sources(platform, channel, direction);
     booted.forget();
@@ -83,6 +96,9 @@ Explanation explain(BootedRadio& booted, const Board& board, const ChannelDescri
     for (const Standalone::Call& call : booted.writes()) {
         explanation.writes.push_back({destination(call), call.value, call.code});
     }
+    if (correctsMixer(explanation)) {
+        explanation.assumedDegrees = untoldDegrees;
+    }
     explanation.complaints = booted.complaints();
     std::optional<ProducedCarrier> produced;
     HardwareWords expected;
@@ -91,6 +107,7 @@ Explanation explain(BootedRadio& booted, const Board& board, const ChannelDescri
         expected = explainMicrowaveBoard(explanation, platform, parameters);
         produced = producedCarrier(written, parameters);
         if (produced) {
+            explanation.whyOff = whyCarrierIsOff(spacingShiftOf(parameters), parameters);
             explanation.production = productionSteps(written, *produced, parameters);
         }
     } else {

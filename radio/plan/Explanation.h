@@ -47,6 +47,10 @@ struct Explanation {
     std::vector<ExplainedStep> production;
     /** In Hz; nothing when no carrier comes of the words. */
     std::optional<std::int64_t> produced;
+    /** Why the produced carrier is off, told for a person; empty where the steps show it. */
+    std::string whyOff;
+    /** The temperature that corrections were taken for, though none was told; nothing where none counts. */
+    std::optional<std::int32_t> assumedDegrees;
     /** Words in which the steps and the library differ, told for a person; empty when they agree. */
     std::vector<std::string> disagreements;
 

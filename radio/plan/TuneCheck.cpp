@@ -77,6 +77,14 @@ std::string whyNotOnRaster(const Board& board, Direction direction, int channel,
            ", the nearest carrier is " + std::to_string(nearest) + " kHz";
 }
 
+/** Whether a finding of an audit is about what the board itself states; what may be off by how much when it
+ * does not say is for an audit to decide. */
+bool isStated(const CarrierFinding& finding, const Limits& limits) {
+    return finding.kind == FindingKind::ifPllOutOfRange || finding.kind == FindingKind::rfPllOutOfRange ||
+           finding.kind == FindingKind::wordOverflow ||
+           (finding.kind == FindingKind::carrierOff && limits.carrierError.has_value());
+}
+
 /** The first finding of an audit of this carrier. */
 std::string whyNotWithinLimits(const Board& board, Standalone::Platform& platform,
                                const ChannelDescription& channel, Direction direction, std::uint32_t carrier,
@@ -85,8 +93,10 @@ std::string whyNotWithinLimits(const Board& board, Standalone::Platform& platfor
     CarrierResult result;
     const Visit visit{words, {}};
     check.check(result, carrier, visit, visit, carrier);
-    return result.findings.empty() ? ""
-                                   : std::to_string(carrier) + " kHz: " + describe(result.findings.front());
+    const auto finding =
+        std::find_if(result.findings.begin(), result.findings.end(),
+                     [&board](const CarrierFinding& one) { return isStated(one, board.limits); });
+    return finding == result.findings.end() ? "" : std::to_string(carrier) + " kHz: " + describe(*finding);
 }
 
 std::string whyNotInRanges(const Board& board, Standalone::Platform& platform,
@@ -129,15 +139,6 @@ std::string whyNotWrite(const Board& board, const std::string& driver, std::int6
     }
     return inQuotes(driver) + " takes " + std::to_string(*hardware->lowest) + " to " +
            std::to_string(*hardware->highest) + ", not " + std::to_string(value);
-}
-
-std::string whyNotTemperature(const Board& board, int degrees) {
-    const std::optional<Range>& range = board.limits.temperature;
-    if (!range || (degrees >= range->low && degrees <= range->high)) {
-        return {};
-    }
-    return std::to_string(degrees) + " degrees are outside the board's " + std::to_string(range->low) +
-           " to " + std::to_string(range->high);
 }
 
 } // namespace Radio::Plan

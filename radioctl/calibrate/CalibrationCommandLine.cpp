@@ -100,7 +100,7 @@ void CalibrationCommandLine::addSettings() {
                 "Degrees Celsius with commas between them,\nsuch as -33,0,55")
         .named("LIST")
         .separatedBy(',')
-        .within(temperatureBounds.low, temperatureBounds.high);
+        .within(temperatureBounds.low, temperatureBounds.high, "degrees");
     m_calibrate.option("--i-range", m_iRange, "Where I is searched, in units of its driver")
         .named("LOW HIGH")
         .values(2)
@@ -120,7 +120,7 @@ void CalibrationCommandLine::addSettings() {
         .within(iterationBounds.low, iterationBounds.high);
     m_calibrate.option("--settle-time", wishes.settleTime, "From a correction to its reading")
         .named("MS")
-        .within(settleTimeBounds.low, settleTimeBounds.high);
+        .within(settleTimeBounds.low, settleTimeBounds.high, "ms");
     m_calibrate.option("--detector", m_detector, "low (also the only one) or high")
         .named("RANGE")
         .oneOf({"low", "high"});

@@ -24,6 +24,8 @@ public:
     void called(const Standalone::Call& call) override;
     void traced(const Standalone::TraceMessage& message) override;
     void notified(const Notification& notification) override;
+    void valueRead(const Reading& reading) override;
+    void warned(const std::string& text) override;
     void judged(const ScriptLine& line, const Judgement& judgement) override;
     void listed(const Listing& listing) override;
     void helpWanted(const std::string& about) override;

@@ -34,7 +34,7 @@ public:
     /** The sensor has given a temperature, and so many observers were told. */
     virtual void sensed(int degrees, std::size_t observers) = 0;
     /** From now on each write also shows what it is in hardware. */
-    void showAttributes(AttributesOf attributesOf) { m_attributesOf = std::move(attributesOf); }
+    virtual void showAttributes(AttributesOf attributesOf) { m_attributesOf = std::move(attributesOf); }
     /** Something the user gave cannot be used. */
     virtual void refused(const std::string& message) = 0;
     virtual void summarised(const RunSummary& summary, int exitCode) = 0;

@@ -12,6 +12,8 @@ RunCommandLine::RunCommandLine(CommandLine::Command program)
                 "Commands, one a line; - reads them from\nstandard input, and so does leaving it\n"
                 "out when standard input is no terminal")
         .named("FILE");
+    m_run.option("--junit", m_options.junit, "Write what came of the expectations, as\nJUnit's XML")
+        .named("FILE");
 }
 
 CommandLine::Command RunCommandLine::add(CommandLine::Command& program, const char* name, const char* help) {

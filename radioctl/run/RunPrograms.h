@@ -20,6 +20,8 @@ struct RunOptions {
     std::string board;
     /** A file, or "-" for standard input; nothing when it was left out. */
     std::optional<std::string> script{};
+    /** Where a report in the form of JUnit's XML goes; empty for nowhere. */
+    std::string junit{};
 };
 
 /** Boots a board and carries out a script. */

@@ -146,7 +146,8 @@ TEST_F(BoardHardwareTest, DriverWithoutADeviceIsAFile) {
 
 TEST_F(BoardHardwareTest, DriversThatCannotBeAreRefused) {
     EXPECT_EQ(refusal([] { loadAfterDevices("[hardware.c]\nwrite = \"/f\"\n"); }),
-              "board.toml:11: hardware.c: the board has no driver \"c\" (did you mean \"a\"?), expected one of [drivers]");
+              "board.toml:11: hardware.c: the board has no driver \"c\" (did you mean \"a\"?), expected one "
+              "of [drivers]");
     EXPECT_EQ(refusedHardware("device = \"rf\"\n"),
               "board.toml:11: hardware.a: expected write, read or both, found neither");
     EXPECT_EQ(refusedHardware("read = \"/f\"\nnegative = \"/g\"\n"),

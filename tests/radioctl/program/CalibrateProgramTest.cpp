@@ -86,8 +86,8 @@ TEST_F(CalibrateProgramTest, SummaryComparesBeforeAndAfter) {
 
 TEST_F(CalibrateProgramTest, EveryProbeIsInTheJournal) {
     const Ending ending = calibrate({"--json"});
-    const auto last =
-        nlohmann::json::parse(ending.output.substr(ending.output.rfind("{\"event\":\"calibrated\"")));
+    const auto last = nlohmann::json::parse(
+        ending.output.substr(ending.output.rfind("{\"schema\":1,\"event\":\"calibrated\"")));
     // Between the header and the line that says that it is finished.
     EXPECT_EQ(last.at("probes").get<std::size_t>() + 2, linesOf(journal));
 }
@@ -188,7 +188,8 @@ protected:
 
 TEST_P(CalibrateDemonstrationTest, LeakageAtTheNodesIsThirtyDecibelsLowerAtLeast) {
     const std::string output = calibrateDemonstration().output;
-    const auto end = nlohmann::json::parse(output.substr(output.rfind("{\"event\":\"calibrated\"")));
+    const auto end =
+        nlohmann::json::parse(output.substr(output.rfind("{\"schema\":1,\"event\":\"calibrated\"")));
     EXPECT_EQ(end.at("good"), 30);
     EXPECT_GT(end.at("worst_before").at("dbc").get<double>(), -24.0);
     EXPECT_LT(end.at("worst_after").at("dbc").get<double>(),
@@ -581,7 +582,7 @@ TEST_F(CalibrateProgramTest, TooShortASettleTimeGivesWorseResults) {
     const auto worstAfter = [](const std::string& settleTime) {
         const std::string output =
             calibrate({"--json", "--restart", "--min-delta", "3", "--settle-time", settleTime}).output;
-        return nlohmann::json::parse(output.substr(output.rfind("{\"event\":\"calibrated\"")))
+        return nlohmann::json::parse(output.substr(output.rfind("{\"schema\":1,\"event\":\"calibrated\"")))
             .at("worst_after");
     };
     const auto good = worstAfter("50");

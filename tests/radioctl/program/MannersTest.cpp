@@ -47,11 +47,40 @@ TEST_F(MannersTest, VersionIsOneLine) {
 }
 
 TEST_F(MannersTest, HelpHasTheExitCodes) {
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"--help"}, {"run", "--help"}}) {
-        const Ending ending = runProgram({arguments});
-        EXPECT_THAT(ending.output, HasSubstr("\nExit codes:\n  0    good\n  1    an expectation failed"));
-        EXPECT_EQ(ending.exitCode, 0);
+    const Ending all = runProgram({{"--help"}});
+    EXPECT_THAT(all.output,
+                HasSubstr("\nExit codes:\n  0    good\n  1    run, console: an expectation failed"));
+    EXPECT_THAT(all.output, HasSubstr("tables diff: there are differences\n"));
+    EXPECT_EQ(all.exitCode, 0);
+}
+
+TEST_F(MannersTest, HelpOfACommandHasItsOwnExitCodes) {
+    EXPECT_THAT(runProgram({{"run", "--help"}}).output,
+                HasSubstr("\nExit codes:\n  0    good\n  1    an expectation failed"));
+    EXPECT_THAT(runProgram({{"tables", "diff", "--help"}}).output,
+                EndsWith("\nExit codes:\n"
+                         "  0    good\n"
+                         "  1    there are differences\n"
+                         "  2    wrong command line\n"
+                         "  3    a board cannot be used\n"
+                         "       a table cannot be used, or there are none to look at\n"
+                         "       output cannot be written\n\n"));
+}
+
+TEST_F(MannersTest, UnknownCommandsAndOptionsHaveTheNearestOne) {
+    for (const auto& [words, complaint] : std::vector<std::pair<std::vector<std::string>, std::string>>{
+             {{"calibrat", "board.toml"},
+              "unknown command \"calibrat\" (did you mean \"calibrate\"?), expected one of "
+              "run, console, check, plan, thermal, calibrate, tables, completion"},
+             {{"plan", "explian"},
+              "unknown command \"explian\" (did you mean \"explain\"?), expected one of explain, "
+              "audit"},
+             {{"tables", "dif"},
+              "unknown command \"dif\" (did you mean \"diff\"?), expected one of lint, diff, why"},
+             {{"run", "--jsn"}, "unknown option \"--jsn\" (did you mean \"--json\"?)"}}) {
+        const Ending ending = runProgram({words});
+        EXPECT_EQ(ending.errors, "radioctl: " + complaint + "\nRun with --help for more information.\n");
+        EXPECT_EQ(ending.exitCode, 2);
     }
 }
 
@@ -178,7 +207,7 @@ TEST_F(MannersTest, ConsoleThroughAPipeGoesOnAfterABadLineButSaysSo) {
     const Ending ending = runProgram({{"console", "board.toml"}}, "tune\nexpect result ok\n");
     EXPECT_EQ(ending.errors,
               "radioctl: stdin:1: tune: tx|rx is missing, expected: tune tx|rx CHANNEL FREQUENCY "
-              "[kHz|MHz|GHz]\n");
+              "[kHz|MHz|GHz] [force]\n");
     EXPECT_THAT(
         ending.output,
         EndsWith("  held    expect result ok\n\n0 commands, 1 expectation: all held.\n1 line refused.\n"));
@@ -207,7 +236,7 @@ TEST_F(MannersTest, PromptForgivesALineThatMakesNoSense) {
     process.type("temperature hot\r");
     ASSERT_TRUE(
         process.waitFor("radioctl: temperature: \"hot\" is no number of degrees, expected a number from "
-                        "-2147483648 to 2147483647\r\nradio> "));
+                        "-100 to 200\r\nradio> "));
     process.type("quit\r");
     EXPECT_EQ(process.finish().exitCode, 0);
 }
@@ -232,7 +261,7 @@ TEST_F(MannersTest, StoppedPipeGoesOn) {
     EXPECT_TRUE(process.waitFor("  held    expect writes 0\n"));
 }
 
-TEST_F(MannersTest, InterruptAtThePromptTakesTheLineBackAndThenLeaves) {
+TEST_F(MannersTest, InterruptAtThePromptTakesTheLineBack) {
     Process process(consoleAtTerminal());
     ASSERT_TRUE(process.waitFor("radio> "));
     process.type("tune tx 1");
@@ -241,10 +270,40 @@ TEST_F(MannersTest, InterruptAtThePromptTakesTheLineBackAndThenLeaves) {
     ASSERT_TRUE(process.waitFor("\r\nradio> "));
     process.type("temperature 7\r");
     ASSERT_TRUE(process.waitFor("     1 observer told\r\nradio> "));
+    process.type(endOfInput);
+    const Ending ending = process.finish();
+    EXPECT_THAT(ending.output, EndsWith("1 command, 0 expectations.\r\n"));
+    EXPECT_EQ(ending.exitCode, 0);
+}
+
+TEST_F(MannersTest, InterruptAtAnEmptyPromptSaysThatASecondOneLeaves) {
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    process.type(interrupt);
+    ASSERT_TRUE(process.waitFor("\r\nCtrl-C again leaves, as quit and Ctrl-D do.\r\nradio> "));
     process.type(interrupt);
     const Ending ending = process.finish();
-    EXPECT_THAT(ending.output, EndsWith("1 command, 0 expectations.\r\nInterrupted.\r\n"));
+    EXPECT_THAT(ending.output, EndsWith("0 commands, 0 expectations.\r\nInterrupted.\r\n"));
     EXPECT_EQ(ending.exitCode, 130);
+}
+
+TEST_F(MannersTest, WhateverIsTypedAfterAnInterruptHasItsSayAgain) {
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    process.type(interrupt);
+    ASSERT_TRUE(process.waitFor("Ctrl-C again leaves, as quit and Ctrl-D do.\r\nradio> "));
+    process.type("temperature 7\r");
+    ASSERT_TRUE(process.waitFor("     1 observer told\r\nradio> "));
+    process.type(interrupt);
+    ASSERT_TRUE(process.waitFor("Ctrl-C again leaves, as quit and Ctrl-D do.\r\nradio> "));
+    process.type("tune");
+    ASSERT_TRUE(process.waitFor("tune"));
+    process.type(interrupt);
+    ASSERT_TRUE(process.waitFor("\r\nradio> "));
+    process.type(interrupt);
+    ASSERT_TRUE(process.waitFor("Ctrl-C again leaves, as quit and Ctrl-D do.\r\nradio> "));
+    process.type("quit\r");
+    EXPECT_EQ(process.finish().exitCode, 0);
 }
 
 TEST_F(MannersTest, HistoryOutlivesTheProgramAndIsPrivate) {
