@@ -106,6 +106,8 @@ struct CalibrationDescription {
     /** In ms. */
     std::optional<std::uint32_t> settleTime;
     std::optional<bool> useHighDetector;
+    /** The driver of a temperature chamber, which takes degrees Celsius; empty: there is none. */
+    std::string chamber{};
 };
 
 /** What the hardware of a board can do; what is not stated is not limited. */

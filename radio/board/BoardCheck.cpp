@@ -52,6 +52,13 @@ std::string consequence(const Demand& demand) {
                                    : " can start without it, but will report errors");
 }
 
+/** A calibration sets temperatures with it. */
+bool isChamber(const Board& board, const Key& key) {
+    return key.first == ObjectKind::driver &&
+           std::any_of(board.calibrations.begin(), board.calibrations.end(),
+                       [&](const auto& calibration) { return calibration.chamber == key.second; });
+}
+
 std::string notAskedFor(const Key& key, const Entry& entry) {
     return named(key.first, key.second) + " is asked for by no channel" +
            (entry.meant ? " (did you mean \"" + *entry.meant + "\"?)" : "");
@@ -353,7 +360,7 @@ void Checker::checkLeftOver(const Key& key, const Entry& entry) {
     // A driver with hardware that no channel asks for is there for whoever reads and writes it by hand.
     const bool isForAPerson =
         entry.driver != nullptr && !entry.meant && findHardware(m_board, entry.driver->name) != nullptr;
-    if (!isForAPerson) {
+    if (!isForAPerson && !isChamber(m_board, key)) {
         report(Severity::warning, entry.place, notAskedFor(key, entry));
     }
 }

@@ -222,7 +222,7 @@ Board describe(const std::filesystem::path& file, const TomlItem& root, const Cs
     board.transmitters = readTransmitters(root, board.channels);
     board.drivers = readSection(root, "drivers", readDriver);
     board.leakages = readLeakages(root, board.channels, board.drivers);
-    board.calibrations = readCalibrations(root, board.channels);
+    board.calibrations = readCalibrations(root, board.channels, board.drivers);
     board.variables = readSection(root, "variables", readVariable);
     refuseOverlongSizes(board);
     board.tables = readSection(root, "tables", [&csv](const std::string& name, const TomlItem& item) {

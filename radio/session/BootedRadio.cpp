@@ -5,9 +5,9 @@
 
 namespace Radio {
 
-BootedRadio::BootedRadio(const Board& board, Devices::Hardware* hardware)
+BootedRadio::BootedRadio(const Board& board, const Backings& backings)
     : m_board(board.file.string()),
-      m_radio(board, events(), hardware) {
+      m_radio(board, events(), backings) {
     m_radio.platform().calls().setRecording(false);
     m_radio.platform().trace().setRecording(false);
     m_radio.platform().trace().setThreshold(Standalone::TraceLevel::error);

@@ -39,18 +39,25 @@ private:
     const RadioEvents& m_events;
 };
 
-RadioUnit::RadioUnit(const Board& board, RadioEvents events, Devices::Hardware* hardware)
+Backings backingsOf(Devices::Hardware* hardware) {
+    if (hardware == nullptr) {
+        return {};
+    }
+    return [hardware](std::string_view driver) { return hardware->backing(driver); };
+}
+
+RadioUnit::RadioUnit(const Board& board, RadioEvents events, const Backings& backings)
     : m_events(std::move(events)) {
     furnishPlatform(board);
-    if (hardware != nullptr) {
-        bindHardware(*hardware);
+    if (backings) {
+        bindHardware(backings);
     }
     listen();
     for (const ChannelDescription& channel : board.channels) {
         addChannel(channel);
     }
     observeAll(board);
-    if (hardware == nullptr) {
+    if (!backings) {
         bindTransmitters(board);
     }
 }
@@ -95,9 +102,9 @@ void RadioUnit::furnishPlatform(const Board& board) {
     }
 }
 
-void RadioUnit::bindHardware(Devices::Hardware& hardware) {
+void RadioUnit::bindHardware(const Backings& backings) {
     for (const auto& [name, driver] : m_platform.drivers().drivers()) {
-        driver->setBacking(hardware.backing(name));
+        driver->setBacking(backings(name));
     }
     m_clock.setRealTime(true);
 }

@@ -16,6 +16,8 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Radio {
@@ -37,6 +39,12 @@ struct RadioEvents {
     std::function<void(const Notification&)> notified;
 };
 
+/** Gives what stands behind a driver; null for one that is simulated. An empty function: all of them are. */
+using Backings = std::function<Standalone::DriverBacking*(std::string_view driver)>;
+
+/** Those of real hardware, which must outlive what is made of it; null: none. */
+Backings backingsOf(Devices::Hardware* hardware);
+
 /**
  * A described radio: the stand-alone platform filled from a board, for each channel one frequency module and,
  * where the board says so, an IQ compensation, and an observer on every handler. Where the board models the
@@ -52,7 +60,10 @@ public:
      * With `hardware`, which must outlive the object, the drivers that have some are bound to it; then
      * nothing is modelled, and sleeping takes as long as it says.
      */
-    RadioUnit(const Board& board, RadioEvents events, Devices::Hardware* hardware = nullptr);
+    RadioUnit(const Board& board, RadioEvents events, Devices::Hardware* hardware = nullptr)
+        : RadioUnit(board, std::move(events), backingsOf(hardware)) {}
+    /** The same with whatever stands behind the drivers; `backings` is called here only. */
+    RadioUnit(const Board& board, RadioEvents events, const Backings& backings);
     RadioUnit(const RadioUnit&) = delete;
     RadioUnit& operator=(const RadioUnit&) = delete;
     ~RadioUnit();
@@ -97,7 +108,7 @@ private:
     class ChangeObserver;
 
     void furnishPlatform(const Board& board);
-    void bindHardware(Devices::Hardware& hardware);
+    void bindHardware(const Backings& backings);
     void listen();
     void addChannel(const ChannelDescription& channel);
     void observeAll(const Board& board);

@@ -11,6 +11,8 @@ struct HardwareOptions {
     bool dryRun = false;
 };
 
+/** Adds "--hardware" to a command. `options` must outlive the parsing. */
+CommandLine::Option addHardwareOption(CommandLine::Command& command, HardwareOptions& options);
 /** Adds "--hardware" and "--dry-run" to a command; one of them at most. `options` must outlive the parsing.
  */
 void addHardwareOptions(CommandLine::Command& command, HardwareOptions& options);
