@@ -141,4 +141,13 @@ std::string whyNotWrite(const Board& board, const std::string& driver, std::int6
            std::to_string(*hardware->highest) + ", not " + std::to_string(value);
 }
 
+std::string whyNotTemperature(const Board& board, int degrees) {
+    const std::optional<Range>& range = board.limits.temperature;
+    if (!range || (degrees >= range->low && degrees <= range->high)) {
+        return {};
+    }
+    return std::to_string(degrees) + " degrees are outside the board's " + std::to_string(range->low) +
+           " to " + std::to_string(range->high);
+}
+
 } // namespace Radio::Plan

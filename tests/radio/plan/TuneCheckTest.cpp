@@ -122,6 +122,14 @@ TEST_F(TuneCheckTest, ValueOutsideTheRangeOfItsDriverIsForbidden) {
     EXPECT_EQ(whyNotWrite(radio, "channel.1.tx.rf.mixer.q", 128), "");
 }
 
+TEST_F(TuneCheckTest, TemperatureOutsideTheLimitsIsForbidden) {
+    const Board radio = board("[limits]\ntemperature = [-33, 55]\n");
+    EXPECT_EQ(whyNotTemperature(radio, -33), "");
+    EXPECT_EQ(whyNotTemperature(radio, 55), "");
+    EXPECT_EQ(whyNotTemperature(radio, 56), "56 degrees are outside the board's -33 to 55");
+    EXPECT_EQ(whyNotTemperature(board(), 1000), "");
+}
+
 TEST_F(TuneCheckTest, FactorOfZeroIsLeftToTheRadio) {
     const Board radio = board();
     BootedRadio booted(radio);
