@@ -3,6 +3,7 @@
 #include "radio/board/BoardDemand.h"
 #include "radio/board/BoardFile.h"
 #include "radio/board/BoardNames.h"
+#include "radio/board/TableCheck.h"
 #include "radio/text/NearestName.h"
 #include "radio/text/Words.h"
 
@@ -78,6 +79,8 @@ private:
     void checkShape(const Demand& demand, const Candidate& taken, const Entry& entry);
     void checkPairs(const Candidate& taken, const VariableDescription& array);
     void checkLeftOver(const Key& key, const Entry& entry);
+    void checkAxes();
+    void checkOrigins();
 
     static std::string whatIsMissing(const Demand& demand, const Entry& entry, const Candidate& candidate);
     std::string howToMake(const Demand& demand, const Entry& entry) const;
@@ -127,9 +130,39 @@ std::vector<Finding> Checker::run() {
             checkLeftOver(key, entry);
         }
     }
+    checkAxes();
     std::stable_sort(m_findings.begin(), m_findings.end(),
                      [](const Finding& a, const Finding& b) { return a.place.line < b.place.line; });
+    checkOrigins();
     return std::move(m_findings);
+}
+
+void Checker::checkAxes() {
+    for (const ChannelDescription& channel : m_board.channels) {
+        for (const char* const branch : {"I", "Q"}) {
+            const TableDescription* const table = findCancellationTable(m_board, channel.number, branch);
+            const auto swapped = table == nullptr ? std::nullopt : swappedAxes(table->table);
+            if (swapped) {
+                report(Severity::error, table->place,
+                       named(ObjectKind::table, table->table.name) + ": " + *swapped);
+            }
+        }
+    }
+}
+
+/** Behind all others, since they are about lines of other files; each file is told once. */
+void Checker::checkOrigins() {
+    for (const ChannelDescription& channel : m_board.channels) {
+        const TableDescription* const i = findCancellationTable(m_board, channel.number, "I");
+        const TableDescription* const q = findCancellationTable(m_board, channel.number, "Q");
+        for (const TableDescription* const table : {i, q}) {
+            const bool isTold = table == q && i != nullptr && q != nullptr && i->file == q->file;
+            if (table != nullptr && !isTold) {
+                const std::vector<Finding> findings = findingsOfOrigin(*table, m_board, channel.number);
+                m_findings.insert(m_findings.end(), findings.begin(), findings.end());
+            }
+        }
+    }
 }
 
 void Checker::report(Severity severity, const Place& place, const std::string& text) {
