@@ -80,6 +80,7 @@ private:
     void checkPairs(const Candidate& taken, const VariableDescription& array);
     void checkLeftOver(const Key& key, const Entry& entry);
     void checkAxes();
+    void checkAxes(const TableDescription* table, const std::string& label);
     void checkOrigins();
 
     static std::string whatIsMissing(const Demand& demand, const Entry& entry, const Candidate& candidate);
@@ -137,16 +138,25 @@ std::vector<Finding> Checker::run() {
     return std::move(m_findings);
 }
 
+/** In the words of "tables lint", which looks at this as well. */
 void Checker::checkAxes() {
     for (const ChannelDescription& channel : m_board.channels) {
-        for (const char* const branch : {"I", "Q"}) {
-            const TableDescription* const table = findCancellationTable(m_board, channel.number, branch);
-            const auto swapped = table == nullptr ? std::nullopt : swappedAxes(table->table);
-            if (swapped) {
-                report(Severity::error, table->place,
-                       named(ObjectKind::table, table->table.name) + ": " + *swapped);
-            }
+        const std::string label = "channel " + std::to_string(channel.number);
+        const TableDescription* const i = findCancellationTable(m_board, channel.number, "I");
+        const TableDescription* const q = findCancellationTable(m_board, channel.number, "Q");
+        const bool isBoth = i != nullptr && q != nullptr && i->table.axis1 == q->table.axis1 &&
+                            i->table.axis2 == q->table.axis2;
+        checkAxes(i, isBoth ? label : label + ", I");
+        if (!isBoth) {
+            checkAxes(q, label + ", Q");
         }
+    }
+}
+
+void Checker::checkAxes(const TableDescription* table, const std::string& label) {
+    const auto swapped = table == nullptr ? std::nullopt : swappedAxes(table->table);
+    if (swapped) {
+        report(Severity::error, table->place, label + ": " + *swapped);
     }
 }
 

@@ -213,17 +213,23 @@ Findings lintFiles(const Board& board) {
 
 } // namespace
 
+bool hasTables(const Board& board) {
+    return std::any_of(board.channels.begin(), board.channels.end(),
+                       [&board](const ChannelDescription& channel) {
+                           return findCancellationTable(board, channel.number, "I") != nullptr ||
+                                  findCancellationTable(board, channel.number, "Q") != nullptr;
+                       });
+}
+
 Findings lintBoard(const Board& board) {
     Findings findings;
-    bool hasTables = false;
     for (const ChannelDescription& channel : board.channels) {
         ChannelLint lint(board, channel.number, findings);
         if (lint.hasTables()) {
-            hasTables = true;
             lint.run();
         }
     }
-    if (!hasTables) {
+    if (!hasTables(board)) {
         throw InputError({board.file.string(), 0},
                          "no LO-cancellation tables, expected some such as " +
                              inQuotes(cancellationTableName(board.channels.front().number, "I")));
