@@ -43,6 +43,14 @@ struct VariableDescription {
     Place place;
 };
 
+/** What the file of a table says of whom it was made for. */
+struct TableOrigin {
+    /** "serial" or "channel". */
+    std::string key;
+    std::string text;
+    Place place;
+};
+
 struct TableDescription {
     /** Without nodes when it is to come from a file that is not there: nothing has been calibrated yet. */
     CalibrationTable table;
@@ -51,6 +59,7 @@ struct TableDescription {
     std::filesystem::path file{};
     /** The column of that file that has its values. */
     std::string column{};
+    std::vector<TableOrigin> origins{};
 
     bool isThere() const { return !table.axis1.empty(); }
 };

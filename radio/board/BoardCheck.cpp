@@ -4,6 +4,7 @@
 #include "radio/board/BoardFile.h"
 #include "radio/board/BoardNames.h"
 #include "radio/board/HardwareCheck.h"
+#include "radio/board/TableCheck.h"
 #include "radio/text/NearestName.h"
 #include "radio/text/Words.h"
 
@@ -86,6 +87,9 @@ private:
     void checkShape(const Demand& demand, const Candidate& taken, const Entry& entry);
     void checkPairs(const Candidate& taken, const VariableDescription& array);
     void checkLeftOver(const Key& key, const Entry& entry);
+    void checkAxes();
+    void checkAxes(const TableDescription* table, const std::string& label);
+    void checkOrigins();
 
     static std::string whatIsMissing(const Demand& demand, const Entry& entry, const Candidate& candidate);
     std::string howToMake(const Demand& demand, const Entry& entry) const;
@@ -138,9 +142,48 @@ std::vector<Finding> Checker::run() {
     for (Finding& finding : checkHardwareRanges(m_board)) {
         m_findings.push_back(std::move(finding));
     }
+    checkAxes();
     std::stable_sort(m_findings.begin(), m_findings.end(),
                      [](const Finding& a, const Finding& b) { return a.place.line < b.place.line; });
+    checkOrigins();
     return std::move(m_findings);
+}
+
+/** In the words of "tables lint", which looks at this as well. */
+void Checker::checkAxes() {
+    for (const ChannelDescription& channel : m_board.channels) {
+        const std::string label = "channel " + std::to_string(channel.number);
+        const TableDescription* const i = findCancellationTable(m_board, channel.number, "I");
+        const TableDescription* const q = findCancellationTable(m_board, channel.number, "Q");
+        const bool isBoth = i != nullptr && q != nullptr && i->table.axis1 == q->table.axis1 &&
+                            i->table.axis2 == q->table.axis2;
+        checkAxes(i, isBoth ? label : label + ", I");
+        if (!isBoth) {
+            checkAxes(q, label + ", Q");
+        }
+    }
+}
+
+void Checker::checkAxes(const TableDescription* table, const std::string& label) {
+    const auto swapped = table == nullptr ? std::nullopt : swappedAxes(table->table);
+    if (swapped) {
+        report(Severity::error, table->place, label + ": " + *swapped);
+    }
+}
+
+/** Behind all others, since they are about lines of other files; each file is told once. */
+void Checker::checkOrigins() {
+    for (const ChannelDescription& channel : m_board.channels) {
+        const TableDescription* const i = findCancellationTable(m_board, channel.number, "I");
+        const TableDescription* const q = findCancellationTable(m_board, channel.number, "Q");
+        for (const TableDescription* const table : {i, q}) {
+            const bool isTold = table == q && i != nullptr && q != nullptr && i->file == q->file;
+            if (table != nullptr && !isTold) {
+                const std::vector<Finding> findings = findingsOfOrigin(*table, m_board, channel.number);
+                m_findings.insert(m_findings.end(), findings.begin(), findings.end());
+            }
+        }
+    }
 }
 
 void Checker::report(Severity severity, const Place& place, const std::string& text) {

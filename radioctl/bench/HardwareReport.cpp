@@ -172,6 +172,9 @@ void HardwareReport::found(const std::string& file, const std::vector<Devices::A
         return;
     }
     table.write(m_out);
+    if (problems != 0 && !Devices::Hardware::leftOut().empty()) {
+        line("This radioctl was built without " + Devices::Hardware::leftOut());
+    }
     line(harmless(file) + ": " + counted(findings.size(), "attribute") +
          (problems == 0 ? ", all found" : ", " + counted(problems, "problem")));
 }

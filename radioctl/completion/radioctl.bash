@@ -53,7 +53,8 @@ _radioctl()
                 --resume --restart --offline --accept-edge --real-time" ;;
             diff) word="--help --json --board --channel --all" ;;
             why) word="--help --json --channel --frequency --temperature" ;;
-            check | completion | lint) word="--help --json" ;;
+            check) word="--help --json --all --strict" ;;
+            completion | lint) word="--help --json" ;;
             *) word="--help --json --version" ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$word" -- "$current")

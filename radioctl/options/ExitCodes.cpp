@@ -84,6 +84,9 @@ const std::vector<ExitReason>& exitReasons() {
          {"run", "console"},
          "an expectation failed, or a command failed without an \"expect result\" behind it"},
         {ExitCode::expectationFailed, {"check", "tables lint"}, "there are errors"},
+        {ExitCode::expectationFailed,
+         {"check"},
+         "with --strict there are warnings, or with --all a carrier is outside its limits"},
         {ExitCode::outsideLimits,
          {"plan explain"},
          "the library reported an error or wrote something else than the steps say, or no carrier came of "
@@ -116,9 +119,11 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::notBooted,
          {"plan explain", "plan audit", "thermal", "calibrate", "tables why"},
          "the radio did not boot"},
+        {ExitCode::notBooted, {"check"}, "with --all the radio did not boot"},
         {ExitCode::signalBase + SIGINT,
          {"run", "console", "plan audit", "thermal", "calibrate"},
          "interrupted by Ctrl-C (129 and 143: by SIGHUP and SIGTERM)"},
+        {ExitCode::signalBase + SIGINT, {"check"}, "with --all the audit was interrupted likewise"},
     };
     return reasons;
 }

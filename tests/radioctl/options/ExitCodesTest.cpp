@@ -28,12 +28,17 @@ std::string manualExitCodes() {
 }
 
 TEST(ExitCodes, HelpOfACommandHasThoseThatItCanGive) {
-    EXPECT_EQ(exitCodeHelp("check"), "Exit codes:\n"
-                                     "  0    good\n"
-                                     "  1    there are errors\n"
-                                     "  2    wrong command line\n"
-                                     "  3    a board cannot be used\n"
-                                     "       output cannot be written\n");
+    EXPECT_EQ(exitCodeHelp("check"),
+              "Exit codes:\n"
+              "  0    good\n"
+              "  1    there are errors\n"
+              "       with --strict there are warnings, or with --all a carrier is outside its\n"
+              "       limits\n"
+              "  2    wrong command line\n"
+              "  3    a board cannot be used\n"
+              "       output cannot be written\n"
+              "  4    with --all the radio did not boot\n"
+              "  130  with --all the audit was interrupted likewise\n");
     EXPECT_EQ(exitCodeHelp("completion"), "Exit codes:\n"
                                           "  0    good\n"
                                           "  2    wrong command line\n"

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <iterator>
+#include <regex>
 
 namespace {
 
@@ -31,6 +32,9 @@ protected:
         return contentOf("completed");
     }
 
+    /** Behind a board: what an audit tunes to. */
+    static constexpr const char* twoCarriers =
+        "[[raster]]\nname = \"7 GHz\"\ndirection = \"tx\"\nfirst = 7442000\nstep = 1\nlast = 7442001\n";
     static constexpr const char* interrupt = "\x03";
     static constexpr const char* endOfInput = "\x04";
 
@@ -134,6 +138,60 @@ TEST_F(MannersTest, CheckOfABrokenBoardIsExitCode1) {
     EXPECT_THAT(ending.output, HasSubstr(": error: "));
     EXPECT_THAT(ending.output, EndsWith("broken.toml: 1 error, 0 warnings\nboard.toml: good\n"));
     EXPECT_EQ(ending.exitCode, 1);
+}
+
+TEST_F(MannersTest, StrictCheckCountsWarningsAsErrors) {
+    write("board.toml", std::string(rfModuleBoard) + "\"channel.1.tx.rf.frequancy\" = {}\n");
+    EXPECT_EQ(runProgram({{"check", "board.toml"}}).exitCode, 0);
+    const Ending ending = runProgram({{"check", "--strict", "board.toml"}});
+    EXPECT_THAT(ending.output, EndsWith("board.toml: 0 errors, 1 warning\n"));
+    EXPECT_EQ(ending.exitCode, 1);
+}
+
+TEST_F(MannersTest, CheckOfAllSaysWhatThereIsNothingFor) {
+    const Ending ending = runProgram({{"check", "--all", "--strict", "board.toml"}});
+    EXPECT_EQ(ending.output, "board.toml: good\n"
+                             "board.toml: tables passed over: it has no tables of the LO cancellation\n"
+                             "board.toml: audit passed over: it has no raster\n");
+    EXPECT_EQ(ending.exitCode, 0);
+    EXPECT_EQ(runProgram({{"check", "--all", "--json", "board.toml"}}).output,
+              R"({"schema":1,"event":"checked","file":"board.toml","errors":0,"warnings":0}
+{"schema":1,"event":"skipped","file":"board.toml","part":"tables","why":"it has no tables of the LO cancellation"}
+{"schema":1,"event":"skipped","file":"board.toml","part":"audit","why":"it has no raster"}
+)");
+}
+
+TEST_F(MannersTest, CheckOfAllLintsTablesAndAuditsCarriers) {
+    std::filesystem::current_path(RADIOCTL_BOARDS);
+    const Ending good = runProgram({{"check", "--all", "--strict", "lo-leakage-18ghz.toml"}});
+    EXPECT_THAT(good.output, StartsWith("lo-leakage-18ghz.toml: good\nTwo-channel "));
+    EXPECT_THAT(good.output, EndsWith(" s: all within limits.\n"));
+    EXPECT_EQ(good.exitCode, 0);
+    // The lint has warnings about this one, which it states to be deliberate.
+    const Ending lax = runProgram({{"check", "--all", "microwave-hz-23ghz.toml"}});
+    EXPECT_THAT(lax.output, HasSubstr("carriers begin at 21238000 kHz"));
+    EXPECT_EQ(lax.exitCode, 0);
+    EXPECT_EQ(runProgram({{"check", "--all", "--strict", "microwave-hz-23ghz.toml"}}).exitCode, 1);
+}
+
+TEST_F(MannersTest, CheckOfAllDoesNotBootABoardWithErrors) {
+    write("broken.toml", std::string(brokenBoard) + twoCarriers);
+    const Ending ending = runProgram({{"check", "--all", "broken.toml"}});
+    EXPECT_THAT(ending.output, EndsWith("broken.toml: audit passed over: it has errors\n")) << ending.errors;
+    EXPECT_EQ(ending.exitCode, 1);
+}
+
+TEST_F(MannersTest, CheckOfAllHasTheExitCodeOfTheAudit) {
+    write("board.toml", std::string(rfModuleBoard) + twoCarriers);
+    const Ending good = runProgram({{"check", "--all", "board.toml"}});
+    EXPECT_THAT(good.output, HasSubstr("\n2 carriers in ")) << good.errors;
+    EXPECT_EQ(good.exitCode, 0);
+    const std::string described = contentOf(RADIOCTL_BOARDS "/microwave-if-8ghz.toml");
+    write("board.toml", std::regex_replace(described, std::regex("\nrf_pll = .*"), "\nrf_pll = [1, 2]"));
+    const Ending bad = runProgram({{"check", "--all", "board.toml"}});
+    EXPECT_THAT(bad.output, HasSubstr("board.toml: good\n"));
+    EXPECT_THAT(bad.output, HasSubstr("RF PLL "));
+    EXPECT_EQ(bad.exitCode, 1);
 }
 
 TEST_F(MannersTest, CheckGoesOnAfterABoardThatCannotBeRead) {
