@@ -13,6 +13,10 @@ struct TextCase {
     std::string text;
 };
 
+void PrintTo(const TextCase& tried, std::ostream* out) {
+    *out << tried.value << " gives " << tried.text;
+}
+
 class TextForTest : public ::testing::TestWithParam<TextCase> {};
 
 TEST_P(TextForTest, IsTheAttributesNumber) {
