@@ -14,7 +14,9 @@ struct TextCase {
 };
 
 void PrintTo(const TextCase& tried, std::ostream* out) {
-    *out << tried.value << " gives " << tried.text;
+    static constexpr const char* words[] = {"to the nearest", "down", "up"};
+    *out << tried.value << ' ' << words[static_cast<int>(tried.conversion.rounding)] << " gives "
+         << tried.text;
 }
 
 class TextForTest : public ::testing::TestWithParam<TextCase> {};
