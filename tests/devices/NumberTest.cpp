@@ -13,6 +13,12 @@ struct TextCase {
     std::string text;
 };
 
+void PrintTo(const TextCase& tried, std::ostream* out) {
+    static constexpr const char* words[] = {"to the nearest", "down", "up"};
+    *out << tried.value << ' ' << words[static_cast<int>(tried.conversion.rounding)] << " gives "
+         << tried.text;
+}
+
 class TextForTest : public ::testing::TestWithParam<TextCase> {};
 
 TEST_P(TextForTest, IsTheAttributesNumber) {

@@ -142,7 +142,7 @@ TEST_F(ScpiTest, InstrumentThatIsGoneIsToldOnceAndComesBackByItself) {
     heard();
     instrument.switchOff();
     EXPECT_EQ(write("lo", 2), 0x8100 + ECONNRESET);
-    EXPECT_LT(elapsed([&] { EXPECT_EQ(write("lo", 3), 0x8100 + ENOTCONN); }), milliseconds(100));
+    EXPECT_LT(elapsed([&] { EXPECT_EQ(write("lo", 3), 0x8100 + ENOTCONN); }), milliseconds(250));
     EXPECT_EQ(listener.told(),
               (Lines{"lost generator: connection reset by peer (ECONNRESET)",
                      "failed lo at generator: FREQ {}HZ: connection reset by peer (ECONNRESET)",

@@ -102,7 +102,7 @@ TEST_F(SensorTest, InstrumentIsAskedOnAConnectionOfTheSensorsOwn) {
 
 TEST_F(SensorTest, SlowSensorDelaysNoWriteAndNoPoll) {
     Instrument instrument([](const std::string& line) {
-        return line == "T?" ? Reaction{"1\n", milliseconds(200)} : Reaction{};
+        return line == "T?" ? Reaction{"1\n", milliseconds(500)} : Reaction{};
     });
     description.devices.push_back(
         {"meter", Devices::DeviceDescription::Kind::scpi, instrument.address(), milliseconds(1000)});
@@ -114,7 +114,7 @@ TEST_F(SensorTest, SlowSensorDelaysNoWriteAndNoPoll) {
                       hardware->poll();
                       EXPECT_EQ(write("lo", i), 0);
                   }),
-                  milliseconds(100));
+                  milliseconds(300));
         std::this_thread::sleep_for(milliseconds(20));
     }
 }
