@@ -29,52 +29,48 @@ std::vector<CarrierRow> rowsFor(const Board& board, Direction direction, int cha
     return rows;
 }
 
-/** The carrier of a row that is nearest. */
-std::uint64_t nearestOf(const CarrierRow& row, std::uint64_t carrier) {
-    if (carrier <= row.first) {
-        return row.first;
-    }
-    const std::uint64_t steps = (carrier - row.first + row.step / 2) / row.step;
-    return row.first + std::min<std::uint64_t>(steps, row.count - 1) * row.step;
+std::uint64_t lastOf(const CarrierRow& row) {
+    return row.first + std::uint64_t{row.count - 1} * row.step;
 }
 
-/** The carrier of all rows that is nearest. */
-std::uint64_t nearestOf(const std::vector<CarrierRow>& rows, std::uint64_t carrier) {
-    const auto distance = [carrier](std::uint64_t other) {
-        return other > carrier ? other - carrier : carrier - other;
-    };
-    std::uint64_t nearest = nearestOf(rows.front(), carrier);
-    for (const CarrierRow& row : rows) {
-        const std::uint64_t candidate = nearestOf(row, carrier);
-        nearest = distance(candidate) < distance(nearest) ? candidate : nearest;
-    }
-    return nearest;
+/** Between the first and the last carrier of one of the rows. */
+bool isWithin(const std::vector<CarrierRow>& rows, std::uint64_t carrier) {
+    return std::any_of(rows.begin(), rows.end(), [carrier](const CarrierRow& row) {
+        return carrier >= row.first && carrier <= lastOf(row);
+    });
 }
 
 /** What may have been meant: people think in MHz and GHz. */
 std::string meantBy(const std::vector<CarrierRow>& rows, std::uint32_t carrier) {
     constexpr std::array<std::pair<std::uint64_t, const char*>, 2> units{{{1000, "MHz"}, {1000000, "GHz"}}};
     for (const auto& [factor, unit] : units) {
-        const std::uint64_t meant = carrier * factor;
-        if (nearestOf(rows, meant) == meant) {
+        if (isWithin(rows, carrier * factor)) {
             return " (did you mean " + std::to_string(carrier) + " " + unit + "?)";
         }
     }
     return {};
 }
 
+/** "7428000 to 7582000", for each row that lies elsewhere. */
+std::string spansOf(const std::vector<CarrierRow>& rows) {
+    std::vector<std::string> spans;
+    for (const CarrierRow& row : rows) {
+        std::string span = std::to_string(row.first) + " to " + std::to_string(lastOf(row));
+        if (std::find(spans.begin(), spans.end(), span) == spans.end()) {
+            spans.push_back(std::move(span));
+        }
+    }
+    return joined(spans, " and ");
+}
+
 std::string whyNotOnRaster(const Board& board, Direction direction, int channel, std::uint32_t carrier) {
     const std::vector<CarrierRow> rows = rowsFor(board, direction, channel);
-    if (rows.empty()) {
+    if (rows.empty() || isWithin(rows, carrier)) {
         return {};
     }
-    const std::uint64_t nearest = nearestOf(rows, carrier);
-    if (nearest == carrier) {
-        return {};
-    }
-    return std::to_string(carrier) + " kHz is on no raster of the board for " +
-           std::string(toString(direction)) + " " + std::to_string(channel) + meantBy(rows, carrier) +
-           ", the nearest carrier is " + std::to_string(nearest) + " kHz";
+    return std::to_string(carrier) + " kHz is outside the rasters of the board for " +
+           std::string(toString(direction)) + " " + std::to_string(channel) + meantBy(rows, carrier) + ": " +
+           spansOf(rows) + " kHz";
 }
 
 /** Whether a finding of an audit is about what the board itself states; what may be off by how much when it

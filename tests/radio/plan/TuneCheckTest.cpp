@@ -46,33 +46,41 @@ protected:
     }
 };
 
-TEST_F(TuneCheckTest, CarriersOfARasterAreAllowed) {
+TEST_F(TuneCheckTest, CarriersFromTheFirstToTheLastOfARasterAreAllowed) {
     const Board radio = board();
     EXPECT_EQ(whyNot(radio, Direction::tx, 21000000), "");
-    EXPECT_EQ(whyNot(radio, Direction::tx, 21028000), "");
+    EXPECT_EQ(whyNot(radio, Direction::tx, 21014001), "");
     EXPECT_EQ(whyNot(radio, Direction::tx, 21280000), "");
 }
 
-TEST_F(TuneCheckTest, CarriersBesideTheRasterAreNot) {
+TEST_F(TuneCheckTest, CarriersOutsideTheRastersAreNot) {
     const Board radio = board();
-    EXPECT_EQ(whyNot(radio, Direction::tx, 21000001),
-              "21000001 kHz is on no raster of the board for tx 1, the nearest carrier is 21000000 kHz");
-    EXPECT_EQ(whyNot(radio, Direction::tx, 21014001),
-              "21014001 kHz is on no raster of the board for tx 1, the nearest carrier is 21028000 kHz");
-    EXPECT_EQ(whyNot(radio, Direction::tx, 1),
-              "1 kHz is on no raster of the board for tx 1, the nearest carrier is 21000000 kHz");
-    EXPECT_EQ(whyNot(radio, Direction::tx, 4294967295),
-              "4294967295 kHz is on no raster of the board for tx 1, the nearest carrier is 21280000 kHz");
+    for (const std::string carrier : {"20999999", "21280001", "4294967295"}) {
+        EXPECT_EQ(whyNot(radio, Direction::tx, static_cast<std::uint32_t>(std::stoul(carrier))),
+                  carrier + " kHz is outside the rasters of the board for tx 1: 21000000 to 21280000 kHz");
+    }
+}
+
+TEST_F(TuneCheckTest, CarrierBetweenTwoRastersIsInNone) {
+    const Board radio =
+        board("[[raster]]\nname = \"S\"\ndirection = \"tx\"\nfirst = 22000000\nlast = 22280000\n"
+              "step = 28000\n");
+    EXPECT_EQ(whyNot(radio, Direction::tx, 22028000), "");
+    EXPECT_EQ(
+        whyNot(radio, Direction::tx, 21500000),
+        "21500000 kHz is outside the rasters of the board for tx 1: 21000000 to 21280000 and 22000000 to "
+        "22280000 kHz");
 }
 
 TEST_F(TuneCheckTest, CarrierInAnotherUnitIsGuessed) {
     const Board radio = board();
+    EXPECT_EQ(whyNot(radio, Direction::tx, 21028),
+              "21028 kHz is outside the rasters of the board for tx 1 (did you mean 21028 MHz?): 21000000 to "
+              "21280000 kHz");
     EXPECT_EQ(
-        whyNot(radio, Direction::tx, 21028),
-        "21028 kHz is on no raster of the board for tx 1 (did you mean 21028 MHz?), the nearest carrier is "
-        "21000000 kHz");
-    EXPECT_EQ(whyNot(radio, Direction::tx, 21), "21 kHz is on no raster of the board for tx 1 (did you mean "
-                                                "21 GHz?), the nearest carrier is 21000000 kHz");
+        whyNot(radio, Direction::tx, 21),
+        "21 kHz is outside the rasters of the board for tx 1 (did you mean 21 GHz?): 21000000 to 21280000 "
+        "kHz");
 }
 
 TEST_F(TuneCheckTest, DirectionWithoutARasterIsNotLimitedByOne) {

@@ -135,11 +135,10 @@ TEST_F(HardwareProgramTest, CarrierOutsideTheRastersIsRefusedBeforeTheFirstWrite
     EXPECT_EQ(ending.exitCode, 0) << ending.output;
     EXPECT_THAT(
         ending.output,
-        HasSubstr(
-            "     warning: 7442 kHz is on no raster of the board for tx 1 (did you mean 7442 MHz?), the "
-            "nearest carrier is 7428000 kHz\n"
-            "     result  FAILED 0x8000\n"
-            "     refused; \"force\" at the end of the line does it all the same\n"));
+        HasSubstr("     warning: 7442 kHz is outside the rasters of the board for tx 1 (did you mean 7442 "
+                  "MHz?): 7428000 to 7582000 kHz\n"
+                  "     result  FAILED 0x8000\n"
+                  "     refused; \"force\" at the end of the line does it all the same\n"));
     EXPECT_EQ(contentOf("tx"), "0\n");
 }
 
@@ -150,19 +149,19 @@ TEST_F(HardwareProgramTest, RefusedCommandMakesTheRunFail) {
 
 TEST_F(HardwareProgramTest, ForceTunesAllTheSame) {
     write("board.toml", boardOnFiles(raster));
-    const Ending ending = runOnHardware("tune tx 1 7443 MHz force\nexpect result ok\n");
+    const Ending ending = runOnHardware("tune tx 1 7583 MHz force\nexpect result ok\n");
     EXPECT_EQ(ending.exitCode, 0);
-    EXPECT_THAT(ending.output, HasSubstr("warning: 7443000 kHz is on no raster"));
-    EXPECT_EQ(contentOf("tx"), "7443000000\n");
+    EXPECT_THAT(ending.output, HasSubstr("warning: 7583000 kHz is outside the rasters"));
+    EXPECT_EQ(contentOf("tx"), "7583000000\n");
 }
 
 TEST_F(HardwareProgramTest, SimulationOnlyWarns) {
     write("board.toml", boardOnFiles(raster));
     write("script",
-          "tune tx 1 7443 MHz\nexpect result ok\nexpect writes channel.1.tx.rf.frequency=7443000\n");
+          "tune tx 1 7583 MHz\nexpect result ok\nexpect writes channel.1.tx.rf.frequency=7583000\n");
     const Ending ending = run({"run", "board.toml", "script"});
     EXPECT_EQ(ending.exitCode, 0);
-    EXPECT_THAT(ending.output, HasSubstr("warning: 7443000 kHz is on no raster"));
+    EXPECT_THAT(ending.output, HasSubstr("warning: 7583000 kHz is outside the rasters"));
 }
 
 TEST_F(HardwareProgramTest, WordOutsideTheRangeOfItsDriverIsRefusedUnlessForced) {
