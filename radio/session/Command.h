@@ -19,9 +19,9 @@
 namespace Radio {
 
 struct Tune {
-    Direction direction;
-    int channel;
-    std::uint32_t frequency;
+    Direction direction{};
+    int channel = 0;
+    std::uint32_t frequency = 0;
     /** To be carried out even where the guard warns. */
     bool isForced = false;
 };
@@ -107,13 +107,13 @@ struct Wait {
 
 /** Tunes to one carrier after the other: from the first, by steps, as far as the last. */
 struct Sweep {
-    Direction direction;
-    int channel;
-    std::uint32_t from;
+    Direction direction{};
+    int channel = 0;
+    std::uint32_t from = 0;
     /** May be below the first. */
-    std::uint32_t to;
+    std::uint32_t to = 0;
     /** Not 0. */
-    std::uint32_t step;
+    std::uint32_t step = 1;
     /** How long each carrier stays. */
     std::chrono::microseconds dwell{};
     bool isForced = false;

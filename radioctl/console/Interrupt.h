@@ -25,7 +25,7 @@ public:
 
     /** The signal that asked the program to leave; 0 for none. */
     int signal() const;
-    /** Forgets a SIGINT that took back a line only. */
+    /** Forgets a SIGINT that took back a line or ended a command only. */
     void forget();
     /** Waits until `descriptor` can be read; false when a signal came first, or the program was stopped and
      * goes on. `idle`, unless it is empty, is called every 250 ms meanwhile. */

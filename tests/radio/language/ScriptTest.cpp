@@ -104,7 +104,7 @@ TEST_F(ScriptTest, SixteenScriptsInsideEachOtherAreTheMost) {
 }
 
 TEST_F(ScriptTest, ScriptsHave16MiBTogether) {
-    m_files["large"] = std::string(9 * 1024 * 1024, '\n');
+    m_files["large"] = std::string(std::size_t{9} * 1024 * 1024, '\n');
     EXPECT_EQ(complaintAbout("include large\n"), "");
     EXPECT_EQ(complaintAbout("include large\ninclude large\n"),
               "large: makes the script larger than 16 MiB, with all that it includes");

@@ -21,13 +21,14 @@ using testing::Not;
 
 /** A line editor in a process of its own, at a terminal that the test holds the other end of. */
 class LineEditorTest : public testing::Test {
-protected:
+public:
     ~LineEditorTest() override {
         close(m_terminal);
         kill(m_pid, SIGKILL);
         waitpid(m_pid, nullptr, 0);
     }
 
+protected:
     /** Edits one line, whose idle hook is this, and shows it in brackets. */
     void start(const std::function<void()>& idle, const char* terminal = "xterm",
                unsigned short columns = 80) {

@@ -125,6 +125,11 @@ TEST_F(MannersTest, CompletionKnowsTheCommandsForTables) {
     EXPECT_EQ(completed("radioctl tables why --t", 3), "--temperature\n");
 }
 
+TEST_F(MannersTest, CompletionOffersAReportToRunAlone) {
+    EXPECT_EQ(completed("radioctl run --j", 2), "--json\n--junit\n");
+    EXPECT_EQ(completed("radioctl console --j", 2), "--json\n");
+}
+
 TEST_F(MannersTest, CheckOfGoodBoardsIsExitCode0) {
     write("second.toml", rauBoard);
     const Ending ending = runProgram({{"check", "board.toml", "second.toml"}});

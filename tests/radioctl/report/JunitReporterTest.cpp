@@ -22,7 +22,7 @@ protected:
     std::string report(int exitCode = 0) const {
         std::ostringstream out;
         m_junit.write(out, exitCode);
-        return std::regex_replace(out.str(), std::regex(" time=\"[0-9]+\\.[0-9]{3}\""), "");
+        return std::regex_replace(out.str(), std::regex(R"( time="[0-9]+\.[0-9]{3}")"), "");
     }
     void carryOut(const Action& action, const std::string& text, unsigned line, std::int32_t code,
                   const std::string& note = "") {
