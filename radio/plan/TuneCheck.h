@@ -13,9 +13,10 @@ namespace Radio::Plan {
 
 /**
  * Why a channel should not be tuned to a carrier in kHz: it lies outside the rasters that the board has for
- * the direction, from the first to the last carrier of each, it takes a synthesiser beyond the board's limits, it would come out too far off, or a word
- * lies outside the range of its driver. Empty when nothing speaks against it; a board without rasters and
- * limits forbids nothing. `platform` is that of the radio, which is up; it is only read.
+ * the direction, from the first to the last carrier of each, it takes a synthesiser beyond the board's
+ * limits, it would come out too far off, or a word lies outside the range of its driver. Empty when nothing
+ * speaks against it; a board without rasters and limits forbids nothing. `platform` is that of the radio,
+ * which is up; it is only read.
  */
 std::string whyNotTune(const Board& board, Standalone::Platform& platform, Direction direction, int channel,
                        std::uint32_t carrier);
