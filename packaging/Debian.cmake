@@ -18,8 +18,8 @@ endif()
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME frequencyhandler)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION comm)
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "The library that tunes the transmitters and receivers of a radio unit inside
-its platform process, a platform for a PC or a bare board, and radioctl, which
-boots a described radio and drives it.")
+its platform process, a platform for a PC or a bare board, devices behind its
+drivers, and radioctl, which boots a described radio and drives it.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)

@@ -2,6 +2,7 @@
 #include "radioctl/check/CheckCommandLine.h"
 #include "radioctl/completion/CompletionCommandLine.h"
 #include "radioctl/options/ExitCode.h"
+#include "radioctl/options/ExitCodes.h"
 #include "radioctl/options/Values.h"
 #include "radioctl/plan/PlanCommandLine.h"
 #include "radioctl/report/Output.h"
@@ -17,28 +18,11 @@ namespace Radio {
 
 namespace {
 
-constexpr const char* exitCodes =
-    "Exit codes:\n"
-    "  0    good\n"
-    "  1    an expectation failed, a command failed without an \"expect result\"\n"
-    "       behind it, check or tables lint found errors, plan found something\n"
-    "       outside its limits, the radio complained during thermal, calibrate had\n"
-    "       points without good corrections, tables diff found differences, or the\n"
-    "       library wrote something else than tables why computed\n"
-    "  2    wrong command line\n"
-    "  3    a board, a script, a log, a table or a journal cannot be used, a line\n"
-    "       for console through a pipe was refused, a board has no raster to audit,\n"
-    "       no compensation to replay or no tables to look at, gnuplot is missing,\n"
-    "       or output cannot be written; the message is on standard error\n"
-    "  4    the radio did not boot, and the script does not begin with an\n"
-    "       \"expect result\"\n"
-    "  130  interrupted by Ctrl-C (129 and 143: by SIGHUP and SIGTERM)\n";
-
 /** Reads the command line and does what it says; gives the exit code. */
 int runCommandLine(int argumentCount, const char* const* arguments) {
     CommandLine::Parser parser(
         "Boots a described radio, tunes it and shows every value that reaches its\nhardware.", "radioctl",
-        "radioctl " RADIOCTL_VERSION, exitCodes);
+        "radioctl " RADIOCTL_VERSION);
     bool json = false;
     CommandLine::Command program = parser.top();
     program.json(json);
@@ -49,6 +33,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     Calibration::CalibrationCommandLine calibration(program);
     Tables::TablesCommandLine tables(program);
     CompletionCommandLine completion(program);
+    parser.endHelpWith(exitCodeHelp);
 
     if (const auto isGood = parser.parse(withUnitsJoined(argumentCount, arguments))) {
         return *isGood ? ExitCode::good : ExitCode::wrongCommandLine;

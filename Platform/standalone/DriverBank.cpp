@@ -42,7 +42,10 @@ Driver::Driver(std::string name, Calls& calls, unsigned missingWords)
 
 void Driver::setMissingWords(unsigned missingWords) {
     m_missingWords = missingWords;
-    m_record.words = {&m_record, &Driver::write, &Driver::writeBuffer, &Driver::read};
+    m_record.words =
+        m_backing == nullptr
+            ? DriverInterface{&m_record, &Driver::write, &Driver::writeBuffer, &Driver::read}
+            : DriverInterface{&m_record, &Driver::writeThrough, &Driver::writeBufferThrough, &Driver::read};
     if ((missingWords & wordContext) != 0) {
         m_record.words.context = nullptr;
     }
@@ -55,6 +58,11 @@ void Driver::setMissingWords(unsigned missingWords) {
     if ((missingWords & wordRead) != 0) {
         m_record.words.read = nullptr;
     }
+}
+
+void Driver::setBacking(DriverBacking* backing) {
+    m_backing = backing;
+    setMissingWords(m_missingWords);
 }
 
 EDriverResult Driver::write(void* context, int value) {
@@ -71,6 +79,38 @@ EDriverResult Driver::writeBuffer(void* context, const void* data, unsigned byte
 EDriverResult Driver::read(void* context, int* value) {
     auto* const record = static_cast<Record*>(context);
     return static_cast<EDriverResult>(record != nullptr ? record->driver->read(value) : Codes::badArgument);
+}
+
+EDriverResult Driver::writeThrough(void* context, int value) {
+    if (context == nullptr) {
+        return static_cast<EDriverResult>(Codes::badArgument);
+    }
+    Driver& driver = *static_cast<Record*>(context)->driver;
+    return static_cast<EDriverResult>(
+        driver.m_calls.answer(driver.m_name, {Operation::driverWrite, value},
+                              [&](std::int64_t& given) { return driver.putThrough(given); }));
+}
+
+EDriverResult Driver::writeBufferThrough(void* context, const void* data, unsigned byteCount) {
+    if (context == nullptr) {
+        return static_cast<EDriverResult>(Codes::badArgument);
+    }
+    Driver& driver = *static_cast<Record*>(context)->driver;
+    const std::optional<std::int64_t> number = numberIn(data, byteCount);
+    const Request request{Operation::driverWriteBuffer,
+                          number.value_or(0),
+                          {},
+                          static_cast<const std::uint8_t*>(data),
+                          data != nullptr ? byteCount : 0};
+    return static_cast<EDriverResult>(
+        driver.m_calls.answer(driver.m_name, request, [&](std::int64_t& given) -> std::int32_t {
+            return number ? driver.putThrough(given) : Codes::badArgument;
+        }));
+}
+
+std::int32_t Driver::putThrough(std::int64_t value) {
+    const std::int32_t code = m_backing->write(value);
+    return isSuccess(code) ? keep(value) : code;
 }
 
 std::int32_t Driver::write(int value) {
@@ -112,7 +152,12 @@ std::int32_t Driver::read(int* value) {
         if (value == nullptr) {
             return Codes::badArgument;
         }
-        if (m_source) {
+        if (m_backing != nullptr) {
+            const std::int32_t code = m_backing->read(m_value);
+            if (isFailure(code)) {
+                return code;
+            }
+        } else if (m_source) {
             m_value = m_source();
         }
         *value = static_cast<int>(m_value);

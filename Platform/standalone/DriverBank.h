@@ -24,8 +24,22 @@ enum DriverWord : unsigned {
     wordRead = 1U << 3U,
 };
 
-/** A simulated hardware driver: it keeps what was written last and gives it back when read, unless what it
- * reads comes from somewhere else. */
+/** What stands behind a driver in place of its memory: a function of real hardware. */
+class RADIO_API DriverBacking {
+public:
+    DriverBacking() = default;
+    DriverBacking(const DriverBacking&) = delete;
+    DriverBacking& operator=(const DriverBacking&) = delete;
+    virtual ~DriverBacking() = default;
+
+    /** Puts a value, in the driver's unit, into the hardware; a result code. */
+    virtual std::int32_t write(std::int64_t value) = 0;
+    /** Fetches a value, in the driver's unit; a result code. On failure `value` is untouched. */
+    virtual std::int32_t read(std::int64_t& value) = 0;
+};
+
+/** A hardware driver. Unless something else stands behind it, it is simulated: it keeps what was written last
+ * and gives it back when read, unless what it reads comes from somewhere else. */
 class RADIO_API Driver {
 public:
     Driver(std::string name, Calls& calls, unsigned missingWords);
@@ -55,6 +69,14 @@ public:
     void setSource(std::function<std::int64_t()> source) { m_source = std::move(source); }
     /** Where reads get their value from; empty: they give what was written. */
     const std::function<std::int64_t()>& source() const { return m_source; }
+    /**
+     * Has every write and read carried out by `backing`, which is borrowed; null: by the driver itself. What
+     * it refuses is not kept as the driver's value. A buffer that stands for no number does not reach it:
+     * Codes::badArgument.
+     */
+    void setBacking(DriverBacking* backing);
+    /** What stands behind the driver; null when it is simulated. */
+    DriverBacking* backing() const { return m_backing; }
 
 private:
     /**
@@ -69,6 +91,8 @@ private:
     static EDriverResult write(void* context, int value);
     static EDriverResult writeBuffer(void* context, const void* data, unsigned byteCount);
     static EDriverResult read(void* context, int* value);
+    static EDriverResult writeThrough(void* context, int value);
+    static EDriverResult writeBufferThrough(void* context, const void* data, unsigned byteCount);
 
     std::int32_t write(int value);
     std::int32_t writeBuffer(const void* data, unsigned byteCount);
@@ -77,6 +101,7 @@ private:
     // What the writes do, whether or not somebody is told of them.
     std::int32_t keep(std::int64_t value);
     std::int32_t keepBuffer(const void* data, unsigned byteCount);
+    std::int32_t putThrough(std::int64_t value);
 
     std::string m_name;
     Calls& m_calls;
@@ -84,6 +109,7 @@ private:
     unsigned m_missingWords = 0;
     std::int64_t m_value = 0;
     std::function<std::int64_t()> m_source;
+    DriverBacking* m_backing = nullptr;
     std::uint64_t m_writes = 0;
 };
 

@@ -30,6 +30,8 @@ const std::string scriptName = "radio.script";
 void run(const Board& board, const Script& script, Reporter& reporter) {
     reporter.boardLoaded(board);
     Session session(board, reporter, Standalone::TraceLevel::information);
+    // What would take its time, a million turns of a repetition for example, is left in the middle.
+    session.setGoOn([left = 1000]() mutable { return left-- > 0; });
     session.boot();
     for (const ScriptLine& line : script) {
         if (!session.isOver()) {
@@ -68,8 +70,10 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
         return 0;
     }
     Script script;
+    // No file is opened.
+    const ScriptReader included = [](const auto& /*file*/) { return "wait 1\n"; };
     if (Fuzz::accepts(scriptName, scriptText,
-                      [&] { script = readScript(scriptText, scriptName, CommandCheck(*board)); })) {
+                      [&] { script = readScript(scriptText, scriptName, CommandCheck(*board), included); })) {
         std::ostringstream shown;
         TextReporter people(shown, {});
         run(*board, script, people);

@@ -2,6 +2,7 @@
 #define RADIO_BOARD_BOARD_H
 
 #include "FrequencyHandler.h"
+#include "devices/Description.h"
 #include "radio/files/InputError.h"
 #include "radio/model/LeakageModel.h"
 #include "radio/model/TransmitterModel.h"
@@ -9,6 +10,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -41,6 +43,14 @@ struct VariableDescription {
     Place place;
 };
 
+/** What the file of a table says of whom it was made for. */
+struct TableOrigin {
+    /** "serial" or "channel". */
+    std::string key;
+    std::string text;
+    Place place;
+};
+
 struct TableDescription {
     /** Without nodes when it is to come from a file that is not there: nothing has been calibrated yet. */
     CalibrationTable table;
@@ -49,6 +59,7 @@ struct TableDescription {
     std::filesystem::path file{};
     /** The column of that file that has its values. */
     std::string column{};
+    std::vector<TableOrigin> origins{};
 
     bool isThere() const { return !table.axis1.empty(); }
 };
@@ -104,6 +115,8 @@ struct CalibrationDescription {
     /** In ms. */
     std::optional<std::uint32_t> settleTime;
     std::optional<bool> useHighDetector;
+    /** The driver of a temperature chamber, which takes degrees Celsius; empty: there is none. */
+    std::string chamber{};
 };
 
 /** What the hardware of a board can do; what is not stated is not limited. */
@@ -116,6 +129,14 @@ struct Limits {
     std::optional<std::int64_t> carrierError;
     /** Where the radio works, in degrees Celsius. */
     std::optional<Range> temperature;
+};
+
+/** What of a board is real hardware, where it is on a bench. */
+struct HardwareOnBench {
+    Devices::HardwareDescription description;
+    /** Where the file says so, by the names of the drivers. */
+    std::map<std::string, Place> places{};
+    Place sensorPlace{};
 };
 
 /** A radio as its board file describes it, checked key by key, but not yet against what its handlers ask for.
@@ -140,6 +161,7 @@ struct Board {
     std::vector<InterfaceDescription> interfaces;
     std::vector<RasterDescription> rasters;
     Limits limits;
+    HardwareOnBench hardware{};
 };
 
 /** The word for a handler type in board files, for example "rf-module". */

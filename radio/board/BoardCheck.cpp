@@ -3,6 +3,8 @@
 #include "radio/board/BoardDemand.h"
 #include "radio/board/BoardFile.h"
 #include "radio/board/BoardNames.h"
+#include "radio/board/HardwareCheck.h"
+#include "radio/board/TableCheck.h"
 #include "radio/text/NearestName.h"
 #include "radio/text/Words.h"
 
@@ -51,6 +53,13 @@ std::string consequence(const Demand& demand) {
                                    : " can start without it, but will report errors");
 }
 
+/** A calibration sets temperatures with it. */
+bool isChamber(const Board& board, const Key& key) {
+    return key.first == ObjectKind::driver &&
+           std::any_of(board.calibrations.begin(), board.calibrations.end(),
+                       [&](const auto& calibration) { return calibration.chamber == key.second; });
+}
+
 std::string notAskedFor(const Key& key, const Entry& entry) {
     return named(key.first, key.second) + " is asked for by no channel" +
            (entry.meant ? " (did you mean \"" + *entry.meant + "\"?)" : "");
@@ -78,6 +87,9 @@ private:
     void checkShape(const Demand& demand, const Candidate& taken, const Entry& entry);
     void checkPairs(const Candidate& taken, const VariableDescription& array);
     void checkLeftOver(const Key& key, const Entry& entry);
+    void checkAxes();
+    void checkAxes(const TableDescription* table, const std::string& label);
+    void checkOrigins();
 
     static std::string whatIsMissing(const Demand& demand, const Entry& entry, const Candidate& candidate);
     std::string howToMake(const Demand& demand, const Entry& entry) const;
@@ -127,9 +139,51 @@ std::vector<Finding> Checker::run() {
             checkLeftOver(key, entry);
         }
     }
+    for (Finding& finding : checkHardwareRanges(m_board)) {
+        m_findings.push_back(std::move(finding));
+    }
+    checkAxes();
     std::stable_sort(m_findings.begin(), m_findings.end(),
                      [](const Finding& a, const Finding& b) { return a.place.line < b.place.line; });
+    checkOrigins();
     return std::move(m_findings);
+}
+
+/** In the words of "tables lint", which looks at this as well. */
+void Checker::checkAxes() {
+    for (const ChannelDescription& channel : m_board.channels) {
+        const std::string label = "channel " + std::to_string(channel.number);
+        const TableDescription* const i = findCancellationTable(m_board, channel.number, "I");
+        const TableDescription* const q = findCancellationTable(m_board, channel.number, "Q");
+        const bool isBoth = i != nullptr && q != nullptr && i->table.axis1 == q->table.axis1 &&
+                            i->table.axis2 == q->table.axis2;
+        checkAxes(i, isBoth ? label : label + ", I");
+        if (!isBoth) {
+            checkAxes(q, label + ", Q");
+        }
+    }
+}
+
+void Checker::checkAxes(const TableDescription* table, const std::string& label) {
+    const auto swapped = table == nullptr ? std::nullopt : swappedAxes(table->table);
+    if (swapped) {
+        report(Severity::error, table->place, label + ": " + *swapped);
+    }
+}
+
+/** Behind all others, since they are about lines of other files; each file is told once. */
+void Checker::checkOrigins() {
+    for (const ChannelDescription& channel : m_board.channels) {
+        const TableDescription* const i = findCancellationTable(m_board, channel.number, "I");
+        const TableDescription* const q = findCancellationTable(m_board, channel.number, "Q");
+        for (const TableDescription* const table : {i, q}) {
+            const bool isTold = table == q && i != nullptr && q != nullptr && i->file == q->file;
+            if (table != nullptr && !isTold) {
+                const std::vector<Finding> findings = findingsOfOrigin(*table, m_board, channel.number);
+                m_findings.insert(m_findings.end(), findings.begin(), findings.end());
+            }
+        }
+    }
 }
 
 void Checker::report(Severity severity, const Place& place, const std::string& text) {
@@ -346,7 +400,12 @@ void Checker::checkLeftOver(const Key& key, const Entry& entry) {
                named(key.first, key.second) + " is not used; " + whyNotUsed(key));
         return;
     }
-    report(Severity::warning, entry.place, notAskedFor(key, entry));
+    // A driver with hardware that no channel asks for is there for whoever reads and writes it by hand.
+    const bool isForAPerson =
+        entry.driver != nullptr && !entry.meant && findHardware(m_board, entry.driver->name) != nullptr;
+    if (!isForAPerson && !isChamber(m_board, key)) {
+        report(Severity::warning, entry.place, notAskedFor(key, entry));
+    }
 }
 
 std::string Checker::whatIsMissing(const Demand& demand, const Entry& entry, const Candidate& candidate) {

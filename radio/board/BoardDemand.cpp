@@ -11,6 +11,11 @@ namespace {
 
 using ::FrequencyHandler;
 
+/** The phases that copy variables, as scripts call them; and none. */
+constexpr std::string_view storage = "storage";
+constexpr std::string_view frameFormat = "frame-format";
+constexpr std::string_view atOnce;
+
 /** A direction as drivers and variables spell it, and as tables do. */
 struct DirectionWords {
     std::string lower;
@@ -34,7 +39,8 @@ public:
 private:
     Demand& add(ObjectKind kind, Need need, std::vector<Candidate> candidates);
     Demand& addDriver(Need need, std::vector<Candidate> candidates);
-    void addVariable(Need need, const std::string& name, Shape shape = Shape::integer);
+    void addVariable(Need need, const std::string& name, std::string_view copiedBy,
+                     Shape shape = Shape::integer);
     void addInterface(Need need, const std::string& name);
 
     void addRfModule();
@@ -85,7 +91,7 @@ void DemandList::addChannel(const ChannelDescription& channel) {
 Demand& DemandList::add(ObjectKind kind, Need need, std::vector<Candidate> candidates) {
     const auto [place, isNew] = m_places.emplace(std::pair(kind, candidates.front().name), m_demands.size());
     if (isNew) {
-        m_demands.push_back({kind, need, std::move(candidates), 0, 0, {}, {}, {}});
+        m_demands.push_back({kind, need, std::move(candidates), 0, 0, {}, {}, {}, {}});
     }
     Demand& demand = m_demands[place->second];
     if (need > demand.need) {
@@ -104,8 +110,8 @@ Demand& DemandList::addDriver(Need need, std::vector<Candidate> candidates) {
     return demand;
 }
 
-void DemandList::addVariable(Need need, const std::string& name, Shape shape) {
-    add(ObjectKind::variable, need, {{name, shape}});
+void DemandList::addVariable(Need need, const std::string& name, std::string_view copiedBy, Shape shape) {
+    add(ObjectKind::variable, need, {{name, shape}}).copiedBy = copiedBy;
 }
 
 void DemandList::addInterface(Need need, const std::string& name) {
@@ -141,7 +147,7 @@ void DemandList::addMicrowaveBoard(MicrowaveFlags tx, MicrowaveFlags rx) {
     addMicrowaveVariables(txWords, tx);
     addMicrowaveVariables(rxWords, rx);
     if (rx.shiftsDspBySpacing || rx.hasOffsetArray) {
-        addVariable(Need::required, "ChannelSpacing");
+        addVariable(Need::required, "ChannelSpacing", frameFormat);
     }
 }
 
@@ -166,17 +172,18 @@ void DemandList::addMicrowaveDirection(const DirectionWords& direction, Microwav
 
 void DemandList::addMicrowaveVariables(const DirectionWords& direction, MicrowaveFlags flags) {
     const std::string prefix = driver(direction.lower + ".");
-    addVariable(Need::required, prefix + "mixer.multiplicationfactor", Shape::factor);
-    addVariable(Need::wanted, prefix + "rf.spectruminverted");
-    addVariable(Need::wanted, prefix + "baseband.spectruminverted");
+    addVariable(Need::required, prefix + "mixer.multiplicationfactor", storage, Shape::factor);
+    addVariable(Need::wanted, prefix + "rf.spectruminverted", storage);
+    addVariable(Need::wanted, prefix + "baseband.spectruminverted", storage);
     if (flags.hasIfSynthesiser) {
-        addVariable(Need::required, prefix + "if.frequency");
+        addVariable(Need::required, prefix + "if.frequency", storage);
     }
-    addVariable(Need::required, direction.capital + "IfBb");
+    // Copied by the phase storage, too.
+    addVariable(Need::required, direction.capital + "IfBb", frameFormat);
     if (flags.hasOffsetArray) {
-        addVariable(Need::required, "HwCodeDsp");
-        addVariable(Need::required, prefix + "rf.frequency.cs.offset.arraysize");
-        addVariable(Need::required, prefix + "rf.frequency.cs.offset.array", Shape::pairs);
+        addVariable(Need::required, "HwCodeDsp", atOnce);
+        addVariable(Need::required, prefix + "rf.frequency.cs.offset.arraysize", atOnce);
+        addVariable(Need::required, prefix + "rf.frequency.cs.offset.array", atOnce, Shape::pairs);
     }
 }
 
@@ -241,6 +248,15 @@ std::vector<Demand> demandsOf(const Board& board) {
         list.addChannel(channel);
     }
     return list.take();
+}
+
+std::string_view phaseThatCopies(const std::string& variable, const Board& board) {
+    for (const Demand& demand : demandsOf(board)) {
+        if (demand.kind == ObjectKind::variable && demand.candidates.front().name == variable) {
+            return demand.copiedBy;
+        }
+    }
+    return {};
 }
 
 } // namespace Radio

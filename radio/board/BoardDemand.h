@@ -60,6 +60,9 @@ struct Demand {
     unsigned laterWords = 0;
     /** All of them must hold. */
     std::vector<Condition> conditions;
+    /** Of a variable, the phase (as scripts call it) that copies its value; empty when it is read where it is
+     * used. */
+    std::string_view copiedBy{};
     /** Where a channel takes this table for something else, it leaves the first candidate alone. */
     std::string idledBy;
     /** Who asks, of several with different needs only those with the greatest. The descriptions belong to the
@@ -69,6 +72,10 @@ struct Demand {
 
 /** What the board's channels ask for, in the order in which they do. What several ask for is there once. */
 std::vector<Demand> demandsOf(const Board& board);
+
+/** The phase, as scripts call it, that has to be run again before a new value of a variable counts; empty
+ * when it counts at once, or for nobody. */
+std::string_view phaseThatCopies(const std::string& variable, const Board& board);
 
 } // namespace Radio
 

@@ -1,6 +1,7 @@
 #include "radio/board/Board.h"
 #include "radio/board/BoardNames.h"
 #include "radio/board/CalibrationReader.h"
+#include "radio/board/HardwareReader.h"
 #include "radio/board/LeakageReader.h"
 #include "radio/board/PlatformWords.h"
 #include "radio/board/RasterReader.h"
@@ -206,7 +207,8 @@ std::optional<CsvFile> readCsvIfAny(const std::filesystem::path& file) {
 
 Board describe(const std::filesystem::path& file, const TomlItem& root, const CsvSource& csv) {
     root.entries({"name", "serial", "description", "channel", "transmitter", "leakage", "calibration",
-                  "drivers", "variables", "tables", "interfaces", "raster", "limits"});
+                  "drivers", "variables", "tables", "interfaces", "raster", "limits", "devices", "hardware",
+                  "sensor"});
     Board board;
     board.file = file;
     board.name = root.get("name", "the name of the radio").nonEmptyText("the name of the radio");
@@ -220,7 +222,7 @@ Board describe(const std::filesystem::path& file, const TomlItem& root, const Cs
     board.transmitters = readTransmitters(root, board.channels);
     board.drivers = readSection(root, "drivers", readDriver);
     board.leakages = readLeakages(root, board.channels, board.drivers);
-    board.calibrations = readCalibrations(root, board.channels);
+    board.calibrations = readCalibrations(root, board.channels, board.drivers);
     board.variables = readSection(root, "variables", readVariable);
     refuseOverlongSizes(board);
     board.tables = readSection(root, "tables", [&csv](const std::string& name, const TomlItem& item) {
@@ -228,6 +230,7 @@ Board describe(const std::filesystem::path& file, const TomlItem& root, const Cs
     });
     board.interfaces = readSection(root, "interfaces", readInterface);
     board.rasters = readRasters(root, board.channels);
+    board.hardware = readHardware(root, board.drivers);
     board.limits = readLimits(root);
     return board;
 }

@@ -30,6 +30,13 @@ const LeakageDescription* findLeakage(const Board& board, int channel) {
     return leakage == board.leakages.end() ? nullptr : &*leakage;
 }
 
+const Devices::DriverHardware* findHardware(const Board& board, std::string_view driver) {
+    const std::vector<Devices::DriverHardware>& all = board.hardware.description.drivers;
+    const auto found =
+        std::find_if(all.begin(), all.end(), [driver](const auto& one) { return one.driver == driver; });
+    return found == all.end() ? nullptr : &*found;
+}
+
 std::optional<Range> transmitBand(const Board& board, int channel) {
     std::optional<Range> band;
     for (const RasterDescription& raster : board.rasters) {

@@ -33,6 +33,8 @@ struct BoardNames {
 const ChannelDescription* findChannel(const Board& board, int number);
 /** The LO leakage of a channel; null when the board describes none. */
 const LeakageDescription* findLeakage(const Board& board, int channel);
+/** What a driver is in hardware; null when it has none. */
+const Devices::DriverHardware* findHardware(const Board& board, std::string_view driver);
 /** From the first to the last transmit carrier of the channel's rasters, in kHz; nothing without any. */
 std::optional<Range> transmitBand(const Board& board, int channel);
 /** `base`, followed by "_" and the channel unless it is 0. */

@@ -5,12 +5,12 @@
 
 #include <cstddef>
 
-/** What can be asked of a calibration, by a board or by whoever starts one. */
+/** What can be asked of a calibration, by a board or by whoever starts one; and of a radio's sensor. */
 namespace Radio {
 
 /** Transmit carriers, in kHz. */
 constexpr Range carrierBounds{1, 2147483647};
-/** No radio works outside. */
+/** No radio works outside, nor does its sensor; one in Kelvin or in tenths of a degree is found out. */
 constexpr Range temperatureBounds{-100, 200};
 /** The difference of two corrections fits an int. */
 constexpr Range correctionBounds{-1000000000, 1000000000};

@@ -2,8 +2,11 @@
 
 #include "radio/board/CalibrationBounds.h"
 #include "radio/board/ChannelReader.h"
+#include "radio/text/NearestName.h"
+#include "radio/text/Words.h"
 
 #include <algorithm>
+#include <string>
 
 namespace Radio {
 
@@ -70,9 +73,23 @@ std::vector<std::int32_t> readTemperatures(const TomlItem& calibration) {
     return temperatures;
 }
 
-CalibrationDescription readCalibration(const TomlItem& item, ChannelReader& channel) {
+std::string readChamber(const TomlItem& item, const std::vector<DriverDescription>& drivers) {
+    const std::string name = item.nonEmptyText("the name of a driver");
+    std::vector<std::string> names;
+    for (const DriverDescription& driver : drivers) {
+        names.push_back(driver.name);
+    }
+    if (std::find(names.begin(), names.end(), name) == names.end()) {
+        item.fail("the board has no driver " + inQuotes(name) + didYouMean(name, names) +
+                  ", expected one of [drivers]");
+    }
+    return name;
+}
+
+CalibrationDescription readCalibration(const TomlItem& item, ChannelReader& channel,
+                                       const std::vector<DriverDescription>& drivers) {
     item.entries({"channel", "band", "step", "temperatures", "i_range", "q_range", "shrink_factor",
-                  "min_delta", "max_iterations", "settle_time", "detector"});
+                  "min_delta", "max_iterations", "settle_time", "detector", "chamber"});
     CalibrationDescription calibration;
     calibration.channel = channel.read(item);
     calibration.band = readRange(item, "band", 1, carrierBounds.high);
@@ -94,17 +111,21 @@ CalibrationDescription readCalibration(const TomlItem& item, ChannelReader& chan
     if (const std::optional<TomlItem> detector = item.find("detector")) {
         calibration.useHighDetector = detector->word(isHighDetector, {"low", "high"});
     }
+    if (const std::optional<TomlItem> chamber = item.find("chamber")) {
+        calibration.chamber = readChamber(*chamber, drivers);
+    }
     return calibration;
 }
 
 } // namespace
 
 std::vector<CalibrationDescription> readCalibrations(const TomlItem& root,
-                                                     const std::vector<ChannelDescription>& channels) {
+                                                     const std::vector<ChannelDescription>& channels,
+                                                     const std::vector<DriverDescription>& drivers) {
     std::vector<CalibrationDescription> result;
     ChannelReader channel(channels, "calibration");
     for (const TomlItem& item : root.tables("calibration", "channel")) {
-        result.push_back(readCalibration(item, channel));
+        result.push_back(readCalibration(item, channel, drivers));
     }
     return result;
 }

@@ -8,9 +8,11 @@
 
 namespace Radio {
 
-/** The [[calibration]] tables of a board file, in its order; each for another one of `channels`. */
+/** The [[calibration]] tables of a board file, in its order; each for another one of `channels`. Chambers are
+ * some of `drivers`. */
 std::vector<CalibrationDescription> readCalibrations(const TomlItem& root,
-                                                     const std::vector<ChannelDescription>& channels);
+                                                     const std::vector<ChannelDescription>& channels,
+                                                     const std::vector<DriverDescription>& drivers);
 
 } // namespace Radio
 

@@ -35,6 +35,11 @@ TableDescription readFromFile(const std::string& name, const TomlItem& item, con
     description.column = column.nonEmptyText("the name of a column of the file");
     if (const std::optional<CsvFile> content = csv(description.file)) {
         description.table = readTableFile(*content, name, description.column);
+        for (const char* const key : {"serial", "channel"}) {
+            if (const std::optional<CsvItem> found = content->findProperty(key)) {
+                description.origins.push_back({key, found->text(), found->place()});
+            }
+        }
     }
     return description;
 }

@@ -48,6 +48,9 @@ enum class PointState : std::uint8_t {
 /** "good", "edge" or "failed". */
 std::string_view toString(PointState state);
 
+/** What is said of a calibration on hardware in the files that come of it; others say nothing. */
+constexpr std::string_view hardwareMode = "hardware";
+
 /** One carrier at one temperature. */
 struct Point {
     /** In kHz. */
@@ -63,9 +66,14 @@ struct Point {
     /** The wider range at the end, in units of the drivers, and how many iterations it took. */
     std::int32_t maxDelta = 0;
     std::uint32_t iterations = 0;
-    /** Modelled leakage without any correction and with those found, in dBc; of a failed point the same. */
-    double before = 0.0;
-    double after = 0.0;
+    /** Modelled leakage without any correction and with those found, in dBc; of a failed point the same.
+     * Nothing on hardware. */
+    std::optional<double> before;
+    std::optional<double> after;
+    /** What the detector read at the first and at the last probe; of a search on hardware that came to its
+     * end. */
+    std::optional<std::int32_t> firstReading;
+    std::optional<std::int32_t> lastReading;
     /** Four for each iteration, in their order. */
     std::vector<Probe> probes;
 };
@@ -78,6 +86,8 @@ struct Result {
     std::string date;
     /** Of the program that calibrated. */
     std::string version;
+    /** A real radio was calibrated, and nothing is modelled. */
+    bool isHardware = false;
     Settings settings;
     /** For each temperature all frequencies. */
     std::vector<Point> points;

@@ -2,6 +2,7 @@
 
 #include "radio/board/BoardNames.h"
 #include "radio/calibration/Calibrator.h"
+#include "radio/calibration/HardwareUnderTest.h"
 #include "radio/calibration/ResultFile.h"
 #include "radio/calibration/Settings.h"
 #include "radio/files/AtomicFile.h"
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <chrono>
 #include <sstream>
+#include <stdexcept>
 #include <utility>
 
 namespace Radio::Calibration {
@@ -70,13 +72,8 @@ CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order
       m_order(order),
       m_journalFile(journalFor(board, order)),
       m_tables(order.tables.lexically_normal()) {
-    const int channel = order.wishes.channel;
-    if (findLeakage(board, channel) == nullptr) {
-        throw InputError({board.file.string(), 0},
-                         "channel " + std::to_string(channel) +
-                             " has no transmitter to calibrate, expected a [[leakage]]");
-    }
     Result& result = m_outcome.result;
+    result.isHardware = order.isHardware && !isOffline();
     result.serial = !order.serial.empty() ? order.serial : board.serial;
     if (result.serial.empty()) {
         result.serial = "unknown";
@@ -84,19 +81,41 @@ CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order
     result.date = utcText(std::chrono::system_clock::now());
     result.version = order.version;
     if (!isOffline()) {
-        result.settings = settingsFor(board, order.wishes);
-        m_tables = m_tables.empty() ? tablesOf(board, channel) : m_tables;
+        requireTransmitter();
+        result.settings = settingsFor(board, order.wishes, result.isHardware);
+        if (result.isHardware) {
+            requireCalibratable(board, result.settings);
+        }
+        m_tables = m_tables.empty() ? tablesOf(board, order.wishes.channel) : m_tables;
     }
 }
 
-const LeakageDescription& CalibrationRun::leakage() const {
-    return *findLeakage(m_board, m_order.wishes.channel);
+/** A simulation needs one that is modelled. */
+void CalibrationRun::requireTransmitter() const {
+    if (!m_outcome.result.isHardware && findLeakage(m_board, m_order.wishes.channel) == nullptr) {
+        throw InputError({m_board.file.string(), 0},
+                         "channel " + std::to_string(m_order.wishes.channel) +
+                             " has no transmitter to calibrate, expected a [[leakage]]");
+    }
+}
+
+/** What tells it from another one. */
+std::string CalibrationRun::transmitter() const {
+    const int channel = m_order.wishes.channel;
+    return m_outcome.result.isHardware ? hardwareFingerprint(m_board, channel)
+                                       : fingerprintOf(*findLeakage(m_board, channel));
+}
+
+LeakageSummary CalibrationRun::summary() const {
+    const Result& result = m_outcome.result;
+    return result.isHardware ? summarise(result)
+                             : summarise(result, *findLeakage(m_board, m_order.wishes.channel));
 }
 
 JournalHeader CalibrationRun::header() const {
     const Result& result = m_outcome.result;
-    return {m_board.name,   result.serial, result.date, result.version, fingerprintOf(leakage()),
-            result.settings};
+    return {m_board.name,  result.serial,   result.date,      result.version,
+            transmitter(), result.settings, result.isHardware};
 }
 
 void CalibrationRun::open() {
@@ -120,7 +139,9 @@ void CalibrationRun::open() {
     }
     const Journal journal = Journal::open(m_journalFile);
     // What is no journal is not put away either.
-    if (!readJournal(m_journalFile).isFinished && m_order.beginning == Beginning::fresh) {
+    const JournalContent content = readJournal(m_journalFile);
+    const bool isWorthIt = !content.isFinished && !content.probes.empty();
+    if (isWorthIt && m_order.beginning == Beginning::fresh) {
         throw ChoiceError({m_journalFile.string(), 0}, "of a calibration that is not finished",
                           "resume or restart");
     }
@@ -149,6 +170,8 @@ void CalibrationRun::resume() {
 void CalibrationRun::goThroughAgain() {
     JournalContent content = readJournal(m_journalFile);
     const CalibrationDescription& wishes = m_order.wishes;
+    m_outcome.result.isHardware = content.header.isHardware;
+    requireTransmitter();
     Settings& settings = m_outcome.result.settings;
     settings = content.header.settings;
     settings.channel = wishes.channel;
@@ -167,12 +190,12 @@ void CalibrationRun::take(JournalContent content) {
     }
 }
 
-CalibrationOutcome CalibrationRun::run(CalibrationListener& listener) {
+CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const CalibrationBench& bench) {
     const Result& result = m_outcome.result;
     m_outcome.journal = m_journalFile.string();
     m_outcome.wanted = result.settings.frequencies.size() * result.settings.temperatures.size();
-    calibrateAll(listener);
-    m_outcome.summary = summarise(result, leakage());
+    calibrateAll(listener, bench);
+    m_outcome.summary = summary();
     if (m_outcome.isComplete) {
         try {
             store();
@@ -185,15 +208,31 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener) {
     return std::move(m_outcome);
 }
 
-void CalibrationRun::calibrateAll(CalibrationListener& listener) {
-    BootedRadio booted(m_board);
-    booted.requireUp();
+void CalibrationRun::calibrateAll(CalibrationListener& listener, const CalibrationBench& bench) {
     Result& result = m_outcome.result;
     const Settings& settings = result.settings;
+    const bool isBench = result.isHardware && !isOffline();
+    if (isBench && (!bench.backings || !bench.poll)) {
+        throw std::logic_error("a calibration on hardware without any");
+    }
+    BootedRadio booted(m_board, isBench ? bench.backings : Backings());
+    booted.requireUp();
+    std::optional<Climate> climate;
+    if (isBench) {
+        climate.emplace(m_board, settings.channel, bench);
+    }
     bool goesOn = true;
-    const auto goOn = [&] { return goesOn = listener.goOn(progress()) && goesOn; };
-    const Probing probing{m_journal ? &*m_journal : nullptr, goOn, m_order.isRealTime};
-    Calibrator calibrator(booted, m_board.file.string(), settings, probing, m_journalFile.string());
+    const auto goOn = [&] {
+        CalibrationProgress now = progress();
+        if (climate) {
+            climate->poll();
+            now.awaited = climate->awaited();
+        }
+        return goesOn = listener.goOn(now) && goesOn;
+    };
+    const Probing probing{m_journal ? &*m_journal : nullptr, goOn, m_order.isRealTime || isBench};
+    Calibrator calibrator(booted, m_board, result, probing, m_journalFile.string(),
+                          climate ? &*climate : nullptr);
     listener.begins(m_board, result, m_outcome.knownProbes);
     const auto start = std::chrono::steady_clock::now();
     const auto all = [&] {
@@ -208,10 +247,7 @@ void CalibrationRun::calibrateAll(CalibrationListener& listener) {
                     m_outcome.trouble = calibrator.whyStopped();
                     return false;
                 }
-                if (point.state != PointState::failed) {
-                    m_worst = std::max(m_worst.value_or(point.after), point.after);
-                }
-                m_isFromJournal = point.probes.size() <= known.size();
+                note(point, point.probes.size() <= known.size());
                 listener.calibrated(point);
                 result.points.push_back(std::move(point));
                 if (!goOn()) {
@@ -226,8 +262,17 @@ void CalibrationRun::calibrateAll(CalibrationListener& listener) {
     m_outcome.newProbes = calibrator.newProbes();
 }
 
+void CalibrationRun::note(const Point& point, bool isFromJournal) {
+    m_isFromJournal = isFromJournal;
+    if (point.state != PointState::failed) {
+        // Nothing is less than anything.
+        m_worst = std::max(m_worst, point.after);
+        m_highestReading = std::max(m_highestReading, point.lastReading);
+    }
+}
+
 CalibrationProgress CalibrationRun::progress() const {
-    return {m_outcome.result.points.size(), m_outcome.wanted, m_worst, m_isFromJournal};
+    return {m_outcome.result.points.size(), m_outcome.wanted, m_worst, m_highestReading, m_isFromJournal, {}};
 }
 
 /** A table with a hole is none: either all points are stored or nothing is. */

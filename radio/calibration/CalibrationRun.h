@@ -3,6 +3,8 @@
 
 #include "radio/board/Board.h"
 #include "radio/calibration/Calibration.h"
+#include "radio/calibration/CalibrationBench.h"
+#include "radio/calibration/Climate.h"
 #include "radio/calibration/Journal.h"
 #include "radio/calibration/Surface.h"
 
@@ -16,7 +18,7 @@ namespace Radio::Calibration {
 
 /** What becomes of a journal that is there. */
 enum class Beginning : std::uint8_t {
-    fresh,   ///< a finished one is kept as a backup, an unfinished one is an error
+    fresh,   ///< a finished one, or one without probes, is kept as a backup, an unfinished one is an error
     resume,  ///< its calibration goes on
     restart, ///< it is kept as a backup, finished or not
     offline, ///< it is gone through again, and nothing is measured
@@ -25,8 +27,8 @@ enum class Beginning : std::uint8_t {
 /** What a calibration is to do. */
 struct CalibrationOrder {
     /**
-     * What was chosen of the calibration itself; `channel` is one of the board's, which has a [[leakage]].
-     */
+     * What was chosen of the calibration itself; `channel` is one of the board's, which has a [[leakage]],
+     * or on hardware what a calibration needs there. */
     CalibrationDescription wishes;
     /** Empty: the board's. */
     std::string serial{};
@@ -37,8 +39,11 @@ struct CalibrationOrder {
     std::filesystem::path tables{};
     /** Points whose search ended at the edge of a range are stored, too. */
     bool acceptsEdge = false;
-    /** Settle times are waited for. */
+    /** Settle times are waited for; on hardware they are in any case. */
     bool isRealTime = false;
+    /** A real radio is calibrated; what is modelled of the channel does not matter then. Not with
+     * Beginning::offline, where the journal says it. */
+    bool isHardware = false;
     /** Of the program that calibrates; stands in files behind the word "radioctl". */
     std::string version{};
 };
@@ -47,10 +52,15 @@ struct CalibrationOrder {
 struct CalibrationProgress {
     std::size_t points = 0;
     std::size_t wantedPoints = 0;
-    /** The highest leakage so far that the corrections found leave, in dBc; nothing before the first. */
+    /** The highest leakage so far that the corrections found leave, in dBc; nothing before the first, and on
+     * hardware. */
     std::optional<double> worst;
+    /** On hardware the highest reading so far at the last probe of a point. */
+    std::optional<std::int32_t> highestReading;
     /** Of the last point: the journal had all of its probes, and nothing was measured. */
     bool isFromJournal = false;
+    /** On hardware: the temperature for which the next point waits. */
+    std::optional<AwaitedTemperature> awaited;
 };
 
 /** Is told of a calibration while it goes on, on its thread; what it is given is valid during the call. */
@@ -65,8 +75,9 @@ public:
     virtual void begins(const Board& board, const Result& result, std::size_t knownProbes) = 0;
     virtual void calibrated(const Point& point) = 0;
     /**
-     * Asked after each new probe and each point whether to go on; with CalibrationOrder::isRealTime also
-     * about every 20 ms of a settle time. May be asked again after it said no.
+     * Asked after each new probe and each point whether to go on; with CalibrationOrder::isRealTime and
+     * on hardware about every 20 ms of a settle time, and of waiting for a temperature. May be asked
+     * again after it said no.
      */
     virtual bool goOn(const CalibrationProgress& progress) = 0;
 };
@@ -111,10 +122,13 @@ public:
     /**
      * Settles what is to be done, and writes nothing. `board` must outlive the object. Throws ChoiceError
      * when something has to be said and neither the order nor the board does: with the choice "band", "step",
-     * "temperatures" or "tables"; and InputError for a channel without a leakage.
+     * "temperatures", "tables", on hardware "i-range" or "q-range"; and InputError for a channel without a
+     * leakage, or whose hardware does not do.
      */
     CalibrationRun(const Board& board, const CalibrationOrder& order);
 
+    /** What it is about; offline that is known after open(). */
+    const Settings& settings() const { return m_outcome.result.settings; }
     const std::filesystem::path& journalFile() const { return m_journalFile; }
     /** Where the tables go; empty: nowhere. */
     const std::filesystem::path& tablesFile() const { return m_tables; }
@@ -122,7 +136,7 @@ public:
     /**
      * Opens the journal, or begins one. Throws InputError when that cannot be done, when the tables could not
      * be written, and when the journal is not what the order takes it for (ChoiceError, with the choice
-     * "restart" or "resume or restart"); then whatever was there is as it was.
+     * "restart", "resume or restart" or "hardware or restart"); then whatever was there is as it was.
      */
     void open();
     /**
@@ -130,18 +144,23 @@ public:
      * nothing is measured. `listener` is borrowed during the call only. Throws InputError when the channel
      * does not offer to search, and RadioError when the radio does not boot. What goes wrong later is in the
      * outcome.
+     *
+     * On hardware `bench` is the radio, and borrowed during the call; otherwise it is not needed.
      */
-    CalibrationOutcome run(CalibrationListener& listener);
+    CalibrationOutcome run(CalibrationListener& listener, const CalibrationBench& bench = {});
 
 private:
     bool isOffline() const { return m_order.beginning == Beginning::offline; }
-    const LeakageDescription& leakage() const;
+    void requireTransmitter() const;
+    std::string transmitter() const;
+    LeakageSummary summary() const;
     JournalHeader header() const;
     void begin();
     void resume();
     void goThroughAgain();
     void take(JournalContent content);
-    void calibrateAll(CalibrationListener& listener);
+    void calibrateAll(CalibrationListener& listener, const CalibrationBench& bench);
+    void note(const Point& point, bool isFromJournal);
     void store();
     CalibrationProgress progress() const;
 
@@ -153,6 +172,7 @@ private:
     std::optional<Journal> m_journal;
     CalibrationOutcome m_outcome;
     std::optional<double> m_worst;
+    std::optional<std::int32_t> m_highestReading;
     bool m_isFromJournal = true;
 };
 

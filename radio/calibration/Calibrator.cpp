@@ -21,47 +21,105 @@ ILoCancellation& findCancellation(int channel, const std::string& board) {
 
 } // namespace
 
-Calibrator::Calibrator(BootedRadio& booted, const std::string& board, const Settings& settings,
-                       const Probing& probing, const std::string& journalFile)
+Calibrator::Calibrator(BootedRadio& booted, const Board& board, const Result& result, const Probing& probing,
+                       const std::string& journalFile, Climate* climate)
     : m_booted(booted),
-      m_settings(settings),
-      m_transmitter(*booted.radio().transmitter(settings.channel)),
-      m_cancellation(findCancellation(settings.channel, board)),
-      m_recorder(booted.radio().platform(), booted.radio().clock(), m_transmitter.description(), probing,
-                 journalFile) {}
+      m_settings(result.settings),
+      m_probing(probing),
+      m_climate(climate),
+      m_transmitter(result.isHardware ? nullptr : booted.radio().transmitter(m_settings.channel)),
+      m_cancellation(findCancellation(m_settings.channel, board.file.string())),
+      m_recorder(booted.radio().platform(), booted.radio().clock(),
+                 m_transmitter != nullptr ? driversOf(m_transmitter->description())
+                                          : driversOf(board, m_settings.channel),
+                 probing, journalFile) {}
 
 Point Calibrator::calibrate(std::uint32_t frequency, std::int32_t temperature,
                             const JournaledProbes& journaled) {
     Point point;
     point.frequency = frequency;
     point.temperature = temperature;
-    const Surroundings surroundings{frequency, static_cast<double>(temperature)};
-    point.before = leakageLevel(m_transmitter.description(), surroundings, {0, 0});
-    point.after = point.before;
+    if (m_transmitter != nullptr) {
+        point.before =
+            leakageLevel(m_transmitter->description(), {frequency, static_cast<double>(temperature)}, {0, 0});
+        point.after = point.before;
+    }
+    // On hardware nobody waits for a temperature, or has the radio tuned, for what is known.
+    if (m_climate == nullptr || journaled.empty() || !replay(point, journaled)) {
+        measure(point, journaled);
+    }
+    return point;
+}
+
+bool Calibrator::replay(Point& point, const JournaledProbes& journaled) {
     m_booted.forget();
-    point.remark = goTo(frequency, temperature);
+    m_recorder.begin(point.frequency, point.temperature, journaled, true);
+    Point attempt = point;
+    const bool isFound = search(attempt);
+    attempt.probes = m_recorder.end();
+    if (!isFound && (whyStopped().empty() || m_recorder.isJournalOver())) {
+        return false;
+    }
+    point = std::move(attempt);
+    conclude(point, isFound);
+    return true;
+}
+
+void Calibrator::measure(Point& point, const JournaledProbes& journaled) {
+    m_booted.forget();
+    point.remark = goTo(point.frequency, point.temperature);
     if (!point.remark.empty()) {
-        return point;
+        return;
     }
     m_booted.forget();
-    m_transmitter.rest();
-    m_recorder.begin(frequency, temperature, journaled);
+    if (m_transmitter != nullptr) {
+        m_transmitter->rest();
+    }
+    m_recorder.begin(point.frequency, point.temperature, journaled);
     const bool isFound = search(point);
     point.probes = m_recorder.end();
+    conclude(point, isFound);
+    if (m_climate != nullptr) {
+        const std::string remark = m_climate->remark(point.temperature);
+        point.remark += (point.remark.empty() || remark.empty() ? "" : "; ") + remark;
+    }
+}
+
+void Calibrator::conclude(Point& point, bool isFound) {
     if (!isFound) {
         point.i = 0;
         point.q = 0;
         point.remark = whyStopped().empty() ? firstComplaint() : whyStopped();
-        return point;
+        return;
     }
-    point.after = leakageLevel(m_transmitter.description(), surroundings, {point.i, point.q});
-    diagnose(point, m_settings, m_transmitter.description());
-    return point;
+    judge(point);
+}
+
+void Calibrator::judge(Point& point) {
+    if (m_transmitter != nullptr) {
+        const LeakageDescription& leakage = m_transmitter->description();
+        point.after = leakageLevel(leakage, {point.frequency, static_cast<double>(point.temperature)},
+                                   {point.i, point.q});
+        diagnose(point, m_settings, leakage);
+        return;
+    }
+    if (!point.probes.empty()) {
+        point.firstReading = point.probes.front().reading;
+        point.lastReading = point.probes.back().reading;
+    }
+    diagnose(point, m_settings);
 }
 
 std::string Calibrator::goTo(std::uint32_t frequency, std::int32_t temperature) {
     RadioUnit& radio = m_booted.radio();
-    radio.platform().temperature().set(temperature);
+    if (m_climate != nullptr) {
+        std::string why = m_climate->reach(temperature, radio.platform(), m_probing.goOn);
+        if (!why.empty()) {
+            return why;
+        }
+    } else {
+        radio.platform().temperature().set(temperature);
+    }
     static_cast<void>(m_recorder.takeFailedWrite());
     // A module says that all is well whether or not its hardware took the carrier.
     const bool isTuned = isSuccess(radio.tune(Direction::tx, m_settings.channel, frequency));

@@ -2,7 +2,9 @@
 #define RADIO_CALIBRATION_CALIBRATOR_H
 
 #include "ILoCancellation.h"
+#include "radio/board/Board.h"
 #include "radio/calibration/Calibration.h"
+#include "radio/calibration/Climate.h"
 #include "radio/calibration/Journal.h"
 #include "radio/calibration/ProbeRecorder.h"
 #include "radio/session/BootedRadio.h"
@@ -14,15 +16,15 @@
 namespace Radio::Calibration {
 
 /**
- * Calibrates one point after the other on a booted radio: sets the temperature, tunes the transmitter, and
- * has the library search, through the interface that it publishes for that.
+ * Calibrates one point after the other on a booted radio: has it at the temperature, tunes the transmitter,
+ * and has the library search, through the interface that it publishes for that.
  */
 class Calibrator {
 public:
-    /** What is borrowed must outlive the object. Throws InputError when the radio has nothing to search with.
-     */
-    Calibrator(BootedRadio& booted, const std::string& board, const Settings& settings,
-               const Probing& probing, const std::string& journalFile);
+    /** What is borrowed must outlive the object. `climate` is that of a real radio, else null. Throws
+     * InputError when the radio has nothing to search with. */
+    Calibrator(BootedRadio& booted, const Board& board, const Result& result, const Probing& probing,
+               const std::string& journalFile, Climate* climate);
 
     /** `journaled` are the probes of this point that are known. */
     Point calibrate(std::uint32_t frequency, std::int32_t temperature, const JournaledProbes& journaled);
@@ -32,14 +34,23 @@ public:
     const std::string& whyStopped() const { return m_recorder.whyStopped(); }
 
 private:
+    /** From the journal alone; false when that does not have the whole search. */
+    bool replay(Point& point, const JournaledProbes& journaled);
+    void measure(Point& point, const JournaledProbes& journaled);
     /** Gives why the radio is not there; empty: it is. */
     std::string goTo(std::uint32_t frequency, std::int32_t temperature);
+    /** What is left of a point after its search. */
+    void conclude(Point& point, bool isFound);
     bool search(Point& point);
+    void judge(Point& point);
     std::string firstComplaint() const;
 
     BootedRadio& m_booted;
     const Settings& m_settings;
-    LeakingTransmitter& m_transmitter;
+    const Probing& m_probing;
+    Climate* m_climate;
+    /** Null when nothing is modelled. */
+    LeakingTransmitter* m_transmitter;
     ILoCancellation& m_cancellation;
     ProbeRecorder m_recorder;
 };

@@ -11,6 +11,9 @@ namespace Radio::Calibration {
  * readings or its result, if anything is.
  */
 void diagnose(Point& point, const Settings& settings, const LeakageDescription& leakage);
+/** The same on hardware: nobody knows the limits of the detector, and instead of the leakage there are the
+ * readings at the beginning and at the end. */
+void diagnose(Point& point, const Settings& settings);
 
 } // namespace Radio::Calibration
 

@@ -1,5 +1,6 @@
 #include "radio/calibration/Journal.h"
 
+#include "radio/calibration/Fingerprint.h"
 #include "radio/calibration/Settings.h"
 #include "radio/calibration/SettingsReader.h"
 #include "radio/files/AtomicFile.h"
@@ -13,8 +14,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cinttypes>
-#include <cstdio>
 #include <ctime>
 #include <fstream>
 #include <stdexcept>
@@ -37,23 +36,38 @@ std::string reasonText(int reason) {
 }
 
 Json toJson(const JournalHeader& header) {
-    return {{"journal", journalKind},
-            {"format", journalFormat},
-            {"board", header.board},
-            {"serial", header.serial},
-            {"date", header.date},
-            {"version", header.version},
-            {"transmitter", header.transmitter},
-            {"settings", toJson(header.settings)}};
+    Json json = {{"journal", journalKind},  {"format", journalFormat}, {"board", header.board},
+                 {"serial", header.serial}, {"date", header.date},     {"version", header.version}};
+    if (header.isHardware) {
+        json["mode"] = hardwareMode;
+    }
+    json["transmitter"] = header.transmitter;
+    json["settings"] = toJson(header.settings);
+    return json;
+}
+
+/** Journals without a mode are of a simulation. */
+bool isHardwareFrom(const ParsedJson& json) {
+    if (!json.contains("mode")) {
+        return false;
+    }
+    if (json.at("mode") != hardwareMode) {
+        throw std::runtime_error("another kind of file, or of a later version of this program");
+    }
+    return true;
 }
 
 JournalHeader headerFrom(const ParsedJson& json) {
     if (json.at("journal") != journalKind || json.at("format") != journalFormat) {
         throw std::runtime_error("another kind of file, or of a later version of this program");
     }
-    return {json.at("board").get<std::string>(),       json.at("serial").get<std::string>(),
-            json.at("date").get<std::string>(),        json.at("version").get<std::string>(),
-            json.at("transmitter").get<std::string>(), settingsFromJson(json.at("settings"))};
+    return {json.at("board").get<std::string>(),
+            json.at("serial").get<std::string>(),
+            json.at("date").get<std::string>(),
+            json.at("version").get<std::string>(),
+            json.at("transmitter").get<std::string>(),
+            settingsFromJson(json.at("settings")),
+            isHardwareFrom(json)};
 }
 
 /** A setting as people read it. */
@@ -147,40 +161,22 @@ bool takeLine(std::istream& stream, std::string& line) {
     return false;
 }
 
-/** FNV-1a, 64 bits: enough to notice a change. */
-class Fingerprint {
-public:
-    template <typename Value>
-    void add(const Value& value) {
-        for (const char character : toText(value) + ";") {
-            m_hash = (m_hash ^ static_cast<unsigned char>(character)) * 0x100000001B3U;
-        }
-    }
-    void add(const CorrectionBranch& branch) {
-        add(branch.gain);
-        add(branch.step);
-        add(branch.low);
-        add(branch.high);
-    }
-    void add(const DetectorDescription& detector) {
-        for (const double number :
-             {detector.slope, detector.zero, detector.floor, detector.noise, detector.settling}) {
-            add(number);
-        }
-        add(detector.step);
-        add(detector.low);
-        add(detector.high);
-    }
+void add(Fingerprint& fingerprint, const CorrectionBranch& branch) {
+    fingerprint.add(branch.gain);
+    fingerprint.add(branch.step);
+    fingerprint.add(branch.low);
+    fingerprint.add(branch.high);
+}
 
-    std::string text() const {
-        std::array<char, 17> digits{};
-        static_cast<void>(std::snprintf(digits.data(), digits.size(), "%016" PRIx64, m_hash));
-        return digits.data();
+void add(Fingerprint& fingerprint, const DetectorDescription& detector) {
+    for (const double number :
+         {detector.slope, detector.zero, detector.floor, detector.noise, detector.settling}) {
+        fingerprint.add(number);
     }
-
-private:
-    std::uint64_t m_hash = 0xCBF29CE484222325U;
-};
+    fingerprint.add(detector.step);
+    fingerprint.add(detector.low);
+    fingerprint.add(detector.high);
+}
 
 } // namespace
 
@@ -224,12 +220,12 @@ std::string fingerprintOf(const LeakageDescription& leakage) {
             fingerprint.add(number);
         }
     }
-    fingerprint.add(leakage.i);
-    fingerprint.add(leakage.q);
+    add(fingerprint, leakage.i);
+    add(fingerprint, leakage.q);
     fingerprint.add(leakage.skew);
-    fingerprint.add(leakage.detector);
+    add(fingerprint, leakage.detector);
     if (leakage.highDetector) {
-        fingerprint.add(*leakage.highDetector);
+        add(fingerprint, *leakage.highDetector);
     }
     fingerprint.add(leakage.seed);
     return fingerprint.text();
@@ -241,6 +237,13 @@ void requireSameCalibration(const JournalHeader& wanted, const JournalHeader& be
                           key + ": begun with " + harmless(was) + ", now asked for with " + harmless(is),
                           "restart");
     };
+    if (wanted.isHardware != begun.isHardware) {
+        // What was measured on one says nothing about the other.
+        throw ChoiceError({file.string(), 1},
+                          begun.isHardware ? "begun on hardware, now asked for in a simulation"
+                                           : "begun in a simulation, now asked for on hardware",
+                          begun.isHardware ? "hardware or restart" : "restart");
+    }
     if (wanted.board != begun.board) {
         refuse("board", inQuotes(begun.board), inQuotes(wanted.board));
     }
@@ -258,7 +261,11 @@ void requireSameCalibration(const JournalHeader& wanted, const JournalHeader& be
     }
     if (wanted.transmitter != begun.transmitter) {
         throw ChoiceError({file.string(), 1},
-                          "transmitter: the board's [[leakage]] of the channel has changed since", "restart");
+                          wanted.isHardware ? "transmitter: what the channel's corrections and detectors "
+                                              "are in the board's [hardware] has changed since"
+                                            : "transmitter: the board's [[leakage]] of the channel has "
+                                              "changed since",
+                          "restart");
     }
 }
 

@@ -25,9 +25,12 @@ struct JournalHeader {
     /** When the calibration began. */
     std::string date;
     std::string version;
-    /** What tells one described transmitter from another, see fingerprintOf(). */
+    /** What tells one transmitter from another: fingerprintOf() a modelled one, hardwareFingerprint() of a
+     * real one. */
     std::string transmitter;
     Settings settings;
+    /** A real radio is calibrated. */
+    bool isHardware = false;
 };
 
 /** A probe that is in a journal, and where. */
@@ -59,8 +62,8 @@ JournalContent readJournal(std::istream& stream, const std::string& name);
 /** Sixteen hexadecimal digits that change with every number of a leakage. */
 std::string fingerprintOf(const LeakageDescription& leakage);
 
-/** Throws ChoiceError, with the choice "restart", unless a calibration that `wanted` describes can go on with
- * what the journal was begun with. Dates and versions may differ. */
+/** Throws ChoiceError, with the choice "restart" or "hardware or restart", unless a calibration that `wanted`
+ * describes can go on with what the journal was begun with. Dates and versions may differ. */
 void requireSameCalibration(const JournalHeader& wanted, const JournalHeader& begun,
                             const std::filesystem::path& file);
 

@@ -1,5 +1,6 @@
 #include "radio/calibration/ProbeRecorder.h"
 
+#include "ResultCode.h"
 #include "radio/session/HardwareWrite.h"
 
 #include <utility>
@@ -10,6 +11,8 @@ using Standalone::Operation;
 
 namespace {
 
+constexpr const char* journalIsOver = "the journal ends here";
+
 std::string textOf(const Probe& probe) {
     return "I " + std::to_string(probe.i) + ", Q " + std::to_string(probe.q) +
            (probe.reading ? "" : " without a reading");
@@ -17,23 +20,56 @@ std::string textOf(const Probe& probe) {
 
 } // namespace
 
-ProbeRecorder::ProbeRecorder(Standalone::Platform& platform, ModelClock& clock,
-                             const LeakageDescription& leakage, const Probing& probing,
-                             std::string journalFile)
+/** Stands before what stands behind a driver. */
+class ProbeRecorder::Tap final : public Standalone::DriverBacking {
+public:
+    Tap(ProbeRecorder& recorder, Standalone::Driver& driver)
+        : m_recorder(recorder),
+          m_driver(driver),
+          m_backing(*driver.backing()) {
+        m_driver.setBacking(this);
+    }
+    ~Tap() override { m_driver.setBacking(&m_backing); }
+
+    std::int32_t write(std::int64_t value) override {
+        return m_recorder.isWriteKept() ? ResultOk : m_backing.write(value);
+    }
+
+    std::int32_t read(std::int64_t& value) override {
+        if (!m_recorder.isReadingDue()) {
+            return m_backing.read(value);
+        }
+        const std::optional<std::int32_t> known = m_recorder.knownReading();
+        if (!known && m_recorder.refusesToRead()) {
+            return ResultFailed;
+        }
+        std::int64_t reading = known.value_or(0);
+        const std::int32_t code = known ? ResultOk : m_backing.read(reading);
+        if (isSuccess(code)) {
+            value = reading;
+            m_recorder.take(static_cast<std::int32_t>(reading));
+        }
+        return code;
+    }
+
+private:
+    ProbeRecorder& m_recorder;
+    Standalone::Driver& m_driver;
+    Standalone::DriverBacking& m_backing;
+};
+
+ProbeRecorder::ProbeRecorder(Standalone::Platform& platform, ModelClock& clock, SearchDrivers drivers,
+                             const Probing& probing, std::string journalFile)
     : m_platform(platform),
       m_clock(clock),
-      m_leakage(leakage),
+      m_drivers(std::move(drivers)),
       m_probing(probing),
       m_journalFile(std::move(journalFile)) {
     m_platform.calls().setListener([this](const Standalone::Call& call) { called(call); });
-    m_sources[leakage.detector.driver] = {};
-    if (leakage.highDetector) {
-        m_sources[leakage.highDetector->driver] = {};
-    }
-    for (auto& [name, source] : m_sources) {
-        Standalone::Driver& driver = *m_platform.drivers().find(name);
-        source = driver.source();
-        driver.setSource([this, live = source] { return read(live()); });
+    tapSource(m_drivers.detector);
+    tapSource(m_drivers.highDetector);
+    for (const std::string& driver : {m_drivers.i, m_drivers.q, m_drivers.detector, m_drivers.highDetector}) {
+        tapBacking(driver);
     }
 }
 
@@ -44,25 +80,65 @@ ProbeRecorder::~ProbeRecorder() {
     }
 }
 
+void ProbeRecorder::tapSource(const std::string& detector) {
+    Standalone::Driver* const driver = m_platform.drivers().find(detector);
+    if (driver == nullptr || driver->backing() != nullptr) {
+        return;
+    }
+    m_sources[detector] = driver->source();
+    driver->setSource([this, live = driver->source()]() -> std::int64_t {
+        // The model goes on also when it is not listened to. Without one, only a journal has readings.
+        const std::int64_t now = live ? live() : 0;
+        if (!isReadingDue()) {
+            return now;
+        }
+        const std::int32_t reading = knownReading().value_or(static_cast<std::int32_t>(now));
+        take(reading);
+        return reading;
+    });
+}
+
+void ProbeRecorder::tapBacking(const std::string& driver) {
+    Standalone::Driver* const found = m_platform.drivers().find(driver);
+    if (found != nullptr && found->backing() != nullptr) {
+        m_taps.push_back(std::make_unique<Tap>(*this, *found));
+    }
+}
+
 std::string ProbeRecorder::takeFailedWrite() {
     return std::exchange(m_failedWrite, {});
 }
 
-void ProbeRecorder::begin(std::uint32_t frequency, std::int32_t temperature,
-                          const JournaledProbes& journaled) {
+void ProbeRecorder::begin(std::uint32_t frequency, std::int32_t temperature, const JournaledProbes& journaled,
+                          bool isReplay) {
     m_frequency = frequency;
     m_temperature = temperature;
     m_journaled = &journaled;
     m_pending.reset();
     m_probes.clear();
     m_whyStopped.clear();
+    m_isReplay = isReplay;
+    m_isCutShort = false;
     m_isSearching = true;
 }
 
 std::vector<Probe> ProbeRecorder::end() {
     m_isSearching = false;
-    static_cast<void>(m_platform.calls().clear(Operation::driverWrite, m_leakage.i.driver));
+    setClock(m_probing.isRealTime);
+    static_cast<void>(m_platform.calls().clear(Operation::driverWrite, m_drivers.i));
     return std::move(m_probes);
+}
+
+bool ProbeRecorder::isJournalOver() const {
+    return m_whyStopped == journalIsOver;
+}
+
+void ProbeRecorder::setClock(bool isRealTime) {
+    m_clock.setRealTime(isRealTime, [this] {
+        const bool goesOn = m_probing.goOn();
+        m_isCutShort |= !goesOn;
+        return goesOn;
+    });
 }
 
 void ProbeRecorder::called(const Standalone::Call& call) {
@@ -72,25 +148,38 @@ void ProbeRecorder::called(const Standalone::Call& call) {
     if (!m_isSearching || call.operation != Operation::driverWrite || isFailure(call.code)) {
         return;
     }
-    if (call.object == m_leakage.i.driver) {
+    if (call.object == m_drivers.i) {
         settlePending();
         m_i = static_cast<std::int32_t>(call.value);
-    } else if (call.object == m_leakage.q.driver) {
+    } else if (call.object == m_drivers.q) {
         m_pending = Probe{m_i, static_cast<std::int32_t>(call.value), std::nullopt};
-        m_clock.setRealTime(m_probing.isRealTime && journaled() == nullptr, m_probing.goOn);
+        setClock(m_probing.isRealTime && !m_isReplay && journaled() == nullptr);
     }
 }
 
-std::int64_t ProbeRecorder::read(std::int64_t live) {
-    if (!m_isSearching || !m_pending) {
-        return live;
-    }
+std::optional<std::int32_t> ProbeRecorder::knownReading() const {
     const JournaledProbe* const known = journaled();
-    const bool isKnown = known != nullptr && known->probe.reading;
-    const std::int32_t reading = isKnown ? *known->probe.reading : static_cast<std::int32_t>(live);
+    return known != nullptr ? known->probe.reading : std::nullopt;
+}
+
+bool ProbeRecorder::refusesToRead() {
+    if (m_isReplay) {
+        stop(journalIsOver);
+    } else if (m_isCutShort) {
+        // The detector has not settled: what it shows is not what these corrections leave.
+        stop("interrupted");
+    }
+    return !m_whyStopped.empty();
+}
+
+void ProbeRecorder::take(std::int32_t reading) {
     m_pending->reading = reading;
     settlePending();
-    return reading;
+}
+
+bool ProbeRecorder::isWriteKept() const {
+    const std::size_t next = m_probes.size() + (m_pending ? 1 : 0);
+    return m_isSearching && (m_isReplay || next < m_journaled->size());
 }
 
 void ProbeRecorder::settlePending() {
@@ -111,8 +200,8 @@ void ProbeRecorder::settlePending() {
 }
 
 void ProbeRecorder::enter(const Probe& probe) {
-    if (m_probing.journal == nullptr) {
-        stop("the journal ends here");
+    if (m_probing.journal == nullptr || m_isReplay) {
+        stop(journalIsOver);
         return;
     }
     try {
@@ -141,7 +230,7 @@ void ProbeRecorder::stop(const std::string& why) {
     if (m_whyStopped.empty()) {
         m_whyStopped = why;
         // The search ends when it cannot set its next corrections.
-        m_platform.calls().inject({Operation::driverWrite, m_leakage.i.driver, ResultFailed, {}, {}});
+        m_platform.calls().inject({Operation::driverWrite, m_drivers.i, ResultFailed, {}, {}});
     }
 }
 

@@ -3,13 +3,14 @@
 
 #include "radio/calibration/Calibration.h"
 #include "radio/calibration/Journal.h"
-#include "radio/model/LeakageModel.h"
+#include "radio/calibration/SearchDrivers.h"
 #include "radio/session/ModelClock.h"
 #include "standalone/Platform.h"
 
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,14 +28,16 @@ struct Probing {
 };
 
 /**
- * Stands between the library and the modelled hardware while a search goes on: it enters each probe in the
- * journal before the next is set, and answers from the journal the probes that are in it already. Thereby a
- * search that was interrupted is gone through again without measuring anything twice.
+ * Stands between the library and the hardware, modelled or real, while a search goes on: it enters each probe
+ * in the journal before the next is set, and answers from the journal the probes that are in it already.
+ * Thereby a search that was interrupted is gone through again without measuring anything twice. Of real
+ * hardware nothing is touched for probes that the journal has.
  */
 class ProbeRecorder {
 public:
-    /** Takes the listener and the detectors of the platform for itself. What is borrowed must outlive it. */
-    ProbeRecorder(Standalone::Platform& platform, ModelClock& clock, const LeakageDescription& leakage,
+    /** Takes the listener of the platform for itself, and what stands behind its detectors and corrections.
+     * What is borrowed must outlive it. */
+    ProbeRecorder(Standalone::Platform& platform, ModelClock& clock, SearchDrivers drivers,
                   const Probing& probing, std::string journalFile);
     ProbeRecorder(const ProbeRecorder&) = delete;
     ProbeRecorder& operator=(const ProbeRecorder&) = delete;
@@ -43,8 +46,10 @@ public:
     /** The first driver that took no write since the last question, outside of searches; empty: all did. */
     std::string takeFailedWrite();
 
-    /** A search begins; `journaled` is borrowed until its end. */
-    void begin(std::uint32_t frequency, std::int32_t temperature, const JournaledProbes& journaled);
+    /** A search begins; `journaled` is borrowed until its end. `isReplay`: the search ends with the journal,
+     * and hardware is not touched at all. */
+    void begin(std::uint32_t frequency, std::int32_t temperature, const JournaledProbes& journaled,
+               bool isReplay = false);
     /** The search came to its end. Gives its probes; corrections that were set and not read are none. */
     std::vector<Probe> end();
 
@@ -53,9 +58,28 @@ public:
     /** Why the search had to be broken off; empty when it was not. */
     const std::string& whyStopped() const { return m_whyStopped; }
 
+    /** It was broken off because a probe would have had to be made. */
+    bool isJournalOver() const;
+
 private:
+    class Tap;
+
     void called(const Standalone::Call& call);
-    std::int64_t read(std::int64_t live);
+    void tapSource(const std::string& detector);
+    void tapBacking(const std::string& driver);
+    void setClock(bool isRealTime);
+
+    /** Something is set and wants its reading. */
+    bool isReadingDue() const { return m_isSearching && m_pending.has_value(); }
+    /** That reading, if the journal has it. */
+    std::optional<std::int32_t> knownReading() const;
+    /** The reading that is due cannot be taken from hardware. */
+    bool refusesToRead();
+    /** That of the probe that is set. */
+    void take(std::int32_t reading);
+    /** The next write belongs to a probe that is not made. */
+    bool isWriteKept() const;
+
     /** What was set and not read was a probe without a reading, now that the next is set. */
     void settlePending();
     void enter(const Probe& probe);
@@ -65,12 +89,16 @@ private:
 
     Standalone::Platform& m_platform;
     ModelClock& m_clock;
-    const LeakageDescription& m_leakage;
+    const SearchDrivers m_drivers;
     const Probing& m_probing;
     std::string m_journalFile;
     std::map<std::string, std::function<std::int64_t()>> m_sources;
+    std::vector<std::unique_ptr<Tap>> m_taps;
 
     bool m_isSearching = false;
+    bool m_isReplay = false;
+    /** A settle time was not waited for to its end. */
+    bool m_isCutShort = false;
     std::uint32_t m_frequency = 0;
     std::int32_t m_temperature = 0;
     const JournaledProbes* m_journaled = nullptr;

@@ -18,6 +18,8 @@ namespace {
 
 constexpr std::string_view heading =
     "frequency_khz,temperature_c,i,q,before_dbc,after_dbc,iterations,max_delta,state";
+constexpr std::string_view hardwareHeading =
+    "frequency_khz,temperature_c,i,q,first_reading,last_reading,iterations,max_delta,state";
 constexpr std::string_view program = "radioctl ";
 constexpr double highestLevel = 1000.0;
 constexpr std::int64_t mostIterations = std::numeric_limits<std::uint32_t>::max();
@@ -45,6 +47,14 @@ std::string_view wordFor(PointState state) {
 
 std::string bothEnds(const Range& range) {
     return std::to_string(range.low) + " " + std::to_string(range.high);
+}
+
+/** What has been found at a point besides its corrections. */
+std::string foundAt(const Point& point, bool isHardware) {
+    return isHardware
+               ? std::to_string(point.firstReading.value_or(0)) + ',' +
+                     std::to_string(point.lastReading.value_or(0))
+               : inTwoDecimals(point.before.value_or(0)) + ',' + inTwoDecimals(point.after.value_or(0));
 }
 
 template <typename Number>
@@ -101,15 +111,29 @@ Settings readSettings(const CsvFile& file) {
     return settings;
 }
 
-Point readPoint(const CsvFile& file, std::size_t row) {
+/** Files without a mode are of a simulation. */
+bool readIsHardware(const CsvFile& file) {
+    const std::optional<CsvItem> mode = file.findProperty("mode");
+    if (mode && mode->text() != hardwareMode) {
+        mode->failExpecting(std::string(hardwareMode));
+    }
+    return mode.has_value();
+}
+
+Point readPoint(const CsvFile& file, std::size_t row, bool isHardware) {
     const auto item = [&](std::string_view column) { return file.item(row, file.column(column)); };
     Point point;
     point.frequency = integer<std::uint32_t>(item("frequency_khz"), carrierBounds);
     point.temperature = integer<std::int32_t>(item("temperature_c"), temperatureBounds);
     point.i = integer<std::int32_t>(item("i"), correctionBounds);
     point.q = integer<std::int32_t>(item("q"), correctionBounds);
-    point.before = item("before_dbc").number(highestLevel);
-    point.after = item("after_dbc").number(highestLevel);
+    if (isHardware) {
+        point.firstReading = item("first_reading").integer();
+        point.lastReading = item("last_reading").integer();
+    } else {
+        point.before = item("before_dbc").number(highestLevel);
+        point.after = item("after_dbc").number(highestLevel);
+    }
     point.iterations = integer<std::uint32_t>(item("iterations"), {0, mostIterations});
     point.maxDelta = integer<std::int32_t>(item("max_delta"), {0, widestRange});
     const CsvItem state = item("state");
@@ -136,6 +160,7 @@ void writeResult(std::ostream& out, const Result& result) {
         << "# channel: " << settings.channel << "\n"
         << "# date: " << harmless(result.date) << "\n"
         << "# tool: " << program << harmless(result.version) << "\n"
+        << (result.isHardware ? "# mode: " + std::string(hardwareMode) + "\n" : "")
         << "# i_range: " << bothEnds(settings.i) << "\n"
         << "# q_range: " << bothEnds(settings.q) << "\n"
         << "# shrink_factor: " << exactText(settings.shrinkFactor) << "\n"
@@ -143,11 +168,11 @@ void writeResult(std::ostream& out, const Result& result) {
         << "# max_iterations: " << settings.maxIterations << "\n"
         << "# settle_time_ms: " << settings.settleTime << "\n"
         << "# detector: " << (settings.useHighDetector ? "high" : "low") << "\n"
-        << heading << "\n";
+        << (result.isHardware ? hardwareHeading : heading) << "\n";
     for (const Point& point : result.points) {
         out << point.frequency << ',' << point.temperature << ',' << point.i << ',' << point.q << ','
-            << inTwoDecimals(point.before) << ',' << inTwoDecimals(point.after) << ',' << point.iterations
-            << ',' << point.maxDelta << ',' << wordFor(point.state) << "\n";
+            << foundAt(point, result.isHardware) << ',' << point.iterations << ',' << point.maxDelta << ','
+            << wordFor(point.state) << "\n";
     }
 }
 
@@ -160,9 +185,10 @@ Result readResult(const CsvFile& csv) {
     result.serial = csv.property("serial").nonEmptyText("the serial number of the radio");
     result.date = csv.property("date").nonEmptyText("when the calibration began");
     result.version = readVersion(csv.property("tool"));
+    result.isHardware = readIsHardware(csv);
     result.settings = readSettings(csv);
     for (std::size_t row = 0; row < csv.rows(); ++row) {
-        result.points.push_back(readPoint(csv, row));
+        result.points.push_back(readPoint(csv, row, result.isHardware));
         result.settings.frequencies.push_back(result.points.back().frequency);
         result.settings.temperatures.push_back(result.points.back().temperature);
     }

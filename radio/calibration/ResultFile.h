@@ -12,7 +12,8 @@ namespace Radio::Calibration {
 
 /**
  * Writes a calibration as the CSV file that boards take their tables from: who, when and how as properties,
- * and a row for each point, in their order. Control characters of texts are written as escapes. Throws
+ * and a row for each point, in their order; of a calibration on hardware what the detector read, in place of
+ * modelled leakage. Control characters of texts are written as escapes. Throws
  * std::logic_error for a point that failed: it has no corrections, and must not come into a table.
  */
 void writeResult(std::ostream& out, const Result& result);

@@ -2,6 +2,8 @@
 
 #include "radio/board/BoardNames.h"
 #include "radio/board/CalibrationBounds.h"
+#include "radio/calibration/SearchDrivers.h"
+#include "radio/text/Words.h"
 
 #include <algorithm>
 
@@ -37,11 +39,12 @@ public:
     }
 
     /** `key` is both the key in the board and the choice. */
-    [[noreturn]] void lacks(const char* what, const char* key) const {
+    [[noreturn]] void lacks(const std::string& what, const char* key) const { lacks(what, key, key); }
+    [[noreturn]] void lacks(const std::string& what, const char* key, const char* choice) const {
         throw ChoiceError({m_board.file.string(), 0},
                           "channel " + std::to_string(m_wishes.channel) + ": no " + what + ", expected " +
                               key + " in its [[calibration]]",
-                          key);
+                          choice);
     }
 
 private:
@@ -64,16 +67,50 @@ std::vector<std::uint32_t> carriersOf(const Range& band, std::int64_t step, cons
     return carriers;
 }
 
+/** What a driver takes in hardware, as far as corrections go. */
+std::optional<Range> rangeOf(const Devices::DriverHardware* hardware) {
+    if (hardware == nullptr || !hardware->lowest) {
+        return std::nullopt;
+    }
+    return Range{std::max(*hardware->lowest, correctionBounds.low),
+                 std::min(*hardware->highest, correctionBounds.high)};
+}
+
+/** Where the corrections of a real radio are searched. */
+void chooseHardwareRanges(const Board& board, const Choice& choice, Settings& settings) {
+    const SearchDrivers drivers = driversOf(board, settings.channel);
+    const auto choose = [&](std::optional<Range> CalibrationDescription::*member, const std::string& driver,
+                            const std::string& branch, const char* key, const char* option) {
+        std::optional<Range> range = choice.of(member);
+        if (!range) {
+            range = rangeOf(findHardware(board, driver));
+        }
+        if (!range) {
+            choice.lacks("range for " + branch + ", and no range of " + inQuotes(driver) + " in [hardware]",
+                         key, option);
+        }
+        return *range;
+    };
+    settings.i = choose(&CalibrationDescription::iRange, drivers.i, "I", "i_range", "i-range");
+    settings.q = choose(&CalibrationDescription::qRange, drivers.q, "Q", "q_range", "q-range");
+}
+
+/** Where those of a modelled one are. */
+void chooseModelledRanges(const Board& board, const Choice& choice, Settings& settings) {
+    const LeakageDescription& leakage = *findLeakage(board, settings.channel);
+    settings.i = choice.of(&CalibrationDescription::iRange).value_or(Range{leakage.i.low, leakage.i.high});
+    settings.q = choice.of(&CalibrationDescription::qRange).value_or(Range{leakage.q.low, leakage.q.high});
+}
+
 Json rangeJson(const Range& range) {
     return Json::array({range.low, range.high});
 }
 
 } // namespace
 
-Settings settingsFor(const Board& board, const CalibrationDescription& wishes) {
+Settings settingsFor(const Board& board, const CalibrationDescription& wishes, bool isHardware) {
     const Choice choice(board, wishes);
     const Place place{board.file.string(), 0};
-    const LeakageDescription& leakage = *findLeakage(board, wishes.channel);
     auto band = choice.of(&CalibrationDescription::band);
     if (!band) {
         band = transmitBand(board, wishes.channel);
@@ -97,8 +134,7 @@ Settings settingsFor(const Board& board, const CalibrationDescription& wishes) {
                                     std::to_string(settings.frequencies.size()) + " carriers at " +
                                     std::to_string(settings.temperatures.size()) + " temperatures");
     }
-    settings.i = choice.of(&CalibrationDescription::iRange).value_or(Range{leakage.i.low, leakage.i.high});
-    settings.q = choice.of(&CalibrationDescription::qRange).value_or(Range{leakage.q.low, leakage.q.high});
+    (isHardware ? chooseHardwareRanges : chooseModelledRanges)(board, choice, settings);
     settings.shrinkFactor = choice.of(&CalibrationDescription::shrinkFactor).value_or(usualShrinkFactor);
     settings.minDelta = choice.of(&CalibrationDescription::minDelta).value_or(usualMinDelta);
     settings.maxIterations = choice.of(&CalibrationDescription::maxIterations).value_or(usualMaxIterations);

@@ -11,9 +11,11 @@ namespace Radio::Calibration {
  * What a calibration of a channel comes to: what is wished for, else what the board describes, else what
  * serves most transmitters. Throws ChoiceError, with the choice "band", "step" or "temperatures", when
  * something has to be said and nobody does, and InputError for too many points. `wishes` names
- * one of the board's channels, which has a leakage.
+ * one of the board's channels, which has a leakage. On hardware the channel needs none: then corrections are
+ * searched where their drivers can be written, and the choice is "i-range" or "q-range" when nobody says
+ * where that is.
  */
-Settings settingsFor(const Board& board, const CalibrationDescription& wishes);
+Settings settingsFor(const Board& board, const CalibrationDescription& wishes, bool isHardware = false);
 
 /** What is written in front of a journal, and shown to other programs. */
 Json toJson(const Settings& settings);

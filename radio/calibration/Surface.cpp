@@ -74,6 +74,16 @@ std::optional<Table> tableOf(const Result& result, std::int32_t Point::*correcti
     return table;
 }
 
+LeakageSummary countStates(const Result& result) {
+    LeakageSummary summary;
+    for (const Point& point : result.points) {
+        ++(point.state == PointState::good   ? summary.good
+           : point.state == PointState::edge ? summary.edge
+                                             : summary.failed);
+    }
+    return summary;
+}
+
 } // namespace
 
 std::vector<std::int64_t> evenSteps(std::int64_t low, std::int64_t high, std::int64_t parts) {
@@ -95,6 +105,16 @@ Surface leakageBefore(const Result& result) {
 Surface leakageAfter(const Result& result) {
     return {result.settings.frequencies, result.settings.temperatures,
             onGrid<double>(result, [](const Point& point) { return point.after; })};
+}
+
+Surface firstReadings(const Result& result) {
+    return {result.settings.frequencies, result.settings.temperatures,
+            onGrid<double>(result, [](const Point& point) { return point.firstReading; })};
+}
+
+Surface lastReadings(const Result& result) {
+    return {result.settings.frequencies, result.settings.temperatures,
+            onGrid<double>(result, [](const Point& point) { return point.lastReading; })};
 }
 
 std::optional<Surface> leakageBetween(const Result& result, const LeakageDescription& leakage) {
@@ -127,17 +147,19 @@ std::optional<Worst> worstOf(const Surface& surface) {
 }
 
 LeakageSummary summarise(const Result& result, const LeakageDescription& leakage) {
-    LeakageSummary summary;
+    LeakageSummary summary = countStates(result);
     summary.before = worstOf(leakageBefore(result));
     summary.after = worstOf(leakageAfter(result));
     if (const std::optional<Surface> between = leakageBetween(result, leakage)) {
         summary.between = worstOf(*between);
     }
-    for (const Point& point : result.points) {
-        ++(point.state == PointState::good   ? summary.good
-           : point.state == PointState::edge ? summary.edge
-                                             : summary.failed);
-    }
+    return summary;
+}
+
+LeakageSummary summarise(const Result& result) {
+    LeakageSummary summary = countStates(result);
+    summary.firstReading = worstOf(firstReadings(result));
+    summary.lastReading = worstOf(lastReadings(result));
     return summary;
 }
 

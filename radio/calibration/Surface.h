@@ -11,13 +11,14 @@
 
 namespace Radio::Calibration {
 
-/** Leakage over carriers and temperatures. */
+/** Leakage, or what a detector read, over carriers and temperatures. */
 struct Surface {
     /** In kHz, ascending. */
     std::vector<std::uint32_t> frequencies;
     /** In degrees Celsius, ascending. */
     std::vector<std::int32_t> temperatures;
-    /** In dBc, for each temperature all carriers; nothing where there are no corrections. */
+    /** In dBc or in units of the detector, for each temperature all carriers; nothing where there are no
+     * corrections. */
     std::vector<std::optional<double>> levels;
 };
 
@@ -26,13 +27,18 @@ Surface leakageBefore(const Result& result);
 /** With the corrections found, at the points of a calibration. */
 Surface leakageAfter(const Result& result);
 
+/** What the detector read at the first probes, at the points of a calibration on hardware. */
+Surface firstReadings(const Result& result);
+/** At the last probes. */
+Surface lastReadings(const Result& result);
+
 /**
  * At and between the points, with the corrections that the platform interpolates from tables of these points:
  * what leaks when the radio is tuned anywhere in its band. Nothing unless all points have corrections.
  */
 std::optional<Surface> leakageBetween(const Result& result, const LeakageDescription& leakage);
 
-/** The highest leakage, in dBc, and where it is. */
+/** The highest leakage, in dBc, or the highest reading, and where it is. */
 struct Worst {
     double level;
     /** In kHz. */
@@ -51,6 +57,10 @@ struct LeakageSummary {
     std::optional<Worst> after;
     /** Of leakageBetween(). */
     std::optional<Worst> between;
+    /** Of a calibration on hardware, which has none of the three above: the readings of the first probes and
+     * of the last. */
+    std::optional<Worst> firstReading;
+    std::optional<Worst> lastReading;
     /** Points by their state. */
     std::size_t good = 0;
     std::size_t edge = 0;
@@ -58,6 +68,8 @@ struct LeakageSummary {
 };
 
 LeakageSummary summarise(const Result& result, const LeakageDescription& leakage);
+/** Of a calibration on hardware. */
+LeakageSummary summarise(const Result& result);
 
 /** Whole numbers from `low` to `high`, both among them, with distances as even as can be: `parts` + 1 of
  * them, or fewer when there are not so many. */

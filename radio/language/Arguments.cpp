@@ -1,5 +1,6 @@
 #include "radio/language/Arguments.h"
 
+#include "radio/board/CalibrationBounds.h"
 #include "radio/text/Frequency.h"
 #include "radio/text/NearestName.h"
 
@@ -52,8 +53,17 @@ std::int64_t Arguments::takeInt64(std::string_view what) {
     return parseInRange(take(what), what, INT64_MIN, INT64_MAX);
 }
 
+std::int64_t Arguments::takeInteger(std::string_view what, std::int64_t lowest, std::int64_t highest) {
+    return parseInRange(take(what), what, lowest, highest);
+}
+
 std::int32_t Arguments::takeCode(std::string_view what) {
     return static_cast<std::int32_t>(parseInRange(take(what), what, INT32_MIN, UINT32_MAX));
+}
+
+std::int32_t Arguments::takeTemperature() {
+    return static_cast<std::int32_t>(
+        parseInRange(take("DEGREES"), "DEGREES", temperatureBounds.low, temperatureBounds.high));
 }
 
 double Arguments::takeLevel(std::string_view what) {
@@ -73,8 +83,8 @@ Direction Arguments::takeDirection() {
     return takeOneOf("tx|rx", directionFromString, {"tx", "rx"});
 }
 
-std::uint32_t Arguments::takeFrequency() {
-    const std::string& number = take("FREQUENCY");
+std::uint32_t Arguments::takeFrequency(std::string_view what) {
+    const std::string& number = take(what);
     const bool unitFollows = !atEnd() && looksLikeUnit(peek());
     return parseFrequency(number, unitFollows ? std::string_view(take("unit")) : std::string_view());
 }

@@ -54,15 +54,19 @@ public:
     /** A decimal number, or a hexadecimal one after "0x", of the type's range. */
     std::int32_t takeInt32(std::string_view what);
     std::int64_t takeInt64(std::string_view what);
+    /** The same from `lowest` to `highest`. */
+    std::int64_t takeInteger(std::string_view what, std::int64_t lowest, std::int64_t highest);
     /** The same, also for a number above the range of int32_t that has 32 bits, such as 0xFFFFFFFF. */
     std::int32_t takeCode(std::string_view what);
+    /** Degrees Celsius that a radio may meet. */
+    std::int32_t takeTemperature();
     /** A level in dBc, with or without a fraction, from -120 to 120. */
     double takeLevel(std::string_view what);
     /** A number that a channel can have. */
     std::int32_t takeChannel();
     Direction takeDirection();
     /** In kHz: a number with or without a unit behind it. */
-    std::uint32_t takeFrequency();
+    std::uint32_t takeFrequency(std::string_view what = "FREQUENCY");
 
     /** Throws when a word is left. */
     void finish() const;

@@ -1,5 +1,6 @@
 #include "radio/language/CommandCheck.h"
 
+#include "radio/session/ScriptLine.h"
 #include "radio/text/NearestName.h"
 #include "radio/text/WordError.h"
 #include "radio/text/Words.h"
@@ -109,9 +110,13 @@ void requireSizeWithinArray(const SetVariable& command, const Board& board) {
 
 class ReferenceChecker {
 public:
-    ReferenceChecker(const Board& board, const BoardNames& names) : m_board(board), m_names(names) {}
+    ReferenceChecker(const Board& board, const BoardNames& names, bool hasKeys)
+        : m_board(board),
+          m_names(names),
+          m_hasKeys(hasKeys) {}
 
     void operator()(const Tune& command) const { requireChannel(command.channel, m_names); }
+    void operator()(const Sweep& command) const { requireChannel(command.channel, m_names); }
     void operator()(const Observe& command) const { requireChannel(command.channel, m_names); }
     void operator()(const ExpectFrequency& command) const { requireChannel(command.channel, m_names); }
     void operator()(const ExpectNotified& command) const { requireChannel(command.channel, m_names); }
@@ -123,6 +128,20 @@ public:
     void operator()(const ExpectDriver& command) const {
         requireName("driver", command.name, m_names.drivers);
     }
+    void operator()(const ReadDriver& command) const { requireName("driver", command.name, m_names.drivers); }
+    void operator()(const WriteDriver& command) const {
+        requireName("driver", command.name, m_names.drivers);
+    }
+    void operator()(const Watch& command) const {
+        for (const std::string& name : command.names) {
+            requireName("driver", name, m_names.drivers);
+        }
+        if (!command.time && !m_hasKeys) {
+            throw WordError(
+                "a watch is ended by a key at the prompt alone, expected \"for TIME\" at the end");
+        }
+    }
+    void operator()(const Repeat& command) const { std::visit(*this, command.line->command); }
     void operator()(const SetVariable& command) const {
         requireName("variable", command.name, m_names.variables);
         requirePlaces(command, m_board.variables);
@@ -153,12 +172,13 @@ public:
 private:
     const Board& m_board;
     const BoardNames& m_names;
+    bool m_hasKeys;
 };
 
 } // namespace
 
 void CommandCheck::check(const Command& command) const {
-    std::visit(ReferenceChecker(m_board, m_names), command);
+    std::visit(ReferenceChecker(m_board, m_names, m_hasKeys), command);
 }
 
 } // namespace Radio

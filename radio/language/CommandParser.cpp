@@ -5,14 +5,16 @@
 #include "radio/text/WordError.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Radio {
 
 std::optional<Command> parseCommand(std::string_view line) {
     std::vector<std::string> words = splitIntoWords(line);
-    if (words.empty()) {
-        return std::nullopt;
-    }
+    return words.empty() ? std::nullopt : std::optional(parseWords(std::move(words)));
+}
+
+Command parseWords(std::vector<std::string> words) {
     const CommandInfo& info = findCommand(words);
     const auto nameWords = static_cast<std::size_t>(std::count(info.name.begin(), info.name.end(), ' ')) + 1;
     Arguments arguments(std::move(words), nameWords, info.usage);

@@ -4,7 +4,9 @@
 #include "radio/session/Command.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace Radio {
 
@@ -14,6 +16,9 @@ namespace Radio {
  * here. Touches no radio; may be called on any thread.
  */
 std::optional<Command> parseCommand(std::string_view line);
+
+/** The same for a line that was split into its words, of which there is at least one. */
+Command parseWords(std::vector<std::string> words);
 
 } // namespace Radio
 

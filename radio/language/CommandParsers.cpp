@@ -24,14 +24,15 @@ std::vector<std::string_view> operationWords() {
 }
 
 std::optional<Show::Kind> showKindFromString(std::string_view word) {
-    constexpr std::array<std::pair<std::string_view, Show::Kind>, 7> kinds = {
+    constexpr std::array<std::pair<std::string_view, Show::Kind>, 8> kinds = {
         {{"drivers", Show::Kind::drivers},
          {"variables", Show::Kind::variables},
          {"observers", Show::Kind::observers},
          {"faults", Show::Kind::faults},
          {"interfaces", Show::Kind::interfaces},
          {"tables", Show::Kind::tables},
-         {"leakage", Show::Kind::leakage}}};
+         {"leakage", Show::Kind::leakage},
+         {"channels", Show::Kind::channels}}};
     for (const auto& [name, kind] : kinds) {
         if (name == word) {
             return kind;
@@ -45,7 +46,11 @@ template <typename Target>
 Target takeTarget(Arguments& arguments) {
     const Direction direction = arguments.takeDirection();
     const std::int32_t channel = arguments.takeChannel();
-    return Target{direction, channel, arguments.takeFrequency()};
+    Target target{};
+    target.direction = direction;
+    target.channel = channel;
+    target.frequency = arguments.takeFrequency();
+    return target;
 }
 
 /** Takes "once", "always" or "N times" from the end of the line, where they may stand. */
@@ -95,11 +100,14 @@ std::pair<std::string, std::int64_t> parseWrite(const std::string& word) {
 } // namespace
 
 Command parseTune(Arguments& arguments) {
-    return takeTarget<Tune>(arguments);
+    const bool isForced = takeForce(arguments);
+    Tune command = takeTarget<Tune>(arguments);
+    command.isForced = isForced;
+    return command;
 }
 
 Command parseTemperature(Arguments& arguments) {
-    return SetTemperature{arguments.takeInt32("DEGREES")};
+    return SetTemperature{arguments.takeTemperature()};
 }
 
 Command parseSet(Arguments& arguments) {
@@ -158,7 +166,7 @@ Command parseTrace(Arguments& arguments) {
 Command parseShow(Arguments& arguments) {
     const Show::Kind kind = arguments.takeOneOf(
         "LIST", showKindFromString,
-        {"drivers", "variables", "observers", "faults", "interfaces", "tables", "leakage"});
+        {"drivers", "variables", "observers", "faults", "interfaces", "tables", "leakage", "channels"});
     return Show{kind, arguments.takeIfAny()};
 }
 

@@ -4,6 +4,8 @@
 #include "radio/language/Arguments.h"
 #include "radio/session/Command.h"
 
+#include <string_view>
+
 /** Makes a command of the words behind its name: one function for each row of the command table. */
 namespace Radio {
 
@@ -17,6 +19,13 @@ Command parseInterface(Arguments& arguments);
 Command parseObserve(Arguments& arguments);
 Command parseTrace(Arguments& arguments);
 Command parseShow(Arguments& arguments);
+Command parseRead(Arguments& arguments);
+Command parseWrite(Arguments& arguments);
+Command parseWatch(Arguments& arguments);
+Command parseWait(Arguments& arguments);
+Command parseSweep(Arguments& arguments);
+Command parseRepeat(Arguments& arguments);
+Command parseInclude(Arguments& arguments);
 Command parseHelp(Arguments& arguments);
 Command parseQuit(Arguments& arguments);
 Command parseExpectDriver(Arguments& arguments);
@@ -28,6 +37,11 @@ Command parseExpectTrace(Arguments& arguments);
 Command parseExpectNoTrace(Arguments& arguments);
 Command parseExpectWrites(Arguments& arguments);
 Command parseExpectLeakage(Arguments& arguments);
+
+/** Whether "repeat" takes the command of that name. */
+bool canBeRepeated(std::string_view command);
+/** Takes "force" from the end of the line; whether it was there. */
+bool takeForce(Arguments& arguments);
 
 } // namespace Radio
 

@@ -46,16 +46,27 @@ const std::vector<std::vector<std::string>>& splitNames() {
 
 const std::vector<CommandInfo>& commandTable() {
     static const std::vector<CommandInfo> table = {
-        {"tune", "tune tx|rx CHANNEL FREQUENCY [kHz|MHz|GHz]", "Sets the carrier of a channel.",
+        {"tune", "tune tx|rx CHANNEL FREQUENCY [kHz|MHz|GHz] [force]", "Sets the carrier of a channel.",
          "Without a unit the frequency is in kHz. Decimal fractions are exact: a fraction of a kHz, or more "
          "than 4294967295 kHz, is refused. The result is ok also when the hardware refused the value; what "
-         "failed is shown and traced.",
+         "failed is shown and traced. With \"force\" a carrier is set also where a warning would keep it "
+         "from "
+         "that.",
          parseTune},
-        {"temperature", "temperature DEGREES", "Tells the radio its temperature, in degrees Celsius.",
-         "Observers of the temperature are told when it changes.", parseTemperature},
+        {"sweep", "sweep tx|rx CHANNEL FROM TO STEP [DWELL] [force]",
+         "Sets one carrier after the other, up or down.",
+         "FROM, TO and STEP are in kHz or have a unit behind them, each of its own, and DWELL, how long a "
+         "carrier stays, is in seconds or has ms, s or min behind it. There are at most 1000000 carriers. It "
+         "stops at the first that fails, whose result it has. For expectations it is one command.",
+         parseSweep},
+        {"temperature", "temperature DEGREES",
+         "Tells the radio its temperature: -100 to 200 degrees Celsius.",
+         "Whole degrees, as its sensor gives them. Observers of the temperature are told when it changes.",
+         parseTemperature},
         {"set", "set VARIABLE VALUE[,VALUE...]", "Changes a variable of the database.",
          "The handlers see a change at once where they keep the variable's address, otherwise when its phase "
-         "is run again. Fewer values than the variable has places leave the others as they are.",
+         "is run again, which the command then says. Fewer values than the variable has places leave the "
+         "others as they are.",
          parseSet},
         {"phase", "phase init|storage|frame-format|11|5|20", "Runs a start-up phase again over all channels.",
          "It stops at the first module that fails; the result is then 0x8000.", parsePhase},
@@ -76,11 +87,40 @@ const std::vector<CommandInfo>& commandTable() {
          "radioctl observes every handler as a class-based client from the start.", parseObserve},
         {"trace", "trace off|error|warning|notice|information",
          "Sets which trace messages are written and shown.", "The start is notice.", parseTrace},
-        {"show", "show drivers|variables|observers|faults|interfaces|tables|leakage [PATTERN]",
+        {"show", "show drivers|variables|observers|faults|interfaces|tables|leakage|channels [PATTERN]",
          "Lists what the radio has, and its state.",
          "A pattern chooses names that contain it; it may have the wildcards * and ?. Of the modelled LO "
-         "leakages, it chooses the numbers of channels.",
+         "leakages and of the channels, it chooses the numbers of channels.",
          parseShow},
+        {"read", "read DRIVER", "Reads a driver and shows its value.",
+         "It goes through the driver's record, as a client's read does: faults strike it, and the result is "
+         "the driver's code. A record gives 32 bits.",
+         parseRead},
+        {"write", "write DRIVER VALUE [force]", "Writes a value to a driver.",
+         "It goes through the driver's record past all handlers, and the result is the driver's code. A "
+         "value "
+         "of more than 32 bits is for a driver whose name ends in \".in.hz\", as a buffer of 8 bytes. With "
+         "\"force\" a value is written also where a warning would keep it from that.",
+         parseWrite},
+        {"watch", "watch DRIVER... [for TIME [ms|s|min]]", "Shows values of drivers whenever they change.",
+         "First all of them, then what has changed when they are read again, every 200 ms. At a prompt any "
+         "key or Ctrl-C ends it; elsewhere it needs a time. With a time the modelled time goes on, for which "
+         "nobody waits.",
+         parseWatch},
+        {"wait", "wait TIME [ms|s|min]", "Lets time pass.",
+         "Without a unit it is in seconds, with decimals or without, at most one hour. What is modelled "
+         "settles meanwhile, and nobody waits for that. Expectations behind it are about the command "
+         "before it.",
+         parseWait},
+        {"repeat", "repeat COUNT COMMAND...", "Carries a command out several times.",
+         "Up to 1000000 times; a command or an expectation with all its words, but not repeat, include, quit "
+         "or exit. The last command is that of the last turn.",
+         parseRepeat},
+        {"include", "include FILE", "Carries out the lines of another script.",
+         "The name is relative to the folder of the script with this line, at the prompt to the working "
+         "directory. All scripts are read before the radio boots. They may be 16 deep, and none may include "
+         "itself.",
+         parseInclude},
         {"expect driver", "expect driver DRIVER VALUE", "Holds when a driver has this value.",
          "A driver that was never written has the value from the board file.", parseExpectDriver},
         {"expect frequency", "expect frequency tx|rx CHANNEL FREQUENCY [kHz|MHz|GHz]",
@@ -113,7 +153,9 @@ const std::vector<CommandInfo>& commandTable() {
          "has no leakage that could be expected.",
          parseExpectLeakage},
         {"help", "help [COMMAND]", "Lists the commands, or explains one.", "", parseHelp},
+        {"?", "? [COMMAND]", "The same as help.", "", parseHelp},
         {"quit", "quit", "Ends the script or leaves the prompt.", "", parseQuit},
+        {"exit", "exit", "The same as quit.", "", parseQuit},
     };
     return table;
 }

@@ -1,11 +1,16 @@
 #include "radio/language/Completion.h"
 
+#include "radio/language/CommandParsers.h"
 #include "radio/language/CommandTable.h"
+#include "radio/language/Usage.h"
+#include "radio/text/Words.h"
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 #include <iterator>
 #include <sstream>
+#include <system_error>
 
 namespace Radio {
 
@@ -16,28 +21,6 @@ using Names = std::vector<std::string>;
 Names splitAtSpace(std::string_view text) {
     std::istringstream stream{std::string(text)};
     return {std::istream_iterator<std::string>(stream), {}};
-}
-
-/** The alternatives of one word of a usage: "[PATTERN]" is PATTERN, "tx|rx" is tx and rx. */
-Names alternatives(std::string word) {
-    word.erase(std::remove_if(word.begin(), word.end(),
-                              [](char character) { return character == '[' || character == ']'; }),
-               word.end());
-    std::replace(word.begin(), word.end(), '|', ' ');
-    return splitAtSpace(word);
-}
-
-bool isLower(unsigned char character) {
-    return std::islower(character) != 0;
-}
-
-bool isUpper(unsigned char character) {
-    return std::isupper(character) != 0;
-}
-
-/** True for what the user fills in; the units of frequency have small letters, too. */
-bool isPlaceholder(const std::string& word) {
-    return std::any_of(word.begin(), word.end(), isUpper) && std::none_of(word.begin(), word.end(), isLower);
 }
 
 Names withSuffix(const Names& names, std::string_view suffix) {
@@ -71,15 +54,34 @@ Names commandNames() {
     return names;
 }
 
-/** What can be filled in for a placeholder; nothing where only the user knows. */
-Names fillings(const std::string& placeholder, const BoardNames& names) {
+/** The files whose names begin with `word`, as far as they are typed without quotation marks, and folders
+ * with a slash behind. */
+Names fileNames(const std::string& word) {
+    const std::filesystem::path typed(word);
+    const std::string folder = word.substr(0, word.size() - typed.filename().string().size());
+    Names names;
+    std::error_code error;
+    std::filesystem::directory_iterator entry(folder.empty() ? "." : folder, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        const bool isHidden = name.front() == '.' && typed.filename().string().substr(0, 1) != ".";
+        if (!isHidden && name.find_first_of(" \t\"#") == std::string::npos && harmless(name) == name) {
+            std::error_code unknown;
+            names.push_back(folder + name + (entry->is_directory(unknown) ? "/" : ""));
+        }
+    }
+    return names;
+}
+
+/** What can be filled in for a placeholder of which `word` is typed; nothing where only the user knows. */
+Names fillings(const std::string& placeholder, const std::string& word, const BoardNames& names) {
     if (placeholder == "CHANNEL") {
         return names.channels;
     }
     if (placeholder == "DRIVER") {
         return names.drivers;
     }
-    if (placeholder == "DRIVER=VALUE...") {
+    if (placeholder == "DRIVER=VALUE") {
         return withSuffix(names.hardware, "=");
     }
     if (placeholder == "VARIABLE") {
@@ -94,30 +96,17 @@ Names fillings(const std::string& placeholder, const BoardNames& names) {
     if (placeholder == "OBJECT") {
         return objectNames(names);
     }
+    if (placeholder == "FILE") {
+        return fileNames(word);
+    }
     return placeholder == "COMMAND" ? commandNames() : Names();
 }
 
-/** Whether `word` can stand where the usage has these alternatives. */
-bool fits(const std::string& word, const Names& choices) {
-    return std::any_of(choices.begin(), choices.end(), [&word](const std::string& choice) {
-        return choice == word || isPlaceholder(choice);
-    });
-}
-
 /** What `usage` offers behind the words `before`; nothing when they do not fit it. */
-Names offers(std::string_view usage, const Names& before, const BoardNames& names) {
-    const Names places = splitAtSpace(usage);
-    if (before.size() >= places.size()) {
-        return {};
-    }
-    for (std::size_t i = 0; i < before.size(); ++i) {
-        if (!fits(before[i], alternatives(places[i]))) {
-            return {};
-        }
-    }
+Names offers(std::string_view usage, const Names& before, const std::string& word, const BoardNames& names) {
     Names result;
-    for (const std::string& choice : alternatives(places[before.size()])) {
-        const Names more = isPlaceholder(choice) ? fillings(choice, names) : Names{choice};
+    for (const std::string& choice : choicesBehind(usage, before)) {
+        const Names more = isPlaceholder(choice) ? fillings(choice, word, names) : Names{choice};
         result.insert(result.end(), more.begin(), more.end());
     }
     return result;
@@ -143,8 +132,16 @@ Completion complete(std::string_view line, const BoardNames& names) {
     }
     Completion completion;
     completion.typed = word.size();
+    // What is repeated is completed as a line of its own.
+    const bool isRepeated = before.size() >= 2 && before.front() == "repeat";
+    if (isRepeated) {
+        before.erase(before.begin(), before.begin() + 2);
+    }
     for (const CommandInfo& info : commandTable()) {
-        for (std::string& offer : offers(info.usage, before, names)) {
+        if (isRepeated && !canBeRepeated(info.name)) {
+            continue;
+        }
+        for (std::string& offer : offers(info.usage, before, word, names)) {
             if (offer.compare(0, word.size(), word) == 0) {
                 completion.candidates.push_back(std::move(offer));
             }

@@ -34,7 +34,7 @@ std::string wrapped(std::string_view text) {
 }
 
 std::string explanation(const CommandInfo& info) {
-    std::string text = std::string(info.usage) + "\n" + std::string(info.help) + "\n";
+    std::string text = wrapped(info.usage) + std::string(info.help) + "\n";
     if (!info.details.empty()) {
         text += wrapped(info.details);
     }

@@ -57,7 +57,8 @@ std::string describe(const CarrierFinding& finding) {
                rangeText(finding);
     case FindingKind::carrierOff:
         return "carrier off by " + signedText(finding.value) + " Hz, allowed are " +
-               withUnit(finding.limits.high, finding.unit);
+               withUnit(finding.limits.high, finding.unit) +
+               (finding.text.empty() ? "" : ": " + finding.text);
     case FindingKind::failed:
     case FindingKind::retuneDiffers:
         break;

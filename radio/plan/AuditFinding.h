@@ -38,7 +38,7 @@ struct CarrierFinding {
     Range limits{0, 0};
     std::int64_t excess = 0;
     std::string_view unit{};
-    /** For kinds whose story is more than numbers. */
+    /** For kinds whose story is more than numbers; for a carrier that is off, why, where that is known. */
     std::string text{};
 };
 

@@ -31,6 +31,7 @@ CarrierCheck::CarrierCheck(Standalone::Platform& platform, const Limits& limits,
     }
     m_parameters = readParameters(platform.variables(), channel.number, direction, *build);
     m_shift = spacingShiftOf(*m_parameters);
+    m_whyOff = whyCarrierIsOff(m_shift, *m_parameters);
     const CalibrationTable* const table = chargePumpTable(platform.tables(), channel.number, direction);
     if (table != nullptr && table->axis2.empty()) {
         m_chargePumpAxis = {table->axis1.front(), table->axis1.back()};
@@ -131,6 +132,7 @@ void CarrierCheck::checkCarrier(CarrierResult& result, bool complained) const {
         finding.limits = {-m_allowedError, m_allowedError};
         finding.unit = "Hz";
         finding.excess = std::abs(*result.error) - m_allowedError;
+        finding.text = m_whyOff;
         result.findings.push_back(finding);
     }
 }

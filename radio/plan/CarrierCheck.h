@@ -47,6 +47,7 @@ private:
     WordSources m_sources;
     std::optional<Parameters> m_parameters;
     SpacingShift m_shift;
+    std::string m_whyOff;
     /** The carriers for which the charge-pump table has cells, in kHz. */
     std::optional<Range> m_chargePumpAxis;
 };

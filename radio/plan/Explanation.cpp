@@ -2,32 +2,19 @@
 
 #include "ResultCode.h"
 #include "radio/board/PlatformWords.h"
+#include "radio/plan/Forecast.h"
 #include "radio/plan/HardwareWords.h"
 #include "radio/plan/PlanSteps.h"
 #include "radio/plan/ProducedCarrier.h"
 #include "radio/plan/StepList.h"
+#include "radio/plan/TuneCheck.h"
 #include "radio/session/HardwareWrite.h"
+
+#include <algorithm>
 
 namespace Radio::Plan {
 
 namespace {
-
-/** What the steps expect in hardware, beside the corrections of the mixer. */
-HardwareWords expectedWords(const SpacingShift& shift, const PlanSteps& steps, const Parameters& parameters,
-                            std::int32_t chargePump) {
-    HardwareWords words;
-    if (const auto dspWord = shift.dspWord()) {
-        words[Word::dspOffset] = *dspWord;
-    }
-    if (steps.ifPll) {
-        words[Word::ifPll] = static_cast<std::int32_t>(*steps.ifPll);
-    }
-    words[Word::rfPll] = parameters.build.hasLoInHz
-                             ? static_cast<std::int64_t>(steps.rfPll)
-                             : static_cast<std::int32_t>(static_cast<std::uint32_t>(steps.rfPll));
-    words[Word::chargePump] = chargePump;
-    return words;
-}
 
 std::string wordOrNothing(const std::optional<std::int64_t>& word) {
     return word ? std::to_string(*word) : "nothing";
@@ -54,6 +41,17 @@ bool usesLoConfiguration(Standalone::Platform& platform, int channel, Direction 
     return driver != nullptr && (driver->missingWords() & needed) == 0;
 }
 
+/** What a handler takes for the temperature before the temperature service has told it one. */
+constexpr std::int32_t untoldDegrees = 0;
+
+/** Whether corrections by temperature were among what was written. */
+bool correctsMixer(const Explanation& explanation) {
+    const std::string mixer = driverPrefix(explanation.channel.number, explanation.direction) + "rf.mixer.";
+    return std::any_of(
+        explanation.writes.begin(), explanation.writes.end(),
+        [&](const ExplainedWrite& write) { return write.driver.compare(0, mixer.size(), mixer) == 0; });
+}
+
 /** Adds the steps of a microwave board, and what they expect in hardware. */
 HardwareWords explainMicrowaveBoard(Explanation& explanation, Standalone::Platform& platform,
                                     const Parameters& parameters) {
@@ -67,11 +65,9 @@ HardwareWords explainMicrowaveBoard(Explanation& explanation, Standalone::Platfo
     }
     const PlanSteps steps = stepsFor(explanation.carrier, shift, parameters);
     list.addSynthesisers(steps);
-    HardwareWords expected = expectedWords(shift, steps, parameters, 0);
+    HardwareWords expected = expectedWords(shift, steps, parameters);
     const int channel = explanation.channel.number;
-    if (usesLoConfiguration(platform, channel, explanation.direction)) {
-        expected[Word::chargePump] = std::nullopt;
-    } else {
+    if (!usesLoConfiguration(platform, channel, explanation.direction)) {
         const CalibrationTable* const table =
             chargePumpTable(platform.tables(), channel, explanation.direction);
         expected[Word::chargePump] = list.addChargePump(table, steps.adjusted);
@@ -86,10 +82,11 @@ std::optional<std::int64_t> Explanation::error() const {
     return produced ? std::optional(*produced - std::int64_t{carrier} * 1000) : std::nullopt;
 }
 
-Explanation explain(BootedRadio& booted, const ChannelDescription& channel, Direction direction,
-                    std::uint32_t carrier) {
+Explanation explain(BootedRadio& booted, const Board& board, const ChannelDescription& channel,
+                    Direction direction, std::uint32_t carrier) {
     Standalone::Platform& platform = booted.radio().platform();
-    Explanation explanation{channel, direction, carrier, {}, {}, {}, {}, {}, {}, {}};
+    Explanation explanation{channel, direction, carrier, {}, {}, {}, {}, {}, {}, {}, {}, {}};
+    explanation.forbidden = whyNotTune(board, platform, direction, channel.number, carrier);
     WordSources sources(platform, channel, direction);
     booted.forget();
     sources.mark();
@@ -99,6 +96,9 @@ Explanation explain(BootedRadio& booted, const ChannelDescription& channel, Dire
     for (const Standalone::Call& call : booted.writes()) {
         explanation.writes.push_back({destination(call), call.value, call.code});
     }
+    if (correctsMixer(explanation)) {
+        explanation.assumedDegrees = untoldDegrees;
+    }
     explanation.complaints = booted.complaints();
     std::optional<ProducedCarrier> produced;
     HardwareWords expected;
@@ -107,6 +107,7 @@ Explanation explain(BootedRadio& booted, const ChannelDescription& channel, Dire
         expected = explainMicrowaveBoard(explanation, platform, parameters);
         produced = producedCarrier(written, parameters);
         if (produced) {
+            explanation.whyOff = whyCarrierIsOff(spacingShiftOf(parameters), parameters);
             explanation.production = productionSteps(written, *produced, parameters);
         }
     } else {

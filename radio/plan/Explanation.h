@@ -47,25 +47,33 @@ struct Explanation {
     std::vector<ExplainedStep> production;
     /** In Hz; nothing when no carrier comes of the words. */
     std::optional<std::int64_t> produced;
+    /** Why the produced carrier is off, told for a person; empty where the steps show it. */
+    std::string whyOff;
+    /** The temperature that corrections were taken for, though none was told; nothing where none counts. */
+    std::optional<std::int32_t> assumedDegrees;
     /** Words in which the steps and the library differ, told for a person; empty when they agree. */
     std::vector<std::string> disagreements;
 
     bool passesOn() const { return !buildOf(channel.type, direction).has_value(); }
     /** By how much the produced carrier is off, in Hz. */
     std::optional<std::int64_t> error() const;
-    /** The library reported no error and wrote what the steps say. */
-    bool isGood() const { return complaints.empty() && disagreements.empty() && produced.has_value(); }
+    /** Why the board forbids the carrier, whatever came of it; empty when it does not. */
+    std::string forbidden{};
+    /** The library reported no error and wrote what the steps say, and the board allows it. */
+    bool isGood() const {
+        return complaints.empty() && disagreements.empty() && produced.has_value() && forbidden.empty();
+    }
 };
 
 /**
  * Tunes a channel of a radio that is up, and explains what came of it; what goes wrong is in the explanation.
- * `channel` is one of the board's, `carrier` is in kHz. What `booted` noted before is forgotten, and the
- * radio stays tuned to `carrier`.
+ * `booted` is of `board`, `channel` is one of its channels, `carrier` is in kHz. What `booted` noted before
+ * is forgotten, and the radio stays tuned to `carrier`.
  *
  * To be called on the thread that drives `booted`. What is given is borrowed during the call only.
  */
-Explanation explain(BootedRadio& booted, const ChannelDescription& channel, Direction direction,
-                    std::uint32_t carrier);
+Explanation explain(BootedRadio& booted, const Board& board, const ChannelDescription& channel,
+                    Direction direction, std::uint32_t carrier);
 
 } // namespace Radio::Plan
 

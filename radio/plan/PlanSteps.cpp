@@ -87,6 +87,14 @@ std::optional<std::int32_t> SpacingShift::dspWord() const {
     return offset ? std::optional(offset->dspWord) : std::nullopt;
 }
 
+std::string whyCarrierIsOff(const SpacingShift& shift, const Parameters& parameters) {
+    if (!shift.offset || shift.offset->source != SpacingOffset::Source::byDefault) {
+        return {};
+    }
+    return "the array has no entry for channel spacing " + std::to_string(parameters.channelSpacing) +
+           ", and by default the LO moves by " + signedText(defaultOffset / 1000) + " MHz";
+}
+
 SpacingShift spacingShiftOf(const Parameters& parameters) {
     SpacingShift shift;
     if (parameters.build.hasOffsetArray) {

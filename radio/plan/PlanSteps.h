@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 
 /**
  * The steps of the frequency plan, worked out apart from the library, to explain what it does and to know
@@ -43,6 +44,9 @@ struct SpacingShift {
 };
 
 SpacingShift spacingShiftOf(const Parameters& parameters);
+
+/** Why `shift` has the produced carrier off, told for a person; empty when it does not. */
+std::string whyCarrierIsOff(const SpacingShift& shift, const Parameters& parameters);
 
 /** Where the LO lies for a carrier, and what the synthesisers have to do for it. In kHz unless stated. */
 struct PlanSteps {

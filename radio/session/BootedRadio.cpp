@@ -5,7 +5,9 @@
 
 namespace Radio {
 
-BootedRadio::BootedRadio(const Board& board) : m_board(board.file.string()), m_radio(board, events()) {
+BootedRadio::BootedRadio(const Board& board, const Backings& backings)
+    : m_board(board.file.string()),
+      m_radio(board, events(), backings) {
     m_radio.platform().calls().setRecording(false);
     m_radio.platform().trace().setRecording(false);
     m_radio.platform().trace().setThreshold(Standalone::TraceLevel::error);

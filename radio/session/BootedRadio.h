@@ -25,8 +25,12 @@ public:
  */
 class BootedRadio {
 public:
-    /** Boots the board. `board` must outlive the object. */
-    explicit BootedRadio(const Board& board);
+    /** Boots the board. `board` must outlive the object, and so must `hardware`, if the radio is to have it.
+     */
+    explicit BootedRadio(const Board& board, Devices::Hardware* hardware = nullptr)
+        : BootedRadio(board, backingsOf(hardware)) {}
+    /** The same with whatever stands behind the drivers; `backings` is called here only. */
+    BootedRadio(const Board& board, const Backings& backings);
 
     /** False when a start-up phase failed; complaints() may say why. */
     bool isUp() const { return m_isUp; }

@@ -5,8 +5,10 @@
 #include "radio/board/PlatformWords.h"
 #include "standalone/Platform.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -17,9 +19,11 @@
 namespace Radio {
 
 struct Tune {
-    Direction direction;
-    int channel;
-    std::uint32_t frequency;
+    Direction direction{};
+    int channel = 0;
+    std::uint32_t frequency = 0;
+    /** To be carried out even where the guard warns. */
+    bool isForced = false;
 };
 
 struct SetTemperature {
@@ -62,10 +66,69 @@ struct SetTrace {
 };
 
 struct Show {
-    enum class Kind : std::uint8_t { drivers, variables, observers, faults, interfaces, tables, leakage };
+    enum class Kind : std::uint8_t {
+        drivers,
+        variables,
+        observers,
+        faults,
+        interfaces,
+        tables,
+        leakage,
+        channels
+    };
     Kind kind;
     /** What the names shown have in common, with the wildcards of a shell; empty for all. */
     std::string pattern;
+};
+
+/** Reads a driver through its record, as a client of the driver layer does. */
+struct ReadDriver {
+    std::string name;
+};
+
+/** Writes a driver through its record. */
+struct WriteDriver {
+    std::string name;
+    /** Of more than 32 bits for a driver alone that takes a number of Hz. */
+    std::int64_t value;
+    bool isForced = false;
+};
+
+/** Shows the values of drivers whenever they change. */
+struct Watch {
+    std::vector<std::string> names;
+    /** Nothing: until whoever watches has seen enough. */
+    std::optional<std::chrono::microseconds> time;
+};
+
+struct Wait {
+    std::chrono::microseconds time;
+};
+
+/** Tunes to one carrier after the other: from the first, by steps, as far as the last. */
+struct Sweep {
+    Direction direction{};
+    int channel = 0;
+    std::uint32_t from = 0;
+    /** May be below the first. */
+    std::uint32_t to = 0;
+    /** Not 0. */
+    std::uint32_t step = 1;
+    /** How long each carrier stays. */
+    std::chrono::microseconds dwell{};
+    bool isForced = false;
+
+    /** How many carriers there are. */
+    std::uint32_t carriers() const { return (from < to ? to - from : from - to) / step + 1; }
+};
+
+struct ScriptLine;
+
+/** Carries a line out several times; not one that repeats, includes or quits. */
+struct Repeat {
+    std::uint32_t count;
+    /** Without a place: it is where the repetition is. */
+    std::shared_ptr<const ScriptLine> line;
 };
 
 struct Help {
@@ -134,10 +197,24 @@ using Expectation = std::variant<ExpectDriver, ExpectFrequency, ExpectRau, Expec
                                  ExpectTrace, ExpectNoTrace, ExpectWriteCount, ExpectWrites, ExpectLeakage>;
 
 /** What is done to the radio or asked of the session. */
-using Action = std::variant<Tune, SetTemperature, SetVariable, RunPhase, InjectFault, ClearFaults,
-                            SetPresence, Observe, SetTrace, Show, Help, Quit>;
+using Action =
+    std::variant<Tune, SetTemperature, SetVariable, RunPhase, InjectFault, ClearFaults, SetPresence, Observe,
+                 SetTrace, Show, ReadDriver, WriteDriver, Watch, Wait, Sweep, Repeat, Help, Quit>;
 
-using Command = std::variant<Action, Expectation>;
+/** Stands for the lines of another script. Who reads scripts puts them in its place; nobody carries it out.
+ */
+struct Include {
+    /** As it was written. */
+    std::string file;
+};
+
+using Command = std::variant<Action, Expectation, Include>;
+
+/** Whether `action` does something to the radio; after the others, expectations still speak of the last that
+ * did. */
+bool actsOnRadio(const Action& action);
+/** Whether `action` is to be carried out even where the guard warns. */
+bool isForced(const Action& action);
 
 /** Makes one visitor of several lambdas. */
 template <typename... Lambdas>

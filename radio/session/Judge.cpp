@@ -117,7 +117,9 @@ public:
     }
 
     Judgement operator()(const ExpectWrites& expected) const {
-        return {m_last.writes == expected.writes, textOf(expected.writes), textOf(m_last.writes)};
+        const bool held = m_last.writes == expected.writes;
+        return {held, textOf(expected.writes), textOf(m_last.writes),
+                held ? std::vector<AlignedWrite>() : alignWrites(expected.writes, m_last.writes)};
     }
 
 private:

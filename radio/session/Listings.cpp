@@ -106,11 +106,47 @@ std::vector<Row> leakageRows(RadioUnit& radio) {
     return rows;
 }
 
+Cell carrierCell(unsigned long frequency) {
+    return frequency == 0 ? Cell(std::monostate()) : numberCell(frequency);
+}
+
+/** The drivers by which a channel's LO leakage is corrected, with their values; those that it has. */
+std::string correctionsText(Standalone::DriverBank& drivers, int channel) {
+    const std::string prefix = "channel." + std::to_string(channel) + ".tx.";
+    std::vector<std::string> items;
+    for (const std::string branch : {"i", "q"}) {
+        for (const auto& [name, word] :
+             {std::pair{"rf.mixer." + branch, "mixer." + branch},
+              {"bb.iq.coarse.dc." + branch + ".v.adjust", "coarse.dc." + branch}}) {
+            if (const Standalone::Driver* const driver = drivers.find(prefix + name)) {
+                items.push_back(word + "=" + std::to_string(driver->value()));
+            }
+        }
+    }
+    return joined(items, " ");
+}
+
+std::vector<Row> channelRows(RadioUnit& radio, const ChannelFailures& failures) {
+    const std::optional<int> temperature = radio.platform().temperature().temperature();
+    std::vector<Row> rows;
+    for (const auto& [channel, failure] : failures.texts()) {
+        const std::string corrections = correctionsText(radio.platform().drivers(), channel);
+        rows.push_back({numberCell(static_cast<std::uint64_t>(channel)),
+                        carrierCell(radio.frequency(Direction::tx, channel)),
+                        carrierCell(radio.frequency(Direction::rx, channel)),
+                        temperature ? Cell(std::int64_t{*temperature}) : Cell(std::monostate()),
+                        corrections.empty() ? Cell(std::monostate()) : Cell(corrections),
+                        failure.empty() ? Cell(std::monostate()) : Cell(failure)});
+    }
+    return rows;
+}
+
 /** How each kind of list is called, what its columns are and where its rows come from. */
 struct ListingKind {
     Show::Kind kind;
     std::string title;
     std::vector<std::string> columns;
+    /** Of the channels there are none here: theirs come from their failures, too. */
     std::vector<Row> (*rows)(RadioUnit& radio);
 };
 
@@ -126,16 +162,20 @@ const ListingKind& listingKind(Show::Kind kind) {
          "leakage",
          {"channel", "carrier_khz", "degrees", "i", "q", "level_dbc"},
          leakageRows},
+        {Show::Kind::channels,
+         "channels",
+         {"channel", "tx_khz", "rx_khz", "degrees", "corrections", "last_failure"},
+         nullptr},
     };
     return kinds.at(static_cast<std::size_t>(kind));
 }
 
 } // namespace
 
-Listing makeListing(const Show& command, RadioUnit& radio) {
+Listing makeListing(const Show& command, RadioUnit& radio, const ChannelFailures& failures) {
     const ListingKind& kind = listingKind(command.kind);
     Listing listing{kind.title, kind.columns, {}};
-    for (Row& row : kind.rows(radio)) {
+    for (Row& row : kind.rows != nullptr ? kind.rows(radio) : channelRows(radio, failures)) {
         const bool isFault = command.kind == Show::Kind::faults;
         if (matches(command.pattern, row[0]) || (isFault && matches(command.pattern, row[1]))) {
             listing.rows.push_back(std::move(row));

@@ -1,6 +1,7 @@
 #ifndef RADIO_SESSION_LISTINGS_H
 #define RADIO_SESSION_LISTINGS_H
 
+#include "radio/session/ChannelFailures.h"
 #include "radio/session/Command.h"
 #include "radio/session/RadioUnit.h"
 #include "radio/session/SessionListener.h"
@@ -8,7 +9,7 @@
 namespace Radio {
 
 /** What the command show lists, at this moment. */
-Listing makeListing(const Show& command, RadioUnit& radio);
+Listing makeListing(const Show& command, RadioUnit& radio, const ChannelFailures& failures);
 
 } // namespace Radio
 

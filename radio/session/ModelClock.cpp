@@ -21,10 +21,14 @@ ModelClock::~ModelClock() {
 }
 
 void ModelClock::sleep(std::uint32_t microseconds) {
-    const std::chrono::duration<double, std::milli> elapsed = std::chrono::microseconds(microseconds);
     if (m_realTime) {
         wait(std::chrono::microseconds(microseconds));
     }
+    advance(microseconds);
+}
+
+void ModelClock::advance(std::uint32_t microseconds) {
+    const std::chrono::duration<double, std::milli> elapsed = std::chrono::microseconds(microseconds);
     for (const auto& listener : m_listeners) {
         listener(elapsed.count());
     }

@@ -31,10 +31,13 @@ public:
         m_realTime = realTime;
         m_goOn = std::move(goOn);
     }
+    bool isRealTime() const { return m_realTime; }
     /** `elapsed` is called for each sleep, with its length in ms. */
     void addListener(std::function<void(double)> elapsed) { m_listeners.push_back(std::move(elapsed)); }
     /** Lets this time pass. */
     void sleep(std::uint32_t microseconds);
+    /** The same when whoever calls has waited, or will not: returns at once. */
+    void advance(std::uint32_t microseconds);
 
 private:
     void wait(std::chrono::microseconds time) const;

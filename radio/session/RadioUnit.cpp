@@ -39,14 +39,27 @@ private:
     const RadioEvents& m_events;
 };
 
-RadioUnit::RadioUnit(const Board& board, RadioEvents events) : m_events(std::move(events)) {
+Backings backingsOf(Devices::Hardware* hardware) {
+    if (hardware == nullptr) {
+        return {};
+    }
+    return [hardware](std::string_view driver) { return hardware->backing(driver); };
+}
+
+RadioUnit::RadioUnit(const Board& board, RadioEvents events, const Backings& backings)
+    : m_events(std::move(events)) {
     furnishPlatform(board);
+    if (backings) {
+        bindHardware(backings);
+    }
     listen();
     for (const ChannelDescription& channel : board.channels) {
         addChannel(channel);
     }
     observeAll(board);
-    bindTransmitters(board);
+    if (!backings) {
+        bindTransmitters(board);
+    }
 }
 
 void RadioUnit::addChannel(const ChannelDescription& channel) {
@@ -87,6 +100,13 @@ void RadioUnit::furnishPlatform(const Board& board) {
         }
         setPresence(interface.name, interface.presence);
     }
+}
+
+void RadioUnit::bindHardware(const Backings& backings) {
+    for (const auto& [name, driver] : m_platform.drivers().drivers()) {
+        driver->setBacking(backings(name));
+    }
+    m_clock.setRealTime(true);
 }
 
 void RadioUnit::listen() {

@@ -4,6 +4,7 @@
 #include "CTxIQImbalanceHandler.h"
 #include "FrequencyHandler.h"
 #include "IFrequencyHandler.h"
+#include "devices/Hardware.h"
 #include "radio/board/Board.h"
 #include "radio/board/PlatformWords.h"
 #include "radio/session/LeakingTransmitter.h"
@@ -15,6 +16,8 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Radio {
@@ -36,6 +39,12 @@ struct RadioEvents {
     std::function<void(const Notification&)> notified;
 };
 
+/** Gives what stands behind a driver; null for one that is simulated. An empty function: all of them are. */
+using Backings = std::function<Standalone::DriverBacking*(std::string_view driver)>;
+
+/** Those of real hardware, which must outlive what is made of it; null: none. */
+Backings backingsOf(Devices::Hardware* hardware);
+
 /**
  * A described radio: the stand-alone platform filled from a board, for each channel one frequency module and,
  * where the board says so, an IQ compensation, and an observer on every handler. Where the board models the
@@ -47,8 +56,14 @@ public:
     /**
      * Builds the modules and IQ compensations of all channels, which are not started yet. `events` is called
      * from then on.
+     *
+     * With `hardware`, which must outlive the object, the drivers that have some are bound to it; then
+     * nothing is modelled, and sleeping takes as long as it says.
      */
-    RadioUnit(const Board& board, RadioEvents events);
+    RadioUnit(const Board& board, RadioEvents events, Devices::Hardware* hardware = nullptr)
+        : RadioUnit(board, std::move(events), backingsOf(hardware)) {}
+    /** The same with whatever stands behind the drivers; `backings` is called here only. */
+    RadioUnit(const Board& board, RadioEvents events, const Backings& backings);
     RadioUnit(const RadioUnit&) = delete;
     RadioUnit& operator=(const RadioUnit&) = delete;
     ~RadioUnit();
@@ -93,6 +108,7 @@ private:
     class ChangeObserver;
 
     void furnishPlatform(const Board& board);
+    void bindHardware(const Backings& backings);
     void listen();
     void addChannel(const ChannelDescription& channel);
     void observeAll(const Board& board);

@@ -1,20 +1,26 @@
 #include "radio/session/Session.h"
 
 #include "ResultCode.h"
+#include "radio/board/BoardDemand.h"
 #include "radio/session/HardwareWrite.h"
 #include "radio/session/Judge.h"
 #include "radio/session/Listings.h"
+#include "radio/session/PeekPoke.h"
 #include "radio/text/Words.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Radio {
 
-Session::Session(const Board& board, SessionListener& listener, OrbiTraceLevel shownTrace)
-    : m_listener(listener),
+Session::Session(const Board& board, SessionListener& listener, OrbiTraceLevel shownTrace,
+                 Devices::Hardware* hardware)
+    : m_board(board),
+      m_listener(listener),
       m_shownTrace(shownTrace),
       m_expectedTrace(Standalone::TraceLevel::notice),
-      m_radio(board, events()) {
+      m_failures(board),
+      m_radio(board, events(), hardware) {
     m_radio.platform().calls().setRecording(false);
     m_radio.platform().trace().setRecording(false);
     applyTraceLevels();
@@ -26,9 +32,15 @@ RadioEvents Session::events() {
         if (isWrite(call) && isSuccess(call.code)) {
             m_last.writes.emplace_back(destination(call), call.value);
         }
-        m_listener.called(call);
+        m_failures.note(call);
+        if (m_heldCalls != nullptr) {
+            m_heldCalls->push_back(call);
+        } else {
+            m_listener.called(call);
+        }
     };
     events.traced = [this](const Standalone::TraceMessage& message) {
+        m_failures.note(message);
         if (message.level <= m_expectedTrace) {
             m_last.traces.push_back(message.text);
         }
@@ -44,7 +56,9 @@ RadioEvents Session::events() {
 }
 
 void Session::applyTraceLevels() {
-    m_radio.platform().trace().setThreshold(std::max(m_shownTrace, m_expectedTrace));
+    // The last failure of a channel is known also where nobody wants to see it.
+    m_radio.platform().trace().setThreshold(
+        std::max({m_shownTrace, m_expectedTrace, Standalone::TraceLevel::error}));
 }
 
 void Session::boot() {
@@ -65,32 +79,50 @@ bool Session::runPhase(Standalone::Phase phase) {
 
 void Session::execute(const ScriptLine& line) {
     if (const auto* const action = std::get_if<Action>(&line.command)) {
+        idle();
         act(line, *action);
-    } else {
-        judge(line, std::get<Expectation>(line.command));
+    } else if (const auto* const expectation = std::get_if<Expectation>(&line.command)) {
+        judge(line, *expectation);
     }
 }
 
-/** Whether `action` does something to the radio; after the others, expectations still speak of the last that
- * did. */
-static bool concernsRadio(const Action& action) {
-    return !std::holds_alternative<Show>(action) && !std::holds_alternative<Help>(action) &&
-           !std::holds_alternative<Quit>(action);
-}
-
 void Session::act(const ScriptLine& line, const Action& action) {
-    const bool isForRadio = concernsRadio(action);
+    const bool isForRadio = actsOnRadio(action);
     if (isForRadio) {
         beginActing();
         ++m_summary.commands;
     }
+    m_place = line.place;
     m_listener.commandStarted(line);
-    const Outcome outcome = std::visit([this](const auto& command) { return carryOut(command); }, action);
+    const Outcome outcome =
+        refuses(action) ? refusal()
+                        : std::visit([this](const auto& command) { return carryOut(command); }, action);
     if (isForRadio) {
         m_last.code = outcome.code;
         m_failureOpen = isFailure(outcome.code);
     }
     m_listener.commandFinished(outcome.code, outcome.note);
+}
+
+/** Tells what the guard has to say; true when the action is left undone. */
+bool Session::refuses(const Action& action) {
+    const std::string warning = m_guard ? m_guard(action) : std::string();
+    if (!warning.empty()) {
+        m_listener.warned(warning);
+    }
+    return !warning.empty() && m_isRefusing && !isForced(action);
+}
+
+Session::Outcome Session::refusal() {
+    return {ResultFailed, "refused; \"force\" at the end of the line does it all the same"};
+}
+
+std::size_t Session::sense(int degrees) {
+    LastCommand last;
+    std::swap(last, m_last);
+    const std::size_t told = m_radio.platform().temperature().set(degrees);
+    std::swap(last, m_last);
+    return told;
 }
 
 void Session::beginActing() {
@@ -133,7 +165,8 @@ Session::Outcome Session::carryOut(const SetTemperature& command) {
 
 Session::Outcome Session::carryOut(const SetVariable& command) {
     m_radio.platform().variables().find(command.name)->set(command.values);
-    return {};
+    const std::string_view phase = phaseThatCopies(command.name, m_board);
+    return {ResultOk, phase.empty() ? "" : "taken over by the next phase " + std::string(phase)};
 }
 
 Session::Outcome Session::carryOut(const RunPhase& command) {
@@ -173,8 +206,21 @@ Session::Outcome Session::carryOut(const SetTrace& command) {
 }
 
 Session::Outcome Session::carryOut(const Show& command) {
-    m_listener.listed(makeListing(command, m_radio));
+    m_listener.listed(makeListing(command, m_radio, m_failures));
     return {};
+}
+
+Session::Outcome Session::carryOut(const ReadDriver& command) {
+    const DriverAnswer answer = readDriver(*m_radio.platform().drivers().find(command.name));
+    if (isSuccess(answer.code)) {
+        m_listener.valueRead({command.name, answer.value});
+    }
+    return {answer.code, answer.note};
+}
+
+Session::Outcome Session::carryOut(const WriteDriver& command) {
+    const DriverAnswer answer = writeDriver(*m_radio.platform().drivers().find(command.name), command.value);
+    return {answer.code, answer.note};
 }
 
 Session::Outcome Session::carryOut(const Help& command) {

@@ -1,11 +1,13 @@
 #ifndef RADIO_SESSION_SESSIONLISTENER_H
 #define RADIO_SESSION_SESSIONLISTENER_H
 
+#include "radio/session/AlignedWrites.h"
 #include "radio/session/RadioUnit.h"
 #include "radio/session/ScriptLine.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -17,6 +19,8 @@ struct Judgement {
     bool held;
     std::string expected;
     std::string found;
+    /** Of writes that were not those expected, both lists side by side. */
+    std::vector<AlignedWrite> writes{};
 };
 
 /** A list that a command shows. */
@@ -30,6 +34,14 @@ struct Listing {
     std::vector<std::string> columns;
     /** Each with one cell for each column. */
     std::vector<std::vector<Cell>> rows;
+};
+
+/** A value that was read from a driver to be shown. */
+struct Reading {
+    std::string driver;
+    std::int64_t value;
+    /** While drivers are watched: since the beginning, in seconds. */
+    std::optional<double> seconds{};
 };
 
 /** What the run came to. */
@@ -66,6 +78,9 @@ public:
     virtual void called(const Standalone::Call& call) = 0;
     virtual void traced(const Standalone::TraceMessage& message) = 0;
     virtual void notified(const Notification& notification) = 0;
+    virtual void valueRead(const Reading& /*reading*/) {}
+    /** What is about to be done should perhaps not be. */
+    virtual void warned(const std::string& /*text*/) {}
     virtual void judged(const ScriptLine& line, const Judgement& judgement) = 0;
     virtual void listed(const Listing& listing) = 0;
     /** Somebody wants to know about a command; empty: about all of them. */

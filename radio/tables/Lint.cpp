@@ -2,6 +2,7 @@
 
 #include "radio/board/BoardFile.h"
 #include "radio/board/BoardNames.h"
+#include "radio/board/TableCheck.h"
 #include "radio/board/TableFile.h"
 #include "radio/files/InputError.h"
 #include "radio/tables/Corrections.h"
@@ -188,22 +189,11 @@ void ChannelLint::run() {
     }
 }
 
-/** Warns when a property of a file, if it is there, is another one than that of what takes its tables. */
-void lintOrigin(const CsvFile& file, std::string_view key, const std::string& wanted, Findings& findings) {
-    const std::optional<CsvItem> found = file.findProperty(key);
-    if (found && !wanted.empty() && found->text() != wanted) {
-        findings.push_back({Severity::warning, found->place(),
-                            std::string(key) + " " + inQuotes(found->text()) + ", but it is used for " +
-                                std::string(key) + " " + inQuotes(wanted)});
-    }
-}
-
 /** What the file of a channel's tables says of their origin and their points. */
-void lintFile(const Board& board, int channel, const std::filesystem::path& path, Findings& findings) {
-    const CsvFile file(path, "a calibration table");
-    lintOrigin(file, "serial", board.serial, findings);
-    lintOrigin(file, "channel", std::to_string(channel), findings);
-    lintStates(file, findings);
+void lintFile(const Board& board, int channel, const TableDescription& table, Findings& findings) {
+    const Findings origin = findingsOfOrigin(table, board, channel);
+    findings.insert(findings.end(), origin.begin(), origin.end());
+    lintStates(CsvFile(table.file, "a calibration table"), findings);
 }
 
 Findings lintFiles(const Board& board) {
@@ -214,7 +204,7 @@ Findings lintFiles(const Board& board) {
             const TableDescription* const table = findCancellationTable(board, channel.number, branch);
             const bool isInFile = table != nullptr && table->isThere() && !table->file.empty();
             if (isInFile && files.insert({channel.number, table->file}).second) {
-                lintFile(board, channel.number, table->file, findings);
+                lintFile(board, channel.number, *table, findings);
             }
         }
     }
@@ -223,17 +213,23 @@ Findings lintFiles(const Board& board) {
 
 } // namespace
 
+bool hasTables(const Board& board) {
+    return std::any_of(board.channels.begin(), board.channels.end(),
+                       [&board](const ChannelDescription& channel) {
+                           return findCancellationTable(board, channel.number, "I") != nullptr ||
+                                  findCancellationTable(board, channel.number, "Q") != nullptr;
+                       });
+}
+
 Findings lintBoard(const Board& board) {
     Findings findings;
-    bool hasTables = false;
     for (const ChannelDescription& channel : board.channels) {
         ChannelLint lint(board, channel.number, findings);
         if (lint.hasTables()) {
-            hasTables = true;
             lint.run();
         }
     }
-    if (!hasTables) {
+    if (!hasTables(board)) {
         throw InputError({board.file.string(), 0},
                          "no LO-cancellation tables, expected some such as " +
                              inQuotes(cancellationTableName(board.channels.front().number, "I")));

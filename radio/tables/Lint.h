@@ -12,6 +12,9 @@
  * given is borrowed during the call only. */
 namespace Radio::Tables {
 
+/** The board has LO-cancellation tables, of whatever shape. */
+bool hasTables(const Board& board);
+
 /**
  * Looks at the LO-cancellation tables of all channels of a board, wherever they come from. Findings are
  * placed where the tables stand in the board, in the order of their lines, and behind them those about rows

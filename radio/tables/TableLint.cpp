@@ -1,5 +1,6 @@
 #include "radio/tables/TableLint.h"
 
+#include "radio/board/TableCheck.h"
 #include "radio/tables/Misfits.h"
 #include "radio/text/Median.h"
 #include "radio/text/Words.h"
@@ -113,6 +114,10 @@ std::string nodeText(const CalibrationTable& table, std::size_t node) {
 void lintAxes(const std::string& label, const LintedTable& linted, const Coverage& needed,
               std::vector<Finding>& findings) {
     const std::string prefix = label.empty() ? "" : label + ": ";
+    if (const auto swapped = swappedAxes(linted.table)) {
+        findings.push_back({Severity::error, linted.place, prefix + *swapped});
+        return;
+    }
     lintGaps(prefix, linted.table.axis1, carrierWords, linted.place, findings);
     lintGaps(prefix, linted.table.axis2, temperatureWords, linted.place, findings);
     lintEnds(prefix, linted.table.axis1, carrierWords, needed.carriers, linted.place, findings);

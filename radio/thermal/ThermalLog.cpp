@@ -1,5 +1,6 @@
 #include "radio/thermal/ThermalLog.h"
 
+#include "radio/board/CalibrationBounds.h"
 #include "radio/files/CsvFile.h"
 #include "radio/text/Numbers.h"
 #include "radio/text/Words.h"
@@ -16,9 +17,6 @@ namespace Radio::Thermal {
 namespace {
 
 constexpr std::string_view heading = "seconds,degrees";
-/** No radio works outside; a log in Kelvin or in tenths of a degree is found out. */
-constexpr std::int64_t coldestRadio = -100;
-constexpr std::int64_t hottestRadio = 200;
 /** A century of seconds since any epoch, and more; times can be subtracted and scaled without a thought. */
 constexpr std::int64_t latest = 1'000'000'000'000;
 constexpr std::size_t longestLine = 255;
@@ -47,7 +45,8 @@ void takeSample(const CsvLines& lines, ThermalLog& log) {
                              ", expected two numbers with a comma between them, such as \"60,-5\"");
     }
     const Sample sample{integerIn(lines, 0, "seconds", 0, latest),
-                        static_cast<std::int32_t>(integerIn(lines, 1, "degrees", coldestRadio, hottestRadio,
+                        static_cast<std::int32_t>(integerIn(lines, 1, "degrees", temperatureBounds.low,
+                                                            temperatureBounds.high,
                                                             ", as the temperature service gives it"))};
     if (!log.empty() && sample.seconds <= log.back().seconds) {
         throw InputError(lines.place(), "second " + std::to_string(sample.seconds) +

@@ -81,6 +81,9 @@ CalibrationCommandLine::CalibrationCommandLine(CommandLine::Command program)
     m_calibrate.flag("--accept-edge", m_options.order.acceptsEdge,
                      "Store also points whose search ended at the\nedge of a range");
     m_calibrate.flag("--real-time", m_options.order.isRealTime, "Wait for each settle time");
+    addHardwareOption(m_calibrate, m_options.hardware);
+    m_calibrate.flag("--force", m_options.isForced,
+                     "On hardware, calibrate also what is outside\nthe board's rasters, limits and ranges");
     m_calibrate.flag("-v,--verbose", m_options.isVerbose, "Show every point");
     m_calibrate.json(m_options.json);
 }
@@ -97,7 +100,7 @@ void CalibrationCommandLine::addSettings() {
                 "Degrees Celsius with commas between them,\nsuch as -33,0,55")
         .named("LIST")
         .separatedBy(',')
-        .within(temperatureBounds.low, temperatureBounds.high);
+        .within(temperatureBounds.low, temperatureBounds.high, "degrees");
     m_calibrate.option("--i-range", m_iRange, "Where I is searched, in units of its driver")
         .named("LOW HIGH")
         .values(2)
@@ -117,7 +120,7 @@ void CalibrationCommandLine::addSettings() {
         .within(iterationBounds.low, iterationBounds.high);
     m_calibrate.option("--settle-time", wishes.settleTime, "From a correction to its reading")
         .named("MS")
-        .within(settleTimeBounds.low, settleTimeBounds.high);
+        .within(settleTimeBounds.low, settleTimeBounds.high, "ms");
     m_calibrate.option("--detector", m_detector, "low (also the only one) or high")
         .named("RANGE")
         .oneOf({"low", "high"});
@@ -168,6 +171,7 @@ std::string CalibrationCommandLine::takeOptions() {
     m_options.order.journal = m_journal;
     m_options.order.tables = m_tables;
     m_options.order.version = RADIOCTL_VERSION;
+    m_options.order.isHardware = m_options.hardware.hardware;
     if (m_resumes + m_restarts + (m_offline.empty() ? 0 : 1) > 1) {
         return "--resume, --restart and --offline exclude each other";
     }
@@ -180,7 +184,7 @@ std::string CalibrationCommandLine::takeOptions() {
     m_options.order.beginning = Beginning::offline;
     for (const char* const option :
          {"--band", "--step", "--temperatures", "--i-range", "--q-range", "--shrink", "--settle-time",
-          "--detector", "--serial", "--journal", "--real-time"}) {
+          "--detector", "--serial", "--journal", "--real-time", "--hardware", "--force"}) {
         if (m_calibrate.has(option)) {
             return std::string(option) + ": not together with --offline, whose journal says it";
         }

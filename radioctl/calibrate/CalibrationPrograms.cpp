@@ -6,7 +6,9 @@
 #include "radio/files/InputError.h"
 #include "radio/session/BootedRadio.h"
 #include "radio/text/Words.h"
+#include "radioctl/bench/HardwareUse.h"
 #include "radioctl/calibrate/CalibrationReport.h"
+#include "radioctl/calibrate/Reservations.h"
 #include "radioctl/calibrate/page/CalibrationPage.h"
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/options/ExitCode.h"
@@ -54,23 +56,51 @@ public:
     }
     void calibrated(const Point& point) override { m_report.calibrated(point); }
     bool goOn(const CalibrationProgress& progress) override {
+        tell(progress.awaited);
         if (!m_bar) {
             m_bar.emplace(progress.wantedPoints, "points");
+            m_bar->beginAt(progress.points);
+        }
+        if (progress.awaited) {
+            // How long a temperature takes says nothing about the points.
+            m_bar->beginAt(progress.points);
         }
         if (progress.isFromJournal && progress.points != m_known) {
             m_known = progress.points;
             m_bar->beginAt(m_known);
         }
-        m_bar->update(progress.points, progress.worst ? "leakage up to " + levelText(*progress.worst) : "");
+        m_bar->update(progress.points, noteOn(progress));
         return m_interrupt.signal() == 0;
     }
     void removeBar() { m_bar.reset(); }
 
 private:
+    /** Tells of a temperature that is waited for, once it is another one. */
+    void tell(const std::optional<AwaitedTemperature>& awaited) {
+        const bool isNew = awaited && (!m_awaited || awaited->wanted != m_awaited->wanted);
+        if (isNew) {
+            m_bar.reset();
+        }
+        if (isNew || (awaited && awaited->now != m_awaited->now)) {
+            m_report.awaits(*awaited, isNew);
+        }
+        m_awaited = awaited;
+    }
+    static std::string noteOn(const CalibrationProgress& progress) {
+        if (progress.awaited) {
+            return awaitedText(*progress.awaited);
+        }
+        if (progress.highestReading) {
+            return "last readings up to " + std::to_string(*progress.highestReading);
+        }
+        return progress.worst ? "leakage up to " + levelText(*progress.worst) : "";
+    }
+
     CalibrationReport& m_report;
     const Interrupt& m_interrupt;
     std::optional<Progress> m_bar;
     std::size_t m_known = 0;
+    std::optional<AwaitedTemperature> m_awaited;
 };
 
 /** One calibration from the command line to the exit code. */
@@ -82,9 +112,9 @@ public:
     int run();
 
 private:
-    int calibrate(const Board& board, CalibrationRun& run);
+    int calibrate(const Board& board, CalibrationRun& run, const std::string& reservation);
     void writePage(const Board& board, const Result& result);
-    int exitCode(const CalibrationOutcome& outcome) const;
+    int exitCode(const CalibrationOutcome& outcome, bool hasLeft) const;
 
     const CalibrationOptions& m_options;
     const Interrupt m_interrupt;
@@ -110,16 +140,35 @@ int CalibrationProgram::run() {
     }
     requireWritable(run.tablesFile());
     requireWritable(m_options.html);
+    const bool isOffline = m_options.order.beginning == Beginning::offline;
+    const std::string reservation = isOffline ? "" : reservationAgainst(board, run.settings());
+    if (m_options.hardware.hardware && !m_options.isForced && !reservation.empty()) {
+        return refuse(harmless(board.file.string()) + ": " + reservation +
+                          "; --force calibrates all the same",
+                      m_options.json, ExitCode::unusableInput);
+    }
     run.open();
-    return calibrate(board, run);
+    return calibrate(board, run, reservation);
 }
 
-int CalibrationProgram::calibrate(const Board& board, CalibrationRun& run) {
+int CalibrationProgram::calibrate(const Board& board, CalibrationRun& run, const std::string& reservation) {
+    HardwareUse use(board, m_options.hardware, std::cout, m_options.json);
+    CalibrationBench bench;
+    if (use.isReal()) {
+        use.hardware()->setForced(m_options.isForced);
+        bench = benchOf(*use.hardware());
+    }
     const std::unique_ptr<CalibrationReport> report =
         m_options.json ? std::unique_ptr<CalibrationReport>(std::make_unique<CalibrationJson>(std::cout))
                        : std::make_unique<CalibrationText>(std::cout, m_options.isVerbose);
+    if (!reservation.empty()) {
+        report->warns(reservation);
+    }
     Watcher watcher(*report, m_interrupt);
-    const CalibrationOutcome outcome = run.run(watcher);
+    const CalibrationOutcome outcome = run.run(watcher, bench);
+    watcher.removeBar();
+    // A transmitter is not to wait for the page.
+    const bool hasLeft = use.leave();
     m_end.trouble = outcome.trouble;
     if (outcome.isComplete && m_end.trouble.empty()) {
         try {
@@ -128,9 +177,8 @@ int CalibrationProgram::calibrate(const Board& board, CalibrationRun& run) {
             m_end.trouble = error.what();
         }
     }
-    watcher.removeBar();
     m_end.signal = m_interrupt.signal();
-    m_end.exitCode = exitCode(outcome);
+    m_end.exitCode = exitCode(outcome, hasLeft);
     report->finished(outcome, m_end);
     return m_end.trouble.empty() || m_end.signal != 0 ? m_end.exitCode
                                                       : refuse(m_end.trouble, m_options.json, m_end.exitCode);
@@ -141,21 +189,25 @@ void CalibrationProgram::writePage(const Board& board, const Result& result) {
         return;
     }
     AtomicFile file(m_options.html);
-    Calibration::writePage(file.stream(), board, *findLeakage(board, result.settings.channel), result);
+    if (result.isHardware) {
+        Calibration::writePage(file.stream(), board, result);
+    } else {
+        Calibration::writePage(file.stream(), board, *findLeakage(board, result.settings.channel), result);
+    }
     if (m_interrupt.signal() == 0) {
         file.commit();
         m_end.page = m_options.html;
     }
 }
 
-int CalibrationProgram::exitCode(const CalibrationOutcome& outcome) const {
+int CalibrationProgram::exitCode(const CalibrationOutcome& outcome, bool hasLeft) const {
     if (m_end.signal != 0) {
         return ExitCode::signalBase + m_end.signal;
     }
     if (!m_end.trouble.empty()) {
         return ExitCode::unusableInput;
     }
-    return outcome.isGood ? ExitCode::good : ExitCode::outsideLimits;
+    return outcome.isGood && hasLeft ? ExitCode::good : ExitCode::outsideLimits;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #define RADIOCTL_CALIBRATE_CALIBRATIONPROGRAMS_H
 
 #include "radio/calibration/CalibrationRun.h"
+#include "radioctl/bench/HardwareOptions.h"
 
 #include <string>
 
@@ -11,6 +12,9 @@ namespace Radio::Calibration {
 struct CalibrationOptions {
     std::string board;
     CalibrationOrder order;
+    HardwareOptions hardware;
+    /** What the board forbids is calibrated on hardware all the same. */
+    bool isForced = false;
     /** Where the page goes; empty: there is none. */
     std::string html;
     bool isVerbose = false;

@@ -17,6 +17,23 @@ double rounded(double level) {
     return std::round(level * 100) / 100;
 }
 
+/** A reading is a whole number. */
+std::string readingText(double reading) {
+    return std::to_string(std::llround(reading));
+}
+
+std::string textOrDash(const std::optional<double>& level) {
+    return level ? levelText(*level) : "-";
+}
+
+std::string textOrDash(const std::optional<std::int32_t>& reading) {
+    return reading ? std::to_string(*reading) : "-";
+}
+
+Json roundedOrNull(const std::optional<double>& level) {
+    return level ? Json(rounded(*level)) : Json(nullptr);
+}
+
 std::string placeText(const Worst& worst) {
     return "at " + std::to_string(worst.frequency) + " kHz, " + std::to_string(worst.temperature) +
            " degrees";
@@ -28,8 +45,34 @@ void addWorst(TextTable& table, const std::string& what, const std::optional<Wor
     }
 }
 
+void addReading(TextTable& table, const std::string& what, const std::optional<Worst>& worst) {
+    if (worst) {
+        table.add({what, readingText(worst->level), placeText(*worst)});
+    }
+}
+
+/** How the temperatures of a real radio come about. */
+std::string temperatureText(const Board& board, const Settings& settings) {
+    return board.hardware.description.sensor
+               ? "Each temperature begins when the sensor is within " + std::to_string(Climate::tolerance) +
+                     " degrees of it."
+               : "There is no [sensor]: the radio is taken to be at " +
+                     std::to_string(settings.temperatures.front()) + " degrees.";
+}
+
+const char* temperatureSource(const Board& board, const Result& result) {
+    return !result.isHardware ? "modelled" : board.hardware.description.sensor ? "sensor" : "given";
+}
+
 Json toJson(const std::optional<Worst>& worst) {
     return worst ? Json{{"dbc", rounded(worst->level)},
+                        {"khz", worst->frequency},
+                        {"degrees", worst->temperature}}
+                 : Json(nullptr);
+}
+
+Json readingJson(const std::optional<Worst>& worst) {
+    return worst ? Json{{"reading", std::llround(worst->level)},
                         {"khz", worst->frequency},
                         {"degrees", worst->temperature}}
                  : Json(nullptr);
@@ -57,7 +100,10 @@ std::string verdict(const CalibrationOutcome& outcome, const CalibrationEnd& end
     }
     if (summary.failed != 0) {
         return "No tables were stored: " + counted(summary.failed, "point") +
-               " without corrections. When what is said about them is mended, --restart begins anew.";
+               " without corrections. When what is said about them is mended, " +
+               (outcome.result.isHardware
+                    ? "--resume measures what could not be measured, and --restart all of it."
+                    : "--restart begins anew.");
     }
     return "No tables were stored: the search ended at the edge of a range for " +
            counted(summary.edge, "point") +
@@ -66,6 +112,21 @@ std::string verdict(const CalibrationOutcome& outcome, const CalibrationEnd& end
 
 } // namespace
 
+std::string awaitedText(const AwaitedTemperature& awaited) {
+    return "waiting for " + std::to_string(awaited.wanted) + " degrees, now " +
+           (awaited.now ? std::to_string(*awaited.now) : "unknown");
+}
+
+void CalibrationText::warns(const std::string& reservation) {
+    m_out << "Warning: " << harmless(reservation) << "\n" << std::flush;
+}
+
+void CalibrationText::awaits(const AwaitedTemperature& awaited, bool isBeginning) {
+    if (isBeginning) {
+        m_out << "     " << awaitedText(awaited) << "\n" << std::flush;
+    }
+}
+
 void CalibrationText::begins(const Board& board, const Result& result, std::size_t knownProbes) {
     const Settings& settings = result.settings;
     m_out << board.name << " (" << board.file.string() << "), serial " << harmless(result.serial)
@@ -73,6 +134,9 @@ void CalibrationText::begins(const Board& board, const Result& result, std::size
           << ", " << settings.frequencies.front() << " to " << settings.frequencies.back() << " kHz, at "
           << counted(settings.temperatures.size(), "temperature") << ", " << settings.temperatures.front()
           << " to " << settings.temperatures.back() << " degrees\n";
+    if (result.isHardware) {
+        m_out << temperatureText(board, settings) << "\n";
+    }
     if (knownProbes != 0) {
         m_out << "The journal has " << counted(knownProbes, "probe") << "; they are not made again.\n";
     }
@@ -101,14 +165,19 @@ void CalibrationText::showPoints(const Result& result) {
     for (const std::size_t column : {0U, 1U, 2U, 3U, 4U, 5U, 6U}) {
         table.alignRight(column);
     }
-    table.add({"kHz", "degrees", "I", "Q", "before", "after", "iterations", "state"});
+    const bool isHardware = result.isHardware;
+    table.add({"kHz", "degrees", "I", "Q", isHardware ? "first" : "before", isHardware ? "last" : "after",
+               "iterations", "state"});
     bool isEmpty = true;
     for (const Point& point : result.points) {
         if (m_showsAll || point.state != PointState::good || !point.remark.empty()) {
             const bool isFound = point.state != PointState::failed;
             table.add({std::to_string(point.frequency), std::to_string(point.temperature),
                        isFound ? std::to_string(point.i) : "-", isFound ? std::to_string(point.q) : "-",
-                       levelText(point.before), isFound ? levelText(point.after) : "-",
+                       isHardware ? textOrDash(point.firstReading) : textOrDash(point.before),
+                       !isFound     ? "-"
+                       : isHardware ? textOrDash(point.lastReading)
+                                    : textOrDash(point.after),
                        std::to_string(point.iterations),
                        std::string(toString(point.state)) +
                            (point.remark.empty() ? "" : ": " + harmless(point.remark))});
@@ -122,16 +191,30 @@ void CalibrationText::showPoints(const Result& result) {
 }
 
 void CalibrationText::showWorst(const LeakageSummary& summary) {
+    TextTable table;
+    table.alignRight(1);
+    if (summary.firstReading) {
+        addReading(table, "at the first probe", summary.firstReading);
+        addReading(table, "at the last probe", summary.lastReading);
+        m_out << "\nHighest readings of the detector\n";
+        table.write(m_out);
+    }
     if (!summary.before) {
         return;
     }
-    TextTable table;
-    table.alignRight(1);
     addWorst(table, "without corrections", summary.before);
     addWorst(table, "calibrated, at the nodes", summary.after);
     addWorst(table, "calibrated, between the nodes", summary.between);
     m_out << "\nWorst modelled leakage\n";
     table.write(m_out);
+}
+
+void CalibrationJson::warns(const std::string& reservation) {
+    writeJsonLine(m_out, {{"event", "warning"}, {"text", reservation}});
+}
+
+void CalibrationJson::awaits(const AwaitedTemperature& awaited, bool /*isBeginning*/) {
+    writeJsonLine(m_out, {{"event", "awaiting"}, {"degrees", awaited.wanted}, {"now", orNull(awaited.now)}});
 }
 
 void CalibrationJson::begins(const Board& board, const Result& result, std::size_t knownProbes) {
@@ -140,46 +223,60 @@ void CalibrationJson::begins(const Board& board, const Result& result, std::size
                           {"serial", result.serial},
                           {"date", result.date},
                           {"known_probes", knownProbes},
+                          {"mode", result.isHardware ? "hardware" : "simulation"},
+                          {"temperature", temperatureSource(board, result)},
                           {"settings", toJson(result.settings)}});
 }
 
 void CalibrationJson::calibrated(const Point& point) {
     const bool isFound = point.state != PointState::failed;
-    writeJsonLine(m_out, {{"event", "point"},
-                          {"khz", point.frequency},
-                          {"degrees", point.temperature},
-                          {"state", toString(point.state)},
-                          {"remark", nullIfEmpty(point.remark)},
-                          {"i", isFound ? Json(point.i) : Json(nullptr)},
-                          {"q", isFound ? Json(point.q) : Json(nullptr)},
-                          {"before_dbc", rounded(point.before)},
-                          {"after_dbc", isFound ? Json(rounded(point.after)) : Json(nullptr)},
-                          {"iterations", point.iterations},
-                          {"max_delta", point.maxDelta},
-                          {"probes", point.probes.size()}});
+    Json event = {{"event", "point"},
+                  {"khz", point.frequency},
+                  {"degrees", point.temperature},
+                  {"state", toString(point.state)},
+                  {"remark", nullIfEmpty(point.remark)},
+                  {"i", isFound ? Json(point.i) : Json(nullptr)},
+                  {"q", isFound ? Json(point.q) : Json(nullptr)}};
+    if (point.before) {
+        event["before_dbc"] = roundedOrNull(point.before);
+        event["after_dbc"] = isFound ? roundedOrNull(point.after) : Json(nullptr);
+    } else {
+        event["first_reading"] = orNull(point.firstReading);
+        event["last_reading"] = isFound ? orNull(point.lastReading) : Json(nullptr);
+    }
+    event["iterations"] = point.iterations;
+    event["max_delta"] = point.maxDelta;
+    event["probes"] = point.probes.size();
+    writeJsonLine(m_out, event);
 }
 
 void CalibrationJson::finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) {
     const Result& result = outcome.result;
     const LeakageSummary& summary = outcome.summary;
-    writeJsonLine(m_out, {{"event", "calibrated"},
-                          {"points", result.points.size()},
-                          {"wanted_points", outcome.wanted},
-                          {"good", summary.good},
-                          {"edge", summary.edge},
-                          {"failed", summary.failed},
-                          {"probes", outcome.newProbes},
-                          {"known_probes", outcome.knownProbes},
-                          {"worst_before", toJson(summary.before)},
-                          {"worst_after", toJson(summary.after)},
-                          {"worst_between", toJson(summary.between)},
-                          {"tables", nullIfEmpty(outcome.tables)},
-                          {"backup", nullIfEmpty(outcome.backup)},
-                          {"journal", outcome.journal},
-                          {"page", nullIfEmpty(end.page)},
-                          {"elapsed_seconds", outcome.seconds},
-                          {"interrupted", end.signal != 0},
-                          {"exit_code", end.exitCode}});
+    Json event = {{"event", "calibrated"},
+                  {"points", result.points.size()},
+                  {"wanted_points", outcome.wanted},
+                  {"good", summary.good},
+                  {"edge", summary.edge},
+                  {"failed", summary.failed},
+                  {"probes", outcome.newProbes},
+                  {"known_probes", outcome.knownProbes}};
+    if (result.isHardware) {
+        event["highest_first_reading"] = readingJson(summary.firstReading);
+        event["highest_last_reading"] = readingJson(summary.lastReading);
+    } else {
+        event["worst_before"] = toJson(summary.before);
+        event["worst_after"] = toJson(summary.after);
+        event["worst_between"] = toJson(summary.between);
+    }
+    event["tables"] = nullIfEmpty(outcome.tables);
+    event["backup"] = nullIfEmpty(outcome.backup);
+    event["journal"] = outcome.journal;
+    event["page"] = nullIfEmpty(end.page);
+    event["elapsed_seconds"] = outcome.seconds;
+    event["interrupted"] = end.signal != 0;
+    event["exit_code"] = end.exitCode;
+    writeJsonLine(m_out, event);
 }
 
 } // namespace Radio::Calibration

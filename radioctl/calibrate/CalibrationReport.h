@@ -20,6 +20,9 @@ struct CalibrationEnd {
     int exitCode = 0;
 };
 
+/** "waiting for 25 degrees, now 21" */
+std::string awaitedText(const AwaitedTemperature& awaited);
+
 /** Tells whoever runs the program how a calibration goes. */
 class CalibrationReport {
 public:
@@ -28,7 +31,11 @@ public:
     CalibrationReport& operator=(const CalibrationReport&) = delete;
     virtual ~CalibrationReport() = default;
 
+    /** Something speaks against what is calibrated all the same. */
+    virtual void warns(const std::string& reservation) = 0;
     virtual void begins(const Board& board, const Result& result, std::size_t knownProbes) = 0;
+    /** The sensor says something new. `isBeginning`: of a temperature that nobody waited for before. */
+    virtual void awaits(const AwaitedTemperature& awaited, bool isBeginning) = 0;
     virtual void calibrated(const Point& point) = 0;
     virtual void finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) = 0;
 };
@@ -39,7 +46,9 @@ public:
     /** `out` must outlive the object. `showsAll`: every point is shown, not only those with a remark. */
     CalibrationText(std::ostream& out, bool showsAll) : m_out(out), m_showsAll(showsAll) {}
 
+    void warns(const std::string& reservation) override;
     void begins(const Board& board, const Result& result, std::size_t knownProbes) override;
+    void awaits(const AwaitedTemperature& awaited, bool isBeginning) override;
     void calibrated(const Point& /*point*/) override {}
     void finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) override;
 
@@ -57,7 +66,9 @@ public:
     /** `out` must outlive the object. */
     explicit CalibrationJson(std::ostream& out) : m_out(out) {}
 
+    void warns(const std::string& reservation) override;
     void begins(const Board& board, const Result& result, std::size_t knownProbes) override;
+    void awaits(const AwaitedTemperature& awaited, bool isBeginning) override;
     void calibrated(const Point& point) override;
     void finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) override;
 

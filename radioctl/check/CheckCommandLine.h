@@ -1,6 +1,7 @@
 #ifndef RADIOCTL_CHECK_CHECKCOMMANDLINE_H
 #define RADIOCTL_CHECK_CHECKCOMMANDLINE_H
 
+#include "radio/board/Board.h"
 #include "radioctl/options/Options.h"
 
 #include <string>
@@ -8,7 +9,8 @@
 
 namespace Radio {
 
-/** "radioctl check": holds boards against what their channels ask for. */
+/** "radioctl check": holds boards against what their channels ask for; and if wished, their tables and their
+ * carriers against what is expected of them. */
 class CheckCommandLine final : public CommandLine::Verb {
 public:
     /** Adds "check" to the program's commands. Must outlive the parsing. */
@@ -18,9 +20,16 @@ public:
     int run(bool json) override;
 
 private:
+    int check(const std::string& file) const;
+    int audit(const std::string& file, const Board& board, bool hasErrors) const;
+    void tellSkipped(const std::string& file, const char* part, const std::string& why) const;
+
     CommandLine::Command m_check;
     std::vector<std::string> m_boards;
+    bool m_hardware = false;
     bool m_json = false;
+    bool m_all = false;
+    bool m_strict = false;
 };
 
 } // namespace Radio

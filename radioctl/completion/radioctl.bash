@@ -35,9 +35,16 @@ _radioctl()
         return
     fi
 
+    if [[ $previous == --junit ]]; then
+        mapfile -t COMPREPLY < <(compgen -f -- "$current")
+        compopt -o filenames 2> /dev/null
+        return
+    fi
+
     if [[ $current == -* ]]; then
         case $command in
-            run | console) word="--help --json --trace --verbose" ;;
+            run) word="--help --json --junit --trace --verbose" ;;
+            console) word="--help --json --trace --verbose" ;;
             explain) word="--help --json --channel --tx --rx" ;;
             audit) word="--help --json --csv" ;;
             thermal) word="--help --json --carrier --csv --html" ;;
@@ -46,7 +53,8 @@ _radioctl()
                 --resume --restart --offline --accept-edge --real-time" ;;
             diff) word="--help --json --board --channel --all" ;;
             why) word="--help --json --channel --frequency --temperature" ;;
-            check | completion | lint) word="--help --json" ;;
+            check) word="--help --json --all --strict" ;;
+            completion | lint) word="--help --json" ;;
             *) word="--help --json --version" ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$word" -- "$current")

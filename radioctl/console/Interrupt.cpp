@@ -10,6 +10,7 @@ namespace Radio {
 namespace {
 
 constexpr std::array<int, 3> leavingSignals = {SIGINT, SIGTERM, SIGHUP};
+constexpr std::chrono::milliseconds idleInterval(250);
 
 volatile std::sig_atomic_t signalThatCame = 0;
 volatile std::sig_atomic_t goesOn = 0;
@@ -76,18 +77,43 @@ void Interrupt::forget() {
     signalThatCame = 0;
 }
 
-bool Interrupt::waitForInput(int descriptor) const {
+Interrupt::Waiting Interrupt::wait(int descriptor, std::optional<std::chrono::milliseconds> time) const {
     pollfd wanted{descriptor, POLLIN, 0};
-    goesOn = 0;
+    timespec limit{};
+    if (time) {
+        limit.tv_sec = static_cast<time_t>(time->count() / 1000);
+        limit.tv_nsec = static_cast<long>(time->count() % 1000) * 1000000;
+    }
     while (signal() == 0 && goesOn == 0) {
-        if (ppoll(&wanted, 1, nullptr, &m_maskBefore) > 0) {
-            return signal() == 0;
+        const int ready = ppoll(&wanted, 1, time ? &limit : nullptr, &m_maskBefore);
+        if (ready == 0 && signal() == 0) {
+            return Waiting::late;
         }
-        if (errno != EINTR) {
-            return signal() == 0;
+        // What poll cannot wait for is for the reader to find out.
+        if (ready > 0 || (ready < 0 && errno != EINTR)) {
+            return signal() == 0 ? Waiting::ready : Waiting::disturbed;
         }
     }
-    return false;
+    return Waiting::disturbed;
+}
+
+bool Interrupt::waitForInput(int descriptor, const std::function<void()>& idle) const {
+    goesOn = 0;
+    if (!idle) {
+        return wait(descriptor, std::nullopt) == Waiting::ready;
+    }
+    for (;;) {
+        const Waiting waiting = wait(descriptor, idleInterval);
+        if (waiting != Waiting::late) {
+            return waiting == Waiting::ready;
+        }
+        idle();
+    }
+}
+
+bool Interrupt::waitForInput(int descriptor, std::chrono::milliseconds time) const {
+    goesOn = 0;
+    return wait(descriptor, time) == Waiting::ready;
 }
 
 } // namespace Radio

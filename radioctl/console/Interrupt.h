@@ -1,7 +1,11 @@
 #ifndef RADIOCTL_CONSOLE_INTERRUPT_H
 #define RADIOCTL_CONSOLE_INTERRUPT_H
 
+#include <chrono>
 #include <csignal>
+#include <cstdint>
+#include <functional>
+#include <optional>
 
 namespace Radio {
 
@@ -21,13 +25,19 @@ public:
 
     /** The signal that asked the program to leave; 0 for none. */
     int signal() const;
-    /** Forgets a SIGINT that took back a line only. */
+    /** Forgets a SIGINT that took back a line or ended a command only. */
     void forget();
     /** Waits until `descriptor` can be read; false when a signal came first, or the program was stopped and
-     * goes on. */
-    bool waitForInput(int descriptor) const;
+     * goes on. `idle`, unless it is empty, is called every 250 ms meanwhile. */
+    bool waitForInput(int descriptor, const std::function<void()>& idle = {}) const;
+    /** The same, for so long at most. */
+    bool waitForInput(int descriptor, std::chrono::milliseconds time) const;
 
 private:
+    enum class Waiting : std::uint8_t { ready, late, disturbed };
+    /** Without a time, for ever. */
+    Waiting wait(int descriptor, std::optional<std::chrono::milliseconds> time) const;
+
     sigset_t m_held{};
     sigset_t m_maskBefore{};
 };

@@ -1,39 +1,48 @@
 #include "radioctl/console/LineEditor.h"
 
 #include "radio/language/Completion.h"
+#include "radioctl/console/StateFolder.h"
 
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <clocale>
 #include <cstdio>
-#include <cstdlib>
 #include <cwchar>
 #include <iostream>
+#include <sstream>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace Radio {
 
 namespace {
 
 constexpr int historyLength = 1000;
+constexpr const char* promptText = "radio> ";
 
-std::filesystem::path directoryFrom(const char* variable) {
-    const char* const value = std::getenv(variable);
-    std::filesystem::path directory = value == nullptr ? "" : value;
-    return directory.is_absolute() ? directory : std::filesystem::path();
-}
+/** Has what is written to `stream` go to `target` as long as it lives. */
+class Redirection {
+public:
+    Redirection(std::ostream& stream, const std::ostringstream& target)
+        : m_stream(stream),
+          m_before(stream.rdbuf(target.rdbuf())) {}
+    Redirection(const Redirection&) = delete;
+    Redirection& operator=(const Redirection&) = delete;
+    ~Redirection() { m_stream.rdbuf(m_before); }
+
+private:
+    std::ostream& m_stream;
+    std::streambuf* m_before;
+};
 
 } // namespace
 
 std::filesystem::path historyFile() {
-    std::filesystem::path state = directoryFrom("XDG_STATE_HOME");
-    if (state.empty()) {
-        const std::filesystem::path home = directoryFrom("HOME");
-        state = home.empty() ? home : home / ".local" / "state";
-    }
-    return state.empty() ? state : state / "radioctl" / "history";
+    const std::filesystem::path folder = stateFolder();
+    return folder.empty() ? folder : folder / "history";
 }
 
 LineEditor::LineEditor(const BoardNames& names, Interrupt& interrupt, std::filesystem::path historyFile)
@@ -69,7 +78,45 @@ LineEditor& LineEditor::of(EditLine* editor) {
 }
 
 const char* LineEditor::prompt(EditLine* /*editor*/) {
-    return "radio> ";
+    return promptText;
+}
+
+void LineEditor::setIdle(std::function<void()> idle) {
+    m_idle = std::move(idle);
+    m_whileWaiting = m_idle ? [this] { this->idle(); } : std::function<void()>();
+}
+
+/** Keeps what is written back until it is known whether there is anything: only then the line gives way. */
+void LineEditor::idle() {
+    std::ostringstream written;
+    {
+        const Redirection output(std::cout, written);
+        const Redirection errors(std::cerr, written);
+        m_idle();
+    }
+    const std::string text = written.str();
+    if (!text.empty()) {
+        clearLine();
+        std::cout << text << (text.back() == '\n' ? "" : "\n") << std::flush;
+        el_set(m_editor, EL_REFRESH);
+    }
+}
+
+/** Takes prompt and line off the terminal, also where they have several rows. */
+void LineEditor::clearLine() const {
+    const char* const terminal = std::getenv("TERM");
+    if (terminal == nullptr || std::string_view(terminal) == "dumb") {
+        std::cout << "\n";
+        return;
+    }
+    winsize size{};
+    const LineInfo* const line = el_line(m_editor);
+    const std::size_t before =
+        std::string_view(promptText).size() + static_cast<std::size_t>(line->cursor - line->buffer);
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 && before >= size.ws_col) {
+        std::cout << "\033[" << before / size.ws_col << "A";
+    }
+    std::cout << "\r\033[J";
 }
 
 /** Gives libedit the next character, or -1 when a signal came: libedit itself would read on. */
@@ -77,7 +124,7 @@ int LineEditor::readCharacter(EditLine* editor, wchar_t* character) {
     std::mbstate_t state{};
     for (;;) {
         char byte = 0;
-        while (!of(editor).m_interrupt.waitForInput(STDIN_FILENO)) {
+        while (!of(editor).m_interrupt.waitForInput(STDIN_FILENO, of(editor).m_whileWaiting)) {
             if (of(editor).m_interrupt.signal() != 0) {
                 return -1;
             }
@@ -89,6 +136,7 @@ int LineEditor::readCharacter(EditLine* editor, wchar_t* character) {
         }
         const std::size_t length = std::mbrtowc(character, &byte, 1, &state);
         if (length == 0 || length == 1) {
+            of(editor).m_isAboutToLeave = false;
             return 1;
         }
         if (length == static_cast<std::size_t>(-1)) {
@@ -116,7 +164,7 @@ unsigned char LineEditor::completeWord(EditLine* editor, int /*key*/) {
     }
     std::string more = completion.common.substr(completion.typed);
     const bool isUnique = completion.candidates.size() == 1;
-    if (isUnique && completion.common.back() != '=') {
+    if (isUnique && completion.common.back() != '=' && completion.common.back() != '/') {
         more += ' ';
     }
     if (!more.empty()) {
@@ -138,6 +186,22 @@ void LineEditor::showCandidates(const std::vector<std::string>& candidates) {
     std::cout << std::flush;
 }
 
+bool LineEditor::staysAfterSignal() {
+    const LineInfo* const line = el_line(m_editor);
+    const bool isEmpty = line->lastchar == line->buffer;
+    std::cout << "\n" << std::flush;
+    if (m_interrupt.signal() != SIGINT || (isEmpty && m_isAboutToLeave)) {
+        return false;
+    }
+    if (isEmpty) {
+        std::cout << "Ctrl-C again leaves, as quit and Ctrl-D do.\n" << std::flush;
+    }
+    m_isAboutToLeave = isEmpty;
+    m_interrupt.forget();
+    el_reset(m_editor);
+    return true;
+}
+
 std::optional<std::string> LineEditor::next() {
     for (;;) {
         // Before the prompt is shown: what is typed at it must not meet a terminal that still edits by
@@ -146,14 +210,9 @@ std::optional<std::string> LineEditor::next() {
         int length = 0;
         const char* const text = el_gets(m_editor, &length);
         if (m_interrupt.signal() != 0) {
-            const LineInfo* const line = el_line(m_editor);
-            const bool isEmpty = line->lastchar == line->buffer;
-            std::cout << "\n" << std::flush;
-            if (isEmpty || m_interrupt.signal() != SIGINT) {
+            if (!staysAfterSignal()) {
                 return std::nullopt;
             }
-            m_interrupt.forget();
-            el_reset(m_editor);
         } else if (text == nullptr || length <= 0) {
             std::cout << "\n" << std::flush;
             return std::nullopt;

@@ -21,7 +21,7 @@ constexpr std::size_t maxLineLength = std::size_t{64} * 1024;
 bool LineReader::readMore() {
     std::array<char, 4096> bytes{};
     for (;;) {
-        if (!m_interrupt.waitForInput(STDIN_FILENO)) {
+        if (!m_interrupt.waitForInput(STDIN_FILENO, m_idle)) {
             if (m_interrupt.signal() != 0) {
                 return false;
             }

@@ -4,8 +4,10 @@
 #include "radioctl/console/Interrupt.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace Radio {
 
@@ -21,6 +23,8 @@ public:
     /** `interrupt` must outlive the object. */
     explicit LineReader(const Interrupt& interrupt) : m_interrupt(interrupt) {}
 
+    /** Is called every 250 ms while a line is waited for. */
+    void setIdle(std::function<void()> idle) { m_idle = std::move(idle); }
     /**
      * The next line without its end; nothing when there is none. A last line without an end counts; one of
      * more than 64 KiB throws.
@@ -34,6 +38,7 @@ private:
     bool readMore();
 
     const Interrupt& m_interrupt;
+    std::function<void()> m_idle;
     std::string m_buffer;
     /** How many lines were given out. */
     unsigned m_lines = 0;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace CLI {
@@ -32,7 +33,8 @@ public:
     /** What its value is called in the help. */
     Option& named(const char* value);
     Option& check(const ValueCheck& check);
-    Option& within(std::int64_t low, std::int64_t high);
+    /** It is a whole number, or several, from `low` to `high`, in `unit` if it has one. */
+    Option& within(std::int64_t low, std::int64_t high, const char* unit = "");
     Option& oneOf(const std::vector<std::string>& words);
     /** The help says what it is when it is not there. */
     Option& showDefault();
@@ -42,6 +44,9 @@ public:
     Option& repeated();
     /** Its values stand in one word with `separator` between them. */
     Option& separatedBy(char separator);
+
+    /** It and `other` cannot be there both. */
+    Option& excludes(const Option& other);
 
     bool isThere() const;
 
@@ -96,7 +101,7 @@ public:
 /** The command line as a whole. */
 class Parser {
 public:
-    Parser(const char* help, const char* name, const char* version, const char* footer);
+    Parser(const char* help, const char* name, const char* version);
     Parser(const Parser&) = delete;
     Parser& operator=(const Parser&) = delete;
     ~Parser();
@@ -104,12 +109,20 @@ public:
     /** What stands in front of the first command. */
     Command top();
     /**
+     * What stands at the end of the help: `footer` is asked for each command that there is, by its names,
+     * "plan explain", and with nothing for the program.
+     */
+    void endHelpWith(const std::function<std::string(std::string_view command)>& footer);
+    /**
      * Takes the words behind the program's name. When there is nothing more to do, because help was asked for
      * or something is wrong, people have been told; then false for something wrong, and true for the rest.
      */
     std::optional<bool> parse(std::vector<std::string> words);
 
 private:
+    /** Throws for a command or an option that there is not, before something else is missed. */
+    void refuseUnknownNames(const std::vector<std::string>& words) const;
+
     std::unique_ptr<CLI::App> m_app;
 };
 

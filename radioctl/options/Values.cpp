@@ -16,8 +16,21 @@ bool isUnit(std::string word) {
     return word == "khz" || word == "mhz" || word == "ghz";
 }
 
-bool isFrequencyOption(const std::string& word) {
-    return word == "--tx" || word == "--rx" || word == "--carrier" || word == "--frequency";
+/** How many frequencies stand behind `word`, which may have the first behind an equals sign; 0 when it is no
+ * option for them. */
+int frequenciesBehind(const std::string& word) {
+    const std::string option = word.substr(0, word.find('='));
+    if (option == "--band") {
+        return 2;
+    }
+    return option == "--tx" || option == "--rx" || option == "--carrier" || option == "--frequency" ||
+                   option == "--step"
+               ? 1
+               : 0;
+}
+
+bool isOption(const std::string& word) {
+    return word.substr(0, 2) == "--";
 }
 
 } // namespace
@@ -33,15 +46,21 @@ std::string whyNoFrequency(const std::string& word) {
 
 std::vector<std::string> withUnitsJoined(int argumentCount, const char* const* arguments) {
     std::vector<std::string> words;
+    int frequenciesToCome = 0;
+    bool isBehindFrequency = false;
     for (int i = 1; i < argumentCount; ++i) {
         const std::string word = arguments[i];
-        const std::size_t count = words.size();
-        const bool isBehindFrequency = count >= 2 && isFrequencyOption(words[count - 2]);
         if (isBehindFrequency && isUnit(word)) {
             words.back() += word;
-        } else {
-            words.push_back(word);
+            isBehindFrequency = false;
+            continue;
         }
+        if (isOption(word)) {
+            frequenciesToCome = frequenciesBehind(word);
+        }
+        isBehindFrequency = frequenciesToCome > 0 && (!isOption(word) || word.find('=') != std::string::npos);
+        frequenciesToCome -= isBehindFrequency ? 1 : 0;
+        words.push_back(word);
     }
     return words;
 }

@@ -3,6 +3,7 @@
 #include "radio/text/Words.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/TextTable.h"
+#include "radioctl/report/Wrapped.h"
 
 #include <algorithm>
 #include <iomanip>
@@ -78,7 +79,7 @@ void AuditText::rowAudited(const RowResult& result) {
 }
 
 void AuditText::finished(const AuditSummary& summary) {
-    m_out << m_board.name << " (" << harmless(m_board.file.string()) << ")\n";
+    writeBoardName(m_out, m_board.name, harmless(m_board.file.string()));
     showRows();
     showFindings();
     if (summary.signal != 0) {
@@ -91,14 +92,19 @@ void AuditText::finished(const AuditSummary& summary) {
 
 void AuditText::showRows() {
     TextTable table;
-    for (const std::size_t column : {0U, 3U, 4U, 5U, 6U, 7U}) {
+    for (const std::size_t column : {0U, 2U, 3U, 4U, 5U, 6U}) {
         table.alignRight(column);
     }
-    table.add({"channel", "", "raster", "spacing", "carriers", "worst error", "at", "outside"});
+    table.add({"channel", "", "spacing", "carriers", "worst error", "at", "outside"});
+    std::string raster;
     for (const RowResult& result : m_rows) {
+        if (result.row.raster != raster || &result == &m_rows.front()) {
+            raster = result.row.raster;
+            table.addHeading(raster);
+        }
         const bool isOff = result.worstError.value_or(0) != 0;
         table.add({std::to_string(result.row.channel.number), std::string(toString(result.row.direction)),
-                   result.row.raster, spacingText(result.row), std::to_string(result.carriers),
+                   spacingText(result.row), std::to_string(result.carriers),
                    result.worstError ? errorText(*result.worstError) : "no carrier",
                    isOff ? std::to_string(result.worstCarrier) + " kHz" : "-",
                    std::to_string(result.outside)});
@@ -115,7 +121,8 @@ void AuditText::showFindings() {
     }
     const std::size_t shown = std::min(lines.size(), findingsShown);
     for (std::size_t i = 0; i < shown; ++i) {
-        m_out << (i == 0 ? "Outside the limits\n  " : "  ") << lines[i] << "\n";
+        m_out << (i == 0 ? "Outside the limits\n" : "");
+        writeWrapped(m_out, lines[i], 2, 6);
     }
     if (lines.size() > shown) {
         m_out << "  and " << lines.size() - shown << " more; --json and --csv have all\n";

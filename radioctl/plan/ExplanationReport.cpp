@@ -4,6 +4,7 @@
 #include "radio/text/Words.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/TextTable.h"
+#include "radioctl/report/Wrapped.h"
 
 #include <algorithm>
 #include <iterator>
@@ -12,18 +13,32 @@ namespace Radio::Plan {
 
 namespace {
 
-std::string valuesText(const std::vector<std::int32_t>& values) {
+/** A list that is longer stands among the meanings, where there is room for it. */
+constexpr std::size_t widestValue = 11;
+
+std::string valuesText(const std::vector<std::int32_t>& values, std::string_view separator) {
     std::vector<std::string> items;
     std::transform(values.begin(), values.end(), std::back_inserter(items),
                    [](std::int32_t value) { return std::to_string(value); });
-    return items.empty() ? "missing" : joined(items, ",");
+    return items.empty() ? "missing" : joined(items, separator);
+}
+
+/** A formula that is broken between its summands only. */
+std::string inSums(std::string formula) {
+    constexpr std::string_view times = " x ";
+    for (std::size_t at = formula.find(times); at != std::string::npos; at = formula.find(times, at)) {
+        formula[at] = unbreakableSpace;
+        formula[at + 2] = unbreakableSpace;
+    }
+    return formula;
 }
 
 void writeSteps(std::ostream& out, const std::string& heading, const std::vector<ExplainedStep>& steps) {
     TextTable table;
     table.alignRight(2);
+    table.fit(4, 1);
     for (const ExplainedStep& step : steps) {
-        table.add({step.name, step.formula, std::to_string(step.value), step.unit, step.note});
+        table.add({step.name, inSums(step.formula), std::to_string(step.value), step.unit, step.note});
     }
     out << "\n" << heading << "\n";
     table.write(out);
@@ -32,8 +47,14 @@ void writeSteps(std::ostream& out, const std::string& heading, const std::vector
 void writeVariables(std::ostream& out, const std::vector<ReadVariable>& variables) {
     TextTable table;
     table.alignRight(1);
+    table.fit(2);
     for (const ReadVariable& variable : variables) {
-        table.add({variable.name, valuesText(variable.values), variable.meaning});
+        const std::string values = valuesText(variable.values, ",");
+        if (values.size() <= widestValue) {
+            table.add({variable.name, values, variable.meaning});
+        } else {
+            table.add({variable.name, "", variable.meaning + ": " + valuesText(variable.values, ", ")});
+        }
     }
     out << "\nParameters\n";
     table.write(out);
@@ -58,18 +79,25 @@ void writeWrites(std::ostream& out, const std::vector<ExplainedWrite>& writes) {
 
 void writeOutcome(std::ostream& out, const Explanation& explanation) {
     out << "\n";
+    if (!explanation.forbidden.empty()) {
+        writeWrapped(out, "FORBIDDEN by the board: " + explanation.forbidden, 0, 4);
+    }
     for (const std::string& complaint : explanation.complaints) {
-        out << "The library reports: " << complaint << "\n";
+        writeWrapped(out, "The library reports: " + complaint, 0, 4);
     }
     if (explanation.produced) {
         const std::int64_t error = *explanation.error();
-        out << "These words produce " << *explanation.produced << " Hz, "
-            << (error == 0 ? "exactly the carrier" : "off by " + signedText(error) + " Hz") << ".\n";
+        const std::string off = "off by " + signedText(error) + " Hz" +
+                                (explanation.whyOff.empty() ? "" : ": " + explanation.whyOff);
+        writeWrapped(out,
+                     "These words produce " + std::to_string(*explanation.produced) + " Hz, " +
+                         (error == 0 ? "exactly the carrier" : off) + ".",
+                     0, 4);
     } else {
         out << "No carrier comes of these words.\n";
     }
     for (const std::string& disagreement : explanation.disagreements) {
-        out << "DIFFERENT " << disagreement << "\n";
+        writeWrapped(out, "DIFFERENT " + disagreement, 0, 4);
     }
     if (explanation.disagreements.empty()) {
         out << "The library wrote what the steps say.\n";
@@ -93,9 +121,9 @@ void writeJsonSteps(std::ostream& out, const char* event, const std::vector<Expl
 } // namespace
 
 void writeText(std::ostream& out, const Board& board, const Explanation& explanation) {
-    out << board.name << " (" << harmless(board.file.string()) << ")\n  " << toString(explanation.direction)
-        << " " << explanation.channel.number << ", " << Radio::toString(explanation.channel.type) << ": "
-        << explanation.carrier << " kHz\n";
+    writeBoardName(out, board.name, harmless(board.file.string()));
+    out << "  " << toString(explanation.direction) << " " << explanation.channel.number << ", "
+        << Radio::toString(explanation.channel.type) << ": " << explanation.carrier << " kHz\n";
     if (explanation.passesOn()) {
         out << "\nThe carrier is passed on unchanged; its plan is made elsewhere.\n";
     } else {
@@ -103,6 +131,10 @@ void writeText(std::ostream& out, const Board& board, const Explanation& explana
         writeSteps(out, "Steps", explanation.steps);
     }
     writeWrites(out, explanation.writes);
+    if (explanation.assumedDegrees) {
+        out << "\nThe mixer's corrections are for " << *explanation.assumedDegrees
+            << " degrees: no temperature was told.\n";
+    }
     if (!explanation.production.empty()) {
         writeSteps(out, "What the words produce", explanation.production);
     }
@@ -116,7 +148,8 @@ void writeJson(std::ostream& out, const Board& board, const Explanation& explana
                         {"type", Radio::toString(explanation.channel.type)},
                         {"direction", toString(explanation.direction)},
                         {"khz", explanation.carrier},
-                        {"passed_on", explanation.passesOn()}});
+                        {"passed_on", explanation.passesOn()},
+                        {"assumed_degrees", orNull(explanation.assumedDegrees)}});
     for (const ReadVariable& variable : explanation.variables) {
         writeJsonLine(out, {{"event", "parameter"},
                             {"variable", variable.name},
@@ -132,12 +165,16 @@ void writeJson(std::ostream& out, const Board& board, const Explanation& explana
                             {"ok", isSuccess(write.code)}});
     }
     writeJsonSteps(out, "production", explanation.production);
-    writeJsonLine(out, {{"event", "explained"},
-                        {"produced_hz", orNull(explanation.produced)},
-                        {"error_hz", orNull(explanation.error())},
-                        {"complaints", explanation.complaints},
-                        {"disagreements", explanation.disagreements},
-                        {"ok", explanation.isGood()}});
+    Json end = {{"event", "explained"},
+                {"produced_hz", orNull(explanation.produced)},
+                {"error_hz", orNull(explanation.error())},
+                {"complaints", explanation.complaints},
+                {"disagreements", explanation.disagreements},
+                {"ok", explanation.isGood()}};
+    if (!explanation.whyOff.empty()) {
+        end["why_off"] = explanation.whyOff;
+    }
+    writeJsonLine(out, end);
 }
 
 } // namespace Radio::Plan

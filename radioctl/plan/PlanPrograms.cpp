@@ -6,6 +6,7 @@
 #include "radio/files/AtomicFile.h"
 #include "radio/plan/Audit.h"
 #include "radio/session/BootedRadio.h"
+#include "radioctl/bench/HardwareUse.h"
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/plan/AuditReport.h"
@@ -82,7 +83,8 @@ std::unique_ptr<AuditReport> AuditRun::makeReport(const Board& board) const {
 
 int AuditRun::audit(const Board& board) {
     const std::uint64_t total = carriersToAudit(board);
-    BootedRadio booted(board);
+    HardwareUse use(board, m_options.hardware, m_options.csv == "-" ? std::cerr : std::cout, m_options.json);
+    BootedRadio booted(board, use.hardware());
     booted.requireUp();
     const std::unique_ptr<AuditReport> report = makeReport(board);
     AuditCsv csv(m_csv.stream(), board);
@@ -107,6 +109,9 @@ int AuditRun::audit(const Board& board) {
     summary.exitCode = summary.signal != 0   ? ExitCode::signalBase + summary.signal
                        : result.outside != 0 ? ExitCode::outsideLimits
                                              : ExitCode::good;
+    if (!use.leave() && summary.exitCode == ExitCode::good) {
+        summary.exitCode = ExitCode::outsideLimits;
+    }
     report->finished(summary);
     return summary.exitCode;
 }
@@ -122,7 +127,7 @@ int runExplain(const ExplainOptions& options) {
         }
         BootedRadio booted(board);
         booted.requireUp();
-        const Explanation explanation = explain(booted, *channel, options.direction, options.carrier);
+        const Explanation explanation = explain(booted, board, *channel, options.direction, options.carrier);
         (options.json ? writeJson : writeText)(std::cout, board, explanation);
         return explanation.isGood() ? ExitCode::good : ExitCode::outsideLimits;
     });

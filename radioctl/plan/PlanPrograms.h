@@ -2,6 +2,7 @@
 #define RADIOCTL_PLAN_PLANPROGRAMS_H
 
 #include "radio/board/PlatformWords.h"
+#include "radioctl/bench/HardwareOptions.h"
 
 #include <cstdint>
 #include <string>
@@ -21,6 +22,7 @@ struct ExplainOptions {
 
 struct AuditOptions {
     bool json = false;
+    HardwareOptions hardware{};
     std::vector<std::string> boards;
     /** A file, "-" for standard output, or empty. */
     std::string csv;

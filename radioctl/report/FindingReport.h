@@ -10,9 +10,10 @@ namespace Radio {
 
 /**
  * Shows what was found in `file` on standard output, one line or JSON event each, and at the end how many
- * there are. Gives the exit code: warnings are good, errors are not.
+ * there are. Gives the exit code: errors are not good, and if it is `strict`, warnings are not either.
  */
-int showFindings(const std::string& file, const std::vector<Finding>& findings, bool json);
+int showFindings(const std::string& file, const std::vector<Finding>& findings, bool json,
+                 bool strict = false);
 
 } // namespace Radio
 

@@ -7,9 +7,16 @@
 
 namespace Radio {
 
-/** Writes `event` as one line, at once. */
+/**
+ * What events promise to those who read them. Within a number, events and members are only added: the number
+ * goes up when one goes away, is called otherwise or means something else.
+ */
+constexpr int jsonSchema = 1;
+
+/** Writes `event`, an object with members, as one line, at once; in front of its own, it gets the member
+ * "schema". */
 inline void writeJsonLine(std::ostream& out, const Json& event) {
-    out << toText(event) << "\n" << std::flush;
+    out << "{\"schema\":" << jsonSchema << "," << toText(event).substr(1) << "\n" << std::flush;
 }
 
 } // namespace Radio

@@ -33,6 +33,19 @@ Json cellValue(const Listing::Cell& cell) {
                       cell);
 }
 
+/** Where two lists of writes are not the same. */
+Json differences(const std::vector<AlignedWrite>& writes) {
+    Json list = Json::array();
+    for (const AlignedWrite& write : writes) {
+        if (!write.isSame()) {
+            list.push_back({{"driver", write.driver},
+                            {"expected", orNull(write.expected)},
+                            {"found", orNull(write.found)}});
+        }
+    }
+    return list;
+}
+
 } // namespace
 
 void JsonReporter::boardLoaded(const Board& board) {
@@ -45,6 +58,10 @@ void JsonReporter::boardLoaded(const Board& board) {
                           {"name", board.name},
                           {"description", board.description},
                           {"channels", channels}});
+}
+
+void JsonReporter::sensed(int degrees, std::size_t observers) {
+    writeJsonLine(m_out, {{"event", "sensed"}, {"degrees", degrees}, {"observers", observers}});
 }
 
 void JsonReporter::phaseStarted(unsigned long phase) {
@@ -96,6 +113,9 @@ void JsonReporter::called(const Standalone::Call& call) {
         event["bytes"] = call.bytes;
     }
     addCode(event, call.code);
+    for (const AttributeWrite& write : attributesOf(call)) {
+        event["attributes"].push_back({{"attribute", write.attribute}, {"text", write.text}});
+    }
     writeJsonLine(m_out, event);
 }
 
@@ -116,12 +136,27 @@ void JsonReporter::notified(const Notification& notification) {
                           {"observer", notification.throughC ? "C" : "class"}});
 }
 
+void JsonReporter::valueRead(const Reading& reading) {
+    Json event = {{"event", "value"}, {"driver", reading.driver}, {"value", reading.value}};
+    if (reading.seconds) {
+        event["seconds"] = std::round(*reading.seconds * 1000.0) / 1000.0;
+    }
+    writeJsonLine(m_out, event);
+}
+
+void JsonReporter::warned(const std::string& text) {
+    writeJsonLine(m_out, {{"event", "warning"}, {"text", text}});
+}
+
 void JsonReporter::judged(const ScriptLine& line, const Judgement& judgement) {
     Json event = {{"event", "expectation"},
                   {"text", line.text},
                   {"held", judgement.held},
                   {"expected", judgement.expected},
                   {"found", judgement.found}};
+    if (!judgement.writes.empty()) {
+        event["differences"] = differences(judgement.writes);
+    }
     addPlace(event, line.place);
     writeJsonLine(m_out, event);
 }

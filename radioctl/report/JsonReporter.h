@@ -15,6 +15,7 @@ public:
     JsonReporter(std::ostream& out, bool verbose) : m_out(out), m_verbose(verbose) {}
 
     void boardLoaded(const Board& board) override;
+    void sensed(int degrees, std::size_t observers) override;
     void phaseStarted(unsigned long phase) override;
     void phaseFinished(const Standalone::PhaseReport& report) override;
     void booted(bool succeeded) override;
@@ -23,6 +24,8 @@ public:
     void called(const Standalone::Call& call) override;
     void traced(const Standalone::TraceMessage& message) override;
     void notified(const Notification& notification) override;
+    void valueRead(const Reading& reading) override;
+    void warned(const std::string& text) override;
     void judged(const ScriptLine& line, const Judgement& judgement) override;
     void listed(const Listing& listing) override;
     void helpWanted(const std::string& about) override;

@@ -48,6 +48,9 @@ std::string adviceOf(const ChoiceError& error) {
     if (error.choice() == "restart") {
         return "; --restart begins anew";
     }
+    if (error.choice() == "hardware or restart") {
+        return "; --hardware goes on with it, --restart begins anew";
+    }
     if (error.choice() == "resume or restart") {
         return "; --resume goes on with it, --restart keeps it as a backup and begins anew";
     }

@@ -64,6 +64,22 @@ std::vector<std::size_t> columnWidths(const std::vector<std::vector<std::string>
     return widths;
 }
 
+std::string leftIn(const std::string& text, std::size_t width) {
+    return text + std::string(width - text.size(), ' ');
+}
+
+std::string rightIn(const std::string& text, std::size_t width) {
+    return std::string(width - text.size(), ' ') + text;
+}
+
+/** So many writes that are as expected are shown on either side of one that is not. */
+constexpr std::size_t shownAround = 3;
+
+/** A value in one of two lists side by side. */
+std::string valueText(const std::optional<std::int64_t>& value) {
+    return value ? std::to_string(*value) : "-";
+}
+
 std::string padded(const std::vector<std::string>& line, const std::vector<std::size_t>& widths) {
     std::string text(indent);
     for (std::size_t column = 0; column + 1 < line.size(); ++column) {
@@ -123,6 +139,11 @@ void TextReporter::boardLoaded(const Board& board) {
     }
 }
 
+void TextReporter::sensed(int degrees, std::size_t observers) {
+    m_out << indent << "sensor: " << degrees << " degrees, " << counted(observers, "observer") << " told\n"
+          << std::flush;
+}
+
 void TextReporter::phaseStarted(unsigned long phase) {
     m_writes = 0;
     m_out << "phase " << phase << ": " << meaningOf(phase) << "\n";
@@ -164,7 +185,7 @@ void TextReporter::booted(bool succeeded) {
 
 void TextReporter::commandStarted(const ScriptLine& line) {
     m_writes = 0;
-    if (m_style.echo) {
+    if (m_style.echo || !line.place.file.empty()) {
         m_out << "\n> " << shown(line) << "\n";
     }
 }
@@ -199,6 +220,10 @@ void TextReporter::showWrite(const Standalone::Call& call) {
         m_out << " (" << counted(call.bytes.size(), "byte") << ")";
     }
     m_out << answer(call.code) << "\n";
+    for (const AttributeWrite& write : attributesOf(call)) {
+        m_out << indent << "  => " << harmless(write.attribute) << " <- "
+              << (write.text.empty() ? "nothing that it could take" : harmless(write.text)) << "\n";
+    }
 }
 
 void TextReporter::traced(const Standalone::TraceMessage& message) {
@@ -217,7 +242,20 @@ void TextReporter::traced(const Standalone::TraceMessage& message) {
 
 void TextReporter::notified(const Notification& notification) {
     m_out << indent << toString(notification.direction) << " " << notification.channel << " told its "
-          << (notification.throughC ? "C observer: " : "observer: ") << notification.frequency << " kHz\n";
+          << (notification.throughC ? "C observer: " : "observer: ") << notification.frequency << " kHz\n"
+          << std::flush;
+}
+
+void TextReporter::valueRead(const Reading& reading) {
+    m_out << indent;
+    if (reading.seconds) {
+        m_out << std::setw(8) << inDecimals(*reading.seconds, 1) << " s  ";
+    }
+    m_out << reading.driver << " = " << reading.value << "\n" << std::flush;
+}
+
+void TextReporter::warned(const std::string& text) {
+    m_out << indent << painted(Paint::warning, "warning: " + text) << "\n";
 }
 
 void TextReporter::judged(const ScriptLine& line, const Judgement& judgement) {
@@ -225,10 +263,49 @@ void TextReporter::judged(const ScriptLine& line, const Judgement& judgement) {
         m_out << "  held    " << shown(line) << "\n";
     } else {
         m_out << "  " << failure("FAILED") << "  " << shown(line)
-              << (line.place.file.empty() ? "" : "  (" + toString(line.place) + ")") << "\n          "
-              << "expected " << judgement.expected << ", found " << judgement.found << "\n";
+              << (line.place.file.empty() ? "" : "  (" + toString(line.place) + ")") << "\n";
+        if (judgement.writes.empty()) {
+            m_out << "          expected " << judgement.expected << ", found " << judgement.found << "\n";
+        } else {
+            showWrites(judgement.writes);
+        }
     }
     m_out << std::flush;
+}
+
+void TextReporter::showWrites(const std::vector<AlignedWrite>& writes) {
+    const auto differsNear = [&writes](std::size_t at) {
+        const std::size_t first = at - std::min(at, shownAround);
+        const std::size_t last = std::min(at + shownAround + 1, writes.size());
+        return std::any_of(writes.begin() + static_cast<std::ptrdiff_t>(first),
+                           writes.begin() + static_cast<std::ptrdiff_t>(last),
+                           [](const AlignedWrite& write) { return !write.isSame(); });
+    };
+    std::vector<std::vector<std::string>> lines{{" ", "driver", "expected", "found"}};
+    std::size_t skipped = 0;
+    const auto tellSkipped = [&] {
+        if (skipped != 0) {
+            lines.push_back({" ", "... " + std::to_string(skipped) + " as expected", "", ""});
+        }
+        skipped = 0;
+    };
+    for (std::size_t at = 0; at < writes.size(); ++at) {
+        if (!differsNear(at)) {
+            ++skipped;
+            continue;
+        }
+        tellSkipped();
+        const AlignedWrite& write = writes[at];
+        lines.push_back(
+            {write.isSame() ? " " : "!", write.driver, valueText(write.expected), valueText(write.found)});
+    }
+    tellSkipped();
+    const auto widths = columnWidths(lines);
+    for (const auto& line : lines) {
+        const std::string text = "        " + line[0] + " " + leftIn(line[1], widths[1]) + "  " +
+                                 rightIn(line[2], widths[2]) + "  " + rightIn(line[3], widths[3]);
+        m_out << text.substr(0, text.find_last_not_of(' ') + 1) << "\n";
+    }
 }
 
 void TextReporter::listed(const Listing& listing) {

@@ -15,7 +15,8 @@ struct TextStyle {
     bool colour = false;
     /** Shows all calls to the platform, and where trace messages come from. */
     bool verbose = false;
-    /** Shows each command before what it does; not wanted where the user has just typed it. */
+    /** Shows each command before what it does; not wanted where the user has just typed it. Those of a file
+     * are shown all the same. */
     bool echo = true;
 };
 
@@ -26,6 +27,7 @@ public:
     TextReporter(std::ostream& out, TextStyle style) : m_out(out), m_style(style) {}
 
     void boardLoaded(const Board& board) override;
+    void sensed(int degrees, std::size_t observers) override;
     void phaseStarted(unsigned long phase) override;
     void phaseFinished(const Standalone::PhaseReport& report) override;
     void booted(bool succeeded) override;
@@ -34,6 +36,8 @@ public:
     void called(const Standalone::Call& call) override;
     void traced(const Standalone::TraceMessage& message) override;
     void notified(const Notification& notification) override;
+    void valueRead(const Reading& reading) override;
+    void warned(const std::string& text) override;
     void judged(const ScriptLine& line, const Judgement& judgement) override;
     void listed(const Listing& listing) override;
     void helpWanted(const std::string& about) override;
@@ -48,6 +52,8 @@ private:
     std::string failure(std::string_view text) const { return painted(Paint::failure, text); }
     std::string answer(std::int32_t code) const;
     void showWrite(const Standalone::Call& call);
+    /** The writes that were expected and those that were found, with what differs marked. */
+    void showWrites(const std::vector<AlignedWrite>& writes);
     void showTotals(const Summary& summary);
 
     std::ostream& m_out;

@@ -1,22 +1,31 @@
 #include "radioctl/run/RunPrograms.h"
 
 #include "radio/board/BoardFile.h"
+#include "radio/files/AtomicFile.h"
 #include "radio/files/InputError.h"
 #include "radio/files/TextFile.h"
 #include "radio/language/Script.h"
+#include "radio/plan/TuneCheck.h"
+#include "radio/session/Bench.h"
 #include "radio/session/ScriptLine.h"
 #include "radio/session/Session.h"
 #include "radio/text/WordError.h"
+#include "radioctl/bench/HardwareUse.h"
+#include "radioctl/console/Impatience.h"
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/console/LineEditor.h"
 #include "radioctl/console/LineReader.h"
 #include "radioctl/options/ExitCode.h"
+#include "radioctl/report/JunitReporter.h"
 #include "radioctl/report/Output.h"
 
 #include <unistd.h>
 
+#include <functional>
+#include <iostream>
 #include <optional>
 #include <string>
+#include <variant>
 
 namespace Radio {
 
@@ -37,11 +46,81 @@ int exitCodeFor(const RunSummary& summary) {
                : ExitCode::good;
 }
 
-/** Tells what the session came to; gives the exit code. */
-int conclude(Session& session, Reporter& reporter, int signal, std::size_t refusedLines) {
-    const RunSummary summary{session.finish(), refusedLines, signal};
-    const int exitCode = exitCodeFor(summary);
-    reporter.summarised(summary, exitCode);
+/** A session of the program: on hardware if that was asked for, and with what is around it. */
+class Drive {
+public:
+    /** Throws InputError when the hardware cannot be driven. All must outlive the object. */
+    Drive(const Board& board, const RunOptions& options, Reporter& reporter)
+        : m_board(board),
+          m_reporter(reporter),
+          m_hardware(board, options.hardware, std::cout, options.json),
+          m_session(board, reporter, options.trace, m_hardware.hardware()) {
+        if (options.hardware.dryRun) {
+            reporter.showAttributes([&board](const std::string& driver, std::int64_t value) {
+                return attributeWrites(board, driver, value);
+            });
+        }
+        reporter.boardLoaded(board);
+        m_session.setGuard([this](const Action& action) { return whyNot(action); });
+        m_session.setRefusing(m_hardware.isReal());
+        m_session.setIdle([this] { idle(); });
+    }
+
+    void boot();
+    Session& session() { return m_session; }
+    /** Between two commands, and while there is none. */
+    void idle() { sense(m_hardware.poll()); }
+    /** Leaves, and tells what the session came to; gives the exit code. */
+    int conclude(int signal, std::size_t refusedLines);
+
+private:
+    std::string whyNot(const Action& action);
+    void sense(std::optional<int> degrees);
+
+    const Board& m_board;
+    Reporter& m_reporter;
+    HardwareUse m_hardware;
+    Session m_session;
+};
+
+void Drive::boot() {
+    m_session.boot();
+    if (m_hardware.isReal()) {
+        sense(m_hardware.hardware()->readSensor());
+        m_hardware.hardware()->startSensor();
+    }
+}
+
+/** What speaks against an action; what is forced may leave the ranges of drivers. */
+std::string Drive::whyNot(const Action& action) {
+    if (m_hardware.isReal()) {
+        m_hardware.hardware()->setForced(isForced(action));
+    }
+    Standalone::Platform& platform = m_session.radio().platform();
+    return std::visit(
+        Visitor{[&](const Tune& tune) {
+                    return Plan::whyNotTune(m_board, platform, tune.direction, tune.channel, tune.frequency);
+                },
+                [&](const WriteDriver& write) { return Plan::whyNotWrite(m_board, write.name, write.value); },
+                [](const auto& /*other*/) { return std::string(); }},
+        action);
+}
+
+/** What the sensor gave, unless the radio knows it. */
+void Drive::sense(std::optional<int> degrees) {
+    if (degrees && degrees != m_session.radio().platform().temperature().temperature()) {
+        m_hardware.hardware()->setForced(false);
+        m_reporter.sensed(*degrees, m_session.sense(*degrees));
+    }
+}
+
+int Drive::conclude(int signal, std::size_t refusedLines) {
+    const RunSummary summary{m_session.finish(), refusedLines, signal};
+    int exitCode = exitCodeFor(summary);
+    if (!m_hardware.leave() && exitCode == ExitCode::good) {
+        exitCode = ExitCode::expectationFailed;
+    }
+    m_reporter.summarised(summary, exitCode);
     return exitCode;
 }
 
@@ -71,16 +150,16 @@ int runOn(const Board& board, const RunOptions& options, Reporter& reporter) {
     if (interrupt.signal() != 0) {
         return ExitCode::signalBase + interrupt.signal();
     }
-    reporter.boardLoaded(board);
-    Session session(board, reporter, options.trace);
-    session.boot();
+    Drive drive(board, options, reporter);
+    drive.session().setGoOn([&interrupt] { return interrupt.signal() == 0 && std::cout.good(); });
+    drive.boot();
     for (const ScriptLine& line : script) {
-        if (session.isOver() || interrupt.signal() != 0) {
+        if (drive.session().isOver() || interrupt.signal() != 0 || !std::cout) {
             break;
         }
-        session.execute(line);
+        drive.session().execute(line);
     }
-    return conclude(session, reporter, interrupt.signal(), 0);
+    return drive.conclude(interrupt.signal(), 0);
 }
 
 /** Where the lines of a console come from. */
@@ -89,6 +168,14 @@ public:
     ConsoleInput(bool atTerminal, const BoardNames& names, Interrupt& interrupt) : m_reader(interrupt) {
         if (atTerminal) {
             m_editor.emplace(names, interrupt, historyFile());
+        }
+    }
+
+    /** Is called every 250 ms while a line is waited for; see LineEditor. */
+    void setIdle(const std::function<void()>& idle) {
+        m_reader.setIdle(idle);
+        if (m_editor.has_value()) {
+            m_editor->setIdle(idle);
         }
     }
 
@@ -101,40 +188,76 @@ private:
 
 int consoleOn(const Board& board, const RunOptions& options, Reporter& reporter, bool atTerminal) {
     Interrupt interrupt;
-    const CommandCheck check(board);
-    reporter.boardLoaded(board);
-    Session session(board, reporter, options.trace);
-    session.boot();
+    const CommandCheck check(board, atTerminal);
+    Drive drive(board, options, reporter);
+    Impatience impatience(drive.session(), interrupt, atTerminal);
+    drive.boot();
     std::size_t refusedLines = 0;
     ConsoleInput input(atTerminal, check.names(), interrupt);
+    input.setIdle([&drive] { drive.idle(); });
     Place place{atTerminal ? "" : standardInput, 0};
-    while (!session.isOver()) {
+    const auto refuseLine = [&](const std::string& message) {
+        refuse(reporter, message);
+        refusedLines += atTerminal ? 0 : 1;
+    };
+    while (!drive.session().isOver() && std::cout) {
         const std::optional<std::string> line = input.next();
         if (!line.has_value()) {
             break;
         }
         ++place.line;
         try {
-            if (const auto command = readLine(*line, place, check)) {
-                session.execute(*command);
+            for (const ScriptLine& command : readLines(*line, place, check)) {
+                drive.session().execute(command);
+                if (drive.session().isOver() || !impatience.goesOn()) {
+                    break;
+                }
             }
+            impatience.settle();
         } catch (const WordError& error) {
-            refuse(reporter, (atTerminal ? "" : toString(place) + ": ") + error.what());
-            refusedLines += atTerminal ? 0 : 1;
+            refuseLine((atTerminal ? "" : toString(place) + ": ") + error.what());
+        } catch (const InputError& error) {
+            refuseLine(error.what());
         }
     }
-    return conclude(session, reporter, interrupt.signal(), refusedLines);
+    return drive.conclude(interrupt.signal(), refusedLines);
+}
+
+/** Carries the script out; gives the exit code also when something that it needs cannot be used. */
+int runReporting(const RunOptions& options, Reporter& reporter) {
+    try {
+        return runOn(loadBoard(options.board), options, reporter);
+    } catch (const InputError& error) {
+        return refuse(reporter, error.what());
+    }
+}
+
+/** The same with a report. */
+int runWithJunit(const RunOptions& options, Reporter& reporter) {
+    const std::string script = options.script.value_or("-");
+    try {
+        for (const std::string& input : {options.board, script}) {
+            if (isSameFile(options.junit, input)) {
+                throw InputError({options.junit, 0},
+                                 "is read by the same run, expected another file for the report");
+            }
+        }
+        AtomicFile file(options.junit);
+        JunitReporter junit(reporter, script == "-" ? standardInput : script);
+        const int exitCode = runReporting(options, junit);
+        junit.write(file.stream(), exitCode);
+        file.commit();
+        return exitCode;
+    } catch (const InputError& error) {
+        return refuse(reporter, error.what());
+    }
 }
 
 } // namespace
 
 int runScript(const RunOptions& options) {
     const auto reporter = makeReporter(options.json, options.verbose, true);
-    try {
-        return runOn(loadBoard(options.board), options, *reporter);
-    } catch (const InputError& error) {
-        return refuse(*reporter, error.what());
-    }
+    return options.junit.empty() ? runReporting(options, *reporter) : runWithJunit(options, *reporter);
 }
 
 int runConsole(const RunOptions& options) {

@@ -2,6 +2,7 @@
 #define RADIOCTL_RUN_RUNPROGRAMS_H
 
 #include "OrbiTrace.h"
+#include "radioctl/bench/HardwareOptions.h"
 #include "standalone/Platform.h"
 
 #include <optional>
@@ -15,9 +16,12 @@ struct RunOptions {
     bool json = false;
     bool verbose = false;
     OrbiTraceLevel trace = Standalone::TraceLevel::notice;
+    HardwareOptions hardware{};
     std::string board;
     /** A file, or "-" for standard input; nothing when it was left out. */
     std::optional<std::string> script{};
+    /** Where a report in the form of JUnit's XML goes; empty for nowhere. */
+    std::string junit{};
 };
 
 /** Boots a board and carries out a script. */

@@ -1,5 +1,6 @@
 #include "radioctl/tables/TablesCommandLine.h"
 
+#include "radio/board/CalibrationBounds.h"
 #include "radio/text/Frequency.h"
 #include "radioctl/options/Values.h"
 
@@ -49,7 +50,10 @@ void TablesCommandLine::addWhy() {
         .required()
         .named("F")
         .check(whyNoFrequency);
-    m_why.option("--temperature", m_whyOptions.temperature, "In degrees Celsius").required().named("T");
+    m_why.option("--temperature", m_whyOptions.temperature, "In degrees Celsius")
+        .required()
+        .named("T")
+        .within(temperatureBounds.low, temperatureBounds.high, "degrees");
     m_why.json(m_whyOptions.json);
 }
 

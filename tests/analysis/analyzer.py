@@ -39,7 +39,8 @@ def main():
     compiler, list_of_findings = sys.argv[1:]
     counts = collections.Counter()
     messages = {}
-    for root in ("PlatformServices", "Platform"):
+    # Not the devices: they put texts together in nearly every function, each of which it takes for uninitialised.
+    for root in ("PlatformServices", "Platform/standalone"):
         for source in sorted(pathlib.Path(root).rglob("*.cpp")):
             for what, text, message in findings(compiler, source):
                 counts[what, text] += 1

@@ -18,6 +18,7 @@ import sys
 
 # A compiler takes long for the headers of these libraries: who may include them.
 LARGE = {
+    'asio': ['Platform/devices/ScpiStream.h', 'Platform/devices/ScpiStream.cpp'],
     'CLI': ['radioctl/options/Options.cpp'],
     'nlohmann': ['radio/files/Json.cpp', 'radio/calibration/SettingsReader.h'],
     'toml++': ['radio/board/TomlItem.h', 'radio/board/TomlText.h'],
@@ -57,6 +58,8 @@ def header_of(project, room):
         return room.folder + '/' + names[0]
     if room.name == 'standalone_platform':
         return 'standalone/Platform.h'
+    if room.name == 'radio_devices':
+        return 'devices/Hardware.h'
     return names[0]
 
 
@@ -97,17 +100,17 @@ def check_spelling(project):
                                  'PlatformServices/FrequencyHandler/private/qm7373')
              for name in os.listdir(os.path.join(project, folder)) if name.endswith('.h')}
     problems = []
-    for top in ('Platform/standalone', 'radio', 'radioctl'):
+    for top in ('Platform/standalone', 'Platform/devices', 'radio', 'radioctl'):
         for folder, _, names in os.walk(os.path.join(project, top)):
             for name in sorted(n for n in names if n.endswith(('.h', '.cpp', '.in'))):
                 path = os.path.relpath(os.path.join(folder, name), project)
                 with open(os.path.join(project, path), encoding='utf-8') as file:
                     for number, line in enumerate(file, 1):
-                        large = re.match(r'\s*#\s*include\s*<(CLI|nlohmann|toml\+\+)/', line)
+                        large = re.match(r'\s*#\s*include\s*<(CLI|asio|nlohmann|toml\+\+)/', line)
                         if large and path not in LARGE[large[1]]:
                             problems.append(f'{path}:{number}: <{large[1]}/...>, expected it in {" or ".join(LARGE[large[1]])}')
                         match = re.match(r'\s*#\s*include\s*"([^"]+)"', line)
-                        if match and not match[1].startswith(('radio/', 'radioctl/', 'standalone/')) \
+                        if match and not match[1].startswith(('radio/', 'radioctl/', 'standalone/', 'devices/')) \
                                 and match[1] not in plain:
                             problems.append(f'{path}:{number}: "{match[1]}", expected it from the top')
     return problems

@@ -1,5 +1,6 @@
 #include "radioctl/calibrate/page/CalibrationPage.h"
 
+#include "radio/calibration/SearchDrivers.h"
 #include "radio/calibration/Surface.h"
 #include "radio/text/Median.h"
 #include "radio/text/Words.h"
@@ -50,39 +51,37 @@ void writeLine(std::ostream& out, const std::string& what, const std::string& va
     out << "<tr><th>" << what << "</th>" << cell(value) << "</tr>\n";
 }
 
-std::string detectorText(const LeakageDescription& leakage, const Settings& settings) {
-    const DetectorDescription& detector =
-        settings.useHighDetector && leakage.highDetector ? *leakage.highDetector : leakage.detector;
-    const std::string range = settings.useHighDetector ? "high range"
-                              : leakage.highDetector   ? "low range"
-                                                       : "";
-    if (settings.useHighDetector && !leakage.highDetector) {
+std::string detectorText(const SearchDrivers& drivers, const Settings& settings) {
+    if (settings.useHighDetector && drivers.highDetector.empty()) {
         return "high range, which the board does not have";
     }
-    return inHtml(detector.driver) + (range.empty() ? "" : ", " + range);
+    return inHtml(drivers.read(settings.useHighDetector)) + (drivers.highDetector.empty() ? ""
+                                                             : settings.useHighDetector   ? ", high range"
+                                                                                          : ", low range");
 }
 
-void writeParameters(std::ostream& out, const Board& board, const LeakageDescription& leakage,
+void writeParameters(std::ostream& out, const Board& board, const SearchDrivers& drivers,
                      const Result& result) {
     const Settings& settings = result.settings;
     out << "<h2>How it was calibrated</h2>\n<table>\n";
     writeLine(out, "board", inHtml(board.name) + " (" + inHtml(board.file.string()) + ")");
     writeLine(out, "serial", inHtml(result.serial));
     writeLine(out, "channel", std::to_string(settings.channel));
+    if (result.isHardware) {
+        writeLine(out, "mode", std::string(hardwareMode));
+    }
     writeLine(out, "date", inHtml(result.date) + " (UTC)");
     writeLine(out, "tool", "radioctl " + inHtml(result.version));
     writeLine(out, "carriers", axisText(settings.frequencies, "kHz"));
     writeLine(out, "temperatures", axisText(settings.temperatures, "°C"));
-    writeLine(out, "search range of I",
-              rangeText(settings.i) + " (units of " + inHtml(leakage.i.driver) + ")");
-    writeLine(out, "search range of Q",
-              rangeText(settings.q) + " (units of " + inHtml(leakage.q.driver) + ")");
+    writeLine(out, "search range of I", rangeText(settings.i) + " (units of " + inHtml(drivers.i) + ")");
+    writeLine(out, "search range of Q", rangeText(settings.q) + " (units of " + inHtml(drivers.q) + ")");
     writeLine(out, "shrink factor", numberText(settings.shrinkFactor));
     writeLine(out, "a search ends",
               "at a range of " + std::to_string(settings.minDelta) + " or less, or after " +
                   counted(settings.maxIterations, "iteration"));
     writeLine(out, "settle time", std::to_string(settings.settleTime) + " ms");
-    writeLine(out, "detector", detectorText(leakage, settings));
+    writeLine(out, "detector", detectorText(drivers, settings));
     out << "</table>\n";
 }
 
@@ -114,11 +113,29 @@ void writeEffort(std::ostream& out, const Result& result) {
     out << counted(probes, "probe") << " in total.";
 }
 
+void writeReading(std::ostream& out, const std::string& what, const std::optional<Worst>& worst) {
+    out << "<tr>" << cell(what);
+    if (worst) {
+        out << numberCell(numberText(worst->level)) << cell(placeText(worst->frequency, worst->temperature));
+    } else {
+        out << numberCell("-") << cell("no point has corrections");
+    }
+    out << "</tr>\n";
+}
+
 void writeSummary(std::ostream& out, const LeakageSummary& summary, const Result& result) {
-    out << "<table>\n<tr><th>highest modelled leakage</th><th class=\"number\">dBc</th><th>where</th></tr>\n";
-    writeWorst(out, "before, at the points", summary.before);
-    writeWorst(out, "after, at the points", summary.after);
-    writeWorst(out, "after, also between the points", summary.between);
+    if (result.isHardware) {
+        out << "<table>\n<tr><th>highest reading of the detector</th><th class=\"number\">reading</th>"
+               "<th>where</th></tr>\n";
+        writeReading(out, "at the first probe", summary.firstReading);
+        writeReading(out, "at the last probe", summary.lastReading);
+    } else {
+        out << "<table>\n<tr><th>highest modelled leakage</th><th class=\"number\">dBc</th>"
+               "<th>where</th></tr>\n";
+        writeWorst(out, "before, at the points", summary.before);
+        writeWorst(out, "after, at the points", summary.after);
+        writeWorst(out, "after, also between the points", summary.between);
+    }
     out << "</table>\n<p>" << counted(result.points.size(), "point") << ": " << summary.good << " good, "
         << summary.edge << " at the edge of a search range, " << summary.failed << " failed. ";
     writeEffort(out, result);
@@ -150,17 +167,28 @@ void writeWarnings(std::ostream& out, const std::vector<const Point*>& points) {
     out << "</ul>\n</div>\n";
 }
 
-void writePoint(std::ostream& out, const Point& point) {
+std::string textOf(const std::optional<double>& level) {
+    return level ? inTwoDecimals(*level) : "-";
+}
+
+std::string textOf(const std::optional<std::int32_t>& reading) {
+    return reading ? std::to_string(*reading) : "-";
+}
+
+void writePoint(std::ostream& out, const Point& point, bool isHardware) {
     const bool isFailed = point.state == PointState::failed;
     out << (point.state == PointState::good ? "<tr>" : "<tr class=\"bad\">")
         << numberCell(std::to_string(point.frequency)) << numberCell(std::to_string(point.temperature))
         << cell(std::string(toString(point.state))) << numberCell(isFailed ? "-" : std::to_string(point.i))
-        << numberCell(isFailed ? "-" : std::to_string(point.q)) << numberCell(inTwoDecimals(point.before))
-        << numberCell(isFailed ? "-" : inTwoDecimals(point.after))
+        << numberCell(isFailed ? "-" : std::to_string(point.q))
+        << numberCell(isHardware ? textOf(point.firstReading) : textOf(point.before))
+        << numberCell(isFailed     ? "-"
+                      : isHardware ? textOf(point.lastReading)
+                                   : textOf(point.after))
         << numberCell(std::to_string(point.iterations)) << cell(inHtml(point.remark)) << "</tr>\n";
 }
 
-void writePoints(std::ostream& out, std::vector<const Point*> points) {
+void writePoints(std::ostream& out, std::vector<const Point*> points, bool isHardware) {
     out << "<h2>All points</h2>\n";
     if (points.size() > mostLines) {
         // Those that matter are not to be the ones that are left out.
@@ -170,18 +198,19 @@ void writePoints(std::ostream& out, std::vector<const Point*> points) {
         points.resize(mostLines);
     }
     out << "<table>\n<tr><th class=\"number\">kHz</th><th class=\"number\">°C</th><th>state</th>"
-           "<th class=\"number\">I</th><th class=\"number\">Q</th><th class=\"number\">before, dBc</th>"
-           "<th class=\"number\">after, dBc</th><th class=\"number\">iterations</th><th>remark</th></tr>\n";
+           "<th class=\"number\">I</th><th class=\"number\">Q</th>"
+        << (isHardware ? "<th class=\"number\">first reading</th><th class=\"number\">last reading</th>"
+                       : "<th class=\"number\">before, dBc</th><th class=\"number\">after, dBc</th>")
+        << "<th class=\"number\">iterations</th><th>remark</th></tr>\n";
     for (const Point* point : points) {
-        writePoint(out, *point);
+        writePoint(out, *point, isHardware);
     }
     out << "</table>\n";
 }
 
-} // namespace
-
-void writePage(std::ostream& out, const Board& board, const LeakageDescription& leakage,
-               const Result& result) {
+/** `leakage` is null on hardware. */
+void writeWholePage(std::ostream& out, const Board& board, const LeakageDescription* leakage,
+                    const Result& result) {
     std::vector<const Point*> points;
     for (const Point& point : result.points) {
         points.push_back(&point);
@@ -190,17 +219,39 @@ void writePage(std::ostream& out, const Board& board, const LeakageDescription& 
     out << "<h1>Calibration of the LO leakage</h1>\n"
         << "<p>" << inHtml(board.name) << ", serial " << inHtml(result.serial) << ", channel "
         << result.settings.channel << ", " << inHtml(result.date) << "</p>\n";
-    writeSummary(out, summarise(result, leakage), result);
+    writeSummary(out, leakage != nullptr ? summarise(result, *leakage) : summarise(result), result);
     writeWarnings(out, points);
-    out << "<p class=\"note\">Leakage is that of the modelled transmitter, relative to its signal: the "
-           "lower, "
-           "the cleaner. Before, both corrections are 0.</p>\n";
-    writeParameters(out, board, leakage, result);
-    writeLeakageFigures(out, result, leakage);
+    out << (leakage != nullptr
+                ? "<p class=\"note\">Leakage is that of the modelled transmitter, relative to its signal: "
+                  "the "
+                  "lower, the cleaner. Before, both corrections are 0.</p>\n"
+                : "<p class=\"note\">Calibrated on hardware: what leaks is known from the detector alone, in "
+                  "its units; the lower, the cleaner. The first probe of a search has both corrections at "
+                  "the "
+                  "low ends of their ranges.</p>\n");
+    writeParameters(out, board,
+                    leakage != nullptr ? driversOf(*leakage) : driversOf(board, result.settings.channel),
+                    result);
+    if (leakage != nullptr) {
+        writeLeakageFigures(out, result, *leakage);
+    } else {
+        writeReadingFigures(out, result);
+    }
     writeSearchFigures(out, result, leakage);
     writeCorrectionFigures(out, result);
-    writePoints(out, std::move(points));
+    writePoints(out, std::move(points), leakage == nullptr);
     writeEnd(out);
+}
+
+} // namespace
+
+void writePage(std::ostream& out, const Board& board, const LeakageDescription& leakage,
+               const Result& result) {
+    writeWholePage(out, board, &leakage, result);
+}
+
+void writePage(std::ostream& out, const Board& board, const Result& result) {
+    writeWholePage(out, board, nullptr, result);
 }
 
 } // namespace Radio::Calibration

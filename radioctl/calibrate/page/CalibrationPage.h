@@ -15,6 +15,8 @@ namespace Radio::Calibration {
  */
 void writePage(std::ostream& out, const Board& board, const LeakageDescription& leakage,
                const Result& result);
+/** The same of a calibration on hardware: what the detector read, in place of leakage. */
+void writePage(std::ostream& out, const Board& board, const Result& result);
 
 } // namespace Radio::Calibration
 

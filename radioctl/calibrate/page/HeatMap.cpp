@@ -83,11 +83,19 @@ ColourScale scaleFor(const std::vector<double>& levels) {
     return {low, std::max(std::ceil(*highest / 10.0) * 10.0, low + 10.0)};
 }
 
-void writeMap(std::ostream& script, const HeatMap& map, const ColourScale& scale) {
+ColourScale scaleForReadings(const std::vector<double>& readings) {
+    if (readings.empty()) {
+        return {0.0, 1.0};
+    }
+    const auto [lowest, highest] = std::minmax_element(readings.begin(), readings.end());
+    return {*lowest, std::max(*highest, *lowest + 1.0)};
+}
+
+void writeMap(std::ostream& script, const HeatMap& map, const ColourScale& scale, const char* quantity) {
     const MapAxis& x = map.x;
     const MapAxis& y = map.y;
     script << evenPalette << "set cbrange [" << scale.low << ':' << scale.high << "]\n"
-           << "set cblabel 'leakage, dBc'\n"
+           << "set cblabel '" << quantity << "'\n"
            << "set xrange [" << x.edges.front() << ':' << x.edges.back() << "]\n"
            << "set yrange [" << y.edges.front() << ':' << y.edges.back() << "]\n"
            << "set object 1 rectangle from graph 0,0 to graph 1,1 fillcolor rgb '#dddddd' fillstyle solid "

@@ -43,12 +43,16 @@ struct ColourScale {
 /** A scale for all these levels, from one round number to another. Levels below -100 are shown as that. */
 ColourScale scaleFor(const std::vector<double>& levels);
 
+/** A scale for what a detector read, from the lowest to the highest. */
+ColourScale scaleForReadings(const std::vector<double>& readings);
+
 /** All levels that are there. */
 std::vector<double> levelsOf(const std::vector<std::optional<double>>& levels);
 
 /** A part of a gnuplot script: axes as wide as the map, with its colours beside it and grey where it has a
- * hole, and its cells as data block $map. */
-void writeMap(std::ostream& script, const HeatMap& map, const ColourScale& scale);
+ * hole, and its cells as data block $map. `quantity` is what the colours are. */
+void writeMap(std::ostream& script, const HeatMap& map, const ColourScale& scale,
+              const char* quantity = "leakage, dBc");
 
 /** The cells as the first thing of a plot command. */
 constexpr const char* mapPlot =

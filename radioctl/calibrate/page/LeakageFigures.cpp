@@ -90,6 +90,9 @@ void writeMarks(std::ostream& plot, const std::string& block, const std::vector<
 struct Frame {
     ColourScale scale;
     Marks marks;
+    /** What the colours are, and what is said of the highest. */
+    const char* quantity = "leakage, dBc";
+    const char* worst = "highest leakage";
 };
 
 /** One picture; its name and title are the program's own. */
@@ -97,7 +100,7 @@ void writeFigureOf(std::ostream& out, const Frame& frame, const Surface& surface
                    const std::string& title) {
     std::ostringstream script = beginScript(960, 330);
     const HeatMap map = mapOf(surface);
-    writeMap(script, map, frame.scale);
+    writeMap(script, map, frame.scale, frame.quantity);
     script << "set xlabel 'carrier, GHz'\nset ylabel 'temperature, °C'\n";
     if (map.x.nodes.size() == 1) {
         writeSingleTic(script, 'x', map.x.nodes.front());
@@ -118,7 +121,7 @@ void writeFigureOf(std::ostream& out, const Frame& frame, const Surface& surface
     writeMarks(script, "good", frame.marks.good, goodStyle, "point");
     writeMarks(script, "edge", frame.marks.edge, edgeStyle, "at the edge of the search range");
     writeMarks(script, "failed", frame.marks.failed, failedStyle, "failed");
-    writeMarks(script, "worst", worst, worstStyle, "highest leakage");
+    writeMarks(script, "worst", worst, worstStyle, frame.worst);
     script << '\n';
     Page::writeFigure(out, title, Page::drawSvg(script.str(), id, title));
 }
@@ -156,6 +159,22 @@ void writeLeakageFigures(std::ostream& out, const Result& result, const LeakageD
         out << "<p class=\"note\">There is no picture of the leakage between the points, because not every "
                "point has corrections from which to interpolate.</p>\n";
     }
+}
+
+void writeReadingFigures(std::ostream& out, const Result& result) {
+    const Surface first = firstReadings(result);
+    const Surface last = lastReadings(result);
+    std::vector<double> readings = levelsOf(first.levels);
+    const std::vector<double> others = levelsOf(last.levels);
+    readings.insert(readings.end(), others.begin(), others.end());
+    const Frame frame{scaleForReadings(readings), marksOf(result, mapOf(first)), "reading of the detector",
+                      "highest reading"};
+    out << "<h2>Readings over carrier and temperature</h2>\n"
+           "<p class=\"note\">One colour scale for both: bright is a high reading, dark is a low one. The "
+           "first picture may be bright; the second should be dark everywhere. Grey fields have no "
+           "corrections.</p>\n";
+    writeFigureOf(out, frame, first, "first", "At the first probe of each search");
+    writeFigureOf(out, frame, last, "last", "At the last probe of each search");
 }
 
 } // namespace Radio::Calibration

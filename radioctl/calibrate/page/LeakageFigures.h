@@ -12,6 +12,9 @@ namespace Radio::Calibration {
  * after, and between the points. Throws InputError when they cannot be drawn. */
 void writeLeakageFigures(std::ostream& out, const Result& result, const LeakageDescription& leakage);
 
+/** The same of what the detector read on hardware: at the first probe of each search, and at the last. */
+void writeReadingFigures(std::ostream& out, const Result& result);
+
 } // namespace Radio::Calibration
 
 #endif

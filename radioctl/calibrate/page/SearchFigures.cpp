@@ -65,16 +65,29 @@ std::vector<PlotPoint> placesOf(const std::vector<Probe>& probes) {
     return places;
 }
 
-void writePath(std::ostream& out, const LeakageDescription& leakage, const Point& point, const Plane& plane,
+/** What leaks with each pair of corrections; of a real radio nobody knows, and there are only the axes. Gives
+ * how the plot command begins. */
+std::string writePlane(std::ostream& script, const LeakageDescription* leakage, const Point& point,
+                       const Plane& plane) {
+    if (leakage == nullptr) {
+        script << "set grid\nset xrange [" << plane.i.low - 1 << ':' << plane.i.high + 1 << "]\nset yrange ["
+               << plane.q.low - 1 << ':' << plane.q.high + 1 << "]\n";
+        return "NaN notitle";
+    }
+    const HeatMap map = mapOf(*leakage, point, plane);
+    writeMap(script, map, scaleFor(levelsOf(map.levels)));
+    return mapPlot;
+}
+
+void writePath(std::ostream& out, const LeakageDescription* leakage, const Point& point, const Plane& plane,
                const std::string& id, const std::string& title) {
     std::ostringstream script = beginScript(960, 640);
-    const HeatMap map = mapOf(leakage, point, plane);
-    writeMap(script, map, scaleFor(levelsOf(map.levels)));
+    const std::string beginning = writePlane(script, leakage, point, plane);
     writeBlock(script, "probes", placesOf(point.probes));
     writeBlock(script, "best", placesOf(bestProbes(point)));
     writeBlock(script, "result", {{static_cast<double>(point.i), static_cast<double>(point.q)}});
     script << "set xlabel 'I, units of its driver'\nset ylabel 'Q, units of its driver'\n"
-           << "plot " << mapPlot
+           << "plot " << beginning
            << ", $probes using 1:2 with points pointtype 7 pointsize 0.5 linecolor rgb 'white' notitle"
               ", $probes using 1:2 with points pointtype 6 pointsize 0.5 linecolor rgb 'black' title 'probe'"
               ", $best using 1:2 with lines linewidth 3 linecolor rgb 'black' notitle"
@@ -98,17 +111,30 @@ std::vector<const Point*> searched(const Result& result) {
     return points;
 }
 
-void writePaths(std::ostream& out, const Settings& settings, const LeakageDescription& leakage,
-                const Point& point) {
-    const std::size_t iterations = bestProbes(point).size();
-    out << "<p class=\"note\">The search at the point that leaked most without corrections: "
-        << point.frequency << " kHz, " << point.temperature
-        << " °C, over what the modelled transmitter leaks with each pair of corrections; its colours are its "
+void writePathNote(std::ostream& out, const LeakageDescription* leakage, const Point& point) {
+    const std::string place =
+        std::to_string(point.frequency) + " kHz, " + std::to_string(point.temperature) + " °C";
+    if (leakage == nullptr) {
+        out << "<p class=\"note\">The search at the point with the highest reading at its first probe: "
+            << place
+            << ". A path that jumps about took wrong turns: the detector settles too slowly, is noisy, or "
+               "does "
+               "not see what leaks.</p>\n";
+        return;
+    }
+    out << "<p class=\"note\">The search at the point that leaked most without corrections: " << place
+        << ", over what the modelled transmitter leaks with each pair of corrections; its colours are its "
            "own. The path should run into the dark hollow, and the result be at its bottom. A search that "
            "ends "
            "beside it took a wrong turn: the detector settles too slowly, is noisy, or does not see what "
            "leaks."
            "</p>\n";
+}
+
+void writePaths(std::ostream& out, const Settings& settings, const LeakageDescription* leakage,
+                const Point& point) {
+    const std::size_t iterations = bestProbes(point).size();
+    writePathNote(out, leakage, point);
     writePath(out, leakage, point, {inOrder(settings.i), inOrder(settings.q)}, "path", "Path of a search");
     if (const std::size_t half = iterations / 2; half != 0) {
         writePath(out, leakage, point, planeAround(point, half), "path-end",
@@ -116,7 +142,7 @@ void writePaths(std::ostream& out, const Settings& settings, const LeakageDescri
     }
 }
 
-void writeConvergence(std::ostream& out, const std::vector<std::vector<double>>& searches) {
+void writeConvergence(std::ostream& out, const std::vector<std::vector<double>>& searches, bool isHardware) {
     std::vector<PlotPoint> middle;
     for (const double level : medianOf(searches)) {
         middle.push_back({static_cast<double>(middle.size() + 1), level});
@@ -132,7 +158,8 @@ void writeConvergence(std::ostream& out, const std::vector<std::vector<double>>&
     }
     script << "END\n";
     writeBlock(script, "median", middle);
-    script << "set grid\nset xlabel 'iteration'\nset ylabel 'leakage of the best probe, dBc'\n"
+    script << "set grid\nset xlabel 'iteration'\nset ylabel '"
+           << (isHardware ? "reading of the best probe" : "leakage of the best probe, dBc") << "'\n"
            << "set xrange [0.5:" << static_cast<double>(middle.size()) + 0.5 << "]\n"
            << "set offsets graph 0, graph 0, graph 0.05, graph 0.05\n"
            << "plot $searches using 1:2 with " << (middle.size() == 1 ? "points pointtype 7" : "lines")
@@ -140,8 +167,10 @@ void writeConvergence(std::ostream& out, const std::vector<std::vector<double>>&
               "pointtype 7 pointsize 0.4 "
               "linewidth 3 linecolor rgb '"
            << Page::blue << "' title 'median of all'\n";
-    out << "<p class=\"note\">What leaks with the best probe of each iteration, as the model has it. The "
-           "curves "
+    out << "<p class=\"note\">"
+        << (isHardware ? "What the detector read at the best probe of each iteration. "
+                       : "What leaks with the best probe of each iteration, as the model has it. ")
+        << "The curves "
            "should fall until a step of the corrections, or the floor of the detector, ends it. A curve that "
            "stays high shows a search that went astray.";
     if (stride > 1) {
@@ -154,20 +183,22 @@ void writeConvergence(std::ostream& out, const std::vector<std::vector<double>>&
 
 } // namespace
 
-void writeSearchFigures(std::ostream& out, const Result& result, const LeakageDescription& leakage) {
+void writeSearchFigures(std::ostream& out, const Result& result, const LeakageDescription* leakage) {
     const std::vector<const Point*> points = searched(result);
     if (points.empty()) {
         return;
     }
     const Point& worst =
-        **std::max_element(points.begin(), points.end(),
-                           [](const Point* one, const Point* other) { return one->before < other->before; });
+        **std::max_element(points.begin(), points.end(), [leakage](const Point* one, const Point* other) {
+            return leakage != nullptr ? one->before < other->before : one->firstReading < other->firstReading;
+        });
     std::vector<std::vector<double>> searches;
-    std::transform(points.begin(), points.end(), std::back_inserter(searches),
-                   [&](const Point* point) { return convergenceOf(*point, leakage); });
+    std::transform(points.begin(), points.end(), std::back_inserter(searches), [leakage](const Point* point) {
+        return leakage != nullptr ? convergenceOf(*point, *leakage) : convergenceOf(*point);
+    });
     out << "<h2>How the searches went</h2>\n";
     writePaths(out, result.settings, leakage, worst);
-    writeConvergence(out, searches);
+    writeConvergence(out, searches, leakage == nullptr);
 }
 
 } // namespace Radio::Calibration

@@ -9,8 +9,9 @@
 namespace Radio::Calibration {
 
 /** Writes the pictures of a page that show how the searches went: the path of one, and the convergence of
- * all. Nothing when there is no complete iteration. Throws InputError when they cannot be drawn. */
-void writeSearchFigures(std::ostream& out, const Result& result, const LeakageDescription& leakage);
+ * all. Nothing when there is no complete iteration. `leakage` is null on hardware: then there are
+ * readings in its place. Throws InputError when they cannot be drawn. */
+void writeSearchFigures(std::ostream& out, const Result& result, const LeakageDescription* leakage);
 
 } // namespace Radio::Calibration
 

@@ -31,6 +31,14 @@ std::vector<double> convergenceOf(const Point& point, const LeakageDescription& 
     return levels;
 }
 
+std::vector<double> convergenceOf(const Point& point) {
+    std::vector<double> readings;
+    for (const Probe& probe : bestProbes(point)) {
+        readings.push_back(probe.reading.value_or(0));
+    }
+    return readings;
+}
+
 std::vector<double> medianOf(const std::vector<std::vector<double>>& searches) {
     std::size_t longest = 0;
     for (const std::vector<double>& search : searches) {

@@ -20,6 +20,9 @@ std::vector<Probe> bestProbes(const Point& point);
 /** The modelled leakage of the best probe of each complete iteration, in dBc. */
 std::vector<double> convergenceOf(const Point& point, const LeakageDescription& leakage);
 
+/** What the detector read at the best probe of each complete iteration. */
+std::vector<double> convergenceOf(const Point& point);
+
 /** The values in the middle, for each iteration of the longest search; a search that has ended stays at its
  * last value. Empty ones do not count. */
 std::vector<double> medianOf(const std::vector<std::vector<double>>& searches);

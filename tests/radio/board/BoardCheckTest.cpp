@@ -706,5 +706,35 @@ TEST_F(BoardCheckTest, DemandsComeInTheOrderInWhichTheyAreMade) {
                                    "driver channel.1.rx.rf.frequency", "interface ITemperatureHandler"));
 }
 
+// LO-cancellation tables.
+
+TEST_F(BoardCheckTest, SwappedAxesOfACorrectionAreAnError) {
+    microwaveBoard();
+    for (TableDescription& table : board.tables) {
+        if (table.table.name == "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I") {
+            table.table = {table.table.name, {-33, 55}, {18'000'000}, {7, 8}};
+        }
+    }
+    EXPECT_THAT(findings(),
+                ElementsAre(HasSubstr(": error: channel 1, I: the axes are swapped: the first goes from "
+                                      "-33 to 55 and the second from 18000000 to 18000000, expected "
+                                      "carriers in kHz and then degrees")));
+}
+
+TEST_F(BoardCheckTest, CorrectionsOfAnotherRadioOrChannelAreAWarning) {
+    microwaveBoard();
+    board.serial = "T-1";
+    for (TableDescription& table : board.tables) {
+        if (table.table.name.find("Cancellation") != std::string::npos) {
+            table.file = "x.csv";
+            table.origins = {{"serial", "T-2", {"x.csv", 1}}, {"channel", "2", {"x.csv", 2}}};
+        }
+    }
+    EXPECT_THAT(findings(), ElementsAre("x.csv:1: warning: serial \"T-2\", but it is used for serial \"T-1\"",
+                                        "x.csv:2: warning: channel \"2\", but it is used for channel \"1\""));
+    board.serial = "";
+    EXPECT_THAT(findings(), ElementsAre(HasSubstr("x.csv:2: warning: channel")));
+}
+
 } // namespace
 } // namespace Radio

@@ -212,14 +212,14 @@ TEST_F(BoardFileTest, UnknownKeyIsRefusedAndTheNearestOffered) {
     EXPECT_EQ(refused("nmae = \"Radio\"\n"),
               "board.toml:1: nmae: unknown key (did you mean \"name\"?), expected one of name, serial, "
               "description, channel, transmitter, leakage, calibration, drivers, variables, tables, "
-              "interfaces, raster, limits");
+              "interfaces, raster, limits, devices, hardware, sensor");
 }
 
 TEST_F(BoardFileTest, UnknownSectionIsRefusedAndTheNearestOffered) {
     EXPECT_EQ(refusedAfterChannel("[Driver]\n"),
               "board.toml:5: Driver: unknown key (did you mean \"drivers\"?), expected one of name, serial, "
               "description, channel, transmitter, leakage, calibration, drivers, variables, tables, "
-              "interfaces, raster, limits");
+              "interfaces, raster, limits, devices, hardware, sensor");
 }
 
 TEST_F(BoardFileTest, UnknownKeyOfAChannelIsRefused) {

@@ -22,7 +22,7 @@ protected:
 
     std::string complaintAbout(const std::string& line) const {
         try {
-            CommandCheck(m_board).check(*parseCommand(line));
+            CommandCheck(m_board, m_hasKeys).check(*parseCommand(line));
         } catch (const WordError& error) {
             return error.what();
         }
@@ -30,6 +30,7 @@ protected:
     }
 
     Board m_board;
+    bool m_hasKeys = false;
 };
 
 TEST_F(CommandCheckTest, AcceptsNamesOfTheBoard) {
@@ -38,14 +39,17 @@ TEST_F(CommandCheckTest, AcceptsNamesOfTheBoard) {
           "expect driver channel.1.tx.rf.frequency 0", "fault driver-write channel.1.rx.rf.frequency 0x8000",
           "fault broker-lookup IRauHandler_1 5", "fault rau-tx IRauHandler_2 5",
           "interface IDriverLayer null", "interface IRauHandler_2 absent", "expect rau tx 2 1",
-          "expect writes IRauHandler_2.tx=1 channel.1.tx.rf.frequency=2"}) {
+          "expect writes IRauHandler_2.tx=1 channel.1.tx.rf.frequency=2", "read channel.1.tx.rf.frequency",
+          "write channel.1.rx.rf.frequency 5", "watch channel.1.rx.rf.frequency for 1 s",
+          "sweep rx 2 1000 2000 500", "repeat 2 tune tx 2 1000", "wait 1", "include other.script"}) {
         EXPECT_EQ(complaintAbout(line), "") << line;
     }
 }
 
 TEST_F(CommandCheckTest, RefusesUnknownChannel) {
     for (const char* const line :
-         {"tune tx 3 7442000", "observe tx 3", "expect frequency rx 3 0", "expect notified rx 3 0"}) {
+         {"tune tx 3 7442000", "observe tx 3", "expect frequency rx 3 0", "expect notified rx 3 0",
+          "sweep tx 3 1 2 1", "repeat 2 tune tx 3 7442000"}) {
         EXPECT_EQ(complaintAbout(line), "the board has no channel 3, expected 1 or 2") << line;
     }
 }
@@ -54,12 +58,26 @@ TEST_F(CommandCheckTest, OffersTheNearestName) {
     EXPECT_EQ(complaintAbout("expect driver channel.1.tx.rf.frequenzy 0"),
               "the board has no driver \"channel.1.tx.rf.frequenzy\" (did you mean "
               "\"channel.1.tx.rf.frequency\"?)");
+    for (const std::string line : {"read", "write", "watch channel.1.rx.rf.frequency", "repeat 2 read"}) {
+        EXPECT_EQ(complaintAbout(line + " channel.1.tx.rf.frequenzy" + (line == "write" ? " 1" : "")),
+                  "the board has no driver \"channel.1.tx.rf.frequenzy\" (did you mean "
+                  "\"channel.1.tx.rf.frequency\"?)");
+    }
     EXPECT_EQ(complaintAbout("set Offset 1"),
               "the board has no variable \"Offset\" (did you mean \"Offsets\"?)");
     EXPECT_EQ(complaintAbout("interface IDriverLayr absent"),
               "the board has no interface \"IDriverLayr\" (did you mean \"IDriverLayer\"?)");
     EXPECT_EQ(complaintAbout("expect writes IRauHandler_2.dx=1"),
               "the board has no driver \"IRauHandler_2.dx\" (did you mean \"IRauHandler_2.tx\"?)");
+}
+
+TEST_F(CommandCheckTest, RefusesWatchThatNothingEndsUnlessThereAreKeys) {
+    EXPECT_EQ(complaintAbout("watch channel.1.tx.rf.frequency"),
+              "a watch is ended by a key at the prompt alone, expected \"for TIME\" at the end");
+    EXPECT_EQ(complaintAbout("repeat 2 watch channel.1.tx.rf.frequency"),
+              "a watch is ended by a key at the prompt alone, expected \"for TIME\" at the end");
+    m_hasKeys = true;
+    EXPECT_EQ(complaintAbout("watch channel.1.tx.rf.frequency"), "");
 }
 
 TEST_F(CommandCheckTest, RefusesFaultThatCouldNeverStrike) {

@@ -63,15 +63,17 @@ TEST(Documentation, HelpFitsIntoEightyColumns) {
 }
 
 TEST(Documentation, HelpBreaksLinesBetweenWords) {
-    EXPECT_THAT(helpText("set"),
-                HasSubstr("\nThe handlers see a change at once where they keep the variable's "
-                          "address,\notherwise when its phase is run again. Fewer values"));
+    EXPECT_THAT(
+        helpText("set"),
+        HasSubstr("\nThe handlers see a change at once where they keep the variable's "
+                  "address,\notherwise when its phase is run again, which the command then says. Fewer"));
 }
 
 TEST(Documentation, HelpExplainsOneCommand) {
     EXPECT_EQ(helpText("temperature"),
-              "temperature DEGREES\nTells the radio its temperature, in degrees Celsius.\n"
-              "Observers of the temperature are told when it changes.\n");
+              "temperature DEGREES\nTells the radio its temperature: -100 to 200 degrees Celsius.\n"
+              "Whole degrees, as its sensor gives them. Observers of the temperature are told\n"
+              "when it changes.\n");
 }
 
 } // namespace

@@ -343,6 +343,18 @@ TEST_F(BoardTablesLintTest, OneAxisIsAnError) {
     EXPECT_THAT(lint(), ElementsAre("board.toml:60: error: channel 1, I: one axis, expected two"));
 }
 
+TEST_F(BoardTablesLintTest, SwappedAxesAreAnError) {
+    addRaster(true, 17'950'000, 100'000, 3);
+    for (const std::string branch : {"I", "Q"}) {
+        table(branch).table.axis1 = {-33, 55};
+        table(branch).table.axis2 = {18'000'000, 18'100'000};
+    }
+    EXPECT_THAT(lint(),
+                ElementsAre("board.toml:60: error: channel 1: the axes are swapped: the first goes from -33 "
+                            "to 55 and the second from 18000000 to 18100000, expected carriers in kHz and "
+                            "then degrees"));
+}
+
 TEST_F(BoardTablesLintTest, EdgesAreNamedWhereTheyStandInTheFile) {
     write("x.csv", "f,t,i,q,state\n18000000,0,400,-40,edge\n");
     for (const std::string branch : {"I", "Q"}) {
@@ -357,6 +369,7 @@ TEST_F(BoardTablesLintTest, TablesOfAnotherRadioOrChannelAreAWarning) {
     write("x.csv", "# serial: T-2\n# channel: 2\nf,t,i,q\n18000000,0,400,-40\n");
     for (const std::string branch : {"I", "Q"}) {
         table(branch).file = "x.csv";
+        table(branch).origins = {{"serial", "T-2", {"x.csv", 1}}, {"channel", "2", {"x.csv", 2}}};
     }
     m_board.serial = "T-1";
     EXPECT_THAT(lint(), ElementsAre("x.csv:1: warning: serial \"T-2\", but it is used for serial \"T-1\"",
@@ -367,6 +380,7 @@ TEST_F(BoardTablesLintTest, TablesOfTheSameRadioAndChannelAreGood) {
     write("x.csv", "# serial: T-1\n# channel: 1\nf,t,i,q\n18000000,0,400,-40\n");
     for (const std::string branch : {"I", "Q"}) {
         table(branch).file = "x.csv";
+        table(branch).origins = {{"serial", "T-1", {"x.csv", 1}}, {"channel", "1", {"x.csv", 2}}};
     }
     EXPECT_THAT(lint(), IsEmpty()); // a board without a serial number takes any
     m_board.serial = "T-1";

@@ -47,11 +47,14 @@ protected:
         EXPECT_EQ(m_complaint, "");
         return m_printed;
     }
+    void endHelpWith(const std::function<std::string(std::string_view)>& footer) {
+        m_parser.endHelpWith(footer);
+    }
     const std::string& printed() const { return m_printed; }
     const std::string& complaint() const { return m_complaint; }
 
 private:
-    Parser m_parser{"Tunes radios.", "radioctl", "radioctl 1.2.3", "The end."};
+    Parser m_parser{"Tunes radios.", "radioctl", "radioctl 1.2.3"};
     std::string m_printed;
     std::string m_complaint;
 
@@ -170,6 +173,32 @@ TEST_F(OptionsTest, NumberIsWithinItsLimits) {
     EXPECT_EQ(tune({"--channel", "10"}), std::nullopt);
     EXPECT_THAT(complaintAbout({"--channel=-2"}), HasSubstr("-2"));
     EXPECT_THAT(complaintAbout({"--channel", "11"}), HasSubstr("11"));
+}
+
+TEST_F(OptionsTest, NumberThatIsNotWholeSaysOfWhatItIs) {
+    int time = 0;
+    int channel = 0;
+    std::vector<std::int32_t> degrees;
+    m_tune.option("--settle-time", time, "").within(0, 60000, "ms");
+    m_tune.option("--channel", channel, "").within(0, 10);
+    m_tune.option("--temperatures", degrees, "").separatedBy(',').within(-100, 200, "degrees");
+    EXPECT_THAT(
+        complaintAbout({"--settle-time", "12.5"}),
+        StartsWith(
+            "radioctl: --settle-time: \"12.5\" is no whole number of ms, expected one from 0 to 60000\n"));
+    EXPECT_THAT(
+        complaintAbout({"--settle-time", "60001"}),
+        StartsWith(
+            "radioctl: --settle-time: \"60001\" is out of range, expected a whole number of ms from 0 to "
+            "60000\n"));
+    EXPECT_THAT(complaintAbout({"--channel", "two"}),
+                StartsWith("radioctl: --channel: \"two\" is no whole number, expected one from 0 to 10\n"));
+    EXPECT_THAT(
+        complaintAbout({"--temperatures", "-33,0.5"}),
+        StartsWith(
+            "radioctl: --temperatures: \"0.5\" is no whole number of degrees, expected one from -100 to "
+            "200\n"));
+    EXPECT_EQ(tune({"--settle-time", "+12", "--temperatures", "-100,200"}), std::nullopt);
 }
 
 TEST_F(OptionsTest, WordIsOneOfThoseThatThereAre) {
@@ -318,6 +347,56 @@ TEST_F(OptionsTest, LineWithoutACommandIsRefusedWithThoseThatThereAre) {
     EXPECT_EQ(printed(), "");
 }
 
+TEST_F(OptionsTest, HelpOfEachCommandEndsInItsOwnWay) {
+    m_tune.command("tx", "").command("twice", "");
+    endHelpWith([](std::string_view command) { return "The end of <" + std::string(command) + ">"; });
+    EXPECT_EQ(parse({"--help"}), true);
+    EXPECT_THAT(printed(), HasSubstr("The end of <>"));
+    EXPECT_THAT(help(), HasSubstr("The end of <tune>"));
+    EXPECT_EQ(parse({"tune", "tx", "twice", "--help"}), true);
+    EXPECT_THAT(printed(), HasSubstr("The end of <tune tx twice>"));
+}
+
+TEST_F(OptionsTest, UnknownCommandHasTheNearestOne) {
+    EXPECT_EQ(parse({"tuen", "--channel", "1"}), false);
+    EXPECT_THAT(complaint(),
+                StartsWith("radioctl: unknown command \"tuen\" (did you mean \"tune\"?), expected one "
+                           "of tune, check\n"));
+    EXPECT_EQ(parse({"polish"}), false);
+    EXPECT_THAT(complaint(),
+                StartsWith("radioctl: unknown command \"polish\", expected one of tune, check\n"));
+}
+
+TEST_F(OptionsTest, UnknownCommandBelowACommandHasTheNearestOne) {
+    m_tune.command("transmit", "");
+    m_tune.command("receive", "");
+    m_tune.requireCommand();
+    EXPECT_THAT(complaintAbout({"recieve"}),
+                StartsWith("radioctl: unknown command \"recieve\" (did you mean "
+                           "\"receive\"?), expected one of transmit, receive\n"));
+    EXPECT_THAT(complaintAbout({}), StartsWith("radioctl: One of transmit and receive is required\n"));
+}
+
+TEST_F(OptionsTest, UnknownOptionHasTheNearestOne) {
+    int time = 0;
+    std::string carrier;
+    std::string board;
+    m_tune.option("--settle-time", time, "");
+    m_tune.option("BOARD", board, "").required();
+    m_tune.alternatives("What", "").option("--carrier", carrier, "");
+    // Also while something else is missing.
+    EXPECT_THAT(complaintAbout({"--settel-time", "3"}),
+                StartsWith("radioctl: unknown option \"--settel-time\" (did you mean \"--settle-time\"?)\n"));
+    EXPECT_THAT(complaintAbout({"--carier=18GHz"}),
+                StartsWith("radioctl: unknown option \"--carier\" (did you mean \"--carrier\"?)\n"));
+    EXPECT_THAT(complaintAbout({"--fast"}), StartsWith("radioctl: unknown option \"--fast\"\n"));
+}
+
+TEST_F(OptionsTest, HelpIsGivenWhateverStandsBehindIt) {
+    EXPECT_EQ(parse({"--help", "tuen"}), true);
+    EXPECT_EQ(parse({"tune", "--help", "--fast"}), true);
+}
+
 TEST_F(OptionsTest, WordsThatNobodyWantsAreRefused) {
     EXPECT_EQ(parse({"tunes"}), false);
     EXPECT_THAT(complaint(), HasSubstr("tunes"));
@@ -326,6 +405,7 @@ TEST_F(OptionsTest, WordsThatNobodyWantsAreRefused) {
 }
 
 TEST_F(OptionsTest, HelpIsPrintedAndIsNothingWrong) {
+    endHelpWith([](std::string_view) { return "The end."; });
     EXPECT_EQ(parse({"--help"}), true);
     EXPECT_THAT(printed(), AllOf(HasSubstr("Tunes radios."), HasSubstr("Sets a carrier."),
                                  HasSubstr("Looks at a board."), HasSubstr("The end.")));

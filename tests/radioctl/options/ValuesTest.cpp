@@ -37,6 +37,21 @@ TEST(UnitsJoined, EachOptionThatTakesAFrequencyHasItsUnit) {
     EXPECT_THAT(wordsOf({"--frequency", "1", "kHz"}), ElementsAre("--frequency", "1kHz"));
 }
 
+TEST(UnitsJoined, BandHasTwoFrequenciesEachWithItsUnit) {
+    EXPECT_THAT(wordsOf({"--band", "17.7", "GHz", "19.7", "GHz", "--step", "28", "MHz", "radio.toml"}),
+                ElementsAre("--band", "17.7GHz", "19.7GHz", "--step", "28MHz", "radio.toml"));
+    EXPECT_THAT(wordsOf({"--band", "17700000", "19.7", "GHz", "MHz"}),
+                ElementsAre("--band", "17700000", "19.7GHz", "MHz"));
+    EXPECT_THAT(wordsOf({"--band", "17.7GHz", "--channel", "1", "GHz"}),
+                ElementsAre("--band", "17.7GHz", "--channel", "1", "GHz"));
+}
+
+TEST(UnitsJoined, FrequencyBehindAnEqualsSignHasItsUnitToo) {
+    EXPECT_THAT(wordsOf({"--tx=18", "GHz", "GHz"}), ElementsAre("--tx=18GHz", "GHz"));
+    EXPECT_THAT(wordsOf({"--band=17.7", "GHz", "19.7", "GHz", "GHz"}),
+                ElementsAre("--band=17.7GHz", "19.7GHz", "GHz"));
+}
+
 TEST(UnitsJoined, WordBehindAnotherOptionStaysAlone) {
     EXPECT_THAT(wordsOf({"--channel", "1", "MHz"}), ElementsAre("--channel", "1", "MHz"));
     EXPECT_THAT(wordsOf({"18", "GHz"}), ElementsAre("18", "GHz"));

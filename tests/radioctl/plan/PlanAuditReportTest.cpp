@@ -53,10 +53,11 @@ TEST_F(PlanAuditReportTest, TextOfAGoodBoard) {
     addRow(Direction::tx, 18'000'000, 1000, 2);
     addRow(Direction::rx, 18'500'000, 1000, 1, {50, 100});
     EXPECT_EQ(text(), R"(Test radio (board.toml)
-  channel      raster  spacing  carriers  worst error  at  outside
-        1  tx  F.595         -         2         0 Hz   -        0
-        1  rx  F.595        50         1         0 Hz   -        0
-        1  rx  F.595       100         1         0 Hz   -        0
+  channel      spacing  carriers  worst error  at  outside
+  F.595
+        1  tx        -         2         0 Hz   -        0
+        1  rx       50         1         0 Hz   -        0
+        1  rx      100         1         0 Hz   -        0
 4 carriers in 0.25 s: all within limits.
 )");
 }
@@ -64,10 +65,12 @@ TEST_F(PlanAuditReportTest, TextOfAGoodBoard) {
 TEST_F(PlanAuditReportTest, TextHasTheWorstOfEachFinding) {
     addRow(Direction::tx, 18'000'000, 100, 5);
     EXPECT_EQ(text(), R"(Test radio (board.toml)
-  channel      raster  spacing  carriers  worst error            at  outside
-        1  tx  F.595         -         5   -400000 Hz  18000400 kHz        4
+  channel      spacing  carriers  worst error            at  outside
+  F.595
+        1  tx        -         5   -400000 Hz  18000400 kHz        4
 Outside the limits
-  tx 1, F.595: 4 of 5 carriers, worst at 18000400 kHz: carrier off by -400000 Hz, allowed are 500 Hz
+  tx 1, F.595: 4 of 5 carriers, worst at 18000400 kHz: carrier off by -400000
+      Hz, allowed are 500 Hz
 5 carriers in 0.25 s: 4 not within limits.
 )");
 }
@@ -82,8 +85,8 @@ TEST_F(PlanAuditReportTest, TextOfACarrierThatIsNoneSaysSo) {
     addRow(Direction::rx, 18'000'000, 1000, 3, {500});
     EXPECT_THAT(text(), HasSubstr("        3   no carrier   -        3\n"));
     EXPECT_THAT(text(),
-                HasSubstr("  rx 1, F.595, spacing 500: 3 of 3 carriers, first at 18000000 kHz: channel "
-                          "spacing 500 is not handled: nothing is written\n"));
+                HasSubstr("  rx 1, F.595, spacing 500: 3 of 3 carriers, first at 18000000 kHz: channel\n"
+                          "      spacing 500 is not handled: nothing is written\n"));
 }
 
 TEST_F(PlanAuditReportTest, TextShowsTenFindingsAndCountsTheRest) {
@@ -91,10 +94,38 @@ TEST_F(PlanAuditReportTest, TextShowsTenFindingsAndCountsTheRest) {
         addRow(Direction::tx, 18'000'250 + 1000 * row, 1, 1);
     }
     const std::string lines = text();
-    EXPECT_THAT(lines, HasSubstr("at 18009250 kHz: carrier off by -250000 Hz, allowed are 500 Hz\n"
+    EXPECT_THAT(lines, HasSubstr("at 18009250 kHz: carrier off by -250000 Hz,\n"
+                                 "      allowed are 500 Hz\n"
                                  "  and 2 more; --json and --csv have all\n"));
     EXPECT_THAT(lines, Not(HasSubstr("at 18010250 kHz: ")));
     EXPECT_THAT(lines, EndsWith("12 carriers in 0.25 s: 12 not within limits.\n"));
+}
+
+TEST_F(PlanAuditReportTest, EachRasterHasItsNameAboveItsRows) {
+    m_board.name = "Radio with a name that nobody would want to have on the front of a box";
+    addRow(Direction::tx, 18'000'000, 1000, 2);
+    addRow(Direction::rx, 18'500'000, 1000, 1, {50, 100});
+    m_board.rasters.back().name =
+        "Recommendation ITU-R F.595, channels of 110 MHz, receiver in the upper half";
+    EXPECT_EQ(text(), R"(Radio with a name that nobody would want to have on the front of a box
+  (board.toml)
+  channel      spacing  carriers  worst error  at  outside
+  F.595
+        1  tx        -         2         0 Hz   -        0
+  Recommendation ITU-R F.595, channels of 110 MHz, receiver in the upper half
+        1  rx       50         1         0 Hz   -        0
+        1  rx      100         1         0 Hz   -        0
+4 carriers in 0.25 s: all within limits.
+)");
+}
+
+TEST_F(PlanAuditReportTest, CarrierMovedByDefaultSaysThatTheArrayHasNoEntry) {
+    m_board = PlanBoards::microwave(FrequencyHandler::MicrowaveBoardHzCsOffset);
+    addRow(Direction::rx, 18'000'250, 1, 1, {28000});
+    EXPECT_THAT(text(),
+                HasSubstr("  rx 1, F.595, spacing 28000: 1 of 1 carrier, at 18000250 kHz: carrier off by\n"
+                          "      +3000000 Hz, allowed are 500 Hz: the array has no entry for channel\n"
+                          "      spacing 28000, and by default the LO moves by +3 MHz\n"));
 }
 
 TEST_F(PlanAuditReportTest, TextOfAnInterruptedAuditSaysSo) {
@@ -106,15 +137,16 @@ TEST_F(PlanAuditReportTest, TextOfAnInterruptedAuditSaysSo) {
 
 TEST_F(PlanAuditReportTest, JsonHasFindingsRowsAndTheEnd) {
     addRow(Direction::rx, 18'000'000, 250, 2, {100});
-    EXPECT_EQ(json(),
-              R"({"event":"outside","file":"board.toml","channel":1,"direction":"rx","raster":"F.595",)"
-              R"("channel_spacing":100,"khz":18000250,"kind":"carrier-off",)"
-              R"("text":"carrier off by -250000 Hz, allowed are 500 Hz"}
-{"event":"row","file":"board.toml","channel":1,"direction":"rx","raster":"F.595","channel_spacing":100,)"
-              R"("first_khz":18000000,"step_khz":250,"carriers":2,"worst_error_hz":-250000,)"
-              R"("worst_khz":18000250,"outside":1}
-{"event":"audited","file":"board.toml","carriers":2,"outside":1,"seconds":0.25,"interrupted":false,)"
-              R"("exit_code":1}
+    EXPECT_EQ(
+        json(),
+        R"({"schema":1,"event":"outside","file":"board.toml","channel":1,"direction":"rx","raster":"F.595",)"
+        R"("channel_spacing":100,"khz":18000250,"kind":"carrier-off",)"
+        R"("text":"carrier off by -250000 Hz, allowed are 500 Hz"}
+{"schema":1,"event":"row","file":"board.toml","channel":1,"direction":"rx","raster":"F.595","channel_spacing":100,)"
+        R"("first_khz":18000000,"step_khz":250,"carriers":2,"worst_error_hz":-250000,)"
+        R"("worst_khz":18000250,"outside":1}
+{"schema":1,"event":"audited","file":"board.toml","carriers":2,"outside":1,"seconds":0.25,"interrupted":false,)"
+        R"("exit_code":1}
 )");
 }
 

@@ -34,7 +34,8 @@ protected:
         if (doctor) {
             doctor(booted.radio().platform());
         }
-        const Explanation explanation = Plan::explain(booted, board.channels.front(), direction, carrier);
+        const Explanation explanation =
+            Plan::explain(booted, board, board.channels.front(), direction, carrier);
         std::ostringstream text;
         writeText(text, board, explanation);
         m_text = text.str();
@@ -78,22 +79,26 @@ TEST_F(PlanExplainTest, WorkedExample) {
   rx 1, microwave-if: 18000250 kHz
 
 Parameters
-  channel.1.rx.mixer.multiplicationfactor       2  the mixer's LO is so many times the RF PLL
-  channel.1.rx.rf.spectruminverted              0  RF sideband -1: the LO lies below the carrier
+  channel.1.rx.mixer.multiplicationfactor       2
+      the mixer's LO is so many times the RF PLL
+  channel.1.rx.rf.spectruminverted              0
+      RF sideband -1: the LO lies below the carrier
   channel.1.rx.baseband.spectruminverted        1  IF sideband +1
   channel.1.rx.if.frequency                140000  intermediate frequency, kHz
-  RxIfBb                                        0  baseband offset inside the IF, MHz
+  RxIfBb                                        0
+      baseband offset inside the IF, MHz
 
 Steps
-  LO           |18000250 - 140000|                                    17860250  kHz
-  step         (17860250 + 500) / 1000                                   17860  MHz
-  residue      17860250 - 17860000                                         250  kHz
-  IF PLL       |140000 + 0 + 250|                                       140250  kHz
-  RF PLL       17860 x 1000 / 2                                        8930000  kHz
-  cell         at 17000000 kHz, weight 999750/2000000                        0
-  cell         at 19000000 kHz, weight 1000250/2000000                     200
-  charge pump  at 18000250 kHz: (0 x 999750 + 200 x 1000250)/2000000       100       )"
-                      R"(Channel.1.Rx.Rf.Pll.Frequency.To.Chargepump.Setting
+  LO           |18000250 - 140000|                                17860250  kHz
+  step         (17860250 + 500) / 1000                               17860  MHz
+  residue      17860250 - 17860000                                     250  kHz
+  IF PLL       |140000 + 0 + 250|                                   140250  kHz
+  RF PLL       17860 x 1000 / 2                                    8930000  kHz
+  cell         at 17000000 kHz, weight 999750/2000000                    0
+  cell         at 19000000 kHz, weight 1000250/2000000                 200
+  charge pump  at 18000250 kHz: (0 x 999750 +
+               200 x 1000250)/2000000                                  100
+      Channel.1.Rx.Rf.Pll.Frequency.To.Chargepump.Setting
 
 Words written, in this order
   1  channel.1.rx.if.frequency <- 140250
@@ -117,6 +122,15 @@ TEST_F(PlanExplainTest, TransmitterHasItsMixerCorrectedToo) {
                 ElementsAre("channel.1.tx.if.frequency <- 140250", "channel.1.tx.rf.lo.frequency <- 8930000",
                             "channel.1.tx.rf.pll.config <- 100", "channel.1.tx.rf.mixer.i <- 7",
                             "channel.1.tx.rf.mixer.q <- -7"));
+}
+
+TEST_F(PlanExplainTest, TransmitterSaysForWhichTemperatureItsMixerIsCorrected) {
+    explain(FrequencyHandler::MicrowaveBoardIf, Direction::tx, 18'000'250);
+    EXPECT_THAT(m_text, HasSubstr("  5  channel.1.tx.rf.mixer.q <- -7\n\n"
+                                  "The mixer's corrections are for 0 degrees: no temperature was told.\n"));
+    EXPECT_THAT(m_json, HasSubstr(R"("passed_on":false,"assumed_degrees":0})"));
+    explain(FrequencyHandler::MicrowaveBoardIf, Direction::rx, 18'000'250);
+    EXPECT_THAT(m_text, Not(HasSubstr("degrees")));
 }
 
 TEST_F(PlanExplainTest, BasebandOffsetIsPutInAndTakenOutAgain) {
@@ -172,11 +186,12 @@ TEST_F(PlanExplainTest, UnhandledChannelSpacingWritesNothing) {
     Board board = PlanBoards::microwave(FrequencyHandler::MicrowaveBoardDspOffset);
     PlanBoards::set(board, "ChannelSpacing", {500});
     explain(board, Direction::rx, 18'000'000);
-    EXPECT_THAT(m_text, HasSubstr("not one of 50, 100, 150, 200, 250, 300, 350, 400, 450 and 600: nothing is "
-                                  "written\n\nWords written, in this order\n  none\n\n"
-                                  "The library reports: Unhandled channelspacetype 500\n"
-                                  "No carrier comes of these words.\n"
-                                  "The library wrote what the steps say.\n"));
+    EXPECT_THAT(m_text,
+                HasSubstr("not one of 50, 100, 150, 200, 250, 300, 350, 400, 450 and 600: nothing is\n"
+                          "      written\n\nWords written, in this order\n  none\n\n"
+                          "The library reports: Unhandled channelspacetype 500\n"
+                          "No carrier comes of these words.\n"
+                          "The library wrote what the steps say.\n"));
     EXPECT_FALSE(m_explanation->isGood());
 }
 
@@ -207,8 +222,12 @@ TEST_F(PlanExplainTest, DefaultOffsetMovesTheLoButNotTheDsp) {
     Board board = PlanBoards::microwave(FrequencyHandler::MicrowaveBoardHzCsOffset);
     PlanBoards::set(board, "ChannelSpacing", {28000});
     explain(board, Direction::rx, 18'000'250);
-    EXPECT_THAT(m_text, HasSubstr("no array entry for 28000, and half the spacing does not stand in: the "
-                                  "default\n"));
+    EXPECT_THAT(m_text, HasSubstr("no array entry for 28000, and half the spacing does not stand in: the\n"
+                                  "      default\n"));
+    EXPECT_THAT(m_text, HasSubstr("off by +3000000 Hz: the array has no entry\n"
+                                  "    for channel spacing 28000, and by default the LO moves by +3 MHz.\n"));
+    EXPECT_THAT(m_json, HasSubstr(R"("why_off":"the array has no entry for channel spacing 28000, and by )"
+                                  R"(default the LO moves by +3 MHz"})"));
     EXPECT_THAT(m_text, HasSubstr("3000 is the one offset for which the DSP is told 0\n"));
     EXPECT_THAT(writes(), ElementsAre("channel.1.dsp.rx.freq.offset <- 0",
                                       "channel.1.rx.rf.lo.frequency.in.hz <- 9001625000",
@@ -250,7 +269,8 @@ TEST_F(PlanExplainTest, SumsWrapAroundAt32Bits) {
 TEST_F(PlanExplainTest, ChargePumpOutsideItsTableIsClamped) {
     explain(FrequencyHandler::MicrowaveBoardIf, Direction::rx, 19'500'000);
     EXPECT_THAT(m_text, HasSubstr("  cell         at 19000000 kHz, weight 1/1 "));
-    EXPECT_THAT(m_text, HasSubstr(".Chargepump.Setting: outside its axis, clamped to the end\n"));
+    EXPECT_THAT(m_text, HasSubstr(".Chargepump.Setting: outside its axis,\n"
+                                  "      clamped to the end\n"));
     EXPECT_THAT(writes(), testing::Contains("channel.1.rx.rf.pll.config <- 200"));
 }
 
@@ -290,10 +310,10 @@ TEST_F(PlanExplainTest, FailedWriteIsShownAndEndsTheWords) {
     EXPECT_THAT(m_text, HasSubstr("  1  channel.1.rx.if.frequency <- 140250\n"
                                   "  -  channel.1.rx.rf.lo.frequency <- 8930000  FAILED 0x8001\n\n"
                                   "The library reports: Write to driver failed for "
-                                  "channel.1.Rx.rf.lo.frequency (EDriverResult = 0x8001)\n"
+                                  "channel.1.Rx.rf.lo.frequency\n    (EDriverResult = 0x8001)\n"
                                   "No carrier comes of these words.\n"
                                   "DIFFERENT channel.1.rx.rf.lo.frequency: the steps give 8930000, the "
-                                  "library wrote nothing\n"));
+                                  "library\n    wrote nothing\n"));
     EXPECT_FALSE(m_explanation->isGood());
 }
 
@@ -327,27 +347,28 @@ TEST_F(PlanExplainTest, RemoteRadioUnitIsPassedTheCarrier) {
 
 TEST_F(PlanExplainTest, JsonHasOneEventForEachLine) {
     explain(FrequencyHandler::MicrowaveBoardHz, Direction::rx, 18'000'000);
-    EXPECT_EQ(m_json,
-              R"({"event":"carrier","file":"board.toml","channel":1,"type":"microwave-hz","direction":"rx",)"
-              R"("khz":18000000,"passed_on":false}
-{"event":"parameter","variable":"channel.1.rx.mixer.multiplicationfactor","values":[2],)"
-              R"("meaning":"the mixer's LO is so many times the RF PLL"}
-{"event":"parameter","variable":"channel.1.rx.rf.spectruminverted","values":[0],)"
-              R"("meaning":"RF sideband -1: the LO lies below the carrier"}
-{"event":"parameter","variable":"channel.1.rx.baseband.spectruminverted","values":[1],)"
-              R"("meaning":"IF sideband +1"}
-{"event":"parameter","variable":"RxIfBb","values":[0],)"
-              R"("meaning":"baseband offset, MHz: not used without an IF synthesiser"}
-{"event":"step","name":"RF PLL","formula":"18000000 x 1000 / 2","value":9000000000,"unit":"Hz"}
-{"event":"step","name":"cell","formula":"at 17000000 kHz, weight 1000000/2000000","value":0,"unit":""}
-{"event":"step","name":"cell","formula":"at 19000000 kHz, weight 1000000/2000000","value":200,"unit":""}
-{"event":"step","name":"charge pump","formula":"at 18000000 kHz: (0 x 1000000 + 200 x 1000000)/2000000",)"
-              R"("value":100,"unit":"","note":"Channel.1.Rx.Rf.Pll.Frequency.To.Chargepump.Setting"}
-{"event":"word","driver":"channel.1.rx.rf.lo.frequency.in.hz","value":9000000000,"code":0,"ok":true}
-{"event":"word","driver":"channel.1.rx.rf.pll.config","value":100,"code":0,"ok":true}
-{"event":"production","name":"LO","formula":"RF PLL 9000000000 Hz x 2","value":18000000000,"unit":"Hz"}
-{"event":"production","name":"carrier","formula":"18000000000","value":18000000000,"unit":"Hz"}
-{"event":"explained","produced_hz":18000000000,"error_hz":0,"complaints":[],"disagreements":[],"ok":true}
+    EXPECT_EQ(
+        m_json,
+        R"({"schema":1,"event":"carrier","file":"board.toml","channel":1,"type":"microwave-hz","direction":"rx",)"
+        R"("khz":18000000,"passed_on":false,"assumed_degrees":null}
+{"schema":1,"event":"parameter","variable":"channel.1.rx.mixer.multiplicationfactor","values":[2],)"
+        R"("meaning":"the mixer's LO is so many times the RF PLL"}
+{"schema":1,"event":"parameter","variable":"channel.1.rx.rf.spectruminverted","values":[0],)"
+        R"("meaning":"RF sideband -1: the LO lies below the carrier"}
+{"schema":1,"event":"parameter","variable":"channel.1.rx.baseband.spectruminverted","values":[1],)"
+        R"("meaning":"IF sideband +1"}
+{"schema":1,"event":"parameter","variable":"RxIfBb","values":[0],)"
+        R"("meaning":"baseband offset, MHz: not used without an IF synthesiser"}
+{"schema":1,"event":"step","name":"RF PLL","formula":"18000000 x 1000 / 2","value":9000000000,"unit":"Hz"}
+{"schema":1,"event":"step","name":"cell","formula":"at 17000000 kHz, weight 1000000/2000000","value":0,"unit":""}
+{"schema":1,"event":"step","name":"cell","formula":"at 19000000 kHz, weight 1000000/2000000","value":200,"unit":""}
+{"schema":1,"event":"step","name":"charge pump","formula":"at 18000000 kHz: (0 x 1000000 + 200 x 1000000)/2000000",)"
+        R"("value":100,"unit":"","note":"Channel.1.Rx.Rf.Pll.Frequency.To.Chargepump.Setting"}
+{"schema":1,"event":"word","driver":"channel.1.rx.rf.lo.frequency.in.hz","value":9000000000,"code":0,"ok":true}
+{"schema":1,"event":"word","driver":"channel.1.rx.rf.pll.config","value":100,"code":0,"ok":true}
+{"schema":1,"event":"production","name":"LO","formula":"RF PLL 9000000000 Hz x 2","value":18000000000,"unit":"Hz"}
+{"schema":1,"event":"production","name":"carrier","formula":"18000000000","value":18000000000,"unit":"Hz"}
+{"schema":1,"event":"explained","produced_hz":18000000000,"error_hz":0,"complaints":[],"disagreements":[],"ok":true}
 )");
 }
 

@@ -86,8 +86,8 @@ TEST_F(CalibrateProgramTest, SummaryComparesBeforeAndAfter) {
 
 TEST_F(CalibrateProgramTest, EveryProbeIsInTheJournal) {
     const Ending ending = calibrate({"--json"});
-    const auto last =
-        nlohmann::json::parse(ending.output.substr(ending.output.rfind("{\"event\":\"calibrated\"")));
+    const auto last = nlohmann::json::parse(
+        ending.output.substr(ending.output.rfind("{\"schema\":1,\"event\":\"calibrated\"")));
     // Between the header and the line that says that it is finished.
     EXPECT_EQ(last.at("probes").get<std::size_t>() + 2, linesOf(journal));
 }
@@ -98,17 +98,18 @@ TEST_F(CalibrateProgramTest, JsonHasAnObjectForEachPoint) {
     for (std::string line; std::getline(lines, line);) {
         events.push_back(nlohmann::json::parse(line));
     }
-    ASSERT_EQ(events.size(), 8U);
-    EXPECT_EQ(events[0].at("event"), "calibration");
-    EXPECT_EQ(events[0].at("serial"), "T-1");
-    EXPECT_EQ(events[0].at("settings").at("shrink_factor"), 0.75);
-    EXPECT_EQ(events[1].at("event"), "point");
-    EXPECT_EQ(events[1].at("khz"), 17900000);
-    EXPECT_EQ(events[1].at("degrees"), -10);
-    EXPECT_EQ(events[1].at("state"), "good");
-    EXPECT_EQ(events[7].at("worst_before").at("khz"), 18100000);
-    EXPECT_EQ(events[7].at("tables"), "board.channel-1.csv");
-    EXPECT_EQ(events[7].at("exit_code"), 0);
+    ASSERT_EQ(events.size(), 9U);
+    EXPECT_EQ(events[0].at("mode"), "simulation");
+    EXPECT_EQ(events[1].at("event"), "calibration");
+    EXPECT_EQ(events[1].at("serial"), "T-1");
+    EXPECT_EQ(events[1].at("settings").at("shrink_factor"), 0.75);
+    EXPECT_EQ(events[2].at("event"), "point");
+    EXPECT_EQ(events[2].at("khz"), 17900000);
+    EXPECT_EQ(events[2].at("degrees"), -10);
+    EXPECT_EQ(events[2].at("state"), "good");
+    EXPECT_EQ(events[8].at("worst_before").at("khz"), 18100000);
+    EXPECT_EQ(events[8].at("tables"), "board.channel-1.csv");
+    EXPECT_EQ(events[8].at("exit_code"), 0);
 }
 
 TEST_F(CalibrateProgramTest, OldTablesAreKept) {
@@ -188,7 +189,8 @@ protected:
 
 TEST_P(CalibrateDemonstrationTest, LeakageAtTheNodesIsThirtyDecibelsLowerAtLeast) {
     const std::string output = calibrateDemonstration().output;
-    const auto end = nlohmann::json::parse(output.substr(output.rfind("{\"event\":\"calibrated\"")));
+    const auto end =
+        nlohmann::json::parse(output.substr(output.rfind("{\"schema\":1,\"event\":\"calibrated\"")));
     EXPECT_EQ(end.at("good"), 30);
     EXPECT_GT(end.at("worst_before").at("dbc").get<double>(), -24.0);
     EXPECT_LT(end.at("worst_after").at("dbc").get<double>(),
@@ -581,7 +583,7 @@ TEST_F(CalibrateProgramTest, TooShortASettleTimeGivesWorseResults) {
     const auto worstAfter = [](const std::string& settleTime) {
         const std::string output =
             calibrate({"--json", "--restart", "--min-delta", "3", "--settle-time", settleTime}).output;
-        return nlohmann::json::parse(output.substr(output.rfind("{\"event\":\"calibrated\"")))
+        return nlohmann::json::parse(output.substr(output.rfind("{\"schema\":1,\"event\":\"calibrated\"")))
             .at("worst_after");
     };
     const auto good = worstAfter("50");

@@ -44,7 +44,8 @@ type = "rf-module"
 
 TEST_F(IqCompensationTest, HasItsTurnInPhase11AfterAllFrequencyModules) {
     const Ending ending = runProgram({{"run", "board.toml"}});
-    EXPECT_EQ(ending.output, R"(Test radio (board.toml)
+    EXPECT_EQ(ending.output, R"(SIMULATION: nothing reaches hardware.
+Test radio (board.toml)
   channels 1, 0: rf-module
 phase 11: module initialisation
   FrequencyHandler, channels 1, 0: ok
@@ -103,8 +104,9 @@ TEST_F(IqCompensationTest, RadioWithoutATableDoesNotBoot) {
 
 TEST_F(IqCompensationTest, JsonNamesTheChannelOfTheModule) {
     const Ending ending = runScript("", {"--json"});
-    EXPECT_THAT(ending.output, HasSubstr(R"({"event":"module","phase":11,"module":"CTxIqImbalanceHandler",)"
-                                         R"("id":83001,"channel":1,"code":0,"ok":true})"));
+    EXPECT_THAT(ending.output,
+                HasSubstr(R"({"schema":1,"event":"module","phase":11,"module":"CTxIqImbalanceHandler",)"
+                          R"("id":83001,"channel":1,"code":0,"ok":true})"));
 }
 
 } // namespace

@@ -62,7 +62,7 @@ TEST_F(LeakageProgramTest, JsonHasNumbersAndNull) {
     EXPECT_THAT(
         output,
         HasSubstr(
-            R"({"event":"list","of":"leakage","rows":[{"channel":1,"carrier_khz":null,"degrees":25,"i":-90,"q":0,"level_dbc":null}]})"));
+            R"({"schema":1,"event":"list","of":"leakage","rows":[{"channel":1,"carrier_khz":null,"degrees":25,"i":-90,"q":0,"level_dbc":null}]})"));
     EXPECT_THAT(
         output,
         HasSubstr(

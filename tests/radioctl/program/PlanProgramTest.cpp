@@ -65,7 +65,8 @@ TEST_F(PlanProgramTest, ExplainedCarrierIsExitCode0) {
 
 TEST_F(PlanProgramTest, ExplainSpeaksJson) {
     const Ending ending = plan({"explain", "board.toml", "--channel", "1", "--tx", "7442500", "--json"});
-    EXPECT_THAT(ending.output, StartsWith(R"({"event":"carrier","file":"board.toml","channel":1,)"));
+    EXPECT_THAT(ending.output,
+                StartsWith(R"({"schema":1,"event":"carrier","file":"board.toml","channel":1,)"));
     EXPECT_EQ(
         runProgram({{"--json", "plan", "explain", "board.toml", "--channel", "1", "--tx", "7442500"}}).output,
         ending.output);
@@ -122,11 +123,11 @@ TEST_F(PlanProgramTest, AuditWithoutRastersSaysWhatIsMissing) {
 TEST_F(PlanProgramTest, AuditOfAGoodBoardIsExitCode0) {
     addRaster(2);
     const Ending ending = plan({"audit", "board.toml"});
-    EXPECT_THAT(ending.output,
-                StartsWith("Test radio (board.toml)\n"
-                           "  channel      raster  spacing  carriers  worst error  at  outside\n"
-                           "        1  tx  7 GHz         -         2         0 Hz   -        0\n"
-                           "2 carriers in "));
+    EXPECT_THAT(ending.output, StartsWith("SIMULATION: nothing reaches hardware.\nTest radio (board.toml)\n"
+                                          "  channel      spacing  carriers  worst error  at  outside\n"
+                                          "  7 GHz\n"
+                                          "        1  tx        -         2         0 Hz   -        0\n"
+                                          "2 carriers in "));
     EXPECT_THAT(ending.output, EndsWith(" s: all within limits.\n"));
     EXPECT_EQ(ending.errors, "");
     EXPECT_EQ(ending.exitCode, 0);
@@ -144,6 +145,27 @@ TEST_F(PlanProgramTest, DescribedMicrowaveRadiosAreWithinTheirLimits) {
     const Ending ending = plan(arguments);
     EXPECT_EQ(ending.errors, "");
     EXPECT_EQ(ending.exitCode, 0) << ending.output;
+}
+
+TEST_F(PlanProgramTest, WhatIsShownFitsIntoEightyColumns) {
+    // Where the boards are, since the path of a file is not broken.
+    std::filesystem::current_path(RADIOCTL_BOARDS);
+    std::size_t boards = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(".")) {
+        if (entry.path().extension() != ".toml") {
+            continue;
+        }
+        ++boards;
+        const std::string board = entry.path().filename().string();
+        EXPECT_THAT(plan({"audit", board}).output, Not(testing::ContainsRegex("[^\n]{81}"))) << board;
+        for (const std::vector<std::string>& carrier :
+             {std::vector<std::string>{"--tx", "18.0005GHz"}, {"--rx", "18.0005GHz"}, {"--rx", "81250000"}}) {
+            EXPECT_THAT(plan({"explain", board, "--channel", "1", carrier[0], carrier[1]}).output,
+                        Not(testing::ContainsRegex("[^\n]{81}")))
+                << board;
+        }
+    }
+    EXPECT_GE(boards, 8U);
 }
 
 TEST_F(PlanProgramTest, AuditGoesOnAfterABoardThatCannotBeRead) {
@@ -168,7 +190,8 @@ TEST_F(PlanProgramTest, CsvOnStandardOutputStandsThereAlone) {
     const Ending ending = plan({"audit", "board.toml", "--csv", "-"});
     EXPECT_EQ(ending.output,
               std::string(csvHeading) + "board.toml,1,tx,7 GHz,,7442000,,,,,,,,7442000,7442000000,0,\n");
-    EXPECT_THAT(ending.errors, StartsWith("Test radio (board.toml)\n"));
+    EXPECT_THAT(ending.errors,
+                StartsWith("SIMULATION: nothing reaches hardware.\nTest radio (board.toml)\n"));
     EXPECT_EQ(ending.exitCode, 0);
 }
 
@@ -189,7 +212,9 @@ TEST_F(PlanProgramTest, JsonAndCsvDoNotShareStandardOutput) {
 TEST_F(PlanProgramTest, AuditSpeaksJson) {
     addRaster(1);
     const Ending ending = plan({"audit", "board.toml", "--json"});
-    EXPECT_THAT(ending.output, StartsWith(R"({"event":"row","file":"board.toml","channel":1,)"));
+    EXPECT_THAT(ending.output, StartsWith(R"({"schema":1,"event":"mode","mode":"simulation"})"
+                                          "\n"
+                                          R"({"schema":1,"event":"row","file":"board.toml","channel":1,)"));
     EXPECT_THAT(ending.output, EndsWith(R"("interrupted":false,"exit_code":0})"
                                         "\n"));
 }

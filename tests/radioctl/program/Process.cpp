@@ -24,7 +24,7 @@ constexpr int silenceLimit = 60'000;
 struct Pipe {
     Pipe() {
         std::array<int, 2> ends{};
-        if (pipe(ends.data()) != 0) {
+        if (pipe2(ends.data(), O_CLOEXEC) != 0) {
             throw std::runtime_error("no pipe");
         }
         readEnd = ends[0];

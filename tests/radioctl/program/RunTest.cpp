@@ -11,7 +11,8 @@ class RunTest : public ProgramTest {};
 
 TEST_F(RunTest, BootsAndTunesStepByStep) {
     const Ending ending = runScript("tune tx 1 7442 MHz\n");
-    EXPECT_EQ(ending.output, R"(Test radio (board.toml)
+    EXPECT_EQ(ending.output, R"(SIMULATION: nothing reaches hardware.
+Test radio (board.toml)
   channel 1: rf-module
 phase 11: module initialisation
   FrequencyHandler, channel 1: ok
@@ -140,7 +141,8 @@ TEST_F(RunTest, CommandThatFailsUnexpectedlyFailsTheRun) {
 TEST_F(RunTest, RadioThatDoesNotBootIsExitCode4) {
     write("board.toml", brokenBoard);
     const Ending ending = runScript("tune rx 1 7603 MHz\n");
-    EXPECT_EQ(ending.output, R"(Broken radio (board.toml)
+    EXPECT_EQ(ending.output, R"(SIMULATION: nothing reaches hardware.
+Broken radio (board.toml)
   channel 1: rf-module
 phase 11: module initialisation
      error: onModuleInit failed to get driver interface [channel.1.tx.rf.frequency] (EDriverResult = 0x8001)

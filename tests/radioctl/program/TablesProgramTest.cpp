@@ -67,10 +67,10 @@ TEST_F(TablesProgramTest, UnusableFileIsExitCode3AndTheOthersAreLookedAt) {
 TEST_F(TablesProgramTest, LintSpeaksJson) {
     write("x.csv", "f,t,i\n1,1,0\n");
     EXPECT_EQ(tables({"lint", "--json", "x.csv"}).output,
-              R"({"event":"finding","severity":"warning","file":"x.csv","line":1,)"
+              R"({"schema":1,"event":"finding","severity":"warning","file":"x.csv","line":1,)"
               R"("text":"a column \"i\", but none \"q\""})"
               "\n"
-              R"({"event":"checked","file":"x.csv","errors":0,"warnings":1})"
+              R"({"schema":1,"event":"checked","file":"x.csv","errors":0,"warnings":1})"
               "\n");
 }
 

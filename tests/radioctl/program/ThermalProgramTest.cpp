@@ -122,20 +122,20 @@ TEST_F(ThermalProgramTest, SpeaksJson) {
     EXPECT_THAT(
         ending.output,
         StartsWith(
-            R"({"event":"told","channel":1,"seconds":7,"degrees":10,"writes":[)"
+            R"({"schema":1,"event":"told","channel":1,"seconds":7,"degrees":10,"writes":[)"
             R"({"driver":"channel.1.dsp.tx.dc.compensation.i","value":-9,"step":null},)"
             R"({"driver":"channel.1.dsp.tx.dc.compensation.q","value":0,"step":null},)"
             R"({"driver":"channel.1.dsp.tx.quadrature.gain.offset.compensation","value":0,"step":null},)"
             R"({"driver":"channel.1.dsp.tx.quadrature.phase.offset.compensation","value":0,"step":null}],)"
             R"("image_without_dbc":-20.0,"image_dbc":-20.0,"leakage_without_dbc":-20.0,"leakage_dbc":-40.0})"
             "\n"
-            R"({"event":"thermal_channel","file":"board.toml","channel":1,"khz":7442000,"writes":4,)"
+            R"({"schema":1,"event":"thermal_channel","file":"board.toml","channel":1,"khz":7442000,"writes":4,)"
             R"("unchanged":0,"drivers":[{"driver":"channel.1.dsp.tx.dc.compensation.i","correction":"dc_i",)"
             R"("writes":1,"unchanged":0,"largest_step":null},)"));
     EXPECT_THAT(ending.output,
                 HasSubstr(R"("worst":{"image_without":{"dbc":-20.0,"seconds":7,"degrees":10},)"));
     EXPECT_THAT(ending.output,
-                HasSubstr(R"({"event":"replayed","file":"board.toml","log":"log.csv","samples":1,)"
+                HasSubstr(R"({"schema":1,"event":"replayed","file":"board.toml","log":"log.csv","samples":1,)"
                           R"("notifications":1,"complaints":0,"first_complaint":null,)"));
     EXPECT_THAT(ending.output, EndsWith(R"("interrupted":false,"exit_code":0})"
                                         "\n"));

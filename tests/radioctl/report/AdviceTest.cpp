@@ -29,6 +29,10 @@ TEST(AdviceTest, JournalOfAnotherCalibrationCanBePutAway) {
     EXPECT_EQ(advice("restart"), "; --restart begins anew");
 }
 
+TEST(AdviceTest, JournalOfHardwareGoesOnThere) {
+    EXPECT_EQ(advice("hardware or restart"), "; --hardware goes on with it, --restart begins anew");
+}
+
 TEST(AdviceTest, UnfinishedJournalCanGoOnOrBePutAway) {
     EXPECT_EQ(advice("resume or restart"),
               "; --resume goes on with it, --restart keeps it as a backup and begins anew");

@@ -60,6 +60,29 @@ TEST_F(TextReporterTest, CommandsAreShownWithNothingThatATerminalObeys) {
     EXPECT_EQ(m_out.str(), "\n> quit # \\x1b[2J\n");
 }
 
+TEST_F(TextReporterTest, ShowsValuesThatWereReadAndWhen) {
+    TextReporter reporter(m_out, {});
+    reporter.valueRead({"driver", -7});
+    reporter.valueRead({"driver", 8, 12.34});
+    EXPECT_EQ(m_out.str(), "     driver = -7\n         12.3 s  driver = 8\n");
+}
+
+TEST_F(TextReporterTest, WarningsStandBelowTheCommandInYellow) {
+    TextStyle style;
+    style.colour = true;
+    TextReporter(m_out, style).warned("not here");
+    EXPECT_EQ(m_out.str(), "     \033[33mwarning: not here\033[0m\n");
+}
+
+TEST_F(TextReporterTest, CommandsOfAFileAreShownAlsoWhereTheUserTypes) {
+    TextStyle style;
+    style.echo = false;
+    TextReporter reporter(m_out, style);
+    reporter.commandStarted({{}, "typed", Action(Quit{})});
+    reporter.commandStarted({{"file", 1}, "included", Action(Quit{})});
+    EXPECT_EQ(m_out.str(), "\n> included\n");
+}
+
 TEST_F(TextReporterTest, HidesLookupsThatWentWell) {
     Call call{};
     call.operation = Operation::driverLookup;
@@ -101,6 +124,38 @@ TEST_F(TextReporterTest, ShowsInformationFaintly) {
 TEST_F(TextReporterTest, ListsLevelsWithTwoDecimals) {
     TextReporter(m_out, {}).listed({"levels", {"level"}, {{-71.238}, {0.0}, {-0.004}, {-40.0}}});
     EXPECT_EQ(m_out.str(), "     level\n     -71.24\n     0.00\n     0.00\n     -40.00\n");
+}
+
+TEST_F(TextReporterTest, ShowsExpectedAndFoundWritesSideBySide) {
+    Judgement judgement{false, "a.driver=1 b=2 c=3", "b=20 c=3 d=400000"};
+    judgement.writes = {{"a.driver", 1, {}}, {"b", 2, 20}, {"c", 3, 3}, {"d", {}, 400000}};
+    TextReporter(m_out, {}).judged({{"script", 3}, "expect writes a.driver=1 b=2 c=3", Action(Quit{})},
+                                   judgement);
+    EXPECT_EQ(m_out.str(), "  FAILED  expect writes a.driver=1 b=2 c=3  (script:3)\n"
+                           "          driver    expected   found\n"
+                           "        ! a.driver         1       -\n"
+                           "        ! b                2      20\n"
+                           "          c                3       3\n"
+                           "        ! d                -  400000\n");
+}
+
+TEST_F(TextReporterTest, LeavesOutWritesFarFromWhatDiffers) {
+    Judgement judgement{false, "", ""};
+    for (int value = 0; value < 20; ++value) {
+        judgement.writes.push_back({"d", value, value == 10 ? -1 : value});
+    }
+    TextReporter(m_out, {}).judged({{}, "expect writes", Action(Quit{})}, judgement);
+    EXPECT_EQ(m_out.str(), "  FAILED  expect writes\n"
+                           "          driver             expected  found\n"
+                           "          ... 7 as expected\n"
+                           "          d                         7      7\n"
+                           "          d                         8      8\n"
+                           "          d                         9      9\n"
+                           "        ! d                        10     -1\n"
+                           "          d                        11     11\n"
+                           "          d                        12     12\n"
+                           "          d                        13     13\n"
+                           "          ... 6 as expected\n");
 }
 
 TEST_F(TextReporterTest, JoinsNeighbouringChannels) {

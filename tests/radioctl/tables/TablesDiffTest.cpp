@@ -252,16 +252,17 @@ TEST_F(TablesDiffTest, TenNodesAreShownUnlessAllAreWanted) {
 TEST_F(TablesDiffTest, JsonHasEveryNodeThatMoved) {
     std::ostringstream out;
     writeJson(out, compared("1,25,10,-1\n2,25,0,0\n", "1,25,13,3\n2,25,0,0\n"), "a.csv", "b.csv");
-    EXPECT_EQ(out.str(),
-              R"({"event":"moved","channel":1,"khz":1,"degrees":25,"i_before":10,"i_after":13,"q_before":-1,)"
-              R"("q_after":3,"move":5.0,"dbc_before":null,"dbc_after":null})"
-              "\n"
-              R"({"event":"channel","channel":1,"nodes":2,"moved":1,"axes_differ":false,"largest_i":3,)"
-              R"("largest_q":4,"worst_dbc_before":null,"worst_dbc_after":null,"got_worse":null})"
-              "\n"
-              R"({"event":"compared","before":"a.csv","after":"b.csv","only_before":[],"only_after":[],)"
-              R"("different":true})"
-              "\n");
+    EXPECT_EQ(
+        out.str(),
+        R"({"schema":1,"event":"moved","channel":1,"khz":1,"degrees":25,"i_before":10,"i_after":13,"q_before":-1,)"
+        R"("q_after":3,"move":5.0,"dbc_before":null,"dbc_after":null})"
+        "\n"
+        R"({"schema":1,"event":"channel","channel":1,"nodes":2,"moved":1,"axes_differ":false,"largest_i":3,)"
+        R"("largest_q":4,"worst_dbc_before":null,"worst_dbc_after":null,"got_worse":null})"
+        "\n"
+        R"({"schema":1,"event":"compared","before":"a.csv","after":"b.csv","only_before":[],"only_after":[],)"
+        R"("different":true})"
+        "\n");
 }
 
 } // namespace

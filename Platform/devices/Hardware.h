@@ -1,0 +1,126 @@
+#ifndef PLATFORM_DEVICES_HARDWARE_H
+#define PLATFORM_DEVICES_HARDWARE_H
+
+#include "Visibility.h"
+#include "devices/Description.h"
+#include "standalone/DriverBank.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Devices {
+
+/** Is told of connections and of the sensor, on the thread that drives the radio. */
+class RADIO_API HardwareListener {
+public:
+    HardwareListener() = default;
+    HardwareListener(const HardwareListener&) = delete;
+    HardwareListener& operator=(const HardwareListener&) = delete;
+    virtual ~HardwareListener() = default;
+
+    /** The connection to a device is gone, told once; until it is back, every write and read fails at once.
+     */
+    virtual void lost(const std::string& device, const std::string& why) = 0;
+    /** It is there again. */
+    virtual void back(const std::string& device) = 0;
+    /** A write or read failed; `attribute` says where, for people, and `code` how. */
+    virtual void failed(const std::string& driver, const std::string& attribute, std::int32_t code) = 0;
+    /** The sensor gives no temperature any more, told once until it does. */
+    virtual void sensorFailed(const std::string& why) = 0;
+};
+
+/** How one attribute was found. */
+struct AttributeFinding {
+    /** Of the driver that it stands behind; empty for the temperature sensor. */
+    std::string driver;
+    /** For people, for example "synthesiser: adf4371/out:altvoltage0/frequency". */
+    std::string attribute;
+    /** What it is for: "write", "negative", "read" or "temperature". */
+    std::string_view use;
+    /** Nothing where only trying would tell. */
+    std::optional<bool> isReadable{};
+    std::optional<bool> isWritable{};
+    /** What it has, in its own unit, as text; empty: it was not read. */
+    std::string value{};
+    /** Why it cannot be used as the description wants it; empty: it can. */
+    std::string problem{};
+};
+
+/** What was written when the radio was left. */
+struct ExitWrite {
+    std::string driver;
+    std::int64_t value;
+    std::int32_t code;
+};
+
+/**
+ * The real hardware of one radio: its connections, and what stands behind each driver that has hardware.
+ *
+ * Used on one thread, that which drives the radio; it owns threads of its own, which bring lost connections
+ * back and read the sensor, and which touch nothing that a caller sees. A write or read takes no longer than
+ * the time limit of its device, and as long as the kernel's driver needs for a local attribute or a file.
+ */
+class RADIO_API Hardware {
+public:
+    /** Connects nothing yet. `listener` must outlive the object. */
+    Hardware(HardwareDescription description, HardwareListener& listener);
+    Hardware(const Hardware&) = delete;
+    Hardware& operator=(const Hardware&) = delete;
+    /** Writes nothing: leave() is for that. */
+    ~Hardware();
+
+    const HardwareDescription& description() const;
+
+    /**
+     * Connects every device and finds every attribute, writing nothing. What is found comes in the order of
+     * the description: for each driver what it writes, then its negative side, then what it reads.
+     * `reads`: also reads what can be read. A device that cannot be reached is told with each of its
+     * attributes. May be called again.
+     */
+    std::vector<AttributeFinding> examine(bool reads);
+
+    /** What stands behind a driver; null when it has no hardware. The object's, as long as it lives. */
+    Standalone::DriverBacking* backing(std::string_view driver);
+    /** From now on values outside a driver's range are written, too; off at the start. */
+    void setForced(bool isForced);
+
+    /** Has the sensor read at its interval from now on. Nothing without a sensor. */
+    void startSensor();
+    /** The sensor read once, now; nothing when there is none or it fails. In degrees Celsius. */
+    std::optional<int> readSensor();
+    /** Tells the listener what happened on other threads since, and gives the temperature if it was read
+     * since the last call. Returns at once. */
+    std::optional<int> poll();
+
+    /**
+     * Writes what drivers are to have when the radio is left, in the order of the description, even where a
+     * connection was lost and has to be made first; what was written, and how it went. To be called at the
+     * end, any number of times.
+     */
+    std::vector<ExitWrite> leave();
+
+    /** Which kinds of devices this library was built with, for people: "iio 0.24, hwmon, scpi, file". */
+    static std::string kinds();
+    /** What was left out, and the package it wants; empty when nothing was. */
+    static std::string leftOut();
+
+private:
+    class State;
+    std::unique_ptr<State> m_state;
+};
+
+/** The attribute's text for a driver's value: "6300000000" for 6300000 with the scale 1000. Nothing when the
+ * value cannot be said exactly enough, beyond 2^53. */
+RADIO_API std::optional<std::string> textFor(std::int64_t value, const Conversion& conversion);
+/** The driver's value, rounded to the nearest, for what an attribute gave; nothing when that is no number, or
+ * one that no driver takes. */
+RADIO_API std::optional<std::int64_t> valueOf(std::string_view text, const Conversion& conversion);
+
+} // namespace Devices
+
+#endif

@@ -1,0 +1,67 @@
+#ifndef RADIO_CALIBRATION_CLIMATE_H
+#define RADIO_CALIBRATION_CLIMATE_H
+
+#include "radio/board/Board.h"
+#include "radio/calibration/CalibrationBench.h"
+#include "standalone/Platform.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace Radio::Calibration {
+
+/** A temperature that a calibration waits for. */
+struct AwaitedTemperature {
+    /** In degrees Celsius. */
+    std::int32_t wanted = 0;
+    /** What the sensor says; nothing when it has said nothing yet. */
+    std::optional<int> now;
+};
+
+/**
+ * The temperature of a real radio: it is what the sensor says. A chamber is told what it should be, if there
+ * is one; for the rest there is waiting.
+ */
+class Climate {
+public:
+    /** So many degrees beside the wanted temperature will do. */
+    static constexpr int tolerance = 2;
+
+    /** What is borrowed must outlive the object. */
+    Climate(const Board& board, int channel, const CalibrationBench& bench)
+        : m_board(board),
+          m_channel(channel),
+          m_bench(bench) {}
+
+    /** Hears what the sensor says. */
+    void poll();
+    /**
+     * Has the radio at a temperature for the points that follow, and tells the platform what it really is:
+     * waits as long as `goOn` says so. The second time for the same temperature does not wait. Gives why the
+     * temperature is not there; empty: it is.
+     */
+    std::string reach(std::int32_t wanted, Standalone::Platform& platform, const std::function<bool()>& goOn);
+    /** What is waited for now, if anything is. */
+    const std::optional<AwaitedTemperature>& awaited() const { return m_awaited; }
+    /** What is to be said of a point that was measured at `wanted` just now; empty: nothing. */
+    std::string remark(std::int32_t wanted) const;
+
+private:
+    bool hasSensor() const { return m_board.hardware.description.sensor.has_value(); }
+    bool isNear(std::int32_t wanted) const;
+    bool awaitNear(std::int32_t wanted, const std::function<bool()>& goOn);
+    bool tellChamber(std::int32_t wanted, Standalone::Platform& platform) const;
+
+    const Board& m_board;
+    const int m_channel;
+    const CalibrationBench& m_bench;
+    std::optional<int> m_sensed;
+    std::optional<std::int32_t> m_reached;
+    std::optional<AwaitedTemperature> m_awaited;
+};
+
+} // namespace Radio::Calibration
+
+#endif

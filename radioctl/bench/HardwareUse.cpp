@@ -1,0 +1,59 @@
+#include "radioctl/bench/HardwareUse.h"
+
+#include "ResultCode.h"
+#include "radio/files/InputError.h"
+#include "radioctl/console/StateFolder.h"
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+
+namespace Radio {
+
+namespace {
+
+std::filesystem::path folderOfMarks() {
+    std::filesystem::path folder = stateFolder();
+    if (folder.empty()) {
+        throw InputError({"HOME", 0}, "is not set, expected a home in which to mark that hardware is in use");
+    }
+    return folder;
+}
+
+} // namespace
+
+HardwareUse::HardwareUse(const Board& board, const HardwareOptions& options, std::ostream& out, bool json)
+    : m_report(out, json) {
+    if (!options.hardware) {
+        m_report.begins(board, options);
+        return;
+    }
+    m_bench.emplace(board, *this, folderOfMarks());
+    m_report.begins(board, options);
+    if (!m_bench->leftBehind().empty()) {
+        m_report.leftBehind(m_bench->leftBehind());
+    }
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+    m_bench->begin();
+}
+
+HardwareUse::~HardwareUse() {
+    leave();
+}
+
+std::optional<int> HardwareUse::poll() {
+    return m_bench ? m_bench->hardware().poll() : std::nullopt;
+}
+
+bool HardwareUse::leave() {
+    if (!m_bench || m_hasLeft) {
+        return true;
+    }
+    m_hasLeft = true;
+    const std::vector<Devices::ExitWrite> writes = m_bench->leave();
+    m_report.left(writes);
+    return std::all_of(writes.begin(), writes.end(),
+                       [](const Devices::ExitWrite& write) { return isSuccess(write.code); });
+}
+
+} // namespace Radio

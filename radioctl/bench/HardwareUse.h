@@ -1,0 +1,53 @@
+#ifndef RADIOCTL_BENCH_HARDWAREUSE_H
+#define RADIOCTL_BENCH_HARDWAREUSE_H
+
+#include "radio/board/Board.h"
+#include "radio/session/Bench.h"
+#include "radioctl/bench/HardwareOptions.h"
+#include "radioctl/bench/HardwareReport.h"
+
+#include <optional>
+#include <ostream>
+
+namespace Radio {
+
+/**
+ * The hardware that a verb drives, if it was asked to: told to people from the first line to the last, and
+ * left properly on every way out. Must outlive the radio.
+ */
+class HardwareUse final : public Devices::HardwareListener {
+public:
+    /**
+     * Says on `out` whether anything reaches hardware, and takes the hardware if so: connects it and sees
+     * that it is there. Throws InputError when it cannot be driven; then nothing was written. A broken pipe
+     * does not end the program any more: the hardware has to be left.
+     */
+    HardwareUse(const Board& board, const HardwareOptions& options, std::ostream& out, bool json);
+    /** Leaves, if nobody did. */
+    ~HardwareUse() override;
+
+    /** For the radio; null when it is simulated. */
+    Devices::Hardware* hardware() { return m_bench ? &m_bench->hardware() : nullptr; }
+    bool isReal() const { return m_bench.has_value(); }
+    /** Tells what happened meanwhile; the temperature, if the sensor has read it anew. */
+    std::optional<int> poll();
+    /** Writes what is to be written in the end, and says so; gives false when something of that failed. Good
+     * without hardware and the second time. */
+    bool leave();
+
+    void lost(const std::string& device, const std::string& why) override { m_report.lost(device, why); }
+    void back(const std::string& device) override { m_report.back(device); }
+    void failed(const std::string& driver, const std::string& attribute, std::int32_t code) override {
+        m_report.failed(driver, attribute, code);
+    }
+    void sensorFailed(const std::string& why) override { m_report.sensorFailed(why); }
+
+private:
+    HardwareReport m_report;
+    std::optional<Bench> m_bench;
+    bool m_hasLeft = false;
+};
+
+} // namespace Radio
+
+#endif

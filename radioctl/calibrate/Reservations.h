@@ -1,0 +1,19 @@
+#ifndef RADIOCTL_CALIBRATE_RESERVATIONS_H
+#define RADIOCTL_CALIBRATE_RESERVATIONS_H
+
+#include "radio/board/Board.h"
+#include "radio/calibration/Calibration.h"
+
+#include <string>
+
+namespace Radio::Calibration {
+
+/**
+ * What the board has against the carriers and temperatures of a calibration: the first, and how many more;
+ * empty: nothing. Boots a simulated radio for it. Throws RadioError when that does not come up.
+ */
+std::string reservationAgainst(const Board& board, const Settings& settings);
+
+} // namespace Radio::Calibration
+
+#endif

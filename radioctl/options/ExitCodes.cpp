@@ -1,0 +1,149 @@
+#include "radioctl/options/ExitCodes.h"
+
+#include "radio/text/BrokenLines.h"
+#include "radio/text/Words.h"
+#include "radioctl/options/ExitCode.h"
+
+#include <algorithm>
+#include <csignal>
+#include <iterator>
+
+namespace Radio {
+
+namespace {
+
+using Commands = std::vector<std::string_view>;
+
+const Commands& allCommands() {
+    static const Commands all = {"run",         "console",    "check",     "plan explain",
+                                 "plan audit",  "thermal",    "calibrate", "tables lint",
+                                 "tables diff", "tables why", "completion"};
+    return all;
+}
+
+/** The command of that name, and those below it. */
+Commands commandsOf(std::string_view name) {
+    Commands commands;
+    std::copy_if(allCommands().begin(), allCommands().end(), std::back_inserter(commands),
+                 [name](std::string_view command) {
+                     const std::string_view behind = command.substr(std::min(name.size(), command.size()));
+                     return command.substr(0, name.size()) == name &&
+                            (name.empty() || behind.empty() || behind.front() == ' ');
+                 });
+    return commands;
+}
+
+/** Some of the commands that are `asked` about, as they stand in front of a reason: nothing for all of them.
+ */
+std::string namesOf(const Commands& some, const Commands& asked) {
+    constexpr std::size_t many = 5;
+    if (some.size() == asked.size()) {
+        return {};
+    }
+    if (some.size() + 1 == asked.size() && asked.size() > many) {
+        const auto other = std::find_if(asked.begin(), asked.end(), [&some](std::string_view command) {
+            return std::find(some.begin(), some.end(), command) == some.end();
+        });
+        return "all but " + std::string(*other) + ": ";
+    }
+    return joined(some, ", ") + ": ";
+}
+
+std::string withNames(const ExitReason& reason, const Commands& asked) {
+    Commands concerned;
+    std::copy_if(asked.begin(), asked.end(), std::back_inserter(concerned),
+                 [&reason](std::string_view command) {
+                     return std::find(reason.commands.begin(), reason.commands.end(), command) !=
+                            reason.commands.end();
+                 });
+    if (concerned.empty()) {
+        return {};
+    }
+    return namesOf(concerned, asked) + std::string(reason.text);
+}
+
+/** The number in its column, and the text beside it; of several reasons only the first has the number. */
+std::string lines(const std::string& number, const std::string& text) {
+    constexpr std::size_t indent = 7;
+    std::string result = "  " + number + std::string(indent - 2 - number.size(), ' ');
+    const char* separator = "";
+    for (const std::string& line : brokenLines(text, terminalWidth - indent)) {
+        result += separator + line + "\n";
+        separator = "       ";
+    }
+    return result;
+}
+
+} // namespace
+
+const std::vector<ExitReason>& exitReasons() {
+    const Commands& all = allCommands();
+    static const std::vector<ExitReason> reasons = {
+        {ExitCode::good, all, "good"},
+        {ExitCode::expectationFailed,
+         {"run", "console"},
+         "an expectation failed, or a command failed without an \"expect result\" behind it"},
+        {ExitCode::expectationFailed, {"check", "tables lint"}, "there are errors"},
+        {ExitCode::expectationFailed,
+         {"check"},
+         "with --strict there are warnings, or with --all a carrier is outside its limits"},
+        {ExitCode::outsideLimits,
+         {"plan explain"},
+         "the library reported an error or wrote something else than the steps say, or no carrier came of "
+         "it"},
+        {ExitCode::outsideLimits, {"plan audit"}, "a carrier is outside its limits"},
+        {ExitCode::outsideLimits, {"thermal"}, "the radio complained"},
+        {ExitCode::outsideLimits, {"calibrate"}, "there are points without good corrections"},
+        {ExitCode::different, {"tables diff"}, "there are differences"},
+        {ExitCode::outsideLimits, {"tables why"}, "the library wrote something else than was computed"},
+        {ExitCode::wrongCommandLine, all, "wrong command line"},
+        {ExitCode::unusableInput,
+         {"run", "console", "check", "plan explain", "plan audit", "thermal", "calibrate", "tables lint",
+          "tables diff", "tables why"},
+         "a board cannot be used"},
+        {ExitCode::unusableInput, {"run"}, "a script cannot be used"},
+        {ExitCode::unusableInput, {"console"}, "a line through a pipe was refused"},
+        {ExitCode::unusableInput, {"plan audit"}, "a board has no raster to audit"},
+        {ExitCode::unusableInput,
+         {"thermal"},
+         "the log cannot be used, or the board has no compensation to replay"},
+        {ExitCode::unusableInput, {"calibrate"}, "a journal or a table cannot be used"},
+        {ExitCode::unusableInput,
+         {"tables lint", "tables diff", "tables why"},
+         "a table cannot be used, or there are none to look at"},
+        {ExitCode::unusableInput, {"thermal", "calibrate"}, "gnuplot is missing"},
+        {ExitCode::unusableInput, all, "output cannot be written"},
+        {ExitCode::notBooted,
+         {"run", "console"},
+         "the radio did not boot, and no \"expect result\" came first"},
+        {ExitCode::notBooted,
+         {"plan explain", "plan audit", "thermal", "calibrate", "tables why"},
+         "the radio did not boot"},
+        {ExitCode::notBooted, {"check"}, "with --all the radio did not boot"},
+        {ExitCode::signalBase + SIGINT,
+         {"run", "console", "plan audit", "thermal", "calibrate"},
+         "interrupted by Ctrl-C (129 and 143: by SIGHUP and SIGTERM)"},
+        {ExitCode::signalBase + SIGINT, {"check"}, "with --all the audit was interrupted likewise"},
+    };
+    return reasons;
+}
+
+std::string exitCodeHelp(std::string_view command) {
+    const Commands asked = commandsOf(command);
+    std::string text = "Exit codes:\n";
+    int codeBefore = -1;
+    for (const ExitReason& reason : exitReasons()) {
+        const std::string told = withNames(reason, asked);
+        if (!told.empty()) {
+            text += lines(reason.code == codeBefore ? "" : std::to_string(reason.code), told);
+            codeBefore = reason.code;
+        }
+    }
+    return text;
+}
+
+std::string reasonWithCommands(const ExitReason& reason) {
+    return withNames(reason, allCommands());
+}
+
+} // namespace Radio

@@ -1,0 +1,28 @@
+#include "radioctl/report/Wrapped.h"
+
+namespace Radio {
+
+void writeWrapped(std::ostream& out, std::string_view text, std::size_t indent, std::size_t hanging) {
+    const std::string first = brokenLines(text, terminalWidth - indent).front();
+    out << std::string(indent, ' ') << first << "\n";
+    if (first.size() == text.size()) {
+        return;
+    }
+    for (const std::string& line : brokenLines(text.substr(first.size() + 1), terminalWidth - hanging)) {
+        out << std::string(hanging, ' ') << line << "\n";
+    }
+}
+
+void writeBoardName(std::ostream& out, std::string_view name, std::string_view file) {
+    const std::string place = "(" + std::string(file) + ")";
+    const std::string line = std::string(name) + " " + place;
+    if (line.size() <= terminalWidth) {
+        out << line << "\n";
+        return;
+    }
+    writeWrapped(out, name, 0, 2);
+    // Broken nowhere, so that it can be copied.
+    out << "  " << place << "\n";
+}
+
+} // namespace Radio

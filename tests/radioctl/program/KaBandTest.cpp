@@ -1,0 +1,175 @@
+#include "tests/devices/Server.h"
+#include "tests/radioctl/program/HardwareTest.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace {
+
+using testing::ContainsRegex;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+/**
+ * The Ka-band radio of boards/, on devices that umockdev makes up in sysfs: through libiio on this computer,
+ * and through a real server. The test program and all that it starts see the same devices.
+ */
+class KaBandTest : public HardwareTest {
+protected:
+    KaBandTest() {
+        if (std::getenv("UMOCKDEV_DIR") == nullptr) {
+            return;
+        }
+        std::filesystem::copy(RADIOCTL_BOARDS "/ka-band-28ghz.channel-1.csv", "ka-band-28ghz.channel-1.csv");
+        std::filesystem::copy(RADIOCTL_BOARDS "/ka-band-28ghz.script", "script");
+        use("local:");
+    }
+    void SetUp() override {
+        if (std::getenv("UMOCKDEV_DIR") == nullptr) {
+            GTEST_SKIP() << "umockdev makes up no devices here, where an emulator stands between";
+        }
+    }
+
+    /** Has the board reach its devices at `uri`. */
+    static void use(const std::string& uri, bool hasSensor = false) {
+        std::string board = contentOf(RADIOCTL_BOARDS "/ka-band-28ghz.toml");
+        const std::string address = "ip:192.168.2.1";
+        board.replace(board.find(address), address.size(), uri);
+        if (!hasSensor) {
+            const std::size_t begin = board.find("[sensor]");
+            board.erase(begin, board.find("[[raster]]") - begin);
+        }
+        write("board.toml", board);
+    }
+
+    static std::string attribute(const std::string& name) {
+        return contentOf("/sys/bus/iio/devices/" + name);
+    }
+    static void setAttribute(const std::string& name, const std::string& value) {
+        write("/sys/bus/iio/devices/" + name, value);
+    }
+
+    /** What was written, line by line, and how the expectations turned out. */
+    static std::string transcript(std::string output) {
+        output.erase(0, output.find('\n') + 1);
+        const std::size_t leaving = output.find("Leaving:\n");
+        return leaving == std::string::npos
+                   ? output
+                   : output.erase(leaving, output.find("\n\n", leaving) - leaving + 1);
+    }
+};
+
+TEST_F(KaBandTest, AcceptanceIsTheSameSimulatedHereAndThroughAServer) {
+    const Ending simulated = run({"run", "board.toml", "script"});
+    EXPECT_EQ(simulated.exitCode, 0) << simulated.output;
+    const Ending here = run({"run", "--hardware", "board.toml", "script"});
+    EXPECT_EQ(here.exitCode, 0) << here.output << here.errors;
+    DeviceTests::Server server;
+    server.start();
+    use(server.uri());
+    const Ending served = run({"run", "--hardware", "board.toml", "script"});
+    EXPECT_EQ(served.exitCode, 0) << served.output << served.errors;
+    EXPECT_THAT(served.output, StartsWith("HARDWARE: 9 drivers on radio (" + server.uri() +
+                                          "); simulated: 2 without hardware\n"));
+    EXPECT_EQ(transcript(here.output), transcript(simulated.output));
+    EXPECT_EQ(transcript(served.output), transcript(simulated.output));
+}
+
+TEST_F(KaBandTest, AttributesGetWhatTheTranscriptSays) {
+    write("script", "tune tx 1 27562.5 MHz\ntune rx 1 28570.5 MHz\n");
+    const Ending ending = run({"run", "--hardware", "board.toml", "script"});
+    EXPECT_EQ(ending.exitCode, 0) << ending.output << ending.errors;
+    EXPECT_EQ(attribute("iio:device0/out_altvoltage0_frequency"), "6890625000\n");
+    EXPECT_EQ(attribute("iio:device1/out_altvoltage0_frequency"), "7142625000\n");
+    // I is -23 and Q -21 there: the positive sides are 0.
+    EXPECT_EQ(attribute("iio:device2/in_altvoltage0_i_calibbias"), "0\n");
+    EXPECT_EQ(attribute("iio:device2/in_altvoltage1_i_calibbias"), "23\n");
+    EXPECT_EQ(attribute("iio:device2/in_altvoltage0_q_calibbias"), "0\n");
+    EXPECT_EQ(attribute("iio:device2/in_altvoltage1_q_calibbias"), "21\n");
+    // Left, the transmitter is silent.
+    EXPECT_EQ(attribute("iio:device0/out_altvoltage0_powerdown"), "1\n");
+    EXPECT_EQ(attribute("iio:device1/out_altvoltage0_powerdown"), "1\n");
+}
+
+TEST_F(KaBandTest, DetectorIsReadInMillivolts) {
+    setAttribute("iio:device4/in_voltage0_raw", "1365\n");
+    write("script", "read channel.1.tx.rf.detector.v\n");
+    // 1365 / 1.6384 = 833.1
+    EXPECT_THAT(run({"run", "--hardware", "board.toml", "script"}).output,
+                HasSubstr("channel.1.tx.rf.detector.v = 833\n"));
+}
+
+TEST_F(KaBandTest, CheckFindsAllOfIt) {
+    use("local:", true);
+    const Ending ending = run({"check", "--hardware", "board.toml"});
+    EXPECT_EQ(ending.exitCode, 0) << ending.output;
+    EXPECT_THAT(ending.output, HasSubstr("\n    write: radio: adf4371-tx/out_altvoltage0_frequency\n"
+                                         "      readable, writable, now "));
+    EXPECT_THAT(ending.output, HasSubstr("\nboard.toml: 12 attributes, all found\n"));
+}
+
+TEST_F(KaBandTest, CheckNamesWhatIsThereInPlaceOfWhatIsNot) {
+    std::string board = contentOf("board.toml");
+    board.replace(board.find("admv1013/in_altvoltage0_i_calibbias"), 8, "admv1031");
+    board.replace(board.find("admv1013/in_altvoltage0_q_calibbias"), 35,
+                  "admv1013/in_altvoltage0_q_calibias_");
+    write("board.toml", board);
+    const Ending ending = run({"check", "--hardware", "board.toml"});
+    EXPECT_EQ(ending.exitCode, 1);
+    EXPECT_THAT(ending.output, ContainsRegex("PROBLEM: there is no device admv1031.*admv1013"));
+    EXPECT_THAT(ending.output, ContainsRegex("PROBLEM: admv1013 has no attribute in_altvoltage0_q_calibias_.*"
+                                             "in_altvoltage0_q_calibbias"));
+}
+
+TEST_F(KaBandTest, ServerKilledAndStartedAgainInMidScript) {
+    DeviceTests::Server server;
+    server.start();
+    use(server.uri());
+    Process process(invoke({"console", "--hardware", "board.toml"}));
+    ASSERT_TRUE(process.waitFor("The radio is up."));
+    process.type("tune rx 1 28570.5 MHz\n");
+    ASSERT_TRUE(process.waitFor("rx.rf.lo.frequency.in.hz <- 7142625000 (8 bytes)\n"));
+    server.kill();
+    process.type("tune rx 1 28598.5 MHz\n");
+    ASSERT_TRUE(process.waitFor("LOST radio: "));
+    ASSERT_TRUE(
+        process.waitFor("  -  channel.1.rx.rf.lo.frequency.in.hz <- 7149625000 (8 bytes)  FAILED 0x81"));
+    process.type("tune rx 1 28626.5 MHz\n");
+    ASSERT_TRUE(
+        process.waitFor("  -  channel.1.rx.rf.lo.frequency.in.hz <- 7156625000 (8 bytes)  FAILED 0x81"));
+    server.start();
+    ASSERT_TRUE(process.waitFor("radio is back"));
+    process.type("tune rx 1 28654.5 MHz\n");
+    ASSERT_TRUE(process.waitFor("rx.rf.lo.frequency.in.hz <- 7163625000 (8 bytes)\n"));
+    process.closeInput();
+    const Ending ending = process.finish();
+    EXPECT_EQ(attribute("iio:device1/out_altvoltage0_frequency"), "7163625000\n");
+    const std::size_t lost = ending.output.find("LOST radio");
+    EXPECT_EQ(ending.output.find("LOST radio", lost + 1), std::string::npos) << "told once";
+    EXPECT_THAT(ending.output,
+                HasSubstr("Leaving:\n  channel.1.tx.rf.lo.config <- 0\n  channel.1.rx.rf.lo.config <- 0\n"));
+}
+
+TEST_F(KaBandTest, TemperatureCorrectsTheTransmitter) {
+    // 1/128 of a degree: 25 degrees.
+    setAttribute("iio:device5/in_temp_raw", "3200\n");
+    use("local:", true);
+    write("script", "show channels\n");
+    EXPECT_THAT(run({"run", "--hardware", "board.toml", "script"}).output,
+                HasSubstr("     sensor: 25 degrees, 1 observer told\n"));
+}
+
+TEST_F(KaBandTest, AuditGoesThroughTheRealSynthesisers) {
+    const Ending ending = run({"plan", "audit", "--hardware", "board.toml"});
+    EXPECT_EQ(ending.exitCode, 0) << ending.output << ending.errors;
+    EXPECT_THAT(ending.output, StartsWith("HARDWARE: 9 drivers on radio (local:)"));
+    EXPECT_THAT(ending.output, HasSubstr("64 carriers in "));
+    EXPECT_THAT(ending.output, HasSubstr("Leaving:\n"));
+    EXPECT_EQ(attribute("iio:device0/out_altvoltage0_powerdown"), "1\n");
+    EXPECT_THAT(attribute("iio:device0/out_altvoltage0_frequency"), Not("6900000000\n"));
+}
+
+} // namespace
