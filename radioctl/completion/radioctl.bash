@@ -43,17 +43,17 @@ _radioctl()
 
     if [[ $current == -* ]]; then
         case $command in
-            run) word="--help --json --junit --trace --verbose" ;;
-            console) word="--help --json --trace --verbose" ;;
+            run) word="--help --json --hardware --dry-run --junit --trace --verbose" ;;
+            console) word="--help --json --hardware --dry-run --trace --verbose" ;;
             explain) word="--help --json --channel --tx --rx" ;;
-            audit) word="--help --json --csv" ;;
+            audit) word="--help --json --hardware --dry-run --csv" ;;
             thermal) word="--help --json --carrier --csv --html" ;;
-            calibrate) word="--help --json --verbose --channel --band --step --temperatures --i-range --q-range
+            calibrate) word="--help --json --hardware --force --verbose --channel --band --step --temperatures --i-range --q-range
                 --shrink --min-delta --max-iterations --settle-time --detector --serial --journal --out --html
                 --resume --restart --offline --accept-edge --real-time" ;;
             diff) word="--help --json --board --channel --all" ;;
             why) word="--help --json --channel --frequency --temperature" ;;
-            check) word="--help --json --all --strict" ;;
+            check) word="--help --json --all --strict --hardware" ;;
             completion | lint) word="--help --json" ;;
             *) word="--help --json --version" ;;
         esac
