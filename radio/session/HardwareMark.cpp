@@ -85,7 +85,13 @@ HardwareMark::~HardwareMark() {
 }
 
 void HardwareMark::set() {
-    if (!write("process " + std::to_string(getpid()) + " on " + now() + "\n" + m_board + "\n")) {
+    // The file may be new: after a power cut its name has to be there as well.
+    const int folder = open(m_file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool isNamed = folder != -1 && fsync(folder) == 0;
+    if (folder != -1) {
+        close(folder);
+    }
+    if (!isNamed || !write("process " + std::to_string(getpid()) + " on " + now() + "\n" + m_board + "\n")) {
         fail("could not be written");
     }
 }

@@ -1,0 +1,88 @@
+#include "radio/session/HardwareMark.h"
+
+#include "tests/radio/support/FileFixture.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <string>
+
+namespace Radio {
+namespace {
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+/** Who drives the hardware of a board, on the disk. */
+class HardwareMarkTest : public FileFixture {
+protected:
+    HardwareMarkTest() { write("board.toml", ""); }
+
+    /** Has a process set its mark, and kills it. */
+    static void killAfterMarking() {
+        const pid_t child = fork();
+        if (child == 0) {
+            HardwareMark mark("board.toml", "marks");
+            mark.set();
+            raise(SIGKILL);
+        }
+        waitpid(child, nullptr, 0);
+    }
+};
+
+TEST_F(HardwareMarkTest, AtFirstNobodyHasLeftAnything) {
+    EXPECT_EQ(HardwareMark("board.toml", "marks").leftBehind(), "");
+}
+
+TEST_F(HardwareMarkTest, KilledProcessIsTheOneThatLeftTheHardwareAsItWas) {
+    killAfterMarking();
+    EXPECT_THAT(HardwareMark("board.toml", "marks").leftBehind(),
+                MatchesRegex("process [0-9]+ on [0-9-]{10} at [0-9:]{8}"));
+}
+
+TEST_F(HardwareMarkTest, MarkThatIsTakenBackLeavesNothing) {
+    {
+        HardwareMark mark("board.toml", "marks");
+        mark.set();
+        mark.takeBack();
+    }
+    EXPECT_EQ(HardwareMark("board.toml", "marks").leftBehind(), "");
+}
+
+TEST_F(HardwareMarkTest, MarkThatIsNotTakenBackStays) {
+    { HardwareMark("board.toml", "marks").set(); }
+    EXPECT_THAT(HardwareMark("board.toml", "marks").leftBehind(), HasSubstr("process "));
+}
+
+TEST_F(HardwareMarkTest, WhoOnlyLooksAtItDoesNotTakeItBack) {
+    killAfterMarking();
+    EXPECT_NE(HardwareMark("board.toml", "marks").leftBehind(), "");
+    EXPECT_NE(HardwareMark("board.toml", "marks").leftBehind(), "");
+}
+
+TEST_F(HardwareMarkTest, BoardIsOneByWhateverNameItIsCalled) {
+    std::filesystem::create_symlink("board.toml", "link.toml");
+    HardwareMark mark("board.toml", "marks");
+    mark.set();
+    EXPECT_EQ(refusal([] { HardwareMark("./board.toml", "marks"); }),
+              "./board.toml: its hardware is driven by process " + std::to_string(getpid()) + " on " +
+                  contentOf(std::filesystem::directory_iterator("marks")->path())
+                      .substr(std::string("process  on ").size() + std::to_string(getpid()).size(), 22) +
+                  ", expected one program at a time");
+    EXPECT_THAT(refusal([] { HardwareMark("link.toml", "marks"); }), HasSubstr("is driven by process"));
+    write("other.toml", "");
+    EXPECT_EQ(refusal([] { HardwareMark("other.toml", "marks"); }), "accepted");
+}
+
+TEST_F(HardwareMarkTest, WithoutAPlaceForItNothingIsDriven) {
+    write("marks", "a file\n");
+    EXPECT_THAT(refusal([] { HardwareMark("board.toml", "marks"); }),
+                HasSubstr("expected a place for the mark that the hardware is in use"));
+}
+
+} // namespace
+} // namespace Radio
