@@ -98,17 +98,18 @@ TEST_F(CalibrateProgramTest, JsonHasAnObjectForEachPoint) {
     for (std::string line; std::getline(lines, line);) {
         events.push_back(nlohmann::json::parse(line));
     }
-    ASSERT_EQ(events.size(), 8U);
-    EXPECT_EQ(events[0].at("event"), "calibration");
-    EXPECT_EQ(events[0].at("serial"), "T-1");
-    EXPECT_EQ(events[0].at("settings").at("shrink_factor"), 0.75);
-    EXPECT_EQ(events[1].at("event"), "point");
-    EXPECT_EQ(events[1].at("khz"), 17900000);
-    EXPECT_EQ(events[1].at("degrees"), -10);
-    EXPECT_EQ(events[1].at("state"), "good");
-    EXPECT_EQ(events[7].at("worst_before").at("khz"), 18100000);
-    EXPECT_EQ(events[7].at("tables"), "board.channel-1.csv");
-    EXPECT_EQ(events[7].at("exit_code"), 0);
+    ASSERT_EQ(events.size(), 9U);
+    EXPECT_EQ(events[0].at("mode"), "simulation");
+    EXPECT_EQ(events[1].at("event"), "calibration");
+    EXPECT_EQ(events[1].at("serial"), "T-1");
+    EXPECT_EQ(events[1].at("settings").at("shrink_factor"), 0.75);
+    EXPECT_EQ(events[2].at("event"), "point");
+    EXPECT_EQ(events[2].at("khz"), 17900000);
+    EXPECT_EQ(events[2].at("degrees"), -10);
+    EXPECT_EQ(events[2].at("state"), "good");
+    EXPECT_EQ(events[8].at("worst_before").at("khz"), 18100000);
+    EXPECT_EQ(events[8].at("tables"), "board.channel-1.csv");
+    EXPECT_EQ(events[8].at("exit_code"), 0);
 }
 
 TEST_F(CalibrateProgramTest, OldTablesAreKept) {
