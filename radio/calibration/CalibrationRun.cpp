@@ -212,7 +212,7 @@ void CalibrationRun::calibrateAll(CalibrationListener& listener, const Calibrati
     Result& result = m_outcome.result;
     const Settings& settings = result.settings;
     const bool isBench = result.isHardware && !isOffline();
-    if (isBench && (!bench.backings || !bench.poll)) {
+    if (isBench && (!bench.backings || !bench.sense || !bench.poll)) {
         throw std::logic_error("a calibration on hardware without any");
     }
     BootedRadio booted(m_board, isBench ? bench.backings : Backings());

@@ -37,7 +37,7 @@ std::string Climate::reach(std::int32_t wanted, Standalone::Platform& platform,
             return chamberOf(m_board, m_channel) + " did not take " + std::to_string(wanted) + " degrees";
         }
         // What was read before may be old, if the sensor fails now.
-        m_sensed.reset();
+        m_sensed = m_bench.sense();
         if (!awaitNear(wanted, goOn)) {
             return "interrupted";
         }
@@ -49,7 +49,7 @@ std::string Climate::reach(std::int32_t wanted, Standalone::Platform& platform,
 
 bool Climate::awaitNear(std::int32_t wanted, const std::function<bool()>& goOn) {
     bool goesOn = true;
-    for (poll(); goesOn && !isNear(wanted); poll()) {
+    for (; goesOn && !isNear(wanted); poll()) {
         m_awaited = AwaitedTemperature{wanted, m_sensed};
         goesOn = goOn();
         std::this_thread::sleep_for(pause);

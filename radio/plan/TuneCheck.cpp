@@ -115,16 +115,20 @@ std::string whyNotInRanges(const Board& board, Standalone::Platform& platform,
 
 std::string whyNotTune(const Board& board, Standalone::Platform& platform, Direction direction, int channel,
                        std::uint32_t carrier) {
-    std::string reason = whyNotOnRaster(board, direction, channel, carrier);
+    const std::string reason = whyNotOnRaster(board, direction, channel, carrier);
+    return reason.empty() ? whyNotProduce(board, platform, direction, channel, carrier) : reason;
+}
+
+std::string whyNotProduce(const Board& board, Standalone::Platform& platform, Direction direction,
+                          int channel, std::uint32_t carrier) {
     const ChannelDescription& description = *findChannel(board, channel);
     const std::optional<HardwareWords> words = forecast(platform, description, direction, carrier);
-    if (reason.empty() && words) {
-        reason = whyNotInRanges(board, platform, description, direction, carrier, *words);
+    if (!words) {
+        return {};
     }
-    if (reason.empty() && words) {
-        reason = whyNotWithinLimits(board, platform, description, direction, carrier, *words);
-    }
-    return reason;
+    const std::string reason = whyNotInRanges(board, platform, description, direction, carrier, *words);
+    return reason.empty() ? whyNotWithinLimits(board, platform, description, direction, carrier, *words)
+                          : reason;
 }
 
 std::string whyNotWrite(const Board& board, const std::string& driver, std::int64_t value) {

@@ -237,10 +237,9 @@ void CalibrationJson::calibrated(const Point& point) {
                   {"remark", nullIfEmpty(point.remark)},
                   {"i", isFound ? Json(point.i) : Json(nullptr)},
                   {"q", isFound ? Json(point.q) : Json(nullptr)}};
-    if (point.before) {
-        event["before_dbc"] = roundedOrNull(point.before);
-        event["after_dbc"] = isFound ? roundedOrNull(point.after) : Json(nullptr);
-    } else {
+    event["before_dbc"] = roundedOrNull(point.before);
+    event["after_dbc"] = isFound ? roundedOrNull(point.after) : Json(nullptr);
+    if (!point.before) {
         event["first_reading"] = orNull(point.firstReading);
         event["last_reading"] = isFound ? orNull(point.lastReading) : Json(nullptr);
     }
@@ -261,13 +260,12 @@ void CalibrationJson::finished(const CalibrationOutcome& outcome, const Calibrat
                   {"failed", summary.failed},
                   {"probes", outcome.newProbes},
                   {"known_probes", outcome.knownProbes}};
+    event["worst_before"] = toJson(summary.before);
+    event["worst_after"] = toJson(summary.after);
+    event["worst_between"] = toJson(summary.between);
     if (result.isHardware) {
         event["highest_first_reading"] = readingJson(summary.firstReading);
         event["highest_last_reading"] = readingJson(summary.lastReading);
-    } else {
-        event["worst_before"] = toJson(summary.before);
-        event["worst_after"] = toJson(summary.after);
-        event["worst_between"] = toJson(summary.between);
     }
     event["tables"] = nullIfEmpty(outcome.tables);
     event["backup"] = nullIfEmpty(outcome.backup);

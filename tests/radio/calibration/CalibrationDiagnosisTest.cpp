@@ -156,6 +156,40 @@ TEST_F(CalibrationDiagnosis, RangesThatAreStillWideAreTold) {
     EXPECT_EQ(remark(), "the ranges are still 12 wide after 30 iterations");
 }
 
+// On hardware
+
+TEST_F(CalibrationDiagnosis, NobodyKnowsTheLimitsOfARealDetector) {
+    readEverywhere(4095);
+    diagnose(point, settings);
+    EXPECT_EQ(point.state, PointState::failed);
+    EXPECT_EQ(point.remark, "every reading is 4095: the detector is stuck");
+}
+
+TEST_F(CalibrationDiagnosis, GoodSearchOnHardwareHasNoRemark) {
+    point.probes.insert(point.probes.end(), {{1, 1, 40}, {2, 1, 30}, {1, 2, 35}, {2, 2, 25}});
+    diagnose(point, settings);
+    EXPECT_EQ(point.state, PointState::good);
+    EXPECT_EQ(point.remark, "");
+}
+
+TEST_F(CalibrationDiagnosis, SearchThatEndsHigherThanItBeganFails) {
+    // It began at 1900; the readings span 1000, of which a tenth may be noise.
+    point.probes.insert(point.probes.end(), {{1, 1, 2900}, {2, 1, 2400}, {1, 2, 2000}, {2, 2, 2100}});
+    diagnose(point, settings);
+    EXPECT_EQ(point.state, PointState::good);
+    point.probes[6].reading = 2001;
+    diagnose(point, settings);
+    EXPECT_EQ(point.state, PointState::failed);
+    EXPECT_EQ(point.remark, "the search ended at a reading of 2001, more than the 1900 with which it began");
+}
+
+TEST_F(CalibrationDiagnosis, EdgesAreToldOnHardwareToo) {
+    point.q = 1000;
+    diagnose(point, settings);
+    EXPECT_EQ(point.state, PointState::edge);
+    EXPECT_EQ(point.remark, "Q ended at the high edge of its range, 1000");
+}
+
 TEST(PointStateText, IsTheWordOfTheTables) {
     EXPECT_EQ(toString(PointState::good), "good");
     EXPECT_EQ(toString(PointState::edge), "edge");

@@ -53,7 +53,7 @@ public:
                     const auto found = m_backings.find(name);
                     return found == m_backings.end() ? nullptr : found->second.get();
                 },
-                [this] { return nextTemperature(); }};
+                [this] { return nextTemperature(); }, [this] { return nextTemperature(); }};
     }
 
     /** "lo", "i", "q" or "chamber", and what was written, in order. */

@@ -202,6 +202,37 @@ TEST_F(ResultFileTest, BadPointsAreRefused) {
     EXPECT_EQ(refusedWith(",edge", ",failed"), "x.csv:15: state: \"failed\", expected good or edge");
 }
 
+TEST_F(ResultFileTest, OnHardwareThereAreReadingsInPlaceOfLeakage) {
+    Result result = someResult();
+    result.isHardware = true;
+    for (Point& point : result.points) {
+        point.before.reset();
+        point.after.reset();
+        point.firstReading = 1650;
+        point.lastReading = -3;
+    }
+    std::string expected = someText;
+    const auto replace = [&expected](const std::string& part, const std::string& other) {
+        for (std::size_t at = expected.find(part); at != std::string::npos; at = expected.find(part)) {
+            expected.replace(at, part.size(), other);
+        }
+    };
+    replace("radioctl 0.1.0\n# i_range", "radioctl 0.1.0\n# mode: hardware\n# i_range");
+    replace("before_dbc,after_dbc", "first_reading,last_reading");
+    replace("-27.12,-71.40", "1650,-3");
+    EXPECT_EQ(written(result), expected);
+    const Result read = readBack(result);
+    EXPECT_TRUE(read.isHardware);
+    EXPECT_EQ(read.points[0].firstReading, 1650);
+    EXPECT_EQ(read.points[0].lastReading, -3);
+    EXPECT_EQ(read.points[0].after, std::nullopt);
+}
+
+TEST_F(ResultFileTest, OtherModesAreRefused) {
+    EXPECT_EQ(refusedWith("radioctl 0.1.0\n", "radioctl 0.1.0\n# mode: dream\n"),
+              "x.csv:6: mode: \"dream\", expected hardware");
+}
+
 TEST_F(ResultFileTest, FileThatIsNotThereIsRefused) {
     EXPECT_EQ(refusal([] { readResult("none.csv"); }), "none.csv: cannot be read: No such file or directory");
 }

@@ -5,8 +5,6 @@
 
 #include <string>
 
-namespace Radio {
-
 /**
  * The radio of leakageBoard() as a real one, of which nothing is modelled: corrections, detector, LO and a
  * sensor are files in `folder`. `calibration` are more lines of its [[calibration]].
@@ -29,7 +27,5 @@ inline std::string hardwareBoardWithoutSensor(const std::string& folder) {
     const std::string board = hardwareBoard(folder);
     return board.substr(0, board.find("\n[sensor]"));
 }
-
-} // namespace Radio
 
 #endif

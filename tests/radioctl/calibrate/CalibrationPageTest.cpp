@@ -229,6 +229,37 @@ TEST_F(CalibrationPage, WhatWasReachedIsShown) {
     EXPECT_THAT(picturesOf(text), Not(Contains("between")));
 }
 
+TEST_F(CalibrationPage, OfHardwareHasReadings) {
+    m_result.isHardware = true;
+    m_board.drivers.resize(3);
+    m_board.drivers[0].name = "channel.1.tx.rf.mixer.i";
+    m_board.drivers[1].name = "channel.1.tx.rf.mixer.q";
+    m_board.drivers[2].name = "channel.1.tx.rf.detector.v";
+    m_board.channels.resize(1);
+    m_board.channels[0].number = 1;
+    for (Point& point : m_result.points) {
+        point.before.reset();
+        point.after.reset();
+        point.firstReading = 90;
+        point.lastReading = 10;
+    }
+    m_result.points[4].firstReading = 95;
+    std::ostringstream out;
+    writePage(out, m_board, m_result);
+    const std::string text = out.str();
+    EXPECT_TRUE(isWellFormed(text));
+    EXPECT_THAT(picturesOf(text),
+                ElementsAre("first", "last", "path", "convergence", "correction-I", "correction-Q"));
+    EXPECT_THAT(text, HasSubstr("<th>mode</th><td>hardware</td>"));
+    EXPECT_THAT(text, HasSubstr("<td>at the first probe</td><td class=\"number\">95</td>"
+                                "<td>18100000 kHz, 30 °C</td>"));
+    EXPECT_THAT(text, HasSubstr("units of channel.1.tx.rf.mixer.i"));
+    EXPECT_THAT(text, HasSubstr("<th>detector</th><td>channel.1.tx.rf.detector.v</td>"));
+    EXPECT_THAT(text, HasSubstr("<th class=\"number\">first reading</th>"));
+    EXPECT_THAT(text, Not(HasSubstr("dBc")));
+    EXPECT_THAT(text, Not(HasSubstr("modelled")));
+}
+
 TEST_F(CalibrationPage, StaysOfASaneSizeWithThousandsOfPoints) {
     std::vector<std::uint32_t> frequencies(300);
     std::generate(frequencies.begin(), frequencies.end(), [at = 18000000u]() mutable { return at += 1000; });
