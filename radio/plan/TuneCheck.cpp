@@ -111,14 +111,7 @@ std::string whyNotInRanges(const Board& board, Standalone::Platform& platform,
     return {};
 }
 
-} // namespace
-
-std::string whyNotTune(const Board& board, Standalone::Platform& platform, Direction direction, int channel,
-                       std::uint32_t carrier) {
-    const std::string reason = whyNotOnRaster(board, direction, channel, carrier);
-    return reason.empty() ? whyNotProduce(board, platform, direction, channel, carrier) : reason;
-}
-
+/** What speaks against the hardware producing a carrier. */
 std::string whyNotProduce(const Board& board, Standalone::Platform& platform, Direction direction,
                           int channel, std::uint32_t carrier) {
     const ChannelDescription& description = *findChannel(board, channel);
@@ -129,6 +122,14 @@ std::string whyNotProduce(const Board& board, Standalone::Platform& platform, Di
     const std::string reason = whyNotInRanges(board, platform, description, direction, carrier, *words);
     return reason.empty() ? whyNotWithinLimits(board, platform, description, direction, carrier, *words)
                           : reason;
+}
+
+} // namespace
+
+std::string whyNotTune(const Board& board, Standalone::Platform& platform, Direction direction, int channel,
+                       std::uint32_t carrier) {
+    const std::string reason = whyNotOnRaster(board, direction, channel, carrier);
+    return reason.empty() ? whyNotProduce(board, platform, direction, channel, carrier) : reason;
 }
 
 std::string whyNotWrite(const Board& board, const std::string& driver, std::int64_t value) {

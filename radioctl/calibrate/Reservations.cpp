@@ -1,6 +1,5 @@
 #include "radioctl/calibrate/Reservations.h"
 
-#include "radio/board/BoardNames.h"
 #include "radio/plan/TuneCheck.h"
 #include "radio/session/BootedRadio.h"
 #include "radio/text/Words.h"
@@ -34,24 +33,6 @@ private:
     std::size_t m_others = 0;
 };
 
-/** A node of a table may lie between the carriers of a raster, but not beyond them. */
-std::string whyNotCalibrate(const Board& board, Standalone::Platform& platform, int channel,
-                            std::uint32_t carrier) {
-    const std::optional<Range> band = transmitBand(board, channel);
-    const bool isWithin = band && carrier >= band->low && carrier <= band->high;
-    return (isWithin ? Plan::whyNotProduce : Plan::whyNotTune)(board, platform, Direction::tx, channel,
-                                                               carrier);
-}
-
-std::string whyNotTemperature(const Board& board, std::int32_t degrees) {
-    const std::optional<Range>& range = board.limits.temperature;
-    if (!range || (degrees >= range->low && degrees <= range->high)) {
-        return {};
-    }
-    return std::to_string(degrees) + " degrees are outside the board's " + std::to_string(range->low) +
-           " to " + std::to_string(range->high);
-}
-
 } // namespace
 
 std::string reservationAgainst(const Board& board, const Settings& settings) {
@@ -59,10 +40,11 @@ std::string reservationAgainst(const Board& board, const Settings& settings) {
     booted.requireUp();
     Reservations reservations;
     for (const std::uint32_t carrier : settings.frequencies) {
-        reservations.add(whyNotCalibrate(board, booted.radio().platform(), settings.channel, carrier));
+        reservations.add(
+            Plan::whyNotTune(board, booted.radio().platform(), Direction::tx, settings.channel, carrier));
     }
     for (const std::int32_t temperature : settings.temperatures) {
-        reservations.add(whyNotTemperature(board, temperature));
+        reservations.add(Plan::whyNotTemperature(board, temperature));
     }
     return reservations.text();
 }

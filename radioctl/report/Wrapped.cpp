@@ -2,9 +2,9 @@
 
 namespace Radio {
 
-void writeWrapped(std::ostream& out, std::string_view text, std::size_t indent, std::size_t hanging) {
-    const std::string first = brokenLines(text, terminalWidth - indent).front();
-    out << std::string(indent, ' ') << first << "\n";
+void writeWrapped(std::ostream& out, std::string_view text, std::size_t margin, std::size_t hanging) {
+    const std::string first = brokenLines(text, terminalWidth - margin).front();
+    out << std::string(margin, ' ') << first << "\n";
     if (first.size() == text.size()) {
         return;
     }

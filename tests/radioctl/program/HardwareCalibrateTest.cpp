@@ -154,13 +154,13 @@ TEST_F(HardwareCalibrateTest, CarriersBeyondTheRasterAreRefusedBeforeTheFirstWri
     const Ending refused = calibrate(quick);
     EXPECT_EQ(refused.exitCode, 3);
     EXPECT_THAT(refused.errors,
-                AllOf(StartsWith("radioctl: board.toml: 18100000 kHz is on no raster of the board for tx 1"),
+                AllOf(StartsWith("radioctl: board.toml: 18100000 kHz is outside the rasters of the board for tx 1"),
                       EndsWith("; --force calibrates all the same\n")));
     EXPECT_EQ(contentOf("lo"), "0\n");
     EXPECT_FALSE(isThere("board.channel-1.journal"));
     std::vector<std::string> options = quick;
     options.emplace_back("--force");
-    EXPECT_THAT(calibrate(options).output, HasSubstr("\nWarning: 18100000 kHz is on no raster"));
+    EXPECT_THAT(calibrate(options).output, HasSubstr("\nWarning: 18100000 kHz is outside the rasters"));
     EXPECT_EQ(contentOf("lo"), "9050000000\n");
 }
 
