@@ -161,7 +161,9 @@ TEST_F(PlanAuditOffsetArrayTest, RasterWithoutChannelSpacingsHasThatOfTheDatabas
 TEST_F(PlanAuditOffsetArrayTest, DefaultOffsetPutsTheCarrierOff) {
     addRow(Direction::rx, 18'000'000, 1, 1, {28000});
     audit();
-    EXPECT_THAT(m_found, ElementsAre("carrier-off: carrier off by +3000000 Hz, allowed are 500 Hz"));
+    EXPECT_THAT(m_found,
+                ElementsAre("carrier-off: carrier off by +3000000 Hz, allowed are 500 Hz: the array has no "
+                            "entry for channel spacing 28000, and by default the LO moves by +3 MHz"));
 }
 
 TEST_F(PlanAuditOffsetArrayTest, ChargePumpIsReadAtTheCarrierWithOffset) {
