@@ -158,9 +158,8 @@ TEST_F(PlanProgramTest, WhatIsShownFitsIntoEightyColumns) {
         ++boards;
         const std::string board = entry.path().filename().string();
         EXPECT_THAT(plan({"audit", board}).output, Not(testing::ContainsRegex("[^\n]{81}"))) << board;
-        for (const std::vector<std::string>& carrier : {std::vector<std::string>{"--tx", "18.0005GHz"},
-                                                        {"--rx", "18.0005GHz"},
-                                                        {"--rx", "81250000"}}) {
+        for (const std::vector<std::string>& carrier :
+             {std::vector<std::string>{"--tx", "18.0005GHz"}, {"--rx", "18.0005GHz"}, {"--rx", "81250000"}}) {
             EXPECT_THAT(plan({"explain", board, "--channel", "1", carrier[0], carrier[1]}).output,
                         Not(testing::ContainsRegex("[^\n]{81}")))
                 << board;
