@@ -65,8 +65,9 @@ TEST(Documentation, HelpFitsIntoEightyColumns) {
 TEST(Documentation, HelpBreaksLinesBetweenWords) {
     EXPECT_THAT(
         helpText("set"),
-        HasSubstr("\nThe handlers see a change at once where they keep the variable's "
-                  "address,\notherwise when its phase is run again, which the command then says. Fewer"));
+        HasSubstr(
+            "\nThe handlers see a change at once where they keep the variable's "
+            "address,\notherwise when its phase is run again, which the command then says. Fewer\nvalues"));
 }
 
 TEST(Documentation, HelpExplainsOneCommand) {
