@@ -66,7 +66,9 @@ protected:
     }
 
     static int exitCodeOf(const std::string& command) {
-        const std::string line = "PATH=\"$PWD/bin:$PATH\"; { " + command + "; } < /dev/null > output 2>&1";
+        const std::string line = "LSAN_OPTIONS=suppressions=\"" RADIOCTL_LEAKS
+                                 "\" PATH=\"$PWD/bin:$PATH\"; export LSAN_OPTIONS; { " +
+                                 command + "; } < /dev/null > output 2>&1";
         const int status = std::system(line.c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
