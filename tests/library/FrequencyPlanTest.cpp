@@ -175,6 +175,11 @@ TEST(FrequencyPlanTest, RestOfANegativeFactorIsDividedByOne) {
     EXPECT_EQ(Plan::Detail::divide(18'000'250, withFactor(-1)).divisor, 1U);
 }
 
+TEST(FrequencyPlanTest, FactorOfZeroDividesToZeroToo) {
+    EXPECT_EQ(Plan::rfPllFrequency(18'000'250, withFactor(0)), 0U);
+    EXPECT_EQ(Plan::exactRfPllFrequency(18'000'250, withFactor(0)), 0U);
+}
+
 TEST(FrequencyPlanTest, ExactRfPllIsInHertz) {
     EXPECT_EQ(Plan::exactRfPllFrequency(18'000'250, receiver()), 9'000'125'000U);
 }

@@ -192,6 +192,11 @@ TEST_F(MicrowaveBoardInitTest, FoundRecordWithoutWriteFails) {
               "(EDriverResult = 0x0)");
 }
 
+TEST_F(MicrowaveBoardInitTest, IfDriverNeedsNoBufferWord) {
+    driver("channel.1.rx.if.frequency").setMissingWords(Standalone::wordWriteBuffer);
+    EXPECT_EQ(make("Rx", withIf).onModuleInit(), ResultOk);
+}
+
 TEST_F(MicrowaveBoardInitTest, NullRecordFails) {
     platform.drivers().giveNullRecord("channel.1.tx.rf.pll.config");
     EXPECT_EQ(complaintOf(make("Tx", plainBoard)),

@@ -18,7 +18,7 @@ struct Parameters {
     std::int32_t rfSideband;
     /** Intermediate frequency, in kHz. */
     std::int32_t ifFrequency;
-    /** How many times the mixer's LO is the output of the RF PLL; not 0. */
+    /** How many times the mixer's LO is the output of the RF PLL. */
     std::int32_t mixerMultiplicationFactor;
     /** Baseband offset inside the IF, in MHz. */
     std::int32_t ifBb;
@@ -39,8 +39,8 @@ namespace Detail {
 
 /**
  * What a division by the multiplication factor leaves: quotient and rest. A negative factor stands for the
- * huge 64-bit number with its sign, by which nothing is divided but to 0. In 32 bits, because one of 64 bits
- * takes hundreds of instructions where the processor has no division.
+ * huge 64-bit number with its sign, by which nothing is divided but to 0; a factor of 0 is taken like one. In
+ * 32 bits, because a division of 64 bits takes hundreds of instructions where the processor has none.
  */
 struct Divided {
     std::uint32_t quotient;
@@ -49,8 +49,8 @@ struct Divided {
 };
 constexpr Divided divide(std::uint32_t frequency, const Parameters& parameters) {
     const std::int32_t factor = parameters.mixerMultiplicationFactor;
-    return factor < 0 ? Divided{0, 0, 1}
-                      : Divided{frequency / word(factor), frequency % word(factor), word(factor)};
+    return factor > 0 ? Divided{frequency / word(factor), frequency % word(factor), word(factor)}
+                      : Divided{0, 0, 1};
 }
 
 } // namespace Detail

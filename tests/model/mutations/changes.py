@@ -1,7 +1,7 @@
 """Every small change that can be made to the library's sources: each constant, comparison, operator and message changed in
 one place.
 
-A source is taken apart into tokens. Comments, #include and conditions of the preprocessor are left out; what a macro is made
+A source is taken apart into tokens. Comments, #include, attributes and conditions of the preprocessor are left out; what a macro is made
 of is code like any other. `changes()` gives the changes of one source:
 
   constants   a number one greater; true and false, the least and the greatest number exchanged; an enumerator replaced by
@@ -171,8 +171,12 @@ class Finder:
                 or (words[0] in ("isFailure", "isSuccess") and len(words) == 2))
 
     def all(self):
+        behind_attribute = 0
         for index, token in enumerate(self.tokens):
-            yield from getattr(self, "of_" + token.kind)(index, token)
+            if token.text == "__attribute__" or (token.text == "[" and self.text(index + 1) == "["):
+                behind_attribute = self.closing[index if token.text == "[" else index + 1] + 1
+            if index >= behind_attribute:
+                yield from getattr(self, "of_" + token.kind)(index, token)
 
     def of_string(self, index, token):
         if self.text(index - 1) != "extern":

@@ -25,6 +25,10 @@ class ChangesTest(unittest.TestCase):
         self.expect("x = 1.5;", "1.5 -> 2.5")
         self.expect("x = 4'294U;", "4'294U -> 4295U")
 
+    def test_attributes_stay(self):
+        self.expect('[[gnu::format(printf, 5, 6)]] void f(int x = 1);', "1 -> 2")
+        self.expect('__attribute__((no_sanitize("undefined"))) int f() { return x[y[1]]; }', "1 -> 2")
+
     def test_constants_are_exchanged(self):
         self.expect("x = {true, false};", "true -> false", "false -> true")
         self.expect("return ResultFailed;", "ResultFailed -> ResultOk")
