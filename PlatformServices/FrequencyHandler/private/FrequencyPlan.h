@@ -1,6 +1,7 @@
 #ifndef FREQUENCYHANDLER_PRIVATE_FREQUENCYPLAN_H
 #define FREQUENCYHANDLER_PRIVATE_FREQUENCYPLAN_H
 
+#include <algorithm>
 #include <cstdint>
 
 /**
@@ -31,7 +32,7 @@ constexpr std::uint32_t word(std::int32_t number) {
 
 /** The magnitude of the signed number that `value` stands for. */
 constexpr std::uint32_t magnitude(std::uint32_t value) {
-    return static_cast<std::int32_t>(value) < 0 ? 0U - value : value;
+    return std::min(value, 0U - value);
 }
 
 /** Not for use outside this file. */
