@@ -3,7 +3,7 @@
 #include "radio/board/BoardDemand.h"
 #include "radio/board/BoardFile.h"
 #include "radio/board/BoardNames.h"
-#include "radio/board/HardwareCheck.h"
+#include "radio/board/HardwareRanges.h"
 #include "radio/board/TableCheck.h"
 #include "radio/text/NearestName.h"
 #include "radio/text/Words.h"

@@ -229,6 +229,9 @@ DriverHardware readDriverHardware(const std::string& name, const TomlItem& item,
     }
     hardware.conversion = readConversion(item);
     readRangeOf(hardware, item);
+    if (hardware.negative && hardware.conversion.offset != 0) {
+        item.get("offset", "").fail("0 of the driver has to be 0 on both sides, expected no offset");
+    }
     if (const std::optional<TomlItem> value = item.find("on_exit")) {
         hardware.onExit = readValue(*value);
         if (!hardware.write) {
@@ -240,6 +243,22 @@ DriverHardware readDriverHardware(const std::string& name, const TomlItem& item,
         }
     }
     return hardware;
+}
+
+bool isSame(const std::optional<AttributeName>& one, const std::optional<AttributeName>& other) {
+    return one && other && one->device == other->device && one->attribute == other->attribute;
+}
+
+/** Two drivers that write one attribute would undo each other; the last of `drivers` is the one at `item`. */
+void refuseSharing(const TomlItem& item, const std::vector<DriverHardware>& drivers) {
+    const DriverHardware& last = drivers.back();
+    for (const DriverHardware& other : drivers) {
+        const bool isShared = isSame(last.write, other.write) || isSame(last.write, other.negative) ||
+                              isSame(last.negative, other.write) || isSame(last.negative, other.negative);
+        if (&other != &last && isShared) {
+            item.fail("writes what " + inQuotes(other.driver) + " writes, expected an attribute of its own");
+        }
+    }
 }
 
 Devices::SensorDescription readSensor(const TomlItem& item, const AttributeReader& attributes) {
@@ -285,6 +304,7 @@ HardwareOnBench readHardware(const TomlItem& root, const std::vector<DriverDescr
                           ", expected one of [drivers]");
             }
             result.description.drivers.push_back(readDriverHardware(name, item, attributes));
+            refuseSharing(item, result.description.drivers);
             result.places[name] = item.place();
         }
     }

@@ -107,7 +107,8 @@ Command parseTune(Arguments& arguments) {
 }
 
 Command parseTemperature(Arguments& arguments) {
-    return SetTemperature{arguments.takeTemperature()};
+    const bool isForced = takeForce(arguments);
+    return SetTemperature{arguments.takeTemperature(), isForced};
 }
 
 Command parseSet(Arguments& arguments) {

@@ -59,7 +59,7 @@ const std::vector<CommandInfo>& commandTable() {
          "carrier stays, is in seconds or has ms, s or min behind it. There are at most 1000000 carriers. It "
          "stops at the first that fails, whose result it has. For expectations it is one command.",
          parseSweep},
-        {"temperature", "temperature DEGREES",
+        {"temperature", "temperature DEGREES [force]",
          "Tells the radio its temperature: -100 to 200 degrees Celsius.",
          "Whole degrees, as its sensor gives them. Observers of the temperature are told when it changes.",
          parseTemperature},

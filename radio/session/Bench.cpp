@@ -2,10 +2,12 @@
 
 #include "ResultCode.h"
 #include "radio/board/BoardNames.h"
-#include "radio/board/HardwareCheck.h"
+#include "radio/board/HardwareRanges.h"
 #include "radio/text/Words.h"
 
 #include <algorithm>
+#include <optional>
+#include <set>
 
 namespace Radio {
 
@@ -22,6 +24,24 @@ const Board& requireHardware(const Board& board) {
                          "no hardware, expected a section [hardware] that says what drivers are");
     }
     return board;
+}
+
+/** The addresses of the devices that drivers write, and the files, each once. */
+std::set<std::string> devicesOf(const Devices::HardwareDescription& hardware) {
+    std::set<std::string> devices;
+    const auto add = [&](const std::optional<Devices::AttributeName>& name) {
+        if (!name) {
+            return;
+        }
+        const auto device = std::find_if(hardware.devices.begin(), hardware.devices.end(),
+                                         [&](const auto& one) { return one.name == name->device; });
+        devices.insert(device == hardware.devices.end() ? name->attribute : device->address);
+    };
+    for (const Devices::DriverHardware& driver : hardware.drivers) {
+        add(driver.write);
+        add(driver.negative);
+    }
+    return devices;
 }
 
 AttributeWrite writeOf(const Devices::AttributeName& name, const std::optional<std::string>& number) {
@@ -54,8 +74,17 @@ std::vector<AttributeWrite> attributeWrites(const Board& board, std::string_view
 
 Bench::Bench(const Board& board, Devices::HardwareListener& listener, const std::filesystem::path& marks)
     : m_board(requireHardware(board)),
-      m_mark(board.file, marks),
-      m_hardware(board.hardware.description, listener) {}
+      m_hardware(board.hardware.description, listener) {
+    for (const std::string& device : devicesOf(board.hardware.description)) {
+        m_marks.push_back(std::make_unique<HardwareMark>(device, board.file, marks));
+    }
+}
+
+std::string Bench::leftBehind() const {
+    const auto mark = std::find_if(m_marks.begin(), m_marks.end(),
+                                   [](const auto& one) { return !one->leftBehind().empty(); });
+    return mark == m_marks.end() ? "" : (*mark)->leftBehind();
+}
 
 Bench::~Bench() {
     leave();
@@ -73,7 +102,9 @@ void Bench::begin() {
                                  finding.attribute + ": " + finding.problem);
         }
     }
-    m_mark.set();
+    for (const auto& mark : m_marks) {
+        mark->set();
+    }
     m_isHeld = true;
 }
 
@@ -84,7 +115,9 @@ std::vector<Devices::ExitWrite> Bench::leave() {
     m_isHeld = false;
     const std::vector<Devices::ExitWrite> writes = m_hardware.leave();
     if (std::all_of(writes.begin(), writes.end(), [](const auto& write) { return isSuccess(write.code); })) {
-        m_mark.takeBack();
+        for (const auto& mark : m_marks) {
+            mark->takeBack();
+        }
     }
     return writes;
 }

@@ -6,7 +6,9 @@
 #include "radio/session/HardwareMark.h"
 
 #include <filesystem>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Radio {
@@ -18,9 +20,9 @@ namespace Radio {
 class Bench {
 public:
     /**
-     * Touches no hardware. `board` and `listener` must outlive the object; `marks` is the folder for the mark
-     * that says who drives the hardware. Throws InputError when the board has no hardware, and when another
-     * program drives it.
+     * Touches no hardware. `board` and `listener` must outlive the object; `marks` is the folder for the
+     * marks in which is said who drives which device. Throws InputError when the board has no hardware, and
+     * when another program drives it.
      */
     Bench(const Board& board, Devices::HardwareListener& listener, const std::filesystem::path& marks);
     Bench(const Bench&) = delete;
@@ -28,8 +30,8 @@ public:
     /** Leaves the hardware, if nobody did. */
     ~Bench();
 
-    /** Who left the hardware as it was, the last time; empty: nobody. */
-    const std::string& leftBehind() const { return m_mark.leftBehind(); }
+    /** Who left some of the hardware as it was, the last time; empty: nobody. */
+    std::string leftBehind() const;
     /** Looks at all devices and attributes, and writes nothing. */
     std::vector<Devices::AttributeFinding> examine(bool reads) { return m_hardware.examine(reads); }
     /**
@@ -48,7 +50,8 @@ public:
 
 private:
     const Board& m_board;
-    HardwareMark m_mark;
+    /** One for each device and each file. */
+    std::vector<std::unique_ptr<HardwareMark>> m_marks;
     Devices::Hardware m_hardware;
     bool m_isHeld = false;
 };

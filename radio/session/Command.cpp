@@ -15,6 +15,7 @@ bool actsOnRadio(const Action& action) {
 bool isForced(const Action& action) {
     return std::visit(Visitor{[](const Tune& command) { return command.isForced; },
                               [](const WriteDriver& command) { return command.isForced; },
+                              [](const SetTemperature& command) { return command.isForced; },
                               [](const Sweep& command) { return command.isForced; },
                               [](const auto& /*command*/) { return false; }},
                       action);

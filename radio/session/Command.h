@@ -29,6 +29,7 @@ struct Tune {
 struct SetTemperature {
     /** Celsius. */
     int degrees;
+    bool isForced = false;
 };
 
 struct SetVariable {

@@ -21,18 +21,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/** One name for each board, however it is called: its own name and a number made of where it lies. */
-std::string markName(const fs::path& board) {
+/** One name for each device: a number made of its address. */
+std::string markName(const std::string& device) {
     constexpr std::uint64_t basis = 0xcbf29ce484222325U; // FNV-1a
     constexpr std::uint64_t prime = 0x100000001b3U;
     std::uint64_t number = basis;
-    for (const char letter : board.string()) {
+    for (const char letter : device) {
         number = (number ^ static_cast<unsigned char>(letter)) * prime;
     }
-    constexpr std::size_t longest = 100;
     std::ostringstream name;
-    name << board.stem().string().substr(0, longest) << '-' << std::hex << std::setw(16) << std::setfill('0')
-         << number << ".hardware";
+    name << std::hex << std::setw(16) << std::setfill('0') << number << ".hardware";
     return name.str();
 }
 
@@ -55,17 +53,14 @@ std::string firstLine(int descriptor) {
 
 } // namespace
 
-HardwareMark::HardwareMark(const fs::path& board, const fs::path& folder) {
+HardwareMark::HardwareMark(const std::string& device, const fs::path& board, const fs::path& folder)
+    : m_file(folder / markName(device)),
+      m_text(device + "\n" + board.string() + "\n") {
     std::error_code error;
-    fs::path place = fs::canonical(board, error);
-    if (error) {
-        place = fs::absolute(board, error);
-    }
-    m_board = board.string();
-    m_file = folder / markName(place);
     fs::create_directories(folder, error);
+    errno = error ? error.value() : 0;
     constexpr mode_t ownersAlone = S_IRUSR | S_IWUSR;
-    m_descriptor = open(m_file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, ownersAlone);
+    m_descriptor = error ? -1 : open(m_file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, ownersAlone);
     if (m_descriptor == -1) {
         fail("cannot be written");
     }
@@ -73,9 +68,9 @@ HardwareMark::HardwareMark(const fs::path& board, const fs::path& folder) {
     const std::string holder = harmless(firstLine(m_descriptor));
     if (isHeld) {
         close(m_descriptor);
-        throw InputError({m_board, 0}, "its hardware is driven by " +
-                                           (holder.empty() ? std::string("another program") : holder) +
-                                           ", expected one program at a time");
+        throw InputError({board.string(), 0}, harmless(device) + " is driven by " +
+                                                  (holder.empty() ? std::string("another program") : holder) +
+                                                  ", expected one program at a time");
     }
     m_leftBehind = holder;
 }
@@ -91,7 +86,7 @@ void HardwareMark::set() {
     if (folder != -1) {
         close(folder);
     }
-    if (!isNamed || !write("process " + std::to_string(getpid()) + " on " + now() + "\n" + m_board + "\n")) {
+    if (!isNamed || !write("process " + std::to_string(getpid()) + " on " + now() + "\n" + m_text)) {
         fail("could not be written");
     }
 }
@@ -100,10 +95,10 @@ void HardwareMark::takeBack() {
     static_cast<void>(write(""));
 }
 
+/** What was there before stays until the new text is there. */
 bool HardwareMark::write(const std::string& text) {
-    return ftruncate(m_descriptor, 0) == 0 &&
-           pwrite(m_descriptor, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()) &&
-           fsync(m_descriptor) == 0;
+    return pwrite(m_descriptor, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()) &&
+           ftruncate(m_descriptor, static_cast<off_t>(text.size())) == 0 && fsync(m_descriptor) == 0;
 }
 
 void HardwareMark::fail(const char* what) const {

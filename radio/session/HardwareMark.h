@@ -7,16 +7,19 @@
 namespace Radio {
 
 /**
- * Says on the disk that a program drives the hardware of a board. Whoever comes next learns from it that the
- * hardware is in use, or that it was left as it was: the program was killed, or the power went.
+ * Says on the disk that a program drives a device, or a file that stands for one. Whoever comes next, with
+ * whatever board, learns from it that the device is in use, or that it was left as it was: the program was
+ * killed, or the power went.
  */
 class HardwareMark {
 public:
     /**
-     * `folder` is where marks are kept; it is made if need be. Marks nothing yet. Throws InputError when
-     * another program drives the hardware of `board`, and when there can be no mark.
+     * `device` is its address or its path, `board` the file that describes it, `folder` where marks are kept;
+     * it is made if need be. Marks nothing yet. Throws InputError when another program drives the device, and
+     * when there can be no mark.
      */
-    HardwareMark(const std::filesystem::path& board, const std::filesystem::path& folder);
+    HardwareMark(const std::string& device, const std::filesystem::path& board,
+                 const std::filesystem::path& folder);
     HardwareMark(const HardwareMark&) = delete;
     HardwareMark& operator=(const HardwareMark&) = delete;
     /** A mark that was set and not taken back stays. */
@@ -35,7 +38,8 @@ private:
     bool write(const std::string& text);
 
     std::filesystem::path m_file;
-    std::string m_board;
+    /** What stands in it below who set it. */
+    std::string m_text;
     std::string m_leftBehind;
     int m_descriptor = -1;
 };

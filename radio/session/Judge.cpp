@@ -3,6 +3,7 @@
 #include "ResultCode.h"
 #include "radio/board/BoardNames.h"
 #include "radio/board/PlatformWords.h"
+#include "radio/session/PeekPoke.h"
 #include "radio/text/Words.h"
 
 #include <algorithm>
@@ -46,9 +47,16 @@ public:
     Judge(RadioUnit& radio, const LastCommand& last) : m_radio(radio), m_last(last) {}
 
     Judgement operator()(const ExpectDriver& expected) const {
-        const Standalone::Driver& driver = *m_radio.platform().drivers().find(expected.name);
+        Standalone::Driver& driver = *m_radio.platform().drivers().find(expected.name);
+        if (driver.backing() != nullptr) {
+            const DriverAnswer answer = readDriver(driver);
+            if (isFailure(answer.code)) {
+                return {false, std::to_string(expected.value), "no answer, " + codeText(answer.code)};
+            }
+        }
         return {driver.value() == expected.value, std::to_string(expected.value),
-                std::to_string(driver.value()) + (driver.wasWritten() ? "" : " (never written)")};
+                std::to_string(driver.value()) +
+                    (driver.wasWritten() || driver.backing() != nullptr ? "" : " (never written)")};
     }
 
     Judgement operator()(const ExpectFrequency& expected) const {
@@ -107,8 +115,11 @@ public:
     }
 
     Judgement operator()(const ExpectLeakage& expected) const {
-        const LeakingTransmitter& transmitter = *m_radio.transmitter(expected.channel);
         const std::string limit = "less than " + levelText(expected.limit);
+        if (m_radio.transmitter(expected.channel) == nullptr) {
+            return {false, limit, "no model: the hardware is real"};
+        }
+        const LeakingTransmitter& transmitter = *m_radio.transmitter(expected.channel);
         if (transmitter.surroundings().carrier == 0) {
             return {false, limit, "no carrier"};
         }

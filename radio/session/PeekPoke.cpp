@@ -44,8 +44,9 @@ DriverAnswer readDriver(Standalone::Driver& driver) {
     if (isFailure(code)) {
         return {code};
     }
-    const bool isCut = driver.value() != value && static_cast<int>(driver.value()) == value;
-    return {code, value, isCut ? "the low 32 bits of " + std::to_string(driver.value()) : ""};
+    // A client gets 32 bits; of a number that has more, the driver knows them all.
+    const bool isCut = static_cast<int>(driver.value()) == value;
+    return {code, isCut ? driver.value() : std::int64_t{value}};
 }
 
 DriverAnswer writeDriver(Standalone::Driver& driver, std::int64_t value) {

@@ -35,6 +35,13 @@ std::vector<std::string> devicesOf(const Devices::HardwareDescription& hardware)
     return devices;
 }
 
+/** A few names, or how many there are. */
+std::string namesOrCount(const std::vector<std::string>& names) {
+    constexpr std::size_t few = 4;
+    return names.size() <= few ? harmless(joined(names, ", "))
+                               : std::to_string(names.size()) + " without hardware";
+}
+
 /** "0x816e, connection timed out (ETIMEDOUT)". */
 std::string withMeaning(std::int32_t code) {
     const std::string meaning = Devices::meaningOf(code);
@@ -69,8 +76,7 @@ void HardwareReport::begins(const Board& board, const HardwareOptions& options) 
     } else if (options.hardware) {
         line("HARDWARE: " + counted(hardware.drivers.size(), "driver") + " on " +
              joined(devicesOf(hardware), ", ") +
-             (simulated.empty() ? ""
-                                : "; simulated: " + std::to_string(simulated.size()) + " without hardware"));
+             (simulated.empty() ? "" : "; simulated: " + namesOrCount(simulated)));
     } else {
         line(options.dryRun ? "DRY RUN: nothing reaches hardware; => is what an attribute would get."
                             : "SIMULATION: nothing reaches hardware.");
@@ -137,6 +143,31 @@ void HardwareReport::left(const std::vector<Devices::ExitWrite>& writes) {
     for (const Devices::ExitWrite& write : writes) {
         line("  " + write.driver + " <- " + std::to_string(write.value) +
              (isSuccess(write.code) ? "" : "  FAILED " + withMeaning(write.code)));
+    }
+}
+
+void HardwareReport::wouldLeave(const Board& board) {
+    Json list = Json::array();
+    bool isFirst = true;
+    for (const Devices::DriverHardware& hardware : board.hardware.description.drivers) {
+        if (!hardware.onExit) {
+            continue;
+        }
+        if (!m_json && isFirst) {
+            line("Leaving would write:");
+        }
+        isFirst = false;
+        list.push_back({{"driver", hardware.driver}, {"value", *hardware.onExit}});
+        if (m_json) {
+            continue;
+        }
+        line("  " + hardware.driver + " <- " + std::to_string(*hardware.onExit));
+        for (const AttributeWrite& write : attributeWrites(board, hardware.driver, *hardware.onExit)) {
+            line("       => " + harmless(write.attribute) + " <- " + harmless(write.text));
+        }
+    }
+    if (m_json) {
+        writeJsonLine(m_out, {{"event", "would_leave"}, {"writes", list}});
     }
 }
 

@@ -27,6 +27,8 @@ public:
     void sensorFailed(const std::string& why);
     /** The radio was left; `writes` may be empty. */
     void left(const std::vector<Devices::ExitWrite>& writes);
+    /** What would be written then, of a board that is simulated. */
+    void wouldLeave(const Board& board);
     /** What an examination found. */
     void found(const std::string& file, const std::vector<Devices::AttributeFinding>& findings);
 

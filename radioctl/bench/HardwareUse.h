@@ -5,6 +5,7 @@
 #include "radio/session/Bench.h"
 #include "radioctl/bench/HardwareOptions.h"
 #include "radioctl/bench/HardwareReport.h"
+#include "radioctl/console/PatientOutput.h"
 
 #include <optional>
 #include <ostream>
@@ -20,7 +21,7 @@ public:
     /**
      * Says on `out` whether anything reaches hardware, and takes the hardware if so: connects it and sees
      * that it is there. Throws InputError when it cannot be driven; then nothing was written. A broken pipe
-     * does not end the program any more: the hardware has to be left.
+     * does not end the program any more, and nobody who does not read keeps it from leaving.
      */
     HardwareUse(const Board& board, const HardwareOptions& options, std::ostream& out, bool json);
     /** Leaves, if nobody did. */
@@ -34,6 +35,8 @@ public:
     /** Writes what is to be written in the end, and says so; gives false when something of that failed. Good
      * without hardware and the second time. */
     bool leave();
+    /** What leave() would write on hardware, for a simulation that says so. */
+    void tellLeaving(const Board& board) { m_report.wouldLeave(board); }
 
     void lost(const std::string& device, const std::string& why) override { m_report.lost(device, why); }
     void back(const std::string& device) override { m_report.back(device); }
@@ -44,6 +47,7 @@ public:
 
 private:
     HardwareReport m_report;
+    std::optional<PatientOutput> m_output;
     std::optional<Bench> m_bench;
     bool m_hasLeft = false;
 };

@@ -3,6 +3,7 @@
 #include "radioctl/console/KeyPress.h"
 
 #include <chrono>
+#include <iostream>
 #include <memory>
 
 namespace Radio {
@@ -21,7 +22,7 @@ Impatience::Impatience(Session& session, Interrupt& interrupt, bool atTerminal)
 }
 
 bool Impatience::goesOn() {
-    m_isOver = m_isOver || m_interrupt.signal() != 0;
+    m_isOver = m_isOver || m_interrupt.signal() != 0 || !std::cout;
     return !m_isOver;
 }
 

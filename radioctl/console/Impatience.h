@@ -14,7 +14,7 @@ public:
     Impatience(const Impatience&) = delete;
     Impatience& operator=(const Impatience&) = delete;
 
-    /** False once a signal came while a line was carried out. */
+    /** False once a signal came while a line was carried out, or what it shows reaches nobody. */
     bool goesOn();
     /** The line is over: at a terminal Ctrl-C has done its work then, and the next one is waited for. */
     void settle();

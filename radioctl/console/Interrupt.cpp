@@ -9,7 +9,7 @@ namespace Radio {
 
 namespace {
 
-constexpr std::array<int, 3> leavingSignals = {SIGINT, SIGTERM, SIGHUP};
+constexpr std::array<int, 4> leavingSignals = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 constexpr std::chrono::milliseconds idleInterval(250);
 
 volatile std::sig_atomic_t signalThatCame = 0;
@@ -36,7 +36,10 @@ bool isIgnored(int number) {
 
 } // namespace
 
+const Interrupt* Interrupt::s_current = nullptr;
+
 Interrupt::Interrupt() {
+    s_current = this;
     sigemptyset(&m_held);
     for (const int number : leavingSignals) {
         if (!isIgnored(number)) {
@@ -50,6 +53,7 @@ Interrupt::Interrupt() {
 }
 
 Interrupt::~Interrupt() {
+    s_current = nullptr;
     sigprocmask(SIG_SETMASK, &m_maskBefore, nullptr);
 }
 

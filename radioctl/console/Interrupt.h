@@ -10,9 +10,9 @@
 namespace Radio {
 
 /**
- * Holds SIGINT, SIGTERM and SIGHUP back while a command is carried out, so that the program leaves between
- * two commands and cleanly. They get through only while the program waits for input. A signal that the
- * program was started to ignore stays ignored.
+ * Holds SIGINT, SIGTERM, SIGHUP and SIGQUIT back while a command is carried out, so that the program leaves
+ * between two commands and cleanly. They get through only while the program waits for input. A signal that
+ * the program was started to ignore stays ignored.
  *
  * One object at a time, for as long as signals are to be held back.
  */
@@ -22,6 +22,9 @@ public:
     Interrupt(const Interrupt&) = delete;
     Interrupt& operator=(const Interrupt&) = delete;
     ~Interrupt();
+
+    /** The object that there is at the moment; null when there is none. */
+    static const Interrupt* current() { return s_current; }
 
     /** The signal that asked the program to leave; 0 for none. */
     int signal() const;
@@ -37,6 +40,8 @@ private:
     enum class Waiting : std::uint8_t { ready, late, disturbed };
     /** Without a time, for ever. */
     Waiting wait(int descriptor, std::optional<std::chrono::milliseconds> time) const;
+
+    static const Interrupt* s_current;
 
     sigset_t m_held{};
     sigset_t m_maskBefore{};

@@ -1,6 +1,8 @@
 #include "radioctl/run/RunPrograms.h"
 
+#include "radio/board/BoardDemand.h"
 #include "radio/board/BoardFile.h"
+#include "radio/board/PlatformWords.h"
 #include "radio/files/AtomicFile.h"
 #include "radio/files/InputError.h"
 #include "radio/files/TextFile.h"
@@ -10,19 +12,24 @@
 #include "radio/session/ScriptLine.h"
 #include "radio/session/Session.h"
 #include "radio/text/WordError.h"
+#include "radio/text/Words.h"
 #include "radioctl/bench/HardwareUse.h"
 #include "radioctl/console/Impatience.h"
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/console/LineEditor.h"
 #include "radioctl/console/LineReader.h"
+#include "radioctl/console/PatientOutput.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/report/JunitReporter.h"
 #include "radioctl/report/Output.h"
 
 #include <unistd.h>
 
+#include <csignal>
 #include <functional>
 #include <iostream>
+#include <iterator>
+#include <map>
 #include <optional>
 #include <string>
 #include <variant>
@@ -52,6 +59,7 @@ public:
     /** Throws InputError when the hardware cannot be driven. All must outlive the object. */
     Drive(const Board& board, const RunOptions& options, Reporter& reporter)
         : m_board(board),
+          m_isDryRun(options.hardware.dryRun),
           m_reporter(reporter),
           m_hardware(board, options.hardware, std::cout, options.json),
           m_session(board, reporter, options.trace, m_hardware.hardware()) {
@@ -62,28 +70,38 @@ public:
         }
         reporter.boardLoaded(board);
         m_session.setGuard([this](const Action& action) { return whyNot(action); });
-        m_session.setRefusing(m_hardware.isReal());
+        m_session.setRefusing(options.hardware.hardware || options.hardware.dryRun);
         m_session.setIdle([this] { idle(); });
     }
 
-    void boot();
+    /** Runs the start-up, unless somebody wants to leave already. */
+    void boot(const Interrupt& interrupt);
     Session& session() { return m_session; }
     /** Between two commands, and while there is none. */
-    void idle() { sense(m_hardware.poll()); }
+    void idle();
     /** Leaves, and tells what the session came to; gives the exit code. */
     int conclude(int signal, std::size_t refusedLines);
 
 private:
     std::string whyNot(const Action& action);
+    std::string whyNotTune(const Tune& tune);
+    std::string whyNotTemperature(int degrees) const;
+    void noteWaiting(const SetVariable& command);
     void sense(std::optional<int> degrees);
 
     const Board& m_board;
+    bool m_isDryRun;
+    /** Variables that were changed, and the phases for which the handlers wait to take them over. */
+    std::map<std::string, std::string> m_waiting;
     Reporter& m_reporter;
     HardwareUse m_hardware;
     Session m_session;
 };
 
-void Drive::boot() {
+void Drive::boot(const Interrupt& interrupt) {
+    if (interrupt.signal() != 0) {
+        return;
+    }
     m_session.boot();
     if (m_hardware.isReal()) {
         sense(m_hardware.hardware()->readSensor());
@@ -96,14 +114,56 @@ std::string Drive::whyNot(const Action& action) {
     if (m_hardware.isReal()) {
         m_hardware.hardware()->setForced(isForced(action));
     }
-    Standalone::Platform& platform = m_session.radio().platform();
     return std::visit(
-        Visitor{[&](const Tune& tune) {
-                    return Plan::whyNotTune(m_board, platform, tune.direction, tune.channel, tune.frequency);
-                },
-                [&](const WriteDriver& write) { return Plan::whyNotWrite(m_board, write.name, write.value); },
-                [](const auto& /*other*/) { return std::string(); }},
+        Visitor{
+            [this](const Tune& tune) { return whyNotTune(tune); },
+            [this](const WriteDriver& write) { return Plan::whyNotWrite(m_board, write.name, write.value); },
+            [this](const SetTemperature& temperature) { return whyNotTemperature(temperature.degrees); },
+            [this](const SetVariable& set) {
+                noteWaiting(set);
+                return std::string();
+            },
+            [this](const RunPhase& run) {
+                for (auto entry = m_waiting.begin(); entry != m_waiting.end();) {
+                    entry = phaseFromString(entry->second) == run.phase ? m_waiting.erase(entry)
+                                                                        : std::next(entry);
+                }
+                return std::string();
+            },
+            [](const auto& /*other*/) { return std::string(); }},
         action);
+}
+
+/** A carrier is judged by the variables as they are, which have to be those that its handler knows. */
+std::string Drive::whyNotTune(const Tune& tune) {
+    if (!m_waiting.empty()) {
+        const auto& [variable, phase] = *m_waiting.begin();
+        return inQuotes(variable) + " was changed, and the handlers take it over in the next phase " + phase +
+               ": what the carrier comes to is not known";
+    }
+    Standalone::Platform& platform = m_session.radio().platform();
+    return Plan::whyNotTune(m_board, platform, tune.direction, tune.channel, tune.frequency);
+}
+
+std::string Drive::whyNotTemperature(int degrees) const {
+    if (m_hardware.isReal() && m_board.hardware.description.sensor) {
+        return "the temperature is that of the sensor, which is told again as soon as it changes";
+    }
+    return Plan::whyNotTemperature(m_board, degrees);
+}
+
+void Drive::noteWaiting(const SetVariable& command) {
+    const std::string_view phase = phaseThatCopies(command.name, m_board);
+    if (!phase.empty()) {
+        m_waiting[command.name] = phase;
+    }
+}
+
+void Drive::idle() {
+    sense(m_hardware.poll());
+    if (m_hardware.isReal() && PatientOutput::isGone()) {
+        static_cast<void>(raise(SIGHUP)); // nobody sees any more what is done: it is left
+    }
 }
 
 /** What the sensor gave, unless the radio knows it. */
@@ -119,6 +179,9 @@ int Drive::conclude(int signal, std::size_t refusedLines) {
     int exitCode = exitCodeFor(summary);
     if (!m_hardware.leave() && exitCode == ExitCode::good) {
         exitCode = ExitCode::expectationFailed;
+    }
+    if (m_isDryRun) {
+        m_hardware.tellLeaving(m_board);
     }
     m_reporter.summarised(summary, exitCode);
     return exitCode;
@@ -152,7 +215,7 @@ int runOn(const Board& board, const RunOptions& options, Reporter& reporter) {
     }
     Drive drive(board, options, reporter);
     drive.session().setGoOn([&interrupt] { return interrupt.signal() == 0 && std::cout.good(); });
-    drive.boot();
+    drive.boot(interrupt);
     for (const ScriptLine& line : script) {
         if (drive.session().isOver() || interrupt.signal() != 0 || !std::cout) {
             break;
@@ -191,7 +254,7 @@ int consoleOn(const Board& board, const RunOptions& options, Reporter& reporter,
     const CommandCheck check(board, atTerminal);
     Drive drive(board, options, reporter);
     Impatience impatience(drive.session(), interrupt, atTerminal);
-    drive.boot();
+    drive.boot(interrupt);
     std::size_t refusedLines = 0;
     ConsoleInput input(atTerminal, check.names(), interrupt);
     input.setIdle([&drive] { drive.idle(); });

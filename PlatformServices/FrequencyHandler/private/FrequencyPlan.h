@@ -1,7 +1,6 @@
 #ifndef FREQUENCYHANDLER_PRIVATE_FREQUENCYPLAN_H
 #define FREQUENCYHANDLER_PRIVATE_FREQUENCYPLAN_H
 
-#include <algorithm>
 #include <cstdint>
 
 /**
@@ -32,7 +31,7 @@ constexpr std::uint32_t word(std::int32_t number) {
 
 /** The magnitude of the signed number that `value` stands for. */
 constexpr std::uint32_t magnitude(std::uint32_t value) {
-    return std::min(value, 0U - value);
+    return value >> 31U == 0U ? value : 0U - value;
 }
 
 /** Not for use outside this file. */

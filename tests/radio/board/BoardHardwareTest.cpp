@@ -1,4 +1,4 @@
-#include "radio/board/HardwareCheck.h"
+#include "radio/board/HardwareRanges.h"
 #include "tests/radio/support/BoardFileFixture.h"
 
 #include <gmock/gmock.h>
@@ -117,12 +117,10 @@ TEST_F(BoardHardwareTest, DriverIsAnAttributeAsItIsUnlessItSaysOtherwise) {
 
 TEST_F(BoardHardwareTest, DriverHasAllThatItSays) {
     const Devices::DriverHardware hardware =
-        hardwareOf("device = \"rf\"\nwrite = \"m/p/calibbias\"\nnegative = \"m/n/calibbias\"\n"
+        hardwareOf("device = \"rf\"\nwrite = \"m/p/calibbias\"\n"
                    "read_device = \"rack\"\nread = \"MEAS?\"\nscale = 0.5\noffset = -3\nrounding = \"down\"\n"
                    "decimals = 2\nrange = [-7135333333, 7135333333]\non_exit = -7135333333\n");
     EXPECT_EQ(hardware.write->attribute, "m/p/calibbias");
-    EXPECT_EQ(hardware.negative->device, "rf");
-    EXPECT_EQ(hardware.negative->attribute, "m/n/calibbias");
     EXPECT_EQ(hardware.read->device, "rack");
     EXPECT_EQ(hardware.read->attribute, "MEAS?");
     EXPECT_EQ(hardware.conversion.scale, 0.5);
@@ -132,6 +130,13 @@ TEST_F(BoardHardwareTest, DriverHasAllThatItSays) {
     EXPECT_EQ(hardware.lowest, -7135333333);
     EXPECT_EQ(hardware.highest, 7135333333);
     EXPECT_EQ(hardware.onExit, -7135333333);
+}
+
+TEST_F(BoardHardwareTest, DriverMayBeTheOffsetBetweenTwoAttributes) {
+    const Devices::DriverHardware hardware =
+        hardwareOf("device = \"rf\"\nwrite = \"m/p/calibbias\"\nnegative = \"m/n/calibbias\"\n");
+    EXPECT_EQ(hardware.negative->device, "rf");
+    EXPECT_EQ(hardware.negative->attribute, "m/n/calibbias");
 }
 
 TEST_F(BoardHardwareTest, DriverWithoutADeviceIsAFile) {
@@ -192,6 +197,23 @@ TEST_F(BoardHardwareTest, RangesAndExitValuesFitTogether) {
               "board.toml:14: hardware.a.on_exit: expected a value within the range, found 6");
     EXPECT_EQ(refusedHardware("read = \"/f\"\non_exit = 6\n"),
               "board.toml:13: hardware.a.on_exit: a driver that is only read cannot be written");
+}
+
+TEST_F(BoardHardwareTest, AttributeIsWrittenByOneDriver) {
+    EXPECT_EQ(refusal([] {
+                  loadAfterDevices(
+                      "[hardware.a]\nwrite = \"/f\"\n[hardware.b]\nwrite = \"/g\"\nnegative = \"/f\"\n");
+              }),
+              "board.toml:13: hardware.b: writes what \"a\" writes, expected an attribute of its own");
+    EXPECT_EQ(
+        refusal([] { loadAfterDevices("[hardware.a]\nwrite = \"/f\"\n[hardware.b]\nread = \"/f\"\n"); }),
+        "accepted");
+}
+
+TEST_F(BoardHardwareTest, OffsetOfTwoSidesIsNone) {
+    EXPECT_EQ(
+        refusedHardware("write = \"/f\"\nnegative = \"/g\"\noffset = 1\n"),
+        "board.toml:14: hardware.a.offset: 0 of the driver has to be 0 on both sides, expected no offset");
 }
 
 // The sensor.

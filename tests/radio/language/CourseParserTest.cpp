@@ -55,8 +55,8 @@ TEST_F(CourseParserTest, TakesForceAsTheLastWordAlone) {
               "or GHz");
     EXPECT_EQ(complaintAbout("write a force"),
               "write: VALUE is missing, expected: write DRIVER VALUE [force]");
-    EXPECT_EQ(complaintAbout("temperature 5 force"),
-              "temperature: \"force\" is one word too many, expected: temperature DEGREES");
+    EXPECT_EQ(complaintAbout("observe tx 1 force"),
+              "observe: \"force\" is one word too many, expected: observe tx|rx CHANNEL");
 }
 
 TEST_F(CourseParserTest, WritesMoreThan32BitsToDriversInHzAlone) {

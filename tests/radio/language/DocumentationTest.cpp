@@ -72,7 +72,7 @@ TEST(Documentation, HelpBreaksLinesBetweenWords) {
 
 TEST(Documentation, HelpExplainsOneCommand) {
     EXPECT_EQ(helpText("temperature"),
-              "temperature DEGREES\nTells the radio its temperature: -100 to 200 degrees Celsius.\n"
+              "temperature DEGREES [force]\nTells the radio its temperature: -100 to 200 degrees Celsius.\n"
               "Whole degrees, as its sensor gives them. Observers of the temperature are told\n"
               "when it changes.\n");
 }

@@ -26,7 +26,7 @@ protected:
     static void killAfterMarking() {
         const pid_t child = fork();
         if (child == 0) {
-            HardwareMark mark("board.toml", "marks");
+            HardwareMark mark("ip:radio", "board.toml", "marks");
             mark.set();
             raise(SIGKILL);
         }
@@ -35,52 +35,54 @@ protected:
 };
 
 TEST_F(HardwareMarkTest, AtFirstNobodyHasLeftAnything) {
-    EXPECT_EQ(HardwareMark("board.toml", "marks").leftBehind(), "");
+    EXPECT_EQ(HardwareMark("ip:radio", "board.toml", "marks").leftBehind(), "");
 }
 
 TEST_F(HardwareMarkTest, KilledProcessIsTheOneThatLeftTheHardwareAsItWas) {
     killAfterMarking();
-    EXPECT_THAT(HardwareMark("board.toml", "marks").leftBehind(),
+    EXPECT_THAT(HardwareMark("ip:radio", "board.toml", "marks").leftBehind(),
                 MatchesRegex("process [0-9]+ on [0-9-]{10} at [0-9:]{8}"));
 }
 
 TEST_F(HardwareMarkTest, MarkThatIsTakenBackLeavesNothing) {
     {
-        HardwareMark mark("board.toml", "marks");
+        HardwareMark mark("ip:radio", "board.toml", "marks");
         mark.set();
         mark.takeBack();
     }
-    EXPECT_EQ(HardwareMark("board.toml", "marks").leftBehind(), "");
+    EXPECT_EQ(HardwareMark("ip:radio", "board.toml", "marks").leftBehind(), "");
 }
 
 TEST_F(HardwareMarkTest, MarkThatIsNotTakenBackStays) {
-    { HardwareMark("board.toml", "marks").set(); }
-    EXPECT_THAT(HardwareMark("board.toml", "marks").leftBehind(), HasSubstr("process "));
+    { HardwareMark("ip:radio", "board.toml", "marks").set(); }
+    EXPECT_THAT(HardwareMark("ip:radio", "board.toml", "marks").leftBehind(), HasSubstr("process "));
 }
 
 TEST_F(HardwareMarkTest, WhoOnlyLooksAtItDoesNotTakeItBack) {
     killAfterMarking();
-    EXPECT_NE(HardwareMark("board.toml", "marks").leftBehind(), "");
-    EXPECT_NE(HardwareMark("board.toml", "marks").leftBehind(), "");
+    EXPECT_NE(HardwareMark("ip:radio", "board.toml", "marks").leftBehind(), "");
+    EXPECT_NE(HardwareMark("ip:radio", "board.toml", "marks").leftBehind(), "");
 }
 
-TEST_F(HardwareMarkTest, BoardIsOneByWhateverNameItIsCalled) {
-    std::filesystem::create_symlink("board.toml", "link.toml");
-    HardwareMark mark("board.toml", "marks");
+TEST_F(HardwareMarkTest, DeviceIsDrivenByOneProgramAtATimeWhateverTheBoard) {
+    HardwareMark mark("ip:radio", "board.toml", "marks");
     mark.set();
-    EXPECT_EQ(refusal([] { HardwareMark("./board.toml", "marks"); }),
-              "./board.toml: its hardware is driven by process " + std::to_string(getpid()) + " on " +
-                  contentOf(std::filesystem::directory_iterator("marks")->path())
-                      .substr(std::string("process  on ").size() + std::to_string(getpid()).size(), 22) +
+    const std::string holder = contentOf(std::filesystem::directory_iterator("marks")->path());
+    EXPECT_EQ(refusal([] { HardwareMark("ip:radio", "other.toml", "marks"); }),
+              "other.toml: ip:radio is driven by " + holder.substr(0, holder.find('\n')) +
                   ", expected one program at a time");
-    EXPECT_THAT(refusal([] { HardwareMark("link.toml", "marks"); }), HasSubstr("is driven by process"));
-    write("other.toml", "");
-    EXPECT_EQ(refusal([] { HardwareMark("other.toml", "marks"); }), "accepted");
+    EXPECT_EQ(refusal([] { HardwareMark("ip:other", "other.toml", "marks"); }), "accepted");
+}
+
+TEST_F(HardwareMarkTest, MarkSaysWhoDrivesWhatAndForWhichBoard) {
+    { HardwareMark("ip:radio", "board.toml", "marks").set(); }
+    EXPECT_THAT(contentOf(std::filesystem::directory_iterator("marks")->path()),
+                MatchesRegex("process [0-9]+ on [0-9-]{10} at [0-9:]{8}\nip:radio\nboard.toml\n"));
 }
 
 TEST_F(HardwareMarkTest, WithoutAPlaceForItNothingIsDriven) {
     write("marks", "a file\n");
-    EXPECT_THAT(refusal([] { HardwareMark("board.toml", "marks"); }),
+    EXPECT_THAT(refusal([] { HardwareMark("ip:radio", "board.toml", "marks"); }),
                 HasSubstr("expected a place for the mark that the hardware is in use"));
 }
 

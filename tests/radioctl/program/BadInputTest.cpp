@@ -52,7 +52,7 @@ TEST_F(BadInputTest, MissingWord) {
 
 TEST_F(BadInputTest, SurplusWord) {
     expectRefusal("temperature 25 C",
-                  "temperature: \"C\" is one word too many, expected: temperature DEGREES");
+                  "temperature: \"C\" is one word too many, expected: temperature DEGREES [force]");
 }
 
 TEST_F(BadInputTest, UnknownChannel) {

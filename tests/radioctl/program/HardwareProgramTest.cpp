@@ -2,8 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <thread>
 
 namespace {
@@ -17,6 +17,14 @@ using testing::StartsWith;
 /** "radioctl run" and "radioctl console" on real files. */
 class HardwareProgramTest : public HardwareTest {
 protected:
+    /** Whether a file gets this content within some seconds. */
+    static bool becomes(const std::string& file, const std::string& content) {
+        for (int i = 0; i < 1000 && contentOf(file) != content; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return contentOf(file) == content;
+    }
+
     /** 7428, 7435, ... 7582 MHz to transmit. */
     static constexpr const char* raster =
         "[[raster]]\nname = \"R\"\ndirection = \"tx\"\nfirst = 7428000\nlast = 7582000\nstep = 7000\n";
@@ -46,7 +54,7 @@ TEST_F(HardwareProgramTest, FirstEventSaysWhichItIs) {
 TEST_F(HardwareProgramTest, DriversWithoutHardwareAreCounted) {
     write("board.toml", std::string(rfModuleBoard) + onFile("channel.1.tx.rf.frequency", "tx"));
     EXPECT_THAT(runOnHardware("").output,
-                StartsWith("HARDWARE: 1 driver on files; simulated: 1 without hardware\n"));
+                StartsWith("HARDWARE: 1 driver on files; simulated: channel.1.rx.rf.frequency\n"));
 }
 
 TEST_F(HardwareProgramTest, HardwareAndDryRunAreNotBothGiven) {
@@ -88,6 +96,22 @@ TEST_F(HardwareProgramTest, DryRunSaysWhichAttributeWouldGetWhat) {
     EXPECT_THAT(run({"run", "--dry-run", "board.toml", "script"}).output,
                 HasSubstr("  1  channel.1.tx.rf.frequency <- 7442000\n       => " + folder() +
                           "/tx <- 7442000000\n"));
+}
+
+TEST_F(HardwareProgramTest, DryRunRefusesWhatHardwareWouldAndSaysWhatLeavingWrites) {
+    write("script", "write amplifier 2\nexpect result failed\n");
+    const Ending ending = run({"run", "--dry-run", "board.toml", "script"});
+    EXPECT_EQ(ending.exitCode, 0) << ending.output;
+    EXPECT_THAT(ending.output, Not(HasSubstr("amplifier <- 2")));
+    EXPECT_THAT(ending.output, HasSubstr("Leaving would write:\n  amplifier <- 0\n       => " + folder() +
+                                         "/amplifier <- 0\n"));
+}
+
+TEST_F(HardwareProgramTest, ExpectedDriverIsThatOfTheHardware) {
+    write("rx", "7603000\n");
+    EXPECT_EQ(runOnHardware("expect driver channel.1.rx.rf.frequency 7603000\n").exitCode, 0);
+    write("script", "expect driver channel.1.rx.rf.frequency 7603000\n");
+    EXPECT_EQ(run({"run", "board.toml", "script"}).exitCode, 1);
 }
 
 TEST_F(HardwareProgramTest, TranscriptIsTheSameSimulatedAndReal) {
@@ -219,7 +243,7 @@ TEST_F(HardwareProgramTest, RadioThatDoesNotBootIsStillLeft) {
 }
 
 TEST_F(HardwareProgramTest, SignalsLeave) {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
         write("amplifier", "1\n");
         Process process(invoke({"console", "--hardware", "board.toml"}));
         ASSERT_TRUE(process.waitFor("The radio is up."));
@@ -239,6 +263,38 @@ TEST_F(HardwareProgramTest, QuitAtAPromptLeaves) {
     process.type("quit\n");
     EXPECT_THAT(process.finish().output, HasSubstr("Leaving:"));
     EXPECT_EQ(contentOf("amplifier"), "0\n");
+}
+
+TEST_F(HardwareProgramTest, OutputThatIsGoneLeavesWhileThePromptWaits) {
+    write("amplifier", "1\n");
+    Process process(invoke({"console", "--hardware", "board.toml"}));
+    ASSERT_TRUE(process.waitFor("The radio is up."));
+    process.closeOutput();
+    EXPECT_TRUE(becomes("amplifier", "0\n"));
+}
+
+TEST_F(HardwareProgramTest, OutputThatIsGoneEndsASweep) {
+    write("amplifier", "1\n");
+    Process process(invoke({"console", "--hardware", "board.toml"}));
+    ASSERT_TRUE(process.waitFor("The radio is up."));
+    process.type("sweep rx 1 1 kHz 1000000 kHz 1 kHz 10 ms\n");
+    ASSERT_TRUE(process.waitFor("rx.rf.frequency <- 2"));
+    process.closeOutput();
+    EXPECT_TRUE(becomes("amplifier", "0\n"));
+}
+
+TEST_F(HardwareProgramTest, SignalGetsThroughToAnOutputThatNobodyReads) {
+    write("amplifier", "1\n");
+    std::string script;
+    for (int i = 0; i < 20000; ++i) {
+        script += "tune rx 1 7596 MHz\n";
+    }
+    write("script", script);
+    Process process(invoke({"run", "--hardware", "board.toml", "script"}));
+    ASSERT_TRUE(becomes("rx", "7596000\n"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(300)); // the pipe is full by now
+    process.signal(SIGTERM);
+    EXPECT_TRUE(becomes("amplifier", "0\n"));
 }
 
 TEST_F(HardwareProgramTest, OutputThatNobodyReadsLeaves) {
@@ -285,7 +341,7 @@ TEST_F(HardwareProgramTest, OneProgramAtATimeDrivesTheHardwareOfABoard) {
     const Ending ending = runOnHardware("tune tx 1 7442 MHz\n");
     EXPECT_EQ(ending.exitCode, 3);
     EXPECT_THAT(ending.errors,
-                ContainsRegex("^radioctl: board.toml: its hardware is driven by process [0-9]+ on .*, "
+                ContainsRegex("^radioctl: board.toml: .*/amplifier is driven by process [0-9]+ on .*, "
                               "expected one program at a time\n"));
     EXPECT_EQ(contentOf("tx"), "0\n");
     write("script", "");

@@ -73,7 +73,8 @@ TEST_F(KaBandTest, AcceptanceIsTheSameSimulatedHereAndThroughAServer) {
     const Ending served = run({"run", "--hardware", "board.toml", "script"});
     EXPECT_EQ(served.exitCode, 0) << served.output << served.errors;
     EXPECT_THAT(served.output, StartsWith("HARDWARE: 9 drivers on radio (" + server.uri() +
-                                          "); simulated: 2 without hardware\n"));
+                                          "); simulated: "
+                                          "channel.1.tx.rf.lo.frequency, channel.1.rx.rf.lo.frequency\n"));
     EXPECT_EQ(transcript(here.output), transcript(simulated.output));
     EXPECT_EQ(transcript(served.output), transcript(simulated.output));
 }
@@ -100,6 +101,35 @@ TEST_F(KaBandTest, DetectorIsReadInMillivolts) {
     // 1365 / 1.6384 = 833.1
     EXPECT_THAT(run({"run", "--hardware", "board.toml", "script"}).output,
                 HasSubstr("channel.1.tx.rf.detector.v = 833\n"));
+}
+
+TEST_F(KaBandTest, NumberOfMoreThan32BitsIsReadAsItIs) {
+    write("script", "tune tx 1 27562.5 MHz\nread channel.1.tx.rf.lo.frequency.in.hz\n");
+    EXPECT_THAT(run({"run", "--hardware", "board.toml", "script"}).output,
+                HasSubstr("channel.1.tx.rf.lo.frequency.in.hz = 6890625000\n"));
+}
+
+TEST_F(KaBandTest, LeakageOfARealTransmitterIsNotModelled) {
+    write("script", "expect leakage 1 below -40\n");
+    const Ending ending = run({"run", "--hardware", "board.toml", "script"});
+    EXPECT_EQ(ending.exitCode, 1);
+    EXPECT_THAT(ending.output,
+                HasSubstr("expected less than -40.00 dBc, found no model: the hardware is real\n"));
+    EXPECT_THAT(ending.output, HasSubstr("Leaving:\n"));
+}
+
+TEST_F(KaBandTest, CarrierIsRefusedWhileAChangedVariableWaitsForItsPhase) {
+    write(
+        "script",
+        "set channel.1.tx.mixer.multiplicationfactor 1\ntune tx 1 27562.5 MHz\nexpect result failed\nexpect "
+        "writes 0\nphase storage\ntune tx 1 27562.5 MHz\nexpect result failed\n"
+        "set channel.1.tx.mixer.multiplicationfactor 4\nphase storage\ntune tx 1 27562.5 MHz\n");
+    const Ending ending = run({"run", "--hardware", "board.toml", "script"});
+    EXPECT_EQ(ending.exitCode, 0) << ending.output;
+    EXPECT_THAT(ending.output,
+                HasSubstr("\"channel.1.tx.mixer.multiplicationfactor\" was changed, and the handlers take it "
+                          "over in the next phase storage: what the carrier comes to is not known\n"));
+    EXPECT_EQ(attribute("iio:device0/out_altvoltage0_frequency"), "6890625000\n");
 }
 
 TEST_F(KaBandTest, CheckFindsAllOfIt) {

@@ -1,4 +1,4 @@
-#include "radio/board/HardwareCheck.h"
+#include "radio/board/HardwareRanges.h"
 
 #include "radio/board/BoardNames.h"
 #include "radio/text/Words.h"

@@ -1,5 +1,5 @@
-#ifndef RADIO_BOARD_HARDWARECHECK_H
-#define RADIO_BOARD_HARDWARECHECK_H
+#ifndef RADIO_BOARD_HARDWARERANGES_H
+#define RADIO_BOARD_HARDWARERANGES_H
 
 #include "radio/board/Board.h"
 #include "radio/board/Finding.h"
