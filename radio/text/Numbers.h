@@ -24,7 +24,10 @@ std::optional<Number> parseNumber(std::string_view text, Number least = std::num
     Number number{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, format...);
     const bool isWhole = error == std::errc() && end == text.data() + text.size();
-    return isWhole && number >= least && number <= most ? std::optional(number) : std::nullopt;
+    if (!isWhole || number < least || number > most) {
+        return std::nullopt;
+    }
+    return number;
 }
 
 /** `text` without the plus that a number may have in front. */

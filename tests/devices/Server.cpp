@@ -80,6 +80,7 @@ void Server::kill() {
 
 void Server::freeze() const {
     ::kill(m_process, SIGSTOP);
+    waitpid(m_process, nullptr, WUNTRACED); // until then it may still answer
 }
 
 void Server::thaw() const {
