@@ -19,8 +19,8 @@ Link* Connection::link(int& error) {
         return m_link.get();
     }
     if (m_state == State::unused) {
-        m_connector.start(nullptr);
-        const Opened opened = m_connector.await(Connector::Clock::now() + m_device.timeLimit, false);
+        beginToConnect();
+        const Opened opened = m_connector.await(m_attempt, m_deadline, false);
         if (!adopt()) {
             error = opened.error;
             lose(opened.error, nullptr);
@@ -35,12 +35,18 @@ Link* Connection::link(int& error) {
     return m_link.get();
 }
 
-void Connection::connect(bool insists) {
-    if (m_state == State::up || adopt()) {
+void Connection::beginToConnect() {
+    if (!isUp()) {
+        m_attempt = m_connector.start(nullptr);
+        m_deadline = Connector::Clock::now() + m_device.timeLimit;
+    }
+}
+
+void Connection::awaitConnection(bool insists) {
+    if (isUp()) {
         return;
     }
-    m_connector.start(nullptr);
-    const Opened opened = m_connector.await(Connector::Clock::now() + m_device.timeLimit, insists);
+    const Opened opened = m_connector.await(m_attempt, m_deadline, insists);
     if (!adopt()) {
         m_state = State::down;
         m_problem = !opened.why.empty() ? opened.why : meaningOf(codeOf(opened.error));
@@ -65,7 +71,9 @@ bool Connection::adopt() {
 void Connection::lose(int error, std::unique_ptr<Link> broken) {
     m_state = State::down;
     m_problem = meaningOf(codeOf(error));
-    m_connector.start(std::move(broken));
+    if (broken != nullptr) {
+        m_connector.start(std::move(broken));
+    }
     m_listener.lost(m_device.name, m_problem);
 }
 

@@ -98,9 +98,10 @@ public:
     std::optional<int> poll();
 
     /**
-     * Writes what drivers are to have when the radio is left, in the order of the description, even where a
-     * connection was lost and has to be made first; what was written, and how it went. To be called at the
-     * end, any number of times.
+     * Writes what drivers are to have when the radio is left, even where a connection was lost and has to be
+     * made first: what is connected before anything that is not, each in the order of the description. The
+     * listener is told after the last write. What was written, and how it went, in the order of the
+     * description. To be called at the end, any number of times.
      */
     std::vector<ExitWrite> leave();
 

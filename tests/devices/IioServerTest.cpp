@@ -97,6 +97,31 @@ TEST_F(IioServerTest, WriteTakesANewConnectionEvenWhenNobodyPolls) {
     EXPECT_EQ(listener.told().back(), "back remote");
 }
 
+TEST_F(IioServerTest, ServerThatWasOffAndOnAgainUnnoticedIsWrittenInTheEnd) {
+    description.devices[0].timeLimit = milliseconds(1000);
+    description.drivers[0].onExit = 0;
+    up();
+    EXPECT_EQ(write("lo", 1), 0);
+    server.kill();
+    server.start();
+    const auto writes = hardware->leave();
+    ASSERT_EQ(writes.size(), 1U);
+    EXPECT_EQ(writes[0].code, 0);
+    EXPECT_EQ(contentOf(frequency), "0\n");
+}
+
+TEST_F(IioServerTest, TwoServersThatAreSilentAreWaitedForAtTheSameTime) {
+    Instrument silent([](const std::string&) { return Reaction{}; });
+    description.devices[0] = {"remote", Devices::DeviceDescription::Kind::iio, "ip:" + silent.address(),
+                              milliseconds(500)};
+    description.devices.push_back(description.devices[0]);
+    description.devices[1].name = "other";
+    addDriver("gain", "other", "amplifier/gain");
+    up();
+    EXPECT_LT(elapsed([&] { EXPECT_EQ(hardware->examine(false).size(), 3U); }), milliseconds(900));
+    EXPECT_LT(elapsed([&] { hardware.reset(); }), milliseconds(900));
+}
+
 TEST_F(IioServerTest, ServerThatHangsIsLostAtTheTimeLimitAndItsLateAnswerNobodysAnswer) {
     up();
     EXPECT_EQ(write("lo", 1), 0);
