@@ -54,6 +54,7 @@ private:
     std::unique_ptr<iio_context, Deleter> m_context;
     std::chrono::milliseconds m_timeLimit;
     bool m_isLocal;
+    bool m_isUsb;
     bool m_isBroken = false;
 };
 

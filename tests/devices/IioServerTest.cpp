@@ -164,6 +164,29 @@ TEST_F(IioServerTest, ServerThatIsNotThereIsToldWithItsAddress) {
     EXPECT_EQ(listener.told(), Lines{});
 }
 
+TEST_F(IioServerTest, DeviceThatWasUnpluggedBehindAServerLosesNoConnection) {
+    const std::string context = R"(<?xml version="1.0"?><context name="network" description="x">)"
+                                R"(<device id="iio:device0" name="adf4371"><attribute name="muxout"/>)"
+                                R"(</device></context>)";
+    Instrument other([context](const std::string& line) {
+        const std::string word = line.substr(0, line.find_first_of(" \r"));
+        if (word == "VERSION") {
+            return Reaction{"0.24.unknown\n"};
+        }
+        if (word == "PRINT") {
+            return Reaction{std::to_string(context.size()) + "\n" + context + "\n"};
+        }
+        // The number follows the line that says where it is to be written.
+        return Reaction{word == "WRITE" || word == "EXIT" ? "" : word == "TIMEOUT" ? "0\n" : "-19\n"};
+    });
+    description.devices[0].address = "ip:" + other.address();
+    up();
+    EXPECT_EQ(write("mux", 1), 0x8100 + ENODEV);
+    EXPECT_EQ(write("mux", 1), 0x8100 + ENODEV);
+    EXPECT_EQ(listener.told(), (Lines{"failed mux at remote: adf4371/muxout: no such device (ENODEV)",
+                                      "failed mux at remote: adf4371/muxout: no such device (ENODEV)"}));
+}
+
 TEST_F(IioServerTest, SomethingElseAtThePortIsNoServer) {
     Instrument other([](const std::string&) { return Reaction{"Welcome\n"}; });
     description.devices[0].address = "ip:" + other.address();
