@@ -118,6 +118,17 @@ private:
 /** The attribute's text for a driver's value: "6300000000" for 6300000 with the scale 1000. Nothing when the
  * value cannot be said exactly enough, beyond 2^53. */
 RADIO_API std::optional<std::string> textFor(std::int64_t value, const Conversion& conversion);
+
+/** One write of several that a driver's value becomes. */
+struct PlannedWrite {
+    AttributeName attribute;
+    /** A number, or the whole command of an instrument; empty when the value cannot be said. */
+    std::string text;
+};
+/** What a driver's value becomes, in the order of writing; nothing for one that is only read. Where the value
+ * cannot be said, no text is there, as nothing would be written. The range of the driver does not count. */
+RADIO_API std::vector<PlannedWrite> plannedWrites(const DriverHardware& hardware, std::int64_t value);
+
 /** The driver's value, rounded to the nearest, for what an attribute gave; nothing when that is no number, or
  * one that no driver takes. */
 RADIO_API std::optional<std::int64_t> valueOf(std::string_view text, const Conversion& conversion);
