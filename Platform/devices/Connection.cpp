@@ -35,9 +35,19 @@ Link* Connection::link(int& error) {
     return m_link.get();
 }
 
+void Connection::missed() {
+    m_isOutOfDate = m_link != nullptr && m_link->isListedOnce();
+}
+
+void Connection::lookAgain() {
+    if (m_state == State::up && m_isOutOfDate) {
+        m_state = State::unused;
+    }
+}
+
 void Connection::beginToConnect() {
     if (!isUp()) {
-        m_attempt = m_connector.start(nullptr);
+        m_attempt = m_connector.start(std::move(m_link)); // one that is out of date, if any
         m_deadline = Connector::Clock::now() + m_device.timeLimit;
     }
 }
@@ -59,6 +69,7 @@ bool Connection::adopt() {
     }
     m_link = m_connector.take();
     ++m_linkNumber;
+    m_isOutOfDate = false;
     m_problem.clear();
     const bool wasDown = m_state == State::down;
     m_state = State::up;
@@ -97,6 +108,9 @@ Attribute* DeviceAttribute::find(int& error) {
     if (m_linkNumber != m_connection.linkNumber()) {
         m_linkNumber = m_connection.linkNumber();
         m_found = link->find(m_name, m_problem);
+        if (m_found == nullptr) {
+            m_connection.missed();
+        }
     }
     error = ENOENT;
     return m_found.get();

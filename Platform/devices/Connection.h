@@ -29,6 +29,11 @@ public:
     std::uint64_t linkNumber() const { return m_linkNumber; }
     /** Whether there is a link, as far as is known; a connection that was made meanwhile is taken. */
     bool isUp() { return m_state == State::up || adopt(); }
+    /** An attribute was not found. */
+    void missed();
+    /** Where an attribute was missed that a new connection may find, has it made anew: to be followed by
+     * beginToConnect(). */
+    void lookAgain();
     /** Begins to connect, unless it is; of several devices all begin, and then each is waited for. */
     void beginToConnect();
     /** Waits for what was begun until the time limit since then is over; `insists`: where an attempt fails,
@@ -54,6 +59,7 @@ private:
     State m_state = State::unused;
     std::unique_ptr<Link> m_link;
     std::uint64_t m_linkNumber = 0;
+    bool m_isOutOfDate = false;
     std::string m_problem;
     Connector m_connector;
     /** Which attempt is waited for, and how long. */

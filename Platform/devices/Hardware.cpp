@@ -142,6 +142,7 @@ std::unique_ptr<SensorReader> Hardware::State::makeSensor() const {
 
 std::vector<AttributeFinding> Hardware::State::examine(bool reads) {
     for (const auto& device : m_connections) {
+        device->lookAgain();
         device->beginToConnect();
     }
     for (const auto& device : m_connections) {

@@ -63,7 +63,15 @@ struct ExitWrite {
  *
  * Used on one thread, that which drives the radio; it owns threads of its own, which bring lost connections
  * back and read the sensor, and which touch nothing that a caller sees. A write or read takes no longer than
- * the time limit of its device, and as long as the kernel's driver needs for a local attribute or a file.
+ * the time limit of its device, and as long as the kernel's driver needs for a local attribute or a file; a
+ * server of IIO devices has that time for each part of its answer, so that one whose answer comes in drops is
+ * waited for longer.
+ *
+ * While it connects through libiio or waits for such a server, the C library's `stderr` is replaced for the
+ * whole process, as libiio prints there: what the library's thread prints is dropped, and what others print is
+ * passed on to the stream that was there before. The program must not assign, close or reopen `stderr`
+ * meanwhile. What is printed otherwise, through std::cerr or to descriptor 2, is not touched. With another C
+ * library than GNU's nothing is replaced, and libiio's words are seen.
  */
 class RADIO_API Hardware {
 public:
@@ -80,7 +88,7 @@ public:
      * Connects every device and finds every attribute, writing nothing. What is found comes in the order of
      * the description: for each driver what it writes, then its negative side, then what it reads.
      * `reads`: also reads what can be read. A device that cannot be reached is told with each of its
-     * attributes. May be called again.
+     * attributes. May be called again, and then also finds what has come since.
      */
     std::vector<AttributeFinding> examine(bool reads);
 
