@@ -68,8 +68,8 @@ struct ExitWrite {
  * waited for longer.
  *
  * While it connects through libiio or waits for such a server, the C library's `stderr` is replaced for the
- * whole process, as libiio prints there: what the library's thread prints is dropped, and what others print is
- * passed on to the stream that was there before. The program must not assign, close or reopen `stderr`
+ * whole process, as libiio prints there: what the library's thread prints is dropped, and what others print
+ * is passed on to the stream that was there before. The program must not assign, close or reopen `stderr`
  * meanwhile. What is printed otherwise, through std::cerr or to descriptor 2, is not touched. With another C
  * library than GNU's nothing is replaced, and libiio's words are seen.
  */
