@@ -14,7 +14,10 @@ struct AttributeLook {
     std::string problem{};
 };
 
-/** Something that takes and gives a number as text. */
+/**
+ * Something that takes and gives a number as text. One of a link belongs to the thread that uses the link,
+ * and may be destroyed after it: a destructor must not touch the link.
+ */
 class Attribute {
 public:
     Attribute() = default;

@@ -19,8 +19,8 @@ Link* Connection::link(int& error) {
         return m_link.get();
     }
     if (m_state == State::unused) {
-        m_connector.start(nullptr);
-        const Opened opened = m_connector.await(Connector::Clock::now() + m_device.timeLimit, false);
+        beginToConnect();
+        const Opened opened = m_connector.await(m_attempt, m_deadline, false);
         if (!adopt()) {
             error = opened.error;
             lose(opened.error, nullptr);
@@ -35,12 +35,28 @@ Link* Connection::link(int& error) {
     return m_link.get();
 }
 
-void Connection::connect(bool insists) {
-    if (m_state == State::up || adopt()) {
+void Connection::missed() {
+    m_isOutOfDate = m_link != nullptr && m_link->isListedOnce();
+}
+
+void Connection::lookAgain() {
+    if (m_state == State::up && m_isOutOfDate) {
+        m_state = State::unused;
+    }
+}
+
+void Connection::beginToConnect() {
+    if (!isUp()) {
+        m_attempt = m_connector.start(std::move(m_link)); // one that is out of date, if any
+        m_deadline = Connector::Clock::now() + m_device.timeLimit;
+    }
+}
+
+void Connection::awaitConnection(bool insists) {
+    if (isUp()) {
         return;
     }
-    m_connector.start(nullptr);
-    const Opened opened = m_connector.await(Connector::Clock::now() + m_device.timeLimit, insists);
+    const Opened opened = m_connector.await(m_attempt, m_deadline, insists);
     if (!adopt()) {
         m_state = State::down;
         m_problem = !opened.why.empty() ? opened.why : meaningOf(codeOf(opened.error));
@@ -53,6 +69,7 @@ bool Connection::adopt() {
     }
     m_link = m_connector.take();
     ++m_linkNumber;
+    m_isOutOfDate = false;
     m_problem.clear();
     const bool wasDown = m_state == State::down;
     m_state = State::up;
@@ -65,7 +82,9 @@ bool Connection::adopt() {
 void Connection::lose(int error, std::unique_ptr<Link> broken) {
     m_state = State::down;
     m_problem = meaningOf(codeOf(error));
-    m_connector.start(std::move(broken));
+    if (broken != nullptr) {
+        m_connector.start(std::move(broken));
+    }
     m_listener.lost(m_device.name, m_problem);
 }
 
@@ -89,6 +108,9 @@ Attribute* DeviceAttribute::find(int& error) {
     if (m_linkNumber != m_connection.linkNumber()) {
         m_linkNumber = m_connection.linkNumber();
         m_found = link->find(m_name, m_problem);
+        if (m_found == nullptr) {
+            m_connection.missed();
+        }
     }
     error = ENOENT;
     return m_found.get();

@@ -27,15 +27,26 @@ public:
     Link* link(int& error);
     /** Tells one link from the next. */
     std::uint64_t linkNumber() const { return m_linkNumber; }
-    /** Tries to connect, unless it is, and waits for that until the time limit is over; `insists`: where an
-     * attempt fails, for further ones, too. */
-    void connect(bool insists);
+    /** Whether there is a link, as far as is known; a connection that was made meanwhile is taken. */
+    bool isUp() { return m_state == State::up || adopt(); }
+    /** An attribute was not found. */
+    void missed();
+    /** Where an attribute was missed that a new connection may find, has it made anew: to be followed by
+     * beginToConnect(). */
+    void lookAgain();
+    /** Begins to connect, unless it is; of several devices all begin, and then each is waited for. */
+    void beginToConnect();
+    /** Waits for what was begun until the time limit since then is over; `insists`: where an attempt fails,
+     * for further ones, too. */
+    void awaitConnection(bool insists);
     /** Why there is no connection, for people; empty when there is one. */
     const std::string& problem() const { return m_problem; }
     /** A call on the link failed: when it has broken by that, it is dropped, and the listener told. */
     void failed(int error);
     /** Takes a connection that was made meanwhile. */
     void poll();
+    /** Has the thread come to an end, which the destructor waits for. */
+    void stop() { m_connector.stop(); }
 
 private:
     enum class State : std::uint8_t { unused, up, down };
@@ -48,8 +59,12 @@ private:
     State m_state = State::unused;
     std::unique_ptr<Link> m_link;
     std::uint64_t m_linkNumber = 0;
+    bool m_isOutOfDate = false;
     std::string m_problem;
     Connector m_connector;
+    /** Which attempt is waited for, and how long. */
+    std::uint64_t m_attempt = 0;
+    Connector::Clock::time_point m_deadline{};
 };
 
 /** An attribute of a device, found anew on each connection to it. */

@@ -37,10 +37,9 @@ Connector::~Connector() {
     if (!m_thread.joinable()) {
         return;
     }
+    stop();
     std::unique_lock lock(m_shared->mutex);
-    m_shared->isEnding = true;
-    m_shared->changed.notify_all();
-    const bool hasEnded = m_shared->changed.wait_for(lock, m_patience, [this] { return m_shared->hasEnded; });
+    const bool hasEnded = m_shared->changed.wait_until(lock, m_end, [this] { return m_shared->hasEnded; });
     lock.unlock();
     if (hasEnded) {
         m_thread.join();
@@ -49,18 +48,31 @@ Connector::~Connector() {
     }
 }
 
-void Connector::start(std::unique_ptr<Link> broken) {
+void Connector::stop() {
+    const std::lock_guard lock(m_shared->mutex);
+    if (!m_shared->isEnding) {
+        m_shared->isEnding = true;
+        m_end = Clock::now() + m_patience;
+        m_shared->changed.notify_all();
+    }
+}
+
+std::uint64_t Connector::start(std::unique_ptr<Link> broken) {
+    std::uint64_t attempt = 0;
     {
         const std::lock_guard lock(m_shared->mutex);
+        attempt = m_shared->begun + 1;
         if (broken != nullptr) {
             m_shared->broken = std::move(broken);
         }
         m_shared->isWanted = !m_shared->isReady;
+        m_shared->isHurried = true;
         m_shared->changed.notify_all();
     }
     if (!m_thread.joinable()) {
         m_thread = startThread([shared = m_shared] { work(shared); });
     }
+    return attempt;
 }
 
 bool Connector::isReady() const {
@@ -73,12 +85,9 @@ std::unique_ptr<Link> Connector::take() {
     return std::move(m_shared->opened.link);
 }
 
-Opened Connector::await(Clock::time_point deadline, bool insists) {
+Opened Connector::await(std::uint64_t attempt, Clock::time_point deadline, bool insists) {
     Shared& shared = *m_shared;
     std::unique_lock lock(shared.mutex);
-    const std::uint64_t attempt = shared.begun + 1;
-    shared.isHurried = true;
-    shared.changed.notify_all();
     const bool isTold = shared.changed.wait_until(
         lock, deadline, [&] { return shared.isReady || (!insists && shared.done >= attempt); });
     if (shared.isReady || shared.done >= attempt || (isTold && !insists)) {

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <thread>
@@ -30,15 +31,19 @@ public:
     Connector& operator=(const Connector&) = delete;
     ~Connector();
 
-    /** Has a connection made from now on, unless that goes on already; a `broken` one is dropped first. */
-    void start(std::unique_ptr<Link> broken);
+    /** Has a connection made from now on, at once; a `broken` one is dropped first. The number of the next
+     * attempt, which is what await() wants. */
+    std::uint64_t start(std::unique_ptr<Link> broken);
     /** There is a new connection to be taken. */
     bool isReady() const;
     /** The new connection, once. */
     std::unique_ptr<Link> take();
-    /** Waits until an attempt that began after the call has come to an end, or until `deadline`: what became
-     * of it, without the connection, which is to be taken. `insists`: until one succeeds. */
-    Opened await(Clock::time_point deadline, bool insists);
+    /** Waits until an attempt has come to an end, or until `deadline`: what became of it, without the
+     * connection, which is to be taken. `insists`: until one succeeds. */
+    Opened await(std::uint64_t attempt, Clock::time_point deadline, bool insists);
+    /** Has it come to an end, without waiting for that: the destructor does, for as long as the owner has
+     * patience from now on. */
+    void stop();
 
 private:
     struct Shared;
@@ -46,6 +51,7 @@ private:
 
     std::shared_ptr<Shared> m_shared;
     std::chrono::milliseconds m_patience;
+    Clock::time_point m_end{};
     std::thread m_thread;
 };
 

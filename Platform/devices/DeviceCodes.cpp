@@ -1,6 +1,7 @@
 #include "devices/DeviceCodes.h"
 
 #include <cctype>
+#include <cerrno>
 #include <cstring>
 
 namespace Devices {
@@ -21,6 +22,9 @@ std::string meaningOf(std::int32_t code) {
     const int error = errorOf(code);
     if (error == 0) {
         return {};
+    }
+    if (error == ENOTCONN) {
+        return "not connected (ENOTCONN)"; // an instrument is no "transport endpoint"
     }
     const char* const name = strerrorname_np(error);
     const char* const words = strerrordesc_np(error);

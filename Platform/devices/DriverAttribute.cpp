@@ -16,11 +16,66 @@ std::string_view withoutEnd(std::string_view text) {
     return text;
 }
 
+/** A number for one of the two sides of a driver, or for the only one. */
+struct SideWrite {
+    bool isNegative;
+    std::string number;
+};
+
+/** In the order of writing: both sides at once would be neither offset. Nothing when the value cannot be
+ * said, before any half of it is written. */
+std::vector<SideWrite> sideWrites(const DriverHardware& hardware, std::int64_t value) {
+    const bool isBelow = hardware.negative.has_value() && value < 0;
+    if (isBelow && value == std::numeric_limits<std::int64_t>::min()) {
+        return {}; // which has no magnitude
+    }
+    const std::optional<std::string> number = textFor(isBelow ? -value : value, hardware.conversion);
+    if (!number) {
+        return {};
+    }
+    if (!hardware.negative) {
+        return {{false, *number}};
+    }
+    const std::optional<std::string> zero = textFor(0, hardware.conversion);
+    if (!zero) {
+        return {};
+    }
+    return {{!isBelow, *zero}, {isBelow, *number}};
+}
+
+/** As people see it: of an instrument the command with the number in it. */
+std::string wholeText(const AttributeName& name, const std::string& number) {
+    constexpr std::string_view placeOfValue = "{}";
+    const std::size_t place = name.attribute.find(placeOfValue);
+    if (name.device.empty() || place == std::string::npos) {
+        return number;
+    }
+    std::string command = name.attribute;
+    return command.replace(place, placeOfValue.size(), number);
+}
+
 bool isToBeWritten(std::string_view use) {
     return use == "write" || use == "negative";
 }
 
 } // namespace
+
+std::vector<PlannedWrite> plannedWrites(const DriverHardware& hardware, std::int64_t value) {
+    if (!hardware.write) {
+        return {};
+    }
+    const std::vector<SideWrite> sides = sideWrites(hardware, value);
+    if (sides.empty()) {
+        return hardware.negative ? std::vector<PlannedWrite>{{*hardware.write, {}}, {*hardware.negative, {}}}
+                                 : std::vector<PlannedWrite>{{*hardware.write, {}}};
+    }
+    std::vector<PlannedWrite> writes;
+    for (const SideWrite& side : sides) {
+        const AttributeName& name = side.isNegative ? *hardware.negative : *hardware.write;
+        writes.push_back({name, wholeText(name, side.number)});
+    }
+    return writes;
+}
 
 AttributeFinding examineAttribute(const std::string& driver, std::string_view use, NamedAttribute& attribute,
                                   bool reads) {
@@ -77,26 +132,17 @@ std::int32_t DriverAttribute::write(std::int64_t value) {
         m_listener.failed(m_hardware.driver, m_read ? m_read->label : "", codeOf(EPERM));
         return codeOf(EPERM);
     }
-    // Before anything is written, so that no half of it is.
-    const bool isBelow =
-        m_negative.has_value() && value < 0 && value != std::numeric_limits<std::int64_t>::min();
-    const std::optional<std::string> text = textFor(isBelow ? -value : value, m_hardware.conversion);
-    if ((!m_isForced && !isInRange(value)) || !text) {
+    const std::vector<SideWrite> writes = sideWrites(m_hardware, value);
+    if ((!m_isForced && !isInRange(value)) || writes.empty()) {
         return fail(*m_write, ERANGE);
     }
-    std::int32_t code = 0;
-    if (m_negative) {
-        // Both sides at once would be neither offset.
-        const std::optional<std::string> zero = textFor(0, m_hardware.conversion);
-        code = zero ? put(isBelow ? *m_write : *m_negative, *zero) : fail(*m_write, ERANGE);
+    for (const SideWrite& side : writes) {
+        if (const std::int32_t code = put(side.isNegative ? *m_negative : *m_write, side.number); code != 0) {
+            return code;
+        }
     }
-    if (code == 0) {
-        code = put(isBelow ? *m_negative : *m_write, *text);
-    }
-    if (code == 0) {
-        m_lastWritten = value;
-    }
-    return code;
+    m_lastWritten = value;
+    return 0;
 }
 
 std::int32_t DriverAttribute::read(std::int64_t& value) {

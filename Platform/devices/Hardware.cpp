@@ -2,14 +2,16 @@
 
 #include "devices/AttributeSource.h"
 #include "devices/Connection.h"
+#include "devices/DeviceCodes.h"
 #include "devices/DriverAttribute.h"
 #include "devices/FileAttribute.h"
+#include "devices/HeldListener.h"
 #include "devices/Links.h"
 #include "devices/SensorReader.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
-#include <set>
 #include <utility>
 
 namespace Devices {
@@ -38,6 +40,9 @@ std::string labelOf(const AttributeName& name) {
 class Hardware::State {
 public:
     State(HardwareDescription description, HardwareListener& listener);
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+    ~State();
 
     std::vector<AttributeFinding> examine(bool reads);
     DriverAttribute* find(std::string_view driver);
@@ -52,11 +57,14 @@ public:
 private:
     NamedAttribute make(const AttributeName& name);
     Connection* connection(const std::string& device);
+    std::vector<Connection*> connectionsOf(const DriverHardware& hardware);
+    bool isWithinReach(const DriverHardware& hardware);
+    void insist(const std::vector<DriverAttribute*>& drivers, const std::vector<std::size_t>& left);
     std::unique_ptr<SensorReader> makeSensor() const;
     AttributeFinding examineChip(bool reads);
     std::optional<int> temperature(const SensorReading& reading);
 
-    HardwareListener& m_listener;
+    HeldListener m_listener;
     std::vector<std::unique_ptr<Connection>> m_connections;
     std::vector<std::unique_ptr<DriverAttribute>> m_drivers;
     std::unique_ptr<SensorReader> m_sensor;
@@ -69,17 +77,27 @@ Hardware::State::State(HardwareDescription whole, HardwareListener& listener)
     : description(std::move(whole)),
       m_listener(listener) {
     for (const DeviceDescription& device : description.devices) {
-        m_connections.push_back(std::make_unique<Connection>(device, listener));
+        m_connections.push_back(std::make_unique<Connection>(device, m_listener));
     }
     const auto makeAttribute = [this](const AttributeName& name) { return make(name); };
     for (const DriverHardware& driver : description.drivers) {
-        m_drivers.push_back(std::make_unique<DriverAttribute>(driver, makeAttribute, listener, isForced));
+        m_drivers.push_back(std::make_unique<DriverAttribute>(driver, makeAttribute, m_listener, isForced));
     }
     if (description.sensor) {
         m_sensor = makeSensor();
         if (description.sensor->attribute) {
             m_sensorAttribute = make(*description.sensor->attribute);
         }
+    }
+}
+
+/** All come to an end at the same time, so that two silent devices are waited for once. */
+Hardware::State::~State() {
+    for (const auto& device : m_connections) {
+        device->stop();
+    }
+    if (m_sensor != nullptr) {
+        m_sensor->stop();
     }
 }
 
@@ -124,7 +142,11 @@ std::unique_ptr<SensorReader> Hardware::State::makeSensor() const {
 
 std::vector<AttributeFinding> Hardware::State::examine(bool reads) {
     for (const auto& device : m_connections) {
-        device->connect(false);
+        device->lookAgain();
+        device->beginToConnect();
+    }
+    for (const auto& device : m_connections) {
+        device->awaitConnection(false);
     }
     std::vector<AttributeFinding> findings;
     for (const auto& driver : m_drivers) {
@@ -161,23 +183,69 @@ DriverAttribute* Hardware::State::find(std::string_view driver) {
     return nullptr;
 }
 
+std::vector<Connection*> Hardware::State::connectionsOf(const DriverHardware& hardware) {
+    std::vector<Connection*> devices;
+    for (const std::optional<AttributeName>* const name : {&hardware.write, &hardware.negative}) {
+        if (Connection* const device = name->has_value() ? connection((*name)->device) : nullptr) {
+            devices.push_back(device);
+        }
+    }
+    return devices;
+}
+
+bool Hardware::State::isWithinReach(const DriverHardware& hardware) {
+    const std::vector<Connection*> devices = connectionsOf(hardware);
+    return std::all_of(devices.begin(), devices.end(), [](Connection* device) { return device->isUp(); });
+}
+
+/** What is within reach is written before anything that is not is waited for, and nobody is told of either
+ * before both were tried: a transmitter must not stay on for the sake of another, or of a terminal. */
 std::vector<ExitWrite> Hardware::State::leave() {
+    m_listener.hold();
     std::vector<ExitWrite> writes;
-    std::set<const Connection*> tried;
+    std::vector<DriverAttribute*> drivers;
+    std::vector<std::size_t> left;
     for (const auto& driver : m_drivers) {
         const DriverHardware& hardware = driver->hardware();
         if (!hardware.onExit) {
             continue;
         }
-        for (const std::optional<AttributeName>* const name : {&hardware.write, &hardware.negative}) {
-            Connection* const device = name->has_value() ? connection((*name)->device) : nullptr;
-            if (device != nullptr && tried.insert(device).second) {
-                device->connect(true);
-            }
+        ExitWrite write{hardware.driver, *hardware.onExit, codeOf(ENOTCONN)};
+        const bool isTried = isWithinReach(hardware);
+        if (isTried) {
+            write.code = driver->write(write.value);
         }
-        writes.push_back({hardware.driver, *hardware.onExit, driver->write(*hardware.onExit)});
+        // A write may be what finds that the connection is gone.
+        if (!isTried || (write.code != 0 && !isWithinReach(hardware))) {
+            left.push_back(writes.size());
+        }
+        writes.push_back(std::move(write));
+        drivers.push_back(driver.get());
     }
+    insist(drivers, left);
+    for (const std::size_t i : left) {
+        m_listener.forget(writes[i].driver);
+        writes[i].code = drivers[i]->write(writes[i].value);
+    }
+    m_listener.release();
     return writes;
+}
+
+/** Connects what the drivers that are `left` need. */
+void Hardware::State::insist(const std::vector<DriverAttribute*>& drivers,
+                             const std::vector<std::size_t>& left) {
+    std::vector<Connection*> devices;
+    for (const std::size_t i : left) {
+        for (Connection* const device : connectionsOf(drivers[i]->hardware())) {
+            devices.push_back(device);
+        }
+    }
+    for (Connection* const device : devices) {
+        device->beginToConnect();
+    }
+    for (Connection* const device : devices) {
+        device->awaitConnection(true);
+    }
 }
 
 void Hardware::State::startSensor() {

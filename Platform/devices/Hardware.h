@@ -63,7 +63,15 @@ struct ExitWrite {
  *
  * Used on one thread, that which drives the radio; it owns threads of its own, which bring lost connections
  * back and read the sensor, and which touch nothing that a caller sees. A write or read takes no longer than
- * the time limit of its device, and as long as the kernel's driver needs for a local attribute or a file.
+ * the time limit of its device, and as long as the kernel's driver needs for a local attribute or a file; a
+ * server of IIO devices has that time for each part of its answer, so that one whose answer comes in drops is
+ * waited for longer.
+ *
+ * While it connects through libiio or waits for such a server, the C library's `stderr` is replaced for the
+ * whole process, as libiio prints there: what the library's thread prints is dropped, and what others print
+ * is passed on to the stream that was there before. The program must not assign, close or reopen `stderr`
+ * meanwhile. What is printed otherwise, through std::cerr or to descriptor 2, is not touched. With another C
+ * library than GNU's nothing is replaced, and libiio's words are seen.
  */
 class RADIO_API Hardware {
 public:
@@ -80,7 +88,7 @@ public:
      * Connects every device and finds every attribute, writing nothing. What is found comes in the order of
      * the description: for each driver what it writes, then its negative side, then what it reads.
      * `reads`: also reads what can be read. A device that cannot be reached is told with each of its
-     * attributes. May be called again.
+     * attributes. May be called again, and then also finds what has come since.
      */
     std::vector<AttributeFinding> examine(bool reads);
 
@@ -98,9 +106,10 @@ public:
     std::optional<int> poll();
 
     /**
-     * Writes what drivers are to have when the radio is left, in the order of the description, even where a
-     * connection was lost and has to be made first; what was written, and how it went. To be called at the
-     * end, any number of times.
+     * Writes what drivers are to have when the radio is left, even where a connection was lost and has to be
+     * made first: what is connected before anything that is not, each in the order of the description. The
+     * listener is told after the last write. What was written, and how it went, in the order of the
+     * description. To be called at the end, any number of times.
      */
     std::vector<ExitWrite> leave();
 
@@ -117,6 +126,17 @@ private:
 /** The attribute's text for a driver's value: "6300000000" for 6300000 with the scale 1000. Nothing when the
  * value cannot be said exactly enough, beyond 2^53. */
 RADIO_API std::optional<std::string> textFor(std::int64_t value, const Conversion& conversion);
+
+/** One write of several that a driver's value becomes. */
+struct PlannedWrite {
+    AttributeName attribute;
+    /** A number, or the whole command of an instrument; empty when the value cannot be said. */
+    std::string text;
+};
+/** What a driver's value becomes, in the order of writing; nothing for one that is only read. Where the value
+ * cannot be said, no text is there, as nothing would be written. The range of the driver does not count. */
+RADIO_API std::vector<PlannedWrite> plannedWrites(const DriverHardware& hardware, std::int64_t value);
+
 /** The driver's value, rounded to the nearest, for what an attribute gave; nothing when that is no number, or
  * one that no driver takes. */
 RADIO_API std::optional<std::int64_t> valueOf(std::string_view text, const Conversion& conversion);

@@ -21,6 +21,7 @@ public:
         return IioFinder(m_session, problem).find(name);
     }
     bool isBroken() const override { return m_session.isBroken(); }
+    bool isListedOnce() const override { return m_session.isLocal(); }
 
 private:
     IioSession m_session;

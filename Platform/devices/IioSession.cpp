@@ -6,8 +6,9 @@ namespace Devices {
 
 namespace {
 
-/** These say that there is nobody at the other end any more. */
-bool isOfConnection(int error) {
+/** These say that there is nobody at the other end any more. ENODEV does not: a server gives it for one of
+ * its devices, while the others are there. */
+bool isOfTransport(int error) {
     switch (error) {
     case EPIPE:
     case ECONNRESET:
@@ -18,7 +19,7 @@ bool isOfConnection(int error) {
     case EHOSTUNREACH:
     case ENETUNREACH:
     case ENETDOWN:
-    case ENODEV:
+    case ETIMEDOUT:
         return true;
     default:
         return false;
@@ -30,7 +31,8 @@ bool isOfConnection(int error) {
 IioSession::IioSession(iio_context* context, std::chrono::milliseconds timeLimit)
     : m_context(context),
       m_timeLimit(timeLimit),
-      m_isLocal(std::string_view(iio_context_get_name(context)) == "local") {
+      m_isLocal(std::string_view(iio_context_get_name(context)) == "local"),
+      m_isUsb(std::string_view(iio_context_get_name(context)) == "usb") {
     static_cast<void>(iio_context_set_timeout(context, static_cast<unsigned>(timeLimit.count())));
 }
 
@@ -45,8 +47,10 @@ int IioSession::judge(int error, Clock::duration elapsed) {
     // A server that says nothing in time is told apart by the time that passed: libiio calls it a broken
     // pipe. What it says later would be taken for the next answer.
     const bool isLate = elapsed >= m_timeLimit * 9 / 10;
-    m_isBroken = isOfConnection(error) || isLate;
-    return isLate && (isOfConnection(error) || error == EAGAIN) ? ETIMEDOUT : error;
+    const bool isUnplugged = m_isUsb && error == ENODEV; // libusb's for what was pulled out
+    const bool isOfConnection = isOfTransport(error) || isUnplugged;
+    m_isBroken = isOfConnection || isLate;
+    return isLate && (isOfConnection || error == EAGAIN) ? ETIMEDOUT : error;
 }
 
 } // namespace Devices

@@ -12,7 +12,8 @@
 
 namespace Devices {
 
-/** A connection of libiio, and what all its attributes share. */
+/** A connection of libiio, and what all its attributes share. Changes threads as its link does: made on the
+ * one that connects, used on the one that drives, without a lock. */
 class IioSession {
 public:
     IioSession(iio_context* context, std::chrono::milliseconds timeLimit);
@@ -54,6 +55,7 @@ private:
     std::unique_ptr<iio_context, Deleter> m_context;
     std::chrono::milliseconds m_timeLimit;
     bool m_isLocal;
+    bool m_isUsb;
     bool m_isBroken = false;
 };
 

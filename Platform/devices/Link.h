@@ -8,7 +8,14 @@
 
 namespace Devices {
 
-/** One connection to one device, from when it is made until it breaks. */
+/**
+ * One connection to one device, from when it is made until it breaks.
+ *
+ * Made on the thread that connects, used on the one that drives, and given back to the first to be destroyed
+ * when it is broken; what is left at the end is destroyed on the driving one. Never used on two at a time, so
+ * that nothing in it locks, and nothing in it may depend on the thread that made it. A sensor's has one
+ * thread.
+ */
 class Link {
 public:
     Link() = default;
@@ -21,6 +28,8 @@ public:
     virtual std::unique_ptr<Attribute> find(const std::string& name, std::string& problem) = 0;
     /** Nothing that comes over it is to be believed any more: it is to be dropped, and made anew. */
     virtual bool isBroken() const = 0;
+    /** What there is was listed when the link was made: what is missing is found by a new one only. */
+    virtual bool isListedOnce() const { return false; }
 };
 
 /** What became of an attempt to connect. */

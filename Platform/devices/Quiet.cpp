@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <atomic>
 #include <cstdio>
 #include <mutex>
 
@@ -50,13 +51,16 @@ private:
         if (quietDepth > 0) {
             return static_cast<ssize_t>(size);
         }
-        // Who comes here found the filter in place, so that the original had been kept before.
-        return static_cast<ssize_t>(std::fwrite(text, 1, size, static_cast<Filter*>(cookie)->m_original));
+        // Who comes here found the filter in place, so that the original had been kept before. Not under the
+        // mutex: what is printed may block, and whoever becomes quiet would wait for it.
+        return static_cast<ssize_t>(
+            std::fwrite(text, 1, size, static_cast<Filter*>(cookie)->m_original.load()));
     }
 
     std::mutex m_mutex;
     int m_users = 0;
-    std::FILE* m_original = nullptr;
+    /** A thread that found the filter in place may still use this when it is kept anew. */
+    std::atomic<std::FILE*> m_original{nullptr};
     std::FILE* m_filter = nullptr;
 };
 

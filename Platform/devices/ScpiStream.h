@@ -13,7 +13,8 @@ namespace Devices {
 
 /**
  * Lines over TCP, each way bounded in time. Questions and answers have nothing that tells which belongs to
- * which: whatever puts them out of step breaks the stream for good.
+ * which: whatever puts them out of step breaks the stream for good. Opened on the thread that connects, used
+ * on the one that drives: the context runs on whichever calls, and has no thread of its own but for names.
  */
 class ScpiStream {
 public:

@@ -46,16 +46,23 @@ SensorReader::~SensorReader() {
     if (!m_thread.joinable()) {
         return;
     }
+    stop();
     std::unique_lock lock(m_shared->mutex);
-    m_shared->isEnding = true;
-    m_shared->changed.notify_all();
-    const bool hasEnded =
-        m_shared->changed.wait_for(lock, m_timeLimit, [this] { return m_shared->hasEnded; });
+    const bool hasEnded = m_shared->changed.wait_until(lock, m_end, [this] { return m_shared->hasEnded; });
     lock.unlock();
     if (hasEnded) {
         m_thread.join();
     } else {
         m_thread.detach();
+    }
+}
+
+void SensorReader::stop() {
+    const std::lock_guard lock(m_shared->mutex);
+    if (!m_shared->isEnding) {
+        m_shared->isEnding = true;
+        m_end = Clock::now() + m_timeLimit;
+        m_shared->changed.notify_all();
     }
 }
 

@@ -35,6 +35,8 @@ public:
     void start();
     /** Has it read now, and waits for that until the time limit is over. */
     SensorReading readNow();
+    /** Has the thread come to an end, which the destructor waits for, until the time limit from now on. */
+    void stop();
     /** What was read last. Where a read takes longer than the time limit, that is the problem. */
     SensorReading last() const;
 
@@ -45,6 +47,7 @@ private:
 
     std::shared_ptr<Shared> m_shared;
     std::chrono::milliseconds m_timeLimit;
+    std::chrono::steady_clock::time_point m_end{};
     std::thread m_thread;
 };
 

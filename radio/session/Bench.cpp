@@ -44,32 +44,19 @@ std::set<std::string> devicesOf(const Devices::HardwareDescription& hardware) {
     return devices;
 }
 
-AttributeWrite writeOf(const Devices::AttributeName& name, const std::optional<std::string>& number) {
-    const std::string device = name.device.empty() ? "" : name.device + ": ";
-    const std::size_t place = name.attribute.find("{}");
-    if (name.device.empty() || place == std::string::npos || !number) {
-        return {device + name.attribute, number.value_or("")};
-    }
-    std::string command = name.attribute;
-    return {device + name.attribute, command.replace(place, 2, *number)};
-}
-
 } // namespace
 
 std::vector<AttributeWrite> attributeWrites(const Board& board, std::string_view driver, std::int64_t value) {
     const Devices::DriverHardware* const hardware = findHardware(board, driver);
-    if (hardware == nullptr || !hardware->write) {
+    if (hardware == nullptr) {
         return {};
     }
-    const auto text = [hardware](std::int64_t number) {
-        return Devices::textFor(number, hardware->conversion);
-    };
-    if (!hardware->negative) {
-        return {writeOf(*hardware->write, text(value))};
+    std::vector<AttributeWrite> writes;
+    for (const Devices::PlannedWrite& write : Devices::plannedWrites(*hardware, value)) {
+        const std::string device = write.attribute.device.empty() ? "" : write.attribute.device + ": ";
+        writes.push_back({device + write.attribute.attribute, write.text});
     }
-    const AttributeWrite positive = writeOf(*hardware->write, text(std::max<std::int64_t>(value, 0)));
-    const AttributeWrite negative = writeOf(*hardware->negative, text(value < 0 ? -value : 0));
-    return value < 0 ? std::vector{positive, negative} : std::vector{negative, positive};
+    return writes;
 }
 
 Bench::Bench(const Board& board, Devices::HardwareListener& listener, const std::filesystem::path& marks)

@@ -18,6 +18,7 @@ TEST(DeviceCodesTest, OtherCodesAreNoErrorNumbers) {
 TEST(DeviceCodesTest, MeaningIsPartOfASentenceWithTheNameInIt) {
     EXPECT_EQ(Devices::meaningOf(0x816e), "connection timed out (ETIMEDOUT)");
     EXPECT_EQ(Devices::meaningOf(0x8113), "no such device (ENODEV)");
+    EXPECT_EQ(Devices::meaningOf(0x816b), "not connected (ENOTCONN)");
     EXPECT_EQ(Devices::meaningOf(0x81ff), "error 255");
     EXPECT_EQ(Devices::meaningOf(0x8003), "");
 }

@@ -117,6 +117,36 @@ TEST_F(TwoSidesTest, OtherSideIsNotWrittenWhenTheFirstIsRefused) {
     EXPECT_EQ(read("offset"), 5); // what was written last, and taken
 }
 
+Lines planned(const Devices::DriverHardware& hardware, std::int64_t value) {
+    Lines lines;
+    for (const Devices::PlannedWrite& write : Devices::plannedWrites(hardware, value)) {
+        lines.push_back(write.attribute.device + ": " + write.attribute.attribute + ": " + write.text);
+    }
+    return lines;
+}
+
+TEST_F(TwoSidesTest, PlanIsWhatIsWrittenInItsOrder) {
+    const Devices::DriverHardware& offset = description.drivers[0];
+    EXPECT_EQ(planned(offset, 5), (Lines{"instrument: MINUS {}: MINUS 0", "instrument: PLUS {}: PLUS 5"}));
+    EXPECT_EQ(planned(offset, 0), (Lines{"instrument: MINUS {}: MINUS 0", "instrument: PLUS {}: PLUS 0"}));
+    EXPECT_EQ(planned(offset, -7), (Lines{"instrument: PLUS {}: PLUS 0", "instrument: MINUS {}: MINUS 7"}));
+}
+
+TEST_F(TwoSidesTest, PlanHasNoTextForWhatCannotBeSaid) {
+    const Lines nothing{"instrument: PLUS {}: ", "instrument: MINUS {}: "};
+    EXPECT_EQ(planned(description.drivers[0], INT64_MIN), nothing);
+    EXPECT_EQ(planned(description.drivers[0], INT64_MAX), nothing);
+}
+
+TEST_F(DriverAttributeTest, PlanOfAFileIsTheNumberWhateverItsPath) {
+    Devices::DriverHardware& lo = addDriver("lo", "", "/dev/{}");
+    lo.conversion.scale = 1000;
+    EXPECT_EQ(planned(lo, -6300), (Lines{": /dev/{}: -6300000"}));
+    EXPECT_EQ(planned(lo, INT64_MIN), (Lines{": /dev/{}: "}));
+    lo.write.reset();
+    EXPECT_EQ(planned(lo, 1), Lines{});
+}
+
 TEST_F(TwoSidesTest, NeitherSideIsWrittenOutsideTheRange) {
     EXPECT_EQ(write("offset", -101), 0x8100 + ERANGE);
     hardware->setForced(true);

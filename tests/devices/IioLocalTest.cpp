@@ -78,6 +78,23 @@ TEST_F(IioLocalTest, WriteToWhatIsMissingFails) {
     EXPECT_EQ(write("lo", 1), 0x8100 + ENOENT);
 }
 
+TEST_F(IioLocalTest, AttributeThatCameLaterIsFoundByTheNextExamination) {
+    addDriver("lo", "board", "adf4371/altvoltage0/frequency");
+    addDriver("late", "board", "adf4371/late");
+    EXPECT_THAT(up().examine(false).at(1).problem, StartsWith("adf4371 has no attribute late"));
+    const std::string path = attributePath("iio:device0", "late");
+    set(path, "1\n");
+    EXPECT_EQ(write("late", 2), 0x8100 + ENOENT);
+    EXPECT_EQ(hardware->examine(false).at(1).problem, "");
+    EXPECT_EQ(write("late", 2), 0);
+    EXPECT_EQ(contentOf(path), "2\n");
+    EXPECT_EQ(write("lo", 8000000000), 0);
+    std::filesystem::remove(path);
+    listener.told();
+    hardware->poll();
+    EXPECT_EQ(listener.told(), Lines{});
+}
+
 TEST_F(IioLocalTest, AttributeThatHasNoWriterIsKnownBeforeItIsWritten) {
     std::filesystem::permissions(frequency, std::filesystem::perms(0444));
     const Devices::AttributeFinding found = examineOne("adf4371/altvoltage0/frequency");

@@ -97,6 +97,31 @@ TEST_F(IioServerTest, WriteTakesANewConnectionEvenWhenNobodyPolls) {
     EXPECT_EQ(listener.told().back(), "back remote");
 }
 
+TEST_F(IioServerTest, ServerThatWasOffAndOnAgainUnnoticedIsWrittenInTheEnd) {
+    description.devices[0].timeLimit = milliseconds(1000);
+    description.drivers[0].onExit = 0;
+    up();
+    EXPECT_EQ(write("lo", 1), 0);
+    server.kill();
+    server.start();
+    const auto writes = hardware->leave();
+    ASSERT_EQ(writes.size(), 1U);
+    EXPECT_EQ(writes[0].code, 0);
+    EXPECT_EQ(contentOf(frequency), "0\n");
+}
+
+TEST_F(IioServerTest, TwoServersThatAreSilentAreWaitedForAtTheSameTime) {
+    Instrument silent([](const std::string&) { return Reaction{}; });
+    description.devices[0] = {"remote", Devices::DeviceDescription::Kind::iio, "ip:" + silent.address(),
+                              milliseconds(500)};
+    description.devices.push_back(description.devices[0]);
+    description.devices[1].name = "other";
+    addDriver("gain", "other", "amplifier/gain");
+    up();
+    EXPECT_LT(elapsed([&] { EXPECT_EQ(hardware->examine(false).size(), 3U); }), milliseconds(900));
+    EXPECT_LT(elapsed([&] { hardware.reset(); }), milliseconds(900));
+}
+
 TEST_F(IioServerTest, ServerThatHangsIsLostAtTheTimeLimitAndItsLateAnswerNobodysAnswer) {
     up();
     EXPECT_EQ(write("lo", 1), 0);
@@ -137,6 +162,29 @@ TEST_F(IioServerTest, ServerThatIsNotThereIsToldWithItsAddress) {
     EXPECT_EQ(up().examine(true).at(1).problem,
               "remote cannot be reached at " + server.uri() + ": connection refused (ECONNREFUSED)");
     EXPECT_EQ(listener.told(), Lines{});
+}
+
+TEST_F(IioServerTest, DeviceThatWasUnpluggedBehindAServerLosesNoConnection) {
+    const std::string context = R"(<?xml version="1.0"?><context name="network" description="x">)"
+                                R"(<device id="iio:device0" name="adf4371"><attribute name="muxout"/>)"
+                                R"(</device></context>)";
+    Instrument other([context](const std::string& line) {
+        const std::string word = line.substr(0, line.find_first_of(" \r"));
+        if (word == "VERSION") {
+            return Reaction{"0.24.unknown\n"};
+        }
+        if (word == "PRINT") {
+            return Reaction{std::to_string(context.size()) + "\n" + context + "\n"};
+        }
+        // The number follows the line that says where it is to be written.
+        return Reaction{word == "WRITE" || word == "EXIT" ? "" : word == "TIMEOUT" ? "0\n" : "-19\n"};
+    });
+    description.devices[0].address = "ip:" + other.address();
+    up();
+    EXPECT_EQ(write("mux", 1), 0x8100 + ENODEV);
+    EXPECT_EQ(write("mux", 1), 0x8100 + ENODEV);
+    EXPECT_EQ(listener.told(), (Lines{"failed mux at remote: adf4371/muxout: no such device (ENODEV)",
+                                      "failed mux at remote: adf4371/muxout: no such device (ENODEV)"}));
 }
 
 TEST_F(IioServerTest, SomethingElseAtThePortIsNoServer) {

@@ -1,5 +1,6 @@
 #include "DevicesFixture.h"
 #include "Instrument.h"
+#include "Server.h"
 
 namespace {
 
@@ -7,7 +8,28 @@ using namespace DeviceTests;
 
 class LeaveTest : public DevicesFixture {
 protected:
+    void addAmplifier(milliseconds timeLimit) {
+        description.devices.push_back(
+            {"amplifier", Devices::DeviceDescription::Kind::scpi, instrument.address(), timeLimit, "E?"});
+        addDriver("power", "amplifier", "OUTP {}").onExit = 0;
+    }
+
     Instrument instrument{[](const std::string& line) { return Reaction{line == "E?" ? "0\n" : ""}; }};
+};
+
+/** Looks at a file whenever a write is said to have failed. */
+class Onlooker : public Listener {
+public:
+    explicit Onlooker(std::string path) : m_path(std::move(path)) {}
+
+    void failed(const std::string& driver, const std::string& /*attribute*/, std::int32_t /*code*/) override {
+        std::string content;
+        std::ifstream(m_path) >> content;
+        lines.push_back(driver + " failed, and there is " + content);
+    }
+
+private:
+    std::string m_path;
 };
 
 TEST_F(LeaveTest, ValuesForTheEndAreWrittenInTheOrderOfTheDescription) {
@@ -75,6 +97,65 @@ TEST_F(LeaveTest, DeviceThatStaysAwayCostsItsTimeLimitOnce) {
         }
     });
     EXPECT_LT(time, milliseconds(900));
+}
+
+TEST_F(LeaveTest, InstrumentThatWasOffAndOnAgainUnnoticedIsWritten) {
+    addAmplifier(milliseconds(1000));
+    up();
+    EXPECT_EQ(write("power", 1), 0);
+    instrument.switchOff();
+    instrument.switchOn();
+    instrument.heard();
+    const auto writes = hardware->leave();
+    ASSERT_EQ(writes.size(), 1U);
+    EXPECT_EQ(writes[0].code, 0);
+    EXPECT_EQ(instrument.heard(), (Lines{"OUTP 0", "E?"}));
+    // The failure of what was written in the end is nobody's business.
+    EXPECT_EQ(listener.told(),
+              (Lines{"lost amplifier: connection reset by peer (ECONNRESET)", "back amplifier"}));
+}
+
+TEST_F(LeaveTest, WhatIsWithinReachIsWrittenBeforeAnythingIsWaitedFor) {
+    description.devices.push_back({"away", Devices::DeviceDescription::Kind::scpi,
+                                   "127.0.0.1:" + std::to_string(freePort()), milliseconds(600)});
+    addDriver("preamplifier", "away", "OUTP {}").onExit = 0;
+    addAmplifier(milliseconds(600));
+    up().examine(false);
+    const auto begin = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point heard;
+    instrument.setScript([&heard](const std::string& line) {
+        heard = std::chrono::steady_clock::now();
+        return Reaction{line == "E?" ? "0\n" : ""};
+    });
+    const auto writes = hardware->leave();
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(600));
+    EXPECT_LT(heard - begin, milliseconds(300));
+    ASSERT_EQ(writes.size(), 2U);
+    EXPECT_EQ(writes[0].driver, "preamplifier");
+    EXPECT_EQ(writes[0].code, 0x8100 + ENOTCONN);
+    EXPECT_EQ(writes[1].driver, "power");
+    EXPECT_EQ(writes[1].code, 0);
+}
+
+TEST_F(LeaveTest, TwoDevicesThatStayAwayAreWaitedForAtTheSameTime) {
+    for (const std::string name : {"first", "second"}) {
+        description.devices.push_back({name, Devices::DeviceDescription::Kind::scpi,
+                                       "127.0.0.1:" + std::to_string(freePort()), milliseconds(500)});
+        addDriver(name, name, "OUTP {}").onExit = 0;
+    }
+    up();
+    EXPECT_LT(elapsed([&] { hardware->leave(); }), milliseconds(900));
+}
+
+TEST_F(LeaveTest, NobodyIsToldOfAFailureBeforeEverythingIsWritten) {
+    addDriver("power", "", "/dev/full").onExit = 0;
+    addDriver("mute", "", file("mute", "0\n")).onExit = 1;
+    Onlooker onlooker(directory / "mute");
+    Devices::Hardware other(description, onlooker);
+    other.leave();
+    EXPECT_EQ(onlooker.told(), (Lines{"power failed, and there is 1"}));
+    EXPECT_NE(other.backing("power")->write(1), 0);
+    EXPECT_EQ(onlooker.told(), (Lines{"power failed, and there is 1"})); // at once again
 }
 
 } // namespace
