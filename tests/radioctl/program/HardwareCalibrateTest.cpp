@@ -153,9 +153,10 @@ TEST_F(HardwareCalibrateTest, CarriersBeyondTheRasterAreRefusedBeforeTheFirstWri
                             "18000000\nstep = 50000\n");
     const Ending refused = calibrate(quick);
     EXPECT_EQ(refused.exitCode, 3);
-    EXPECT_THAT(refused.errors,
-                AllOf(StartsWith("radioctl: board.toml: 18100000 kHz is outside the rasters of the board for tx 1"),
-                      EndsWith("; --force calibrates all the same\n")));
+    EXPECT_THAT(
+        refused.errors,
+        AllOf(StartsWith("radioctl: board.toml: 18100000 kHz is outside the rasters of the board for tx 1"),
+              EndsWith("; --force calibrates all the same\n")));
     EXPECT_EQ(contentOf("lo"), "0\n");
     EXPECT_FALSE(isThere("board.channel-1.journal"));
     std::vector<std::string> options = quick;
@@ -184,6 +185,7 @@ TEST_F(HardwareCalibrateTest, MissingAttributeLeavesNothingToResume) {
     std::filesystem::remove("detector");
     EXPECT_EQ(calibrate(quick).exitCode, 3);
     EXPECT_EQ(contentOf("lo"), "0\n");
+    EXPECT_FALSE(isThere("board.channel-1.journal"));
     write("detector", "500\n");
     EXPECT_EQ(calibrate(quick).exitCode, 1); // not: of a calibration that is not finished
 }
