@@ -117,6 +117,8 @@ struct CalibrationDescription {
     std::optional<bool> useHighDetector;
     /** The driver of a temperature chamber, which takes degrees Celsius; empty: there is none. */
     std::string chamber{};
+    /** How long a temperature may take to come about, in minutes. */
+    std::optional<std::uint32_t> awaitLimit{};
 };
 
 /** What the hardware of a board can do; what is not stated is not limited. */

@@ -18,6 +18,8 @@ constexpr Range minDeltaBounds{0, 1000000000};
 constexpr Range iterationBounds{1, 1000};
 /** In ms. */
 constexpr Range settleTimeBounds{0, 60000};
+/** In minutes. */
+constexpr Range awaitLimitBounds{1, 1440};
 /** Their tables stay far below the size that boards load. */
 constexpr std::size_t maxPoints = 40000;
 

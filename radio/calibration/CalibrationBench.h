@@ -4,6 +4,7 @@
 #include "devices/Hardware.h"
 #include "radio/session/RadioUnit.h"
 
+#include <chrono>
 #include <functional>
 #include <optional>
 
@@ -20,13 +21,15 @@ struct CalibrationBench {
      * of the calibration, between two accesses to hardware.
      */
     std::function<std::optional<int>()> poll;
+    /** By which it is told how long a temperature takes. */
+    std::function<std::chrono::steady_clock::time_point()> now{&std::chrono::steady_clock::now};
 };
 
 /** That of real hardware, which must outlive it and has its sensor read from now on. */
 inline CalibrationBench benchOf(Devices::Hardware& hardware) {
     hardware.startSensor();
     return {backingsOf(&hardware), [&hardware] { return hardware.readSensor(); },
-            [&hardware] { return hardware.poll(); }};
+            [&hardware] { return hardware.poll(); }, &std::chrono::steady_clock::now};
 }
 
 } // namespace Radio::Calibration

@@ -118,26 +118,42 @@ JournalHeader CalibrationRun::header() const {
             transmitter(), result.settings, result.isHardware};
 }
 
-void CalibrationRun::open() {
+void CalibrationRun::prepare() {
+    m_isPrepared = true;
     requireWritable(m_tables);
     if (isOffline()) {
         goThroughAgain();
-        return;
-    }
-    std::error_code error;
-    const bool isThere = fs::exists(m_journalFile, error);
-    if (!isThere && !error) {
-        if (m_order.beginning == Beginning::resume) {
-            throw InputError({m_journalFile.string(), 0}, "is not there: nothing to resume");
-        }
-        begin();
-        return;
-    }
-    if (m_order.beginning == Beginning::resume) {
+    } else if (m_order.beginning == Beginning::resume) {
         resume();
+    } else if (isJournalThere()) {
+        const Journal journal = Journal::open(m_journalFile);
+        requireNoLoss();
+    }
+}
+
+void CalibrationRun::open() {
+    if (!m_isPrepared) {
+        prepare();
+    }
+    if (isOffline() || m_journal) {
         return;
     }
-    const Journal journal = Journal::open(m_journalFile);
+    if (isJournalThere()) {
+        const Journal journal = Journal::open(m_journalFile);
+        requireNoLoss();
+        moveToBackup(m_journalFile);
+    }
+    m_journal.emplace(Journal::begin(m_journalFile, header()));
+}
+
+/** Or something else is, which nobody can say. */
+bool CalibrationRun::isJournalThere() const {
+    std::error_code error;
+    return fs::exists(m_journalFile, error) || error;
+}
+
+/** The journal that is there may be put away. */
+void CalibrationRun::requireNoLoss() const {
     // What is no journal is not put away either.
     const JournalContent content = readJournal(m_journalFile);
     const bool isWorthIt = !content.isFinished && !content.probes.empty();
@@ -145,15 +161,12 @@ void CalibrationRun::open() {
         throw ChoiceError({m_journalFile.string(), 0}, "of a calibration that is not finished",
                           "resume or restart");
     }
-    moveToBackup(m_journalFile);
-    begin();
-}
-
-void CalibrationRun::begin() {
-    m_journal.emplace(Journal::begin(m_journalFile, header()));
 }
 
 void CalibrationRun::resume() {
+    if (!isJournalThere()) {
+        throw InputError({m_journalFile.string(), 0}, "is not there: nothing to resume");
+    }
     Journal journal = Journal::open(m_journalFile);
     JournalContent content = readJournal(m_journalFile);
     // Nobody has to say again which radio it is, but nobody may say that it is another one.

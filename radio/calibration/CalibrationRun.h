@@ -127,16 +127,22 @@ public:
      */
     CalibrationRun(const Board& board, const CalibrationOrder& order);
 
-    /** What it is about; offline that is known after open(). */
+    /** What it is about; offline that is known after prepare(). */
     const Settings& settings() const { return m_outcome.result.settings; }
     const std::filesystem::path& journalFile() const { return m_journalFile; }
     /** Where the tables go; empty: nowhere. */
     const std::filesystem::path& tablesFile() const { return m_tables; }
 
     /**
-     * Opens the journal, or begins one. Throws InputError when that cannot be done, when the tables could not
-     * be written, and when the journal is not what the order takes it for (ChoiceError, with the choice
-     * "restart", "resume or restart" or "hardware or restart"); then whatever was there is as it was.
+     * As far as it goes without leaving anything behind: opens a journal that is gone on with, or sees that
+     * one can be begun. Throws what open() would throw then.
+     */
+    void prepare();
+    /**
+     * Opens the journal, or begins one, whether or not prepare() was called. Throws InputError when that
+     * cannot be done, when the tables could not be written, and when the journal is not what the order takes
+     * it for (ChoiceError, with the choice "restart", "resume or restart" or "hardware or restart"); then
+     * whatever was there is as it was.
      */
     void open();
     /**
@@ -155,7 +161,8 @@ private:
     std::string transmitter() const;
     LeakageSummary summary() const;
     JournalHeader header() const;
-    void begin();
+    bool isJournalThere() const;
+    void requireNoLoss() const;
     void resume();
     void goThroughAgain();
     void take(JournalContent content);
@@ -170,6 +177,7 @@ private:
     std::filesystem::path m_tables;
     JournalContent m_known;
     std::optional<Journal> m_journal;
+    bool m_isPrepared = false;
     CalibrationOutcome m_outcome;
     std::optional<double> m_worst;
     std::optional<std::int32_t> m_highestReading;

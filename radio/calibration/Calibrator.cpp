@@ -67,6 +67,8 @@ bool Calibrator::replay(Point& point, const JournaledProbes& journaled) {
 
 void Calibrator::measure(Point& point, const JournaledProbes& journaled) {
     m_booted.forget();
+    // That the journal does not have the whole search is no reason not to measure.
+    m_recorder.forgetWhyStopped();
     point.remark = goTo(point.frequency, point.temperature);
     if (!point.remark.empty()) {
         return;
@@ -80,6 +82,10 @@ void Calibrator::measure(Point& point, const JournaledProbes& journaled) {
     point.probes = m_recorder.end();
     conclude(point, isFound);
     if (m_climate != nullptr) {
+        if (point.state == PointState::failed) {
+            // A real transmitter is not to be left with what was only a probe.
+            m_recorder.restore();
+        }
         const std::string remark = m_climate->remark(point.temperature);
         point.remark += (point.remark.empty() || remark.empty() ? "" : "; ") + remark;
     }

@@ -30,8 +30,10 @@ public:
     Point calibrate(std::uint32_t frequency, std::int32_t temperature, const JournaledProbes& journaled);
     /** How many probes were made that the journal did not have. */
     std::uint64_t newProbes() const { return m_recorder.newProbes(); }
-    /** Why the last search was broken off; empty when it was not. */
-    const std::string& whyStopped() const { return m_recorder.whyStopped(); }
+    /** Why the last search was broken off, or why there can be no more; empty: neither. */
+    const std::string& whyStopped() const {
+        return isGivenUp() ? m_climate->whyGivenUp() : m_recorder.whyStopped();
+    }
 
 private:
     /** From the journal alone; false when that does not have the whole search. */
@@ -42,6 +44,7 @@ private:
     /** What is left of a point after its search. */
     void conclude(Point& point, bool isFound);
     bool search(Point& point);
+    bool isGivenUp() const { return m_climate != nullptr && !m_climate->whyGivenUp().empty(); }
     void judge(Point& point);
     std::string firstComplaint() const;
 

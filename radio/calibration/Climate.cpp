@@ -2,6 +2,7 @@
 
 #include "ResultCode.h"
 #include "radio/calibration/HardwareUnderTest.h"
+#include "radio/text/Words.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -38,8 +39,9 @@ std::string Climate::reach(std::int32_t wanted, Standalone::Platform& platform,
         }
         // What was read before may be old, if the sensor fails now.
         m_sensed = m_bench.sense();
-        if (!awaitNear(wanted, goOn)) {
-            return "interrupted";
+        const std::string why = awaitNear(wanted, goOn);
+        if (!why.empty()) {
+            return why;
         }
         m_reached = wanted;
     }
@@ -47,15 +49,28 @@ std::string Climate::reach(std::int32_t wanted, Standalone::Platform& platform,
     return {};
 }
 
-bool Climate::awaitNear(std::int32_t wanted, const std::function<bool()>& goOn) {
-    bool goesOn = true;
-    for (; goesOn && !isNear(wanted); poll()) {
+std::string Climate::awaitNear(std::int32_t wanted, const std::function<bool()>& goOn) {
+    const auto end = m_bench.now() + awaitLimitOf(m_board, m_channel);
+    std::string why;
+    for (; why.empty() && !isNear(wanted); poll()) {
         m_awaited = AwaitedTemperature{wanted, m_sensed};
-        goesOn = goOn();
-        std::this_thread::sleep_for(pause);
+        if (!goOn()) {
+            why = "interrupted";
+        } else if (m_bench.now() >= end) {
+            // A chamber that is off, or a sensor that is dead: the transmitter is not to stay on for ever.
+            why = m_whyGivenUp = overdue(wanted);
+        } else {
+            std::this_thread::sleep_for(pause);
+        }
     }
     m_awaited.reset();
-    return goesOn;
+    return why;
+}
+
+std::string Climate::overdue(std::int32_t wanted) const {
+    return std::to_string(wanted) + " degrees did not come about within await_limit, " +
+           counted(static_cast<std::uint64_t>(awaitLimitOf(m_board, m_channel).count()), "minute") +
+           ": the sensor " + (m_sensed ? "says " + std::to_string(*m_sensed) + " degrees" : "says nothing");
 }
 
 std::string Climate::remark(std::int32_t wanted) const {

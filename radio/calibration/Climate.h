@@ -39,10 +39,12 @@ public:
     void poll();
     /**
      * Has the radio at a temperature for the points that follow, and tells the platform what it really is:
-     * waits as long as `goOn` says so. The second time for the same temperature does not wait. Gives why the
-     * temperature is not there; empty: it is.
+     * waits as long as `goOn` says so, and at most as long as the board says. The second time for the same
+     * temperature does not wait. Gives why the temperature is not there; empty: it is.
      */
     std::string reach(std::int32_t wanted, Standalone::Platform& platform, const std::function<bool()>& goOn);
+    /** Why it is of no use to wait for any temperature; empty: it was of use so far. */
+    const std::string& whyGivenUp() const { return m_whyGivenUp; }
     /** What is waited for now, if anything is. */
     const std::optional<AwaitedTemperature>& awaited() const { return m_awaited; }
     /** What is to be said of a point that was measured at `wanted` just now; empty: nothing. */
@@ -51,7 +53,9 @@ public:
 private:
     bool hasSensor() const { return m_board.hardware.description.sensor.has_value(); }
     bool isNear(std::int32_t wanted) const;
-    bool awaitNear(std::int32_t wanted, const std::function<bool()>& goOn);
+    /** Gives why the temperature is not there; empty: it is. */
+    std::string awaitNear(std::int32_t wanted, const std::function<bool()>& goOn);
+    std::string overdue(std::int32_t wanted) const;
     bool tellChamber(std::int32_t wanted, Standalone::Platform& platform) const;
 
     const Board& m_board;
@@ -60,6 +64,7 @@ private:
     std::optional<int> m_sensed;
     std::optional<std::int32_t> m_reached;
     std::optional<AwaitedTemperature> m_awaited;
+    std::string m_whyGivenUp;
 };
 
 } // namespace Radio::Calibration

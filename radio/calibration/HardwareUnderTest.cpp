@@ -92,6 +92,13 @@ void requireChamber(const Board& board, const Settings& settings) {
     }
 }
 
+/** What the board says of a channel's calibration; null when it says nothing. */
+const CalibrationDescription* findCalibration(const Board& board, int channel) {
+    const auto found = std::find_if(board.calibrations.begin(), board.calibrations.end(),
+                                    [channel](const auto& one) { return one.channel == channel; });
+    return found == board.calibrations.end() ? nullptr : &*found;
+}
+
 void add(Fingerprint& fingerprint, const Board& board, const Devices::AttributeName& name) {
     const auto& devices = board.hardware.description.devices;
     const auto device = std::find_if(devices.begin(), devices.end(),
@@ -155,9 +162,15 @@ std::string hardwareFingerprint(const Board& board, int channel) {
 }
 
 std::string chamberOf(const Board& board, int channel) {
-    const auto found = std::find_if(board.calibrations.begin(), board.calibrations.end(),
-                                    [channel](const auto& one) { return one.channel == channel; });
-    return found == board.calibrations.end() ? "" : found->chamber;
+    const CalibrationDescription* const described = findCalibration(board, channel);
+    return described == nullptr ? "" : described->chamber;
+}
+
+std::chrono::minutes awaitLimitOf(const Board& board, int channel) {
+    constexpr std::uint32_t usualMinutes = 60;
+    const CalibrationDescription* const described = findCalibration(board, channel);
+    return std::chrono::minutes(described == nullptr ? usualMinutes
+                                                     : described->awaitLimit.value_or(usualMinutes));
 }
 
 } // namespace Radio::Calibration

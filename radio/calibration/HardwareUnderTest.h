@@ -4,6 +4,7 @@
 #include "radio/board/Board.h"
 #include "radio/calibration/Calibration.h"
 
+#include <chrono>
 #include <string>
 
 /** What a calibration has to know of the hardware that a board describes. Touches none of it. */
@@ -23,6 +24,9 @@ std::string hardwareFingerprint(const Board& board, int channel);
 
 /** The driver that sets the temperature of a calibration; empty: there is none. */
 std::string chamberOf(const Board& board, int channel);
+
+/** How long a temperature of a calibration may take to come about. */
+std::chrono::minutes awaitLimitOf(const Board& board, int channel);
 
 } // namespace Radio::Calibration
 

@@ -27,12 +27,31 @@ public:
         : m_recorder(recorder),
           m_driver(driver),
           m_backing(*driver.backing()) {
+        if (driver.wasWritten()) {
+            m_given = driver.value();
+        }
         m_driver.setBacking(this);
     }
     ~Tap() override { m_driver.setBacking(&m_backing); }
 
     std::int32_t write(std::int64_t value) override {
-        return m_recorder.isWriteKept() ? ResultOk : m_backing.write(value);
+        if (m_recorder.isWriteKept()) {
+            return ResultOk;
+        }
+        const std::int32_t code = m_backing.write(value);
+        if (isSuccess(code)) {
+            m_given = value;
+        }
+        return code;
+    }
+
+    void remember() { m_before = m_given; }
+    void restore() {
+        if (m_given != m_before) {
+            DriverInterface* const record = m_driver.record();
+            // What the hardware does not take is told by whoever listens to it.
+            static_cast<void>(record->write(record->context, static_cast<int>(m_before.value_or(0))));
+        }
     }
 
     std::int32_t read(std::int64_t& value) override {
@@ -56,6 +75,10 @@ private:
     ProbeRecorder& m_recorder;
     Standalone::Driver& m_driver;
     Standalone::DriverBacking& m_backing;
+    /** What the hardware was given last, which the driver's own value is not for writes that were kept; and
+     * what that was before the search. */
+    std::optional<std::int64_t> m_given;
+    std::optional<std::int64_t> m_before;
 };
 
 ProbeRecorder::ProbeRecorder(Standalone::Platform& platform, ModelClock& clock, SearchDrivers drivers,
@@ -119,6 +142,9 @@ void ProbeRecorder::begin(std::uint32_t frequency, std::int32_t temperature, con
     m_whyStopped.clear();
     m_isReplay = isReplay;
     m_isCutShort = false;
+    for (const std::unique_ptr<Tap>& tap : m_taps) {
+        tap->remember();
+    }
     m_isSearching = true;
 }
 
@@ -127,6 +153,12 @@ std::vector<Probe> ProbeRecorder::end() {
     setClock(m_probing.isRealTime);
     static_cast<void>(m_platform.calls().clear(Operation::driverWrite, m_drivers.i));
     return std::move(m_probes);
+}
+
+void ProbeRecorder::restore() {
+    for (const std::unique_ptr<Tap>& tap : m_taps) {
+        tap->restore();
+    }
 }
 
 bool ProbeRecorder::isJournalOver() const {

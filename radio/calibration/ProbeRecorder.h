@@ -52,11 +52,16 @@ public:
                bool isReplay = false);
     /** The search came to its end. Gives its probes; corrections that were set and not read are none. */
     std::vector<Probe> end();
+    /** Writes what real hardware was given before the search again, and 0 where it was given nothing. Not
+     * during a search. */
+    void restore();
 
     /** How many probes were made that the journal did not have. */
     std::uint64_t newProbes() const { return m_newProbes; }
     /** Why the search had to be broken off; empty when it was not. */
     const std::string& whyStopped() const { return m_whyStopped; }
+    /** Forgets that. */
+    void forgetWhyStopped() { m_whyStopped.clear(); }
 
     /** It was broken off because a probe would have had to be made. */
     bool isJournalOver() const;

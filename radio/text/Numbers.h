@@ -22,12 +22,10 @@ template <typename Number, typename... Format>
 std::optional<Number> parseNumber(std::string_view text, Number least = std::numeric_limits<Number>::lowest(),
                                   Number most = std::numeric_limits<Number>::max(), Format... format) {
     Number number{};
+    // cppcheck-suppress invalidLifetime // nothing of the number is kept
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, format...);
     const bool isWhole = error == std::errc() && end == text.data() + text.size();
-    if (!isWhole || number < least || number > most) {
-        return std::nullopt;
-    }
-    return number;
+    return isWhole && number >= least && number <= most ? std::optional(number) : std::nullopt;
 }
 
 /** `text` without the plus that a number may have in front. */

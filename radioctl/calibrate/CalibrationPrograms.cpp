@@ -147,12 +147,14 @@ int CalibrationProgram::run() {
                           "; --force calibrates all the same",
                       m_options.json, ExitCode::unusableInput);
     }
-    run.open();
+    run.prepare();
     return calibrate(board, run, reservation);
 }
 
 int CalibrationProgram::calibrate(const Board& board, CalibrationRun& run, const std::string& reservation) {
     HardwareUse use(board, m_options.hardware, std::cout, m_options.json);
+    // Hardware that cannot be taken is not to leave a journal of nothing each time.
+    run.open();
     CalibrationBench bench;
     if (use.isReal()) {
         use.hardware()->setForced(m_options.isForced);

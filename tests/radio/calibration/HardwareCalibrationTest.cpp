@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <deque>
 #include <functional>
@@ -53,7 +54,8 @@ public:
                     const auto found = m_backings.find(name);
                     return found == m_backings.end() ? nullptr : found->second.get();
                 },
-                [this] { return nextTemperature(); }, [this] { return nextTemperature(); }};
+                [this] { return nextTemperature(); }, [this] { return nextTemperature(); },
+                [this] { return m_now += timeBetweenQuestions; }};
     }
 
     /** "lo", "i", "q" or "chamber", and what was written, in order. */
@@ -64,6 +66,8 @@ public:
     /** From this read on the detector fails; 0: never. */
     unsigned failsAtRead = 0;
     bool isTunable = true;
+    /** By how much the time goes on whenever somebody looks at the clock. */
+    std::chrono::minutes timeBetweenQuestions{0};
     /** What the sensor says one time after the other; the last for ever. */
     std::deque<int> temperatures = {25};
 
@@ -120,6 +124,7 @@ private:
     std::int64_t m_i = 0;
     std::int64_t m_q = 0;
     std::int64_t m_other = 0;
+    std::chrono::steady_clock::time_point m_now{};
 };
 
 /** A calibration of three carriers at 25 degrees, if nothing else is said, on a radio that is no model. */
@@ -333,6 +338,46 @@ TEST_F(HardwareCalibrationTest, ReadingThatFailsIsNoProbeAndIsMadeUpFor) {
     EXPECT_TRUE(run(mended).isGood);
 }
 
+TEST_F(HardwareCalibrationTest, ResumedPointThatCannotBeTunedIsOneThatFailed) {
+    m_stopsAt = 6;
+    run();
+    m_stopsAt = 0;
+    m_order.beginning = Beginning::resume;
+    FakeRadio radio(m_board);
+    radio.isTunable = false;
+    const CalibrationOutcome outcome = run(radio);
+    EXPECT_EQ(outcome.trouble, "");
+    EXPECT_EQ(outcome.summary.failed, 3U);
+}
+
+TEST_F(HardwareCalibrationTest, PointThatFailedLeavesNoProbeInTheHardware) {
+    m_radio.failsAtRead = 7;
+    m_order.wishes.band = Range{18000000, 18000000};
+    run();
+    EXPECT_EQ(m_radio.writesTo("i").back(), "i 0");
+    EXPECT_EQ(m_radio.writesTo("q").back(), "q 0");
+}
+
+TEST_F(HardwareCalibrationTest, PointThatFailedLeavesWhatTuningWrote) {
+    const CalibrationOutcome first = run();
+    std::filesystem::remove(journal);
+    // With the tables that came of it, tuning writes the corrections of each carrier.
+    m_board = loadBoard("board.toml");
+    FakeRadio radio(m_board);
+    radio.failsAtRead = 7;
+    EXPECT_EQ(run(radio).summary.failed, 3U);
+    EXPECT_EQ(radio.writesTo("i").back(), "i " + std::to_string(first.result.points.at(2).i));
+    EXPECT_EQ(radio.writesTo("q").back(), "q " + std::to_string(first.result.points.at(2).q));
+}
+
+TEST_F(HardwareCalibrationTest, PreparedButNotOpenedLeavesNothing) {
+    CalibrationRun run(m_board, m_order);
+    run.prepare();
+    EXPECT_FALSE(std::filesystem::exists(journal));
+    run.open();
+    EXPECT_TRUE(std::filesystem::exists(journal));
+}
+
 TEST_F(HardwareCalibrationTest, RadioThatTakesNoCarrierIsNotMeasured) {
     m_radio.isTunable = false;
     const CalibrationOutcome outcome = run();
@@ -482,6 +527,36 @@ TEST_F(HardwareCalibrationTest, WaitingForATemperatureCanBeEnded) {
     EXPECT_FALSE(outcome.isComplete);
     EXPECT_THAT(m_awaited, ElementsAre("25, now unknown", "25, now unknown", "25, now unknown"));
     EXPECT_THAT(m_radio.writes, IsEmpty());
+}
+
+TEST_F(HardwareCalibrationTest, TemperatureThatNeverComesStopsTheCalibration) {
+    m_radio.temperatures = {20};
+    m_radio.timeBetweenQuestions = std::chrono::minutes(20);
+    const CalibrationOutcome outcome = run();
+    EXPECT_EQ(outcome.trouble,
+              "25 degrees did not come about within await_limit, 60 minutes: the sensor says 20 degrees");
+    EXPECT_FALSE(outcome.isComplete);
+    EXPECT_THAT(outcome.result.points, IsEmpty());
+    EXPECT_THAT(m_awaited, SizeIs(3)); // after 20, 40 and 60 minutes
+    EXPECT_THAT(m_radio.writes, IsEmpty());
+}
+
+TEST_F(HardwareCalibrationTest, BoardSaysHowLongATemperatureMayTake) {
+    m_board = load(hardwareBoard("/bench", "await_limit = 1\n"));
+    m_radio.temperatures = {};
+    m_radio.timeBetweenQuestions = std::chrono::minutes(1);
+    EXPECT_EQ(run().trouble,
+              "25 degrees did not come about within await_limit, 1 minute: the sensor says nothing");
+    for (const std::string limit : {"0", "1441"}) {
+        EXPECT_THAT(refusal([&] { load(hardwareBoard("/bench", "await_limit = " + limit + "\n")); }),
+                    HasSubstr("await_limit: expected a number from 1 to 1440, found " + limit));
+    }
+}
+
+TEST_F(HardwareCalibrationTest, TemperatureThatComesInTimeIsInTime) {
+    m_radio.temperatures = {20, 20, 20, 20, 25};
+    m_radio.timeBetweenQuestions = std::chrono::minutes(20);
+    EXPECT_EQ(run().trouble, "");
 }
 
 TEST_F(HardwareCalibrationTest, TemperatureThatDriftsAwayIsRemarkedUpon) {

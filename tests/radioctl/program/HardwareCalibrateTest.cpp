@@ -185,6 +185,7 @@ TEST_F(HardwareCalibrateTest, MissingAttributeLeavesNothingToResume) {
     std::filesystem::remove("detector");
     EXPECT_EQ(calibrate(quick).exitCode, 3);
     EXPECT_EQ(contentOf("lo"), "0\n");
+    EXPECT_FALSE(isThere("board.channel-1.journal"));
     write("detector", "500\n");
     EXPECT_EQ(calibrate(quick).exitCode, 1); // not: of a calibration that is not finished
 }
