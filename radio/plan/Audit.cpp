@@ -16,9 +16,6 @@ namespace {
 
 constexpr const char* channelSpacingName = "ChannelSpacing";
 
-/** Between two questions whether to go on; a power of two. */
-constexpr std::uint64_t carriersPerQuestion = 1024;
-
 /** The channel spacings of a raster; without any, the one of the board's database. */
 std::vector<std::int32_t> spacingsOf(const RasterDescription& raster, const Board& board) {
     if (!raster.channelSpacings.empty()) {
@@ -67,23 +64,25 @@ void addTo(RowResult& row, const CarrierResult& result) {
 class Auditor {
 public:
     Auditor(BootedRadio& booted, const Board& board, const std::vector<AuditListener*>& listeners,
-            const std::function<bool(std::uint64_t)>& goOn)
+            const std::function<bool(std::uint64_t)>& goOn, std::uint64_t carriersPerQuestion)
         : m_booted(booted),
           m_limits(board.limits),
           m_listeners(listeners),
-          m_goOn(goOn) {}
+          m_goOn(goOn),
+          m_carriersPerQuestion(carriersPerQuestion) {}
 
     AuditEnd audit(const AuditRow& row, AuditResult& result);
 
 private:
     bool setChannelSpacing(std::int32_t spacing);
     void visit(WordSources& sources, const AuditRow& row, std::uint32_t carrier, Visit& visit);
-    bool mayGoOn() { return ++m_done % carriersPerQuestion != 0 || m_goOn(m_done); }
+    bool mayGoOn() { return ++m_done % m_carriersPerQuestion != 0 || m_goOn(m_done); }
 
     BootedRadio& m_booted;
     Limits m_limits;
     const std::vector<AuditListener*>& m_listeners;
     const std::function<bool(std::uint64_t)>& m_goOn;
+    const std::uint64_t m_carriersPerQuestion;
     std::uint64_t m_done = 0;
     std::optional<std::int32_t> m_spacing;
 };
@@ -186,9 +185,9 @@ std::uint64_t carriersToAudit(const Board& board) {
 }
 
 AuditResult auditBoard(BootedRadio& booted, const Board& board, const std::vector<AuditListener*>& listeners,
-                       const std::function<bool(std::uint64_t)>& goOn) {
+                       const std::function<bool(std::uint64_t)>& goOn, std::uint64_t carriersPerQuestion) {
     booted.stopNotingWrites();
-    Auditor auditor(booted, board, listeners, goOn);
+    Auditor auditor(booted, board, listeners, goOn, carriersPerQuestion);
     AuditResult result;
     const auto start = std::chrono::steady_clock::now();
     for (const AuditRow& row : rowsOf(board)) {

@@ -102,14 +102,16 @@ struct AuditResult {
  * Tunes every carrier of every row, the one after it and the carrier again, and looks at the words.
  * `booted` is a radio of `board` that is up; no write of it is noted from then on, so that
  * explainCorrections() and replay() would see none; and its carriers and channel spacing are left as the last
- * row that was begun had them. `goOn` is asked after every 1024 carriers, with the number of those done,
- * whether to; it is not empty.
+ * row that was begun had them. `goOn` is asked after every `carriersPerQuestion` carriers, with the number of
+ * those done, whether to; it is not empty. Real hardware takes so long for each that it is worth asking at
+ * each.
  *
  * To be called on the thread that drives `booted`. What is given is borrowed during the call only; none of
  * the `listeners` is null.
  */
 AuditResult auditBoard(BootedRadio& booted, const Board& board, const std::vector<AuditListener*>& listeners,
-                       const std::function<bool(std::uint64_t)>& goOn);
+                       const std::function<bool(std::uint64_t)>& goOn,
+                       std::uint64_t carriersPerQuestion = 1024);
 
 } // namespace Radio::Plan
 

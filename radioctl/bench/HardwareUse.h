@@ -8,6 +8,7 @@
 
 #include <optional>
 #include <ostream>
+#include <string>
 
 namespace Radio {
 
@@ -35,7 +36,13 @@ public:
      * without hardware and the second time. */
     bool leave();
 
-    void lost(const std::string& device, const std::string& why) override { m_report.lost(device, why); }
+    /** The device whose connection was lost last, also when it is back; empty: none was. */
+    const std::string& lostDevice() const { return m_lostDevice; }
+
+    void lost(const std::string& device, const std::string& why) override {
+        m_lostDevice = device;
+        m_report.lost(device, why);
+    }
     void back(const std::string& device) override { m_report.back(device); }
     void failed(const std::string& driver, const std::string& attribute, std::int32_t code) override {
         m_report.failed(driver, attribute, code);
@@ -46,6 +53,7 @@ private:
     HardwareReport m_report;
     std::optional<Bench> m_bench;
     bool m_hasLeft = false;
+    std::string m_lostDevice;
 };
 
 } // namespace Radio

@@ -46,7 +46,7 @@ _radioctl()
             run) word="--help --json --hardware --dry-run --junit --trace --verbose" ;;
             console) word="--help --json --hardware --dry-run --trace --verbose" ;;
             explain) word="--help --json --channel --tx --rx" ;;
-            audit) word="--help --json --hardware --dry-run --csv" ;;
+            audit) word="--help --json --hardware --csv" ;;
             thermal) word="--help --json --carrier --csv --html" ;;
             calibrate) word="--help --json --hardware --force --verbose --channel --band --step --temperatures --i-range --q-range
                 --shrink --min-delta --max-iterations --settle-time --detector --serial --journal --out --html

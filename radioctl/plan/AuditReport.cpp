@@ -82,8 +82,8 @@ void AuditText::finished(const AuditSummary& summary) {
     writeBoardName(m_out, m_board.name, harmless(m_board.file.string()));
     showRows();
     showFindings();
-    if (summary.signal != 0) {
-        m_out << "Interrupted: not all carriers were audited.\n";
+    if (summary.signal != 0 || summary.isCutShort) {
+        m_out << (summary.signal != 0 ? "Interrupted" : "Broken off") << ": not all carriers were audited.\n";
     }
     m_out << counted(carriers(), "carrier") << " in " << std::fixed << std::setprecision(2) << summary.seconds
           << " s: " << (outside() == 0 ? "all" : std::to_string(outside()) + " not") << " within limits.\n"

@@ -15,6 +15,8 @@ struct AuditSummary {
     int signal = 0;
     double seconds = 0;
     int exitCode = 0;
+    /** It ended early, for whatever reason. */
+    bool isCutShort = false;
 };
 
 /** Tells whoever runs the program what came of the audit of one board. */

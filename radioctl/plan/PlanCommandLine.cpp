@@ -41,7 +41,7 @@ void PlanCommandLine::addAudit() {
     m_audit.option("BOARD", m_auditOptions.boards, "Board descriptions (TOML)").required().named("FILE");
     m_audit.option("--csv", m_auditOptions.csv, "Write a line for each carrier; - is\nstandard output")
         .named("FILE");
-    addHardwareOptions(m_audit, m_auditOptions.hardware);
+    addHardwareOption(m_audit, m_auditOptions.hardware);
     m_audit.json(m_auditOptions.json);
 }
 

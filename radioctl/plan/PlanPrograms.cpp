@@ -6,6 +6,7 @@
 #include "radio/files/AtomicFile.h"
 #include "radio/plan/Audit.h"
 #include "radio/session/BootedRadio.h"
+#include "radio/text/Words.h"
 #include "radioctl/bench/HardwareUse.h"
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/options/ExitCode.h"
@@ -54,11 +55,14 @@ public:
 
 private:
     int audit(const Board& board);
+    bool mayGoOn(HardwareUse& use) const;
     std::unique_ptr<AuditReport> makeReport(const Board& board) const;
 
     const AuditOptions& m_options;
     const Interrupt m_interrupt;
     CsvOutput m_csv;
+    /** Not every carrier was audited. */
+    bool m_isCutShort = false;
 };
 
 int AuditRun::run() {
@@ -69,7 +73,9 @@ int AuditRun::run() {
             return ExitCode::signalBase + m_interrupt.signal();
         }
     }
-    m_csv.commit();
+    if (!m_isCutShort) {
+        m_csv.commit();
+    }
     return worst;
 }
 
@@ -79,6 +85,12 @@ std::unique_ptr<AuditReport> AuditRun::makeReport(const Board& board) const {
     }
     // With the carriers on standard output, what a person reads goes elsewhere.
     return std::make_unique<AuditText>(m_options.csv == "-" ? std::cerr : std::cout, board);
+}
+
+/** What nobody reads, or no hardware gets, is not worth the rest of the carriers. */
+bool AuditRun::mayGoOn(HardwareUse& use) const {
+    static_cast<void>(use.poll());
+    return m_interrupt.signal() == 0 && use.lostDevice().empty() && (!use.isReal() || std::cout.good());
 }
 
 int AuditRun::audit(const Board& board) {
@@ -95,25 +107,33 @@ int AuditRun::audit(const Board& board) {
     AuditResult result;
     {
         Progress progress(total);
-        result = auditBoard(booted, board, listeners, [&](std::uint64_t done) {
+        const auto goOn = [&](std::uint64_t done) {
             progress.update(done);
-            return m_interrupt.signal() == 0;
-        });
+            return mayGoOn(use);
+        };
+        result = use.isReal() ? auditBoard(booted, board, listeners, goOn, 1)
+                              : auditBoard(booted, board, listeners, goOn);
     }
+    m_isCutShort |= result.end == AuditEnd::stopped;
     if (result.end == AuditEnd::phaseFailed) {
         booted.fail("the radio did not take a channel spacing");
     }
     AuditSummary summary;
     summary.signal = result.end == AuditEnd::stopped ? m_interrupt.signal() : 0;
     summary.seconds = result.seconds;
-    summary.exitCode = summary.signal != 0   ? ExitCode::signalBase + summary.signal
-                       : result.outside != 0 ? ExitCode::outsideLimits
-                                             : ExitCode::good;
+    const bool isLost = !use.lostDevice().empty();
+    summary.exitCode = summary.signal != 0             ? ExitCode::signalBase + summary.signal
+                       : isLost || result.outside != 0 ? ExitCode::outsideLimits
+                                                       : ExitCode::good;
     if (!use.leave() && summary.exitCode == ExitCode::good) {
         summary.exitCode = ExitCode::outsideLimits;
     }
+    summary.isCutShort = result.end == AuditEnd::stopped;
     report->finished(summary);
-    return summary.exitCode;
+    return isLost && summary.signal == 0
+               ? refuse("the connection to " + harmless(use.lostDevice()) + " was lost", m_options.json,
+                        summary.exitCode)
+               : summary.exitCode;
 }
 
 } // namespace

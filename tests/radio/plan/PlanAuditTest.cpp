@@ -44,7 +44,7 @@ protected:
             m_asked.push_back(done);
             return m_mayGoOn;
         };
-        return auditBoard(booted, m_board, {this}, goOn);
+        return auditBoard(booted, m_board, {this}, goOn, m_carriersPerQuestion);
     }
     /** Audits one carrier of the receiver; gives "kind: text" of what is outside its limits. */
     Lines auditRx(std::uint32_t carrier) {
@@ -57,6 +57,7 @@ protected:
     /** Changes the platform between start-up and audit. */
     std::function<void(Standalone::Platform&)> m_doctor;
     bool m_mayGoOn = true;
+    std::uint64_t m_carriersPerQuestion = 1024;
     std::vector<std::uint64_t> m_asked;
     /** "kind: text" of every finding. */
     Lines m_found;
@@ -345,6 +346,15 @@ TEST_F(PlanAuditTest, StopsWhenItMayNotGoOn) {
     EXPECT_THAT(m_asked, ElementsAre(1024U));
     ASSERT_EQ(m_rows.size(), 1U);
     EXPECT_EQ(m_rows[0].carriers, 1024U);
+}
+
+TEST_F(PlanAuditTest, IsAskedAtEachCarrierWhereThatIsWorthIt) {
+    m_carriersPerQuestion = 1;
+    addRow(Direction::rx, 18'000'000, 1, 3);
+    EXPECT_EQ(audit(), AuditEnd::complete);
+    EXPECT_THAT(m_asked, ElementsAre(1U, 2U, 3U));
+    m_mayGoOn = false;
+    EXPECT_EQ(auditWhole().carriers, 1U);
 }
 
 TEST_F(PlanAuditOffsetArrayTest, ChannelThatDoesNotTakeTheSpacingEndsTheAudit) {

@@ -135,6 +135,12 @@ TEST_F(PlanAuditReportTest, TextOfAnInterruptedAuditSaysSo) {
                          "limits.\n"));
 }
 
+TEST_F(PlanAuditReportTest, TextOfAnAuditThatWasBrokenOffSaysSo) {
+    addRow(Direction::tx, 18'000'000, 1000, 2);
+    EXPECT_THAT(reported<AuditText>({0, 0.25, 1, true}),
+                HasSubstr("Broken off: not all carriers were audited.\n2 carriers in 0.25 s: "));
+}
+
 TEST_F(PlanAuditReportTest, JsonHasFindingsRowsAndTheEnd) {
     addRow(Direction::rx, 18'000'000, 250, 2, {100});
     EXPECT_EQ(

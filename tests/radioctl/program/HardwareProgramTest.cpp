@@ -252,6 +252,25 @@ TEST_F(HardwareProgramTest, OutputThatNobodyReadsLeaves) {
     EXPECT_EQ(contentOf("amplifier"), "0\n");
 }
 
+TEST_F(HardwareProgramTest, AuditThatNobodyReadsEndsAndLeaves) {
+    write("board.toml", boardOnFiles("\n[[raster]]\nname = \"R\"\ndirection = \"tx\"\nfirst = 7442000\n"
+                                     "last = 7542000\nstep = 1\n"));
+    write("amplifier", "1\n");
+    Process process(invoke({"plan", "audit", "--hardware", "--csv", "-", "board.toml"}));
+    ASSERT_TRUE(process.waitFor(",7442000,"));
+    process.closeOutput();
+    EXPECT_EQ(process.finish().exitCode, 3);
+    EXPECT_EQ(contentOf("amplifier"), "0\n");
+    EXPECT_LT(std::stoll(contentOf("tx")), 7'500'000'000); // with most of the carriers left
+}
+
+TEST_F(HardwareProgramTest, AuditHasNoDryRun) {
+    // It shows no writes, and so nothing of what attributes would get.
+    const Ending ending = run({"plan", "audit", "--dry-run", "board.toml"});
+    EXPECT_EQ(ending.exitCode, 2);
+    EXPECT_THAT(ending.errors, HasSubstr("--dry-run"));
+}
+
 TEST_F(HardwareProgramTest, ExitValueThatCannotBeWrittenMakesTheRunFail) {
     write("board.toml", std::string(rfModuleBoard) +
                             "[hardware.\"channel.1.tx.rf.frequency\"]\nwrite = \"/dev/full\"\non_exit = 0\n");

@@ -1,9 +1,12 @@
 #include "tests/devices/Server.h"
 #include "tests/radioctl/program/HardwareTest.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -170,6 +173,53 @@ TEST_F(KaBandTest, AuditGoesThroughTheRealSynthesisers) {
     EXPECT_THAT(ending.output, HasSubstr("Leaving:\n"));
     EXPECT_EQ(attribute("iio:device0/out_altvoltage0_powerdown"), "1\n");
     EXPECT_THAT(attribute("iio:device0/out_altvoltage0_frequency"), Not("6900000000\n"));
+}
+
+/** An audit of a hundred thousand carriers through a server: it is over long after the first. */
+class KaBandAuditTest : public KaBandTest {
+protected:
+    void SetUp() override {
+        KaBandTest::SetUp();
+        if (IsSkipped()) {
+            return;
+        }
+        m_server.start();
+        use(m_server.uri());
+        std::string board = contentOf("board.toml");
+        board.erase(board.find("[[raster]]"), board.find("[limits]") - board.find("[[raster]]"));
+        write("board.toml", board +
+                                "\n[[raster]]\nname = \"R\"\ndirection = \"rx\"\nfirst = 28570000\nlast = "
+                                "28670000\nstep = 1\n");
+        setAttribute(carrier, "0\n");
+        m_process.emplace(invoke({"plan", "audit", "--hardware", "board.toml"}));
+        for (int waits = 0; waits < 1000 && attribute(carrier) == "0\n"; ++waits) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        ASSERT_NE(attribute(carrier), "0\n");
+    }
+
+    static constexpr const char* carrier = "iio:device1/out_altvoltage0_frequency";
+    DeviceTests::Server m_server;
+    std::optional<Process> m_process;
+};
+
+TEST_F(KaBandAuditTest, LostConnectionEndsIt) {
+    m_server.kill();
+    const Ending ending = m_process->finish();
+    EXPECT_EQ(ending.exitCode, 1);
+    EXPECT_EQ(ending.errors, "radioctl: the connection to radio was lost\n");
+    EXPECT_THAT(ending.output, HasSubstr("LOST radio: "));
+    EXPECT_THAT(ending.output, HasSubstr("Leaving:\n"));
+    EXPECT_THAT(ending.output, HasSubstr("\nBroken off: not all carriers were audited.\n"));
+    EXPECT_THAT(ending.output, HasSubstr(" s: 1 not within limits.\n")); // not all that were to come
+}
+
+TEST_F(KaBandAuditTest, InterruptionEndsItAtTheNextCarrier) {
+    m_process->signal(SIGINT);
+    const Ending ending = m_process->finish();
+    EXPECT_EQ(ending.exitCode, 130);
+    EXPECT_THAT(ending.output, HasSubstr("Interrupted: not all carriers were audited.\n"));
+    EXPECT_EQ(attribute("iio:device0/out_altvoltage0_powerdown"), "1\n");
 }
 
 } // namespace
