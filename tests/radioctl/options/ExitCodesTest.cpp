@@ -34,6 +34,7 @@ TEST(ExitCodes, HelpOfACommandHasThoseThatItCanGive) {
               "  1    there are errors\n"
               "       with --strict there are warnings, or with --all a carrier is outside its\n"
               "       limits\n"
+              "       with --hardware an attribute cannot be used\n"
               "  2    wrong command line\n"
               "  3    a board cannot be used\n"
               "       output cannot be written\n"
@@ -52,6 +53,17 @@ TEST(ExitCodes, HelpAboutSeveralCommandsSaysWhichGiveThem) {
     EXPECT_THAT(exitCodeHelp(""),
                 AllOf(HasSubstr("  2    wrong command line\n"), HasSubstr("check, tables lint: "),
                       HasSubstr("\n  130  run, console, ")));
+}
+
+TEST(ExitCodes, WhatHardwareBringsIsTold) {
+    for (const std::string command : {"run", "console", "plan audit", "calibrate"}) {
+        EXPECT_THAT(exitCodeHelp(command),
+                    AllOf(HasSubstr("with --hardware an on_exit value could not be written\n"),
+                          HasSubstr("with --hardware the hardware is missing or in use by another program")))
+            << command;
+    }
+    EXPECT_THAT(exitCodeHelp("plan explain"), Not(HasSubstr("--hardware")));
+    EXPECT_THAT(exitCodeHelp("plan explain"), HasSubstr("or the board forbids it\n"));
 }
 
 TEST(ExitCodes, HelpFitsIntoEightyColumns) {
