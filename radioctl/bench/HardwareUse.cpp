@@ -28,6 +28,7 @@ HardwareUse::HardwareUse(const Board& board, const HardwareOptions& options, std
         m_report.begins(board, options);
         return;
     }
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     m_bench.emplace(board, *this, folderOfMarks());
     if (const Interrupt* const interrupt = Interrupt::current()) {
         m_output.emplace(*interrupt);
@@ -36,7 +37,6 @@ HardwareUse::HardwareUse(const Board& board, const HardwareOptions& options, std
     if (!m_bench->leftBehind().empty()) {
         m_report.leftBehind(m_bench->leftBehind());
     }
-    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     m_bench->begin();
 }
 

@@ -218,8 +218,8 @@ protected:
         std::string board = contentOf("board.toml");
         board.erase(board.find("[[raster]]"), board.find("[limits]") - board.find("[[raster]]"));
         write("board.toml", board +
-                                "\n[[raster]]\nname = \"R\"\ndirection = \"rx\"\nfirst = 28500000\nlast = "
-                                "28600000\nstep = 1\n");
+                                "\n[[raster]]\nname = \"R\"\ndirection = \"rx\"\nfirst = 28570000\nlast = "
+                                "28670000\nstep = 1\n");
         setAttribute(carrier, "0\n");
         m_process.emplace(invoke({"plan", "audit", "--hardware", "board.toml"}));
         for (int waits = 0; waits < 1000 && attribute(carrier) == "0\n"; ++waits) {
