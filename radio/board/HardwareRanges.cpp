@@ -46,8 +46,13 @@ Pairs pairsOf(const ChannelDescription& channel) {
     return pairs;
 }
 
+/** Of hardware that has a range. */
 bool isOutside(std::int64_t value, const Devices::DriverHardware& hardware) {
-    return value < hardware.lowest.value_or(value) || value > hardware.highest.value_or(value);
+    return value < *hardware.lowest || value > *hardware.highest;
+}
+
+std::string rangeOf(const Devices::DriverHardware& hardware) {
+    return std::to_string(*hardware.lowest) + " to " + std::to_string(*hardware.highest);
 }
 
 void check(const TableDescription& table, const Devices::DriverHardware& hardware,
@@ -59,8 +64,7 @@ void check(const TableDescription& table, const Devices::DriverHardware& hardwar
         findings.push_back({Severity::error, table.place,
                             "table " + inQuotes(table.table.name) + " has the value " +
                                 std::to_string(*wrong) + ", outside the range of driver " +
-                                inQuotes(hardware.driver) + ", " + std::to_string(*hardware.lowest) + " to " +
-                                std::to_string(*hardware.highest)});
+                                inQuotes(hardware.driver) + ", " + rangeOf(hardware)});
     }
 }
 
@@ -80,6 +84,14 @@ std::vector<Finding> checkHardwareRanges(const Board& board) {
         }
     }
     return findings;
+}
+
+std::string whyNotWrite(const Board& board, const std::string& driver, std::int64_t value) {
+    const Devices::DriverHardware* const hardware = findHardware(board, driver);
+    if (hardware == nullptr || !hardware->lowest || !isOutside(value, *hardware)) {
+        return {};
+    }
+    return inQuotes(driver) + " takes " + rangeOf(*hardware) + ", not " + std::to_string(value);
 }
 
 } // namespace Radio

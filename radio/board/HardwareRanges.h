@@ -4,6 +4,8 @@
 #include "radio/board/Board.h"
 #include "radio/board/Finding.h"
 
+#include <cstdint>
+#include <string>
 #include <vector>
 
 namespace Radio {
@@ -13,6 +15,10 @@ namespace Radio {
  * between their values, so that a table within the range never gives a value outside. Touches no hardware.
  */
 std::vector<Finding> checkHardwareRanges(const Board& board);
+
+/** Why a driver should not be given a value: it lies outside the range that the board states. Empty when
+ * nothing speaks against it. */
+std::string whyNotWrite(const Board& board, const std::string& driver, std::int64_t value);
 
 } // namespace Radio
 

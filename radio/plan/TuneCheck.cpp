@@ -1,6 +1,7 @@
 #include "radio/plan/TuneCheck.h"
 
 #include "radio/board/BoardNames.h"
+#include "radio/board/HardwareRanges.h"
 #include "radio/plan/CarrierCheck.h"
 #include "radio/plan/Forecast.h"
 #include "radio/text/Words.h"
@@ -130,16 +131,6 @@ std::string whyNotTune(const Board& board, Standalone::Platform& platform, Direc
                        std::uint32_t carrier) {
     const std::string reason = whyNotOnRaster(board, direction, channel, carrier);
     return reason.empty() ? whyNotProduce(board, platform, direction, channel, carrier) : reason;
-}
-
-std::string whyNotWrite(const Board& board, const std::string& driver, std::int64_t value) {
-    const Devices::DriverHardware* const hardware = findHardware(board, driver);
-    if (hardware == nullptr || !hardware->lowest ||
-        (value >= *hardware->lowest && value <= *hardware->highest)) {
-        return {};
-    }
-    return inQuotes(driver) + " takes " + std::to_string(*hardware->lowest) + " to " +
-           std::to_string(*hardware->highest) + ", not " + std::to_string(value);
 }
 
 std::string whyNotTemperature(const Board& board, int degrees) {

@@ -21,9 +21,6 @@ namespace Radio::Plan {
 std::string whyNotTune(const Board& board, Standalone::Platform& platform, Direction direction, int channel,
                        std::uint32_t carrier);
 
-/** The same for a driver's value: outside the range that the board gives it. */
-std::string whyNotWrite(const Board& board, const std::string& driver, std::int64_t value);
-
 /** The same for a temperature, in degrees Celsius: outside the board's limits. */
 std::string whyNotTemperature(const Board& board, int degrees);
 

@@ -2,6 +2,7 @@
 
 #include "ResultCode.h"
 #include "radio/board/BoardDemand.h"
+#include "radio/board/HardwareRanges.h"
 #include "radio/session/HardwareWrite.h"
 #include "radio/session/Judge.h"
 #include "radio/session/Listings.h"
@@ -18,6 +19,7 @@ Session::Session(const Board& board, SessionListener& listener, OrbiTraceLevel s
     : m_board(board),
       m_listener(listener),
       m_shownTrace(shownTrace),
+      m_isOnHardware(hardware != nullptr),
       m_expectedTrace(Standalone::TraceLevel::notice),
       m_failures(board),
       m_radio(board, events(), hardware) {
@@ -31,6 +33,7 @@ RadioEvents Session::events() {
     events.called = [this](const Standalone::Call& call) {
         if (isWrite(call) && isSuccess(call.code)) {
             m_last.writes.emplace_back(destination(call), call.value);
+            warnOfWrite(m_last.writes.back());
         }
         m_failures.note(call);
         if (m_heldCalls != nullptr) {
@@ -106,11 +109,22 @@ void Session::act(const ScriptLine& line, const Action& action) {
 
 /** Tells what the guard has to say; true when the action is left undone. */
 bool Session::refuses(const Action& action) {
-    const std::string warning = m_guard ? m_guard(action) : std::string();
-    if (!warning.empty()) {
-        m_listener.warned(warning);
+    m_warning = m_guard ? m_guard(action) : std::string();
+    if (!m_warning.empty()) {
+        m_listener.warned(m_warning);
     }
-    return !warning.empty() && m_isRefusing && !isForced(action);
+    return !m_warning.empty() && m_isRefusing && !isForced(action);
+}
+
+/** What hardware with the board's ranges would have refused; once where the guard has said it. */
+void Session::warnOfWrite(const std::pair<std::string, std::int64_t>& write) {
+    if (m_isOnHardware) {
+        return;
+    }
+    const std::string reason = whyNotWrite(m_board, write.first, write.second);
+    if (!reason.empty() && m_warning.find(reason) == std::string::npos) {
+        m_listener.warned(reason);
+    }
 }
 
 Session::Outcome Session::refusal() {

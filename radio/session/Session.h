@@ -86,6 +86,7 @@ private:
     void judge(const ScriptLine& line, const Expectation& expectation);
 
     bool refuses(const Action& action);
+    void warnOfWrite(const std::pair<std::string, std::int64_t>& write);
     static Outcome refusal();
     bool goesOn() const { return !m_goOn || m_goOn(); }
     void idle() const;
@@ -117,6 +118,7 @@ private:
     const Board& m_board;
     SessionListener& m_listener;
     OrbiTraceLevel m_shownTrace;
+    bool m_isOnHardware;
     OrbiTraceLevel m_expectedTrace;
     LastCommand m_last;
     ChannelFailures m_failures;
@@ -133,6 +135,8 @@ private:
 
     std::function<std::string(const Action&)> m_guard;
     bool m_isRefusing = false;
+    /** What the guard said of the last action. */
+    std::string m_warning;
     std::function<bool()> m_goOn;
     std::function<Watching()> m_watching;
     std::function<void()> m_idle;

@@ -2,6 +2,7 @@
 
 #include "radio/board/BoardDemand.h"
 #include "radio/board/BoardFile.h"
+#include "radio/board/HardwareRanges.h"
 #include "radio/board/PlatformWords.h"
 #include "radio/files/AtomicFile.h"
 #include "radio/files/InputError.h"
@@ -117,7 +118,7 @@ std::string Drive::whyNot(const Action& action) {
     return std::visit(
         Visitor{
             [this](const Tune& tune) { return whyNotTune(tune); },
-            [this](const WriteDriver& write) { return Plan::whyNotWrite(m_board, write.name, write.value); },
+            [this](const WriteDriver& write) { return Radio::whyNotWrite(m_board, write.name, write.value); },
             [this](const SetTemperature& temperature) { return whyNotTemperature(temperature.degrees); },
             [this](const SetVariable& set) {
                 noteWaiting(set);

@@ -241,7 +241,19 @@ TEST_F(BoardHardwareTest, SensorsThatCannotBeAreRefused) {
               "board.toml:11: sensor.feature: missing, expected a feature of the chip, such as \"temp1\"");
 }
 
-// Tables whose values go to hardware.
+// Values that go to hardware.
+
+TEST_F(BoardHardwareTest, ValueOutsideTheRangeOfItsDriverIsForbidden) {
+    const Board board =
+        load("name = \"Radio\"\n[drivers]\n\"i\" = {}\n\"q\" = {}\n"
+             "[hardware.i]\nwrite = \"/i\"\nrange = [-127, 127]\n[hardware.q]\nwrite = \"/q\"\n");
+    EXPECT_EQ(whyNotWrite(board, "i", -127), "");
+    EXPECT_EQ(whyNotWrite(board, "i", 127), "");
+    EXPECT_EQ(whyNotWrite(board, "i", 128), "\"i\" takes -127 to 127, not 128");
+    EXPECT_EQ(whyNotWrite(board, "i", -128), "\"i\" takes -127 to 127, not -128");
+    EXPECT_EQ(whyNotWrite(board, "q", 128), "");
+    EXPECT_EQ(whyNotWrite(board, "else", 128), "");
+}
 
 TEST_F(BoardHardwareTest, TableWithAValueOutsideTheRangeOfItsDriverIsAnError) {
     const Board board =

@@ -120,16 +120,6 @@ TEST_F(TuneCheckTest, WordOutsideTheRangeOfItsDriverIsForbidden) {
                                                       "takes 7000000000 to 7009333333, not 7018666666");
 }
 
-TEST_F(TuneCheckTest, ValueOutsideTheRangeOfItsDriverIsForbidden) {
-    const Board radio =
-        board("[hardware.\"channel.1.tx.rf.mixer.i\"]\nwrite = \"/i\"\nrange = [-127, 127]\n");
-    EXPECT_EQ(whyNotWrite(radio, "channel.1.tx.rf.mixer.i", -127), "");
-    EXPECT_EQ(whyNotWrite(radio, "channel.1.tx.rf.mixer.i", 127), "");
-    EXPECT_EQ(whyNotWrite(radio, "channel.1.tx.rf.mixer.i", 128),
-              "\"channel.1.tx.rf.mixer.i\" takes -127 to 127, not 128");
-    EXPECT_EQ(whyNotWrite(radio, "channel.1.tx.rf.mixer.q", 128), "");
-}
-
 TEST_F(TuneCheckTest, TemperatureOutsideTheLimitsIsForbidden) {
     const Board radio = board("[limits]\ntemperature = [-33, 55]\n");
     EXPECT_EQ(whyNotTemperature(radio, -33), "");

@@ -325,6 +325,35 @@ TEST_F(SessionCoursesTest, GuardIsAskedAboutEachCarrierOfASweep) {
     EXPECT_EQ(act(forced).back(), "ok, 3 carriers");
 }
 
+TEST_F(SessionCoursesTest, SimulationWarnsOfWritesOutsideTheRangeOfTheirHardware) {
+    Devices::DriverHardware hardware;
+    hardware.driver = txDriver;
+    hardware.lowest = 2000;
+    hardware.highest = 3000;
+    board.hardware.description.drivers.push_back(hardware);
+    EXPECT_THAT(tune(3000), ElementsAre("> tune tx 1 3000", "driver-write channel.1.tx.rf.frequency 3000",
+                                        "told tx 1 3000", "ok"));
+    EXPECT_THAT(tune(3001),
+                ElementsAre("> tune tx 1 3001",
+                            "warning: \"channel.1.tx.rf.frequency\" takes 2000 to 3000, not 3001",
+                            "driver-write channel.1.tx.rf.frequency 3001", "told tx 1 3001", "ok"));
+}
+
+TEST_F(SessionCoursesTest, WarningOfTheGuardIsNotToldAgainAtTheWrite) {
+    Devices::DriverHardware hardware;
+    hardware.driver = txDriver;
+    hardware.lowest = 2000;
+    hardware.highest = 3000;
+    board.hardware.description.drivers.push_back(hardware);
+    session().setGuard([](const Action& /*action*/) {
+        return "3001 kHz: \"channel.1.tx.rf.frequency\" takes 2000 to 3000, not 3001";
+    });
+    EXPECT_THAT(tune(3001),
+                ElementsAre("> tune tx 1 3001",
+                            "warning: 3001 kHz: \"channel.1.tx.rf.frequency\" takes 2000 to 3000, not 3001",
+                            "driver-write channel.1.tx.rf.frequency 3001", "told tx 1 3001", "ok"));
+}
+
 // Channels.
 
 TEST_F(SessionCoursesTest, ShowChannelsListsCarriersAndTheLastFailure) {
