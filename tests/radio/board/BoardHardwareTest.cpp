@@ -245,7 +245,8 @@ TEST_F(BoardHardwareTest, SensorsThatCannotBeAreRefused) {
 
 TEST_F(BoardHardwareTest, ValueOutsideTheRangeOfItsDriverIsForbidden) {
     const Board board =
-        load("name = \"Radio\"\n[drivers]\n\"i\" = {}\n\"q\" = {}\n"
+        load("name = \"Radio\"\n[[channel]]\nnumber = 1\ntype = \"rf-module\"\n"
+             "[drivers]\n\"i\" = {}\n\"q\" = {}\n"
              "[hardware.i]\nwrite = \"/i\"\nrange = [-127, 127]\n[hardware.q]\nwrite = \"/q\"\n");
     EXPECT_EQ(whyNotWrite(board, "i", -127), "");
     EXPECT_EQ(whyNotWrite(board, "i", 127), "");
