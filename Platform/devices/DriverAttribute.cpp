@@ -64,14 +64,17 @@ std::vector<PlannedWrite> plannedWrites(const DriverHardware& hardware, std::int
     if (!hardware.write) {
         return {};
     }
+    const AttributeName positive = hardware.write.value_or(AttributeName{});
+    const AttributeName negative = hardware.negative.value_or(positive);
     const std::vector<SideWrite> sides = sideWrites(hardware, value);
     if (sides.empty()) {
-        return hardware.negative ? std::vector<PlannedWrite>{{*hardware.write, {}}, {*hardware.negative, {}}}
-                                 : std::vector<PlannedWrite>{{*hardware.write, {}}};
+        return hardware.negative ? std::vector<PlannedWrite>{{positive, {}}, {negative, {}}}
+                                 : std::vector<PlannedWrite>{{positive, {}}};
     }
     std::vector<PlannedWrite> writes;
+    writes.reserve(sides.size());
     for (const SideWrite& side : sides) {
-        const AttributeName& name = side.isNegative ? *hardware.negative : *hardware.write;
+        const AttributeName& name = side.isNegative ? negative : positive;
         writes.push_back({name, wholeText(name, side.number)});
     }
     return writes;
@@ -137,7 +140,9 @@ std::int32_t DriverAttribute::write(std::int64_t value) {
         return fail(*m_write, ERANGE);
     }
     for (const SideWrite& side : writes) {
-        if (const std::int32_t code = put(side.isNegative ? *m_negative : *m_write, side.number); code != 0) {
+        if (const std::int32_t code =
+                put(side.isNegative && m_negative ? *m_negative : *m_write, side.number);
+            code != 0) {
             return code;
         }
     }

@@ -123,7 +123,7 @@ Connection* Hardware::State::connection(const std::string& device) {
 }
 
 std::unique_ptr<SensorReader> Hardware::State::makeSensor() const {
-    const SensorDescription& sensor = *description.sensor;
+    const SensorDescription sensor = description.sensor.value_or(SensorDescription{});
     if (!sensor.attribute) {
         return std::make_unique<SensorReader>(makeHwmonSource(sensor.chip, sensor.feature), sensor.interval,
                                               sensor.timeLimit);
@@ -161,7 +161,7 @@ std::vector<AttributeFinding> Hardware::State::examine(bool reads) {
 }
 
 AttributeFinding Hardware::State::examineChip(bool reads) {
-    const SensorDescription& sensor = *description.sensor;
+    const SensorDescription sensor = description.sensor.value_or(SensorDescription{});
     AttributeFinding finding{{}, sensor.chip + ": " + sensor.feature, "temperature"};
     // To find a chip is to read it.
     const SensorReading reading = m_sensor->readNow();
@@ -274,7 +274,7 @@ std::optional<int> Hardware::State::readSensor() {
 
 std::optional<int> Hardware::State::temperature(const SensorReading& reading) {
     m_sensorCount = reading.count;
-    const SensorDescription& sensor = *description.sensor;
+    const SensorDescription sensor = description.sensor.value_or(SensorDescription{});
     const double degrees = std::round(reading.number * sensor.scale + sensor.offset);
     const bool isTemperature = std::abs(degrees) <= 1000000; // beyond, a scale is wrong
     if (reading.problem.empty() && isTemperature) {

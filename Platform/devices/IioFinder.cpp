@@ -20,8 +20,8 @@ std::string directionOf(const iio_channel* channel) {
 
 bool isMeant(const iio_channel* channel, const IioName& name) {
     const bool isOutput = iio_channel_is_output(channel);
-    return (*name.channel == textOf(iio_channel_get_id(channel)) ||
-            *name.channel == textOf(iio_channel_get_name(channel))) &&
+    return (name.channel == textOf(iio_channel_get_id(channel)) ||
+            name.channel == textOf(iio_channel_get_name(channel))) &&
            name.isOutput.value_or(isOutput) == isOutput;
 }
 
@@ -101,6 +101,7 @@ std::unique_ptr<Attribute> IioFinder::findInDevice(const iio_device* device, con
         return std::make_unique<IioAttribute>(m_session, device, nullptr, attribute);
     }
     std::vector<std::string> names;
+    names.reserve(iio_device_get_attrs_count(device));
     for (unsigned i = 0; i < iio_device_get_attrs_count(device); ++i) {
         names.push_back(textOf(iio_device_get_attr(device, i)));
     }
@@ -134,20 +135,21 @@ std::unique_ptr<Attribute> IioFinder::findInChannels(const iio_device* device, c
         return findInThese(channels, device, name);
     }
     const std::string direction = name.isOutput ? *name.isOutput ? "out:" : "in:" : "";
-    m_problem = name.device + " has no channel " + direction + *name.channel +
-                alternatives(direction + *name.channel, std::move(names));
+    const std::string wanted = direction + name.channel.value_or("");
+    m_problem = name.device + " has no channel " + wanted + alternatives(wanted, std::move(names));
     return nullptr;
 }
 
 std::unique_ptr<Attribute> IioFinder::findInThese(const std::vector<const iio_channel*>& channels,
                                                   const iio_device* device, const IioName& name) {
+    const std::string wanted = name.channel.value_or("");
     std::unique_ptr<Attribute> found;
     std::vector<std::string> names;
     for (const iio_channel* const channel : channels) {
         if (const char* const attribute = iio_channel_find_attr(channel, name.attribute.c_str())) {
             if (found != nullptr) {
-                m_problem = *name.channel + " of " + name.device +
-                            " is an input and an output: say in: or out: before it";
+                m_problem =
+                    wanted + " of " + name.device + " is an input and an output: say in: or out: before it";
                 return nullptr;
             }
             found = std::make_unique<IioAttribute>(m_session, device, channel, attribute);
@@ -157,7 +159,7 @@ std::unique_ptr<Attribute> IioFinder::findInThese(const std::vector<const iio_ch
         }
     }
     if (found == nullptr) {
-        m_problem = name.device + "/" + *name.channel + " has no attribute " + name.attribute +
+        m_problem = name.device + "/" + wanted + " has no attribute " + name.attribute +
                     alternatives(name.attribute, std::move(names));
     }
     return found;

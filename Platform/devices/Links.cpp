@@ -87,17 +87,17 @@ std::string kindsThereAre() {
 }
 
 std::string kindsLeftOut() {
-    std::vector<std::string> kinds;
+    return joined({
 #ifndef RADIO_DEVICES_IIO
-    kinds.emplace_back("iio (package libiio-dev)");
+        "iio (package libiio-dev)",
 #endif
 #ifndef RADIO_DEVICES_HWMON
-    kinds.emplace_back("hwmon (package libsensors-dev)");
+        "hwmon (package libsensors-dev)",
 #endif
 #ifndef RADIO_DEVICES_SCPI
-    kinds.emplace_back("scpi (package libasio-dev)");
+        "scpi (package libasio-dev)",
 #endif
-    return joined(kinds);
+    });
 }
 
 } // namespace Devices

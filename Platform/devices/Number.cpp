@@ -69,8 +69,9 @@ std::optional<double> numberIn(std::string_view text) {
         text.remove_prefix(1);
     }
     double number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, number);
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    const auto [rest, error] = std::from_chars(begin, end, number);
     const std::string_view behind(rest, static_cast<std::size_t>(end - rest));
     if (error != std::errc{} || !std::isfinite(number) || !(behind.empty() || behind == " dB")) {
         return std::nullopt;

@@ -41,7 +41,7 @@ std::error_code ScpiStream::perform(Clock::time_point deadline, Start start) {
     m_context.run_until(deadline);
     if (!result) {
         std::error_code ignored;
-        m_socket.close(ignored);
+        static_cast<void>(m_socket.close(ignored));
         m_context.restart();
         m_context.run(); // the operation ends now that its socket is closed
         return asio::error::timed_out;
@@ -67,12 +67,12 @@ int ScpiStream::open(const std::string& host, const std::string& port) {
         return breakOff(errorNumber(error));
     }
     std::error_code ignored;
-    m_socket.non_blocking(true, ignored);
-    m_socket.set_option(asio::ip::tcp::no_delay(true), ignored);
+    static_cast<void>(m_socket.non_blocking(true, ignored));
+    static_cast<void>(m_socket.set_option(asio::ip::tcp::no_delay(true), ignored));
     // A command without an answer tells nothing of its arrival: what is not acknowledged in time ends the
     // connection, which the next command then finds.
     using UserTimeout = asio::detail::socket_option::integer<IPPROTO_TCP, TCP_USER_TIMEOUT>;
-    m_socket.set_option(UserTimeout(static_cast<int>(m_timeLimit.count())), ignored);
+    static_cast<void>(m_socket.set_option(UserTimeout(static_cast<int>(m_timeLimit.count())), ignored));
     return 0;
 }
 
@@ -123,7 +123,7 @@ int ScpiStream::receiveLine(Clock::time_point deadline, std::string& line) {
 int ScpiStream::breakOff(int error) {
     m_isBroken = true;
     std::error_code ignored;
-    m_socket.close(ignored);
+    static_cast<void>(m_socket.close(ignored));
     return error;
 }
 

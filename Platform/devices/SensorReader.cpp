@@ -95,7 +95,8 @@ SensorReading SensorReader::readNow() {
 
 SensorReading SensorReader::last() const {
     const std::lock_guard lock(m_shared->mutex);
-    if (m_shared->begun && Clock::now() - *m_shared->begun > m_timeLimit) {
+    const std::optional<Clock::time_point> begun = m_shared->begun;
+    if (begun && Clock::now() - *begun > m_timeLimit) {
         return {0, meaningOf(codeOf(ETIMEDOUT)), m_shared->last.count};
     }
     return m_shared->last;
