@@ -131,6 +131,15 @@ struct Limits {
     std::optional<std::int64_t> carrierError;
     /** Where the radio works, in degrees Celsius. */
     std::optional<Range> temperature;
+    /** The highest leakage of the LO with its corrections, in dBc: anywhere in band and temperature, and at
+     * the points of a calibration. */
+    std::optional<double> leakage{};
+    std::optional<double> leakageAtNodes{};
+    /** By how many dB the corrections have to lower it at least, at each point. */
+    std::optional<double> leakageImprovement{};
+    /** The highest image and carrier leakage of a compensated IQ modulator, in dBc. */
+    std::optional<double> image{};
+    std::optional<double> carrierLeakage{};
 };
 
 /** What of a board is real hardware, where it is on a bench. */

@@ -3,6 +3,7 @@
 #include "radio/board/CalibrationReader.h"
 #include "radio/board/HardwareReader.h"
 #include "radio/board/LeakageReader.h"
+#include "radio/board/LimitsReader.h"
 #include "radio/board/PlatformWords.h"
 #include "radio/board/RasterReader.h"
 #include "radio/board/TableReader.h"
@@ -19,7 +20,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <limits>
 #include <map>
 
 namespace Radio {
@@ -141,35 +141,6 @@ auto readSection(const TomlItem& root, std::string_view key, Read read) {
         }
     }
     return result;
-}
-
-std::optional<Range> readRange(const TomlItem& limits, std::string_view key, std::int32_t least = 0) {
-    const std::optional<TomlItem> item = limits.find(key);
-    if (!item) {
-        return std::nullopt;
-    }
-    const std::vector<TomlItem> ends = item->elements();
-    item->requireCount(ends.size(), 2, "the lowest and the highest value");
-    const Range range{ends[0].integer(least), ends[1].integer(least)};
-    if (range.low > range.high) {
-        item->fail("expected the lowest value first, found " + std::to_string(range.high) + " after " +
-                   std::to_string(range.low));
-    }
-    return range;
-}
-
-Limits readLimits(const TomlItem& root) {
-    Limits limits;
-    if (const std::optional<TomlItem> item = root.find("limits")) {
-        item->entries({"if_pll", "rf_pll", "carrier_error", "temperature"});
-        limits.ifPll = readRange(*item, "if_pll");
-        limits.rfPll = readRange(*item, "rf_pll");
-        if (const std::optional<TomlItem> error = item->find("carrier_error")) {
-            limits.carrierError = error->integer(0);
-        }
-        limits.temperature = readRange(*item, "temperature", std::numeric_limits<std::int32_t>::min());
-    }
-    return limits;
 }
 
 /** Where the size says more than the array has, a receiver would read what lies behind the array. */

@@ -2,6 +2,7 @@
 #define RADIO_CALIBRATION_CALIBRATION_H
 
 #include "radio/board/Board.h"
+#include "radio/board/Verdict.h"
 
 #include <cstdint>
 #include <optional>
@@ -41,11 +42,12 @@ struct Probe {
 
 enum class PointState : std::uint8_t {
     good,
+    missed, ///< there are corrections, but they do not meet the limits of the board
     edge,   ///< the search ended at the edge of a range: the best corrections may lie beyond
     failed, ///< there are no corrections
 };
 
-/** "good", "edge" or "failed". */
+/** "good", "missed", "edge" or "failed". */
 std::string_view toString(PointState state);
 
 /** What is said of a calibration on hardware in the files that come of it; others say nothing. */
@@ -86,6 +88,10 @@ struct Result {
     std::string date;
     /** Of the program that calibrated. */
     std::string version;
+    /** Where it was calibrated; empty when nobody said. */
+    std::string station{};
+    /** What the limits of the board made of it. */
+    VerdictKind verdict = VerdictKind::none;
     /** A real radio was calibrated, and nothing is modelled. */
     bool isHardware = false;
     Settings settings;

@@ -3,6 +3,7 @@
 #include "radio/board/BoardNames.h"
 #include "radio/calibration/Calibrator.h"
 #include "radio/calibration/HardwareUnderTest.h"
+#include "radio/calibration/LeakageVerdict.h"
 #include "radio/calibration/ResultFile.h"
 #include "radio/calibration/Settings.h"
 #include "radio/files/AtomicFile.h"
@@ -80,6 +81,7 @@ CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order
     }
     result.date = utcText(std::chrono::system_clock::now());
     result.version = order.version;
+    result.station = order.station;
     if (!isOffline()) {
         requireTransmitter();
         result.settings = settingsFor(board, order.wishes, result.isHardware);
@@ -209,6 +211,8 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const Cali
     m_outcome.wanted = result.settings.frequencies.size() * result.settings.temperatures.size();
     calibrateAll(listener, bench);
     m_outcome.summary = summary();
+    m_outcome.verdict = verdictOn(result, m_outcome.summary, m_board.limits);
+    m_outcome.result.verdict = m_outcome.verdict.kind();
     if (m_outcome.isComplete) {
         try {
             store();
@@ -217,7 +221,9 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const Cali
         }
     }
     const LeakageSummary& summary = m_outcome.summary;
-    m_outcome.isGood = summary.failed == 0 && (summary.edge == 0 || m_order.acceptsEdge || m_tables.empty());
+    m_outcome.isGood = summary.failed == 0 &&
+                       (summary.edge == 0 || m_order.acceptsEdge || m_tables.empty()) &&
+                       result.verdict != VerdictKind::fail;
     return std::move(m_outcome);
 }
 
@@ -292,7 +298,13 @@ CalibrationProgress CalibrationRun::progress() const {
 void CalibrationRun::store() {
     const LeakageSummary& summary = m_outcome.summary;
     m_outcome.wantedTables = m_tables.string();
-    if (m_tables.empty() || summary.failed != 0 || (summary.edge != 0 && !m_order.acceptsEdge)) {
+    if (m_tables.empty() || summary.failed != 0) {
+        return;
+    }
+    const bool isFail = m_outcome.result.verdict == VerdictKind::fail;
+    m_outcome.isHeldBackByEdge = summary.edge != 0 && !m_order.acceptsEdge;
+    m_outcome.isHeldBackByFail = isFail && !m_order.acceptsFail;
+    if (m_outcome.isHeldBackByEdge || m_outcome.isHeldBackByFail) {
         return;
     }
     std::ostringstream content;

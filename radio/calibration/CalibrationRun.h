@@ -2,6 +2,7 @@
 #define RADIO_CALIBRATION_CALIBRATIONRUN_H
 
 #include "radio/board/Board.h"
+#include "radio/board/Verdict.h"
 #include "radio/calibration/Calibration.h"
 #include "radio/calibration/CalibrationBench.h"
 #include "radio/calibration/Climate.h"
@@ -39,6 +40,8 @@ struct CalibrationOrder {
     std::filesystem::path tables{};
     /** Points whose search ended at the edge of a range are stored, too. */
     bool acceptsEdge = false;
+    /** Tables are stored even if the limits of the board are not held. */
+    bool acceptsFail = false;
     /** Settle times are waited for; on hardware they are in any case. */
     bool isRealTime = false;
     /** A real radio is calibrated; what is modelled of the channel does not matter then. Not with
@@ -46,6 +49,8 @@ struct CalibrationOrder {
     bool isHardware = false;
     /** Of the program that calibrates; stands in files behind the word "radioctl". */
     std::string version{};
+    /** Where it is calibrated; stands in the tables. Empty: nobody says. */
+    std::string station{};
 };
 
 /** How far a calibration has come. */
@@ -90,6 +95,8 @@ struct CalibrationOutcome {
     std::string trouble{};
     Result result{};
     LeakageSummary summary{};
+    /** What the limits of the board make of it. */
+    Verdict verdict{};
     /** The points that it was to have. */
     std::size_t wanted = 0;
     /** Probes that were in the journal before, and those that were made. */
@@ -102,11 +109,15 @@ struct CalibrationOutcome {
     /** The tables that are stored, and what the old ones are called now; empty when there are none. */
     std::string tables{};
     std::string backup{};
+    /** Why complete tables were not stored: edges, or a missed limit, that were not accepted. */
+    bool isHeldBackByEdge = false;
+    bool isHeldBackByFail = false;
     /** The tables were there already, with the same content. */
     bool isUnchanged = false;
     /** Where the probes are. */
     std::string journal{};
-    /** All points have corrections, and tables that were asked for could be made of them. */
+    /** All points have corrections, tables that were asked for could be made of them, and no limit of the
+     * board is missed. */
     bool isGood = false;
 };
 

@@ -3,6 +3,7 @@
 #include "InterfaceBroker.h"
 #include "radio/board/PlatformWords.h"
 #include "radio/calibration/Diagnosis.h"
+#include "radio/calibration/LeakageVerdict.h"
 #include "radio/files/InputError.h"
 
 namespace Radio::Calibration {
@@ -25,6 +26,7 @@ Calibrator::Calibrator(BootedRadio& booted, const Board& board, const Result& re
                        const std::string& journalFile, Climate* climate)
     : m_booted(booted),
       m_settings(result.settings),
+      m_limits(board.limits),
       m_probing(probing),
       m_climate(climate),
       m_transmitter(result.isHardware ? nullptr : booted.radio().transmitter(m_settings.channel)),
@@ -99,6 +101,7 @@ void Calibrator::conclude(Point& point, bool isFound) {
         return;
     }
     judge(point);
+    holdToLimits(point, m_limits);
 }
 
 void Calibrator::judge(Point& point) {

@@ -50,6 +50,7 @@ private:
 
     BootedRadio& m_booted;
     const Settings& m_settings;
+    const Limits& m_limits;
     const Probing& m_probing;
     Climate* m_climate;
     /** Null when nothing is modelled. */

@@ -131,6 +131,8 @@ std::string_view toString(PointState state) {
     switch (state) {
     case PointState::good:
         return "good";
+    case PointState::missed:
+        return "missed";
     case PointState::edge:
         return "edge";
     case PointState::failed:

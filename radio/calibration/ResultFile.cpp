@@ -26,14 +26,28 @@ constexpr std::int64_t mostIterations = std::numeric_limits<std::uint32_t>::max(
 constexpr std::int64_t widestRange = std::numeric_limits<std::int32_t>::max();
 
 /** A point that failed is in no file. */
-constexpr std::array<Word<PointState>, 2> stateWords{
-    {{"good", PointState::good}, {"edge", PointState::edge}}};
+constexpr std::array<Word<PointState>, 3> stateWords{
+    {{"good", PointState::good}, {"missed", PointState::missed}, {"edge", PointState::edge}}};
+
+/** What failed is in a file only where somebody accepted it. */
+constexpr std::array<Word<VerdictKind>, 2> verdictWords{
+    {{"PASS", VerdictKind::pass}, {"FAIL (accepted)", VerdictKind::fail}}};
 
 /** With as many digits as it takes to read the same number. */
 std::string exactText(double number) {
     std::array<char, 32> text{};
     const auto result = std::to_chars(text.data(), text.data() + text.size(), number);
     return {text.data(), result.ptr};
+}
+
+/** "# verdict: PASS" as a line; nothing when there is none. */
+std::string verdictLine(VerdictKind verdict) {
+    for (const auto& entry : verdictWords) {
+        if (entry.value == verdict) {
+            return "# verdict: " + std::string(entry.word) + "\n";
+        }
+    }
+    return {};
 }
 
 std::string_view wordFor(PointState state) {
@@ -120,6 +134,24 @@ bool readIsHardware(const CsvFile& file) {
     return mode.has_value();
 }
 
+std::string readStation(const CsvFile& file) {
+    const std::optional<CsvItem> station = file.findProperty("station");
+    return station ? station->nonEmptyText("where it was calibrated") : "";
+}
+
+/** Of a board without limits there is none. */
+VerdictKind readVerdict(const CsvFile& file) {
+    const std::optional<CsvItem> verdict = file.findProperty("verdict");
+    if (!verdict) {
+        return VerdictKind::none;
+    }
+    const std::optional<VerdictKind> known = valueOf(verdictWords, verdict->text());
+    if (!known) {
+        verdict->failExpecting("PASS or FAIL (accepted)");
+    }
+    return *known;
+}
+
 Point readPoint(const CsvFile& file, std::size_t row, bool isHardware) {
     const auto item = [&](std::string_view column) { return file.item(row, file.column(column)); };
     Point point;
@@ -139,7 +171,7 @@ Point readPoint(const CsvFile& file, std::size_t row, bool isHardware) {
     const CsvItem state = item("state");
     const std::optional<PointState> known = valueOf(stateWords, state.text());
     if (!known) {
-        state.failExpecting("good or edge");
+        state.failExpecting("good, missed or edge");
     }
     point.state = *known;
     return point;
@@ -157,6 +189,7 @@ void writeResult(std::ostream& out, const Result& result) {
     const Settings& settings = result.settings;
     out << "# LO-leakage calibration\n"
         << "# serial: " << harmless(result.serial) << "\n"
+        << (result.station.empty() ? "" : "# station: " + harmless(result.station) + "\n")
         << "# channel: " << settings.channel << "\n"
         << "# date: " << harmless(result.date) << "\n"
         << "# tool: " << program << harmless(result.version) << "\n"
@@ -168,7 +201,7 @@ void writeResult(std::ostream& out, const Result& result) {
         << "# max_iterations: " << settings.maxIterations << "\n"
         << "# settle_time_ms: " << settings.settleTime << "\n"
         << "# detector: " << (settings.useHighDetector ? "high" : "low") << "\n"
-        << (result.isHardware ? hardwareHeading : heading) << "\n";
+        << verdictLine(result.verdict) << (result.isHardware ? hardwareHeading : heading) << "\n";
     for (const Point& point : result.points) {
         out << point.frequency << ',' << point.temperature << ',' << point.i << ',' << point.q << ','
             << foundAt(point, result.isHardware) << ',' << point.iterations << ',' << point.maxDelta << ','
@@ -185,6 +218,8 @@ Result readResult(const CsvFile& csv) {
     result.serial = csv.property("serial").nonEmptyText("the serial number of the radio");
     result.date = csv.property("date").nonEmptyText("when the calibration began");
     result.version = readVersion(csv.property("tool"));
+    result.station = readStation(csv);
+    result.verdict = readVerdict(csv);
     result.isHardware = readIsHardware(csv);
     result.settings = readSettings(csv);
     for (std::size_t row = 0; row < csv.rows(); ++row) {

@@ -77,9 +77,10 @@ std::optional<Table> tableOf(const Result& result, std::int32_t Point::*correcti
 LeakageSummary countStates(const Result& result) {
     LeakageSummary summary;
     for (const Point& point : result.points) {
-        ++(point.state == PointState::good   ? summary.good
-           : point.state == PointState::edge ? summary.edge
-                                             : summary.failed);
+        ++(point.state == PointState::good     ? summary.good
+           : point.state == PointState::missed ? summary.missed
+           : point.state == PointState::edge   ? summary.edge
+                                               : summary.failed);
     }
     return summary;
 }
@@ -158,6 +159,8 @@ LeakageSummary summarise(const Result& result, const LeakageDescription& leakage
 
 LeakageSummary summarise(const Result& result) {
     LeakageSummary summary = countStates(result);
+    summary.before = worstOf(leakageBefore(result));
+    summary.after = worstOf(leakageAfter(result));
     summary.firstReading = worstOf(firstReadings(result));
     summary.lastReading = worstOf(lastReadings(result));
     return summary;

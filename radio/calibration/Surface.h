@@ -63,12 +63,13 @@ struct LeakageSummary {
     std::optional<Worst> lastReading;
     /** Points by their state. */
     std::size_t good = 0;
+    std::size_t missed = 0;
     std::size_t edge = 0;
     std::size_t failed = 0;
 };
 
 LeakageSummary summarise(const Result& result, const LeakageDescription& leakage);
-/** Of a calibration on hardware. */
+/** Of a calibration on hardware, or of tables of which no model is known: nothing between the points. */
 LeakageSummary summarise(const Result& result);
 
 /** Whole numbers from `low` to `high`, both among them, with distances as even as can be: `parts` + 1 of

@@ -6,6 +6,7 @@
 #include "radio/board/TableFile.h"
 #include "radio/files/InputError.h"
 #include "radio/tables/Corrections.h"
+#include "radio/tables/LimitLint.h"
 #include "radio/tables/TableLint.h"
 #include "radio/text/Words.h"
 
@@ -39,10 +40,22 @@ void lintStates(const CsvFile& file, Findings& findings) {
             findings.push_back({Severity::warning, state.place(),
                                 node + ": the search ended at the edge of its range; the best corrections "
                                        "may lie beyond"});
+        } else if (state.text() == "missed") {
+            findings.push_back({Severity::warning, state.place(),
+                                node + ": the corrections found did not meet the limits of their board"});
         } else if (state.text() == "failed") {
             findings.push_back(
                 {Severity::error, state.place(), node + ": the search failed; there are no corrections"});
         }
+    }
+}
+
+/** What a calibration says of itself. */
+void lintVerdict(const CsvFile& file, Findings& findings) {
+    const std::optional<CsvItem> verdict = file.findProperty("verdict");
+    if (verdict && verdict->text() != "PASS") {
+        findings.push_back({Severity::warning, verdict->place(),
+                            "limits of its board were not held: " + inQuotes(verdict->text())});
     }
 }
 
@@ -173,6 +186,7 @@ void ChannelLint::run() {
     const Coverage needed{transmitBand(m_board, m_channel), m_board.limits.temperature};
     if (i && q) {
         lintBoth(*i, *q, needed);
+        lintLimits(m_board, m_channel, *m_i, *m_q, m_findings);
     } else if (i || q) {
         const LintedTable& only = i ? *i : *q;
         lintAxes(only.label, only, needed, m_findings);
@@ -193,7 +207,9 @@ void ChannelLint::run() {
 void lintFile(const Board& board, int channel, const TableDescription& table, Findings& findings) {
     const Findings origin = findingsOfOrigin(table, board, channel);
     findings.insert(findings.end(), origin.begin(), origin.end());
-    lintStates(CsvFile(table.file, "a calibration table"), findings);
+    const CsvFile file(table.file, "a calibration table");
+    lintVerdict(file, findings);
+    lintStates(file, findings);
 }
 
 Findings lintFiles(const Board& board) {
@@ -250,6 +266,7 @@ Findings lintCsv(const CsvFile& file) {
     for (const NodeProblem& problem : grid.problems) {
         findings.push_back({Severity::error, {file.place().file, problem.line}, problem.text});
     }
+    lintVerdict(file, findings);
     lintOrder(file, findings);
     lintStates(file, findings);
     bool hasAxes = false;

@@ -1,12 +1,12 @@
 #include "radioctl/calibrate/CalibrationCommandLine.h"
 
 #include "radio/board/CalibrationBounds.h"
-#include "radio/files/Json.h"
 #include "radio/text/Frequency.h"
 #include "radio/text/Numbers.h"
 #include "radio/text/Words.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/options/Values.h"
+#include "radioctl/report/Label.h"
 #include "radioctl/report/Output.h"
 
 #include <algorithm>
@@ -32,16 +32,6 @@ std::string whyNoCarrier(const std::string& word) {
 std::string whyNoShrinkFactor(const std::string& word) {
     const std::optional<double> factor = parseOption(word);
     return factor && isShrinkFactor(*factor) ? "" : inQuotes(word) + ", expected " + shrinkFactorText;
-}
-
-/** A serial number goes into files that others read. */
-std::string whyNoSerial(const std::string& word) {
-    constexpr std::size_t longest = 100;
-    const bool isPrintable = !word.empty() && word.size() <= longest && harmless(word) == word;
-    if (!isUtf8(word)) {
-        return inQuotes(word) + ", expected UTF-8";
-    }
-    return isPrintable ? "" : inQuotes(word) + ", expected 1 to 100 printable characters";
 }
 
 /** Takes a pair of ends; says what is wrong with them. */
@@ -80,6 +70,8 @@ CalibrationCommandLine::CalibrationCommandLine(CommandLine::Command program)
         .named("JOURNAL");
     m_calibrate.flag("--accept-edge", m_options.order.acceptsEdge,
                      "Store also points whose search ended at the\nedge of a range");
+    m_calibrate.flag("--accept-fail", m_options.order.acceptsFail,
+                     "Store tables also when limits of the board\nare not held; they say so");
     m_calibrate.flag("--real-time", m_options.order.isRealTime, "Wait for each settle time");
     addHardwareOption(m_calibrate, m_options.hardware);
     m_calibrate.flag("--force", m_options.isForced,
@@ -127,7 +119,12 @@ void CalibrationCommandLine::addSettings() {
     m_calibrate
         .option("--serial", m_options.order.serial, "Serial number of the radio; otherwise the\nboard's")
         .named("TEXT")
-        .check(whyNoSerial);
+        .check(whyNoLabel);
+    m_calibrate
+        .option("--station", m_options.order.station,
+                "Where it is calibrated; stands in the tables\nand on the page")
+        .named("TEXT")
+        .check(whyNoLabel);
 }
 
 void CalibrationCommandLine::addFiles() {

@@ -113,7 +113,7 @@ public:
 
 private:
     int calibrate(const Board& board, CalibrationRun& run, const std::string& reservation);
-    void writePage(const Board& board, const Result& result);
+    void writePage(const Board& board, const CalibrationOutcome& outcome);
     int exitCode(const CalibrationOutcome& outcome, bool hasLeft) const;
 
     const CalibrationOptions& m_options;
@@ -174,7 +174,7 @@ int CalibrationProgram::calibrate(const Board& board, CalibrationRun& run, const
     m_end.trouble = outcome.trouble;
     if (outcome.isComplete && m_end.trouble.empty()) {
         try {
-            writePage(board, outcome.result);
+            writePage(board, outcome);
         } catch (const InputError& error) {
             m_end.trouble = error.what();
         }
@@ -186,15 +186,18 @@ int CalibrationProgram::calibrate(const Board& board, CalibrationRun& run, const
                                                       : refuse(m_end.trouble, m_options.json, m_end.exitCode);
 }
 
-void CalibrationProgram::writePage(const Board& board, const Result& result) {
+void CalibrationProgram::writePage(const Board& board, const CalibrationOutcome& outcome) {
     if (m_options.html.empty()) {
         return;
     }
+    const Result& result = outcome.result;
+    const std::string stored = storedText(outcome, m_end);
     AtomicFile file(m_options.html);
     if (result.isHardware) {
-        Calibration::writePage(file.stream(), board, result);
+        Calibration::writePage(file.stream(), board, result, stored);
     } else {
-        Calibration::writePage(file.stream(), board, *findLeakage(board, result.settings.channel), result);
+        Calibration::writePage(file.stream(), board, *findLeakage(board, result.settings.channel), result,
+                               stored);
     }
     if (m_interrupt.signal() == 0) {
         file.commit();

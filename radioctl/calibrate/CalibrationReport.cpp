@@ -2,20 +2,17 @@
 
 #include "radio/calibration/Settings.h"
 #include "radio/text/Words.h"
-#include "radioctl/report/JsonLine.h"
 #include "radioctl/report/TextTable.h"
+#include "radioctl/report/VerdictReport.h"
 
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
+#include <vector>
 
 namespace Radio::Calibration {
 
 namespace {
-
-double rounded(double level) {
-    return std::round(level * 100) / 100;
-}
 
 /** A reading is a whole number. */
 std::string readingText(double reading) {
@@ -28,10 +25,6 @@ std::string textOrDash(const std::optional<double>& level) {
 
 std::string textOrDash(const std::optional<std::int32_t>& reading) {
     return reading ? std::to_string(*reading) : "-";
-}
-
-Json roundedOrNull(const std::optional<double>& level) {
-    return level ? Json(rounded(*level)) : Json(nullptr);
 }
 
 std::string placeText(const Worst& worst) {
@@ -60,33 +53,29 @@ std::string temperatureText(const Board& board, const Settings& settings) {
                      std::to_string(settings.temperatures.front()) + " degrees.";
 }
 
-const char* temperatureSource(const Board& board, const Result& result) {
-    return !result.isHardware ? "modelled" : board.hardware.description.sensor ? "sensor" : "given";
+/** What could be stored if it were accepted, and with which options. */
+std::string heldBackText(const CalibrationOutcome& outcome) {
+    std::vector<std::string> reasons;
+    std::vector<std::string> options;
+    if (outcome.isHeldBackByEdge) {
+        reasons.push_back("the search ended at the edge of a range for " +
+                          counted(outcome.summary.edge, "point"));
+        options.emplace_back("--accept-edge");
+    }
+    if (outcome.isHeldBackByFail) {
+        reasons.emplace_back("limits of the board are not held");
+        options.emplace_back("--accept-fail");
+    }
+    return joined(reasons, ", and ") + "; the same once more with " + joined(options, " ") +
+           ", and with --resume after a measurement, stores them.";
 }
 
-Json toJson(const std::optional<Worst>& worst) {
-    return worst ? Json{{"dbc", rounded(worst->level)},
-                        {"khz", worst->frequency},
-                        {"degrees", worst->temperature}}
-                 : Json(nullptr);
-}
+} // namespace
 
-Json readingJson(const std::optional<Worst>& worst) {
-    return worst ? Json{{"reading", std::llround(worst->level)},
-                        {"khz", worst->frequency},
-                        {"degrees", worst->temperature}}
-                 : Json(nullptr);
-}
-
-Json nullIfEmpty(const std::string& text) {
-    return text.empty() ? Json(nullptr) : Json(text);
-}
-
-/** What has to be said about the end of a calibration, so that nobody takes it for another one. */
-std::string verdict(const CalibrationOutcome& outcome, const CalibrationEnd& end) {
-    const LeakageSummary& summary = outcome.summary;
+std::string storedText(const CalibrationOutcome& outcome, const CalibrationEnd& end) {
     if (!outcome.tables.empty()) {
         return (outcome.isUnchanged ? "Stored before, and the same: " : "Stored: ") + outcome.tables +
+               (outcome.verdict.kind() == VerdictKind::fail ? ", marked FAIL (accepted)" : "") +
                (outcome.backup.empty() ? "" : "; what was there is now " + outcome.backup);
     }
     if (end.signal != 0) {
@@ -98,19 +87,15 @@ std::string verdict(const CalibrationOutcome& outcome, const CalibrationEnd& end
     if (outcome.wantedTables.empty()) {
         return "No tables were asked for.";
     }
-    if (summary.failed != 0) {
-        return "No tables were stored: " + counted(summary.failed, "point") +
+    if (outcome.summary.failed != 0) {
+        return "No tables were stored: " + counted(outcome.summary.failed, "point") +
                " without corrections. When what is said about them is mended, " +
                (outcome.result.isHardware
                     ? "--resume measures what could not be measured, and --restart all of it."
                     : "--restart begins anew.");
     }
-    return "No tables were stored: the search ended at the edge of a range for " +
-           counted(summary.edge, "point") +
-           "; the same once more with --accept-edge, and with --resume after a measurement, stores them.";
+    return "No tables were stored: " + heldBackText(outcome);
 }
-
-} // namespace
 
 std::string awaitedText(const AwaitedTemperature& awaited) {
     return "waiting for " + std::to_string(awaited.wanted) + " degrees, now " +
@@ -146,18 +131,22 @@ void CalibrationText::begins(const Board& board, const Result& result, std::size
 void CalibrationText::finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) {
     const Result& result = outcome.result;
     const LeakageSummary& summary = outcome.summary;
+    m_out << "\n";
+    writeText(m_out, outcome.verdict);
+    m_out << harmless(storedText(outcome, end)) << "\n";
     showPoints(result);
     showWorst(summary);
     m_out << "\n"
           << counted(result.points.size(), "point") << " of " << outcome.wanted << ": " << summary.good
-          << " good, " << summary.edge << " at an edge, " << summary.failed << " failed; "
+          << " good, " << (summary.missed == 0 ? "" : std::to_string(summary.missed) + " missed, ")
+          << summary.edge << " at an edge, " << summary.failed << " failed; "
           << counted(outcome.newProbes, "probe") << " made in " << std::fixed << std::setprecision(2)
           << outcome.seconds << " s\n";
     m_out << "Journal: " << harmless(outcome.journal) << "\n";
     if (!end.page.empty()) {
         m_out << "Page: " << harmless(end.page) << "\n";
     }
-    m_out << harmless(verdict(outcome, end)) << "\n" << std::flush;
+    m_out << std::flush;
 }
 
 void CalibrationText::showPoints(const Result& result) {
@@ -207,74 +196,6 @@ void CalibrationText::showWorst(const LeakageSummary& summary) {
     addWorst(table, "calibrated, between the nodes", summary.between);
     m_out << "\nWorst modelled leakage\n";
     table.write(m_out);
-}
-
-void CalibrationJson::warns(const std::string& reservation) {
-    writeJsonLine(m_out, {{"event", "warning"}, {"text", reservation}});
-}
-
-void CalibrationJson::awaits(const AwaitedTemperature& awaited, bool /*isBeginning*/) {
-    writeJsonLine(m_out, {{"event", "awaiting"}, {"degrees", awaited.wanted}, {"now", orNull(awaited.now)}});
-}
-
-void CalibrationJson::begins(const Board& board, const Result& result, std::size_t knownProbes) {
-    writeJsonLine(m_out, {{"event", "calibration"},
-                          {"file", board.file.string()},
-                          {"serial", result.serial},
-                          {"date", result.date},
-                          {"known_probes", knownProbes},
-                          {"mode", result.isHardware ? "hardware" : "simulation"},
-                          {"temperature", temperatureSource(board, result)},
-                          {"settings", toJson(result.settings)}});
-}
-
-void CalibrationJson::calibrated(const Point& point) {
-    const bool isFound = point.state != PointState::failed;
-    Json event = {{"event", "point"},
-                  {"khz", point.frequency},
-                  {"degrees", point.temperature},
-                  {"state", toString(point.state)},
-                  {"remark", nullIfEmpty(point.remark)},
-                  {"i", isFound ? Json(point.i) : Json(nullptr)},
-                  {"q", isFound ? Json(point.q) : Json(nullptr)}};
-    event["before_dbc"] = roundedOrNull(point.before);
-    event["after_dbc"] = isFound ? roundedOrNull(point.after) : Json(nullptr);
-    if (!point.before) {
-        event["first_reading"] = orNull(point.firstReading);
-        event["last_reading"] = isFound ? orNull(point.lastReading) : Json(nullptr);
-    }
-    event["iterations"] = point.iterations;
-    event["max_delta"] = point.maxDelta;
-    event["probes"] = point.probes.size();
-    writeJsonLine(m_out, event);
-}
-
-void CalibrationJson::finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) {
-    const Result& result = outcome.result;
-    const LeakageSummary& summary = outcome.summary;
-    Json event = {{"event", "calibrated"},
-                  {"points", result.points.size()},
-                  {"wanted_points", outcome.wanted},
-                  {"good", summary.good},
-                  {"edge", summary.edge},
-                  {"failed", summary.failed},
-                  {"probes", outcome.newProbes},
-                  {"known_probes", outcome.knownProbes}};
-    event["worst_before"] = toJson(summary.before);
-    event["worst_after"] = toJson(summary.after);
-    event["worst_between"] = toJson(summary.between);
-    if (result.isHardware) {
-        event["highest_first_reading"] = readingJson(summary.firstReading);
-        event["highest_last_reading"] = readingJson(summary.lastReading);
-    }
-    event["tables"] = nullIfEmpty(outcome.tables);
-    event["backup"] = nullIfEmpty(outcome.backup);
-    event["journal"] = outcome.journal;
-    event["page"] = nullIfEmpty(end.page);
-    event["elapsed_seconds"] = outcome.seconds;
-    event["interrupted"] = end.signal != 0;
-    event["exit_code"] = end.exitCode;
-    writeJsonLine(m_out, event);
 }
 
 } // namespace Radio::Calibration

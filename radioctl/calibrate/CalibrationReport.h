@@ -20,6 +20,9 @@ struct CalibrationEnd {
     int exitCode = 0;
 };
 
+/** Whether tables were stored, and why not: so that nobody takes a calibration for another one. */
+std::string storedText(const CalibrationOutcome& outcome, const CalibrationEnd& end);
+
 /** "waiting for 25 degrees, now 21" */
 std::string awaitedText(const AwaitedTemperature& awaited);
 

@@ -47,10 +47,10 @@ _radioctl()
             console) word="--help --json --hardware --dry-run --trace --verbose" ;;
             explain) word="--help --json --channel --tx --rx" ;;
             audit) word="--help --json --hardware --csv" ;;
-            thermal) word="--help --json --carrier --csv --html" ;;
+            thermal) word="--help --json --carrier --station --csv --html" ;;
             calibrate) word="--help --json --hardware --force --verbose --channel --band --step --temperatures --i-range --q-range
-                --shrink --min-delta --max-iterations --settle-time --detector --serial --journal --out --html
-                --resume --restart --offline --accept-edge --real-time" ;;
+                --shrink --min-delta --max-iterations --settle-time --detector --serial --station --journal --out --html
+                --resume --restart --offline --accept-edge --accept-fail --real-time" ;;
             diff) word="--help --json --board --channel --all" ;;
             why) word="--help --json --channel --frequency --temperature" ;;
             check) word="--help --json --all --strict --hardware" ;;

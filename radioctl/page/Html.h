@@ -4,6 +4,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /** What the pages have in common that radioctl writes: each stands alone, and asks nobody for anything. */
 namespace Radio::Page {
@@ -25,6 +26,10 @@ std::string numberCell(const std::string& text);
 /** Everything in front of what a page says. `title` is fit for a page. */
 void writeBeginning(std::ostream& out, const std::string& title);
 void writeEnd(std::ostream& out);
+
+/** What came of it, before anything else is shown. `kind` is "pass", "fail" or "none"; the lines are fit for
+ * a page. */
+void writeVerdict(std::ostream& out, const std::string& kind, const std::vector<std::string>& lines);
 
 /** A drawing and what it is called. */
 void writeFigure(std::ostream& out, const std::string& caption, const std::string& svg);

@@ -13,25 +13,6 @@ namespace {
 /** More than a screen has columns. */
 constexpr std::int64_t parts = 1000;
 
-struct TimeUnit {
-    std::string_view name;
-    std::int64_t seconds;
-};
-
-/** The unit in which a time is read most easily. */
-TimeUnit unitFor(std::int64_t seconds) {
-    constexpr std::int64_t minute = 60;
-    constexpr std::int64_t hour = 60 * minute;
-    constexpr std::int64_t day = 24 * hour;
-    if (seconds <= 5 * minute) {
-        return {"seconds", 1};
-    }
-    if (seconds <= 3 * hour) {
-        return {"minutes", minute};
-    }
-    return seconds <= 3 * day ? TimeUnit{"hours", hour} : TimeUnit{"days", day};
-}
-
 std::string scriptFor(const Plot& plot) {
     const TimeUnit unit = unitFor(plot.end - plot.begin);
     const auto scaled = [&](std::int64_t seconds) {
@@ -110,6 +91,19 @@ std::vector<Point> Series::points() const {
         points.push_back({m_end, points.back().value});
     }
     return points;
+}
+
+TimeUnit unitFor(std::int64_t seconds) {
+    constexpr std::int64_t minute = 60;
+    constexpr std::int64_t hour = 60 * minute;
+    constexpr std::int64_t day = 24 * hour;
+    if (seconds <= 5 * minute) {
+        return {"seconds", 1};
+    }
+    if (seconds <= 3 * hour) {
+        return {"minutes", minute};
+    }
+    return seconds <= 3 * day ? TimeUnit{"hours", hour} : TimeUnit{"days", day};
 }
 
 std::string drawSvg(const Plot& plot) {

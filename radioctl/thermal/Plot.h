@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Radio::Thermal {
@@ -44,6 +45,14 @@ struct Curve {
     bool isDashed;
     std::vector<Point> points;
 };
+
+struct TimeUnit {
+    std::string_view name;
+    std::int64_t seconds;
+};
+
+/** The unit in which a time is read most easily. */
+TimeUnit unitFor(std::int64_t seconds);
 
 /** Curves over one time. All texts are the program's own, without quotation marks. */
 struct Plot {

@@ -5,6 +5,7 @@
 #include "radio/text/WordError.h"
 #include "radio/text/Words.h"
 #include "radioctl/options/ExitCode.h"
+#include "radioctl/report/Label.h"
 #include "radioctl/report/Output.h"
 
 #include <string_view>
@@ -53,6 +54,9 @@ ThermalCommandLine::ThermalCommandLine(CommandLine::Command program)
                 "Write a line for each temperature and\nchannel; - is standard output")
         .named("FILE");
     m_thermal.option("--html", m_options.html, "Write a page with plots (needs gnuplot)").named("FILE");
+    m_thermal.option("--station", m_options.station, "Where it is replayed; stands on the page")
+        .named("TEXT")
+        .check(whyNoLabel);
     m_thermal.json(m_options.json);
 }
 

@@ -2,6 +2,7 @@
 
 #include "radio/text/Words.h"
 #include "radioctl/page/Html.h"
+#include "radioctl/report/VerdictReport.h"
 
 #include <utility>
 
@@ -11,35 +12,8 @@ namespace {
 
 using namespace Page;
 
-std::string momentCell(std::int64_t seconds, std::int32_t degrees) {
-    return cell("at " + std::to_string(seconds) + " s, " + std::to_string(degrees) + " °C");
-}
-
-void writeWorst(std::ostream& out, const std::string& what, const WorstFigure& without,
-                const WorstFigure& with) {
-    out << "<tr>" << cell(what) << numberCell(levelText(without.dBc))
-        << momentCell(without.seconds, without.degrees) << numberCell(levelText(with.dBc))
-        << momentCell(with.seconds, with.degrees) << "</tr>\n";
-}
-
-void writeWorst(std::ostream& out, const WorstFigures& worst) {
-    out << "<table>\n<tr><th>worst</th><th colspan=\"2\">without compensation</th>"
-           "<th colspan=\"2\">with compensation</th></tr>\n";
-    writeWorst(out, "image", worst.imageWithout, worst.image);
-    writeWorst(out, "carrier leakage", worst.leakageWithout, worst.leakage);
-    out << "</table>\n";
-}
-
-void writeDrivers(std::ostream& out, const std::vector<DriverTotals>& drivers) {
-    out << "<table>\n<tr><th>driver</th><th class=\"number\">writes</th><th class=\"number\">unchanged</th>"
-           "<th class=\"number\">largest step</th><th></th></tr>\n";
-    for (const DriverTotals& driver : drivers) {
-        const std::optional<LargestStep>& step = driver.largestStep;
-        out << "<tr>" << cell(inHtml(driver.driver)) << numberCell(std::to_string(driver.writes))
-            << numberCell(std::to_string(driver.unchanged)) << numberCell(stepText(driver))
-            << (step && step->size != 0 ? momentCell(step->seconds, step->degrees) : cell("")) << "</tr>\n";
-    }
-    out << "</table>\n";
+void writeLine(std::ostream& out, const std::string& what, const std::string& value) {
+    out << "<tr><th>" << what << "</th>" << cell(value) << "</tr>\n";
 }
 
 } // namespace
@@ -57,6 +31,7 @@ ThermalPage::ChannelSeries::ChannelSeries(const Series& empty)
 
 ThermalPage::ThermalPage(const Subject& subject)
     : m_subject(subject),
+      m_unit(unitFor(subject.log.back().seconds - subject.log.front().seconds)),
       m_empty(subject.log.front().seconds, subject.log.back().seconds) {}
 
 void ThermalPage::told(const ChannelTotals& channel, const Moment& moment) {
@@ -75,22 +50,22 @@ void ThermalPage::told(const ChannelTotals& channel, const Moment& moment) {
     }
 }
 
-void ThermalPage::write(std::ostream& out, const ReplayTotals& totals) const {
-    const ThermalLog& log = m_subject.log;
+void ThermalPage::write(std::ostream& out, const ReplayTotals& totals, const Verdict& verdict) const {
     const std::string name = inHtml(m_subject.board.name);
     writeBeginning(out, name + ": compensation over temperature");
-    out << "<h1>Transmit IQ compensation over temperature</h1>\n"
-        << "<p>" << name << " (" << inHtml(m_subject.board.file.string()) << ")<br/>\n"
-        << inHtml(m_subject.logFile) << ": " << counted(log.size(), "sample") << " in "
-        << log.back().seconds - log.front().seconds << " s, " << temperatureSpan(log) << " Celsius; "
-        << counted(totals.notifications, "notification") << "</p>\n";
+    out << "<h1>Transmit IQ compensation over temperature</h1>\n";
+    writeVerdict(out, verdictWord(verdict), linesOf(verdict));
+    out << "<p>" << name << ", serial " << inHtml(m_subject.serial()) << ", "
+        << (m_subject.station.empty() ? "" : "station " + inHtml(m_subject.station) + ", ") << m_subject.date
+        << ", radioctl " << inHtml(m_subject.version) << "</p>\n";
     if (totals.complaints != 0) {
-        out << "<p>The radio complained, " << counted(totals.complaints, "time")
-            << ", first: " << inHtml(totals.firstComplaint) << "</p>\n";
+        out << "<div class=\"warning\">\n<p>The radio complained, " << counted(totals.complaints, "time")
+            << ", first: " << inHtml(totals.firstComplaint) << "</p>\n</div>\n";
     }
     out << "<p class=\"note\">The library was told every change of the temperature, and wrote what is shown. "
            "Image and carrier leakage are those of the modelled transmitter, relative to its signal: the "
            "lower, the cleaner. Without compensation all four words are 0.</p>\n";
+    writeSubject(out, totals);
     if (!m_channels.empty()) {
         writePlot(out, "temperature", "Temperature", "degrees Celsius",
                   {{"temperature", blue, false, m_channels.begin()->second.temperature.points()}});
@@ -99,6 +74,62 @@ void ThermalPage::write(std::ostream& out, const ReplayTotals& totals) const {
         writeChannel(out, channel);
     }
     writeEnd(out);
+}
+
+void ThermalPage::writeSubject(std::ostream& out, const ReplayTotals& totals) const {
+    const ThermalLog& log = m_subject.log;
+    out << "<h2>What was replayed</h2>\n<table>\n";
+    writeLine(out, "board",
+              inHtml(m_subject.board.name) + " (" + inHtml(m_subject.board.file.string()) + ")");
+    writeLine(out, "serial", inHtml(m_subject.serial()));
+    if (!m_subject.station.empty()) {
+        writeLine(out, "station", inHtml(m_subject.station));
+    }
+    writeLine(out, "date", m_subject.date + " (UTC)");
+    writeLine(out, "tool", "radioctl " + inHtml(m_subject.version));
+    writeLine(out, "log",
+              inHtml(m_subject.logFile) + ": " + counted(log.size(), "sample") + " in " +
+                  timeText(log.back().seconds));
+    writeLine(out, "temperatures", temperatureSpan(log) + " Celsius");
+    writeLine(out, "told", counted(totals.notifications, "notification"));
+    out << "</table>\n";
+}
+
+std::string ThermalPage::timeText(std::int64_t seconds) const {
+    const std::int64_t since = seconds - m_subject.log.front().seconds;
+    return (m_unit.seconds == 1
+                ? std::to_string(since)
+                : inTwoDecimals(static_cast<double>(since) / static_cast<double>(m_unit.seconds))) +
+           " " + std::string(m_unit.name);
+}
+
+std::string ThermalPage::momentCell(std::int64_t seconds, std::int32_t degrees) const {
+    return cell("at " + timeText(seconds) + ", " + std::to_string(degrees) + " °C");
+}
+
+void ThermalPage::writeWorst(std::ostream& out, const WorstFigures& worst) const {
+    out << "<table>\n<tr><th>worst</th><th colspan=\"2\">without compensation</th>"
+           "<th colspan=\"2\">with compensation</th></tr>\n";
+    const auto writeRow = [&](const char* what, const WorstFigure& without, const WorstFigure& with) {
+        out << "<tr>" << cell(what) << numberCell(levelText(without.dBc))
+            << momentCell(without.seconds, without.degrees) << numberCell(levelText(with.dBc))
+            << momentCell(with.seconds, with.degrees) << "</tr>\n";
+    };
+    writeRow("image", worst.imageWithout, worst.image);
+    writeRow("carrier leakage", worst.leakageWithout, worst.leakage);
+    out << "</table>\n";
+}
+
+void ThermalPage::writeDrivers(std::ostream& out, const std::vector<DriverTotals>& drivers) const {
+    out << "<table>\n<tr><th>driver</th><th class=\"number\">writes</th><th class=\"number\">unchanged</th>"
+           "<th class=\"number\">largest step</th><th></th></tr>\n";
+    for (const DriverTotals& driver : drivers) {
+        const std::optional<LargestStep>& step = driver.largestStep;
+        out << "<tr>" << cell(inHtml(driver.driver)) << numberCell(std::to_string(driver.writes))
+            << numberCell(std::to_string(driver.unchanged)) << numberCell(stepText(driver))
+            << (step && step->size != 0 ? momentCell(step->seconds, step->degrees) : cell("")) << "</tr>\n";
+    }
+    out << "</table>\n";
 }
 
 void ThermalPage::writeChannel(std::ostream& out, const ChannelTotals& channel) const {

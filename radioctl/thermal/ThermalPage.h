@@ -4,6 +4,7 @@
 #include "radioctl/thermal/Plot.h"
 #include "radioctl/thermal/ThermalReport.h"
 
+#include <cstdint>
 #include <map>
 #include <ostream>
 #include <string>
@@ -19,7 +20,7 @@ public:
 
     void told(const ChannelTotals& channel, const Moment& moment) override;
     /** Writes the page. Throws InputError when the plots cannot be drawn. */
-    void write(std::ostream& out, const ReplayTotals& totals) const;
+    void write(std::ostream& out, const ReplayTotals& totals, const Verdict& verdict) const;
 
 private:
     /** What is plotted of one channel. */
@@ -37,11 +38,18 @@ private:
         Series phase;
     };
 
+    void writeSubject(std::ostream& out, const ReplayTotals& totals) const;
+    void writeWorst(std::ostream& out, const WorstFigures& worst) const;
+    void writeDrivers(std::ostream& out, const std::vector<DriverTotals>& drivers) const;
+    /** A time in the unit of the plots, from the beginning of the log as there. */
+    std::string timeText(std::int64_t seconds) const;
+    std::string momentCell(std::int64_t seconds, std::int32_t degrees) const;
     void writeChannel(std::ostream& out, const ChannelTotals& channel) const;
     void writePlot(std::ostream& out, const std::string& id, const std::string& title,
                    const std::string& yLabel, std::vector<Curve> curves) const;
 
     const Subject& m_subject;
+    TimeUnit m_unit;
     Series m_empty;
     std::map<int, ChannelSeries> m_channels;
 };

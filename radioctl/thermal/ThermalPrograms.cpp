@@ -7,6 +7,7 @@
 #include "radio/session/BootedRadio.h"
 #include "radio/text/Words.h"
 #include "radio/thermal/ThermalLog.h"
+#include "radio/thermal/ThermalVerdict.h"
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/page/Gnuplot.h"
@@ -17,6 +18,7 @@
 
 #include <algorithm>
 #include <array>
+#include <ctime>
 #include <iostream>
 #include <iterator>
 #include <memory>
@@ -66,6 +68,16 @@ std::string whyNoFiles(const ThermalOptions& options) {
     return {};
 }
 
+/** For example "2026-03-01T09:30:00Z". */
+std::string utcNow() {
+    const std::time_t now = std::time(nullptr);
+    std::tm utc{};
+    gmtime_r(&now, &utc);
+    std::array<char, 32> text{};
+    static_cast<void>(std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &utc));
+    return text.data();
+}
+
 /** One replay from the command line to the exit code. */
 class ThermalRun {
 public:
@@ -79,7 +91,7 @@ private:
     std::unique_ptr<ThermalReport> makeReport(const Subject& subject) const;
     void openFiles(const Subject& subject);
     /** Puts the files in their places, unless the user wants to leave. Gives what went wrong, or nothing. */
-    std::string commit(const ReplayTotals& totals);
+    std::string commit(const ReplayTotals& totals, const Verdict& verdict);
 
     const ThermalOptions& m_options;
     const Interrupt m_interrupt;
@@ -100,7 +112,7 @@ int ThermalRun::run() {
         return refuse(wrong, m_options.json, ExitCode::wrongCommandLine);
     }
     const ThermalLog log = readThermalLog(m_options.log);
-    return replayOn({board, m_options.log, log});
+    return replayOn({board, m_options.log, log, m_options.station, utcNow(), RADIOCTL_VERSION});
 }
 
 std::unique_ptr<ThermalReport> ThermalRun::makeReport(const Subject& subject) const {
@@ -125,10 +137,10 @@ void ThermalRun::openFiles(const Subject& subject) {
     }
 }
 
-std::string ThermalRun::commit(const ReplayTotals& totals) {
+std::string ThermalRun::commit(const ReplayTotals& totals, const Verdict& verdict) {
     try {
         if (m_page) {
-            m_page->write(m_htmlFile->stream(), totals);
+            m_page->write(m_htmlFile->stream(), totals, verdict);
         }
         // Ctrl-C reaches gnuplot too, which then has drawn nothing.
         if (m_interrupt.signal() == 0 && m_csvFile) {
@@ -166,12 +178,14 @@ int ThermalRun::replayOn(const Subject& subject) {
     }
     ReplayEnd end;
     end.seconds = result.seconds;
-    const std::string notWritten = result.isComplete ? commit(result.totals) : "";
+    end.verdict = verdictOn(result, subject.board.limits);
+    const std::string notWritten = result.isComplete ? commit(result.totals, end.verdict) : "";
     end.signal = m_interrupt.signal();
-    end.exitCode = end.signal != 0                 ? ExitCode::signalBase + end.signal
-                   : !notWritten.empty()           ? ExitCode::unusableInput
-                   : result.totals.complaints != 0 ? ExitCode::outsideLimits
-                                                   : ExitCode::good;
+    const bool isGood = result.totals.complaints == 0 && end.verdict.kind() != VerdictKind::fail;
+    end.exitCode = end.signal != 0       ? ExitCode::signalBase + end.signal
+                   : !notWritten.empty() ? ExitCode::unusableInput
+                   : isGood              ? ExitCode::good
+                                         : ExitCode::outsideLimits;
     report->finished(result.totals, end);
     if (!notWritten.empty()) {
         return refuse(notWritten, m_options.json, end.exitCode);

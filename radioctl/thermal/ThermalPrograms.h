@@ -18,6 +18,8 @@ struct ThermalOptions {
     std::string csv;
     /** A file, or empty. */
     std::string html;
+    /** Where it is replayed; empty: nobody says. */
+    std::string station;
 };
 
 /** Replays a temperature log on a board and reports what came of it; gives the exit code. */

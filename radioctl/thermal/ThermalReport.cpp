@@ -3,6 +3,7 @@
 #include "radio/text/Words.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/TextTable.h"
+#include "radioctl/report/VerdictReport.h"
 
 #include <algorithm>
 #include <array>
@@ -66,7 +67,8 @@ void ThermalText::finished(const ReplayTotals& totals, const ReplayEnd& end) {
     m_out << m_subject.board.name << " (" << m_subject.board.file.string() << ")\n"
           << m_subject.logFile << ": " << counted(m_subject.log.size(), "sample") << " in "
           << m_subject.log.back().seconds - m_subject.log.front().seconds << " s, "
-          << temperatureSpan(m_subject.log) << "\n";
+          << temperatureSpan(m_subject.log) << "\n\n";
+    writeText(m_out, end.verdict);
     std::uint64_t writes = 0;
     std::uint64_t unchanged = 0;
     for (const ChannelTotals& channel : totals.channels) {
@@ -169,6 +171,10 @@ void ThermalJson::finished(const ReplayTotals& totals, const ReplayEnd& end) {
                    {"notifications", totals.notifications},
                    {"complaints", totals.complaints},
                    {"first_complaint", totals.complaints == 0 ? Json(nullptr) : Json(totals.firstComplaint)},
+                   {"serial", m_subject.serial()},
+                   {"station", m_subject.station.empty() ? Json(nullptr) : Json(m_subject.station)},
+                   {"verdict", verdictJson(end.verdict)},
+                   {"limits", limitsJson(end.verdict)},
                    {"elapsed_seconds", end.seconds},
                    {"interrupted", end.signal != 0},
                    {"exit_code", end.exitCode}});

@@ -2,6 +2,7 @@
 #define RADIOCTL_THERMAL_THERMALREPORT_H
 
 #include "radio/board/Board.h"
+#include "radio/board/Verdict.h"
 #include "radio/thermal/Replay.h"
 #include "radio/thermal/ThermalLog.h"
 
@@ -16,10 +17,20 @@ struct Subject {
     /** The log as the user calls it. */
     std::string logFile;
     const ThermalLog& log;
+    /** Where it is replayed; empty when nobody said. */
+    std::string station{};
+    /** When, in UTC, for example "2026-03-01T09:30:00Z", and by which version of the program. */
+    std::string date{};
+    std::string version{};
+
+    /** "unknown" when the board does not say. */
+    std::string serial() const { return board.serial.empty() ? "unknown" : board.serial; }
 };
 
 /** How a replay ended, and how long it took. */
 struct ReplayEnd {
+    /** What the limits of the board make of it. */
+    Verdict verdict;
     /** The signal that ended it early; 0 for none. */
     int signal = 0;
     double seconds = 0;

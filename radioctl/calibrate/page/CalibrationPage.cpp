@@ -1,13 +1,16 @@
 #include "radioctl/calibrate/page/CalibrationPage.h"
 
+#include "radio/calibration/LeakageVerdict.h"
 #include "radio/calibration/SearchDrivers.h"
 #include "radio/calibration/Surface.h"
 #include "radio/text/Median.h"
 #include "radio/text/Words.h"
 #include "radioctl/calibrate/page/CorrectionFigures.h"
 #include "radioctl/calibrate/page/LeakageFigures.h"
+#include "radioctl/calibrate/page/PointLists.h"
 #include "radioctl/calibrate/page/SearchFigures.h"
 #include "radioctl/page/Html.h"
+#include "radioctl/report/VerdictReport.h"
 
 #include <algorithm>
 #include <sstream>
@@ -19,19 +22,10 @@ namespace {
 
 using namespace Page;
 
-/** More points than this are not listed at the top of the page. */
-constexpr std::size_t mostNamed = 20;
-/** More lines than this make a page that browsers are slow with. */
-constexpr std::size_t mostLines = 2000;
-
 std::string numberText(double number) {
     std::ostringstream text;
     text << number;
     return text.str();
-}
-
-std::string placeText(std::uint32_t frequency, std::int32_t temperature) {
-    return std::to_string(frequency) + " kHz, " + std::to_string(temperature) + " °C";
 }
 
 std::string rangeText(const Range& range) {
@@ -66,6 +60,9 @@ void writeParameters(std::ostream& out, const Board& board, const SearchDrivers&
     out << "<h2>How it was calibrated</h2>\n<table>\n";
     writeLine(out, "board", inHtml(board.name) + " (" + inHtml(board.file.string()) + ")");
     writeLine(out, "serial", inHtml(result.serial));
+    if (!result.station.empty()) {
+        writeLine(out, "station", inHtml(result.station));
+    }
     writeLine(out, "channel", std::to_string(settings.channel));
     if (result.isHardware) {
         writeLine(out, "mode", std::string(hardwareMode));
@@ -89,7 +86,7 @@ void writeWorst(std::ostream& out, const std::string& what, const std::optional<
     out << "<tr>" << cell(what);
     if (worst) {
         out << numberCell(inTwoDecimals(worst->level))
-            << cell(placeText(worst->frequency, worst->temperature));
+            << cell(pointPlace(worst->frequency, worst->temperature));
     } else {
         out << numberCell("-") << cell("not every point has corrections");
     }
@@ -116,7 +113,7 @@ void writeEffort(std::ostream& out, const Result& result) {
 void writeReading(std::ostream& out, const std::string& what, const std::optional<Worst>& worst) {
     out << "<tr>" << cell(what);
     if (worst) {
-        out << numberCell(numberText(worst->level)) << cell(placeText(worst->frequency, worst->temperature));
+        out << numberCell(numberText(worst->level)) << cell(pointPlace(worst->frequency, worst->temperature));
     } else {
         out << numberCell("-") << cell("no point has corrections");
     }
@@ -137,89 +134,31 @@ void writeSummary(std::ostream& out, const LeakageSummary& summary, const Result
         writeWorst(out, "after, also between the points", summary.between);
     }
     out << "</table>\n<p>" << counted(result.points.size(), "point") << ": " << summary.good << " good, "
-        << summary.edge << " at the edge of a search range, " << summary.failed << " failed. ";
+        << (summary.missed == 0 ? "" : std::to_string(summary.missed) + " missed a limit, ") << summary.edge
+        << " at the edge of a search range, " << summary.failed << " failed. ";
     writeEffort(out, result);
     out << "</p>\n";
 }
 
-bool isBad(const Point* point) {
-    return point->state != PointState::good;
-}
-
-/** Names the points that a person should look at before the tables are used. */
-void writeWarnings(std::ostream& out, const std::vector<const Point*>& points) {
-    const auto bad = static_cast<std::size_t>(std::count_if(points.begin(), points.end(), isBad));
-    if (bad == 0) {
-        return;
-    }
-    out << "<div class=\"warning\">\n<p>Look at these points before the tables are used:</p>\n<ul>\n";
-    std::size_t named = 0;
-    for (const Point* point : points) {
-        if (isBad(point) && named < mostNamed) {
-            out << "<li>" << placeText(point->frequency, point->temperature) << ": " << toString(point->state)
-                << (point->remark.empty() ? "" : ", " + inHtml(point->remark)) << "</li>\n";
-            ++named;
-        }
-    }
-    if (bad > named) {
-        out << "<li>and " << bad - named << " more, in the table at the end</li>\n";
-    }
-    out << "</ul>\n</div>\n";
-}
-
-std::string textOf(const std::optional<double>& level) {
-    return level ? inTwoDecimals(*level) : "-";
-}
-
-std::string textOf(const std::optional<std::int32_t>& reading) {
-    return reading ? std::to_string(*reading) : "-";
-}
-
-void writePoint(std::ostream& out, const Point& point, bool isHardware) {
-    const bool isFailed = point.state == PointState::failed;
-    out << (point.state == PointState::good ? "<tr>" : "<tr class=\"bad\">")
-        << numberCell(std::to_string(point.frequency)) << numberCell(std::to_string(point.temperature))
-        << cell(std::string(toString(point.state))) << numberCell(isFailed ? "-" : std::to_string(point.i))
-        << numberCell(isFailed ? "-" : std::to_string(point.q))
-        << numberCell(isHardware ? textOf(point.firstReading) : textOf(point.before))
-        << numberCell(isFailed     ? "-"
-                      : isHardware ? textOf(point.lastReading)
-                                   : textOf(point.after))
-        << numberCell(std::to_string(point.iterations)) << cell(inHtml(point.remark)) << "</tr>\n";
-}
-
-void writePoints(std::ostream& out, std::vector<const Point*> points, bool isHardware) {
-    out << "<h2>All points</h2>\n";
-    if (points.size() > mostLines) {
-        // Those that matter are not to be the ones that are left out.
-        std::stable_partition(points.begin(), points.end(), isBad);
-        out << "<p>Those that are not good, and some of the others: " << mostLines << " of " << points.size()
-            << ".</p>\n";
-        points.resize(mostLines);
-    }
-    out << "<table>\n<tr><th class=\"number\">kHz</th><th class=\"number\">°C</th><th>state</th>"
-           "<th class=\"number\">I</th><th class=\"number\">Q</th>"
-        << (isHardware ? "<th class=\"number\">first reading</th><th class=\"number\">last reading</th>"
-                       : "<th class=\"number\">before, dBc</th><th class=\"number\">after, dBc</th>")
-        << "<th class=\"number\">iterations</th><th>remark</th></tr>\n";
-    for (const Point* point : points) {
-        writePoint(out, *point, isHardware);
-    }
-    out << "</table>\n";
-}
-
 /** `leakage` is null on hardware. */
 void writeWholePage(std::ostream& out, const Board& board, const LeakageDescription* leakage,
-                    const Result& result) {
+                    const Result& result, const std::string& stored) {
     std::vector<const Point*> points;
     for (const Point& point : result.points) {
         points.push_back(&point);
     }
     writeBeginning(out, inHtml(board.name) + ": calibration of the LO leakage");
-    out << "<h1>Calibration of the LO leakage</h1>\n"
-        << "<p>" << inHtml(board.name) << ", serial " << inHtml(result.serial) << ", channel "
-        << result.settings.channel << ", " << inHtml(result.date) << "</p>\n";
-    writeSummary(out, leakage != nullptr ? summarise(result, *leakage) : summarise(result), result);
+    const LeakageSummary summary = leakage != nullptr ? summarise(result, *leakage) : summarise(result);
+    out << "<h1>Calibration of the LO leakage</h1>\n";
+    const Verdict verdict = verdictOn(result, summary, board.limits);
+    std::vector<std::string> lines = linesOf(verdict);
+    lines.push_back(stored);
+    writeVerdict(out, verdictWord(verdict), lines);
+    out << "<p>" << inHtml(board.name) << ", serial " << inHtml(result.serial) << ", channel "
+        << result.settings.channel << ", "
+        << (result.station.empty() ? "" : "station " + inHtml(result.station) + ", ") << inHtml(result.date)
+        << ", radioctl " << inHtml(result.version) << "</p>\n";
+    writeSummary(out, summary, result);
     writeWarnings(out, points);
     out << (leakage != nullptr
                 ? "<p class=\"note\">Leakage is that of the modelled transmitter, relative to its signal: "
@@ -245,13 +184,13 @@ void writeWholePage(std::ostream& out, const Board& board, const LeakageDescript
 
 } // namespace
 
-void writePage(std::ostream& out, const Board& board, const LeakageDescription& leakage,
-               const Result& result) {
-    writeWholePage(out, board, &leakage, result);
+void writePage(std::ostream& out, const Board& board, const LeakageDescription& leakage, const Result& result,
+               const std::string& stored) {
+    writeWholePage(out, board, &leakage, result, stored);
 }
 
-void writePage(std::ostream& out, const Board& board, const Result& result) {
-    writeWholePage(out, board, nullptr, result);
+void writePage(std::ostream& out, const Board& board, const Result& result, const std::string& stored) {
+    writeWholePage(out, board, nullptr, result, stored);
 }
 
 } // namespace Radio::Calibration

@@ -27,6 +27,7 @@ HeatMap mapOf(const Surface& surface) {
 /** Where the points are, by their state. */
 struct Marks {
     std::vector<PlotPoint> good;
+    std::vector<PlotPoint> missed;
     std::vector<PlotPoint> edge;
     std::vector<PlotPoint> failed;
 };
@@ -48,13 +49,14 @@ Marks marksOf(const Result& result, const HeatMap& map) {
     Marks marks;
     for (std::size_t i = 0; i < states.size(); ++i) {
         if (states[i]) {
-            std::vector<PlotPoint>& those = states[i] == PointState::good   ? marks.good
-                                            : states[i] == PointState::edge ? marks.edge
-                                                                            : marks.failed;
+            std::vector<PlotPoint>& those = states[i] == PointState::good     ? marks.good
+                                            : states[i] == PointState::missed ? marks.missed
+                                            : states[i] == PointState::edge   ? marks.edge
+                                                                              : marks.failed;
             those.push_back({map.x.nodes[i % columns], map.y.nodes[i / columns]});
         }
     }
-    for (std::vector<PlotPoint>* those : {&marks.good, &marks.edge, &marks.failed}) {
+    for (std::vector<PlotPoint>* those : {&marks.good, &marks.missed, &marks.edge, &marks.failed}) {
         if (those->size() > mostMarksOfAKind) {
             those->clear();
         }
@@ -70,6 +72,7 @@ struct MarkStyle {
     double sizeBelow;
 };
 constexpr MarkStyle goodStyle{7, 0.25, 7, 0.45};
+constexpr MarkStyle missedStyle{4, 0.8, 7, 1.1};
 constexpr MarkStyle edgeStyle{8, 0.9, 7, 1.2};
 constexpr MarkStyle failedStyle{2, 0.8, 7, 1.1};
 constexpr MarkStyle worstStyle{6, 1.4, 6, 1.6};
@@ -113,12 +116,14 @@ void writeFigureOf(std::ostream& out, const Frame& frame, const Surface& surface
         worst.push_back({inGHz(found->frequency), static_cast<double>(found->temperature)});
     }
     writeBlock(script, "good", frame.marks.good);
+    writeBlock(script, "missed", frame.marks.missed);
     writeBlock(script, "edge", frame.marks.edge);
     writeBlock(script, "failed", frame.marks.failed);
     writeBlock(script, "worst", worst);
     // A plot needs something to begin with, even if no cell has a level.
     script << "plot " << (worst.empty() ? "NaN notitle" : mapPlot);
     writeMarks(script, "good", frame.marks.good, goodStyle, "point");
+    writeMarks(script, "missed", frame.marks.missed, missedStyle, "missed a limit");
     writeMarks(script, "edge", frame.marks.edge, edgeStyle, "at the edge of the search range");
     writeMarks(script, "failed", frame.marks.failed, failedStyle, "failed");
     writeMarks(script, "worst", worst, worstStyle, frame.worst);

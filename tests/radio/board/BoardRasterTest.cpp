@@ -304,7 +304,8 @@ TEST_F(BoardRasterTest, NegativeLimitIsRefused) {
 TEST_F(BoardRasterTest, UnknownLimitIsRefusedAndTheNearestOffered) {
     EXPECT_EQ(refusedText("[limits]\nrf_ppl = [1, 2]\n"),
               "board.toml:9: limits.rf_ppl: unknown key (did you mean \"rf_pll\"?), expected one of if_pll, "
-              "rf_pll, carrier_error, temperature");
+              "rf_pll, carrier_error, temperature, leakage, leakage_at_nodes, leakage_improvement, image, "
+              "carrier_leakage");
 }
 
 TEST_F(BoardRasterTest, LimitsThatAreNoTableAreRefused) {

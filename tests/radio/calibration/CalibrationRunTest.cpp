@@ -100,6 +100,46 @@ TEST_F(CalibrationRunTest, ResumedGivesWhatOneRunGives) {
     EXPECT_EQ(withoutDate(contentOf("board.channel-1.csv")), withoutDate(whole));
 }
 
+TEST_F(CalibrationRunTest, TablesThatMissALimitAreNotStored) {
+    m_board.limits.leakageImprovement = 100.0;
+    const CalibrationOutcome outcome = run();
+    EXPECT_TRUE(outcome.isComplete);
+    EXPECT_FALSE(outcome.isGood);
+    EXPECT_EQ(outcome.verdict.kind(), VerdictKind::fail);
+    EXPECT_EQ(outcome.summary.missed, 6U);
+    EXPECT_TRUE(outcome.isHeldBackByFail);
+    EXPECT_EQ(outcome.tables, "");
+    EXPECT_FALSE(std::filesystem::exists("board.channel-1.csv"));
+}
+
+TEST_F(CalibrationRunTest, AcceptedFailureIsStoredAndMarkedAndNotGood) {
+    m_board.limits.leakageImprovement = 100.0;
+    m_order.acceptsFail = true;
+    const CalibrationOutcome outcome = run();
+    EXPECT_FALSE(outcome.isGood);
+    EXPECT_EQ(outcome.tables, "board.channel-1.csv");
+    EXPECT_NE(contentOf("board.channel-1.csv").find("\n# verdict: FAIL (accepted)\n"), std::string::npos);
+}
+
+TEST_F(CalibrationRunTest, TablesThatHoldTheLimitsSaySo) {
+    m_board.limits.leakageImprovement = 10.0;
+    const CalibrationOutcome outcome = run();
+    EXPECT_TRUE(outcome.isGood);
+    EXPECT_EQ(outcome.verdict.kind(), VerdictKind::pass);
+    EXPECT_NE(contentOf("board.channel-1.csv").find("\n# verdict: PASS\n"), std::string::npos);
+}
+
+TEST_F(CalibrationRunTest, WithoutLimitsTheTablesHaveNoVerdict) {
+    EXPECT_EQ(run().verdict.kind(), VerdictKind::none);
+    EXPECT_EQ(contentOf("board.channel-1.csv").find("verdict"), std::string::npos);
+}
+
+TEST_F(CalibrationRunTest, WhatWasStoppedHasNoVerdict) {
+    m_board.limits.leakageImprovement = 10.0;
+    m_stopsAt = 10;
+    EXPECT_EQ(run().verdict.kind(), VerdictKind::none);
+}
+
 TEST_F(CalibrationRunTest, IsSettledBeforeAnythingIsWritten) {
     const CalibrationRun run(m_board, m_order);
     EXPECT_EQ(run.journalFile(), "board.channel-1.journal");

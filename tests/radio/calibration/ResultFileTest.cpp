@@ -51,6 +51,11 @@ protected:
         write("x.csv", written(result));
         return readResult("x.csv");
     }
+    static Result withVerdict(VerdictKind verdict) {
+        Result result = someResult();
+        result.verdict = verdict;
+        return result;
+    }
     /** The message for a file in which `good` was replaced. */
     static std::string refusedWith(const std::string& good, const std::string& bad) {
         std::string text = someText;
@@ -199,7 +204,7 @@ TEST_F(ResultFileTest, BadPointsAreRefused) {
               "x.csv:14: i: \"4.5\", expected a whole number from -1000000000 to 1000000000");
     EXPECT_EQ(refusedWith("-71.40", "low"),
               "x.csv:14: after_dbc: \"low\", expected a number from -1000 to 1000");
-    EXPECT_EQ(refusedWith(",edge", ",failed"), "x.csv:15: state: \"failed\", expected good or edge");
+    EXPECT_EQ(refusedWith(",edge", ",failed"), "x.csv:15: state: \"failed\", expected good, missed or edge");
 }
 
 TEST_F(ResultFileTest, OnHardwareThereAreReadingsInPlaceOfLeakage) {
@@ -235,6 +240,37 @@ TEST_F(ResultFileTest, OtherModesAreRefused) {
 
 TEST_F(ResultFileTest, FileThatIsNotThereIsRefused) {
     EXPECT_EQ(refusal([] { readResult("none.csv"); }), "none.csv: cannot be read: No such file or directory");
+}
+
+TEST_F(ResultFileTest, VerdictStandsInTheFile) {
+    EXPECT_NE(written(withVerdict(VerdictKind::pass)).find("\n# verdict: PASS\nfrequency_khz,"),
+              std::string::npos);
+    EXPECT_NE(written(withVerdict(VerdictKind::fail)).find("\n# verdict: FAIL (accepted)\n"),
+              std::string::npos);
+    EXPECT_EQ(written(withVerdict(VerdictKind::none)).find("verdict"), std::string::npos);
+    for (const VerdictKind verdict : {VerdictKind::none, VerdictKind::pass, VerdictKind::fail}) {
+        EXPECT_EQ(readBack(withVerdict(verdict)).verdict, verdict);
+    }
+}
+
+TEST_F(ResultFileTest, UnknownVerdictIsRefused) {
+    EXPECT_EQ(refusedWith("# channel: 2\n", "# channel: 2\n# verdict: good\n"),
+              "x.csv:4: verdict: \"good\", expected PASS or FAIL (accepted)");
+}
+
+TEST_F(ResultFileTest, StationStandsInTheFileOnlyWhenSomebodySaidIt) {
+    Result result = someResult();
+    EXPECT_EQ(written(result).find("station"), std::string::npos);
+    EXPECT_EQ(readBack(result).station, "");
+    result.station = "Bench 3";
+    EXPECT_NE(written(result).find("\n# station: Bench 3\n"), std::string::npos);
+    EXPECT_EQ(readBack(result).station, "Bench 3");
+}
+
+TEST_F(ResultFileTest, PointThatMissedALimitIsReadBack) {
+    Result result = someResult();
+    result.points[0].state = PointState::missed;
+    EXPECT_EQ(readBack(result).points[0].state, PointState::missed);
 }
 
 } // namespace

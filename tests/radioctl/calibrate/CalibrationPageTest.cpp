@@ -29,7 +29,7 @@ protected:
 
     std::string page() const {
         std::ostringstream out;
-        writePage(out, m_board, m_leakage, m_result);
+        writePage(out, m_board, m_leakage, m_result, "Stored: demo.csv");
         return out.str();
     }
     /** The names of the pictures, in their order. */
@@ -113,6 +113,30 @@ TEST_F(CalibrationPage, SaysWhatLeaksMostAndWhere) {
                                 "<td>18100000 kHz, -10 °C</td>"));
     EXPECT_THAT(text, HasSubstr("<td>after, also between the points</td><td class=\"number\">-40.00</td>"
                                 "<td>18000000 kHz, -10 °C</td>"));
+}
+
+TEST_F(CalibrationPage, HasTheVerdictBeforeAnythingElse) {
+    m_board.limits.leakageAtNodes = -45.0;
+    m_result.station = "Bench <3>";
+    EXPECT_THAT(page(),
+                HasSubstr("<body>\n<h1>Calibration of the LO leakage</h1>\n<div class=\"verdict fail\">\n"
+                          "<p>FAIL: leakage at the nodes -40.00 dBc at 18000000 kHz, -10 degrees, limit "
+                          "-45</p>\n<p>Stored: demo.csv</p>\n</div>\n<p>Demonstration radio, serial "
+                          "SN-0042, channel 1, station Bench &lt;3&gt;, 2026-03-01T09:30:00Z, radioctl "
+                          "1.2.3</p>\n"));
+    m_board.limits.leakageAtNodes.reset();
+    EXPECT_THAT(page(),
+                HasSubstr("<div class=\"verdict none\">\n<p>NO VERDICT: the board states no leakage in its "
+                          "[limits]</p>\n"));
+}
+
+TEST_F(CalibrationPage, PointThatMissedALimitIsCountedNamedAndMarked) {
+    m_result.points[1].state = PointState::missed;
+    m_result.points[1].remark = "it leaks -40.00 dBc, and leakage_at_nodes allows -45";
+    const std::string text = page();
+    EXPECT_THAT(text, HasSubstr("6 points: 5 good, 1 missed a limit, 0 at the edge"));
+    EXPECT_THAT(text, HasSubstr("<li>18100000 kHz, -10 °C: missed, it leaks -40.00 dBc, and "));
+    EXPECT_THAT(text, HasSubstr("<text>missed a limit</text>"));
 }
 
 TEST_F(CalibrationPage, CountsPointsIterationsAndProbes) {
@@ -245,7 +269,7 @@ TEST_F(CalibrationPage, OfHardwareHasReadings) {
     }
     m_result.points[4].firstReading = 95;
     std::ostringstream out;
-    writePage(out, m_board, m_result);
+    writePage(out, m_board, m_result, "Stored: demo.csv");
     const std::string text = out.str();
     EXPECT_TRUE(isWellFormed(text));
     EXPECT_THAT(picturesOf(text),

@@ -55,7 +55,8 @@ TEST_F(CalibrateProgramTest, StoresTablesThatTheBoardLoads) {
     const Ending ending = calibrate();
     EXPECT_EQ(ending.exitCode, 0);
     EXPECT_EQ(ending.errors, "");
-    EXPECT_THAT(ending.output, EndsWith("Journal: board.channel-1.journal\nStored: board.channel-1.csv\n"));
+    EXPECT_THAT(ending.output, AllOf(HasSubstr("\nStored: board.channel-1.csv\n"),
+                                     EndsWith("Journal: board.channel-1.journal\n")));
     EXPECT_EQ(runProgram({{"check", "board.toml"}}).output, "board.toml: good\n");
 }
 
@@ -117,7 +118,7 @@ TEST_F(CalibrateProgramTest, OldTablesAreKept) {
     const std::string first = contentOf(csv);
     const Ending ending = calibrate({"--min-delta", "100"});
     EXPECT_THAT(ending.output,
-                EndsWith("Stored: board.channel-1.csv; what was there is now board.channel-1.csv.~1~\n"));
+                HasSubstr("\nStored: board.channel-1.csv; what was there is now board.channel-1.csv.~1~\n"));
     EXPECT_EQ(contentOf("board.channel-1.csv.~1~"), first);
     EXPECT_NE(contentOf(csv), first);
     calibrate();
@@ -271,7 +272,7 @@ TEST_F(CalibrateProgramTest, CtrlCLeavesWhatIsThereAndSaysHowToGoOn) {
     const Ending ending = process.finish();
     EXPECT_EQ(ending.exitCode, 130);
     EXPECT_THAT(ending.output,
-                EndsWith("Interrupted: no tables were stored; --resume goes on where it stopped.\n"));
+                HasSubstr("\nInterrupted: no tables were stored; --resume goes on where it stopped.\n"));
     EXPECT_EQ(contentOf(csv), "frequency_khz,temperature_c,i,q\n1,1,1,1\n");
     EXPECT_EQ(calibrate({"--settle-time", "20", "--resume"}).exitCode, 0);
 }
@@ -346,7 +347,7 @@ TEST_F(CalibrateProgramTest, FinishedCalibrationIsNotStoredTwice) {
     calibrate();
     const std::size_t lines = linesOf(journal);
     EXPECT_THAT(calibrate({"--resume"}).output,
-                EndsWith("\nStored before, and the same: board.channel-1.csv\n"));
+                HasSubstr("\nStored before, and the same: board.channel-1.csv\n"));
     EXPECT_EQ(linesOf(journal), lines);
     EXPECT_FALSE(isThere("board.channel-1.csv.~1~"));
 }
@@ -472,7 +473,7 @@ TEST_F(CalibrateProgramTest, OfflineStoresNothingUnlessItIsToldWhere) {
     std::filesystem::remove(csv);
     const Ending ending = calibrate({"--offline", journal});
     EXPECT_EQ(ending.exitCode, 0);
-    EXPECT_THAT(ending.output, EndsWith("No tables were asked for.\n"));
+    EXPECT_THAT(ending.output, HasSubstr("\nNo tables were asked for.\n"));
     EXPECT_FALSE(isThere(csv));
 }
 
@@ -499,7 +500,7 @@ TEST_F(CalibrateProgramTest, OfflineIsContentWithEdges) {
     calibrate({"--i-range", "-300", "1000"});
     const Ending ending = calibrate({"--offline", journal});
     EXPECT_EQ(ending.exitCode, 0);
-    EXPECT_THAT(ending.output, EndsWith("No tables were asked for.\n"));
+    EXPECT_THAT(ending.output, HasSubstr("\nNo tables were asked for.\n"));
 }
 
 TEST_F(CalibrateProgramTest, CarrierThatTheHardwareDoesNotTakeFails) {
@@ -530,8 +531,8 @@ TEST_F(CalibrateProgramTest, StuckDetectorStoresNothing) {
     EXPECT_EQ(ending.exitCode, 1);
     EXPECT_THAT(ending.output,
                 AllOf(HasSubstr("failed: every reading is 0: the detector is stuck\n"),
-                      EndsWith("\nNo tables were stored: 6 points without corrections. When what is said "
-                               "about them is mended, --restart begins anew.\n")));
+                      HasSubstr("\nNo tables were stored: 6 points without corrections. When what is said "
+                                "about them is mended, --restart begins anew.\n")));
     EXPECT_FALSE(isThere(csv));
 }
 
@@ -600,10 +601,10 @@ TEST_F(CalibrateProgramTest, PointAtTheEdgeIsNotStoredSilently) {
     EXPECT_EQ(ending.exitCode, 1);
     EXPECT_THAT(
         ending.output,
-        AllOf(
-            HasSubstr("edge: I ended at the low edge of its range, -300\n"),
-            EndsWith("No tables were stored: the search ended at the edge of a range for 6 points; the same "
-                     "once more with --accept-edge, and with --resume after a measurement, stores them.\n")));
+        AllOf(HasSubstr("edge: I ended at the low edge of its range, -300\n"),
+              HasSubstr(
+                  "\nNo tables were stored: the search ended at the edge of a range for 6 points; the same "
+                  "once more with --accept-edge, and with --resume after a measurement, stores them.\n")));
     EXPECT_FALSE(isThere(csv));
 }
 

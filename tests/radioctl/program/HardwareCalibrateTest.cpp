@@ -86,7 +86,7 @@ TEST_F(HardwareCalibrateTest, CalibratesWhatTheFilesAre) {
                       HasSubstr("\nHighest readings of the detector\n  at the first probe  1235  at 17900000 "
                                 "kHz, 25 degrees\n  at the last probe"),
                       HasSubstr("3 points of 3: 3 good"), Not(HasSubstr("dBc")),
-                      EndsWith("Stored: board.channel-1.csv\n")));
+                      HasSubstr("\nStored: board.channel-1.csv\n")));
     EXPECT_THAT(contentOf("board.channel-1.csv"), HasSubstr("\n# mode: hardware\n"));
     EXPECT_EQ(contentOf("i"), "0\n");
     EXPECT_EQ(contentOf("lo"), "9050000000\n"); // 18.1 GHz, doubled behind the synthesiser

@@ -15,25 +15,31 @@ trap 'rm -rf "$room"' EXIT
 cd "$room"
 export HOME="$room"
 
-# inspect PAGE: what is wrong with it and how many pictures it has, one thing on each line.
+# inspect PAGE SCHEME: what is wrong with it, how many pictures it has, and how it was shown, one thing on each line. The
+# scheme is that of the colours which the user prefers, light or dark.
 inspect() {
+    case $2 in dark) scheme=0 ;; *) scheme=1 ;; esac # as the browser counts them
     { grep -v '^</body>$\|^</html>$' "$1"; echo '<script>'; cat "$probe"; echo '</script></body></html>'; } >opened.html
     rm -rf profile net.json
     # Whatever a page asks for stays on this machine, and in the log of the network.
     timeout 60 "$browser" --headless --no-sandbox --disable-gpu --disable-dev-shm-usage \
         --disable-background-networking --no-first-run --host-resolver-rules='MAP * ~NOTFOUND' \
         --user-data-dir="$room/profile" --log-net-log="$room/net.json" --enable-logging=stderr \
-        --virtual-time-budget=5000 --window-size=1100,1400 --dump-dom "file://$room/opened.html" \
+        --blink-settings=preferredColorScheme=$scheme --virtual-time-budget=5000 --window-size=1100,1400 \
+        --dump-dom "file://$room/opened.html" \
         >dom 2>log || { echo "complaint: the browser failed"; cat log; }
     grep -o 'CONSOLE.*' log | sed 's/^/complaint: /' || true
     grep -oE '"url":"[^"]*"' net.json | sort -u | sed 's/^/complaint: request /' || true
-    sed -n 's/^.*<pre>//; s/<[/]pre>.*$//; /^complaint: /p; /^pictures: /p' dom
+    sed -n 's/^.*<pre>//; s/<[/]pre>.*$//; /^complaint: /p; /^pictures: /p; /^scheme: /p' dom
 }
 
 # is_fine PAGE PICTURES
 is_fine() {
-    found=$(inspect "$1")
-    [ "$found" = "pictures: $2" ] || { echo "$1 should have $2 pictures and no fault:"; echo "$found"; exit 1; }
+    for shown in light dark; do
+        found=$(inspect "$1" $shown)
+        [ "$found" = "pictures: $2
+scheme: $shown" ] || { echo "$1, shown $shown, should have $2 pictures and no fault:"; echo "$found"; exit 1; }
+    done
 }
 
 cp "$boards"/lo-leakage-18ghz.toml board.toml
@@ -71,10 +77,14 @@ sed -e 's#^<body>#&<script>missing();</script>#' \
     -e 's#<svg role="img" id="before"#& style="height: 10px"#' \
     -e 's#</body>#<script>document.querySelectorAll("svg\#between g[id*=plot] *").forEach((e) => e.remove());</script>\n&#' \
     -e 's#id=.after-gpPt6.#id="nothing"#' \
+    -e 's#^figure, tr, .warning#.nothing, .warning#' \
+    -e 's#--faint: \#aaa#--faint: \#444#' \
+    -e 's#<div class="verdict#<p></p>&#' \
     calibration.html >faulty.html
-inspect faulty.html >seen
+inspect faulty.html dark >seen
 for fault in 'CONSOLE.*missing is not defined' 'request .*http://page.invalid/seen' \
     'request .*http://page.invalid/logo.png' 'refers to calibration.html' 'picture before is too small' \
+    'hard to read: p$' 'may be torn apart: figure' 'may be torn apart: tr' 'the verdict does not come first' \
     'picture between is empty' 'picture after has a mark without a shape'; do
     grep -q "^complaint: .*$fault" seen || { echo "not seen in a faulty page: $fault"; cat seen; exit 1; }
 done

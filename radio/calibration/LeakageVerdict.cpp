@@ -1,0 +1,149 @@
+#include "radio/calibration/LeakageVerdict.h"
+
+#include "radio/text/Words.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace Radio::Calibration {
+
+namespace {
+
+constexpr const char* unknownLevel = "nobody knows in dBc what leaks";
+
+/** By how many dB the corrections found lower the leakage. */
+std::optional<double> improvementAt(const Point& point) {
+    return point.before && point.after ? std::optional(*point.before - *point.after) : std::nullopt;
+}
+
+/** The clause about a point and one limit; empty when it meets it. */
+std::string clauseFor(std::string_view name, const std::optional<double>& limit,
+                      const std::optional<double>& found) {
+    if (!limit || (found && meetsLimit(name, toHundredth(*found), *limit))) {
+        return {};
+    }
+    const bool isLeast = name == "leakage_improvement";
+    const std::string demand = std::string(name) + (isLeast ? " asks for " : " allows ") + limitText(*limit);
+    if (!found) {
+        return std::string(unknownLevel) + ", and " + demand;
+    }
+    return isLeast ? "its corrections gain " + inTwoDecimals(*found) + " dB, and " + demand
+                   : "it leaks " + levelText(*found) + ", and " + demand;
+}
+
+/** The least improvement, and where it is. */
+std::optional<Worst> leastImprovement(const Result& result) {
+    std::optional<Worst> least;
+    for (const Point& point : result.points) {
+        const std::optional<double> found = improvementAt(point);
+        if (point.state != PointState::failed && found && (!least || *found < least->level)) {
+            least = Worst{*found, point.frequency, point.temperature};
+        }
+    }
+    return least;
+}
+
+/** Judges a figure whose worst is `worst`, as far as it is known. */
+JudgedLimit judgeLimit(std::string_view name, double limit, const std::optional<Worst>& worst) {
+    JudgedLimit judged{name, limit};
+    if (worst) {
+        judged.found = toHundredth(worst->level);
+        judged.frequency = worst->frequency;
+        judged.temperature = worst->temperature;
+    }
+    return judged;
+}
+
+/** Makes nothing known of a figure that only looks well as long as some of it is missing. */
+void distrust(JudgedLimit& judged, const Result& result, const std::string& whyUnknown) {
+    if (judged.found && !judged.isHeld()) {
+        return;
+    }
+    judged = {judged.name, judged.limit};
+    judged.whyUnknown = whyUnknown;
+    const auto failed = std::find_if(result.points.begin(), result.points.end(),
+                                     [](const Point& point) { return point.state == PointState::failed; });
+    if (failed != result.points.end()) {
+        judged.whyUnknown = "the point has no corrections";
+        judged.frequency = failed->frequency;
+        judged.temperature = failed->temperature;
+    }
+}
+
+/** A figure of each point. */
+JudgedLimit judgePoints(std::string_view name, double limit, const std::optional<Worst>& worst,
+                        const Result& result) {
+    JudgedLimit judged = judgeLimit(name, limit, worst);
+    const bool isKnown = std::all_of(result.points.begin(), result.points.end(), [&](const Point& point) {
+        return point.state != PointState::failed &&
+               (name == "leakage_improvement" ? improvementAt(point) : point.after);
+    });
+    if (!isKnown) {
+        distrust(judged, result, unknownLevel);
+    }
+    return judged;
+}
+
+/** Anywhere is at the points as well. */
+JudgedLimit judgeAnywhere(double limit, const LeakageSummary& summary, const Result& result) {
+    JudgedLimit judged = judgeLimit("leakage", limit, summary.between ? summary.between : summary.after);
+    if (!summary.between) {
+        distrust(judged, result, summary.after ? "nobody knows what leaks between the points" : unknownLevel);
+    }
+    return judged;
+}
+
+} // namespace
+
+void holdToLimits(Point& point, const Limits& limits) {
+    if (point.state == PointState::failed) {
+        return;
+    }
+    std::vector<std::string> clauses;
+    for (std::string clause :
+         {clauseFor("leakage", limits.leakage, point.after),
+          clauseFor("leakage_at_nodes", limits.leakageAtNodes, point.after),
+          clauseFor("leakage_improvement", limits.leakageImprovement, improvementAt(point))}) {
+        if (!clause.empty()) {
+            clauses.push_back(std::move(clause));
+        }
+    }
+    if (clauses.empty()) {
+        return;
+    }
+    point.state = std::max(point.state, PointState::missed);
+    if (!point.remark.empty()) {
+        clauses.insert(clauses.begin(), point.remark);
+    }
+    point.remark = joined(clauses, "; ");
+}
+
+Verdict verdictOn(const Result& result, const LeakageSummary& summary, const Limits& limits) {
+    Verdict verdict;
+    if (!limits.leakage && !limits.leakageAtNodes && !limits.leakageImprovement) {
+        verdict.whyNone = "the board states no leakage in its [limits]";
+        return verdict;
+    }
+    const Settings& settings = result.settings;
+    if (result.points.size() < settings.frequencies.size() * settings.temperatures.size()) {
+        verdict.whyNone = "not all points were calibrated";
+        return verdict;
+    }
+    if (limits.leakage) {
+        verdict.limits.push_back(judgeAnywhere(*limits.leakage, summary, result));
+    }
+    if (limits.leakageAtNodes) {
+        verdict.limits.push_back(
+            judgePoints("leakage_at_nodes", *limits.leakageAtNodes, summary.after, result));
+    }
+    if (limits.leakageImprovement) {
+        verdict.limits.push_back(
+            judgePoints("leakage_improvement", *limits.leakageImprovement, leastImprovement(result), result));
+    }
+    return verdict;
+}
+
+} // namespace Radio::Calibration

@@ -1,0 +1,111 @@
+#include "radio/calibration/Settings.h"
+#include "radioctl/calibrate/CalibrationReport.h"
+#include "radioctl/report/JsonLine.h"
+#include "radioctl/report/VerdictReport.h"
+
+#include <cmath>
+
+namespace Radio::Calibration {
+
+namespace {
+
+double rounded(double level) {
+    return std::round(level * 100) / 100;
+}
+
+Json roundedOrNull(const std::optional<double>& level) {
+    return level ? Json(rounded(*level)) : Json(nullptr);
+}
+
+const char* temperatureSource(const Board& board, const Result& result) {
+    return !result.isHardware ? "modelled" : board.hardware.description.sensor ? "sensor" : "given";
+}
+
+Json toJson(const std::optional<Worst>& worst) {
+    return worst ? Json{{"dbc", rounded(worst->level)},
+                        {"khz", worst->frequency},
+                        {"degrees", worst->temperature}}
+                 : Json(nullptr);
+}
+
+Json readingJson(const std::optional<Worst>& worst) {
+    return worst ? Json{{"reading", std::llround(worst->level)},
+                        {"khz", worst->frequency},
+                        {"degrees", worst->temperature}}
+                 : Json(nullptr);
+}
+
+Json nullIfEmpty(const std::string& text) {
+    return text.empty() ? Json(nullptr) : Json(text);
+}
+
+} // namespace
+
+void CalibrationJson::warns(const std::string& reservation) {
+    writeJsonLine(m_out, {{"event", "warning"}, {"text", reservation}});
+}
+
+void CalibrationJson::awaits(const AwaitedTemperature& awaited, bool /*isBeginning*/) {
+    writeJsonLine(m_out, {{"event", "awaiting"}, {"degrees", awaited.wanted}, {"now", orNull(awaited.now)}});
+}
+
+void CalibrationJson::begins(const Board& board, const Result& result, std::size_t knownProbes) {
+    writeJsonLine(m_out, {{"event", "calibration"},
+                          {"file", board.file.string()},
+                          {"serial", result.serial},
+                          {"date", result.date},
+                          {"station", nullIfEmpty(result.station)},
+                          {"known_probes", knownProbes},
+                          {"mode", result.isHardware ? "hardware" : "simulation"},
+                          {"temperature", temperatureSource(board, result)},
+                          {"settings", toJson(result.settings)}});
+}
+
+void CalibrationJson::calibrated(const Point& point) {
+    const bool isFound = point.state != PointState::failed;
+    Json event = {{"event", "point"},
+                  {"khz", point.frequency},
+                  {"degrees", point.temperature},
+                  {"state", toString(point.state)},
+                  {"remark", nullIfEmpty(point.remark)},
+                  {"i", isFound ? Json(point.i) : Json(nullptr)},
+                  {"q", isFound ? Json(point.q) : Json(nullptr)}};
+    event["before_dbc"] = roundedOrNull(point.before);
+    event["after_dbc"] = isFound ? roundedOrNull(point.after) : Json(nullptr);
+    if (!point.before) {
+        event["first_reading"] = orNull(point.firstReading);
+        event["last_reading"] = isFound ? orNull(point.lastReading) : Json(nullptr);
+    }
+    event["iterations"] = point.iterations;
+    event["max_delta"] = point.maxDelta;
+    event["probes"] = point.probes.size();
+    writeJsonLine(m_out, event);
+}
+
+void CalibrationJson::finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) {
+    const Result& result = outcome.result;
+    const LeakageSummary& summary = outcome.summary;
+    Json event = {
+        {"event", "calibrated"},    {"points", result.points.size()}, {"wanted_points", outcome.wanted},
+        {"good", summary.good},     {"missed", summary.missed},       {"edge", summary.edge},
+        {"failed", summary.failed}, {"probes", outcome.newProbes},    {"known_probes", outcome.knownProbes}};
+    event["verdict"] = verdictJson(outcome.verdict);
+    event["limits"] = limitsJson(outcome.verdict);
+    event["worst_before"] = toJson(summary.before);
+    event["worst_after"] = toJson(summary.after);
+    event["worst_between"] = toJson(summary.between);
+    if (result.isHardware) {
+        event["highest_first_reading"] = readingJson(summary.firstReading);
+        event["highest_last_reading"] = readingJson(summary.lastReading);
+    }
+    event["tables"] = nullIfEmpty(outcome.tables);
+    event["backup"] = nullIfEmpty(outcome.backup);
+    event["journal"] = outcome.journal;
+    event["page"] = nullIfEmpty(end.page);
+    event["elapsed_seconds"] = outcome.seconds;
+    event["interrupted"] = end.signal != 0;
+    event["exit_code"] = end.exitCode;
+    writeJsonLine(m_out, event);
+}
+
+} // namespace Radio::Calibration
