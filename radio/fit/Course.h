@@ -1,0 +1,54 @@
+#ifndef RADIO_FIT_COURSE_H
+#define RADIO_FIT_COURSE_H
+
+#include "radio/fit/Bench.h"
+#include "radio/fit/Knowledge.h"
+#include "radio/fit/Outcome.h"
+#include "radio/fit/Surface.h"
+
+#include <cstdint>
+#include <set>
+#include <utility>
+#include <vector>
+
+namespace Radio::Fit {
+
+/** One calibration from its first probe to its last. */
+class Course {
+public:
+    Course(const Order& order, Prober& prober);
+
+    Outcome run();
+
+private:
+    /** The first point of all; false: nothing can be fitted. */
+    bool begin(const Place& place);
+    /** Points at one temperature, where the surface knows least, until it knows enough. */
+    void fitAt(std::int32_t temperature, std::size_t least);
+    /** Tries the table at one temperature; gives how often it missed. */
+    int tryAt(std::int32_t temperature, std::size_t count);
+    void goBack();
+    void fit(const Place& place);
+    void add(const Place& place, const Forecast& forecast);
+    void refit(bool isDecayChosen);
+    /** The carrier where the surface knows least; nothing: everywhere enough, or been there. */
+    std::optional<std::uint32_t> leastKnown(std::int32_t temperature, double enough) const;
+    bool goesOn() const;
+    void conclude();
+
+    const Order m_order;
+    Bench m_bench;
+    Knowledge m_knowledge;
+    Surface m_surface;
+    std::vector<Sample> m_samples;
+    std::set<std::pair<std::uint32_t, std::int32_t>> m_visited;
+    /** Deviations of I and Q that will do: of a point, of the surface. */
+    double m_wantedPoint = 0.2;
+    double m_wantedSurface = 0.2;
+    int m_lastMisses = 0;
+    Outcome m_outcome;
+};
+
+} // namespace Radio::Fit
+
+#endif
