@@ -19,7 +19,7 @@ double claimed(const Order& order, const Knowledge& knowledge, const Table& tabl
     const Corrections set = settledAt(order, table, place);
     const double left = std::sqrt(residualPower(knowledge.curvature, set, forecast.bottom));
     const double off = claimedDeviations * forecast.deviation * knowledge.curvature.amplitude();
-    return squareOf(left + off);
+    return squareOf(left + off) * powerOf(knowledge.doubt());
 }
 
 } // namespace
@@ -31,16 +31,23 @@ double claimedPower(const Order& order, const Knowledge& knowledge, const Surfac
 
 LevelAt claimAnywhere(const Order& order, const Knowledge& knowledge, const Surface& surface,
                       const Table& table) {
-    // Between nodes it is rounding that matters, which changes from kHz to kHz: many places in each cell.
-    constexpr std::size_t carriersInCell = 5;
+    // Between nodes it is rounding that matters, which changes from kHz to kHz: many places in each cell, others
+    // than those for which roundings are turned. Deviations change slowly.
+    constexpr std::size_t partsOfCell = 13;
+    const std::vector<std::uint32_t> carriers =
+        evenCarriers(order, (table.carriers.size() - 1) * partsOfCell + 1);
     LevelAt worst{-200.0, {}};
-    for (const std::uint32_t carrier :
-         evenCarriers(order, (table.carriers.size() - 1) * carriersInCell + 1)) {
-        for (std::int32_t temperature = order.lowTemperature; temperature <= order.highTemperature;
-             ++temperature) {
-            const Place place{carrier, temperature};
+    for (std::int32_t temperature = order.lowTemperature; temperature <= order.highTemperature; ++temperature) {
+        double deviation = 0.0;
+        for (std::size_t n = 0; n < carriers.size(); ++n) {
+            const Place place{carriers[n], temperature};
+            if (n % partsOfCell == 0) {
+                const std::size_t next = std::min(n + partsOfCell, carriers.size() - 1);
+                deviation = std::max(surface.at(place).deviation,
+                                     surface.at({carriers[next], temperature}).deviation);
+            }
             const double level =
-                levelOf(claimed(order, knowledge, table, place, surface.at(place)));
+                levelOf(claimed(order, knowledge, table, place, {surface.bottomAt(place), deviation}));
             if (level > worst.level) {
                 worst = {level, place};
             }

@@ -8,9 +8,10 @@
 #include "radio/fit/TableMaker.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
+#include <utility>
 
 namespace Radio::Fit {
 
@@ -30,7 +31,8 @@ Course::Course(const Order& order, Prober& prober)
       m_surface(m_order, rangeOf(order)) {}
 
 bool Course::goesOn() const {
-    return !m_bench.isInterrupted() && m_bench.left() > 8;
+    // A point takes nine probes or so.
+    return !m_bench.isInterrupted() && !hasFailed() && m_bench.left() >= 9;
 }
 
 Outcome Course::run() {
@@ -43,6 +45,7 @@ Outcome Course::run() {
             isFirst = false;
         }
         goBack();
+        improve();
     }
     conclude();
     return m_outcome;
@@ -70,7 +73,11 @@ bool Course::begin(const Place& place) {
         m_wantedSurface = 0.1 * step;
     }
     add(place, {first.bottom, first.deviation});
-    return m_outcome.points.back().state != PointState::failed;
+    const Point& point = m_outcome.points.back();
+    if (point.state == PointState::failed) {
+        m_outcome.reason = "the first point failed: " + point.remark;
+    }
+    return point.state != PointState::failed;
 }
 
 void Course::add(const Place& place, const Forecast& forecast) {
@@ -124,8 +131,8 @@ void Course::fitAt(std::int32_t temperature, std::size_t least) {
     }
 }
 
-int Course::tryAt(std::int32_t temperature, std::size_t count) {
-    int misses = 0;
+void Course::tryAt(std::int32_t temperature, std::size_t count) {
+    m_misses = 0;
     Table table = makeTable(m_order, m_surface);
     const std::vector<std::uint32_t> carriers = evenCarriers(m_order, 2 * count + 1);
     for (std::size_t n = 0; n < count && goesOn(); ++n) {
@@ -147,21 +154,122 @@ int Course::tryAt(std::int32_t temperature, std::size_t count) {
         m_outcome.verifications.push_back(
             {place, set, reading->reading, m_knowledge.scale.level(reading->reading), isAsForetold});
         if (!isAsForetold) {
-            ++misses;
+            ++m_misses;
             const double off = std::sqrt(measured) / m_knowledge.curvature.amplitude();
             add(place, {forecast.bottom, std::max(forecast.deviation, off)});
             table = makeTable(m_order, m_surface);
         }
     }
-    return misses;
 }
 
 void Course::goBack() {
-    const auto tried = triedTemperatures(fitTemperatures(m_order), 2);
+    constexpr std::size_t triedAt = 2;
+    constexpr std::size_t places = 8;
+    int misses = 0;
+    std::vector<std::int32_t> tried = triedTemperatures(fitTemperatures(m_order), triedAt);
+    if (tried.empty()) {
+        tried.push_back(m_bench.temperature());
+    }
     for (const std::int32_t temperature : tried) {
         fitAt(temperature, 0);
-        m_lastMisses = tryAt(temperature, 8);
+        tryAt(temperature, places);
+        misses += m_misses;
     }
+    m_misses = misses;
+    m_isComplete = goesOn();
+}
+
+void Course::improve() {
+    constexpr int mostRounds = 12;
+    constexpr std::size_t places = 6;
+    int idle = 0;
+    for (int round = 0; round < mostRounds && idle < 2 && goesOn(); ++round) {
+        const Table table = makeTable(m_order, m_surface);
+        const LevelAt claim = claimAnywhere(m_order, m_knowledge, m_surface, table);
+        if (m_misses == 0 && isWithinLimit(claim.level)) {
+            return;
+        }
+        const std::size_t before = m_outcome.points.size();
+        m_wantedSurface *= isWithinLimit(claim.level) ? 1.0 : 0.7;
+        fitAt(claim.place.temperature, m_misses > 0 ? 2 : 0);
+        tryAt(claim.place.temperature, places + static_cast<std::size_t>(round));
+        idle = m_outcome.points.size() > before ? 0 : idle + 1;
+    }
+}
+
+bool Course::isWithinLimit(double level) const {
+    return !m_order.limit || (m_order.detector.zero && level <= *m_order.limit);
+}
+
+bool Course::hasFailed() const {
+    // A transmitter that fails here and there is not to be probed to its end.
+    constexpr int most = 3;
+    return std::count_if(m_outcome.points.begin(), m_outcome.points.end(), [](const Point& point) {
+               return point.state == PointState::failed;
+           }) >= most;
+}
+
+/** With as many nodes as there may be; where that is not enough, with the number whose roundings fall best. */
+void Course::makeTables() {
+    m_outcome.table = makeTable(m_order, m_surface);
+    m_outcome.claim = claimAnywhere(m_order, m_knowledge, m_surface, m_outcome.table);
+    for (std::size_t less = 1; less <= 8 && !(m_order.limit && isWithinLimit(m_outcome.claim->level)); ++less) {
+        const std::size_t carriers = m_order.mostCarriers - std::min(m_order.mostCarriers - 2, less);
+        for (const std::size_t temperatures : {m_order.mostTemperatures, (m_order.mostTemperatures + 2) / 2}) {
+            Table table = makeTable(m_order, m_surface, {carriers, temperatures});
+            const LevelAt claim = claimAnywhere(m_order, m_knowledge, m_surface, table);
+            if (claim.level < m_outcome.claim->level) {
+                m_outcome.table = std::move(table);
+                m_outcome.claim = claim;
+            }
+        }
+    }
+}
+
+namespace {
+
+std::string inWords(const Place& place) {
+    return std::to_string(place.carrier) + " kHz, " + std::to_string(place.temperature) + " degrees";
+}
+
+std::string inWords(double level) {
+    std::array<char, 32> text{};
+    static_cast<void>(std::snprintf(text.data(), text.size(), "%.2f", level));
+    return text.data();
+}
+
+} // namespace
+
+std::string Course::whyMissed() const {
+    for (const Point& point : m_outcome.points) {
+        if (point.state == PointState::failed) {
+            return "the point at " + inWords(point.place) + " failed: " + point.remark;
+        }
+    }
+    if (!m_isComplete) {
+        return "the budget of " + std::to_string(m_order.budget) + " probes was spent before all was tried";
+    }
+    if (m_misses > 0) {
+        for (auto tried = m_outcome.verifications.rbegin(); tried != m_outcome.verifications.rend(); ++tried) {
+            if (!tried->isAsForetold) {
+                return "the surface does not foretell what is left: " + inWords(tried->level) + " dBc at " +
+                       inWords(tried->place);
+            }
+        }
+    }
+    if (isWithinLimit(m_outcome.claim->level)) {
+        return {};
+    }
+    if (!m_order.detector.zero) {
+        return "the limit is in dBc, and the detector's zero is not known";
+    }
+    for (const Point& point : m_outcome.points) {
+        if (point.state == PointState::edge) {
+            return "at " + inWords(point.place) + " " + point.remark;
+        }
+    }
+    return "up to " + inWords(m_outcome.claim->level) + " dBc may be left at " +
+           inWords(m_outcome.claim->place) + ", more than the limit of " + inWords(*m_order.limit);
 }
 
 void Course::conclude() {
@@ -178,13 +286,14 @@ void Course::conclude() {
         m_outcome.verdict = Verdict::failed;
         return;
     }
-    m_outcome.table = makeTable(m_order, m_surface);
-    m_outcome.claim = claimAnywhere(m_order, m_knowledge, m_surface, m_outcome.table);
-    const bool isHeld = !m_order.limit || m_outcome.claim->level <= *m_order.limit;
-    m_outcome.verdict = isHeld ? Verdict::held : Verdict::missed;
-    if (std::getenv("FIT_DEBUG")) {
-        std::fprintf(stderr, "decay %.2f %.2f excess %.2f noise %.4f floor %.1f\n", m_surface.decay().carrier, m_surface.decay().temperature, m_surface.excess(), m_knowledge.noise(), levelOf(m_knowledge.floor()));
+    if (m_samples.empty()) {
+        m_outcome.verdict = Verdict::failed;
+        m_outcome.reason = whyMissed();
+        return;
     }
+    makeTables();
+    m_outcome.reason = whyMissed();
+    m_outcome.verdict = m_outcome.reason.empty() ? Verdict::held : Verdict::missed;
 }
 
 Outcome calibrate(const Order& order, Prober& prober) {

@@ -7,7 +7,9 @@
 #include "radio/fit/Surface.h"
 
 #include <cstdint>
+#include <optional>
 #include <set>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -25,9 +27,16 @@ private:
     bool begin(const Place& place);
     /** Points at one temperature, where the surface knows least, until it knows enough. */
     void fitAt(std::int32_t temperature, std::size_t least);
-    /** Tries the table at one temperature; gives how often it missed. */
-    int tryAt(std::int32_t temperature, std::size_t count);
+    /** Tries the table at one temperature */
+    void tryAt(std::int32_t temperature, std::size_t count);
+    /** Tries the table at temperatures that were not fitted. */
     void goBack();
+    /** More points where most is claimed, until the limit holds. */
+    void improve();
+    bool isWithinLimit(double level) const;
+    bool hasFailed() const;
+    void makeTables();
+    std::string whyMissed() const;
     void fit(const Place& place);
     void add(const Place& place, const Forecast& forecast);
     void refit(bool isDecayChosen);
@@ -45,7 +54,10 @@ private:
     /** Deviations of I and Q that will do: of a point, of the surface. */
     double m_wantedPoint = 0.2;
     double m_wantedSurface = 0.2;
-    int m_lastMisses = 0;
+    /** Places at the last temperature at which the table left more than was foretold. */
+    int m_misses = 0;
+    /** The whole range was fitted and tried. */
+    bool m_isComplete = false;
     Outcome m_outcome;
 };
 

@@ -42,13 +42,12 @@ public:
         if (!findBowl() || !narrow() || !checkSlope()) {
             return m_first;
         }
-        m_first.uncorrected = m_knowledge.scale.power(uncorrected->reading);
         if (!detector.zero) {
-            // Levels relative to the uncorrected one.
-            m_knowledge.scale.zero -= levelOf(m_first.uncorrected);
+            // Levels are relative to the uncorrected one.
+            m_knowledge.scale.zero = -uncorrected->reading / m_knowledge.scale.slope;
             fitAll();
-            m_first.uncorrected = 1.0;
         }
+        m_knowledge.learnFirst(m_knowledge.powersOf(m_readings));
         return m_first;
     }
 
@@ -178,14 +177,14 @@ private:
             return fails("the detector is not logarithmic, or too noisy: its readings miss a bowl by " +
                          inWords(estimate->misfit) + " units");
         }
-        if (described) {
-            const double off = std::abs(estimate->slope / *described - 1.0);
-            if (off > slopeTolerance && off > 4.0 * estimate->deviation) {
-                return fails("the detector has " + inWords(estimate->slope) + " units for each dB, not the " +
-                             inWords(*described) + " described");
-            }
+        const double off = described ? std::abs(estimate->slope / *described - 1.0) : 0.0;
+        if (off > slopeTolerance && off > 4.0 * estimate->deviation) {
+            return fails("the detector has " + inWords(estimate->slope) + " units for each dB, not the " +
+                         inWords(*described) + " described");
         }
-        m_knowledge.learnNoise(misfit, static_cast<int>(seen().size()) - 7);
+        m_knowledge.firstMisfit = misfit;
+        m_knowledge.slopeDoubt = std::max(off, 2.0 * estimate->deviation);
+        m_knowledge.learnNoise(std::min(misfit, 0.06), static_cast<int>(seen().size()) - 7);
         return true;
     }
 

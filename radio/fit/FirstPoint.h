@@ -16,10 +16,6 @@ struct FirstBowl {
     /** Where the bottom is about, and how sure that is, in units. */
     Pair bottom{};
     double deviation = 0.0;
-    /** The power without corrections, which relative levels are relative to. */
-    double uncorrected = 0.0;
-    /** What there is to say besides, as one clause. */
-    std::string remark;
 };
 
 /**

@@ -50,6 +50,15 @@ double Knowledge::floor() const {
     return *middle;
 }
 
+double Knowledge::doubt() const {
+    // Levels are right where the scale is anchored: at the reading 0, or without corrections.
+    const double anchor = m_order.detector.zero.value_or(0.0);
+    const double ring = leastRadius() * curvature.amplitude();
+    const double span = std::abs(levelOf(ring * ring) - anchor);
+    const double systematic = firstMisfit * firstMisfit - noise() * noise();
+    return slopeDoubt * span + levelOf(1.0 + std::sqrt(std::max(0.0, systematic)));
+}
+
 double Knowledge::leastRadius() const {
     const double amplitude = curvature.amplitude();
     const double step = std::max(m_order.i.step, m_order.q.step);

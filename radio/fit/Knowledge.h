@@ -17,11 +17,17 @@ public:
 
     Scale scale{};
     Curvature curvature{};
+    /** By which part the slope of the detector may be off. */
+    double slopeDoubt = 0.0;
+    /** What the first bowl was missed by, as a fraction of its powers. */
+    double firstMisfit = 0.0;
 
     /** Probes that were inside the detector's limits, as powers. */
     std::vector<PowerProbe> powersOf(const std::vector<Reading>& readings) const;
     /** A place was fitted: its probes near the bottom tell of the curvature, its last one of the floor. */
     void learn(const std::vector<PowerProbe>& probes, const Bowl& bowl, double bottomPower);
+    /** The probes of the first place tell of the curvature alone. */
+    void learnFirst(const std::vector<PowerProbe>& probes) { m_places.push_back(probes); }
     /** A fit missed its probes by so much. */
     void learnNoise(double misfit, int freedom);
 
@@ -29,6 +35,8 @@ public:
     double noise() const;
     /** What is measured besides what leaks: the median of all places. */
     double floor() const;
+    /** By how many dB levels of what is left may be off, for what is wrong with the detector. */
+    double doubt() const;
     /** The least radius of a ring in units: well above the floor, and some steps of the DACs. */
     double leastRadius() const;
 

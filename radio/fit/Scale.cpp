@@ -55,14 +55,29 @@ std::optional<double> misfitWith(double slope, const std::vector<Reading>& readi
     if (!bowl) {
         return std::nullopt;
     }
-    return bowl->misfit / scale.relativeError();
+    double squares = 0.0;
+    for (const PowerProbe& probe : probes) {
+        const double fitted = bowl->floor + bowl->curvature.power({probe.at.i - bowl->bottom.i,
+                                                                   probe.at.q - bowl->bottom.q});
+        const double miss = std::clamp(levelOf(fitted) - levelOf(probe.power), -30.0, 30.0) * slope;
+        squares += miss * miss;
+    }
+    return std::sqrt(squares / std::max(1, bowl->freedom));
 }
 
 std::optional<SlopeEstimate> estimateSlope(const std::vector<Reading>& readings) {
-    constexpr double lowest = 1.0;
-    constexpr double highest = 1000.0;
+    // What is read of one transmitter differs by that much and that little, in dB.
+    constexpr double mostRange = 90.0;
+    constexpr double leastRange = 6.0;
+    if (readings.empty()) {
+        return std::nullopt;
+    }
+    const auto [low, high] = std::minmax_element(
+        readings.begin(), readings.end(),
+        [](const Reading& a, const Reading& b) { return a.reading < b.reading; });
+    const double spread = static_cast<double>(high->reading) - low->reading;
     SlopeEstimate best{0.0, std::numeric_limits<double>::max(), 0.0};
-    for (double slope = lowest; slope <= highest; slope *= 1.1) {
+    for (double slope = spread / mostRange; spread > 0.0 && slope <= spread / leastRange; slope *= 1.04) {
         const double misfit = misfitOrMuch(slope, readings);
         if (misfit < best.misfit) {
             best = {slope, misfit, 0.0};
@@ -71,7 +86,7 @@ std::optional<SlopeEstimate> estimateSlope(const std::vector<Reading>& readings)
     if (best.slope == 0.0) {
         return std::nullopt;
     }
-    for (double step = 1.05; step > 1.0002; step = std::sqrt(step)) {
+    for (double step = 1.02; step > 1.0002; step = std::sqrt(step)) {
         for (const double slope : {best.slope * step, best.slope / step}) {
             const double misfit = misfitOrMuch(slope, readings);
             if (misfit < best.misfit) {

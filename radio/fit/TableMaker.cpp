@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <utility>
+#include <vector>
 
 namespace Radio::Fit {
 
@@ -16,9 +18,9 @@ std::int32_t node(double value, const Branch& branch) {
         std::lround(std::clamp(value, static_cast<double>(branch.low), static_cast<double>(branch.high))));
 }
 
-std::vector<std::int32_t> evenTemperatures(const Order& order) {
+std::vector<std::int32_t> evenTemperatures(const Order& order, std::size_t most) {
     const auto span = static_cast<std::size_t>(order.highTemperature - order.lowTemperature);
-    const std::size_t count = std::min(order.mostTemperatures, span + 1);
+    const std::size_t count = std::min(most, span + 1);
     std::vector<std::int32_t> temperatures;
     for (std::size_t n = 0; n < count; ++n) {
         const double part = count > 1 ? static_cast<double>(n) / static_cast<double>(count - 1) : 0.0;
@@ -36,12 +38,12 @@ std::int32_t dac(std::int32_t value, const Branch& branch) {
 
 } // namespace
 
-Table makeTable(const Order& order, const Surface& surface) {
+Table makeTable(const Order& order, const Surface& surface, const Size& size) {
     Table table;
-    for (const std::uint32_t carrier : evenCarriers(order, order.mostCarriers)) {
+    for (const std::uint32_t carrier : evenCarriers(order, size.carriers)) {
         table.carriers.push_back(static_cast<std::int32_t>(carrier));
     }
-    table.temperatures = evenTemperatures(order);
+    table.temperatures = evenTemperatures(order, size.temperatures);
     for (const std::int32_t carrier : table.carriers) {
         for (const std::int32_t temperature : table.temperatures) {
             const Pair bottom = surface.bottomAt({static_cast<std::uint32_t>(carrier), temperature});
@@ -50,6 +52,10 @@ Table makeTable(const Order& order, const Surface& surface) {
         }
     }
     return table;
+}
+
+Table makeTable(const Order& order, const Surface& surface) {
+    return makeTable(order, surface, {order.mostCarriers, order.mostTemperatures});
 }
 
 Corrections correctionsAt(const Table& table, const Place& place) {
