@@ -1,0 +1,303 @@
+#include "radio/fit/Fit.h"
+#include "radio/fit/Course.h"
+
+#include "radio/fit/Claim.h"
+#include "radio/fit/FirstPoint.h"
+#include "radio/fit/Plan.h"
+#include "radio/fit/PointFit.h"
+#include "radio/fit/TableMaker.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <utility>
+
+namespace Radio::Fit {
+
+namespace {
+
+double rangeOf(const Order& order) {
+    return std::max({std::abs(static_cast<double>(order.i.low)), std::abs(static_cast<double>(order.i.high)),
+                     std::abs(static_cast<double>(order.q.low)), std::abs(static_cast<double>(order.q.high))});
+}
+
+} // namespace
+
+Course::Course(const Order& order, Prober& prober)
+    : m_order(order),
+      m_bench(m_order, prober),
+      m_knowledge(m_order),
+      m_surface(m_order, rangeOf(order)) {}
+
+bool Course::goesOn() const {
+    // A point takes nine probes or so.
+    return !m_bench.isInterrupted() && !hasFailed() && m_bench.left() >= 9;
+}
+
+Outcome Course::run() {
+    const std::vector<std::int32_t> temperatures = fitTemperatures(m_order);
+    const std::uint32_t middle = evenCarriers(m_order, 3).at(m_order.lowCarrier < m_order.highCarrier ? 1 : 0);
+    if (begin({middle, temperatures.front()})) {
+        bool isFirst = true;
+        for (const std::int32_t temperature : temperatures) {
+            fitAt(temperature, isFirst ? 6 : 3);
+            isFirst = false;
+        }
+        goBack();
+        improve();
+    }
+    conclude();
+    return m_outcome;
+}
+
+bool Course::begin(const Place& place) {
+    m_visited.emplace(place.carrier, place.temperature);
+    if (!m_bench.goTo(place)) {
+        m_outcome.reason = "the first place cannot be had";
+        return false;
+    }
+    const FirstBowl first = findFirstBowl(m_bench, m_knowledge);
+    if (!first.trouble.empty()) {
+        m_outcome.reason = first.trouble;
+        return false;
+    }
+    const double amplitude = m_knowledge.curvature.amplitude();
+    const double step = std::max(m_order.i.step, m_order.q.step);
+    if (m_order.limit && m_order.detector.zero) {
+        const double allowed = std::sqrt(powerOf(*m_order.limit)) / amplitude;
+        m_wantedPoint = std::clamp(0.15 * allowed, 0.12 * step, 20.0 * step);
+        m_wantedSurface = std::max(0.1 * step, (allowed - 1.25 * step) / claimedDeviations / 1.4);
+    } else {
+        m_wantedPoint = 0.15 * step;
+        m_wantedSurface = 0.1 * step;
+    }
+    add(place, {first.bottom, first.deviation});
+    const Point& point = m_outcome.points.back();
+    if (point.state == PointState::failed) {
+        m_outcome.reason = "the first point failed: " + point.remark;
+    }
+    return point.state != PointState::failed;
+}
+
+void Course::add(const Place& place, const Forecast& forecast) {
+    const FittedPoint fitted = fitPoint(m_bench, m_knowledge, place, forecast, m_wantedPoint);
+    m_outcome.points.push_back(fitted.point);
+    if (fitted.sample) {
+        m_samples.push_back(*fitted.sample);
+        refit(m_samples.size() > 3);
+    }
+}
+
+void Course::fit(const Place& place) {
+    m_visited.emplace(place.carrier, place.temperature);
+    const Forecast forecast = m_surface.at(place);
+    if (!m_bench.goTo(place)) {
+        Point& point = m_outcome.points.emplace_back();
+        point.place = place;
+        point.remark = "the place cannot be had";
+        return;
+    }
+    add(place, forecast);
+}
+
+void Course::refit(bool isDecayChosen) {
+    m_surface.fit(m_samples, isDecayChosen);
+}
+
+std::optional<std::uint32_t> Course::leastKnown(std::int32_t temperature, double enough) const {
+    std::optional<std::uint32_t> found;
+    double most = enough;
+    for (const std::uint32_t carrier : evenCarriers(m_order, 49)) {
+        if (m_visited.count({carrier, temperature}) != 0) {
+            continue;
+        }
+        const double deviation = m_surface.at({carrier, temperature}).deviation;
+        if (deviation > most) {
+            most = deviation;
+            found = carrier;
+        }
+    }
+    return found;
+}
+
+void Course::fitAt(std::int32_t temperature, std::size_t least) {
+    for (std::size_t count = 0; goesOn(); ++count) {
+        const auto carrier = leastKnown(temperature, count < least ? 0.0 : m_wantedSurface);
+        if (!carrier) {
+            return;
+        }
+        fit({*carrier, temperature});
+    }
+}
+
+void Course::tryAt(std::int32_t temperature, std::size_t count) {
+    m_misses = 0;
+    Table table = makeTable(m_order, m_surface);
+    const std::vector<std::uint32_t> carriers = evenCarriers(m_order, 2 * count + 1);
+    for (std::size_t n = 0; n < count && goesOn(); ++n) {
+        const Place place{carriers.at(std::min(2 * n + 1, carriers.size() - 1)), temperature};
+        if (!m_visited.emplace(place.carrier, place.temperature).second || !m_bench.goTo(place)) {
+            continue;
+        }
+        const Forecast forecast = m_surface.at(place);
+        const Corrections set = correctionsAt(table, place);
+        const double foretold = claimedPower(m_order, m_knowledge, m_surface, table, place);
+        const auto reading = m_bench.probe({static_cast<double>(set.i), static_cast<double>(set.q)});
+        if (!reading) {
+            continue;
+        }
+        const double noise = m_knowledge.noise();
+        const double measured = m_knowledge.scale.power(reading->reading);
+        const double most = (foretold + 1.5 * m_knowledge.floor()) * (1.0 + 4.0 * noise);
+        const bool isAsForetold = measured <= most;
+        m_outcome.verifications.push_back(
+            {place, set, reading->reading, m_knowledge.scale.level(reading->reading), isAsForetold});
+        if (!isAsForetold) {
+            ++m_misses;
+            const double off = std::sqrt(measured) / m_knowledge.curvature.amplitude();
+            add(place, {forecast.bottom, std::max(forecast.deviation, off)});
+            table = makeTable(m_order, m_surface);
+        }
+    }
+}
+
+void Course::goBack() {
+    constexpr std::size_t triedAt = 2;
+    constexpr std::size_t places = 8;
+    int misses = 0;
+    std::vector<std::int32_t> tried = triedTemperatures(fitTemperatures(m_order), triedAt);
+    if (tried.empty()) {
+        tried.push_back(m_bench.temperature());
+    }
+    for (const std::int32_t temperature : tried) {
+        fitAt(temperature, 0);
+        tryAt(temperature, places);
+        misses += m_misses;
+    }
+    m_misses = misses;
+    m_isComplete = goesOn();
+}
+
+void Course::improve() {
+    constexpr int mostRounds = 12;
+    constexpr std::size_t places = 6;
+    int idle = 0;
+    for (int round = 0; round < mostRounds && idle < 2 && goesOn(); ++round) {
+        const Table table = makeTable(m_order, m_surface);
+        const LevelAt claim = claimAnywhere(m_order, m_knowledge, m_surface, table);
+        if (m_misses == 0 && isWithinLimit(claim.level)) {
+            return;
+        }
+        const std::size_t before = m_outcome.points.size();
+        m_wantedSurface *= isWithinLimit(claim.level) ? 1.0 : 0.7;
+        fitAt(claim.place.temperature, m_misses > 0 ? 2 : 0);
+        tryAt(claim.place.temperature, places + static_cast<std::size_t>(round));
+        idle = m_outcome.points.size() > before ? 0 : idle + 1;
+    }
+}
+
+bool Course::isWithinLimit(double level) const {
+    return !m_order.limit || (m_order.detector.zero && level <= *m_order.limit);
+}
+
+bool Course::hasFailed() const {
+    // A transmitter that fails here and there is not to be probed to its end.
+    constexpr int most = 3;
+    return std::count_if(m_outcome.points.begin(), m_outcome.points.end(), [](const Point& point) {
+               return point.state == PointState::failed;
+           }) >= most;
+}
+
+/** With as many nodes as there may be; where that is not enough, with the number whose roundings fall best. */
+void Course::makeTables() {
+    m_outcome.table = makeTable(m_order, m_surface);
+    m_outcome.claim = claimAnywhere(m_order, m_knowledge, m_surface, m_outcome.table);
+    for (std::size_t less = 1; less <= 8 && !(m_order.limit && isWithinLimit(m_outcome.claim->level)); ++less) {
+        const std::size_t carriers = m_order.mostCarriers - std::min(m_order.mostCarriers - 2, less);
+        for (const std::size_t temperatures : {m_order.mostTemperatures, (m_order.mostTemperatures + 2) / 2}) {
+            Table table = makeTable(m_order, m_surface, {carriers, temperatures});
+            const LevelAt claim = claimAnywhere(m_order, m_knowledge, m_surface, table);
+            if (claim.level < m_outcome.claim->level) {
+                m_outcome.table = std::move(table);
+                m_outcome.claim = claim;
+            }
+        }
+    }
+}
+
+namespace {
+
+std::string inWords(const Place& place) {
+    return std::to_string(place.carrier) + " kHz, " + std::to_string(place.temperature) + " degrees";
+}
+
+std::string inWords(double level) {
+    std::array<char, 32> text{};
+    static_cast<void>(std::snprintf(text.data(), text.size(), "%.2f", level));
+    return text.data();
+}
+
+} // namespace
+
+std::string Course::whyMissed() const {
+    for (const Point& point : m_outcome.points) {
+        if (point.state == PointState::failed) {
+            return "the point at " + inWords(point.place) + " failed: " + point.remark;
+        }
+    }
+    if (!m_isComplete) {
+        return "the budget of " + std::to_string(m_order.budget) + " probes was spent before all was tried";
+    }
+    if (m_misses > 0) {
+        for (auto tried = m_outcome.verifications.rbegin(); tried != m_outcome.verifications.rend(); ++tried) {
+            if (!tried->isAsForetold) {
+                return "the surface does not foretell what is left: " + inWords(tried->level) + " dBc at " +
+                       inWords(tried->place);
+            }
+        }
+    }
+    if (isWithinLimit(m_outcome.claim->level)) {
+        return {};
+    }
+    if (!m_order.detector.zero) {
+        return "the limit is in dBc, and the detector's zero is not known";
+    }
+    for (const Point& point : m_outcome.points) {
+        if (point.state == PointState::edge) {
+            return "at " + inWords(point.place) + " " + point.remark;
+        }
+    }
+    return "up to " + inWords(m_outcome.claim->level) + " dBc may be left at " +
+           inWords(m_outcome.claim->place) + ", more than the limit of " + inWords(*m_order.limit);
+}
+
+void Course::conclude() {
+    m_outcome.probes = m_bench.probes();
+    m_outcome.temperatureChanges = m_bench.temperatureChanges();
+    m_outcome.isRelative = !m_order.detector.zero;
+    m_outcome.slope = m_knowledge.scale.slope;
+    if (m_bench.isInterrupted()) {
+        m_outcome.verdict = Verdict::interrupted;
+        m_outcome.reason = "it was interrupted";
+        return;
+    }
+    if (!m_outcome.reason.empty()) {
+        m_outcome.verdict = Verdict::failed;
+        return;
+    }
+    if (m_samples.empty()) {
+        m_outcome.verdict = Verdict::failed;
+        m_outcome.reason = whyMissed();
+        return;
+    }
+    makeTables();
+    m_outcome.reason = whyMissed();
+    m_outcome.verdict = m_outcome.reason.empty() ? Verdict::held : Verdict::missed;
+}
+
+Outcome calibrate(const Order& order, Prober& prober) {
+    return Course(order, prober).run();
+}
+
+} // namespace Radio::Fit

@@ -1,0 +1,206 @@
+#include "radio/fit/FirstPoint.h"
+
+#include "radio/fit/PointFit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <vector>
+
+namespace Radio::Fit {
+
+namespace {
+
+/** A slope that differs by more than this from the described one is another one. */
+constexpr double slopeTolerance = 0.04;
+
+std::string inWords(double number) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.1f", number);
+    return text;
+}
+
+class FirstPoint {
+public:
+    FirstPoint(Bench& bench, Knowledge& knowledge)
+        : m_bench(bench),
+          m_knowledge(knowledge) {}
+
+    FirstBowl run() {
+        const Detector& detector = m_bench.order().detector;
+        m_knowledge.scale.slope = detector.slope.value_or(20.0);
+        m_knowledge.scale.zero = detector.zero.value_or(0.0);
+        const Branch& i = m_bench.order().i;
+        const Branch& q = m_bench.order().q;
+        m_centre = {(static_cast<double>(i.low) + i.high) / 2.0, (static_cast<double>(q.low) + q.high) / 2.0};
+        m_radius = 0.3 * std::min(static_cast<double>(i.high) - i.low, static_cast<double>(q.high) - q.low);
+        const auto uncorrected = m_bench.probe(m_bench.inside({0.0, 0.0}));
+        if (!uncorrected) {
+            return trouble(unread());
+        }
+        m_readings.push_back(*uncorrected);
+        if (!findBowl() || !narrow() || !checkSlope()) {
+            return m_first;
+        }
+        if (!detector.zero) {
+            // Levels are relative to the uncorrected one.
+            m_knowledge.scale.zero = -uncorrected->reading / m_knowledge.scale.slope;
+            fitAll();
+        }
+        m_knowledge.learnFirst(m_knowledge.powersOf(m_readings));
+        return m_first;
+    }
+
+private:
+    FirstBowl trouble(const std::string& why) {
+        m_first.trouble = why;
+        return m_first;
+    }
+    bool fails(const std::string& why) {
+        m_first.trouble = why;
+        return false;
+    }
+    std::string unread() const {
+        return m_bench.isInterrupted() ? "it was interrupted"
+               : m_bench.left() == 0   ? "the budget of probes was spent at the first point"
+                                       : "the detector could not be read";
+    }
+
+    bool addRing(const Pair& centre, double radius, int corners) {
+        const std::vector<Reading> ring = probeRing(m_bench, centre, radius, corners);
+        m_readings.insert(m_readings.end(), ring.begin(), ring.end());
+        return static_cast<int>(ring.size()) == corners;
+    }
+
+    const Reading& lowest() const {
+        return *std::min_element(m_readings.begin(), m_readings.end(),
+                                 [](const Reading& a, const Reading& b) { return a.reading < b.reading; });
+    }
+
+    std::vector<Reading> seen() const {
+        std::vector<Reading> inside;
+        std::copy_if(m_readings.begin(), m_readings.end(), std::back_inserter(inside),
+                     [this](const Reading& reading) {
+                         return isInside(m_bench.order().detector, reading.reading);
+                     });
+        return inside;
+    }
+
+    std::optional<Bowl> fitAll() {
+        if (!m_bench.order().detector.slope) {
+            if (const auto estimate = estimateSlope(seen())) {
+                m_knowledge.scale.slope = estimate->slope;
+            }
+        }
+        auto bowl = fitBowl(m_knowledge.powersOf(m_readings));
+        if (bowl) {
+            m_knowledge.curvature = bowl->curvature;
+        }
+        return bowl;
+    }
+
+    /** The bottom is where rings around it are worth their probes. */
+    bool isNear(const Pair& bottom) const {
+        const Pair inside = m_bench.inside(bottom);
+        const double beyond = std::hypot(inside.i - bottom.i, inside.q - bottom.q);
+        return beyond < m_radius;
+    }
+
+    bool isStuck() const {
+        return m_readings.size() > 6 &&
+               std::all_of(m_readings.begin(), m_readings.end(), [this](const Reading& reading) {
+                   return reading.reading == m_readings.front().reading;
+               });
+    }
+
+    bool findBowl() {
+        constexpr int mostRings = 7;
+        for (int ring = 0; ring < mostRings; ++ring) {
+            if (!addRing(m_centre, m_radius, 6)) {
+                return fails(unread());
+            }
+            const auto bowl = fitAll();
+            if (bowl && isNear(bowl->bottom)) {
+                m_bottom = bowl->bottom;
+                return true;
+            }
+            if (ring == 2 && isStuck()) {
+                break;
+            }
+            m_centre = {static_cast<double>(lowest().at.i), static_cast<double>(lowest().at.q)};
+            m_radius *= ring == 0 ? 0.7 : 0.6;
+        }
+        if (isStuck()) {
+            return fails("every reading is " + std::to_string(m_readings.front().reading) +
+                         ": the detector is stuck or saturated");
+        }
+        return fails("the leaking power is no bowl over I and Q at the first point");
+    }
+
+    /** Rings that are each so wide that they surely surround the bottom, down to the narrowest. */
+    bool narrow() {
+        for (int ring = 0; ring < 6; ++ring) {
+            const double least = m_knowledge.leastRadius();
+            const double radius = std::max(least, std::min(0.1 * m_radius, m_radius));
+            if (!addRing(m_bottom, radius, 4)) {
+                return fails(unread());
+            }
+            fitAll();
+            const std::vector<Reading> ringReadings(m_readings.end() - 4, m_readings.end());
+            const std::vector<PowerProbe> powers = m_knowledge.powersOf(ringReadings);
+            const auto local = fitBottom(powers, m_knowledge.curvature);
+            if (!local) {
+                m_radius *= 0.5;
+                continue;
+            }
+            const double off = std::hypot(local->bottom.i - m_bottom.i, local->bottom.q - m_bottom.q);
+            m_bottom = local->bottom;
+            m_radius = off > radius ? 10.0 * off : radius;
+            if (radius <= 2.0 * least && off < 2.0 * radius) {
+                m_first.bottom = m_bottom;
+                m_first.deviation = std::max(least, 0.2 * radius);
+                return true;
+            }
+        }
+        return fails("the bottom of the bowl at the first point was not found");
+    }
+
+    bool checkSlope() {
+        const auto estimate = estimateSlope(seen());
+        const auto& described = m_bench.order().detector.slope;
+        if (!estimate) {
+            return fails("the probes of the first point do not tell the slope of the detector");
+        }
+        const Scale scale{estimate->slope, 0.0};
+        const double misfit = estimate->misfit * scale.relativeError();
+        if (misfit > 0.2) {
+            return fails("the detector is not logarithmic, or too noisy: its readings miss a bowl by " +
+                         inWords(estimate->misfit) + " units");
+        }
+        const double off = described ? std::abs(estimate->slope / *described - 1.0) : 0.0;
+        if (off > slopeTolerance && off > 4.0 * estimate->deviation) {
+            return fails("the detector has " + inWords(estimate->slope) + " units for each dB, not the " +
+                         inWords(*described) + " described");
+        }
+        m_knowledge.firstMisfit = misfit;
+        m_knowledge.slopeDoubt = std::max(off, 2.0 * estimate->deviation);
+        m_knowledge.learnNoise(std::min(misfit, 0.06), static_cast<int>(seen().size()) - 7);
+        return true;
+    }
+
+    Bench& m_bench;
+    Knowledge& m_knowledge;
+    FirstBowl m_first;
+    std::vector<Reading> m_readings;
+    Pair m_centre{};
+    Pair m_bottom{};
+    double m_radius = 0.0;
+};
+
+} // namespace
+
+FirstBowl findFirstBowl(Bench& bench, Knowledge& knowledge) {
+    return FirstPoint(bench, knowledge).run();
+}
+
+} // namespace Radio::Fit

@@ -1,0 +1,39 @@
+#ifndef RADIO_FIT_PROBER_H
+#define RADIO_FIT_PROBER_H
+
+#include "radio/fit/Order.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace Radio::Fit {
+
+/**
+ * Makes the probes that a calibration asks for. Given the same answers, a calibration asks the same questions
+ * in the same order: one that was interrupted is gone on with by answering from what was kept of it.
+ *
+ * A place is gone to once, and left for good.
+ */
+class Prober {
+public:
+    Prober() = default;
+    Prober(const Prober&) = delete;
+    Prober& operator=(const Prober&) = delete;
+    virtual ~Prober() = default;
+
+    /** Has the transmitter at a place for the probes that follow. False: it cannot be had there. */
+    virtual bool goTo(const Place& place) = 0;
+    /** What the detector reads with these corrections, once it has settled; nothing: it cannot be read. */
+    virtual std::optional<std::int32_t> probe(const Corrections& corrections) = 0;
+    /** Asked after each probe and each place whether to go on. */
+    virtual bool goOn() = 0;
+    /**
+     * The best corrections at the place of the last goTo(), found by other means, where no fit did; nothing:
+     * there are none. Its probes do not count.
+     */
+    virtual std::optional<Corrections> search(const Place& place) = 0;
+};
+
+} // namespace Radio::Fit
+
+#endif
