@@ -1,5 +1,6 @@
 #include "radio/calibration/Diagnosis.h"
 
+#include "radio/calibration/StuckDetector.h"
 #include "radio/text/Words.h"
 
 #include <algorithm>
@@ -46,14 +47,14 @@ Readings readingsOf(const std::vector<Probe>& probes) {
 }
 
 /** Why the readings say nothing about the leakage; empty: they do. */
-std::string whyNoUse(const Readings& readings, const Settings& settings,
+std::string whyNoUse(const Readings& readings, const Point& point, const Settings& settings,
                      const DetectorDescription* detector) {
     if (readings.count == 0) {
         return std::string("the ") + (settings.useHighDetector ? "high-range " : "") +
                "detector was never read: the radio has none";
     }
     if (readings.lowest != readings.highest) {
-        return {};
+        return whyStuck(point, settings, detector);
     }
     const std::string every = "every reading is " + std::to_string(readings.lowest);
     if (detector != nullptr && readings.lowest >= detector->high) {
@@ -145,7 +146,7 @@ void diagnose(Point& point, const Settings& settings, const LeakageDescription& 
     const bool hasHigh = settings.useHighDetector && leakage.highDetector;
     const DetectorDescription& detector = hasHigh ? *leakage.highDetector : leakage.detector;
     const Readings readings = readingsOf(point.probes);
-    if (!judge(point, whyNoUse(readings, settings, &detector))) {
+    if (!judge(point, whyNoUse(readings, point, settings, &detector))) {
         return;
     }
     std::vector<std::string> clauses = edgesOf(point, settings);
@@ -167,7 +168,7 @@ void diagnose(Point& point, const Settings& settings, const LeakageDescription& 
 
 void diagnose(Point& point, const Settings& settings) {
     const Readings readings = readingsOf(point.probes);
-    if (!judge(point, whyNoUse(readings, settings, nullptr))) {
+    if (!judge(point, whyNoUse(readings, point, settings, nullptr))) {
         return;
     }
     std::vector<std::string> clauses = edgesOf(point, settings);

@@ -13,6 +13,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -66,6 +67,8 @@ public:
     /** From this read on the detector fails; 0: never. */
     unsigned failsAtRead = 0;
     bool isTunable = true;
+    /** The detector reads 499 to 501 whatever is set. */
+    bool isStuck = false;
     /** By how much the time goes on whenever somebody looks at the clock. */
     std::chrono::minutes timeBetweenQuestions{0};
     /** What the sensor says one time after the other; the last for ever. */
@@ -105,6 +108,10 @@ private:
         if (failsAtRead != 0 && reads >= failsAtRead) {
             return 0x816e;
         }
+        if (isStuck) {
+            value = 499 + static_cast<std::int64_t>(m_random() % 3);
+            return 0;
+        }
         value = std::llround(std::hypot(static_cast<double>(m_i + 480), static_cast<double>(m_q - 120)));
         return 0;
     }
@@ -124,6 +131,7 @@ private:
     std::int64_t m_i = 0;
     std::int64_t m_q = 0;
     std::int64_t m_other = 0;
+    std::minstd_rand m_random{1};
     std::chrono::steady_clock::time_point m_now{};
 };
 
@@ -336,6 +344,17 @@ TEST_F(HardwareCalibrationTest, ReadingThatFailsIsNoProbeAndIsMadeUpFor) {
     m_order.beginning = Beginning::resume;
     FakeRadio mended(m_board);
     EXPECT_TRUE(run(mended).isGood);
+}
+
+TEST_F(HardwareCalibrationTest, StuckDetectorIsNotTakenForANoisyOne) {
+    m_radio.isStuck = true;
+    const CalibrationOutcome outcome = run();
+    EXPECT_EQ(outcome.summary.failed, 3U);
+    for (const Point& point : outcome.result.points) {
+        EXPECT_EQ(point.remark,
+                  "readings stay within 1 of 500 whatever the corrections are: the detector is stuck");
+    }
+    EXPECT_FALSE(std::filesystem::exists(csv));
 }
 
 TEST_F(HardwareCalibrationTest, ResumedPointThatCannotBeTunedIsOneThatFailed) {
