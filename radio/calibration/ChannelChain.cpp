@@ -1,7 +1,6 @@
 #include "radio/calibration/ChannelChain.h"
 
 #include "ResultCode.h"
-#include "radio/board/BoardNames.h"
 #include "radio/text/Words.h"
 
 #include <chrono>
@@ -44,7 +43,7 @@ public:
         Standalone::Driver* const found = m_channel.platform.drivers().find(driver);
         const DriverInterface* const record = found == nullptr ? nullptr : found->record();
         if (record == nullptr || record->read == nullptr) {
-            throw ChainFailure("there is no detector that could be read");
+            throw ChainFailure("there is no detector for this range that could be read");
         }
         int reading = 0;
         const auto code = record->read(record->context, &reading);
@@ -87,8 +86,8 @@ MeasuringChain chainOf(const ChannelChain& channel) {
     return chain;
 }
 
-ChainDescription describeChain(const Board& /*board*/, const Settings& settings,
-                               const LeakageDescription* leakage, std::optional<std::uint32_t> settleTime) {
+ChainDescription describeChain(const Settings& settings, const LeakageDescription* leakage,
+                               std::optional<std::uint32_t> settleTime) {
     ChainDescription chain{settings.i, settings.q, settings.useHighDetector, settleTime};
     if (leakage != nullptr) {
         const bool isHigh = settings.useHighDetector && leakage->highDetector;

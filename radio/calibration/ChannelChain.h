@@ -28,8 +28,8 @@ MeasuringChain chainOf(const ChannelChain& channel);
 
 /** What is known of a channel's chain. `leakage` is that of its modelled transmitter, null on hardware.
  * `settleTime` is what somebody stated. */
-ChainDescription describeChain(const Board& board, const Settings& settings,
-                               const LeakageDescription* leakage, std::optional<std::uint32_t> settleTime);
+ChainDescription describeChain(const Settings& settings, const LeakageDescription* leakage,
+                               std::optional<std::uint32_t> settleTime);
 
 } // namespace Radio::Calibration
 

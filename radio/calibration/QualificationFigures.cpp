@@ -18,6 +18,10 @@ std::string inOneDecimal(double number) {
     return inDecimals(number, 1);
 }
 
+double rounded(double figure) {
+    return std::round(figure * 100) / 100;
+}
+
 bool isLess(const ReadingLine::value_type& one, const ReadingLine::value_type& other) {
     return one.second < other.second;
 }
@@ -161,6 +165,11 @@ void QualificationFigures::conclude(const ChainDescription& description) {
     judgeSettleTime(description);
     judgeSlope(description);
     chooseReadings(description);
+    // As exact as they are, and the same when they come out of a journal.
+    result.noise = rounded(result.noise);
+    for (auto* const figure : {&result.settled, &result.slope}) {
+        *figure = *figure ? std::optional(rounded(**figure)) : std::nullopt;
+    }
     const std::vector<double> readings = all();
     const double most = *std::max_element(readings.begin(), readings.end());
     if (description.highest && lowEnd == most && highEnd == most &&

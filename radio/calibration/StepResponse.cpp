@@ -36,7 +36,10 @@ double StepResponse::timeTo(double part) const {
     const Moment& next = m_readings[inside];
     const double left = std::max({errorAt(next), allowed / 20, 0.5});
     const double way = std::log(errorAt(outside) / allowed) / std::log(errorAt(outside) / left);
-    return outside.time + (next.time - outside.time) * std::min(1.0, way);
+    const double time = outside.time + (next.time - outside.time) * std::min(1.0, way);
+    // Below the noise it goes on falling as it did above.
+    const double longer = std::log(part) / std::log(allowed / height());
+    return std::min(lastTime(), allowed < height() ? time * std::max(1.0, longer) : time);
 }
 
 double StepResponse::partAfter(double time) const {

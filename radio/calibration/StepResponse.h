@@ -19,8 +19,8 @@ public:
     bool isOver() const;
     /** How large the step was, once it is over. */
     double height() const;
-    /** After which time, in ms, no more than `part` of the step, or than noise, is left; the time of the
-     * first reading when that is so from there on. */
+    /** After which time, in ms, no more than `part` of the step is left; what noise hides is taken to fall as
+     * what is seen does. The time of the first reading when there is no more than noise from there on. */
     double timeTo(double part) const;
     /** Which part of the step is left after a time, in ms; 0 for what is less than noise. */
     double partAfter(double time) const;

@@ -2,6 +2,7 @@
 
 #include "radio/calibration/Settings.h"
 #include "radio/text/Words.h"
+#include "radioctl/calibrate/QualificationReport.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/TextTable.h"
 
@@ -92,6 +93,9 @@ std::string verdict(const CalibrationOutcome& outcome, const CalibrationEnd& end
     if (end.signal != 0) {
         return "Interrupted: no tables were stored; --resume goes on where it stopped.";
     }
+    if (!outcome.refusal.empty()) {
+        return "Nothing was calibrated: " + outcome.refusal + ". --no-qualify begins all the same.";
+    }
     if (!end.trouble.empty()) {
         return "No tables were stored: " + end.trouble;
     }
@@ -119,6 +123,13 @@ std::string awaitedText(const AwaitedTemperature& awaited) {
 
 void CalibrationText::warns(const std::string& reservation) {
     m_out << "Warning: " << harmless(reservation) << "\n" << std::flush;
+}
+
+void CalibrationText::qualified(const Qualification& qualification) {
+    // Of a refusal the last line tells.
+    if (qualification.isGood()) {
+        m_out << qualificationText(qualification) << std::flush;
+    }
 }
 
 void CalibrationText::awaits(const AwaitedTemperature& awaited, bool isBeginning) {
@@ -151,9 +162,14 @@ void CalibrationText::finished(const CalibrationOutcome& outcome, const Calibrat
     m_out << "\n"
           << counted(result.points.size(), "point") << " of " << outcome.wanted << ": " << summary.good
           << " good, " << summary.edge << " at an edge, " << summary.failed << " failed; "
-          << counted(outcome.newProbes, "probe") << " made in " << std::fixed << std::setprecision(2)
-          << outcome.seconds << " s\n";
-    m_out << "Journal: " << harmless(outcome.journal) << "\n";
+          << counted(outcome.newProbes, "probe") << " made"
+          << (outcome.qualifyingReadings == 0
+                  ? ""
+                  : ", " + std::to_string(outcome.qualifyingReadings) + " of them to qualify the detector,")
+          << " in " << std::fixed << std::setprecision(2) << outcome.seconds << " s\n";
+    if (!outcome.journal.empty()) {
+        m_out << "Journal: " << harmless(outcome.journal) << "\n";
+    }
     if (!end.page.empty()) {
         m_out << "Page: " << harmless(end.page) << "\n";
     }
@@ -213,6 +229,10 @@ void CalibrationJson::warns(const std::string& reservation) {
     writeJsonLine(m_out, {{"event", "warning"}, {"text", reservation}});
 }
 
+void CalibrationJson::qualified(const Qualification& qualification) {
+    writeJsonLine(m_out, qualificationEvent(qualification));
+}
+
 void CalibrationJson::awaits(const AwaitedTemperature& awaited, bool /*isBeginning*/) {
     writeJsonLine(m_out, {{"event", "awaiting"}, {"degrees", awaited.wanted}, {"now", orNull(awaited.now)}});
 }
@@ -259,7 +279,8 @@ void CalibrationJson::finished(const CalibrationOutcome& outcome, const Calibrat
                   {"edge", summary.edge},
                   {"failed", summary.failed},
                   {"probes", outcome.newProbes},
-                  {"known_probes", outcome.knownProbes}};
+                  {"known_probes", outcome.knownProbes},
+                  {"qualifying_probes", outcome.qualifyingReadings}};
     event["worst_before"] = toJson(summary.before);
     event["worst_after"] = toJson(summary.after);
     event["worst_between"] = toJson(summary.between);
@@ -269,7 +290,7 @@ void CalibrationJson::finished(const CalibrationOutcome& outcome, const Calibrat
     }
     event["tables"] = nullIfEmpty(outcome.tables);
     event["backup"] = nullIfEmpty(outcome.backup);
-    event["journal"] = outcome.journal;
+    event["journal"] = nullIfEmpty(outcome.journal);
     event["page"] = nullIfEmpty(end.page);
     event["elapsed_seconds"] = outcome.seconds;
     event["interrupted"] = end.signal != 0;
