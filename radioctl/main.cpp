@@ -1,4 +1,5 @@
 #include "radioctl/calibrate/CalibrationCommandLine.h"
+#include "radioctl/calibrate/QualificationCommandLine.h"
 #include "radioctl/check/CheckCommandLine.h"
 #include "radioctl/completion/CompletionCommandLine.h"
 #include "radioctl/options/ExitCode.h"
@@ -30,6 +31,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     CheckCommandLine check(program);
     Plan::PlanCommandLine plan(program);
     Thermal::ThermalCommandLine thermal(program);
+    Calibration::QualificationCommandLine qualification(program);
     Calibration::CalibrationCommandLine calibration(program);
     Tables::TablesCommandLine tables(program);
     CompletionCommandLine completion(program);
@@ -38,8 +40,8 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     if (const auto isGood = parser.parse(withUnitsJoined(argumentCount, arguments))) {
         return *isGood ? ExitCode::good : ExitCode::wrongCommandLine;
     }
-    const std::array<CommandLine::Verb*, 7> verbs{&run,         &check,  &plan,      &thermal,
-                                                  &calibration, &tables, &completion};
+    const std::array<CommandLine::Verb*, 8> verbs{&run,           &check,       &plan,   &thermal,
+                                                  &qualification, &calibration, &tables, &completion};
     for (CommandLine::Verb* const verb : verbs) {
         if (verb->isCalled()) {
             return verb->run(json);

@@ -3,6 +3,7 @@
 
 #include "radio/board/Board.h"
 #include "radio/board/Verdict.h"
+#include "radio/calibration/Qualification.h"
 
 #include <cstdint>
 #include <optional>
@@ -31,6 +32,8 @@ struct Settings {
     /** In ms. */
     std::uint32_t settleTime = 0;
     bool useHighDetector = false;
+    /** So many readings of the detector make that of a probe, which is their mean. */
+    std::uint32_t readings = 1;
 };
 
 /** Corrections that were set, and what the detector then read; nothing when nothing was read. */
@@ -95,6 +98,8 @@ struct Result {
     /** A real radio was calibrated, and nothing is modelled. */
     bool isHardware = false;
     Settings settings;
+    /** What the measuring chain was found to be before the first point; nothing when nobody looked. */
+    std::optional<Qualification> qualification{};
     /** For each temperature all frequencies. */
     std::vector<Point> points;
 };

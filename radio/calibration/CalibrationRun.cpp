@@ -146,6 +146,7 @@ void CalibrationRun::open() {
         moveToBackup(m_journalFile);
     }
     m_journal.emplace(Journal::begin(m_journalFile, header()));
+    m_isBegun = true;
 }
 
 /** Or something else is, which nobody can say. */
@@ -200,6 +201,9 @@ void CalibrationRun::goThroughAgain() {
 void CalibrationRun::take(JournalContent content) {
     m_outcome.result.date = content.header.date;
     m_known = std::move(content);
+    if (m_known.qualification) {
+        use(*m_known.qualification);
+    }
     for (const auto& [point, probes] : m_known.probes) {
         m_outcome.knownProbes += probes.size();
     }
@@ -221,7 +225,7 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const Cali
         }
     }
     const LeakageSummary& summary = m_outcome.summary;
-    m_outcome.isGood = summary.failed == 0 &&
+    m_outcome.isGood = m_outcome.refusal.empty() && summary.failed == 0 &&
                        (summary.edge == 0 || m_order.acceptsEdge || m_tables.empty()) &&
                        result.verdict != VerdictKind::fail;
     return std::move(m_outcome);
@@ -249,12 +253,17 @@ void CalibrationRun::calibrateAll(CalibrationListener& listener, const Calibrati
         }
         return goesOn = listener.goOn(now) && goesOn;
     };
-    const Probing probing{m_journal ? &*m_journal : nullptr, goOn, m_order.isRealTime || isBench};
+    Probing probing{m_journal ? &*m_journal : nullptr, goOn, m_order.isRealTime || isBench,
+                    settings.readings};
     Calibrator calibrator(booted, m_board, result, probing, m_journalFile.string(),
                           climate ? &*climate : nullptr);
     listener.begins(m_board, result, m_outcome.knownProbes);
     const auto start = std::chrono::steady_clock::now();
     const auto all = [&] {
+        if (!qualify(calibrator, listener) || !goesOn) {
+            return false;
+        }
+        probing.readings = settings.readings;
         for (const std::int32_t temperature : settings.temperatures) {
             for (const std::uint32_t frequency : settings.frequencies) {
                 const JournaledProbes& known = m_known.probes[{temperature, frequency}];
@@ -278,7 +287,56 @@ void CalibrationRun::calibrateAll(CalibrationListener& listener, const Calibrati
     };
     m_outcome.isComplete = all();
     m_outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    m_outcome.newProbes = calibrator.newProbes();
+    m_outcome.newProbes = calibrator.newProbes() + m_outcome.qualifyingReadings;
+}
+
+bool CalibrationRun::qualify(Calibrator& calibrator, CalibrationListener& listener) {
+    Result& result = m_outcome.result;
+    if (result.qualification) {
+        listener.qualified(*result.qualification);
+    }
+    // What was measured with one settle time does not go on with another.
+    if (!m_order.qualifies || isOffline() || result.qualification || !m_known.probes.empty()) {
+        return true;
+    }
+    const Qualification found =
+        calibrator.qualify(result.settings.frequencies.front(), result.settings.temperatures.front(),
+                           statedSettleTime(m_board, m_order.wishes));
+    m_outcome.qualifyingReadings = found.taken;
+    m_outcome.trouble = calibrator.whyStopped();
+    if (found.isInterrupted || !m_outcome.trouble.empty()) {
+        return false;
+    }
+    if (found.isGood()) {
+        try {
+            m_journal->enter(found);
+        } catch (const InputError& error) {
+            m_outcome.trouble = error.what();
+            return false;
+        }
+        use(found);
+    } else {
+        m_outcome.refusal = found.refusal;
+        abandonJournal();
+    }
+    listener.qualified(found);
+    return found.isGood();
+}
+
+/** A journal of nothing helps nobody; one that was there before stays. */
+void CalibrationRun::abandonJournal() {
+    if (m_isBegun) {
+        std::error_code ignored;
+        fs::remove(m_journalFile, ignored);
+        m_outcome.journal.clear();
+    }
+}
+
+void CalibrationRun::use(const Qualification& qualification) {
+    Result& result = m_outcome.result;
+    result.qualification = qualification;
+    result.settings.settleTime = qualification.settleTime;
+    result.settings.readings = qualification.readings;
 }
 
 void CalibrationRun::note(const Point& point, bool isFromJournal) {

@@ -17,6 +17,8 @@
 
 namespace Radio::Calibration {
 
+class Calibrator;
+
 /** What becomes of a journal that is there. */
 enum class Beginning : std::uint8_t {
     fresh,   ///< a finished one, or one without probes, is kept as a backup, an unfinished one is an error
@@ -42,6 +44,8 @@ struct CalibrationOrder {
     bool acceptsEdge = false;
     /** Tables are stored even if the limits of the board are not held. */
     bool acceptsFail = false;
+    /** The measuring chain is qualified before the first point, unless the journal has that, or probes. */
+    bool qualifies = false;
     /** Settle times are waited for; on hardware they are in any case. */
     bool isRealTime = false;
     /** A real radio is calibrated; what is modelled of the channel does not matter then. Not with
@@ -78,6 +82,9 @@ public:
 
     /** The radio is up, and the first point begins. `result` has no points yet. */
     virtual void begins(const Board& board, const Result& result, std::size_t knownProbes) = 0;
+    /** Before the first point, unless nobody asked: it may be refused. Figures that the journal had are told,
+     * too. */
+    virtual void qualified(const Qualification& /*qualification*/) {}
     virtual void calibrated(const Point& point) = 0;
     /**
      * Asked after each new probe and each point whether to go on; with CalibrationOrder::isRealTime and
@@ -93,15 +100,19 @@ struct CalibrationOutcome {
     bool isComplete = false;
     /** What went wrong with the calibration or with storing it; empty: nothing. */
     std::string trouble{};
+    /** Why the measuring chain is no good, so that no point was calibrated; empty: it is. */
+    std::string refusal{};
     Result result{};
     LeakageSummary summary{};
     /** What the limits of the board make of it. */
     Verdict verdict{};
     /** The points that it was to have. */
     std::size_t wanted = 0;
-    /** Probes that were in the journal before, and those that were made. */
+    /** Probes that were in the journal before, and those that were made, among them so many readings that
+     * qualified the chain. */
     std::size_t knownProbes = 0;
     std::uint64_t newProbes = 0;
+    std::uint64_t qualifyingReadings = 0;
     /** From the beginning of the first point to the end of the last. */
     double seconds = 0;
     /** Where tables were to go; empty: nowhere, or the calibration is not complete. */
@@ -114,7 +125,7 @@ struct CalibrationOutcome {
     bool isHeldBackByFail = false;
     /** The tables were there already, with the same content. */
     bool isUnchanged = false;
-    /** Where the probes are. */
+    /** Where the probes are; empty when the journal was taken back with a refusal. */
     std::string journal{};
     /** All points have corrections, tables that were asked for could be made of them, and no limit of the
      * board is missed. */
@@ -177,6 +188,10 @@ private:
     void resume();
     void goThroughAgain();
     void take(JournalContent content);
+    /** False when nothing can be measured. */
+    bool qualify(Calibrator& calibrator, CalibrationListener& listener);
+    void abandonJournal();
+    void use(const Qualification& qualification);
     void calibrateAll(CalibrationListener& listener, const CalibrationBench& bench);
     void note(const Point& point, bool isFromJournal);
     void store();
@@ -189,6 +204,7 @@ private:
     JournalContent m_known;
     std::optional<Journal> m_journal;
     bool m_isPrepared = false;
+    bool m_isBegun = false;
     CalibrationOutcome m_outcome;
     std::optional<double> m_worst;
     std::optional<std::int32_t> m_highestReading;

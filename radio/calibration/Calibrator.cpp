@@ -2,6 +2,7 @@
 
 #include "InterfaceBroker.h"
 #include "radio/board/PlatformWords.h"
+#include "radio/calibration/ChannelChain.h"
 #include "radio/calibration/Diagnosis.h"
 #include "radio/calibration/LeakageVerdict.h"
 #include "radio/files/InputError.h"
@@ -30,11 +31,32 @@ Calibrator::Calibrator(BootedRadio& booted, const Board& board, const Result& re
       m_probing(probing),
       m_climate(climate),
       m_transmitter(result.isHardware ? nullptr : booted.radio().transmitter(m_settings.channel)),
+      m_drivers(m_transmitter != nullptr ? driversOf(m_transmitter->description())
+                                         : driversOf(board, m_settings.channel)),
       m_cancellation(findCancellation(m_settings.channel, board.file.string())),
-      m_recorder(booted.radio().platform(), booted.radio().clock(),
-                 m_transmitter != nullptr ? driversOf(m_transmitter->description())
-                                          : driversOf(board, m_settings.channel),
-                 probing, journalFile) {}
+      m_recorder(booted.radio().platform(), booted.radio().clock(), m_drivers, probing, journalFile) {}
+
+Qualification Calibrator::qualify(std::uint32_t frequency, std::int32_t temperature,
+                                  std::optional<std::uint32_t> settleTime) {
+    m_booted.forget();
+    Qualification result;
+    result.refusal = goTo(frequency, temperature);
+    if (!result.refusal.empty()) {
+        return result;
+    }
+    if (m_transmitter != nullptr) {
+        m_transmitter->rest();
+    }
+    RadioUnit& radio = m_booted.radio();
+    m_recorder.remember();
+    result = Calibration::qualify(
+        chainOf({radio.platform(), radio.clock(), m_drivers, m_settings.useHighDetector, m_probing.isRealTime,
+                 m_probing.goOn}),
+        describeChain(m_settings, m_transmitter == nullptr ? nullptr : &m_transmitter->description(),
+                      settleTime));
+    m_recorder.restore();
+    return result;
+}
 
 Point Calibrator::calibrate(std::uint32_t frequency, std::int32_t temperature,
                             const JournaledProbes& journaled) {

@@ -11,6 +11,7 @@
 #include "radio/session/LeakingTransmitter.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace Radio::Calibration {
@@ -26,8 +27,14 @@ public:
     Calibrator(BootedRadio& booted, const Board& board, const Result& result, const Probing& probing,
                const std::string& journalFile, Climate* climate);
 
+    /** What the measuring chain is good for, at this point. `settleTime` is what somebody stated. A point
+     * that cannot be had is a refusal. Leaves the corrections of real hardware as they were. */
+    Qualification qualify(std::uint32_t frequency, std::int32_t temperature,
+                          std::optional<std::uint32_t> settleTime);
     /** `journaled` are the probes of this point that are known. */
     Point calibrate(std::uint32_t frequency, std::int32_t temperature, const JournaledProbes& journaled);
+    /** The driver that is read. */
+    const std::string& detector() const { return m_drivers.read(m_settings.useHighDetector); }
     /** How many probes were made that the journal did not have. */
     std::uint64_t newProbes() const { return m_recorder.newProbes(); }
     /** Why the last search was broken off, or why there can be no more; empty: neither. */
@@ -55,6 +62,7 @@ private:
     Climate* m_climate;
     /** Null when nothing is modelled. */
     LeakingTransmitter* m_transmitter;
+    const SearchDrivers m_drivers;
     ILoCancellation& m_cancellation;
     ProbeRecorder m_recorder;
 };

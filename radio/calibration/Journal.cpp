@@ -1,6 +1,7 @@
 #include "radio/calibration/Journal.h"
 
 #include "radio/calibration/Fingerprint.h"
+#include "radio/calibration/QualificationJson.h"
 #include "radio/calibration/Settings.h"
 #include "radio/calibration/SettingsReader.h"
 #include "radio/files/AtomicFile.h"
@@ -94,6 +95,8 @@ public:
                 m_content.header = headerFrom(json);
             } else if (json.contains("finished")) {
                 m_content.isFinished = true;
+            } else if (json.contains("qualified")) {
+                m_content.qualification = qualificationFromJson(json.at("qualified"));
             } else {
                 takeProbe(json);
             }
@@ -321,6 +324,10 @@ void Journal::enter(std::uint32_t frequency, std::int32_t temperature, const Pro
             {"q", probe.q},
             {"reading", orNull(probe.reading)},
             {"time", preciseUtcText(std::chrono::system_clock::now())}});
+}
+
+void Journal::enter(const Qualification& qualification) {
+    append({{"qualified", toJson(qualification)}});
 }
 
 void Journal::finish() {

@@ -3,6 +3,7 @@
 #include "ResultCode.h"
 #include "radio/session/HardwareWrite.h"
 
+#include <cmath>
 #include <utility>
 
 namespace Radio::Calibration {
@@ -63,7 +64,11 @@ public:
             return ResultFailed;
         }
         std::int64_t reading = known.value_or(0);
-        const std::int32_t code = known ? ResultOk : m_backing.read(reading);
+        std::int32_t code = known ? ResultOk : m_backing.read(reading);
+        if (!known && isSuccess(code)) {
+            reading = m_recorder.meanOf(
+                reading, [this](std::int64_t& next) { return m_backing.read(next); }, code);
+        }
         if (isSuccess(code)) {
             value = reading;
             m_recorder.take(static_cast<std::int32_t>(reading));
@@ -115,7 +120,15 @@ void ProbeRecorder::tapSource(const std::string& detector) {
         if (!isReadingDue()) {
             return now;
         }
-        const std::int32_t reading = knownReading().value_or(static_cast<std::int32_t>(now));
+        const std::optional<std::int32_t> known = knownReading();
+        std::int32_t code = ResultOk;
+        const auto readLive = [&live](std::int64_t& next) {
+            next = live ? live() : 0;
+            return std::int32_t{ResultOk};
+        };
+        // Noise is to go on as it did, also where the journal has the reading.
+        const std::int64_t mean = meanOf(now, readLive, code);
+        const std::int32_t reading = known.value_or(static_cast<std::int32_t>(mean));
         take(reading);
         return reading;
     });
@@ -142,10 +155,14 @@ void ProbeRecorder::begin(std::uint32_t frequency, std::int32_t temperature, con
     m_whyStopped.clear();
     m_isReplay = isReplay;
     m_isCutShort = false;
+    remember();
+    m_isSearching = true;
+}
+
+void ProbeRecorder::remember() {
     for (const std::unique_ptr<Tap>& tap : m_taps) {
         tap->remember();
     }
-    m_isSearching = true;
 }
 
 std::vector<Probe> ProbeRecorder::end() {
@@ -202,6 +219,19 @@ bool ProbeRecorder::refusesToRead() {
         stop("interrupted");
     }
     return !m_whyStopped.empty();
+}
+
+std::int64_t ProbeRecorder::meanOf(std::int64_t first, const std::function<std::int32_t(std::int64_t&)>& read,
+                                   std::int32_t& code) {
+    constexpr std::uint32_t microsecondsPerMs = 1000;
+    auto sum = static_cast<double>(first);
+    for (std::uint32_t n = 1; n < m_probing.readings && isSuccess(code); ++n) {
+        m_clock.sleep(betweenReadings * microsecondsPerMs);
+        std::int64_t reading = 0;
+        code = read(reading);
+        sum += static_cast<double>(reading);
+    }
+    return std::llround(sum / m_probing.readings);
 }
 
 void ProbeRecorder::take(std::int32_t reading) {

@@ -25,6 +25,8 @@ struct Probing {
     std::function<bool()> goOn;
     /** Settle times of new probes are waited for. */
     bool isRealTime = false;
+    /** So many readings make that of a new probe. */
+    std::uint32_t readings = 1;
 };
 
 /**
@@ -52,6 +54,8 @@ public:
                bool isReplay = false);
     /** The search came to its end. Gives its probes; corrections that were set and not read are none. */
     std::vector<Probe> end();
+    /** What real hardware was given until now is what restore() writes. A search begins with it. */
+    void remember();
     /** Writes what real hardware was given before the search again, and 0 where it was given nothing. Not
      * during a search. */
     void restore();
@@ -82,6 +86,10 @@ private:
     bool refusesToRead();
     /** That of the probe that is set. */
     void take(std::int32_t reading);
+    /** The mean of as many readings as a probe has, of which the first is there already; `code` becomes that
+     * of one that failed. */
+    std::int64_t meanOf(std::int64_t first, const std::function<std::int32_t(std::int64_t&)>& read,
+                        std::int32_t& code);
     /** The next write belongs to a probe that is not made. */
     bool isWriteKept() const;
 

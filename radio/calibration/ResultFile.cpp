@@ -122,6 +122,9 @@ Settings readSettings(const CsvFile& file) {
     settings.maxIterations = integer<std::uint32_t>(file.property("max_iterations"), iterationBounds);
     settings.settleTime = integer<std::uint32_t>(file.property("settle_time_ms"), settleTimeBounds);
     settings.useHighDetector = readDetector(file.property("detector"));
+    if (const std::optional<CsvItem> readings = file.findProperty("readings")) {
+        settings.readings = integer<std::uint32_t>(*readings, {2, mostReadings});
+    }
     return settings;
 }
 
@@ -200,6 +203,7 @@ void writeResult(std::ostream& out, const Result& result) {
         << "# min_delta: " << settings.minDelta << "\n"
         << "# max_iterations: " << settings.maxIterations << "\n"
         << "# settle_time_ms: " << settings.settleTime << "\n"
+        << (settings.readings > 1 ? "# readings: " + std::to_string(settings.readings) + "\n" : "")
         << "# detector: " << (settings.useHighDetector ? "high" : "low") << "\n"
         << verdictLine(result.verdict) << (result.isHardware ? hardwareHeading : heading) << "\n";
     for (const Point& point : result.points) {

@@ -143,6 +143,10 @@ Settings settingsFor(const Board& board, const CalibrationDescription& wishes, b
     return settings;
 }
 
+std::optional<std::uint32_t> statedSettleTime(const Board& board, const CalibrationDescription& wishes) {
+    return Choice(board, wishes).of(&CalibrationDescription::settleTime);
+}
+
 Json toJson(const Settings& settings) {
     return {{"channel", settings.channel},
             {"frequencies_khz", settings.frequencies},

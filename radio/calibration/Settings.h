@@ -17,6 +17,9 @@ namespace Radio::Calibration {
  */
 Settings settingsFor(const Board& board, const CalibrationDescription& wishes, bool isHardware = false);
 
+/** The settle time in ms that is wished for, or that the board describes; nothing when nobody says. */
+std::optional<std::uint32_t> statedSettleTime(const Board& board, const CalibrationDescription& wishes);
+
 /** What is written in front of a journal, and shown to other programs. */
 Json toJson(const Settings& settings);
 

@@ -32,6 +32,19 @@ std::vector<Number> axisFrom(const ParsedJson& json, const Range& bounds) {
     return axis;
 }
 
+/** A number of at most 1e9 either way, or nothing for null. */
+std::optional<double> numberFrom(const ParsedJson& json) {
+    constexpr double most = 1e9;
+    if (json.is_null()) {
+        return std::nullopt;
+    }
+    const auto number = json.get<double>();
+    if (!(number >= -most && number <= most)) {
+        throw std::runtime_error("not a number of a qualification");
+    }
+    return number;
+}
+
 } // namespace
 
 Settings settingsFromJson(const ParsedJson& json) {
@@ -52,6 +65,21 @@ Settings settingsFromJson(const ParsedJson& json) {
     }
     settings.useHighDetector = detector == "high";
     return settings;
+}
+
+Qualification qualificationFromJson(const ParsedJson& json) {
+    constexpr std::int64_t mostTaken = 1000;
+    Qualification qualification;
+    qualification.settleTime = wholeNumber<std::uint32_t>(json.at("settle_time_ms"), settleTimeBounds);
+    qualification.readings = wholeNumber<std::uint32_t>(json.at("readings"), {1, mostReadings});
+    qualification.settled = numberFrom(json.at("settled_ms"));
+    qualification.noise = numberFrom(json.at("noise")).value_or(0.0);
+    qualification.slope = numberFrom(json.at("slope"));
+    qualification.taken = wholeNumber<std::uint32_t>(json.at("taken"), {0, mostTaken});
+    if (qualification.slope == 0.0) {
+        throw std::runtime_error("not a slope");
+    }
+    return qualification;
 }
 
 } // namespace Radio::Calibration

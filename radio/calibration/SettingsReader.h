@@ -35,6 +35,8 @@ Number wholeNumber(const ParsedJson& json, const Range& bounds = {std::numeric_l
 /** Reads what toJson() of settings gives; throws nlohmann's exceptions or std::runtime_error for anything
  * else. */
 Settings settingsFromJson(const ParsedJson& json);
+/** The same for a qualification. */
+Qualification qualificationFromJson(const ParsedJson& json);
 
 } // namespace Radio::Calibration
 

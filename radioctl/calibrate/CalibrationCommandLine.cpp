@@ -72,6 +72,8 @@ CalibrationCommandLine::CalibrationCommandLine(CommandLine::Command program)
                      "Store also points whose search ended at the\nedge of a range");
     m_calibrate.flag("--accept-fail", m_options.order.acceptsFail,
                      "Store tables also when limits of the board\nare not held; they say so");
+    m_calibrate.flag("--no-qualify", m_isNotQualified,
+                     "Do not look first whether the detector\nfollows the corrections, and how fast");
     m_calibrate.flag("--real-time", m_options.order.isRealTime, "Wait for each settle time");
     addHardwareOption(m_calibrate, m_options.hardware);
     m_calibrate.flag("--force", m_options.isForced,
@@ -169,6 +171,7 @@ std::string CalibrationCommandLine::takeOptions() {
     m_options.order.tables = m_tables;
     m_options.order.version = RADIOCTL_VERSION;
     m_options.order.isHardware = m_options.hardware.hardware;
+    m_options.order.qualifies = !m_isNotQualified;
     if (m_resumes + m_restarts + (m_offline.empty() ? 0 : 1) > 1) {
         return "--resume, --restart and --offline exclude each other";
     }
@@ -181,7 +184,7 @@ std::string CalibrationCommandLine::takeOptions() {
     m_options.order.beginning = Beginning::offline;
     for (const char* const option :
          {"--band", "--step", "--temperatures", "--i-range", "--q-range", "--shrink", "--settle-time",
-          "--detector", "--serial", "--journal", "--real-time", "--hardware", "--force"}) {
+          "--detector", "--serial", "--journal", "--real-time", "--no-qualify", "--hardware", "--force"}) {
         if (m_calibrate.has(option)) {
             return std::string(option) + ": not together with --offline, whose journal says it";
         }

@@ -37,6 +37,7 @@ private:
     std::string m_offline;
     bool m_resumes = false;
     bool m_restarts = false;
+    bool m_isNotQualified = false;
 };
 
 } // namespace Radio::Calibration

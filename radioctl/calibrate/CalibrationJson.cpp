@@ -1,5 +1,6 @@
 #include "radio/calibration/Settings.h"
 #include "radioctl/calibrate/CalibrationReport.h"
+#include "radioctl/calibrate/QualificationReport.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/VerdictReport.h"
 
@@ -43,6 +44,10 @@ Json nullIfEmpty(const std::string& text) {
 
 void CalibrationJson::warns(const std::string& reservation) {
     writeJsonLine(m_out, {{"event", "warning"}, {"text", reservation}});
+}
+
+void CalibrationJson::qualified(const Qualification& qualification) {
+    writeJsonLine(m_out, qualificationEvent(qualification));
 }
 
 void CalibrationJson::awaits(const AwaitedTemperature& awaited, bool /*isBeginning*/) {
@@ -89,6 +94,7 @@ void CalibrationJson::finished(const CalibrationOutcome& outcome, const Calibrat
         {"event", "calibrated"},    {"points", result.points.size()}, {"wanted_points", outcome.wanted},
         {"good", summary.good},     {"missed", summary.missed},       {"edge", summary.edge},
         {"failed", summary.failed}, {"probes", outcome.newProbes},    {"known_probes", outcome.knownProbes}};
+    event["qualifying_probes"] = outcome.qualifyingReadings;
     event["verdict"] = verdictJson(outcome.verdict);
     event["limits"] = limitsJson(outcome.verdict);
     event["worst_before"] = toJson(summary.before);
@@ -100,7 +106,7 @@ void CalibrationJson::finished(const CalibrationOutcome& outcome, const Calibrat
     }
     event["tables"] = nullIfEmpty(outcome.tables);
     event["backup"] = nullIfEmpty(outcome.backup);
-    event["journal"] = outcome.journal;
+    event["journal"] = nullIfEmpty(outcome.journal);
     event["page"] = nullIfEmpty(end.page);
     event["elapsed_seconds"] = outcome.seconds;
     event["interrupted"] = end.signal != 0;

@@ -54,6 +54,7 @@ public:
     void begins(const Board& board, const Result& result, std::size_t knownProbes) override {
         m_report.begins(board, result, knownProbes);
     }
+    void qualified(const Qualification& qualification) override { m_report.qualified(qualification); }
     void calibrated(const Point& point) override { m_report.calibrated(point); }
     bool goOn(const CalibrationProgress& progress) override {
         tell(progress.awaited);

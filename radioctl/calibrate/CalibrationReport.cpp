@@ -2,6 +2,7 @@
 
 #include "radio/calibration/Settings.h"
 #include "radio/text/Words.h"
+#include "radioctl/calibrate/QualificationReport.h"
 #include "radioctl/report/TextTable.h"
 #include "radioctl/report/VerdictReport.h"
 
@@ -81,6 +82,9 @@ std::string storedText(const CalibrationOutcome& outcome, const CalibrationEnd& 
     if (end.signal != 0) {
         return "Interrupted: no tables were stored; --resume goes on where it stopped.";
     }
+    if (!outcome.refusal.empty()) {
+        return "Nothing was calibrated: " + outcome.refusal + ". --no-qualify begins all the same.";
+    }
     if (!end.trouble.empty()) {
         return "No tables were stored: " + end.trouble;
     }
@@ -104,6 +108,13 @@ std::string awaitedText(const AwaitedTemperature& awaited) {
 
 void CalibrationText::warns(const std::string& reservation) {
     m_out << "Warning: " << harmless(reservation) << "\n" << std::flush;
+}
+
+void CalibrationText::qualified(const Qualification& qualification) {
+    // Of a refusal the last line tells.
+    if (qualification.isGood()) {
+        m_out << qualificationText(qualification) << std::flush;
+    }
 }
 
 void CalibrationText::awaits(const AwaitedTemperature& awaited, bool isBeginning) {
@@ -140,9 +151,14 @@ void CalibrationText::finished(const CalibrationOutcome& outcome, const Calibrat
           << counted(result.points.size(), "point") << " of " << outcome.wanted << ": " << summary.good
           << " good, " << (summary.missed == 0 ? "" : std::to_string(summary.missed) + " missed, ")
           << summary.edge << " at an edge, " << summary.failed << " failed; "
-          << counted(outcome.newProbes, "probe") << " made in " << std::fixed << std::setprecision(2)
-          << outcome.seconds << " s\n";
-    m_out << "Journal: " << harmless(outcome.journal) << "\n";
+          << counted(outcome.newProbes, "probe") << " made"
+          << (outcome.qualifyingReadings == 0
+                  ? ""
+                  : ", " + std::to_string(outcome.qualifyingReadings) + " of them to qualify the detector,")
+          << " in " << std::fixed << std::setprecision(2) << outcome.seconds << " s\n";
+    if (!outcome.journal.empty()) {
+        m_out << "Journal: " << harmless(outcome.journal) << "\n";
+    }
     if (!end.page.empty()) {
         m_out << "Page: " << harmless(end.page) << "\n";
     }

@@ -37,6 +37,7 @@ public:
     /** Something speaks against what is calibrated all the same. */
     virtual void warns(const std::string& reservation) = 0;
     virtual void begins(const Board& board, const Result& result, std::size_t knownProbes) = 0;
+    virtual void qualified(const Qualification& qualification) = 0;
     /** The sensor says something new. `isBeginning`: of a temperature that nobody waited for before. */
     virtual void awaits(const AwaitedTemperature& awaited, bool isBeginning) = 0;
     virtual void calibrated(const Point& point) = 0;
@@ -51,6 +52,7 @@ public:
 
     void warns(const std::string& reservation) override;
     void begins(const Board& board, const Result& result, std::size_t knownProbes) override;
+    void qualified(const Qualification& qualification) override;
     void awaits(const AwaitedTemperature& awaited, bool isBeginning) override;
     void calibrated(const Point& /*point*/) override {}
     void finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) override;
@@ -71,6 +73,7 @@ public:
 
     void warns(const std::string& reservation) override;
     void begins(const Board& board, const Result& result, std::size_t knownProbes) override;
+    void qualified(const Qualification& qualification) override;
     void awaits(const AwaitedTemperature& awaited, bool isBeginning) override;
     void calibrated(const Point& point) override;
     void finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) override;

@@ -22,7 +22,7 @@ _radioctl()
     command=
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case $word in
-            run | console | check | completion | explain | audit | thermal | calibrate | lint | diff | why)
+            run | console | check | completion | explain | audit | thermal | qualify | calibrate | lint | diff | why)
                 command=$word
                 break
                 ;;
@@ -48,9 +48,10 @@ _radioctl()
             explain) word="--help --json --channel --tx --rx" ;;
             audit) word="--help --json --hardware --csv" ;;
             thermal) word="--help --json --carrier --station --csv --html" ;;
+            qualify) word="--help --json --hardware --force --channel --settle-time --detector --real-time" ;;
             calibrate) word="--help --json --hardware --force --verbose --channel --band --step --temperatures --i-range --q-range
                 --shrink --min-delta --max-iterations --settle-time --detector --serial --station --journal --out --html
-                --resume --restart --offline --accept-edge --accept-fail --real-time" ;;
+                --resume --restart --offline --accept-edge --accept-fail --no-qualify --real-time" ;;
             diff) word="--help --json --board --channel --all" ;;
             why) word="--help --json --channel --frequency --temperature" ;;
             check) word="--help --json --all --strict --hardware" ;;
@@ -67,7 +68,7 @@ _radioctl()
             compgen -f -X '!*.script' -- "$current"
             compgen -d -- "$current"
         ) ;;
-        console | check | explain | audit | calibrate | why) mapfile -t matches < <(
+        console | check | explain | audit | qualify | calibrate | why) mapfile -t matches < <(
             compgen -f -X '!*.toml' -- "$current"
             compgen -d -- "$current"
         ) ;;
@@ -79,7 +80,7 @@ _radioctl()
         plan) mapfile -t COMPREPLY < <(compgen -W "explain audit" -- "$current") && return ;;
         tables) mapfile -t COMPREPLY < <(compgen -W "lint diff why" -- "$current") && return ;;
         completion) mapfile -t COMPREPLY < <(compgen -W "bash" -- "$current") && return ;;
-        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal calibrate tables completion" -- "$current") && return ;;
+        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal qualify calibrate tables completion" -- "$current") && return ;;
     esac
     # Has bash put a backslash before the spaces of a name, and a slash behind a directory.
     compopt -o filenames 2> /dev/null

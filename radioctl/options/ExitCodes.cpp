@@ -15,9 +15,9 @@ namespace {
 using Commands = std::vector<std::string_view>;
 
 const Commands& allCommands() {
-    static const Commands all = {"run",         "console",    "check",     "plan explain",
-                                 "plan audit",  "thermal",    "calibrate", "tables lint",
-                                 "tables diff", "tables why", "completion"};
+    static const Commands all = {"run",         "console",     "check",      "plan explain",
+                                 "plan audit",  "thermal",     "qualify",    "calibrate",
+                                 "tables lint", "tables diff", "tables why", "completion"};
     return all;
 }
 
@@ -95,16 +95,19 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::outsideLimits, {"plan audit"}, "a carrier is outside its limits"},
         {ExitCode::outsideLimits, {"plan audit"}, "with --hardware the connection to a device was lost"},
         {ExitCode::outsideLimits, {"thermal"}, "the radio complained"},
+        {ExitCode::outsideLimits,
+         {"qualify", "calibrate"},
+         "nothing can be measured with the detector as it is"},
         {ExitCode::outsideLimits, {"calibrate"}, "there are points without good corrections"},
         {ExitCode::outsideLimits,
-         {"run", "console", "plan audit", "calibrate"},
+         {"run", "console", "plan audit", "qualify", "calibrate"},
          "with --hardware an on_exit value could not be written"},
         {ExitCode::different, {"tables diff"}, "there are differences"},
         {ExitCode::outsideLimits, {"tables why"}, "the library wrote something else than was computed"},
         {ExitCode::wrongCommandLine, all, "wrong command line"},
         {ExitCode::unusableInput,
-         {"run", "console", "check", "plan explain", "plan audit", "thermal", "calibrate", "tables lint",
-          "tables diff", "tables why"},
+         {"run", "console", "check", "plan explain", "plan audit", "thermal", "qualify", "calibrate",
+          "tables lint", "tables diff", "tables why"},
          "a board cannot be used"},
         {ExitCode::unusableInput, {"run"}, "a script cannot be used"},
         {ExitCode::unusableInput, {"console"}, "a line through a pipe was refused"},
@@ -118,7 +121,7 @@ const std::vector<ExitReason>& exitReasons() {
          "a table cannot be used, or there are none to look at"},
         {ExitCode::unusableInput, {"thermal", "calibrate"}, "gnuplot is missing"},
         {ExitCode::unusableInput,
-         {"run", "console", "plan audit", "calibrate"},
+         {"run", "console", "plan audit", "qualify", "calibrate"},
          "with --hardware the hardware is missing or in use by another program, or there is no place for its "
          "mark"},
         {ExitCode::unusableInput, {"calibrate"}, "with --hardware a temperature did not come about in time"},
@@ -127,11 +130,11 @@ const std::vector<ExitReason>& exitReasons() {
          {"run", "console"},
          "the radio did not boot, and no \"expect result\" came first"},
         {ExitCode::notBooted,
-         {"plan explain", "plan audit", "thermal", "calibrate", "tables why"},
+         {"plan explain", "plan audit", "thermal", "qualify", "calibrate", "tables why"},
          "the radio did not boot"},
         {ExitCode::notBooted, {"check"}, "with --all the radio did not boot"},
         {ExitCode::signalBase + SIGINT,
-         {"run", "console", "plan audit", "thermal", "calibrate"},
+         {"run", "console", "plan audit", "thermal", "qualify", "calibrate"},
          "interrupted by Ctrl-C (129 and 143: by SIGHUP and SIGTERM)"},
         {ExitCode::signalBase + SIGINT, {"check"}, "with --all the audit was interrupted likewise"},
     };

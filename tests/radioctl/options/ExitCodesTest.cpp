@@ -56,7 +56,7 @@ TEST(ExitCodes, HelpAboutSeveralCommandsSaysWhichGiveThem) {
 }
 
 TEST(ExitCodes, WhatHardwareBringsIsTold) {
-    for (const std::string command : {"run", "console", "plan audit", "calibrate"}) {
+    for (const std::string command : {"run", "console", "plan audit", "qualify", "calibrate"}) {
         EXPECT_THAT(exitCodeHelp(command),
                     AllOf(HasSubstr("with --hardware an on_exit value could not be written\n"),
                           HasSubstr("with --hardware the hardware is missing or in use by another program")))

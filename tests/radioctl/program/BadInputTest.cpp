@@ -181,7 +181,8 @@ TEST_F(BadInputTest, BoardThatIsNoToml) {
 
 TEST_F(BadInputTest, NoCommand) {
     expectWrongCommandLine(
-        {}, "One of run, console, check, plan, thermal, calibrate, tables and completion is required");
+        {},
+        "One of run, console, check, plan, thermal, qualify, calibrate, tables and completion is required");
 }
 
 TEST_F(BadInputTest, NoBoard) {
@@ -190,10 +191,9 @@ TEST_F(BadInputTest, NoBoard) {
 }
 
 TEST_F(BadInputTest, UnknownWordOnTheCommandLine) {
-    expectWrongCommandLine(
-        {"boot"},
-        "unknown command \"boot\", expected one of run, console, check, plan, thermal, calibrate, tables, "
-        "completion");
+    expectWrongCommandLine({"boot"}, "unknown command \"boot\", expected one of run, console, check, plan, "
+                                     "thermal, qualify, calibrate, tables, "
+                                     "completion");
     expectWrongCommandLine({"run", "board.toml", "script", "more"},
                            "The following argument was not expected: more");
     expectWrongCommandLine({"run", "--fast", "board.toml"}, "unknown option \"--fast\"");

@@ -89,8 +89,9 @@ TEST_F(CalibrateProgramTest, EveryProbeIsInTheJournal) {
     const Ending ending = calibrate({"--json"});
     const auto last = nlohmann::json::parse(
         ending.output.substr(ending.output.rfind("{\"schema\":1,\"event\":\"calibrated\"")));
-    // Between the header and the line that says that it is finished.
-    EXPECT_EQ(last.at("probes").get<std::size_t>() + 2, linesOf(journal));
+    // Between the header, with a line for the qualification, and the line that says that it is finished.
+    EXPECT_EQ(last.at("qualifying_probes"), 31);
+    EXPECT_EQ(last.at("probes").get<std::size_t>() - 31 + 3, linesOf(journal));
 }
 
 TEST_F(CalibrateProgramTest, JsonHasAnObjectForEachPoint) {
@@ -99,8 +100,12 @@ TEST_F(CalibrateProgramTest, JsonHasAnObjectForEachPoint) {
     for (std::string line; std::getline(lines, line);) {
         events.push_back(nlohmann::json::parse(line));
     }
-    ASSERT_EQ(events.size(), 9U);
+    ASSERT_EQ(events.size(), 10U);
     EXPECT_EQ(events[0].at("mode"), "simulation");
+    EXPECT_EQ(events[2].at("event"), "qualified");
+    EXPECT_EQ(events[2].at("settle_time_ms"), 2);
+    EXPECT_TRUE(events[2].at("refusal").is_null());
+    events.erase(events.begin() + 2);
     EXPECT_EQ(events[1].at("event"), "calibration");
     EXPECT_EQ(events[1].at("serial"), "T-1");
     EXPECT_EQ(events[1].at("settings").at("shrink_factor"), 0.75);
@@ -310,7 +315,7 @@ TEST_F(CalibrateProgramTest, JournalOfAnotherSearchIsFoundOut) {
     EXPECT_EQ(ending.exitCode, 3);
     EXPECT_THAT(
         ending.errors,
-        HasSubstr("radioctl: board.channel-1.journal:3: a probe at I 1001, Q -1000, but this "
+        HasSubstr("radioctl: board.channel-1.journal:4: a probe at I 1001, Q -1000, but this "
                   "search has one at I 1000, Q -1000: the journal is damaged, or of another search\n"));
 }
 
@@ -520,6 +525,86 @@ TEST_F(CalibrateProgramTest, OfflineMeasuresNothingNew) {
         "radioctl: x.journal: cannot be read: No such file or directory, expected a calibration journal\n");
 }
 
+// Qualification
+
+TEST_F(CalibrateProgramTest, SettleTimeAndReadingsAreThoseOfTheQualification) {
+    write("board.toml", leakageBoard("range = [0, 4095], settling = 3.0, noise = 6.0"));
+    EXPECT_EQ(calibrate().exitCode, 0);
+    const std::string entered = contentOf(journal);
+    const std::size_t at = entered.find("{\"qualified\"");
+    ASSERT_NE(at, std::string::npos);
+    const auto found = nlohmann::json::parse(entered.substr(at, entered.find('\n', at) - at)).at("qualified");
+    // A quarter more than four time constants.
+    EXPECT_NEAR(found.at("settle_time_ms").get<int>(), 15, 3);
+    EXPECT_GT(found.at("readings").get<int>(), 1);
+    EXPECT_THAT(contentOf(csv),
+                AllOf(HasSubstr("\n# settle_time_ms: " + found.at("settle_time_ms").dump() + "\n"),
+                      HasSubstr("\n# readings: " + found.at("readings").dump() + "\n")));
+}
+
+TEST_F(CalibrateProgramTest, StatedSettleTimeStaysAndIsWarnedOf) {
+    write("board.toml", leakageBoard("range = [0, 4095], settling = 5.0"));
+    EXPECT_THAT(
+        calibrate({"--settle-time", "4"}).output,
+        HasSubstr("\nWarning: the settle time of 4 ms is too short: 45 % of a step of the detector is "
+                  "left then, and 2 % after 19.7 ms\n"));
+    EXPECT_THAT(contentOf(csv), HasSubstr("\n# settle_time_ms: 4\n"));
+}
+
+TEST_F(CalibrateProgramTest, QualificationIsNotMadeTwice) {
+    write("board.toml", leakageBoard("range = [0, 4095], settling = 3.0, noise = 6.0"));
+    calibrate();
+    const std::string whole = tables();
+    const std::string entered = contentOf(journal);
+    write(journal, entered.substr(0, entered.size() / 2));
+    const Ending ending = calibrate({"--resume"});
+    EXPECT_THAT(ending.output, AllOf(HasSubstr("\nDetector: settles within "), Not(HasSubstr("to qualify"))));
+    EXPECT_EQ(tables(), whole);
+    EXPECT_EQ(calibrate({"--offline", journal, "--out", "again.csv"}).exitCode, 0);
+    EXPECT_EQ(tables("again.csv"), whole);
+}
+
+TEST_F(CalibrateProgramTest, JournalWithoutAQualificationGoesOn) {
+    write("board.toml", leakageBoard("range = [0, 4095], settling = 3.0, noise = 6.0"));
+    calibrate({"--no-qualify"});
+    const std::string whole = tables();
+    const std::string entered = contentOf(journal);
+    EXPECT_THAT(entered, Not(HasSubstr("qualified")));
+    write(journal, entered.substr(0, entered.size() / 2));
+    EXPECT_EQ(calibrate({"--resume"}).exitCode, 0);
+    EXPECT_EQ(tables(), whole);
+    EXPECT_THAT(whole, HasSubstr("\n# settle_time_ms: 5\n"));
+}
+
+TEST_F(CalibrateProgramTest, DetectorThatIsNoUseEndsItBeforeTheFirstPoint) {
+    write("board.toml", leakageBoard("range = [0, 100]"));
+    const Ending ending = calibrate();
+    EXPECT_EQ(ending.exitCode, 1);
+    EXPECT_THAT(ending.output,
+                EndsWith("\n0 points of 6: 0 good, 0 at an edge, 0 failed; 22 probes made, 22 of them to "
+                         "qualify the detector, in 0.00 s\nNothing was calibrated: every reading is 100, the "
+                         "highest there is: the detector is saturated. --no-qualify begins all the same.\n"));
+    EXPECT_FALSE(isThere(journal));
+    EXPECT_FALSE(isThere(csv));
+    EXPECT_EQ(calibrate({"--detector", "high"}).exitCode, 1);
+}
+
+TEST_F(CalibrateProgramTest, QualifyTellsWhatTheDetectorIsGoodFor) {
+    const Ending good = runProgram({{"qualify", "board.toml", "--channel", "1"}});
+    EXPECT_EQ(good.exitCode, 0);
+    EXPECT_EQ(
+        good.output,
+        "SIMULATION: nothing reaches hardware.\nTest radio (board.toml)\nChannel 1: 17900000 kHz, -10 "
+        "degrees, by channel.1.tx.rf.detector.v\nDetector: settles within 1.0 ms, noise 0.0, 25.1 units "
+        "per dB; settle time 2 ms, 1 reading a probe\n31 readings taken.\n");
+    write("board.toml", leakageBoard("range = [0, 100]"));
+    const Ending bad = runProgram({{"qualify", "board.toml", "--channel", "1", "--json"}});
+    EXPECT_EQ(bad.exitCode, 1);
+    EXPECT_THAT(bad.output, HasSubstr(R"("event":"qualified","taken":22,"warnings":[],"refusal":"every)"));
+    EXPECT_FALSE(isThere(journal));
+    EXPECT_EQ(runProgram({{"qualify", "board.toml", "--channel", "7"}}).exitCode, 2);
+}
+
 // Detectors
 
 TEST_F(CalibrateProgramTest, StuckDetectorStoresNothing) {
@@ -527,7 +612,7 @@ TEST_F(CalibrateProgramTest, StuckDetectorStoresNothing) {
     board.replace(board.find("slope = 25.0"), 12, "slope = 0.0");
     board.replace(board.find("range = [0, 4095]"), 17, "range = [-10, 4095]");
     write("board.toml", board);
-    const Ending ending = calibrate();
+    const Ending ending = calibrate({"--no-qualify"});
     EXPECT_EQ(ending.exitCode, 1);
     EXPECT_THAT(ending.output,
                 AllOf(HasSubstr("failed: every reading is 0: the detector is stuck\n"),
@@ -540,7 +625,7 @@ TEST_F(CalibrateProgramTest, SearchWithAStuckDetectorEndsInTheUpperCorner) {
     std::string board = leakageBoard();
     board.replace(board.find("slope = 25.0"), 12, "slope = 0.0");
     write("board.toml", board);
-    calibrate({"--max-iterations", "1", "--restart"});
+    calibrate({"--max-iterations", "1", "--restart", "--no-qualify"});
     // All four probes tie, and the last of them wins.
     EXPECT_THAT(contentOf(journal), HasSubstr(R"("i":1000,"q":1000,"reading":0,)"));
 }
@@ -548,7 +633,7 @@ TEST_F(CalibrateProgramTest, SearchWithAStuckDetectorEndsInTheUpperCorner) {
 TEST_F(CalibrateProgramTest, SaturatedDetectorIsNamed) {
     // -26 dBc read 25 * 69 = 1725; anything above 100 is cut off.
     write("board.toml", leakageBoard("range = [0, 100]"));
-    const Ending ending = calibrate();
+    const Ending ending = calibrate({"--no-qualify"});
     EXPECT_EQ(ending.exitCode, 1);
     EXPECT_THAT(ending.output,
                 HasSubstr("failed: every reading is 100, the highest there is: the detector is saturated\n"));
@@ -557,11 +642,12 @@ TEST_F(CalibrateProgramTest, SaturatedDetectorIsNamed) {
 
 TEST_F(CalibrateProgramTest, NoisyDetectorIsNamed) {
     write("board.toml", leakageBoard("range = [0, 4095], noise = 300.0"));
-    EXPECT_THAT(calibrate(fine).output, HasSubstr("the detector is noisy, or the settle time too short"));
+    EXPECT_THAT(calibrate({"--min-delta", "3", "--no-qualify"}).output,
+                HasSubstr("the detector is noisy, or the settle time too short"));
 }
 
 TEST_F(CalibrateProgramTest, AbsentHighDetectorIsNamed) {
-    const Ending ending = calibrate({"--detector", "high"});
+    const Ending ending = calibrate({"--detector", "high", "--no-qualify"});
     EXPECT_EQ(ending.exitCode, 1);
     EXPECT_THAT(ending.output,
                 HasSubstr("failed: the high-range detector was never read: the radio has none\n"));
@@ -573,7 +659,7 @@ TEST_F(CalibrateProgramTest, DetectorThatCannotBeReadIsNamedInTheRadiosWords) {
     const std::string driver = "\"channel.1.tx.rf.detector.v\" = {";
     board.replace(board.find(driver), driver.size(), driver + " without = [\"read\"] ");
     write("board.toml", board);
-    const Ending ending = calibrate();
+    const Ending ending = calibrate({"--no-qualify"});
     EXPECT_EQ(ending.exitCode, 1);
     EXPECT_THAT(ending.output,
                 HasSubstr("failed: LoCancellation detector driver cannot be read (RadioChannel: 1)\n"));

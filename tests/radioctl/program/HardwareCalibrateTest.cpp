@@ -39,7 +39,8 @@ protected:
     static bool isThere(const std::string& file) { return std::filesystem::exists(file); }
 
     /** Few probes, for what does not depend on what is found. */
-    inline static const std::vector<std::string> quick = {"--max-iterations", "1", "--settle-time", "0"};
+    inline static const std::vector<std::string> quick = {"--max-iterations", "1", "--settle-time", "0",
+                                                          "--no-qualify"};
     static constexpr const char* left =
         "Leaving:\n  channel.1.tx.rf.mixer.i <- 0\n  channel.1.tx.rf.mixer.q <- 0\n";
 };

@@ -1,0 +1,44 @@
+#include "radioctl/calibrate/QualificationReport.h"
+
+#include "radio/calibration/QualificationJson.h"
+#include "radio/text/Words.h"
+
+namespace Radio::Calibration {
+
+namespace {
+
+std::string figuresText(const Qualification& found) {
+    return (found.settled ? "settles within " + inDecimals(*found.settled, 1) + " ms" : "settles unseen") +
+           ", noise " + inDecimals(found.noise, 1) + ", " +
+           (found.slope ? inDecimals(*found.slope, 1) + " units per dB" : "no logarithm") + "; settle time " +
+           std::to_string(found.settleTime) + " ms, " + counted(found.readings, "reading") + " a probe";
+}
+
+} // namespace
+
+std::string qualificationText(const Qualification& qualification) {
+    std::string text = qualification.refusal.empty()
+                           ? "Detector: " + figuresText(qualification) + "\n"
+                           : "Not qualified: " + harmless(qualification.refusal) + "\n";
+    for (const std::string& warning : qualification.warnings) {
+        text += "Warning: " + harmless(warning) + "\n";
+    }
+    return text;
+}
+
+Json qualificationEvent(const Qualification& qualification) {
+    Json event = {{"event", "qualified"}};
+    if (qualification.isGood()) {
+        const Json figures = toJson(qualification);
+        for (const auto& [key, value] : figures.members()) {
+            event[key] = value;
+        }
+    } else {
+        event["taken"] = qualification.taken;
+    }
+    event["warnings"] = qualification.warnings;
+    event["refusal"] = qualification.refusal.empty() ? Json(nullptr) : Json(qualification.refusal);
+    return event;
+}
+
+} // namespace Radio::Calibration
