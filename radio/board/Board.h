@@ -97,10 +97,24 @@ struct Range {
     std::int64_t high;
 };
 
+/** How the corrections of the LO leakage are found. */
+enum class CalibrationMethod : std::uint8_t {
+    search, ///< by the library's own search, at every node of the tables
+    fit,    ///< by fitting what leaks over corrections, carrier and temperature
+};
+
+/** "search" or "fit". */
+std::string_view toString(CalibrationMethod method);
+/** The method that `word` stands for; nothing for another word. */
+std::optional<CalibrationMethod> calibrationMethodFromString(std::string_view word);
+
 /** How the LO leakage of a channel is calibrated, as far as the board says it. */
 struct CalibrationDescription {
     /** The radio channel. */
     int channel = 0;
+    std::optional<CalibrationMethod> method;
+    /** How many probes a fit may make in all. */
+    std::optional<std::uint32_t> probes;
     /** First and last transmit carrier, in kHz, and the distance of two. */
     std::optional<Range> band;
     std::optional<std::uint32_t> step;

@@ -30,6 +30,19 @@ const LeakageDescription* findLeakage(const Board& board, int channel) {
     return leakage == board.leakages.end() ? nullptr : &*leakage;
 }
 
+std::string_view toString(CalibrationMethod method) {
+    return method == CalibrationMethod::fit ? "fit" : "search";
+}
+
+std::optional<CalibrationMethod> calibrationMethodFromString(std::string_view word) {
+    for (const CalibrationMethod method : {CalibrationMethod::search, CalibrationMethod::fit}) {
+        if (word == toString(method)) {
+            return method;
+        }
+    }
+    return std::nullopt;
+}
+
 const Devices::DriverHardware* findHardware(const Board& board, std::string_view driver) {
     const std::vector<Devices::DriverHardware>& all = board.hardware.description.drivers;
     const auto found =

@@ -20,6 +20,8 @@ constexpr Range iterationBounds{1, 1000};
 constexpr Range settleTimeBounds{0, 60000};
 /** In minutes. */
 constexpr Range awaitLimitBounds{1, 1440};
+/** In probes: less tell nothing of a band, and more nobody waits for. */
+constexpr Range budgetBounds{60, 100000};
 /** Their tables stay far below the size that boards load. */
 constexpr std::size_t maxPoints = 40000;
 

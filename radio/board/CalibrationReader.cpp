@@ -89,9 +89,14 @@ std::string readChamber(const TomlItem& item, const std::vector<DriverDescriptio
 CalibrationDescription readCalibration(const TomlItem& item, ChannelReader& channel,
                                        const std::vector<DriverDescription>& drivers) {
     item.entries({"channel", "band", "step", "temperatures", "i_range", "q_range", "shrink_factor",
-                  "min_delta", "max_iterations", "settle_time", "detector", "chamber", "await_limit"});
+                  "min_delta", "max_iterations", "settle_time", "detector", "chamber", "await_limit",
+                  "method", "probes"});
     CalibrationDescription calibration;
     calibration.channel = channel.read(item);
+    if (const std::optional<TomlItem> method = item.find("method")) {
+        calibration.method = method->word(calibrationMethodFromString, {"fit", "search"});
+    }
+    calibration.probes = readNumber(item, "probes", budgetBounds);
     calibration.band = readRange(item, "band", 1, carrierBounds.high);
     calibration.step = readNumber(item, "step", carrierBounds);
     calibration.temperatures = readTemperatures(item);

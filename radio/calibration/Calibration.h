@@ -4,6 +4,7 @@
 #include "radio/board/Board.h"
 #include "radio/board/Verdict.h"
 #include "radio/calibration/Qualification.h"
+#include "radio/fit/Outcome.h"
 
 #include <cstdint>
 #include <optional>
@@ -17,10 +18,14 @@ namespace Radio::Calibration {
 /** What a calibration is asked for. */
 struct Settings {
     int channel = 0;
-    /** Transmit carriers in kHz, ascending; at least one. */
+    CalibrationMethod method = CalibrationMethod::search;
+    /** Transmit carriers in kHz, ascending; at least one. Of a fit the first and the last. */
     std::vector<std::uint32_t> frequencies;
-    /** In degrees Celsius, ascending; at least one. */
+    /** In degrees Celsius, ascending; at least one. Of a fit the lowest and the highest. */
     std::vector<std::int32_t> temperatures;
+    /** Of a fit: how many probes there may be in all, and what may leak anywhere, in dBc, if anybody says. */
+    std::uint32_t budget = 0;
+    std::optional<double> limit;
     /** Where the corrections are searched, in units of their drivers. */
     Range i{};
     Range q{};
@@ -100,9 +105,16 @@ struct Result {
     Settings settings;
     /** What the measuring chain was found to be before the first point; nothing when nobody looked. */
     std::optional<Qualification> qualification{};
-    /** For each temperature all frequencies. */
+    /** Of a search for each temperature all frequencies; of a fit where it probed. */
     std::vector<Point> points;
+    /** Of a fit that came to its end: what it says of itself, and the nodes of its tables, for each
+     * temperature all frequencies; none when it has no tables. */
+    std::optional<Fit::Outcome> fit{};
+    std::vector<Point> nodes{};
 };
+
+/** Its tables as a result with their nodes for points, and their axes; of a search the result itself. */
+Result asTables(const Result& result);
 
 } // namespace Radio::Calibration
 

@@ -2,6 +2,8 @@
 
 #include "radio/board/BoardNames.h"
 #include "radio/calibration/Calibrator.h"
+#include "radio/calibration/FitOutcome.h"
+#include "radio/calibration/FitProber.h"
 #include "radio/calibration/HardwareUnderTest.h"
 #include "radio/calibration/LeakageVerdict.h"
 #include "radio/calibration/ResultFile.h"
@@ -9,6 +11,7 @@
 #include "radio/files/AtomicFile.h"
 #include "radio/files/InputError.h"
 #include "radio/files/TextFile.h"
+#include "radio/fit/Fit.h"
 #include "radio/session/BootedRadio.h"
 
 #include <algorithm>
@@ -227,7 +230,7 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const Cali
     const LeakageSummary& summary = m_outcome.summary;
     m_outcome.isGood = m_outcome.refusal.empty() && summary.failed == 0 &&
                        (summary.edge == 0 || m_order.acceptsEdge || m_tables.empty()) &&
-                       result.verdict != VerdictKind::fail;
+                       result.verdict != VerdictKind::fail && !(result.fit && result.nodes.empty());
     return std::move(m_outcome);
 }
 
@@ -244,50 +247,92 @@ void CalibrationRun::calibrateAll(CalibrationListener& listener, const Calibrati
     if (isBench) {
         climate.emplace(m_board, settings.channel, bench);
     }
-    bool goesOn = true;
-    const auto goOn = [&] {
+    m_goOn = [&] {
         CalibrationProgress now = progress();
         if (climate) {
             climate->poll();
             now.awaited = climate->awaited();
         }
-        return goesOn = listener.goOn(now) && goesOn;
+        return m_goesOn = listener.goOn(now) && m_goesOn;
     };
-    Probing probing{m_journal ? &*m_journal : nullptr, goOn, m_order.isRealTime || isBench,
+    Probing probing{m_journal ? &*m_journal : nullptr, m_goOn, m_order.isRealTime || isBench,
                     settings.readings};
     Calibrator calibrator(booted, m_board, result, probing, m_journalFile.string(),
                           climate ? &*climate : nullptr);
     listener.begins(m_board, result, m_outcome.knownProbes);
     const auto start = std::chrono::steady_clock::now();
-    const auto all = [&] {
-        if (!qualify(calibrator, listener) || !goesOn) {
-            return false;
-        }
+    if (qualify(calibrator, listener) && m_goesOn) {
         probing.readings = settings.readings;
-        for (const std::int32_t temperature : settings.temperatures) {
-            for (const std::uint32_t frequency : settings.frequencies) {
-                const JournaledProbes& known = m_known.probes[{temperature, frequency}];
-                Point point = calibrator.calibrate(frequency, temperature, known);
-                if (!goesOn) {
-                    return false;
-                }
-                if (!calibrator.whyStopped().empty() && !isOffline()) {
-                    m_outcome.trouble = calibrator.whyStopped();
-                    return false;
-                }
-                note(point, point.probes.size() <= known.size());
-                listener.calibrated(point);
-                result.points.push_back(std::move(point));
-                if (!goOn()) {
-                    return result.points.size() == m_outcome.wanted;
-                }
-            }
-        }
-        return true;
-    };
-    m_outcome.isComplete = all();
+        m_outcome.isComplete = settings.method == CalibrationMethod::fit
+                                   ? fitAll(calibrator, listener, startTemperature(bench))
+                                   : searchAll(calibrator, listener);
+    }
     m_outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     m_outcome.newProbes = calibrator.newProbes() + m_outcome.qualifyingReadings;
+    m_goOn = {};
+}
+
+bool CalibrationRun::searchAll(Calibrator& calibrator, CalibrationListener& listener) {
+    Result& result = m_outcome.result;
+    for (const std::int32_t temperature : result.settings.temperatures) {
+        for (const std::uint32_t frequency : result.settings.frequencies) {
+            const JournaledProbes& known = m_known.probes[{temperature, frequency}];
+            Point point = calibrator.calibrate(frequency, temperature, known);
+            if (!m_goesOn) {
+                return false;
+            }
+            if (!calibrator.whyStopped().empty() && !isOffline()) {
+                m_outcome.trouble = calibrator.whyStopped();
+                return false;
+            }
+            note(point, point.probes.size() <= known.size());
+            listener.calibrated(point);
+            result.points.push_back(std::move(point));
+            if (!m_goOn()) {
+                return result.points.size() == m_outcome.wanted;
+            }
+        }
+    }
+    return true;
+}
+
+/** Where the unit is when a fit begins, in degrees Celsius; one that goes on began where its journal does. */
+std::int32_t CalibrationRun::startTemperature(const CalibrationBench& bench) const {
+    const std::vector<std::int32_t>& ends = m_outcome.result.settings.temperatures;
+    if (m_known.firstTemperature) {
+        return *m_known.firstTemperature;
+    }
+    const bool isBench = m_outcome.result.isHardware && !isOffline();
+    const std::optional<int> sensed = isBench ? bench.sense() : std::nullopt;
+    return sensed.value_or(ends.front());
+}
+
+bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listener,
+                            std::int32_t startTemperature) {
+    Result& result = m_outcome.result;
+    FitProber prober(calibrator, m_known.probes, result.isHardware && !isOffline(), [this](const auto& now) {
+        m_isFromJournal = now.isFromJournal();
+        m_fitProbes = now.probes();
+        return m_goOn();
+    });
+    Fit::Outcome outcome = Fit::calibrate(fitOrder(m_board, result, startTemperature), prober);
+    prober.leave();
+    calibrator.restore();
+    if (!m_goesOn) {
+        return false;
+    }
+    if (!calibrator.whyStopped().empty()) {
+        m_outcome.trouble = calibrator.whyStopped();
+        return false;
+    }
+    takeOutcome(result, std::move(outcome), prober,
+                result.isHardware ? nullptr : findLeakage(m_board, result.settings.channel), m_board.limits);
+    for (const Point& point : result.points) {
+        note(point, m_isFromJournal);
+        listener.calibrated(point);
+    }
+    m_outcome.wanted = result.points.size();
+    return true;
 }
 
 bool CalibrationRun::qualify(Calibrator& calibrator, CalibrationListener& listener) {
@@ -349,14 +394,23 @@ void CalibrationRun::note(const Point& point, bool isFromJournal) {
 }
 
 CalibrationProgress CalibrationRun::progress() const {
-    return {m_outcome.result.points.size(), m_outcome.wanted, m_worst, m_highestReading, m_isFromJournal, {}};
+    const Settings& settings = m_outcome.result.settings;
+    const bool isFit = settings.method == CalibrationMethod::fit;
+    return {m_outcome.result.points.size(),
+            isFit ? 0 : m_outcome.wanted,
+            m_fitProbes,
+            isFit ? settings.budget : 0,
+            m_worst,
+            m_highestReading,
+            m_isFromJournal,
+            {}};
 }
 
 /** A table with a hole is none: either all points are stored or nothing is. */
 void CalibrationRun::store() {
     const LeakageSummary& summary = m_outcome.summary;
     m_outcome.wantedTables = m_tables.string();
-    if (m_tables.empty() || summary.failed != 0) {
+    if (m_tables.empty() || summary.failed != 0 || asTables(m_outcome.result).points.empty()) {
         return;
     }
     const bool isFail = m_outcome.result.verdict == VerdictKind::fail;

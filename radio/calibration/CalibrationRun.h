@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -61,6 +62,9 @@ struct CalibrationOrder {
 struct CalibrationProgress {
     std::size_t points = 0;
     std::size_t wantedPoints = 0;
+    /** Of a fit, which has as many points as it takes: probes so far, and how many there may be; else 0. */
+    std::size_t probes = 0;
+    std::size_t mostProbes = 0;
     /** The highest leakage so far that the corrections found leave, in dBc; nothing before the first, and on
      * hardware. */
     std::optional<double> worst;
@@ -193,6 +197,10 @@ private:
     void abandonJournal();
     void use(const Qualification& qualification);
     void calibrateAll(CalibrationListener& listener, const CalibrationBench& bench);
+    /** These two give whether all points were calibrated. */
+    bool searchAll(Calibrator& calibrator, CalibrationListener& listener);
+    std::int32_t startTemperature(const CalibrationBench& bench) const;
+    bool fitAll(Calibrator& calibrator, CalibrationListener& listener, std::int32_t startTemperature);
     void note(const Point& point, bool isFromJournal);
     void store();
     CalibrationProgress progress() const;
@@ -209,6 +217,11 @@ private:
     std::optional<double> m_worst;
     std::optional<std::int32_t> m_highestReading;
     bool m_isFromJournal = true;
+    /** Asks the listener whether to go on, and what it said last. */
+    std::function<bool()> m_goOn;
+    bool m_goesOn = true;
+    /** Of a fit, so far. */
+    std::size_t m_fitProbes = 0;
 };
 
 } // namespace Radio::Calibration

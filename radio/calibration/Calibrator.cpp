@@ -1,6 +1,7 @@
 #include "radio/calibration/Calibrator.h"
 
 #include "InterfaceBroker.h"
+#include "ResultCode.h"
 #include "radio/board/PlatformWords.h"
 #include "radio/calibration/ChannelChain.h"
 #include "radio/calibration/Diagnosis.h"
@@ -160,6 +161,37 @@ std::string Calibrator::goTo(std::uint32_t frequency, std::int32_t temperature) 
     }
     return "the radio could not be tuned: " +
            (failed.empty() ? firstComplaint() : failed + " did not take its value");
+}
+
+void Calibrator::begin(std::uint32_t frequency, std::int32_t temperature, const JournaledProbes& journaled,
+                       bool isReplay) {
+    m_booted.forget();
+    if (m_transmitter != nullptr) {
+        m_transmitter->rest();
+    }
+    m_recorder.begin(frequency, temperature, journaled, isReplay);
+}
+
+std::optional<std::int32_t> Calibrator::probe(std::int32_t i, std::int32_t q) {
+    constexpr std::uint32_t microsecondsPerMs = 1000;
+    const auto recordOf = [this](const std::string& driver) {
+        Standalone::Driver* const found = m_booted.radio().platform().drivers().find(driver);
+        return found == nullptr ? nullptr : found->record();
+    };
+    const auto isWritten = [&](const std::string& driver, std::int32_t value) {
+        const DriverInterface* const record = recordOf(driver);
+        return record != nullptr && record->write != nullptr &&
+               isSuccess(record->write(record->context, value));
+    };
+    if (!isWritten(m_drivers.i, i) || !isWritten(m_drivers.q, q)) {
+        return std::nullopt;
+    }
+    m_booted.radio().clock().sleep(m_settings.settleTime * microsecondsPerMs);
+    const DriverInterface* const detector = recordOf(this->detector());
+    int reading = 0;
+    const bool isRead = detector != nullptr && detector->read != nullptr &&
+                        isSuccess(detector->read(detector->context, &reading));
+    return isRead ? std::optional<std::int32_t>(reading) : std::nullopt;
 }
 
 bool Calibrator::search(Point& point) {

@@ -33,6 +33,23 @@ public:
                           std::optional<std::uint32_t> settleTime);
     /** `journaled` are the probes of this point that are known. */
     Point calibrate(std::uint32_t frequency, std::int32_t temperature, const JournaledProbes& journaled);
+    // What a fit asks for, one probe after the other.
+
+    /** Has the radio at a place; gives why it is not there; empty: it is. */
+    std::string goTo(std::uint32_t frequency, std::int32_t temperature);
+    /** Probes at a place follow, of which `journaled` are known; it is borrowed until end(). `isReplay`: they
+     * end with the journal, and hardware is not touched. */
+    void begin(std::uint32_t frequency, std::int32_t temperature, const JournaledProbes& journaled,
+               bool isReplay);
+    /** Sets both corrections, waits the settle time and reads the detector; nothing when one of them fails.
+     */
+    std::optional<std::int32_t> probe(std::int32_t i, std::int32_t q);
+    /** Has the library search where the radio is, between begin() and end(). */
+    bool search(Point& point);
+    std::vector<Probe> end() { return m_recorder.end(); }
+    /** Real hardware gets the corrections that it had before the last begin(). */
+    void restore() { m_recorder.restore(); }
+
     /** The driver that is read. */
     const std::string& detector() const { return m_drivers.read(m_settings.useHighDetector); }
     /** How many probes were made that the journal did not have. */
@@ -46,11 +63,8 @@ private:
     /** From the journal alone; false when that does not have the whole search. */
     bool replay(Point& point, const JournaledProbes& journaled);
     void measure(Point& point, const JournaledProbes& journaled);
-    /** Gives why the radio is not there; empty: it is. */
-    std::string goTo(std::uint32_t frequency, std::int32_t temperature);
     /** What is left of a point after its search. */
     void conclude(Point& point, bool isFound);
-    bool search(Point& point);
     bool isGivenUp() const { return m_climate != nullptr && !m_climate->whyGivenUp().empty(); }
     void judge(Point& point);
     std::string firstComplaint() const;

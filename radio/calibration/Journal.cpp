@@ -80,6 +80,18 @@ std::string shortText(const Json& setting) {
 }
 
 /** Takes one line after the other. */
+/** A fit probes wherever it wants within its ends. */
+bool isPointOf(const Settings& settings, std::uint32_t frequency, std::int32_t temperature) {
+    const auto& frequencies = settings.frequencies;
+    const auto& temperatures = settings.temperatures;
+    if (settings.method == CalibrationMethod::fit) {
+        return frequency >= frequencies.front() && frequency <= frequencies.back() &&
+               temperature >= temperatures.front() && temperature <= temperatures.back();
+    }
+    return std::binary_search(temperatures.begin(), temperatures.end(), temperature) &&
+           std::binary_search(frequencies.begin(), frequencies.end(), frequency);
+}
+
 class JournalReader {
 public:
     explicit JournalReader(std::string name) : m_place{std::move(name), 0} {}
@@ -124,9 +136,7 @@ private:
     void takeProbe(const ParsedJson& json) {
         const auto temperature = wholeNumber<std::int32_t>(json.at("degrees"));
         const auto frequency = wholeNumber<std::uint32_t>(json.at("khz"));
-        const Settings& settings = m_content.header.settings;
-        if (!std::binary_search(settings.temperatures.begin(), settings.temperatures.end(), temperature) ||
-            !std::binary_search(settings.frequencies.begin(), settings.frequencies.end(), frequency)) {
+        if (!isPointOf(m_content.header.settings, frequency, temperature)) {
             throw std::runtime_error("no point at " + std::to_string(frequency) + " kHz, " +
                                      std::to_string(temperature) + " degrees");
         }
@@ -134,6 +144,9 @@ private:
                     std::nullopt};
         if (!json.at("reading").is_null()) {
             probe.reading = wholeNumber<std::int32_t>(json.at("reading"));
+        }
+        if (m_content.probes.empty()) {
+            m_content.firstTemperature = temperature;
         }
         m_content.probes[{temperature, frequency}].push_back({probe, m_place.line});
         m_content.isFinished = false;

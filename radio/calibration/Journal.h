@@ -41,12 +41,15 @@ struct JournaledProbe {
 
 /** Probes of one carrier at one temperature, in their order. */
 using JournaledProbes = std::vector<JournaledProbe>;
+/** By temperature and carrier. */
+using KnownProbes = std::map<std::pair<std::int32_t, std::uint32_t>, JournaledProbes>;
 
 /** What a journal says. */
 struct JournalContent {
     JournalHeader header;
-    /** By temperature and carrier. */
-    std::map<std::pair<std::int32_t, std::uint32_t>, JournaledProbes> probes;
+    KnownProbes probes;
+    /** Of its first probe; nothing when it has none. */
+    std::optional<std::int32_t> firstTemperature{};
     /** What the measuring chain was found to be; journals of before have nothing of it. */
     std::optional<Qualification> qualification{};
     /** The calibration came to its end. */

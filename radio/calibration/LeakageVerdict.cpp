@@ -89,8 +89,10 @@ JudgedLimit judgePoints(std::string_view name, double limit, const std::optional
 
 /** Anywhere is at the points as well. */
 JudgedLimit judgeAnywhere(double limit, const LeakageSummary& summary, const Result& result) {
-    JudgedLimit judged = judgeLimit("leakage", limit, summary.between ? summary.between : summary.after);
-    if (!summary.between) {
+    // A fit is held to what it claims: on a real radio nobody knows better.
+    const std::optional<Worst>& anywhere = result.fit ? summary.claim : summary.between;
+    JudgedLimit judged = judgeLimit("leakage", limit, anywhere ? anywhere : summary.after);
+    if (!anywhere) {
         distrust(judged, result, summary.after ? "nobody knows what leaks between the points" : unknownLevel);
     }
     return judged;
@@ -128,7 +130,9 @@ Verdict verdictOn(const Result& result, const LeakageSummary& summary, const Lim
         return verdict;
     }
     const Settings& settings = result.settings;
-    if (result.points.size() < settings.frequencies.size() * settings.temperatures.size()) {
+    const bool isFit = settings.method == CalibrationMethod::fit;
+    if (isFit ? !result.fit
+              : result.points.size() < settings.frequencies.size() * settings.temperatures.size()) {
         verdict.whyNone = "not all points were calibrated";
         return verdict;
     }

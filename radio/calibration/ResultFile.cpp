@@ -16,10 +16,17 @@ namespace Radio::Calibration {
 
 namespace {
 
-constexpr std::string_view heading =
-    "frequency_khz,temperature_c,i,q,before_dbc,after_dbc,iterations,max_delta,state";
-constexpr std::string_view hardwareHeading =
-    "frequency_khz,temperature_c,i,q,first_reading,last_reading,iterations,max_delta,state";
+/** The columns of a row. Nodes of a fit are not searched, and on hardware nothing is measured at them. */
+std::string_view headingFor(const Result& result) {
+    if (result.settings.method == CalibrationMethod::fit) {
+        return result.isHardware ? "frequency_khz,temperature_c,i,q,state"
+                                 : "frequency_khz,temperature_c,i,q,before_dbc,after_dbc,state";
+    }
+    return result.isHardware
+               ? "frequency_khz,temperature_c,i,q,first_reading,last_reading,iterations,max_delta,state"
+               : "frequency_khz,temperature_c,i,q,before_dbc,after_dbc,iterations,max_delta,state";
+}
+
 constexpr std::string_view program = "radioctl ";
 constexpr double highestLevel = 1000.0;
 constexpr std::int64_t mostIterations = std::numeric_limits<std::uint32_t>::max();
@@ -112,6 +119,15 @@ std::string readVersion(const CsvItem& item) {
     return item.text().substr(program.size());
 }
 
+/** Files without a method are of a search. */
+bool readIsFit(const CsvFile& file) {
+    const std::optional<CsvItem> method = file.findProperty("method");
+    if (method && method->text() != "fit") {
+        method->failExpecting("fit");
+    }
+    return method.has_value();
+}
+
 Settings readSettings(const CsvFile& file) {
     Settings settings;
     settings.channel = integer<int>(file.property("channel"), {0, std::numeric_limits<int>::max()});
@@ -122,6 +138,10 @@ Settings readSettings(const CsvFile& file) {
     settings.maxIterations = integer<std::uint32_t>(file.property("max_iterations"), iterationBounds);
     settings.settleTime = integer<std::uint32_t>(file.property("settle_time_ms"), settleTimeBounds);
     settings.useHighDetector = readDetector(file.property("detector"));
+    if (readIsFit(file)) {
+        settings.method = CalibrationMethod::fit;
+        settings.budget = integer<std::uint32_t>(file.property("probes"), budgetBounds);
+    }
     if (const std::optional<CsvItem> readings = file.findProperty("readings")) {
         settings.readings = integer<std::uint32_t>(*readings, {2, mostReadings});
     }
@@ -155,22 +175,25 @@ VerdictKind readVerdict(const CsvFile& file) {
     return *known;
 }
 
-Point readPoint(const CsvFile& file, std::size_t row, bool isHardware) {
+Point readPoint(const CsvFile& file, std::size_t row, const Result& result) {
     const auto item = [&](std::string_view column) { return file.item(row, file.column(column)); };
     Point point;
     point.frequency = integer<std::uint32_t>(item("frequency_khz"), carrierBounds);
     point.temperature = integer<std::int32_t>(item("temperature_c"), temperatureBounds);
     point.i = integer<std::int32_t>(item("i"), correctionBounds);
     point.q = integer<std::int32_t>(item("q"), correctionBounds);
-    if (isHardware) {
-        point.firstReading = item("first_reading").integer();
-        point.lastReading = item("last_reading").integer();
-    } else {
+    const bool isFit = result.settings.method == CalibrationMethod::fit;
+    if (!result.isHardware) {
         point.before = item("before_dbc").number(highestLevel);
         point.after = item("after_dbc").number(highestLevel);
+    } else if (!isFit) {
+        point.firstReading = item("first_reading").integer();
+        point.lastReading = item("last_reading").integer();
     }
-    point.iterations = integer<std::uint32_t>(item("iterations"), {0, mostIterations});
-    point.maxDelta = integer<std::int32_t>(item("max_delta"), {0, widestRange});
+    if (!isFit) {
+        point.iterations = integer<std::uint32_t>(item("iterations"), {0, mostIterations});
+        point.maxDelta = integer<std::int32_t>(item("max_delta"), {0, widestRange});
+    }
     const CsvItem state = item("state");
     const std::optional<PointState> known = valueOf(stateWords, state.text());
     if (!known) {
@@ -190,6 +213,7 @@ void makeDistinct(std::vector<Value>& values) {
 
 void writeResult(std::ostream& out, const Result& result) {
     const Settings& settings = result.settings;
+    const bool isFit = settings.method == CalibrationMethod::fit;
     out << "# LO-leakage calibration\n"
         << "# serial: " << harmless(result.serial) << "\n"
         << (result.station.empty() ? "" : "# station: " + harmless(result.station) + "\n")
@@ -199,17 +223,23 @@ void writeResult(std::ostream& out, const Result& result) {
         << (result.isHardware ? "# mode: " + std::string(hardwareMode) + "\n" : "")
         << "# i_range: " << bothEnds(settings.i) << "\n"
         << "# q_range: " << bothEnds(settings.q) << "\n"
+        << (isFit ? "# method: fit\n# probes: " + std::to_string(settings.budget) + "\n" : "")
         << "# shrink_factor: " << exactText(settings.shrinkFactor) << "\n"
         << "# min_delta: " << settings.minDelta << "\n"
         << "# max_iterations: " << settings.maxIterations << "\n"
         << "# settle_time_ms: " << settings.settleTime << "\n"
         << (settings.readings > 1 ? "# readings: " + std::to_string(settings.readings) + "\n" : "")
         << "# detector: " << (settings.useHighDetector ? "high" : "low") << "\n"
-        << verdictLine(result.verdict) << (result.isHardware ? hardwareHeading : heading) << "\n";
-    for (const Point& point : result.points) {
-        out << point.frequency << ',' << point.temperature << ',' << point.i << ',' << point.q << ','
-            << foundAt(point, result.isHardware) << ',' << point.iterations << ',' << point.maxDelta << ','
-            << wordFor(point.state) << "\n";
+        << verdictLine(result.verdict) << headingFor(result) << "\n";
+    for (const Point& point : asTables(result).points) {
+        out << point.frequency << ',' << point.temperature << ',' << point.i << ',' << point.q << ',';
+        if (!isFit) {
+            out << foundAt(point, result.isHardware) << ',' << point.iterations << ',' << point.maxDelta
+                << ',';
+        } else if (!result.isHardware) {
+            out << foundAt(point, false) << ',';
+        }
+        out << wordFor(point.state) << "\n";
     }
 }
 
@@ -227,12 +257,15 @@ Result readResult(const CsvFile& csv) {
     result.isHardware = readIsHardware(csv);
     result.settings = readSettings(csv);
     for (std::size_t row = 0; row < csv.rows(); ++row) {
-        result.points.push_back(readPoint(csv, row, result.isHardware));
+        result.points.push_back(readPoint(csv, row, result));
         result.settings.frequencies.push_back(result.points.back().frequency);
         result.settings.temperatures.push_back(result.points.back().temperature);
     }
     makeDistinct(result.settings.frequencies);
     makeDistinct(result.settings.temperatures);
+    if (result.settings.method == CalibrationMethod::fit) {
+        result.nodes = result.points;
+    }
     return result;
 }
 

@@ -16,6 +16,7 @@ constexpr double usualShrinkFactor = 0.75;
 constexpr std::int32_t usualMinDelta = 3;
 constexpr std::uint32_t usualMaxIterations = 40;
 constexpr std::uint32_t usualSettleTime = 5;
+constexpr std::uint32_t usualBudget = 400;
 
 /** What one of the board's channels is asked for, from one source after the other. */
 class Choice {
@@ -106,6 +107,40 @@ Json rangeJson(const Range& range) {
     return Json::array({range.low, range.high});
 }
 
+/** Every carrier at every temperature. */
+void choosePoints(const Choice& choice, const Range& band, const Place& place, Settings& settings) {
+    const auto step = choice.of(&CalibrationDescription::step);
+    if (!step) {
+        choice.lacks("distance of two carriers", "step");
+    }
+    if (choice.temperatures().empty()) {
+        choice.lacks("temperatures", "temperatures");
+    }
+    settings.frequencies = carriersOf(band, *step, place);
+    settings.temperatures = choice.temperatures();
+    if (settings.frequencies.size() * settings.temperatures.size() > maxPoints) {
+        throw InputError(place, "expected at most " + std::to_string(maxPoints) + " points, found " +
+                                    std::to_string(settings.frequencies.size()) + " carriers at " +
+                                    std::to_string(settings.temperatures.size()) + " temperatures");
+    }
+}
+
+/** Between which carriers and temperatures a fit finds its own points. */
+void chooseEnds(const Choice& choice, const Range& band, Settings& settings) {
+    if (choice.temperatures().empty()) {
+        choice.lacks("temperatures", "temperatures");
+    }
+    const auto ends = [](auto low, auto high) {
+        std::vector<decltype(low)> both{low};
+        if (high != low) {
+            both.push_back(high);
+        }
+        return both;
+    };
+    settings.frequencies = ends(static_cast<std::uint32_t>(band.low), static_cast<std::uint32_t>(band.high));
+    settings.temperatures = ends(choice.temperatures().front(), choice.temperatures().back());
+}
+
 } // namespace
 
 Settings settingsFor(const Board& board, const CalibrationDescription& wishes, bool isHardware) {
@@ -118,21 +153,15 @@ Settings settingsFor(const Board& board, const CalibrationDescription& wishes, b
     if (!band) {
         choice.lacks("band, and no [[raster]] with transmit carriers", "band");
     }
-    const auto step = choice.of(&CalibrationDescription::step);
-    if (!step) {
-        choice.lacks("distance of two carriers", "step");
-    }
-    if (choice.temperatures().empty()) {
-        choice.lacks("temperatures", "temperatures");
-    }
     Settings settings;
     settings.channel = wishes.channel;
-    settings.frequencies = carriersOf(*band, *step, place);
-    settings.temperatures = choice.temperatures();
-    if (settings.frequencies.size() * settings.temperatures.size() > maxPoints) {
-        throw InputError(place, "expected at most " + std::to_string(maxPoints) + " points, found " +
-                                    std::to_string(settings.frequencies.size()) + " carriers at " +
-                                    std::to_string(settings.temperatures.size()) + " temperatures");
+    settings.method = choice.of(&CalibrationDescription::method).value_or(CalibrationMethod::fit);
+    if (settings.method == CalibrationMethod::fit) {
+        chooseEnds(choice, *band, settings);
+        settings.budget = choice.of(&CalibrationDescription::probes).value_or(usualBudget);
+        settings.limit = board.limits.leakage;
+    } else {
+        choosePoints(choice, *band, place, settings);
     }
     (isHardware ? chooseHardwareRanges : chooseModelledRanges)(board, choice, settings);
     settings.shrinkFactor = choice.of(&CalibrationDescription::shrinkFactor).value_or(usualShrinkFactor);
@@ -148,16 +177,24 @@ std::optional<std::uint32_t> statedSettleTime(const Board& board, const Calibrat
 }
 
 Json toJson(const Settings& settings) {
-    return {{"channel", settings.channel},
-            {"frequencies_khz", settings.frequencies},
-            {"temperatures_c", settings.temperatures},
-            {"i_range", rangeJson(settings.i)},
-            {"q_range", rangeJson(settings.q)},
-            {"shrink_factor", settings.shrinkFactor},
-            {"min_delta", settings.minDelta},
-            {"max_iterations", settings.maxIterations},
-            {"settle_time_ms", settings.settleTime},
-            {"detector", settings.useHighDetector ? "high" : "low"}};
+    Json json = {{"channel", settings.channel}, {"method", toString(settings.method)}};
+    if (settings.method == CalibrationMethod::fit) {
+        json["probes"] = settings.budget;
+        json["limit_dbc"] = settings.limit ? Json(*settings.limit) : Json(nullptr);
+    }
+    const Json rest = {{"frequencies_khz", settings.frequencies},
+                       {"temperatures_c", settings.temperatures},
+                       {"i_range", rangeJson(settings.i)},
+                       {"q_range", rangeJson(settings.q)},
+                       {"shrink_factor", settings.shrinkFactor},
+                       {"min_delta", settings.minDelta},
+                       {"max_iterations", settings.maxIterations},
+                       {"settle_time_ms", settings.settleTime},
+                       {"detector", settings.useHighDetector ? "high" : "low"}};
+    for (const auto& [key, value] : rest.members()) {
+        json[key] = value;
+    }
+    return json;
 }
 
 } // namespace Radio::Calibration

@@ -50,6 +50,16 @@ std::optional<double> numberFrom(const ParsedJson& json) {
 Settings settingsFromJson(const ParsedJson& json) {
     Settings settings;
     settings.channel = wholeNumber<int>(json.at("channel"), {0, 2147483647});
+    // Journals were without a method when there was but one.
+    const auto method = calibrationMethodFromString(json.value("method", "search"));
+    if (!method) {
+        throw std::runtime_error("not the method of a calibration");
+    }
+    settings.method = *method;
+    if (settings.method == CalibrationMethod::fit) {
+        settings.budget = wholeNumber<std::uint32_t>(json.at("probes"), budgetBounds);
+        settings.limit = numberFrom(json.at("limit_dbc"));
+    }
     settings.frequencies = axisFrom<std::uint32_t>(json.at("frequencies_khz"), carrierBounds);
     settings.temperatures = axisFrom<std::int32_t>(json.at("temperatures_c"), temperatureBounds);
     settings.i = rangeFrom(json.at("i_range"), correctionBounds);

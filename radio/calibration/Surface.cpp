@@ -74,6 +74,18 @@ std::optional<Table> tableOf(const Result& result, std::int32_t Point::*correcti
     return table;
 }
 
+/** The first of the points with the highest level or reading; nothing when none of them has one. */
+template <typename Level>
+std::optional<Worst> worstPoint(const Result& result, std::optional<Level> Point::*level) {
+    std::optional<Worst> worst;
+    for (const Point& point : result.points) {
+        if (point.state != PointState::failed && point.*level && (!worst || *(point.*level) > worst->level)) {
+            worst = Worst{static_cast<double>(*(point.*level)), point.frequency, point.temperature};
+        }
+    }
+    return worst;
+}
+
 LeakageSummary countStates(const Result& result) {
     LeakageSummary summary;
     for (const Point& point : result.points) {
@@ -148,10 +160,8 @@ std::optional<Worst> worstOf(const Surface& surface) {
 }
 
 LeakageSummary summarise(const Result& result, const LeakageDescription& leakage) {
-    LeakageSummary summary = countStates(result);
-    summary.before = worstOf(leakageBefore(result));
-    summary.after = worstOf(leakageAfter(result));
-    if (const std::optional<Surface> between = leakageBetween(result, leakage)) {
+    LeakageSummary summary = summarise(result);
+    if (const std::optional<Surface> between = leakageBetween(asTables(result), leakage)) {
         summary.between = worstOf(*between);
     }
     return summary;
@@ -159,10 +169,14 @@ LeakageSummary summarise(const Result& result, const LeakageDescription& leakage
 
 LeakageSummary summarise(const Result& result) {
     LeakageSummary summary = countStates(result);
-    summary.before = worstOf(leakageBefore(result));
-    summary.after = worstOf(leakageAfter(result));
-    summary.firstReading = worstOf(firstReadings(result));
-    summary.lastReading = worstOf(lastReadings(result));
+    summary.before = worstPoint(result, &Point::before);
+    summary.after = worstPoint(result, &Point::after);
+    summary.firstReading = worstPoint(result, &Point::firstReading);
+    summary.lastReading = worstPoint(result, &Point::lastReading);
+    if (result.fit && result.fit->claim && !result.fit->isRelative) {
+        const Fit::LevelAt& claim = *result.fit->claim;
+        summary.claim = Worst{claim.level, claim.place.carrier, claim.place.temperature};
+    }
     return summary;
 }
 

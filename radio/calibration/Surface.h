@@ -57,6 +57,8 @@ struct LeakageSummary {
     std::optional<Worst> after;
     /** Of leakageBetween(). */
     std::optional<Worst> between;
+    /** Of a fit: what its tables leave anywhere at most, as it says itself; nothing when it cannot. */
+    std::optional<Worst> claim;
     /** Of a calibration on hardware, which has none of the three above: the readings of the first probes and
      * of the last. */
     std::optional<Worst> firstReading;

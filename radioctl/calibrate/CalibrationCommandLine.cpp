@@ -84,6 +84,14 @@ CalibrationCommandLine::CalibrationCommandLine(CommandLine::Command program)
 
 void CalibrationCommandLine::addSettings() {
     CalibrationDescription& wishes = m_options.order.wishes;
+    m_calibrate
+        .option("--method", m_method,
+                "fit: few probes, a smooth surface through them;\nsearch: the library's search at every node")
+        .named("METHOD")
+        .oneOf({"fit", "search"});
+    m_calibrate.option("--probes", wishes.probes, "How many probes a fit may make in all")
+        .named("N")
+        .within(budgetBounds.low, budgetBounds.high);
     m_calibrate.option("--band", m_band, "First and last carrier; otherwise those of\nthe board")
         .named("F F")
         .values(2)
@@ -164,6 +172,7 @@ std::string CalibrationCommandLine::takeOptions() {
             return wrong;
         }
     }
+    wishes.method = calibrationMethodFromString(m_method);
     if (!m_detector.empty()) {
         wishes.useHighDetector = m_detector == "high";
     }

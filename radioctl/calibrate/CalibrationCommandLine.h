@@ -31,6 +31,7 @@ private:
     std::string m_step;
     std::vector<std::int64_t> m_iRange;
     std::vector<std::int64_t> m_qRange;
+    std::string m_method;
     std::string m_detector;
     std::string m_journal;
     std::string m_tables;

@@ -58,19 +58,21 @@ public:
     void calibrated(const Point& point) override { m_report.calibrated(point); }
     bool goOn(const CalibrationProgress& progress) override {
         tell(progress.awaited);
+        const bool isFit = progress.mostProbes != 0;
+        const std::size_t done = isFit ? progress.probes : progress.points;
         if (!m_bar) {
-            m_bar.emplace(progress.wantedPoints, "points");
-            m_bar->beginAt(progress.points);
+            m_bar.emplace(isFit ? progress.mostProbes : progress.wantedPoints, isFit ? "probes" : "points");
+            m_bar->beginAt(done);
         }
         if (progress.awaited) {
             // How long a temperature takes says nothing about the points.
-            m_bar->beginAt(progress.points);
+            m_bar->beginAt(done);
         }
-        if (progress.isFromJournal && progress.points != m_known) {
-            m_known = progress.points;
+        if (progress.isFromJournal && done != m_known) {
+            m_known = done;
             m_bar->beginAt(m_known);
         }
-        m_bar->update(progress.points, noteOn(progress));
+        m_bar->update(done, noteOn(progress));
         return m_interrupt.signal() == 0;
     }
     void removeBar() { m_bar.reset(); }

@@ -45,6 +45,35 @@ void addReading(TextTable& table, const std::string& what, const std::optional<W
     }
 }
 
+/** Which carriers and temperatures are calibrated. */
+std::string askedText(const Settings& settings) {
+    const std::string band = std::to_string(settings.frequencies.front()) + " to " +
+                             std::to_string(settings.frequencies.back()) + " kHz";
+    const std::string degrees = std::to_string(settings.temperatures.front()) + " to " +
+                                std::to_string(settings.temperatures.back()) + " degrees";
+    return settings.method == CalibrationMethod::fit
+               ? "a fit over " + band + ", " + degrees + ", of at most " + counted(settings.budget, "probe")
+               : counted(settings.frequencies.size(), "carrier") + ", " + band + ", at " +
+                     counted(settings.temperatures.size(), "temperature") + ", " + degrees;
+}
+
+/** What came of the points. */
+std::string pointsText(const CalibrationOutcome& outcome) {
+    const LeakageSummary& summary = outcome.summary;
+    const Result& result = outcome.result;
+    std::string text = counted(result.points.size(), "point");
+    if (result.settings.method == CalibrationMethod::search) {
+        text += " of " + std::to_string(outcome.wanted);
+    }
+    text += ": " + std::to_string(summary.good) + " good, " +
+            (summary.missed == 0 ? "" : std::to_string(summary.missed) + " missed, ") +
+            std::to_string(summary.edge) + " at an edge, " + std::to_string(summary.failed) + " failed; ";
+    if (result.fit) {
+        text += counted(result.fit->verifications.size(), "place") + " verified; ";
+    }
+    return text;
+}
+
 /** How the temperatures of a real radio come about. */
 std::string temperatureText(const Board& board, const Settings& settings) {
     return board.hardware.description.sensor
@@ -126,10 +155,7 @@ void CalibrationText::awaits(const AwaitedTemperature& awaited, bool isBeginning
 void CalibrationText::begins(const Board& board, const Result& result, std::size_t knownProbes) {
     const Settings& settings = result.settings;
     m_out << board.name << " (" << board.file.string() << "), serial " << harmless(result.serial)
-          << "\nChannel " << settings.channel << ": " << counted(settings.frequencies.size(), "carrier")
-          << ", " << settings.frequencies.front() << " to " << settings.frequencies.back() << " kHz, at "
-          << counted(settings.temperatures.size(), "temperature") << ", " << settings.temperatures.front()
-          << " to " << settings.temperatures.back() << " degrees\n";
+          << "\nChannel " << settings.channel << ": " << askedText(settings) << "\n";
     if (result.isHardware) {
         m_out << temperatureText(board, settings) << "\n";
     }
@@ -147,11 +173,9 @@ void CalibrationText::finished(const CalibrationOutcome& outcome, const Calibrat
     m_out << harmless(storedText(outcome, end)) << "\n";
     showPoints(result);
     showWorst(summary);
+    showFit(result);
     m_out << "\n"
-          << counted(result.points.size(), "point") << " of " << outcome.wanted << ": " << summary.good
-          << " good, " << (summary.missed == 0 ? "" : std::to_string(summary.missed) + " missed, ")
-          << summary.edge << " at an edge, " << summary.failed << " failed; "
-          << counted(outcome.newProbes, "probe") << " made"
+          << pointsText(outcome) << counted(outcome.newProbes, "probe") << " made"
           << (outcome.qualifyingReadings == 0
                   ? ""
                   : ", " + std::to_string(outcome.qualifyingReadings) + " of them to qualify the detector,")
@@ -192,6 +216,29 @@ void CalibrationText::showPoints(const Result& result) {
     if (!isEmpty) {
         m_out << "\n";
         table.write(m_out);
+    }
+}
+
+void CalibrationText::showFit(const Result& result) {
+    if (!result.fit) {
+        return;
+    }
+    const Fit::Outcome& fit = *result.fit;
+    m_out << "\n";
+    if (!result.nodes.empty()) {
+        m_out << "Tables of " << fit.table.carriers.size() << " carriers by " << fit.table.temperatures.size()
+              << " temperatures";
+        if (fit.claim) {
+            m_out << ": at most " << levelText(fit.claim->level)
+                  << (fit.isRelative ? " against no corrections" : "") << " anywhere, by the fit itself";
+        }
+        m_out << "\n";
+    }
+    if (!fit.reason.empty()) {
+        m_out << "The fit: " << harmless(fit.reason) << "\n";
+    }
+    for (const std::string& remark : fit.remarks) {
+        m_out << "The fit: " << harmless(remark) << "\n";
     }
 }
 

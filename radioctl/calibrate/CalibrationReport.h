@@ -59,6 +59,7 @@ public:
 
 private:
     void showPoints(const Result& result);
+    void showFit(const Result& result);
     void showWorst(const LeakageSummary& summary);
 
     std::ostream& m_out;

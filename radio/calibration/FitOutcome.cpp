@@ -1,0 +1,130 @@
+#include "radio/calibration/FitOutcome.h"
+
+#include "radio/board/BoardNames.h"
+#include "radio/calibration/LeakageVerdict.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Radio::Calibration {
+
+namespace {
+
+Fit::Branch branchOf(const Range& range, std::int32_t step) {
+    return {static_cast<std::int32_t>(range.low), static_cast<std::int32_t>(range.high), step};
+}
+
+/** A modelled detector is known; of a real one what qualifying it has found. */
+Fit::Detector detectorOf(const Settings& settings, const LeakageDescription* leakage,
+                         const std::optional<Qualification>& qualification) {
+    if (leakage == nullptr) {
+        return {qualification ? qualification->slope : std::nullopt, {}, {}, {}};
+    }
+    const bool isHigh = settings.useHighDetector && leakage->highDetector;
+    const DetectorDescription& detector = isHigh ? *leakage->highDetector : leakage->detector;
+    return {detector.slope, detector.zero, detector.low, detector.high};
+}
+
+PointState stateOf(Fit::PointState state) {
+    return state == Fit::PointState::good   ? PointState::good
+           : state == Fit::PointState::edge ? PointState::edge
+                                            : PointState::failed;
+}
+
+/** What leaks in the model at a point without corrections and with its own. */
+void addModelledLevels(Point& point, const LeakageDescription& leakage) {
+    const Surroundings surroundings{point.frequency, static_cast<double>(point.temperature)};
+    point.before = leakageLevel(leakage, surroundings, {0, 0});
+    point.after = leakageLevel(leakage, surroundings, {point.i, point.q});
+}
+
+Point pointOf(const Fit::Point& fitted, const FitProber& prober, const LeakageDescription* leakage) {
+    Point point;
+    point.frequency = fitted.place.carrier;
+    point.temperature = fitted.place.temperature;
+    point.state = stateOf(fitted.state);
+    point.remark = fitted.remark;
+    point.i = fitted.corrections.i;
+    point.q = fitted.corrections.q;
+    point.probes = prober.probesAt(fitted.place);
+    if (leakage != nullptr) {
+        addModelledLevels(point, *leakage);
+    } else if (!point.probes.empty()) {
+        point.firstReading = point.probes.front().reading;
+        point.lastReading = fitted.reading;
+    }
+    return point;
+}
+
+std::vector<Point> nodesOf(const Fit::Table& table, const LeakageDescription* leakage) {
+    std::vector<Point> nodes;
+    nodes.reserve(table.i.size());
+    for (std::size_t row = 0; row < table.temperatures.size(); ++row) {
+        for (std::size_t column = 0; column < table.carriers.size(); ++column) {
+            const std::size_t place = column * table.temperatures.size() + row;
+            Point node;
+            node.frequency = static_cast<std::uint32_t>(table.carriers[column]);
+            node.temperature = table.temperatures[row];
+            node.state = PointState::good;
+            node.i = table.i[place];
+            node.q = table.q[place];
+            if (leakage != nullptr) {
+                addModelledLevels(node, *leakage);
+            }
+            nodes.push_back(std::move(node));
+        }
+    }
+    return nodes;
+}
+
+} // namespace
+
+Result asTables(const Result& result) {
+    Result tables = result;
+    if (result.settings.method == CalibrationMethod::fit) {
+        tables.points = result.nodes;
+        tables.settings.frequencies.clear();
+        tables.settings.temperatures.clear();
+        for (const Point& node : result.nodes) {
+            if (node.temperature == result.nodes.front().temperature) {
+                tables.settings.frequencies.push_back(node.frequency);
+            }
+            if (node.frequency == result.nodes.front().frequency) {
+                tables.settings.temperatures.push_back(node.temperature);
+            }
+        }
+    }
+    return tables;
+}
+
+Fit::Order fitOrder(const Board& board, const Result& result, std::int32_t startTemperature) {
+    const Settings& settings = result.settings;
+    const LeakageDescription* const leakage =
+        result.isHardware ? nullptr : findLeakage(board, settings.channel);
+    Fit::Order order;
+    order.lowCarrier = settings.frequencies.front();
+    order.highCarrier = settings.frequencies.back();
+    order.lowTemperature = settings.temperatures.front();
+    order.highTemperature = settings.temperatures.back();
+    order.startTemperature = startTemperature;
+    order.i = branchOf(settings.i, leakage == nullptr ? 1 : leakage->i.step);
+    order.q = branchOf(settings.q, leakage == nullptr ? 1 : leakage->q.step);
+    order.detector = detectorOf(settings, leakage, result.qualification);
+    const std::uint32_t taken = result.qualification ? result.qualification->taken : 0;
+    order.budget = settings.budget - std::min(settings.budget, taken);
+    order.limit = settings.limit;
+    return order;
+}
+
+void takeOutcome(Result& result, Fit::Outcome outcome, const FitProber& prober,
+                 const LeakageDescription* leakage, const Limits& limits) {
+    for (const Fit::Point& fitted : outcome.points) {
+        Point point = pointOf(fitted, prober, leakage);
+        holdToLimits(point, limits);
+        result.points.push_back(std::move(point));
+    }
+    result.nodes = nodesOf(outcome.table, leakage);
+    result.fit = std::move(outcome);
+}
+
+} // namespace Radio::Calibration

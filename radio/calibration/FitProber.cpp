@@ -1,0 +1,90 @@
+#include "radio/calibration/FitProber.h"
+
+#include <utility>
+
+namespace Radio::Calibration {
+
+FitProber::FitProber(Calibrator& calibrator, const KnownProbes& known, bool isReal,
+                     std::function<bool(const FitProber&)> goOn)
+    : m_calibrator(calibrator),
+      m_known(known),
+      m_isReal(isReal),
+      m_goOn(std::move(goOn)) {}
+
+bool FitProber::goTo(const Fit::Place& place) {
+    leave();
+    m_place = place;
+    m_probed.clear();
+    m_isFromJournal = true;
+    m_isThere = false;
+    if (m_isReal && isNextKnown()) {
+        m_calibrator.begin(place.carrier, place.temperature, known(), true);
+        return true;
+    }
+    return arrive();
+}
+
+std::optional<std::int32_t> FitProber::probe(const Fit::Corrections& corrections) {
+    if (!isNextKnown()) {
+        m_isFromJournal = false;
+        if (!m_isThere && !arrive()) {
+            return std::nullopt;
+        }
+    }
+    m_probed.push_back(corrections);
+    ++m_count;
+    return m_calibrator.probe(corrections.i, corrections.q);
+}
+
+bool FitProber::goOn() {
+    return m_goOn(*this) && m_calibrator.whyStopped().empty();
+}
+
+std::optional<Fit::Corrections> FitProber::search(const Fit::Place& place) {
+    // The library's search is not asked for one probe after the other: a real radio has to be there.
+    if (!m_isThere && !arrive()) {
+        return std::nullopt;
+    }
+    Point point;
+    point.frequency = place.carrier;
+    point.temperature = place.temperature;
+    if (!m_calibrator.search(point)) {
+        return std::nullopt;
+    }
+    return Fit::Corrections{point.i, point.q};
+}
+
+void FitProber::leave() {
+    if (m_place) {
+        m_probes[key()] = m_calibrator.end();
+        m_place.reset();
+    }
+}
+
+const std::vector<Probe>& FitProber::probesAt(const Fit::Place& place) const {
+    static const std::vector<Probe> none;
+    const auto found = m_probes.find({place.temperature, place.carrier});
+    return found == m_probes.end() ? none : found->second;
+}
+
+const JournaledProbes& FitProber::known() const {
+    static const JournaledProbes none;
+    const auto found = m_known.find(key());
+    return found == m_known.end() ? none : found->second;
+}
+
+bool FitProber::arrive() {
+    static_cast<void>(m_calibrator.end());
+    m_whyNotThere = m_calibrator.goTo(m_place->carrier, m_place->temperature);
+    if (!m_whyNotThere.empty()) {
+        return false;
+    }
+    m_isThere = true;
+    m_calibrator.begin(m_place->carrier, m_place->temperature, known(), false);
+    for (const Fit::Corrections& corrections : m_probed) {
+        static_cast<void>(m_calibrator.probe(corrections.i, corrections.q));
+    }
+    return true;
+}
+
+} // namespace Radio::Calibration

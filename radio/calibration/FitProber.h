@@ -1,0 +1,72 @@
+#ifndef RADIO_CALIBRATION_FITPROBER_H
+#define RADIO_CALIBRATION_FITPROBER_H
+
+#include "radio/calibration/Calibration.h"
+#include "radio/calibration/Calibrator.h"
+#include "radio/calibration/Journal.h"
+#include "radio/fit/Prober.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Radio::Calibration {
+
+/**
+ * Makes the probes of a fit through the drivers of a radio, each entered in the journal before the next is
+ * set. What the journal has is answered from it; a real radio is neither brought to a temperature nor tuned
+ * before the first probe at a place that the journal does not have.
+ */
+class FitProber final : public Fit::Prober {
+public:
+    /** What is borrowed must outlive the object. `isReal`: it is a real radio that is probed. `goOn` is asked
+     * after each probe and each place; never empty. */
+    FitProber(Calibrator& calibrator, const KnownProbes& known, bool isReal,
+              std::function<bool(const FitProber&)> goOn);
+    ~FitProber() override { leave(); }
+
+    bool goTo(const Fit::Place& place) override;
+    std::optional<std::int32_t> probe(const Fit::Corrections& corrections) override;
+    bool goOn() override;
+    std::optional<Fit::Corrections> search(const Fit::Place& place) override;
+
+    /** Ends the last place; gives nothing to probe until the next. */
+    void leave();
+    /** The probes that were made, or taken from the journal, at a place that was left. */
+    const std::vector<Probe>& probesAt(const Fit::Place& place) const;
+    std::size_t probes() const { return m_count; }
+    /** Those at the last place were all in the journal. */
+    bool isFromJournal() const { return m_isFromJournal; }
+    /** Why the transmitter could not be had at the last place; empty: it could. */
+    const std::string& whyNotThere() const { return m_whyNotThere; }
+
+private:
+    using Key = std::pair<std::int32_t, std::uint32_t>;
+
+    Key key() const { return {m_place->temperature, m_place->carrier}; }
+    const JournaledProbes& known() const;
+    bool isNextKnown() const { return m_probed.size() < known().size(); }
+    /** Has the transmitter there, with all that was probed before taken from the journal once more. */
+    bool arrive();
+
+    Calibrator& m_calibrator;
+    const KnownProbes& m_known;
+    const bool m_isReal;
+    const std::function<bool(const FitProber&)> m_goOn;
+    std::optional<Fit::Place> m_place;
+    /** The radio is there; else the journal alone is gone through. */
+    bool m_isThere = false;
+    bool m_isFromJournal = true;
+    std::size_t m_count = 0;
+    std::vector<Fit::Corrections> m_probed;
+    std::map<Key, std::vector<Probe>> m_probes;
+    std::string m_whyNotThere;
+};
+
+} // namespace Radio::Calibration
+
+#endif
