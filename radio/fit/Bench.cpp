@@ -25,8 +25,8 @@ bool Bench::goTo(const Place& place) {
         return false;
     }
     m_probesHere = 0;
-    const bool isElsewhere = !m_isThere ? place.temperature != m_order.startTemperature
-                                        : place.temperature != m_temperature;
+    const bool isElsewhere =
+        !m_isThere ? place.temperature != m_order.startTemperature : place.temperature != m_temperature;
     m_temperatureChanges += isElsewhere ? 1U : 0U;
     m_isThere = true;
     m_temperature = place.temperature;

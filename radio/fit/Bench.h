@@ -15,13 +15,11 @@ namespace Radio::Fit {
 /** Counts what is asked of a prober, and keeps within what was ordered. */
 class Bench {
 public:
-    Bench(const Order& order, Prober& prober)
-        : m_order(order),
-          m_prober(prober) {}
+    Bench(const Order& order, Prober& prober) : m_order(order), m_prober(prober) {}
 
     bool goTo(const Place& place);
-    /** With corrections that can be set, nearest to `wanted`. Nothing: the detector cannot be read, the budget
-     * is spent, or the caller does not go on. */
+    /** With corrections that can be set, nearest to `wanted`. Nothing: the detector cannot be read, the
+     * budget is spent, or the caller does not go on. */
     std::optional<Reading> probe(const Pair& wanted);
     std::optional<Corrections> search(const Place& place) { return m_prober.search(place); }
 

@@ -31,8 +31,8 @@ Local localOf(const std::vector<PowerProbe>& probes) {
         local.centre.q += probe.at.q / count;
     }
     for (const PowerProbe& probe : probes) {
-        local.unit = std::max({local.unit, std::abs(probe.at.i - local.centre.i),
-                               std::abs(probe.at.q - local.centre.q)});
+        local.unit = std::max(
+            {local.unit, std::abs(probe.at.i - local.centre.i), std::abs(probe.at.q - local.centre.q)});
     }
     const auto rows = static_cast<Index>(probes.size());
     local.form.resize(rows, 3);

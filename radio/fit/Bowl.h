@@ -36,7 +36,8 @@ struct Curvature {
     }
     /** Amplitude for each unit, in the mean over all directions. */
     double amplitude() const;
-    /** Positive definite, and of a form that a modulator can have: no direction ten times as steep as another. */
+    /** Positive definite, and of a form that a modulator can have: no direction ten times as steep as
+     * another. */
     bool isBowl() const;
 };
 
@@ -54,7 +55,8 @@ struct Bowl {
     double spread = 0.0;
 };
 
-/** By least squares with all unknowns; nothing with less than six probes, or when there is no bowl in them. */
+/** By least squares with all unknowns; nothing with less than six probes, or when there is no bowl in them.
+ */
 std::optional<Bowl> fitBowl(const std::vector<PowerProbe>& probes);
 
 /** Where the bottom of a bowl of known curvature is; nothing with less than three probes, or in a line. */

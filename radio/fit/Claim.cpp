@@ -18,7 +18,8 @@ double claimed(const Order& order, const Knowledge& knowledge, const Table& tabl
                const Forecast& forecast) {
     const Corrections set = settledAt(order, table, place);
     const double left = std::sqrt(residualPower(knowledge.curvature, set, forecast.bottom));
-    const double off = claimedDeviations * forecast.deviation * knowledge.curvature.amplitude();
+    const double off =
+        claimedDeviations * knowledge.excess * forecast.deviation * knowledge.curvature.amplitude();
     return squareOf(left + off) * powerOf(knowledge.doubt());
 }
 
@@ -31,13 +32,14 @@ double claimedPower(const Order& order, const Knowledge& knowledge, const Surfac
 
 LevelAt claimAnywhere(const Order& order, const Knowledge& knowledge, const Surface& surface,
                       const Table& table) {
-    // Between nodes it is rounding that matters, which changes from kHz to kHz: many places in each cell, others
-    // than those for which roundings are turned. Deviations change slowly.
+    // Between nodes it is rounding that matters, which changes from kHz to kHz: many places in each cell,
+    // others than those for which roundings are turned. Deviations change slowly.
     constexpr std::size_t partsOfCell = 13;
     const std::vector<std::uint32_t> carriers =
         evenCarriers(order, (table.carriers.size() - 1) * partsOfCell + 1);
     LevelAt worst{-200.0, {}};
-    for (std::int32_t temperature = order.lowTemperature; temperature <= order.highTemperature; ++temperature) {
+    for (std::int32_t temperature = order.lowTemperature; temperature <= order.highTemperature;
+         ++temperature) {
         double deviation = 0.0;
         for (std::size_t n = 0; n < carriers.size(); ++n) {
             const Place place{carriers[n], temperature};

@@ -1,8 +1,8 @@
-#include "radio/fit/Fit.h"
 #include "radio/fit/Course.h"
 
 #include "radio/fit/Claim.h"
 #include "radio/fit/FirstPoint.h"
+#include "radio/fit/Fit.h"
 #include "radio/fit/Plan.h"
 #include "radio/fit/PointFit.h"
 #include "radio/fit/TableMaker.h"
@@ -19,7 +19,8 @@ namespace {
 
 double rangeOf(const Order& order) {
     return std::max({std::abs(static_cast<double>(order.i.low)), std::abs(static_cast<double>(order.i.high)),
-                     std::abs(static_cast<double>(order.q.low)), std::abs(static_cast<double>(order.q.high))});
+                     std::abs(static_cast<double>(order.q.low)),
+                     std::abs(static_cast<double>(order.q.high))});
 }
 
 } // namespace
@@ -37,7 +38,8 @@ bool Course::goesOn() const {
 
 Outcome Course::run() {
     const std::vector<std::int32_t> temperatures = fitTemperatures(m_order);
-    const std::uint32_t middle = evenCarriers(m_order, 3).at(m_order.lowCarrier < m_order.highCarrier ? 1 : 0);
+    const std::uint32_t middle =
+        evenCarriers(m_order, 3).at(m_order.lowCarrier < m_order.highCarrier ? 1 : 0);
     if (begin({middle, temperatures.front()})) {
         bool isFirst = true;
         for (const std::int32_t temperature : temperatures) {
@@ -57,7 +59,7 @@ bool Course::begin(const Place& place) {
         m_outcome.reason = "the first place cannot be had";
         return false;
     }
-    const FirstBowl first = findFirstBowl(m_bench, m_knowledge);
+    const FirstBowl first = findFirstBowl(m_bench, m_knowledge, place);
     if (!first.trouble.empty()) {
         m_outcome.reason = first.trouble;
         return false;
@@ -151,6 +153,7 @@ void Course::tryAt(std::int32_t temperature, std::size_t count) {
         const double measured = m_knowledge.scale.power(reading->reading);
         const double most = (foretold + 1.5 * m_knowledge.floor()) * (1.0 + 4.0 * noise);
         const bool isAsForetold = measured <= most;
+        learnTried(measured * (1.0 - noise), set, forecast);
         m_outcome.verifications.push_back(
             {place, set, reading->reading, m_knowledge.scale.level(reading->reading), isAsForetold});
         if (!isAsForetold) {
@@ -162,17 +165,26 @@ void Course::tryAt(std::int32_t temperature, std::size_t count) {
     }
 }
 
+void Course::learnTried(double measured, const Corrections& set, const Forecast& forecast) {
+    const double seen = std::sqrt(std::max(0.0, measured - m_knowledge.floor()));
+    const double foreseen = std::sqrt(residualPower(m_knowledge.curvature, set, forecast.bottom));
+    const double deviation = forecast.deviation * m_knowledge.curvature.amplitude();
+    constexpr double usualWorst = 2.5;
+    m_knowledge.excess = std::max(m_knowledge.excess, (seen - foreseen) / deviation / usualWorst);
+}
+
 void Course::goBack() {
     constexpr std::size_t triedAt = 2;
-    constexpr std::size_t places = 8;
+    constexpr std::size_t places = 10;
     int misses = 0;
     std::vector<std::int32_t> tried = triedTemperatures(fitTemperatures(m_order), triedAt);
     if (tried.empty()) {
         tried.push_back(m_bench.temperature());
     }
-    for (const std::int32_t temperature : tried) {
-        fitAt(temperature, 0);
-        tryAt(temperature, places);
+    for (std::size_t n = 0; n < tried.size(); ++n) {
+        fitAt(tried[n], 0);
+        // Other carriers each time: what bends over frequency does so at all temperatures.
+        tryAt(tried[n], places + n);
         misses += m_misses;
     }
     m_misses = misses;
@@ -181,7 +193,7 @@ void Course::goBack() {
 
 void Course::improve() {
     constexpr int mostRounds = 12;
-    constexpr std::size_t places = 6;
+    constexpr std::size_t places = 7;
     int idle = 0;
     for (int round = 0; round < mostRounds && idle < 2 && goesOn(); ++round) {
         const Table table = makeTable(m_order, m_surface);
@@ -204,18 +216,23 @@ bool Course::isWithinLimit(double level) const {
 bool Course::hasFailed() const {
     // A transmitter that fails here and there is not to be probed to its end.
     constexpr int most = 3;
-    return std::count_if(m_outcome.points.begin(), m_outcome.points.end(), [](const Point& point) {
-               return point.state == PointState::failed;
+    return std::count_if(m_outcome.points.begin(), m_outcome.points.end(), [this](const Point& point) {
+               const bool isBeyond =
+                   point.state == PointState::edge && !isWithinLimit(point.level.value_or(0.0));
+               return isBeyond || point.state == PointState::failed;
            }) >= most;
 }
 
-/** With as many nodes as there may be; where that is not enough, with the number whose roundings fall best. */
+/** With as many nodes as there may be; where that is not enough, with the number whose roundings fall best.
+ */
 void Course::makeTables() {
     m_outcome.table = makeTable(m_order, m_surface);
     m_outcome.claim = claimAnywhere(m_order, m_knowledge, m_surface, m_outcome.table);
-    for (std::size_t less = 1; less <= 8 && !(m_order.limit && isWithinLimit(m_outcome.claim->level)); ++less) {
+    for (std::size_t less = 1; less <= 8 && !(m_order.limit && isWithinLimit(m_outcome.claim->level));
+         ++less) {
         const std::size_t carriers = m_order.mostCarriers - std::min(m_order.mostCarriers - 2, less);
-        for (const std::size_t temperatures : {m_order.mostTemperatures, (m_order.mostTemperatures + 2) / 2}) {
+        for (const std::size_t temperatures :
+             {m_order.mostTemperatures, (m_order.mostTemperatures + 2) / 2}) {
             Table table = makeTable(m_order, m_surface, {carriers, temperatures});
             const LevelAt claim = claimAnywhere(m_order, m_knowledge, m_surface, table);
             if (claim.level < m_outcome.claim->level) {
@@ -246,11 +263,17 @@ std::string Course::whyMissed() const {
             return "the point at " + inWords(point.place) + " failed: " + point.remark;
         }
     }
+    for (const Point& point : m_outcome.points) {
+        if (point.state == PointState::edge && (!m_isComplete || !isWithinLimit(m_outcome.claim->level))) {
+            return "at " + inWords(point.place) + " " + point.remark;
+        }
+    }
     if (!m_isComplete) {
         return "the budget of " + std::to_string(m_order.budget) + " probes was spent before all was tried";
     }
     if (m_misses > 0) {
-        for (auto tried = m_outcome.verifications.rbegin(); tried != m_outcome.verifications.rend(); ++tried) {
+        for (auto tried = m_outcome.verifications.rbegin(); tried != m_outcome.verifications.rend();
+             ++tried) {
             if (!tried->isAsForetold) {
                 return "the surface does not foretell what is left: " + inWords(tried->level) + " dBc at " +
                        inWords(tried->place);
@@ -292,6 +315,13 @@ void Course::conclude() {
         return;
     }
     makeTables();
+    for (const Verification& tried : m_outcome.verifications) {
+        // What was missed was mended, but who missed may miss again.
+        if (!tried.isAsForetold && !m_outcome.isRelative && m_misses > 0 &&
+            tried.level > m_outcome.claim->level) {
+            m_outcome.claim = LevelAt{tried.level, tried.place};
+        }
+    }
     m_outcome.reason = whyMissed();
     m_outcome.verdict = m_outcome.reason.empty() ? Verdict::held : Verdict::missed;
 }

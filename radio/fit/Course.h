@@ -31,6 +31,8 @@ private:
     void tryAt(std::int32_t temperature, std::size_t count);
     /** Tries the table at temperatures that were not fitted. */
     void goBack();
+    /** By how much what was measured with a table lies beyond the surface's deviation. */
+    void learnTried(double measured, const Corrections& set, const Forecast& forecast);
     /** More points where most is claimed, until the limit holds. */
     void improve();
     bool isWithinLimit(double level) const;

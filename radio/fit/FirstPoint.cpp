@@ -3,8 +3,10 @@
 #include "radio/fit/PointFit.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 #include <vector>
 
 namespace Radio::Fit {
@@ -13,18 +15,21 @@ namespace {
 
 /** A slope that differs by more than this from the described one is another one. */
 constexpr double slopeTolerance = 0.04;
+/** Part of a power by which the probes of a place miss its bowl at most. */
+constexpr double mostMisfit = 0.2;
 
-std::string inWords(double number) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.1f", number);
-    return text;
+std::string oneDecimal(double number) {
+    std::array<char, 32> text{};
+    static_cast<void>(std::snprintf(text.data(), text.size(), "%.1f", number));
+    return text.data();
 }
 
 class FirstPoint {
 public:
-    FirstPoint(Bench& bench, Knowledge& knowledge)
+    FirstPoint(Bench& bench, Knowledge& knowledge, const Place& place)
         : m_bench(bench),
-          m_knowledge(knowledge) {}
+          m_knowledge(knowledge),
+          m_place(place) {}
 
     FirstBowl run() {
         const Detector& detector = m_bench.order().detector;
@@ -39,7 +44,12 @@ public:
             return trouble(unread());
         }
         m_readings.push_back(*uncorrected);
-        if (!findBowl() || !narrow() || !checkSlope()) {
+        if (!findBowl() || !narrow()) {
+            // With a wrong slope there is no bowl, which is the better thing to say.
+            static_cast<void>(m_readings.size() > 12 && !isStuck() && !isSlopeDescribed());
+            return m_first;
+        }
+        if (!isSlopeDescribed() || !isLogarithmic()) {
             return m_first;
         }
         if (!detector.zero) {
@@ -79,10 +89,9 @@ private:
 
     std::vector<Reading> seen() const {
         std::vector<Reading> inside;
-        std::copy_if(m_readings.begin(), m_readings.end(), std::back_inserter(inside),
-                     [this](const Reading& reading) {
-                         return isInside(m_bench.order().detector, reading.reading);
-                     });
+        std::copy_if(
+            m_readings.begin(), m_readings.end(), std::back_inserter(inside),
+            [this](const Reading& reading) { return isInside(m_bench.order().detector, reading.reading); });
         return inside;
     }
 
@@ -124,17 +133,29 @@ private:
                 m_bottom = bowl->bottom;
                 return true;
             }
-            if (ring == 2 && isStuck()) {
-                break;
-            }
             m_centre = {static_cast<double>(lowest().at.i), static_cast<double>(lowest().at.q)};
             m_radius *= ring == 0 ? 0.7 : 0.6;
+            if (ring == 2 && !seesSomething() && !searchForIt()) {
+                break;
+            }
         }
         if (isStuck()) {
             return fails("every reading is " + std::to_string(m_readings.front().reading) +
                          ": the detector is stuck or saturated");
         }
         return fails("the leaking power is no bowl over I and Q at the first point");
+    }
+
+    bool seesSomething() const { return seen().size() >= 3; }
+
+    /** Where nothing can be seen, the caller may know where to look. */
+    bool searchForIt() {
+        const auto found = m_bench.search(m_place);
+        if (found) {
+            m_centre = {static_cast<double>(found->i), static_cast<double>(found->q)};
+            m_radius = 10.0 * m_knowledge.leastRadius();
+        }
+        return found.has_value();
     }
 
     /** Rings that are each so wide that they surely surround the bottom, down to the narrowest. */
@@ -165,42 +186,54 @@ private:
         return fails("the bottom of the bowl at the first point was not found");
     }
 
-    bool checkSlope() {
-        const auto estimate = estimateSlope(seen());
+    bool isSlopeDescribed() {
+        m_slope = estimateSlope(seen());
         const auto& described = m_bench.order().detector.slope;
-        if (!estimate) {
+        if (!m_slope || !described) {
+            return true;
+        }
+        const double off = std::abs(m_slope->slope / *described - 1.0);
+        if (off > slopeTolerance && off > 4.0 * m_slope->deviation && relativeMisfit() < mostMisfit) {
+            return fails("the detector has " + oneDecimal(m_slope->slope) + " units for each dB, not the " +
+                         oneDecimal(*described) + " described");
+        }
+        m_knowledge.slopeDoubt = off;
+        return true;
+    }
+
+    double relativeMisfit() const { return m_slope->misfit * Scale{m_slope->slope, 0.0}.relativeError(); }
+
+    bool isLogarithmic() {
+        if (!m_slope) {
             return fails("the probes of the first point do not tell the slope of the detector");
         }
-        const Scale scale{estimate->slope, 0.0};
-        const double misfit = estimate->misfit * scale.relativeError();
-        if (misfit > 0.2) {
+        const double misfit = relativeMisfit();
+        if (misfit > mostMisfit) {
             return fails("the detector is not logarithmic, or too noisy: its readings miss a bowl by " +
-                         inWords(estimate->misfit) + " units");
-        }
-        const double off = described ? std::abs(estimate->slope / *described - 1.0) : 0.0;
-        if (off > slopeTolerance && off > 4.0 * estimate->deviation) {
-            return fails("the detector has " + inWords(estimate->slope) + " units for each dB, not the " +
-                         inWords(*described) + " described");
+                         oneDecimal(m_slope->misfit) + " units");
         }
         m_knowledge.firstMisfit = misfit;
-        m_knowledge.slopeDoubt = std::max(off, 2.0 * estimate->deviation);
-        m_knowledge.learnNoise(std::min(misfit, 0.06), static_cast<int>(seen().size()) - 7);
+        m_knowledge.slopeDoubt = std::max(m_knowledge.slopeDoubt, 2.0 * m_slope->deviation);
+        constexpr double usual = 0.06;
+        m_knowledge.learnNoise(std::min(misfit, usual), static_cast<int>(seen().size()) - 7);
         return true;
     }
 
     Bench& m_bench;
     Knowledge& m_knowledge;
+    const Place m_place;
     FirstBowl m_first;
     std::vector<Reading> m_readings;
     Pair m_centre{};
     Pair m_bottom{};
     double m_radius = 0.0;
+    std::optional<SlopeEstimate> m_slope;
 };
 
 } // namespace
 
-FirstBowl findFirstBowl(Bench& bench, Knowledge& knowledge) {
-    return FirstPoint(bench, knowledge).run();
+FirstBowl findFirstBowl(Bench& bench, Knowledge& knowledge, const Place& place) {
+    return FirstPoint(bench, knowledge, place).run();
 }
 
 } // namespace Radio::Fit

@@ -23,7 +23,7 @@ struct FirstBowl {
  * narrowed until there is a bowl in it, and narrower rings that tell curvature and slope of the detector. The
  * bench is at the place; `knowledge` gets scale and curvature.
  */
-FirstBowl findFirstBowl(Bench& bench, Knowledge& knowledge);
+FirstBowl findFirstBowl(Bench& bench, Knowledge& knowledge, const Place& place);
 
 } // namespace Radio::Fit
 

@@ -35,8 +35,7 @@ double Knowledge::noise() const {
     const double rounding = 0.3 * scale.relativeError();
     constexpr double expected = 0.03;
     constexpr double weight = 4.0;
-    const double square =
-        (m_noiseSquare + weight * expected * expected) / (m_noiseFreedom + weight);
+    const double square = (m_noiseSquare + weight * expected * expected) / (m_noiseFreedom + weight);
     return std::max(rounding, std::sqrt(square));
 }
 

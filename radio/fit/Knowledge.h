@@ -12,13 +12,14 @@ namespace Radio::Fit {
 /** What all places of a transmitter have in common, as it becomes known from probe to probe. */
 class Knowledge {
 public:
-    explicit Knowledge(const Order& order)
-        : m_order(order) {}
+    explicit Knowledge(const Order& order) : m_order(order) {}
 
     Scale scale{};
     Curvature curvature{};
     /** By which part the slope of the detector may be off. */
     double slopeDoubt = 0.0;
+    /** By what factor the surface's deviations are too small, from places where the table was tried. */
+    double excess = 1.0;
     /** What the first bowl was missed by, as a fraction of its powers. */
     double firstMisfit = 0.0;
 

@@ -63,9 +63,9 @@ struct LevelAt {
 };
 
 enum class Verdict : std::uint8_t {
-    held,        ///< the table is below the limit everywhere; without a limit: there is a table with its claim
-    missed,      ///< there is a table, and what is claimed of it is above the limit, or cannot be held against it
-    failed,      ///< there is no table that could be trusted
+    held,   ///< the table is below the limit everywhere; without a limit: there is a table with its claim
+    missed, ///< there is a table, and what is claimed of it is above the limit, or cannot be held against it
+    failed, ///< there is no table that could be trusted
     interrupted, ///< the caller did not go on
 };
 

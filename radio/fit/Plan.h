@@ -9,9 +9,9 @@
 namespace Radio::Fit {
 
 /**
- * The temperatures at which points are fitted, in degrees Celsius, in the order in which they cost least: from
- * the end of the range that is nearer to where the unit is to the other end. Both ends belong to them; between
- * them they lie as the nodes of Chebyshev polynomials do.
+ * The temperatures at which points are fitted, in degrees Celsius, in the order in which they cost least:
+ * from the end of the range that is nearer to where the unit is to the other end. Both ends belong to them;
+ * between them they lie as the nodes of Chebyshev polynomials do.
  */
 std::vector<std::int32_t> fitTemperatures(const Order& order);
 

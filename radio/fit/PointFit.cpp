@@ -57,6 +57,12 @@ private:
         const double off = std::hypot(bowl->bottom.i - m_centre.i, bowl->bottom.q - m_centre.q);
         m_centre = bowl->bottom;
         const double deviation = bowl->spread * m_knowledge.noise() + 0.02 * off;
+        if (!isInReach(bowl->bottom) && m_isBeyond) {
+            // Rings cannot follow it beyond what can be set.
+            tryBottom(*bowl, deviation);
+            return;
+        }
+        m_isBeyond = !isInReach(bowl->bottom);
         const double least = m_knowledge.leastRadius();
         if (deviation > m_wanted && m_radius > 1.05 * least) {
             m_radius = std::clamp(3.0 * deviation, least, 0.6 * m_radius);
@@ -73,8 +79,7 @@ private:
     void tryBottom(const Bowl& bowl, double deviation) {
         const Curvature& curvature = m_knowledge.curvature;
         const Corrections best = bestSettable(m_bench, curvature, bowl.bottom);
-        const auto reading =
-            m_bench.probe({static_cast<double>(best.i), static_cast<double>(best.q)});
+        const auto reading = m_bench.probe({static_cast<double>(best.i), static_cast<double>(best.q)});
         if (!reading) {
             fail();
             return;
@@ -86,18 +91,22 @@ private:
         const double measured = m_knowledge.scale.power(reading->reading);
         const double left = residualPower(curvature, best, bowl.bottom);
         const double noise = m_knowledge.noise();
-        const double beyond = std::max(0.0, measured * (1.0 - 3.0 * noise) - m_knowledge.floor() * (1.0 + 3.0 * noise) - left);
+        const double beyond =
+            std::max(0.0, measured * (1.0 - 3.0 * noise) - m_knowledge.floor() * (1.0 + 3.0 * noise) - left);
         const double off = std::sqrt(beyond) / std::max(curvature.amplitude(), 1e-12);
         const double step = std::max(m_bench.order().i.step, m_bench.order().q.step);
         const double allowed =
             std::max(1.2 * step, 4.0 * deviation) + 0.05 * std::sqrt(left) / curvature.amplitude();
-        if (off > allowed && !isFirst()) {
+        if (off > allowed && !isFirst() && !m_isBeyond) {
             m_radius = std::max(m_knowledge.leastRadius(), std::min(m_radius, 2.0 * off));
             return;
         }
         conclude(bowl, *reading, deviation);
     }
 
+    bool isInReach(const Pair& bottom) const {
+        return isWithin(m_bench.order().i, bottom.i) && isWithin(m_bench.order().q, bottom.q);
+    }
     bool isFirst() const { return m_knowledge.floor() == 0.0; }
 
     void conclude(const Bowl& bowl, const Reading& last, double deviation) {
@@ -109,17 +118,16 @@ private:
         }
         const Bowl whole = fitBottom(probes, curvature).value_or(bowl);
         const double left = residualPower(curvature, last.at, whole.bottom);
-        const bool isInReach = isWithin(m_bench.order().i, whole.bottom.i) &&
-                               isWithin(m_bench.order().q, whole.bottom.q);
+        const bool isGood = isInReach(whole.bottom);
         Point& point = m_fitted.point;
-        point.state = isInReach ? PointState::good : PointState::edge;
-        if (!isInReach) {
+        point.state = isGood ? PointState::good : PointState::edge;
+        if (!isGood) {
             const bool isI = !isWithin(m_bench.order().i, whole.bottom.i);
             point.remark = std::string("the best ") + (isI ? "I" : "Q") + " is about " +
                            std::to_string(std::lround(isI ? whole.bottom.i : whole.bottom.q)) +
                            ", beyond what can be set";
         }
-        if (isInReach) {
+        if (isGood) {
             m_knowledge.learn(probes, whole, m_knowledge.scale.power(last.reading) - left);
         }
         m_fitted.sample = Sample{point.place, whole.bottom, std::max(0.1, deviation)};
@@ -171,6 +179,7 @@ private:
     double m_radius = 0.0;
     std::vector<PowerProbe> m_probes;
     int m_rounds = 0;
+    bool m_isBeyond = false;
     bool m_isOver = false;
 };
 
@@ -196,8 +205,8 @@ std::vector<Reading> probeRing(Bench& bench, const Pair& centre, double radius, 
     std::vector<Reading> readings;
     for (int corner = 0; corner < corners; ++corner) {
         const double angle = wholeTurn * corner / corners;
-        const auto reading = bench.probe(
-            {middle.i + radius * std::cos(angle), middle.q + radius * std::sin(angle)});
+        const auto reading =
+            bench.probe({middle.i + radius * std::cos(angle), middle.q + radius * std::sin(angle)});
         if (!reading) {
             break;
         }

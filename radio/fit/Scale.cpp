@@ -57,8 +57,8 @@ std::optional<double> misfitWith(double slope, const std::vector<Reading>& readi
     }
     double squares = 0.0;
     for (const PowerProbe& probe : probes) {
-        const double fitted = bowl->floor + bowl->curvature.power({probe.at.i - bowl->bottom.i,
-                                                                   probe.at.q - bowl->bottom.q});
+        const double fitted =
+            bowl->floor + bowl->curvature.power({probe.at.i - bowl->bottom.i, probe.at.q - bowl->bottom.q});
         const double miss = std::clamp(levelOf(fitted) - levelOf(probe.power), -30.0, 30.0) * slope;
         squares += miss * miss;
     }
@@ -72,9 +72,9 @@ std::optional<SlopeEstimate> estimateSlope(const std::vector<Reading>& readings)
     if (readings.empty()) {
         return std::nullopt;
     }
-    const auto [low, high] = std::minmax_element(
-        readings.begin(), readings.end(),
-        [](const Reading& a, const Reading& b) { return a.reading < b.reading; });
+    const auto [low, high] =
+        std::minmax_element(readings.begin(), readings.end(),
+                            [](const Reading& a, const Reading& b) { return a.reading < b.reading; });
     const double spread = static_cast<double>(high->reading) - low->reading;
     SlopeEstimate best{0.0, std::numeric_limits<double>::max(), 0.0};
     for (double slope = spread / mostRange; spread > 0.0 && slope <= spread / leastRange; slope *= 1.04) {

@@ -40,16 +40,16 @@ bool isInside(const Detector& detector, std::int32_t reading);
 /** A slope that probes of one place speak for. */
 struct SlopeEstimate {
     double slope = 0.0;
-    /** Root mean square of what readings miss the bowl by, in units, with this slope and with another that was
-     * asked about. */
+    /** Root mean square of what readings miss the bowl by, in units, with this slope and with another that
+     * was asked about. */
     double misfit = 0.0;
     /** Its standard deviation in parts of the slope, from that. */
     double deviation = 0.0;
 };
 
 /**
- * The slope with which the leaking power is a bowl over I and Q best. It takes probes whose distances from the
- * bottom differ by factors; nothing when they do not tell.
+ * The slope with which the leaking power is a bowl over I and Q best. It takes probes whose distances from
+ * the bottom differ by factors; nothing when they do not tell.
  */
 std::optional<SlopeEstimate> estimateSlope(const std::vector<Reading>& readings);
 

@@ -44,7 +44,8 @@ double within(double value, double low, double high) {
     return high > low ? (2.0 * value - low - high) / (high - low) : 0.0;
 }
 
-template <int Degree> std::array<double, Degree + 1> chebyshev(double x) {
+template <int Degree>
+std::array<double, Degree + 1> chebyshev(double x) {
     std::array<double, Degree + 1> values{1.0, x};
     for (std::size_t n = 2; n < values.size(); ++n) {
         values[n] = 2.0 * x * values[n - 1] - values[n - 2];
@@ -57,8 +58,8 @@ VectorXd expected(const Decay& decay, double range) {
     VectorXd sizes(static_cast<Index>(degrees().size()));
     Index row = 0;
     for (const Degrees& term : degrees()) {
-        sizes(row++) = range * std::pow(decay.carrier, term.carrier) *
-                       std::pow(decay.temperature, term.temperature);
+        sizes(row++) =
+            range * std::pow(decay.carrier, term.carrier) * std::pow(decay.temperature, term.temperature);
     }
     return sizes;
 }
@@ -159,14 +160,19 @@ double Surface::solve(const std::vector<Sample>& samples, const Decay& decay) {
     const MatrixXd leverage = terms * inverse;
     double badness = 0.0;
     double square = 0.0;
+    double worst = 0.0;
     for (Index row = 0; row < count; ++row) {
         // A sample foretold from all others misses by miss / rest, of which the variance is 1 / rest.
         const double rest = std::max(1.0 - leverage.row(row).dot(terms.row(row)), 1e-9);
         const double miss = misses.row(row).squaredNorm() / rest;
         square += miss / 2.0;
+        worst = std::max(worst, miss / 2.0);
         badness += miss - 2.0 * std::log(rest);
     }
-    m_excess = std::sqrt(std::max(1.0, square / static_cast<double>(std::max<Index>(count, 1))));
+    // One sample that is missed by far tells of a surface that is not smooth there.
+    constexpr double usualWorst = 2.2;
+    const double mean = square / static_cast<double>(std::max<Index>(count, 1));
+    m_excess = std::sqrt(std::max({1.0, mean, worst / (usualWorst * usualWorst)}));
     m_i = listOf(sizes.cwiseProduct(coefficients.col(0)));
     m_q = listOf(sizes.cwiseProduct(coefficients.col(1)));
     const MatrixXd covariance = sizes.asDiagonal() * inverse * sizes.asDiagonal();
