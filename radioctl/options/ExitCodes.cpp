@@ -96,6 +96,7 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::outsideLimits, {"plan audit"}, "with --hardware the connection to a device was lost"},
         {ExitCode::outsideLimits, {"thermal"}, "the radio complained"},
         {ExitCode::outsideLimits, {"calibrate"}, "there are points without good corrections"},
+        {ExitCode::outsideLimits, {"thermal", "calibrate"}, "a limit that the board states is not held"},
         {ExitCode::outsideLimits,
          {"run", "console", "plan audit", "calibrate"},
          "with --hardware an on_exit value could not be written"},
