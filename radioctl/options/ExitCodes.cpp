@@ -99,6 +99,7 @@ const std::vector<ExitReason>& exitReasons() {
          {"qualify", "calibrate"},
          "nothing can be measured with the detector as it is"},
         {ExitCode::outsideLimits, {"calibrate"}, "there are points without good corrections"},
+        {ExitCode::outsideLimits, {"thermal", "calibrate"}, "a limit that the board states is not held"},
         {ExitCode::outsideLimits,
          {"run", "console", "plan audit", "qualify", "calibrate"},
          "with --hardware an on_exit value could not be written"},
