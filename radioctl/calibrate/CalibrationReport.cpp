@@ -121,6 +121,13 @@ void CalibrationText::warns(const std::string& reservation) {
     m_out << "Warning: " << harmless(reservation) << "\n" << std::flush;
 }
 
+void CalibrationText::makesRoom(const std::string& file, const PutAway& putAway) {
+    m_out << "Put away: " << harmless(file) << " is now " << harmless(putAway.backup)
+          << (putAway.remark.empty() ? "" : "; it was no journal to go on with: " + harmless(putAway.remark))
+          << "\n"
+          << std::flush;
+}
+
 void CalibrationText::awaits(const AwaitedTemperature& awaited, bool isBeginning) {
     if (isBeginning) {
         m_out << "     " << awaitedText(awaited) << "\n" << std::flush;
@@ -211,6 +218,13 @@ void CalibrationText::showWorst(const LeakageSummary& summary) {
 
 void CalibrationJson::warns(const std::string& reservation) {
     writeJsonLine(m_out, {{"event", "warning"}, {"text", reservation}});
+}
+
+void CalibrationJson::makesRoom(const std::string& file, const PutAway& putAway) {
+    writeJsonLine(m_out, {{"event", "put_away"},
+                          {"file", file},
+                          {"backup", putAway.backup},
+                          {"remark", nullIfEmpty(putAway.remark)}});
 }
 
 void CalibrationJson::awaits(const AwaitedTemperature& awaited, bool /*isBeginning*/) {

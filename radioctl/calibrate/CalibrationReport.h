@@ -33,6 +33,8 @@ public:
 
     /** Something speaks against what is calibrated all the same. */
     virtual void warns(const std::string& reservation) = 0;
+    /** What was called `file` had to make room for the journal. */
+    virtual void makesRoom(const std::string& file, const PutAway& putAway) = 0;
     virtual void begins(const Board& board, const Result& result, std::size_t knownProbes) = 0;
     /** The sensor says something new. `isBeginning`: of a temperature that nobody waited for before. */
     virtual void awaits(const AwaitedTemperature& awaited, bool isBeginning) = 0;
@@ -47,6 +49,7 @@ public:
     CalibrationText(std::ostream& out, bool showsAll) : m_out(out), m_showsAll(showsAll) {}
 
     void warns(const std::string& reservation) override;
+    void makesRoom(const std::string& file, const PutAway& putAway) override;
     void begins(const Board& board, const Result& result, std::size_t knownProbes) override;
     void awaits(const AwaitedTemperature& awaited, bool isBeginning) override;
     void calibrated(const Point& /*point*/) override {}
@@ -67,6 +70,7 @@ public:
     explicit CalibrationJson(std::ostream& out) : m_out(out) {}
 
     void warns(const std::string& reservation) override;
+    void makesRoom(const std::string& file, const PutAway& putAway) override;
     void begins(const Board& board, const Result& result, std::size_t knownProbes) override;
     void awaits(const AwaitedTemperature& awaited, bool isBeginning) override;
     void calibrated(const Point& point) override;
