@@ -56,6 +56,8 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
 int main(int argc, char** argv) {
     // "radioctl ... | head" is to end quietly, also when whoever started it ignores broken pipes.
     static_cast<void>(std::signal(SIGPIPE, SIG_DFL));
+    // A file that may not become larger is to be told as a full disk is, and hardware left as usual.
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
     try {
         return Radio::checkedOutput(Radio::runCommandLine(argc, argv));
     } catch (const std::exception& error) {

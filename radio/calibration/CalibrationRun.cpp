@@ -13,11 +13,14 @@
 #include "radio/files/TextFile.h"
 #include "radio/fit/Fit.h"
 #include "radio/session/BootedRadio.h"
+#include "radio/text/Words.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <sstream>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace Radio::Calibration {
@@ -125,14 +128,56 @@ JournalHeader CalibrationRun::header() const {
 
 void CalibrationRun::prepare() {
     m_isPrepared = true;
+    if (!isOffline()) {
+        claimChannel();
+        claimTables();
+    }
     requireWritable(m_tables);
     if (isOffline()) {
         goThroughAgain();
     } else if (m_order.beginning == Beginning::resume) {
         resume();
-    } else if (isJournalThere()) {
-        const Journal journal = Journal::open(m_journalFile);
+    } else if (isOrdinaryFile(m_journalFile)) {
+        const Journal journal = Journal::hold(m_journalFile);
         requireNoLoss();
+    }
+}
+
+/** Whatever the journals are called: both would set the same corrections and store the same tables. */
+void CalibrationRun::claimChannel() {
+    const int channel = m_order.wishes.channel;
+    const Claim::Answer answer = m_channelClaim.emplace(m_board.file).take(channel);
+    if (answer == Claim::Answer::heldByAnother) {
+        throw InputError({m_board.file.string(), 0}, "another calibration of channel " +
+                                                         std::to_string(channel) +
+                                                         " of this board goes on, expected one at a time");
+    }
+    if (answer == Claim::Answer::impossible) {
+        throw InputError({m_board.file.string(), 0},
+                         "cannot be locked: " + std::generic_category().message(errno) +
+                             ", expected a board file of which one calibration at a time can be made");
+    }
+}
+
+/**
+ * Two boards may take the same tables, and an editor may have put a new file in the place of a board that is
+ * being calibrated. The tables themselves need not be there yet: it is their name in their folder. A folder
+ * without locks is no reason not to calibrate.
+ */
+void CalibrationRun::claimTables() {
+    std::error_code error;
+    fs::path tables = fs::absolute(m_tables, error);
+    if (!error) {
+        tables = fs::weakly_canonical(tables, error);
+    }
+    if (error || (fs::exists(tables, error) && !fs::is_regular_file(tables, error))) {
+        return;
+    }
+    const Claim::Answer answer =
+        m_tablesClaim.emplace(tables.parent_path()).take(numberOf(tables.filename().string()));
+    if (answer == Claim::Answer::heldByAnother) {
+        throw InputError({m_tables.string(), 0},
+                         "another calibration is to store its tables here, expected one at a time");
     }
 }
 
@@ -140,41 +185,61 @@ void CalibrationRun::open() {
     if (!m_isPrepared) {
         prepare();
     }
-    if (isOffline() || m_journal) {
+    if (!isOffline() && !m_journal) {
+        beginJournal();
+    }
+}
+
+void CalibrationRun::beginJournal() {
+    if (!isOrdinaryFile(m_journalFile)) {
+        m_journal.emplace(Journal::begin(m_journalFile, header()));
+        m_isBegun = true;
         return;
     }
-    if (isJournalThere()) {
-        const Journal journal = Journal::open(m_journalFile);
-        requireNoLoss();
-        moveToBackup(m_journalFile);
+    const Journal old = Journal::hold(m_journalFile);
+    requireNoLoss();
+    m_putAway.backup = moveToBackup(m_journalFile).string();
+    try {
+        m_journal.emplace(Journal::begin(m_journalFile, header()));
+    } catch (const InputError&) {
+        moveBack(m_putAway.backup, m_journalFile);
+        throw;
     }
-    m_journal.emplace(Journal::begin(m_journalFile, header()));
     m_isBegun = true;
 }
 
-/** Or something else is, which nobody can say. */
-bool CalibrationRun::isJournalThere() const {
-    std::error_code error;
-    return fs::exists(m_journalFile, error) || error;
+/** The content of the journal. Whoever begins anew need not be held up by a damaged one. */
+JournalContent CalibrationRun::readKnown() const {
+    try {
+        return readJournal(m_journalFile);
+    } catch (const InputError& error) {
+        throw ChoiceError(error, "put away");
+    }
 }
 
-/** The journal that is there may be put away. */
-void CalibrationRun::requireNoLoss() const {
-    // What is no journal is not put away either.
-    const JournalContent content = readJournal(m_journalFile);
-    const bool isWorthIt = !content.isFinished && !content.probes.empty();
-    if (isWorthIt && m_order.beginning == Beginning::fresh) {
-        throw ChoiceError({m_journalFile.string(), 0}, "of a calibration that is not finished",
-                          "resume or restart");
+/** What is there may be put away. */
+void CalibrationRun::requireNoLoss() {
+    try {
+        const JournalContent content = readKnown();
+        const bool isWorthIt = !content.isFinished && !content.probes.empty();
+        if (isWorthIt && m_order.beginning == Beginning::fresh) {
+            throw ChoiceError({m_journalFile.string(), 0}, "of a calibration that is not finished",
+                              "resume or restart");
+        }
+    } catch (const InputError& error) {
+        if (m_order.beginning != Beginning::restart) {
+            throw;
+        }
+        m_putAway.remark = error.what();
     }
 }
 
 void CalibrationRun::resume() {
-    if (!isJournalThere()) {
+    if (!isOrdinaryFile(m_journalFile)) {
         throw InputError({m_journalFile.string(), 0}, "is not there: nothing to resume");
     }
     Journal journal = Journal::open(m_journalFile);
-    JournalContent content = readJournal(m_journalFile);
+    JournalContent content = readKnown();
     // Nobody has to say again which radio it is, but nobody may say that it is another one.
     if (m_order.serial.empty() && m_board.serial.empty()) {
         m_outcome.result.serial = content.header.serial;
@@ -225,6 +290,8 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const Cali
             store();
         } catch (const InputError& error) {
             m_outcome.trouble = error.what();
+            // Every probe is in the journal: nothing has to be measured again.
+            m_outcome.wayOn = isOffline() ? "" : "resume";
         }
     }
     const LeakageSummary& summary = m_outcome.summary;
@@ -270,6 +337,17 @@ void CalibrationRun::calibrateAll(CalibrationListener& listener, const Calibrati
     m_outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     m_outcome.newProbes = calibrator.newProbes() + m_outcome.qualifyingReadings;
     m_goOn = {};
+    if (m_outcome.wayOn == "resume") {
+        m_outcome.trouble += "; what was entered before is kept: " +
+                             counted(m_outcome.knownProbes + m_outcome.newProbes, "probe");
+        m_outcome.wayOn = m_journal->isFull() ? "room" : m_outcome.wayOn;
+    }
+}
+
+/** Nothing more can be measured. */
+void CalibrationRun::stopFor(const Calibrator& calibrator) {
+    m_outcome.trouble = calibrator.whyStopped();
+    m_outcome.wayOn = calibrator.wayOn();
 }
 
 bool CalibrationRun::searchAll(Calibrator& calibrator, CalibrationListener& listener) {
@@ -282,7 +360,7 @@ bool CalibrationRun::searchAll(Calibrator& calibrator, CalibrationListener& list
                 return false;
             }
             if (!calibrator.whyStopped().empty() && !isOffline()) {
-                m_outcome.trouble = calibrator.whyStopped();
+                stopFor(calibrator);
                 return false;
             }
             note(point, point.probes.size() <= known.size());
@@ -322,7 +400,7 @@ bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listene
         return false;
     }
     if (!calibrator.whyStopped().empty()) {
-        m_outcome.trouble = calibrator.whyStopped();
+        stopFor(calibrator);
         return false;
     }
     takeOutcome(result, std::move(outcome), prober,

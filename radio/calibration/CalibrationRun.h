@@ -5,6 +5,7 @@
 #include "radio/board/Verdict.h"
 #include "radio/calibration/Calibration.h"
 #include "radio/calibration/CalibrationBench.h"
+#include "radio/calibration/Claim.h"
 #include "radio/calibration/Climate.h"
 #include "radio/calibration/Journal.h"
 #include "radio/calibration/Surface.h"
@@ -24,7 +25,7 @@ class Calibrator;
 enum class Beginning : std::uint8_t {
     fresh,   ///< a finished one, or one without probes, is kept as a backup, an unfinished one is an error
     resume,  ///< its calibration goes on
-    restart, ///< it is kept as a backup, finished or not
+    restart, ///< it is kept as a backup, finished or not, and also what is there in place of a journal
     offline, ///< it is gone through again, and nothing is measured
 };
 
@@ -98,6 +99,14 @@ public:
     virtual bool goOn(const CalibrationProgress& progress) = 0;
 };
 
+/** A file that had to make room for the journal of a new calibration. */
+struct PutAway {
+    /** What it is called now; empty: there was none. */
+    std::string backup;
+    /** Why it was no journal to go on with; empty: it was one. */
+    std::string remark;
+};
+
 /** What a calibration came to. */
 struct CalibrationOutcome {
     /** All points were calibrated. */
@@ -106,6 +115,9 @@ struct CalibrationOutcome {
     std::string trouble{};
     /** Why the measuring chain is no good, so that no point was calibrated; empty: it is. */
     std::string refusal{};
+    /** How one could go on after it, if that is known: "resume" once the files can be written, "room" to
+     * resume once there is room on the disk, "put away" to begin anew. */
+    std::string wayOn{};
     Result result{};
     LeakageSummary summary{};
     /** What the limits of the board make of it. */
@@ -161,16 +173,20 @@ public:
 
     /**
      * As far as it goes without leaving anything behind: opens a journal that is gone on with, or sees that
-     * one can be begun. Throws what open() would throw then.
+     * one can be begun. From now on no other calibration can have the channel of this board, nor these
+     * tables, until the object is destroyed; offline any can. Throws what open() would throw then.
      */
     void prepare();
     /**
      * Opens the journal, or begins one, whether or not prepare() was called. Throws InputError when that
-     * cannot be done, when the tables could not be written, and when the journal is not what the order takes
-     * it for (ChoiceError, with the choice "restart", "resume or restart" or "hardware or restart"); then
-     * whatever was there is as it was.
+     * cannot be done, when another calibration has the channel, when the tables could not be written, and
+     * when the journal is not what the order takes it for (ChoiceError, with the choice "restart", "resume or
+     * restart" or "hardware or restart") or is damaged or none at all ("put away"); then whatever was there
+     * is as it was.
      */
     void open();
+    /** What was at the place of the journal and had to make room for it; known after open(). */
+    const PutAway& putAway() const { return m_putAway; }
     /**
      * Calibrates all points that the journal does not have. To be called once, after open(); without that
      * nothing is measured. `listener` is borrowed during the call only. Throws InputError when the channel
@@ -187,14 +203,18 @@ private:
     std::string transmitter() const;
     LeakageSummary summary() const;
     JournalHeader header() const;
-    bool isJournalThere() const;
-    void requireNoLoss() const;
+    void claimChannel();
+    void claimTables();
+    JournalContent readKnown() const;
+    void requireNoLoss();
+    void beginJournal();
     void resume();
     void goThroughAgain();
     void take(JournalContent content);
     /** False when nothing can be measured. */
     bool qualify(Calibrator& calibrator, CalibrationListener& listener);
     void abandonJournal();
+    void stopFor(const Calibrator& calibrator);
     void use(const Qualification& qualification);
     void calibrateAll(CalibrationListener& listener, const CalibrationBench& bench);
     /** These two give whether all points were calibrated. */
@@ -211,6 +231,9 @@ private:
     std::filesystem::path m_tables;
     JournalContent m_known;
     std::optional<Journal> m_journal;
+    std::optional<Claim> m_channelClaim;
+    std::optional<Claim> m_tablesClaim;
+    PutAway m_putAway;
     bool m_isPrepared = false;
     bool m_isBegun = false;
     CalibrationOutcome m_outcome;

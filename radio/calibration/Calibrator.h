@@ -59,6 +59,12 @@ public:
         return isGivenUp() ? m_climate->whyGivenUp() : m_recorder.whyStopped();
     }
 
+    /** How one could go on after that: "resume" where the journal takes no more, "put away" where it has
+     * another search; empty: nobody knows. */
+    std::string wayOn() const {
+        return m_recorder.isJournalStuck() ? "resume" : m_recorder.isOtherSearch() ? "put away" : "";
+    }
+
 private:
     /** From the journal alone; false when that does not have the whole search. */
     bool replay(Point& point, const JournaledProbes& journaled);

@@ -36,6 +36,22 @@ std::string reasonText(int reason) {
     return std::generic_category().message(reason);
 }
 
+/** What a failed write says about the disk; empty: nothing that is known. */
+std::string diskText(int reason) {
+    switch (reason) {
+    case ENOSPC:
+        return ": the disk is full";
+    case EDQUOT:
+        return ": the disk is full as far as this user may fill it";
+    case EFBIG:
+        return ": the disk is full as far as one file may fill it";
+    case EIO:
+        return ": the disk is broken or gone";
+    default:
+        return {};
+    }
+}
+
 Json toJson(const JournalHeader& header) {
     Json json = {{"journal", journalKind},  {"format", journalFormat}, {"board", header.board},
                  {"serial", header.serial}, {"date", header.date},     {"version", header.version}};
@@ -196,6 +212,31 @@ void add(Fingerprint& fingerprint, const DetectorDescription& detector) {
 
 } // namespace
 
+bool isOrdinaryFile(const fs::path& file) {
+    const auto refuse = [&](const std::string& what) {
+        throw InputError({file.string(), 0}, what + ", expected a calibration journal");
+    };
+    std::error_code error;
+    std::error_code ignored;
+    const fs::file_status there = fs::status(file, error);
+    if (!fs::exists(there)) {
+        if (fs::is_symlink(file, ignored)) {
+            refuse("a symbolic link that leads nowhere");
+        }
+        if (there.type() == fs::file_type::none) {
+            refuse("cannot be reached: " + error.message());
+        }
+        return false;
+    }
+    if (fs::is_directory(there)) {
+        refuse("is a directory");
+    }
+    if (!fs::is_regular_file(there)) {
+        refuse("no ordinary file");
+    }
+    return true;
+}
+
 JournalContent readJournal(const fs::path& file) {
     const Place whole{file.string(), 0};
     std::error_code ignored;
@@ -285,7 +326,14 @@ void requireSameCalibration(const JournalHeader& wanted, const JournalHeader& be
     }
 }
 
-Journal::Journal(fs::path file, int descriptor) : m_file(std::move(file)), m_descriptor(descriptor) {}
+Journal::Journal(fs::path file, int flags) : m_file(std::move(file)) {
+    // A device may do something when it is opened.
+    static_cast<void>(isOrdinaryFile(m_file));
+    m_descriptor = ::open(m_file.c_str(), flags | O_CLOEXEC | O_NONBLOCK);
+    if (m_descriptor == -1) {
+        fail("cannot be opened: " + reasonText(errno));
+    }
+}
 
 Journal::Journal(Journal&& other) noexcept
     : m_file(std::move(other.m_file)),
@@ -305,23 +353,30 @@ Journal Journal::begin(const fs::path& file, const JournalHeader& header) {
 }
 
 Journal Journal::open(const fs::path& file) {
-    Journal journal(file, ::open(file.c_str(), O_RDWR | O_APPEND | O_CLOEXEC | O_NONBLOCK));
-    if (journal.m_descriptor == -1) {
-        journal.fail("cannot be opened: " + reasonText(errno));
-    }
+    Journal journal(file, O_RDWR | O_APPEND);
+    journal.keepToItself();
+    return journal;
+}
+
+Journal Journal::hold(const fs::path& file) {
+    Journal journal(file, O_RDONLY);
+    journal.keepToItself();
+    return journal;
+}
+
+void Journal::keepToItself() {
     struct stat opened {};
     struct stat named {};
-    if (fstat(journal.m_descriptor, &opened) != 0 || !S_ISREG(opened.st_mode)) {
-        journal.fail("no ordinary file, expected a calibration journal");
+    if (fstat(m_descriptor, &opened) != 0 || !S_ISREG(opened.st_mode)) {
+        fail("no ordinary file, expected a calibration journal");
     }
-    if (flock(journal.m_descriptor, LOCK_EX | LOCK_NB) != 0) {
-        journal.fail(errno == EWOULDBLOCK ? anotherUsesIt : "cannot be locked: " + reasonText(errno));
+    if (flock(m_descriptor, LOCK_EX | LOCK_NB) != 0) {
+        fail(errno == EWOULDBLOCK ? anotherUsesIt : "cannot be locked: " + reasonText(errno));
     }
     // Whoever had it until now may have put it away as a backup.
-    if (stat(file.c_str(), &named) != 0 || named.st_dev != opened.st_dev || named.st_ino != opened.st_ino) {
-        journal.fail(anotherUsesIt);
+    if (stat(m_file.c_str(), &named) != 0 || named.st_dev != opened.st_dev || named.st_ino != opened.st_ino) {
+        fail(anotherUsesIt);
     }
-    return journal;
 }
 
 void Journal::cutOff(std::uintmax_t size) {
@@ -353,13 +408,18 @@ void Journal::append(const Json& event) {
     while (written < line.size()) {
         const ssize_t count = write(m_descriptor, line.data() + written, line.size() - written);
         if (count == -1 && errno != EINTR) {
-            fail("could not be written: " + reasonText(errno));
+            failWriting(errno);
         }
         written += count == -1 ? 0 : static_cast<std::size_t>(count);
     }
     if (fdatasync(m_descriptor) != 0) {
-        fail("could not be written: " + reasonText(errno));
+        failWriting(errno);
     }
+}
+
+void Journal::failWriting(int reason) {
+    m_isFull = reason == ENOSPC || reason == EDQUOT || reason == EFBIG;
+    fail("could not be written: " + reasonText(reason) + diskText(reason));
 }
 
 void Journal::fail(const std::string& what) const {

@@ -59,6 +59,10 @@ struct JournalContent {
     std::uintmax_t size = 0;
 };
 
+/** True when a file is there. Throws InputError for what can be no journal and is not to be put away: a
+ * directory, a device, a pipe, a symbolic link that leads nowhere. */
+bool isOrdinaryFile(const std::filesystem::path& file);
+
 /** Reads a journal. Throws InputError for a file that cannot be read, or that is none. */
 JournalContent readJournal(const std::filesystem::path& file);
 /** The same for what `stream` gives, the content of a file called `name`. */
@@ -83,6 +87,8 @@ public:
     /** Opens one that is there, finished or not. Throws InputError when that cannot be done, when the file is
      * no ordinary one, and when another calibration has it open. */
     static Journal open(const std::filesystem::path& file);
+    /** The same for one that nobody is to open before it was put away; nothing can be entered in it. */
+    static Journal hold(const std::filesystem::path& file);
 
     Journal(Journal&& other) noexcept;
     Journal& operator=(Journal&& other) = delete;
@@ -96,15 +102,22 @@ public:
     void enter(const Qualification& qualification);
     /** Says that nothing will follow. */
     void finish();
+    /** Something could not be written for want of room on the disk. */
+    bool isFull() const { return m_isFull; }
 
 private:
-    Journal(std::filesystem::path file, int descriptor);
+    /** `flags` are those of open(). */
+    Journal(std::filesystem::path file, int flags);
 
+    /** Sees that it is an ordinary file, which nobody else has open. */
+    void keepToItself();
     void append(const Json& event);
+    [[noreturn]] void failWriting(int reason);
     [[noreturn]] void fail(const std::string& what) const;
 
     std::filesystem::path m_file;
-    int m_descriptor;
+    int m_descriptor = -1;
+    bool m_isFull = false;
 };
 
 /** A time in UTC, for example "2026-03-01T09:30:00Z". */

@@ -270,6 +270,7 @@ void ProbeRecorder::enter(const Probe& probe) {
         m_probing.journal->enter(m_frequency, m_temperature, probe);
         ++m_newProbes;
     } catch (const InputError& error) {
+        m_isJournalStuck = true;
         stop(error.what());
     }
 }
@@ -282,6 +283,7 @@ void ProbeRecorder::compare(const Probe& probe, const JournaledProbe& known) {
     const bool isSame = known.probe.i == probe.i && known.probe.q == probe.q &&
                         known.probe.reading.has_value() == probe.reading.has_value();
     if (!isSame) {
+        m_isOtherSearch = true;
         stop(toString(Place{m_journalFile, known.line}) + ": a probe at " + textOf(known.probe) +
              ", but this search has one at " + textOf(probe) +
              ": the journal is damaged, or of another search");

@@ -67,6 +67,11 @@ public:
     /** Forgets that. */
     void forgetWhyStopped() { m_whyStopped.clear(); }
 
+    /** A probe could not be entered in the journal. Nothing that was entered before is lost. */
+    bool isJournalStuck() const { return m_isJournalStuck; }
+    /** The journal has another search than the one that goes on. */
+    bool isOtherSearch() const { return m_isOtherSearch; }
+
     /** It was broken off because a probe would have had to be made. */
     bool isJournalOver() const;
 
@@ -120,6 +125,8 @@ private:
     std::optional<Probe> m_pending;
     std::vector<Probe> m_probes;
     std::string m_whyStopped;
+    bool m_isJournalStuck = false;
+    bool m_isOtherSearch = false;
     std::string m_failedWrite;
     std::uint64_t m_newProbes = 0;
 };

@@ -171,6 +171,12 @@ std::filesystem::path moveToBackup(const std::filesystem::path& file) {
     });
 }
 
+void moveBack(const std::filesystem::path& backup, const std::filesystem::path& file) {
+    // What cannot be renamed once more is not lost: it is the backup that it was to be.
+    static_cast<void>(renameat2(AT_FDCWD, backup.c_str(), AT_FDCWD, file.c_str(), RENAME_NOREPLACE));
+    static_cast<void>(syncDirectoryOf(file));
+}
+
 void requireWritable(const fs::path& file) {
     if (!file.empty()) {
         const AtomicFile attempt(file);

@@ -51,6 +51,9 @@ std::filesystem::path keepBackup(const std::filesystem::path& file);
 /** The same, but the file is not there any more under its own name. Throws InputError. */
 std::filesystem::path moveToBackup(const std::filesystem::path& file);
 
+/** Gives a file that moveToBackup() renamed its own name back, unless something has that name by now. */
+void moveBack(const std::filesystem::path& backup, const std::filesystem::path& file);
+
 /** Throws InputError when nothing can be written to `file`; writes nothing. An empty name is good. */
 void requireWritable(const std::filesystem::path& file);
 

@@ -38,6 +38,10 @@ public:
         : InputError(place, message),
           m_choice(std::move(choice)),
           m_among(std::move(among)) {}
+    /** What `error` says, where another choice would have avoided it. */
+    ChoiceError(const InputError& error, std::string choice)
+        : InputError(error),
+          m_choice(std::move(choice)) {}
 
     const std::string& choice() const { return m_choice; }
     /** Empty: any. */

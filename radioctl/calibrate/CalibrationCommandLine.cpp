@@ -62,7 +62,7 @@ CalibrationCommandLine::CalibrationCommandLine(CommandLine::Command program)
     addFiles();
     m_calibrate.flag("--resume", m_resumes, "Go on with the calibration in the journal");
     m_calibrate.flag("--restart", m_restarts,
-                     "Begin anew, whatever the journal has; it is\nkept as a backup");
+                     "Begin anew, whatever the journal has or is;\nit is kept as a backup");
     m_calibrate
         .option("--offline", m_offline,
                 "Go through this journal again and measure\nnothing; only --min-delta and\n"

@@ -46,6 +46,13 @@ void CalibrationJson::warns(const std::string& reservation) {
     writeJsonLine(m_out, {{"event", "warning"}, {"text", reservation}});
 }
 
+void CalibrationJson::makesRoom(const std::string& file, const PutAway& putAway) {
+    writeJsonLine(m_out, {{"event", "put_away"},
+                          {"file", file},
+                          {"backup", putAway.backup},
+                          {"remark", nullIfEmpty(putAway.remark)}});
+}
+
 void CalibrationJson::qualified(const Qualification& qualification) {
     writeJsonLine(m_out, qualificationEvent(qualification));
 }

@@ -44,6 +44,28 @@ std::string whyNoFiles(const std::vector<std::pair<const char*, fs::path>>& file
     return {};
 }
 
+/** How the message of an outcome goes on. */
+std::string wayOnText(const std::string& wayOn) {
+    if (wayOn == "room") {
+        return "; --resume goes on once there is room";
+    }
+    if (wayOn == "resume") {
+        return "; --resume goes on once it can be written";
+    }
+    return wayOn == "put away" ? "; --restart keeps the journal as a backup and begins anew" : "";
+}
+
+/** A journal that makes room is not to be one of the files that the board needs. */
+std::string whyNoJournal(const Board& board, const fs::path& journal) {
+    for (const TableDescription& table : board.tables) {
+        if (!table.file.empty() && isSameFile(journal, table.file)) {
+            return "the journal: " + harmless(journal.string()) +
+                   " is a table of the board, expected a file of its own";
+        }
+    }
+    return {};
+}
+
 /** Shows a calibration while it goes on, and ends it when the user wants to leave. */
 class Watcher final : public CalibrationListener {
 public:
@@ -134,10 +156,13 @@ int CalibrationProgram::run() {
     if (!m_options.html.empty()) {
         Page::requireGnuplot();
     }
-    const std::string wrong = whyNoFiles({{"the board", board.file},
-                                          {"the journal", run.journalFile()},
-                                          {"the tables", run.tablesFile()},
-                                          {"--html", m_options.html}});
+    std::string wrong = whyNoFiles({{"the board", board.file},
+                                    {"the journal", run.journalFile()},
+                                    {"the tables", run.tablesFile()},
+                                    {"--html", m_options.html}});
+    if (wrong.empty()) {
+        wrong = whyNoJournal(board, run.journalFile());
+    }
     if (!wrong.empty()) {
         return refuse(wrong, m_options.json, ExitCode::wrongCommandLine);
     }
@@ -169,12 +194,15 @@ int CalibrationProgram::calibrate(const Board& board, CalibrationRun& run, const
     if (!reservation.empty()) {
         report->warns(reservation);
     }
+    if (!run.putAway().backup.empty()) {
+        report->makesRoom(run.journalFile().string(), run.putAway());
+    }
     Watcher watcher(*report, m_interrupt);
     const CalibrationOutcome outcome = run.run(watcher, bench);
     watcher.removeBar();
     // A transmitter is not to wait for the page.
     const bool hasLeft = use.leave();
-    m_end.trouble = outcome.trouble;
+    m_end.trouble = outcome.trouble + wayOnText(outcome.wayOn);
     if (outcome.isComplete && m_end.trouble.empty()) {
         try {
             writePage(board, outcome);

@@ -146,6 +146,13 @@ void CalibrationText::qualified(const Qualification& qualification) {
     }
 }
 
+void CalibrationText::makesRoom(const std::string& file, const PutAway& putAway) {
+    m_out << "Put away: " << harmless(file) << " is now " << harmless(putAway.backup)
+          << (putAway.remark.empty() ? "" : "; it was no journal to go on with: " + harmless(putAway.remark))
+          << "\n"
+          << std::flush;
+}
+
 void CalibrationText::awaits(const AwaitedTemperature& awaited, bool isBeginning) {
     if (isBeginning) {
         m_out << "     " << awaitedText(awaited) << "\n" << std::flush;

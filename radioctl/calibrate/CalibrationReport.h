@@ -36,6 +36,8 @@ public:
 
     /** Something speaks against what is calibrated all the same. */
     virtual void warns(const std::string& reservation) = 0;
+    /** What was called `file` had to make room for the journal. */
+    virtual void makesRoom(const std::string& file, const PutAway& putAway) = 0;
     virtual void begins(const Board& board, const Result& result, std::size_t knownProbes) = 0;
     virtual void qualified(const Qualification& qualification) = 0;
     /** The sensor says something new. `isBeginning`: of a temperature that nobody waited for before. */
@@ -51,6 +53,7 @@ public:
     CalibrationText(std::ostream& out, bool showsAll) : m_out(out), m_showsAll(showsAll) {}
 
     void warns(const std::string& reservation) override;
+    void makesRoom(const std::string& file, const PutAway& putAway) override;
     void begins(const Board& board, const Result& result, std::size_t knownProbes) override;
     void qualified(const Qualification& qualification) override;
     void awaits(const AwaitedTemperature& awaited, bool isBeginning) override;
@@ -73,6 +76,7 @@ public:
     explicit CalibrationJson(std::ostream& out) : m_out(out) {}
 
     void warns(const std::string& reservation) override;
+    void makesRoom(const std::string& file, const PutAway& putAway) override;
     void begins(const Board& board, const Result& result, std::size_t knownProbes) override;
     void qualified(const Qualification& qualification) override;
     void awaits(const AwaitedTemperature& awaited, bool isBeginning) override;

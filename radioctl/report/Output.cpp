@@ -54,6 +54,9 @@ std::string adviceOf(const ChoiceError& error) {
     if (error.choice() == "resume or restart") {
         return "; --resume goes on with it, --restart keeps it as a backup and begins anew";
     }
+    if (error.choice() == "put away") {
+        return "; --restart keeps it as a backup and begins anew";
+    }
     return ", or --" + (error.choice() == "tables" ? "out" : error.choice()) +
            (error.among().empty() ? "" : " with " + error.among());
 }

@@ -1,7 +1,9 @@
 #include "radio/calibration/Journal.h"
+#include "tests/radio/support/FileSizeLimit.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -151,6 +153,70 @@ TEST_F(CalibrationJournal, NobodyElseCanOpenIt) {
     } catch (const InputError& error) {
         EXPECT_EQ(std::string(error.what()), file.string() + ": another calibration is using it");
     }
+}
+
+TEST_F(CalibrationJournal, HeldJournalIsNotOpenedByOthers) {
+    { Journal::begin(file, header()); }
+    const Journal journal = Journal::hold(file);
+    EXPECT_THROW(Journal::open(file), InputError);
+    EXPECT_THROW(Journal::hold(file), InputError);
+}
+
+TEST_F(CalibrationJournal, JournalThatIsOnlyReadableCanBeHeld) {
+    { Journal::begin(file, header()); }
+    std::filesystem::permissions(file, std::filesystem::perms::owner_read);
+    EXPECT_NO_THROW(Journal::hold(file));
+}
+
+TEST_F(CalibrationJournal, WhatIsNoOrdinaryFileIsRefusedWithoutOpeningIt) {
+    const auto complaintAbout = [&](const std::filesystem::path& place) {
+        try {
+            return std::string(isOrdinaryFile(place) ? "there" : "free");
+        } catch (const InputError& error) {
+            return std::string(error.what()).substr(place.string().size());
+        }
+    };
+    EXPECT_EQ(complaintAbout(file), "free");
+    EXPECT_EQ(complaintAbout(file.parent_path()), ": is a directory, expected a calibration journal");
+    EXPECT_EQ(complaintAbout("/dev/null"), ": no ordinary file, expected a calibration journal");
+    std::filesystem::create_symlink("nowhere", file);
+    EXPECT_EQ(complaintAbout(file), ": a symbolic link that leads nowhere, expected a calibration journal");
+    std::filesystem::remove(file);
+    std::filesystem::create_symlink(file, file);
+    EXPECT_EQ(complaintAbout(file), ": a symbolic link that leads nowhere, expected a calibration journal");
+    std::filesystem::remove(file);
+    ASSERT_EQ(mkfifo(file.c_str(), S_IRUSR | S_IWUSR), 0);
+    EXPECT_EQ(complaintAbout(file), ": no ordinary file, expected a calibration journal");
+    std::filesystem::remove(file);
+    write("mine\n");
+    EXPECT_EQ(complaintAbout(file), "there");
+    EXPECT_EQ(complaintAbout(file / "x"), "free"); // whoever writes there is told why not
+}
+
+TEST_F(CalibrationJournal, FullDiskIsToldAndNothingBeforeIsLost) {
+    Journal journal = Journal::begin(file, header());
+    journal.enter(18000000, -10, {7, 8, 9});
+    const std::string whole = text();
+    {
+        const FileSizeLimit limit(whole.size() + 20); // ends within the next line
+        try {
+            journal.enter(18000000, -10, {1, 2, 3});
+            FAIL() << "there was room";
+        } catch (const InputError& error) {
+            EXPECT_EQ(std::string(error.what()),
+                      file.string() + ": could not be written: File too large: the disk is full as far as "
+                                      "one file may fill it");
+        }
+    }
+    EXPECT_TRUE(journal.isFull());
+    EXPECT_EQ(text().size(), whole.size() + 20);
+    const JournalContent content = readJournal(file);
+    EXPECT_EQ(content.probes.at({-10, 18000000}).size(), 1U);
+    EXPECT_EQ(content.size, whole.size());
+}
+
+TEST_F(CalibrationJournal, JournalThatWasNeverFullSaysSo) {
+    EXPECT_FALSE(Journal::begin(file, header()).isFull());
 }
 
 TEST_F(CalibrationJournal, MissingFileIsNamed) {

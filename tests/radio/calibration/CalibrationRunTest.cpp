@@ -2,6 +2,7 @@
 
 #include "radio/session/BootedRadio.h"
 #include "tests/radio/support/BoardFileFixture.h"
+#include "tests/radio/support/FileSizeLimit.h"
 #include "tests/radio/support/LeakageBoard.h"
 
 #include <gmock/gmock.h>
@@ -151,6 +152,134 @@ TEST_F(CalibrationRunTest, ChannelWithoutALeakageIsRefused) {
     m_board.leakages.clear();
     EXPECT_EQ(refusal([this] { run(); }),
               "board.toml: channel 1 has no transmitter to calibrate, expected a [[leakage]]");
+}
+
+// One at a time
+
+TEST_F(CalibrationRunTest, ChannelIsCalibratedOnceAtATimeWhateverTheJournalsAreCalled) {
+    CalibrationRun first(m_board, m_order);
+    first.prepare();
+    CalibrationOrder other = m_order;
+    other.journal = "other.journal";
+    other.tables = "other.csv";
+    EXPECT_EQ(refusal([&] { CalibrationRun(m_board, other).prepare(); }),
+              "board.toml: another calibration of channel 1 of this board goes on, expected one at a time");
+    EXPECT_FALSE(std::filesystem::exists("other.journal"));
+}
+
+TEST_F(CalibrationRunTest, ChannelIsFreeOnceItsCalibrationIsThrough) {
+    run();
+    EXPECT_EQ(refusal([&] { CalibrationRun(m_board, m_order).prepare(); }), "accepted");
+}
+
+TEST_F(CalibrationRunTest, TablesAreThoseOfOneCalibrationAtATime) {
+    CalibrationRun first(m_board, m_order);
+    first.prepare();
+    // A copy of the board, or what an editor has put in its place.
+    Board copy = m_board;
+    copy.file = "copy.toml";
+    write("copy.toml", contentOf("board.toml"));
+    EXPECT_EQ(refusal([&] { CalibrationRun(copy, m_order).prepare(); }),
+              "board.channel-1.csv: another calibration is to store its tables here, expected one at a time");
+    CalibrationOrder other = m_order;
+    other.tables = "other.csv";
+    EXPECT_EQ(refusal([&] { CalibrationRun(copy, other).prepare(); }), "accepted");
+}
+
+TEST_F(CalibrationRunTest, JournalThatGoesOnCanBeGoneThroughOffline) {
+    m_stopsAt = 10;
+    run();
+    CalibrationOrder resumed = m_order;
+    resumed.beginning = Beginning::resume;
+    CalibrationRun first(m_board, resumed);
+    first.prepare();
+    m_order.beginning = Beginning::offline;
+    m_order.journal = "board.channel-1.journal";
+    EXPECT_EQ(refusal([&] { CalibrationRun(m_board, m_order).prepare(); }), "accepted");
+}
+
+TEST_F(CalibrationRunTest, BoardThatIsGoneCannotBeLocked) {
+    std::filesystem::remove("board.toml");
+    EXPECT_EQ(refusal([&] { CalibrationRun(m_board, m_order).prepare(); }),
+              "board.toml: cannot be locked: No such file or directory, expected a board file of which one "
+              "calibration at a time can be made");
+}
+
+// What is there in place of a journal
+
+TEST_F(CalibrationRunTest, DamagedJournalIsInNobodysWay) {
+    write("board.channel-1.journal", "mine\n");
+    EXPECT_EQ(refusal([this] { run(); }),
+              "board.channel-1.journal:1: expected the JSON object with which a calibration journal begins");
+    m_order.beginning = Beginning::restart;
+    CalibrationRun run(m_board, m_order);
+    run.prepare();
+    EXPECT_EQ(contentOf("board.channel-1.journal"), "mine\n");
+    run.open();
+    EXPECT_EQ(run.putAway().backup, "board.channel-1.journal.~1~");
+    EXPECT_EQ(run.putAway().remark,
+              "board.channel-1.journal:1: expected the JSON object with which a calibration journal begins");
+    EXPECT_EQ(contentOf("board.channel-1.journal.~1~"), "mine\n");
+    EXPECT_TRUE(run.run(*this).isGood);
+}
+
+TEST_F(CalibrationRunTest, HealthyJournalIsPutAwayWithoutARemark) {
+    run();
+    CalibrationRun run(m_board, m_order);
+    run.open();
+    EXPECT_EQ(run.putAway().backup, "board.channel-1.journal.~1~");
+    EXPECT_EQ(run.putAway().remark, "");
+}
+
+TEST_F(CalibrationRunTest, JournalThatCannotBeBegunLeavesTheOldOne) {
+    write("board.channel-1.journal", "mine\n");
+    m_order.beginning = Beginning::restart;
+    CalibrationRun run(m_board, m_order);
+    run.prepare();
+    {
+        const FileSizeLimit limit(20); // less than a first line has
+        EXPECT_THROW(run.open(), InputError);
+    }
+    EXPECT_EQ(contentOf("board.channel-1.journal"), "mine\n");
+    EXPECT_FALSE(std::filesystem::exists("board.channel-1.journal.~1~"));
+}
+
+TEST_F(CalibrationRunTest, FullDiskEndsItAndKeepsWhatWasEntered) {
+    CalibrationOutcome outcome;
+    {
+        const FileSizeLimit limit(2000);
+        outcome = run();
+    }
+    EXPECT_FALSE(outcome.isComplete);
+    EXPECT_EQ(outcome.wayOn, "room");
+    EXPECT_EQ(outcome.trouble,
+              "board.channel-1.journal: could not be written: File too large: the disk is full as far as one "
+              "file may fill it; what was entered before is kept: " +
+                  std::to_string(outcome.newProbes) + " probes");
+    EXPECT_GT(outcome.newProbes, 5U);
+    EXPECT_EQ(readJournal("board.channel-1.journal").probes.begin()->second.size(), outcome.newProbes);
+    m_order.beginning = Beginning::resume;
+    EXPECT_TRUE(run().isGood);
+}
+
+TEST_F(CalibrationRunTest, TablesThatFindNoRoomAreStoredByResuming) {
+    m_order.tables = "/dev/full";
+    const CalibrationOutcome outcome = run();
+    EXPECT_EQ(outcome.wayOn, "resume");
+    m_order.tables = "other.csv";
+    m_order.beginning = Beginning::resume;
+    const CalibrationOutcome resumed = run();
+    EXPECT_EQ(resumed.newProbes, 0U);
+    EXPECT_EQ(resumed.tables, "other.csv");
+}
+
+TEST_F(CalibrationRunTest, JournalOfAnotherSearchCanBePutAway) {
+    run();
+    std::string entered = contentOf("board.channel-1.journal");
+    entered.replace(entered.find("\"i\":1000"), 8, "\"i\":1001");
+    write("board.channel-1.journal", entered);
+    m_order.beginning = Beginning::resume;
+    EXPECT_EQ(run().wayOn, "put away");
 }
 
 TEST_F(CalibrationRunTest, RadioThatDoesNotBootIsAnExceptionOfItsOwn) {

@@ -147,6 +147,25 @@ TEST_F(AtomicFileTest, NothingNeedsNoBackup) {
     EXPECT_EQ(keepBackup("/dev/null"), "");
 }
 
+TEST_F(AtomicFileTest, FileThatMadeRoomCanHaveItsNameBack) {
+    write("out.csv", "old");
+    const fs::path backup = moveToBackup("out.csv");
+    EXPECT_EQ(backup, "out.csv.~1~");
+    EXPECT_FALSE(fs::exists("out.csv"));
+    moveBack(backup, "out.csv");
+    EXPECT_EQ(contentOf("out.csv"), "old");
+    EXPECT_FALSE(fs::exists(backup));
+}
+
+TEST_F(AtomicFileTest, MovingBackWritesNothingOver) {
+    write("out.csv", "old");
+    const fs::path backup = moveToBackup("out.csv");
+    write("out.csv", "new");
+    moveBack(backup, "out.csv");
+    EXPECT_EQ(contentOf("out.csv"), "new");
+    EXPECT_EQ(contentOf(backup), "old");
+}
+
 TEST_F(AtomicFileTest, BackupOfALinkedFileIsBesideTheFile) {
     fs::create_directory("elsewhere");
     write("elsewhere/out.csv", "old\n");

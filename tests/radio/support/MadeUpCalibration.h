@@ -57,7 +57,16 @@ inline Result madeUpResult(const std::vector<std::uint32_t>& frequencies,
     result.serial = "SN-0042";
     result.date = "2026-03-01T09:30:00Z";
     result.version = "1.2.3";
-    result.settings = {1, frequencies, temperatures, {-200, 300}, {-250, 350}, 0.75, 2, 40, 7, false};
+    Settings& settings = result.settings;
+    settings.channel = 1;
+    settings.frequencies = frequencies;
+    settings.temperatures = temperatures;
+    settings.i = {-200, 300};
+    settings.q = {-250, 350};
+    settings.shrinkFactor = 0.75;
+    settings.minDelta = 2;
+    settings.maxIterations = 40;
+    settings.settleTime = 7;
     for (const std::int32_t temperature : temperatures) {
         for (const std::uint32_t frequency : frequencies) {
             result.points.push_back(madeUpPoint(frequency, temperature, -90, -40.0));

@@ -1,7 +1,9 @@
+#include "tests/radio/support/FileSizeLimit.h"
 #include "tests/radio/support/LeakageBoard.h"
 #include "tests/radioctl/program/ProgramTest.h"
 
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <csignal>
@@ -313,10 +315,10 @@ TEST_F(CalibrateProgramTest, JournalOfAnotherSearchIsFoundOut) {
     write(journal, entered);
     const Ending ending = calibrate({"--resume"});
     EXPECT_EQ(ending.exitCode, 3);
-    EXPECT_THAT(
-        ending.errors,
-        HasSubstr("radioctl: board.channel-1.journal:4: a probe at I 1001, Q -1000, but this "
-                  "search has one at I 1000, Q -1000: the journal is damaged, or of another search\n"));
+    EXPECT_THAT(ending.errors,
+                HasSubstr("radioctl: board.channel-1.journal:4: a probe at I 1001, Q -1000, but this "
+                          "search has one at I 1000, Q -1000: the journal is damaged, or of another search; "
+                          "--restart keeps the journal as a backup and begins anew\n"));
 }
 
 TEST_F(CalibrateProgramTest, NothingToResume) {
@@ -428,15 +430,191 @@ TEST_F(CalibrateProgramTest, EveryFileIsOneOfItsOwn) {
     EXPECT_EQ(contentOf(journal), entered);
 }
 
-TEST_F(CalibrateProgramTest, WhatIsNoJournalIsNotPutAway) {
-    write("notes", "mine\n");
-    const Ending ending = calibrate({"--journal", "notes", "--restart"});
-    EXPECT_EQ(ending.exitCode, 3);
-    EXPECT_EQ(ending.errors,
-              "radioctl: notes:1: expected the JSON object with which a calibration journal begins\n");
-    EXPECT_EQ(contentOf("notes"), "mine\n");
-    EXPECT_EQ(calibrate({"--journal", "/dev/null", "--restart"}).errors,
+TEST_F(CalibrateProgramTest, TablesOfTheBoardMakeNoRoomForAJournal) {
+    calibrate();
+    const std::string stored = contentOf(csv);
+    const Ending ending = calibrate({"--journal", csv, "--out", "other.csv", "--restart"});
+    EXPECT_EQ(ending.exitCode, 2);
+    EXPECT_EQ(ending.errors, "radioctl: the journal: board.channel-1.csv is a table of the board, expected a "
+                             "file of its own\n");
+    EXPECT_EQ(contentOf(csv), stored);
+}
+
+// What is there in place of a journal
+
+/** What may be at the place of a journal, and what is said about it. */
+struct Damage {
+    const char* name;
+    /** Made of a whole journal. */
+    std::string (*content)(const std::string& whole);
+    const char* complaint;
+};
+
+class DamagedJournalTest : public CalibrateProgramTest, public testing::WithParamInterface<Damage> {};
+
+TEST_P(DamagedJournalTest, IsPutAwayByRestartAndByNothingElse) {
+    calibrate();
+    std::filesystem::remove(csv);
+    const std::string damaged = GetParam().content(contentOf(journal));
+    write(journal, damaged);
+    for (const char* const option : {"-v", "--resume"}) {
+        const Ending ending = calibrate({option});
+        EXPECT_EQ(ending.exitCode, 3);
+        EXPECT_EQ(ending.errors, std::string("radioctl: board.channel-1.journal") + GetParam().complaint +
+                                     "; --restart keeps it as a backup and begins anew\n");
+        EXPECT_EQ(contentOf(journal), damaged);
+    }
+    const Ending ending = calibrate({"--restart"});
+    EXPECT_EQ(ending.exitCode, 0);
+    EXPECT_EQ(ending.errors, "");
+    EXPECT_THAT(ending.output,
+                HasSubstr(std::string("\nPut away: board.channel-1.journal is now "
+                                      "board.channel-1.journal.~1~; it was no journal to go on with: "
+                                      "board.channel-1.journal") +
+                          GetParam().complaint + "\n"));
+    EXPECT_EQ(contentOf("board.channel-1.journal.~1~"), damaged);
+    EXPECT_TRUE(isThere(csv));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, DamagedJournalTest,
+    testing::Values(Damage{"Empty", [](const std::string& /*whole*/) { return std::string(); },
+                           ": empty, expected a calibration journal"},
+                    Damage{"FirstLineCut", [](const std::string& whole) { return whole.substr(0, 100); },
+                           ": empty, expected a calibration journal"},
+                    Damage{"GarbageInside",
+                           [](const std::string& whole) {
+                               const std::size_t line = whole.find('\n') + 1;
+                               return whole.substr(0, line) + std::string(30, '\xff') + "\n" +
+                                      whole.substr(line);
+                           },
+                           ":2: expected a JSON object with khz, degrees, i, q and reading"},
+                    Damage{"Zeros", [](const std::string& whole) { return std::string(whole.size(), '\0'); },
+                           ": empty, expected a calibration journal"},
+                    Damage{"OfAnotherProgram",
+                           [](const std::string& /*whole*/) { return std::string("mine\n"); },
+                           ":1: expected the JSON object with which a calibration journal begins"},
+                    Damage{"OfALaterProgram",
+                           [](const std::string& whole) {
+                               std::string later = whole;
+                               return later.replace(later.find("\"format\":1"), 10, "\"format\":2");
+                           },
+                           ":1: another kind of file, or of a later version of this program"}),
+    [](const auto& damage) { return damage.param.name; });
+
+TEST_F(CalibrateProgramTest, BackupsAreNeverWrittenOver) {
+    for (const char* const content : {"one\n", "two\n", "three\n"}) {
+        write(journal, content);
+        EXPECT_EQ(calibrate({"--restart"}).exitCode, 0);
+    }
+    EXPECT_EQ(contentOf("board.channel-1.journal.~1~"), "one\n");
+    EXPECT_EQ(contentOf("board.channel-1.journal.~2~"), "two\n");
+    EXPECT_EQ(contentOf("board.channel-1.journal.~3~"), "three\n");
+}
+
+TEST_F(CalibrateProgramTest, JsonTellsWhatWasPutAway) {
+    write(journal, "mine\n");
+    const std::string output = calibrate({"--restart", "--json"}).output;
+    EXPECT_THAT(output, HasSubstr(R"("event":"put_away","file":"board.channel-1.journal",)"
+                                  R"("backup":"board.channel-1.journal.~1~",)"
+                                  R"("remark":"board.channel-1.journal:1: expected the JSON object)"));
+    EXPECT_THAT(calibrate({"--json"}).output,
+                HasSubstr(R"("backup":"board.channel-1.journal.~2~","remark":null})"));
+}
+
+TEST_F(CalibrateProgramTest, WhatIsNoOrdinaryFileIsNotPutAway) {
+    std::filesystem::create_directory("folder");
+    std::filesystem::create_symlink("nowhere", "link");
+    ASSERT_EQ(mkfifo("pipe", S_IRUSR | S_IWUSR), 0);
+    const auto complaint = [](const std::string& file) {
+        std::string complaints;
+        for (const char* const option : {"-v", "--restart", "--resume"}) {
+            const Ending ending = calibrate({"--journal", file, option});
+            EXPECT_EQ(ending.exitCode, 3);
+            EXPECT_TRUE(complaints.empty() || complaints == ending.errors) << ending.errors;
+            complaints = ending.errors;
+        }
+        return complaints;
+    };
+    EXPECT_EQ(complaint("folder"), "radioctl: folder: is a directory, expected a calibration journal\n");
+    EXPECT_EQ(complaint("link"),
+              "radioctl: link: a symbolic link that leads nowhere, expected a calibration journal\n");
+    EXPECT_EQ(complaint("pipe"), "radioctl: pipe: no ordinary file, expected a calibration journal\n");
+    EXPECT_EQ(complaint("/dev/null"),
               "radioctl: /dev/null: no ordinary file, expected a calibration journal\n");
+    EXPECT_FALSE(isThere("nowhere"));
+}
+
+TEST_F(CalibrateProgramTest, LinkedJournalMakesRoomAsALink) {
+    write("elsewhere", "mine\n");
+    std::filesystem::create_symlink("elsewhere", "link");
+    EXPECT_EQ(calibrate({"--journal", "link", "--restart"}).exitCode, 0);
+    EXPECT_EQ(contentOf("elsewhere"), "mine\n");
+    EXPECT_EQ(contentOf("link.~1~"), "mine\n");
+    EXPECT_FALSE(std::filesystem::is_symlink("link"));
+}
+
+// A full disk
+
+TEST_F(CalibrateProgramTest, FullDiskIsToldWithTheWayToGoOn) {
+    calibrate({"--journal", "whole.journal", "--out", "whole.csv"});
+    std::vector<std::string> errors;
+    {
+        const FileSizeLimit limit(2000); // which the program inherits
+        // That the signal does not kill it is its own doing.
+        static_cast<void>(std::signal(SIGXFSZ, SIG_DFL));
+        for (const char* const option : {"--restart", "--resume"}) {
+            const Ending ending = calibrate({option});
+            EXPECT_EQ(ending.exitCode, 3);
+            EXPECT_THAT(ending.output,
+                        HasSubstr("\nNo tables were stored: board.channel-1.journal: could not "
+                                  "be written: File too large: the disk is full"));
+            errors.push_back(ending.errors);
+        }
+    }
+    const std::string kept = std::to_string(linesOf(journal) - 1);
+    EXPECT_EQ(errors[0], "radioctl: board.channel-1.journal: could not be written: File too large: the disk "
+                         "is full as far as one file may fill it; what was entered before is kept: " +
+                             kept + " probes; --resume goes on once there is room\n");
+    EXPECT_EQ(errors[1], errors[0]);
+    EXPECT_FALSE(isThere(csv));
+    EXPECT_EQ(calibrate({"--resume"}).exitCode, 0);
+    EXPECT_EQ(tables(), tables("whole.csv"));
+    EXPECT_EQ(linesOf(journal), linesOf("whole.journal"));
+}
+
+TEST_F(CalibrateProgramTest, FullDiskLosesNoOldJournal) {
+    write(journal, "mine\n");
+    Ending ending{};
+    {
+        const FileSizeLimit limit(20);
+        ending = calibrate({"--restart"});
+    }
+    EXPECT_EQ(ending.exitCode, 3);
+    EXPECT_THAT(ending.errors, StartsWith("radioctl: board.channel-1.journal: could not be written"));
+    EXPECT_EQ(contentOf(journal), "mine\n");
+    EXPECT_FALSE(isThere("board.channel-1.journal.~1~"));
+}
+
+// One calibration of a channel at a time
+
+TEST_F(CalibrateProgramTest, SecondCalibrationOfTheChannelIsRefusedWhateverItsJournalIsCalled) {
+    Process process({arguments({"--real-time", "--settle-time", "60000"})});
+    ASSERT_TRUE(process.waitUntilItCatches(SIGINT));
+    ASSERT_TRUE(process.waitFor("degrees\n"));
+    std::filesystem::create_symlink("board.toml", "link.toml");
+    for (const char* const board : {"board.toml", "link.toml"}) {
+        const Ending ending = runProgram({{"calibrate", board, "--channel", "1", "--journal", "other.journal",
+                                           "--out", "other.csv", "--restart"}});
+        EXPECT_EQ(ending.exitCode, 3);
+        EXPECT_EQ(ending.errors, std::string("radioctl: ") + board +
+                                     ": another calibration of channel 1 of this board goes on, expected "
+                                     "one at a time\n");
+    }
+    EXPECT_FALSE(isThere("other.journal"));
+    process.signal(SIGKILL);
+    process.finish();
+    EXPECT_EQ(calibrate({"--journal", "other.journal"}).exitCode, 0);
 }
 
 TEST_F(CalibrateProgramTest, BoardMayStandBehindTheOptions) {
@@ -619,6 +797,23 @@ TEST_F(CalibrateProgramTest, StuckDetectorStoresNothing) {
                       HasSubstr("\nNo tables were stored: 6 points without corrections. When what is said "
                                 "about them is mended, --restart begins anew.\n")));
     EXPECT_FALSE(isThere(csv));
+}
+
+TEST_F(CalibrateProgramTest, StuckDetectorWithNoiseIsNotCalledNoisy) {
+    for (const char* const noise : {"1.0", "20.0"}) {
+        std::string board = leakageBoard(std::string("range = [-4095, 4095], noise = ") + noise);
+        board.replace(board.find("slope = 25.0"), 12, "slope = 0.0");
+        write("board.toml", board);
+        const Ending ending = calibrate({"--restart"});
+        EXPECT_EQ(ending.exitCode, 1);
+        EXPECT_THAT(
+            ending.output,
+            AllOf(testing::ContainsRegex(
+                      "failed: readings stay within [0-9]+ of -?[0-9]+ whatever the corrections are: the "
+                      "detector is stuck\n"),
+                  Not(HasSubstr("noisy")), HasSubstr("0 good, 0 at an edge, 6 failed")));
+        EXPECT_FALSE(isThere(csv));
+    }
 }
 
 TEST_F(CalibrateProgramTest, SearchWithAStuckDetectorEndsInTheUpperCorner) {

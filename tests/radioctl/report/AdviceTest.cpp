@@ -38,6 +38,10 @@ TEST(AdviceTest, UnfinishedJournalCanGoOnOrBePutAway) {
               "; --resume goes on with it, --restart keeps it as a backup and begins anew");
 }
 
+TEST(AdviceTest, WhatIsNoJournalCanBePutAway) {
+    EXPECT_EQ(advice("put away"), "; --restart keeps it as a backup and begins anew");
+}
+
 TEST(AdviceTest, StandsBehindTheMessage) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(refusing(false, []() -> int { throw ChoiceError({"x", 3}, "no band", "band"); }), 3);
