@@ -122,6 +122,19 @@ TEST_F(HardwareCalibrateTest, StuckDetectorStoresNothing) {
     EXPECT_FALSE(isThere("board.channel-1.csv"));
 }
 
+TEST_F(HardwareCalibrateTest, LimitInDbcIsNotPassedByWhatWasNotMeasured) {
+    write("board.toml", hardwareBoard(folder()) + "\n[limits]\nleakage_at_nodes = -10\n");
+    const Detector detector;
+    const Ending ending = calibrate({"--settle-time", "25", "--min-delta", "150"});
+    EXPECT_EQ(ending.exitCode, 1);
+    EXPECT_THAT(ending.output,
+                AllOf(HasSubstr("\nFAIL: leakage at the nodes unknown, limit -10: nobody knows in dBc what "
+                                "leaks\nNo tables were stored: limits of the board are not held; "),
+                      HasSubstr("missed: nobody knows in dBc what leaks, and leakage_at_nodes allows -10\n"),
+                      HasSubstr("3 points of 3: 0 good, 3 missed, ")));
+    EXPECT_FALSE(isThere("board.channel-1.csv"));
+}
+
 TEST_F(HardwareCalibrateTest, WithoutASensorTheTemperatureIsTakenAsGiven) {
     write("board.toml", hardwareBoardWithoutSensor(folder()));
     EXPECT_THAT(calibrate(quick).output,
