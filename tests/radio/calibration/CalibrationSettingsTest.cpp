@@ -134,9 +134,9 @@ TEST_F(CalibrationSettings, AsManyPointsAsCanBe) {
 }
 
 TEST_F(CalibrationSettings, TooManyPointsAreRefused) {
-    EXPECT_EQ(complaint("band = [1, 200000]\nstep = 1\ntemperatures = [25]"),
+    EXPECT_EQ(complaint("method = \"search\"\nband = [1, 200000]\nstep = 1\ntemperatures = [25]"),
               std::string("board.toml") + ": expected at most 40000 carriers, found 200000");
-    EXPECT_EQ(complaint("band = [1, 30000]\nstep = 1\ntemperatures = [25, 26]"),
+    EXPECT_EQ(complaint("method = \"search\"\nband = [1, 30000]\nstep = 1\ntemperatures = [25, 26]"),
               std::string("board.toml") +
                   ": expected at most 40000 points, found 30000 carriers at 2 temperatures");
 }

@@ -30,6 +30,7 @@ detector = { driver = "channel.1.tx.rf.detector.v", slope = 25.0, zero = -95.0, 
 channel = 1
 band = [17900000, 18100000]
 step = 100000
+method = "search"
 temperatures = [-10, 50]
 min_delta = 60
 )" + calibration +
