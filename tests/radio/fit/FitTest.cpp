@@ -65,7 +65,7 @@ TEST_F(FitTest, TableIsBelowItsClaimEverywhere) {
     ASSERT_TRUE(outcome.claim);
     EXPECT_LE(outcome.claim->level, -74.0);
     EXPECT_LT(played.worst(order(), outcome.table, 200), outcome.claim->level);
-    EXPECT_THAT(outcome.table.carriers, SizeIs(41));
+    EXPECT_THAT(outcome.table.carriers, SizeIs(81));
     EXPECT_THAT(outcome.table.i, SizeIs(outcome.table.carriers.size() * outcome.table.temperatures.size()));
     EXPECT_EQ(outcome.probes, played.probes().size());
     EXPECT_LE(outcome.probes, 400U);
@@ -193,6 +193,7 @@ TEST_F(FitTest, PlaceThatCannotBeHadFailsByName) {
 
 TEST_F(FitTest, StuckDetectorFailsByName) {
     leakage.detector.slope = 0.0;
+    leakage.detector.noise = 0.0;
     Order wanted = order();
     wanted.detector.slope = 25.0;
     wanted.detector.lowest = std::nullopt;
@@ -222,8 +223,8 @@ TEST_F(FitTest, WrongSlopeFailsByName) {
 }
 
 TEST_F(FitTest, BottomBeyondARangeIsSaid) {
-    leakage.i.low = -100;
-    leakage.i.high = 100;
+    leakage.i.low = -300;
+    leakage.i.high = 300;
     PlayedTransmitter played(leakage);
     const Outcome outcome = run(order(), played);
     EXPECT_EQ(outcome.verdict, Verdict::missed);
