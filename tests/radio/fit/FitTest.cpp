@@ -223,8 +223,8 @@ TEST_F(FitTest, WrongSlopeFailsByName) {
 }
 
 TEST_F(FitTest, BottomBeyondARangeIsSaid) {
-    leakage.i.low = -300;
-    leakage.i.high = 300;
+    leakage.i.low = -400;
+    leakage.i.high = 400;
     PlayedTransmitter played(leakage);
     const Outcome outcome = run(order(), played);
     EXPECT_EQ(outcome.verdict, Verdict::missed);
