@@ -11,6 +11,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <stdexcept>
 #include <utility>
 
 namespace Radio::Fit {
@@ -326,7 +327,27 @@ void Course::conclude() {
     m_outcome.verdict = m_outcome.reason.empty() ? Verdict::held : Verdict::missed;
 }
 
+namespace {
+
+void require(bool holds, const char* what) {
+    if (!holds) {
+        throw std::invalid_argument(what);
+    }
+}
+
+bool isSane(const Branch& branch) {
+    return branch.low < branch.high && branch.step > 0;
+}
+
+} // namespace
+
 Outcome calibrate(const Order& order, Prober& prober) {
+    require(order.lowCarrier > 0 && order.lowCarrier <= order.highCarrier, "the band is empty");
+    require(order.highCarrier <= 0x7fffffffU, "a table has carriers of 31 bits");
+    require(order.lowTemperature <= order.highTemperature, "the temperatures are empty");
+    require(isSane(order.i) && isSane(order.q), "a correction has no range, or no step");
+    require(!order.detector.slope || *order.detector.slope > 0.0, "the slope of the detector is not above 0");
+    require(order.mostCarriers >= 2 && order.mostTemperatures >= 2, "a table has less than two nodes");
     return Course(order, prober).run();
 }
 

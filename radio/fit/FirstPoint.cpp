@@ -129,7 +129,7 @@ private:
                 return fails(unread());
             }
             const auto bowl = fitAll();
-            if (bowl && isNear(bowl->bottom)) {
+            if (bowl && !isStuck() && isNear(bowl->bottom)) {
                 m_bottom = bowl->bottom;
                 return true;
             }

@@ -60,7 +60,7 @@ struct Order {
     /** What may leak anywhere in band and temperatures, in dBc; nothing: as little as the budget allows. */
     std::optional<double> limit;
     /** The most nodes of the table, at least 2 each. */
-    std::size_t mostCarriers = 41;
+    std::size_t mostCarriers = 81;
     std::size_t mostTemperatures = 23;
 };
 
