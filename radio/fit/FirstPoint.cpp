@@ -183,6 +183,13 @@ private:
                 return true;
             }
         }
+        const Corrections end = m_bench.settable(m_bottom);
+        const bool isBeyondI = std::abs(end.i - m_bottom.i) > m_bench.order().i.step;
+        if (isBeyondI || std::abs(end.q - m_bottom.q) > m_bench.order().q.step) {
+            return fails(std::string("at the first point the best ") + (isBeyondI ? "I" : "Q") +
+                         " is about " + std::to_string(std::lround(isBeyondI ? m_bottom.i : m_bottom.q)) +
+                         ", beyond what can be set");
+        }
         return fails("the bottom of the bowl at the first point was not found");
     }
 

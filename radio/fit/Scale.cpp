@@ -48,6 +48,7 @@ std::optional<double> misfitWith(double slope, const std::vector<Reading>& readi
     }
     const Scale scale{slope, -highest / slope};
     std::vector<PowerProbe> probes;
+    probes.reserve(readings.size());
     for (const Reading& reading : readings) {
         probes.push_back({reading.at, scale.power(reading.reading)});
     }
@@ -77,22 +78,26 @@ std::optional<SlopeEstimate> estimateSlope(const std::vector<Reading>& readings)
                             [](const Reading& a, const Reading& b) { return a.reading < b.reading; });
     const double spread = static_cast<double>(high->reading) - low->reading;
     SlopeEstimate best{0.0, std::numeric_limits<double>::max(), 0.0};
-    for (double slope = spread / mostRange; spread > 0.0 && slope <= spread / leastRange; slope *= 1.04) {
-        const double misfit = misfitOrMuch(slope, readings);
+    double tried = spread / mostRange;
+    while (spread > 0.0 && tried <= spread / leastRange) {
+        const double misfit = misfitOrMuch(tried, readings);
         if (misfit < best.misfit) {
-            best = {slope, misfit, 0.0};
+            best = {tried, misfit, 0.0};
         }
+        tried *= 1.04;
     }
     if (best.slope == 0.0) {
         return std::nullopt;
     }
-    for (double step = 1.02; step > 1.0002; step = std::sqrt(step)) {
+    double step = 1.02;
+    while (step > 1.0002) {
         for (const double slope : {best.slope * step, best.slope / step}) {
             const double misfit = misfitOrMuch(slope, readings);
             if (misfit < best.misfit) {
                 best = {slope, misfit, 0.0};
             }
         }
+        step = std::sqrt(step);
     }
     // The sum of squares rises by one variance where the slope is one deviation off.
     constexpr double beside = 1.02;
