@@ -63,6 +63,11 @@ fs::path tablesOf(const Board& board, int channel) {
     return file;
 }
 
+/** A fit that had no time to try its tables, or found them wrong, is none; a search is always held. */
+bool isFitHeld(const Result& result) {
+    return !result.fit || result.fit->verdict == Fit::Verdict::held;
+}
+
 /** The journal beside the board, unless the order names one. */
 fs::path journalFor(const Board& board, const CalibrationOrder& order) {
     if (!order.journal.empty()) {
@@ -297,7 +302,7 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const Cali
     const LeakageSummary& summary = m_outcome.summary;
     m_outcome.isGood = m_outcome.refusal.empty() && summary.failed == 0 &&
                        (summary.edge == 0 || m_order.acceptsEdge || m_tables.empty()) &&
-                       result.verdict != VerdictKind::fail && !(result.fit && result.nodes.empty());
+                       result.verdict != VerdictKind::fail && isFitHeld(result);
     return std::move(m_outcome);
 }
 
@@ -388,14 +393,26 @@ std::int32_t CalibrationRun::startTemperature(const CalibrationBench& bench) con
 bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listener,
                             std::int32_t startTemperature) {
     Result& result = m_outcome.result;
-    FitProber prober(calibrator, m_known.probes, result.isHardware && !isOffline(), [this](const auto& now) {
+    const LeakageDescription* const leakage =
+        result.isHardware ? nullptr : findLeakage(m_board, result.settings.channel);
+    const auto goOn = [this](const FitProber& now) {
         m_isFromJournal = now.isFromJournal();
         m_fitProbes = now.probes();
         return m_goOn();
-    });
+    };
+    const auto fitted = [&](const Fit::Point& place, std::vector<Probe> probes) {
+        Point point = pointOf(place, std::move(probes), leakage);
+        holdToLimits(point, m_board.limits);
+        note(point, m_isFromJournal);
+        listener.calibrated(point);
+        result.points.push_back(std::move(point));
+    };
+    FitProber prober(calibrator, m_known.probes, result.isHardware && !isOffline(), {goOn, fitted});
     Fit::Outcome outcome = Fit::calibrate(fitOrder(m_board, result, startTemperature), prober);
     prober.leave();
+    // A real transmitter is not to be left with what was only a probe.
     calibrator.restore();
+    m_outcome.wanted = result.points.size();
     if (!m_goesOn) {
         return false;
     }
@@ -403,13 +420,8 @@ bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listene
         stopFor(calibrator);
         return false;
     }
-    takeOutcome(result, std::move(outcome), prober,
-                result.isHardware ? nullptr : findLeakage(m_board, result.settings.channel), m_board.limits);
-    for (const Point& point : result.points) {
-        note(point, m_isFromJournal);
-        listener.calibrated(point);
-    }
-    m_outcome.wanted = result.points.size();
+    result.nodes = nodesOf(outcome.table, leakage);
+    result.fit = std::move(outcome);
     return true;
 }
 
@@ -491,7 +503,7 @@ void CalibrationRun::store() {
     if (m_tables.empty() || summary.failed != 0 || asTables(m_outcome.result).points.empty()) {
         return;
     }
-    const bool isFail = m_outcome.result.verdict == VerdictKind::fail;
+    const bool isFail = m_outcome.result.verdict == VerdictKind::fail || !isFitHeld(m_outcome.result);
     m_outcome.isHeldBackByEdge = summary.edge != 0 && !m_order.acceptsEdge;
     m_outcome.isHeldBackByFail = isFail && !m_order.acceptsFail;
     if (m_outcome.isHeldBackByEdge || m_outcome.isHeldBackByFail) {

@@ -46,6 +46,8 @@ public:
     std::optional<std::int32_t> probe(std::int32_t i, std::int32_t q);
     /** Has the library search where the radio is, between begin() and end(). */
     bool search(Point& point);
+    /** Those since begin(). */
+    const std::vector<Probe>& probes() const { return m_recorder.probes(); }
     std::vector<Probe> end() { return m_recorder.end(); }
     /** Real hardware gets the corrections that it had before the last begin(). */
     void restore() { m_recorder.restore(); }

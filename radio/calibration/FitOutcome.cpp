@@ -1,7 +1,6 @@
 #include "radio/calibration/FitOutcome.h"
 
 #include "radio/board/BoardNames.h"
-#include "radio/calibration/LeakageVerdict.h"
 
 #include <algorithm>
 #include <utility>
@@ -36,45 +35,6 @@ void addModelledLevels(Point& point, const LeakageDescription& leakage) {
     const Surroundings surroundings{point.frequency, static_cast<double>(point.temperature)};
     point.before = leakageLevel(leakage, surroundings, {0, 0});
     point.after = leakageLevel(leakage, surroundings, {point.i, point.q});
-}
-
-Point pointOf(const Fit::Point& fitted, const FitProber& prober, const LeakageDescription* leakage) {
-    Point point;
-    point.frequency = fitted.place.carrier;
-    point.temperature = fitted.place.temperature;
-    point.state = stateOf(fitted.state);
-    point.remark = fitted.remark;
-    point.i = fitted.corrections.i;
-    point.q = fitted.corrections.q;
-    point.probes = prober.probesAt(fitted.place);
-    if (leakage != nullptr) {
-        addModelledLevels(point, *leakage);
-    } else if (!point.probes.empty()) {
-        point.firstReading = point.probes.front().reading;
-        point.lastReading = fitted.reading;
-    }
-    return point;
-}
-
-std::vector<Point> nodesOf(const Fit::Table& table, const LeakageDescription* leakage) {
-    std::vector<Point> nodes;
-    nodes.reserve(table.i.size());
-    for (std::size_t row = 0; row < table.temperatures.size(); ++row) {
-        for (std::size_t column = 0; column < table.carriers.size(); ++column) {
-            const std::size_t place = column * table.temperatures.size() + row;
-            Point node;
-            node.frequency = static_cast<std::uint32_t>(table.carriers[column]);
-            node.temperature = table.temperatures[row];
-            node.state = PointState::good;
-            node.i = table.i[place];
-            node.q = table.q[place];
-            if (leakage != nullptr) {
-                addModelledLevels(node, *leakage);
-            }
-            nodes.push_back(std::move(node));
-        }
-    }
-    return nodes;
 }
 
 } // namespace
@@ -116,15 +76,43 @@ Fit::Order fitOrder(const Board& board, const Result& result, std::int32_t start
     return order;
 }
 
-void takeOutcome(Result& result, Fit::Outcome outcome, const FitProber& prober,
-                 const LeakageDescription* leakage, const Limits& limits) {
-    for (const Fit::Point& fitted : outcome.points) {
-        Point point = pointOf(fitted, prober, leakage);
-        holdToLimits(point, limits);
-        result.points.push_back(std::move(point));
+Point pointOf(const Fit::Point& fitted, std::vector<Probe> probes, const LeakageDescription* leakage) {
+    Point point;
+    point.frequency = fitted.place.carrier;
+    point.temperature = fitted.place.temperature;
+    point.state = stateOf(fitted.state);
+    point.remark = fitted.remark;
+    point.i = fitted.corrections.i;
+    point.q = fitted.corrections.q;
+    point.probes = std::move(probes);
+    if (leakage != nullptr) {
+        addModelledLevels(point, *leakage);
+    } else if (!point.probes.empty()) {
+        point.firstReading = point.probes.front().reading;
+        point.lastReading = fitted.reading;
     }
-    result.nodes = nodesOf(outcome.table, leakage);
-    result.fit = std::move(outcome);
+    return point;
+}
+
+std::vector<Point> nodesOf(const Fit::Table& table, const LeakageDescription* leakage) {
+    std::vector<Point> nodes;
+    nodes.reserve(table.i.size());
+    for (std::size_t row = 0; row < table.temperatures.size(); ++row) {
+        for (std::size_t column = 0; column < table.carriers.size(); ++column) {
+            const std::size_t place = column * table.temperatures.size() + row;
+            Point node;
+            node.frequency = static_cast<std::uint32_t>(table.carriers[column]);
+            node.temperature = table.temperatures[row];
+            node.state = PointState::good;
+            node.i = table.i[place];
+            node.q = table.q[place];
+            if (leakage != nullptr) {
+                addModelledLevels(node, *leakage);
+            }
+            nodes.push_back(std::move(node));
+        }
+    }
+    return nodes;
 }
 
 } // namespace Radio::Calibration

@@ -3,10 +3,11 @@
 
 #include "radio/board/Board.h"
 #include "radio/calibration/Calibration.h"
-#include "radio/calibration/FitProber.h"
 #include "radio/fit/Order.h"
+#include "radio/fit/Outcome.h"
 
 #include <cstdint>
+#include <vector>
 
 /** Between a calibration and the fit that it has made. */
 namespace Radio::Calibration {
@@ -14,12 +15,12 @@ namespace Radio::Calibration {
 /** What a fit is asked for by a calibration, `result`, that has no points yet. */
 Fit::Order fitOrder(const Board& board, const Result& result, std::int32_t startTemperature);
 
-/**
- * Puts what came of a fit into `result`: its points with their probes, held to `limits`, and the nodes of its
- * tables. `leakage` is that of the modelled transmitter, which says what really leaks; null on hardware.
- */
-void takeOutcome(Result& result, Fit::Outcome outcome, const FitProber& prober,
-                 const LeakageDescription* leakage, const Limits& limits);
+/** A point that was fitted, with its probes. `leakage` is that of the modelled transmitter, which says what
+ * really leaks; null on hardware. */
+Point pointOf(const Fit::Point& fitted, std::vector<Probe> probes, const LeakageDescription* leakage);
+
+/** The nodes of the tables that came of a fit, for each temperature all carriers. */
+std::vector<Point> nodesOf(const Fit::Table& table, const LeakageDescription* leakage);
 
 } // namespace Radio::Calibration
 

@@ -4,12 +4,11 @@
 
 namespace Radio::Calibration {
 
-FitProber::FitProber(Calibrator& calibrator, const KnownProbes& known, bool isReal,
-                     std::function<bool(const FitProber&)> goOn)
+FitProber::FitProber(Calibrator& calibrator, const KnownProbes& known, bool isReal, Caller caller)
     : m_calibrator(calibrator),
       m_known(known),
       m_isReal(isReal),
-      m_goOn(std::move(goOn)) {}
+      m_caller(std::move(caller)) {}
 
 bool FitProber::goTo(const Fit::Place& place) {
     leave();
@@ -37,7 +36,7 @@ std::optional<std::int32_t> FitProber::probe(const Fit::Corrections& corrections
 }
 
 bool FitProber::goOn() {
-    return m_goOn(*this) && m_calibrator.whyStopped().empty();
+    return m_caller.goOn(*this) && m_calibrator.whyStopped().empty();
 }
 
 std::optional<Fit::Corrections> FitProber::search(const Fit::Place& place) {
@@ -54,22 +53,20 @@ std::optional<Fit::Corrections> FitProber::search(const Fit::Place& place) {
     return Fit::Corrections{point.i, point.q};
 }
 
+void FitProber::fitted(const Fit::Point& point) {
+    m_caller.fitted(point, m_calibrator.probes());
+}
+
 void FitProber::leave() {
     if (m_place) {
-        m_probes[key()] = m_calibrator.end();
+        static_cast<void>(m_calibrator.end());
         m_place.reset();
     }
 }
 
-const std::vector<Probe>& FitProber::probesAt(const Fit::Place& place) const {
-    static const std::vector<Probe> none;
-    const auto found = m_probes.find({place.temperature, place.carrier});
-    return found == m_probes.end() ? none : found->second;
-}
-
 const JournaledProbes& FitProber::known() const {
     static const JournaledProbes none;
-    const auto found = m_known.find(key());
+    const auto found = m_known.find({m_place->temperature, m_place->carrier});
     return found == m_known.end() ? none : found->second;
 }
 

@@ -8,7 +8,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -23,10 +22,16 @@ namespace Radio::Calibration {
  */
 class FitProber final : public Fit::Prober {
 public:
-    /** What is borrowed must outlive the object. `isReal`: it is a real radio that is probed. `goOn` is asked
-     * after each probe and each place; never empty. */
-    FitProber(Calibrator& calibrator, const KnownProbes& known, bool isReal,
-              std::function<bool(const FitProber&)> goOn);
+    /** What a fit asks its caller for; never empty. */
+    struct Caller {
+        /** Asked after each probe and each place whether to go on. */
+        std::function<bool(const FitProber&)> goOn;
+        /** Told of each point, once it is fitted. */
+        std::function<void(const Fit::Point&, std::vector<Probe>)> fitted;
+    };
+
+    /** What is borrowed must outlive the object. `isReal`: it is a real radio that is probed. */
+    FitProber(Calibrator& calibrator, const KnownProbes& known, bool isReal, Caller caller);
     ~FitProber() override { leave(); }
 
     bool goTo(const Fit::Place& place) override;
@@ -34,10 +39,10 @@ public:
     bool goOn() override;
     std::optional<Fit::Corrections> search(const Fit::Place& place) override;
 
-    /** Ends the last place; gives nothing to probe until the next. */
+    void fitted(const Fit::Point& point) override;
+
+    /** Ends the last place; there is nothing to probe until the next. */
     void leave();
-    /** The probes that were made, or taken from the journal, at a place that was left. */
-    const std::vector<Probe>& probesAt(const Fit::Place& place) const;
     std::size_t probes() const { return m_count; }
     /** Those at the last place were all in the journal. */
     bool isFromJournal() const { return m_isFromJournal; }
@@ -45,9 +50,6 @@ public:
     const std::string& whyNotThere() const { return m_whyNotThere; }
 
 private:
-    using Key = std::pair<std::int32_t, std::uint32_t>;
-
-    Key key() const { return {m_place->temperature, m_place->carrier}; }
     const JournaledProbes& known() const;
     bool isNextKnown() const { return m_probed.size() < known().size(); }
     /** Has the transmitter there, with all that was probed before taken from the journal once more. */
@@ -56,14 +58,13 @@ private:
     Calibrator& m_calibrator;
     const KnownProbes& m_known;
     const bool m_isReal;
-    const std::function<bool(const FitProber&)> m_goOn;
+    const Caller m_caller;
     std::optional<Fit::Place> m_place;
     /** The radio is there; else the journal alone is gone through. */
     bool m_isThere = false;
     bool m_isFromJournal = true;
     std::size_t m_count = 0;
     std::vector<Fit::Corrections> m_probed;
-    std::map<Key, std::vector<Probe>> m_probes;
     std::string m_whyNotThere;
 };
 

@@ -95,6 +95,10 @@ JudgedLimit judgeAnywhere(double limit, const LeakageSummary& summary, const Res
     if (!anywhere) {
         distrust(judged, result, summary.after ? "nobody knows what leaks between the points" : unknownLevel);
     }
+    if (result.fit && result.fit->verdict != Fit::Verdict::held) {
+        // What it claims holds only as far as it could be tried.
+        distrust(judged, result, result.fit->reason);
+    }
     return judged;
 }
 

@@ -54,6 +54,8 @@ public:
                bool isReplay = false);
     /** The search came to its end. Gives its probes; corrections that were set and not read are none. */
     std::vector<Probe> end();
+    /** Its probes so far. */
+    const std::vector<Probe>& probes() const { return m_probes; }
     /** What real hardware was given until now is what restore() writes. A search begins with it. */
     void remember();
     /** Writes what real hardware was given before the search again, and 0 where it was given nothing. Not

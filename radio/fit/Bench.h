@@ -23,6 +23,8 @@ public:
     std::optional<Reading> probe(const Pair& wanted);
     std::optional<Corrections> search(const Place& place) { return m_prober.search(place); }
 
+    void tell(const Point& point) { m_prober.fitted(point); }
+
     /** What can be set, nearest to `wanted`. */
     Corrections settable(const Pair& wanted) const;
     /** Within the ranges. */

@@ -86,6 +86,7 @@ bool Course::begin(const Place& place) {
 void Course::add(const Place& place, const Forecast& forecast) {
     const FittedPoint fitted = fitPoint(m_bench, m_knowledge, place, forecast, m_wantedPoint);
     m_outcome.points.push_back(fitted.point);
+    m_bench.tell(fitted.point);
     if (fitted.sample) {
         m_samples.push_back(*fitted.sample);
         refit(m_samples.size() > 3);
@@ -99,6 +100,7 @@ void Course::fit(const Place& place) {
         Point& point = m_outcome.points.emplace_back();
         point.place = place;
         point.remark = "the place cannot be had";
+        m_bench.tell(point);
         return;
     }
     add(place, forecast);

@@ -2,6 +2,7 @@
 #define RADIO_FIT_PROBER_H
 
 #include "radio/fit/Order.h"
+#include "radio/fit/Outcome.h"
 
 #include <cstdint>
 #include <optional>
@@ -32,6 +33,9 @@ public:
      * there are none. Its probes do not count.
      */
     virtual std::optional<Corrections> search(const Place& place) = 0;
+
+    /** For whoever shows how far it is: a place was fitted. */
+    virtual void fitted(const Point& /*point*/) {}
 };
 
 } // namespace Radio::Fit

@@ -93,7 +93,8 @@ std::string heldBackText(const CalibrationOutcome& outcome) {
         options.emplace_back("--accept-edge");
     }
     if (outcome.isHeldBackByFail) {
-        reasons.emplace_back("limits of the board are not held");
+        const bool isLimit = outcome.result.verdict == VerdictKind::fail;
+        reasons.emplace_back(isLimit ? "limits of the board are not held" : "the fit does not hold");
         options.emplace_back("--accept-fail");
     }
     return joined(reasons, ", and ") + "; the same once more with " + joined(options, " ") +
