@@ -2,6 +2,7 @@
 #define RADIO_CALIBRATION_CALIBRATION_H
 
 #include "radio/board/Board.h"
+#include "radio/calibration/ClimateTerms.h"
 #include "radio/calibration/Qualification.h"
 
 #include <cstdint>
@@ -92,9 +93,14 @@ struct Result {
     /** A real radio was calibrated, and nothing is modelled. */
     bool isHardware = false;
     Settings settings;
+    /** The temperatures of the settings in the order in which they are gone through. */
+    std::vector<std::int32_t> route{};
+    /** How a real radio gets to them. */
+    ClimateTerms climate{};
     /** What the measuring chain was found to be before the first point; nothing when nobody looked. */
     std::optional<Qualification> qualification{};
-    /** For each temperature all frequencies. */
+    /** In the order of the route for each temperature all frequencies; once the calibration is over, in that
+     * of the settings. */
     std::vector<Point> points;
 };
 

@@ -84,7 +84,8 @@ CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order
         requireTransmitter();
         result.settings = settingsFor(board, order.wishes, result.isHardware);
         if (result.isHardware) {
-            requireCalibratable(board, result.settings);
+            requireCalibratable(board, result.settings, order.isAttended);
+            result.climate = climateTermsFor(board, order.wishes, order.isAttended);
         }
         m_tables = m_tables.empty() ? tablesOf(board, order.wishes.channel) : m_tables;
     }
@@ -212,6 +213,10 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const Cali
     m_outcome.journal = m_journalFile.string();
     m_outcome.wanted = result.settings.frequencies.size() * result.settings.temperatures.size();
     calibrateAll(listener, bench);
+    // Whatever the way was, tables are the same.
+    std::stable_sort(
+        m_outcome.result.points.begin(), m_outcome.result.points.end(),
+        [](const Point& one, const Point& other) { return one.temperature < other.temperature; });
     m_outcome.summary = summary();
     if (m_outcome.isComplete) {
         try {
@@ -237,7 +242,13 @@ void CalibrationRun::calibrateAll(CalibrationListener& listener, const Calibrati
     booted.requireUp();
     std::optional<Climate> climate;
     if (isBench) {
-        climate.emplace(m_board, settings.channel, bench);
+        climate.emplace(m_board, settings.channel, result.climate, bench);
+    }
+    try {
+        chooseRoute(bench);
+    } catch (const InputError& error) {
+        m_outcome.trouble = error.what();
+        return;
     }
     bool goesOn = true;
     const auto goOn = [&] {
@@ -259,7 +270,7 @@ void CalibrationRun::calibrateAll(CalibrationListener& listener, const Calibrati
             return false;
         }
         probing.readings = settings.readings;
-        for (const std::int32_t temperature : settings.temperatures) {
+        for (const std::int32_t temperature : result.route) {
             for (const std::uint32_t frequency : settings.frequencies) {
                 const JournaledProbes& known = m_known.probes[{temperature, frequency}];
                 Point point = calibrator.calibrate(frequency, temperature, known);
@@ -294,9 +305,8 @@ bool CalibrationRun::qualify(Calibrator& calibrator, CalibrationListener& listen
     if (!m_order.qualifies || isOffline() || result.qualification || !m_known.probes.empty()) {
         return true;
     }
-    const Qualification found =
-        calibrator.qualify(result.settings.frequencies.front(), result.settings.temperatures.front(),
-                           statedSettleTime(m_board, m_order.wishes));
+    const Qualification found = calibrator.qualify(result.settings.frequencies.front(), result.route.front(),
+                                                   statedSettleTime(m_board, m_order.wishes));
     m_outcome.qualifyingReadings = found.taken;
     m_outcome.trouble = calibrator.whyStopped();
     if (found.isInterrupted || !m_outcome.trouble.empty()) {
@@ -316,6 +326,19 @@ bool CalibrationRun::qualify(Calibrator& calibrator, CalibrationListener& listen
     }
     listener.qualified(found);
     return found.isGood();
+}
+
+void CalibrationRun::chooseRoute(const CalibrationBench& bench) {
+    Result& result = m_outcome.result;
+    result.route = m_known.route.empty() ? result.settings.temperatures : m_known.route;
+    const bool isNew = result.isHardware && !isOffline() && m_known.route.empty() && m_known.probes.empty();
+    if (!isNew || !m_board.hardware.description.sensor) {
+        return;
+    }
+    result.route = routeThrough(result.settings.temperatures, bench.sense());
+    if (result.route != result.settings.temperatures) {
+        m_journal->enterRoute(result.route);
+    }
 }
 
 /** A journal of nothing helps nobody; one that was there before stays. */

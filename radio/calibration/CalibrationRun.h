@@ -48,6 +48,9 @@ struct CalibrationOrder {
     /** A real radio is calibrated; what is modelled of the channel does not matter then. Not with
      * Beginning::offline, where the journal says it. */
     bool isHardware = false;
+    /** Somebody is there who brings temperatures about where no chamber does, and tells them where no sensor
+     * does. On hardware. */
+    bool isAttended = false;
     /** Of the program that calibrates; stands in files behind the word "radioctl". */
     std::string version{};
 };
@@ -180,6 +183,8 @@ private:
     /** False when nothing can be measured. */
     bool qualify(Calibrator& calibrator, CalibrationListener& listener);
     void abandonJournal();
+    /** The temperatures in the order in which they are gone through. */
+    void chooseRoute(const CalibrationBench& bench);
     void use(const Qualification& qualification);
     void calibrateAll(CalibrationListener& listener, const CalibrationBench& bench);
     void note(const Point& point, bool isFromJournal);

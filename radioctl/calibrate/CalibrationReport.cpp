@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
+#include <iterator>
 
 namespace Radio::Calibration {
 
@@ -35,6 +36,13 @@ Json roundedOrNull(const std::optional<double>& level) {
     return level ? Json(rounded(*level)) : Json(nullptr);
 }
 
+std::vector<std::string> texts(const std::vector<std::int32_t>& numbers) {
+    std::vector<std::string> result;
+    std::transform(numbers.begin(), numbers.end(), std::back_inserter(result),
+                   [](std::int32_t number) { return std::to_string(number); });
+    return result;
+}
+
 std::string placeText(const Worst& worst) {
     return "at " + std::to_string(worst.frequency) + " kHz, " + std::to_string(worst.temperature) +
            " degrees";
@@ -53,16 +61,24 @@ void addReading(TextTable& table, const std::string& what, const std::optional<W
 }
 
 /** How the temperatures of a real radio come about. */
-std::string temperatureText(const Board& board, const Settings& settings) {
-    return board.hardware.description.sensor
-               ? "Each temperature begins when the sensor is within " + std::to_string(Climate::tolerance) +
-                     " degrees of it."
-               : "There is no [sensor]: the radio is taken to be at " +
-                     std::to_string(settings.temperatures.front()) + " degrees.";
+std::string temperatureText(const Board& board, const Result& result) {
+    const ClimateTerms& climate = result.climate;
+    const auto dwell = static_cast<std::uint64_t>(climate.dwell.count());
+    if (board.hardware.description.sensor) {
+        return "Each temperature begins when the sensor " +
+               (dwell == 0 ? "is" : "has been for " + counted(dwell, "second")) + " within " +
+               counted(static_cast<std::uint64_t>(climate.tolerance), "degree") + " of it.";
+    }
+    return climate.isAttended ? "There is no [sensor]: each temperature begins when you say so."
+                              : "There is no [sensor]: the radio is taken to be at " +
+                                    std::to_string(result.settings.temperatures.front()) + " degrees.";
 }
 
 const char* temperatureSource(const Board& board, const Result& result) {
-    return !result.isHardware ? "modelled" : board.hardware.description.sensor ? "sensor" : "given";
+    if (!result.isHardware) {
+        return "modelled";
+    }
+    return board.hardware.description.sensor ? "sensor" : result.climate.isAttended ? "person" : "given";
 }
 
 Json toJson(const std::optional<Worst>& worst) {
@@ -117,8 +133,14 @@ std::string verdict(const CalibrationOutcome& outcome, const CalibrationEnd& end
 } // namespace
 
 std::string awaitedText(const AwaitedTemperature& awaited) {
-    return "waiting for " + std::to_string(awaited.wanted) + " degrees, now " +
-           (awaited.now ? std::to_string(*awaited.now) : "unknown");
+    const std::string wanted = std::to_string(awaited.wanted) + " degrees";
+    const std::string now = awaited.now ? ", now " + std::to_string(*awaited.now) : "";
+    if (awaited.isByWord) {
+        return (awaited.isByHand ? "Bring the radio to " : "Waiting for ") + wanted + now +
+               "; Enter when it is there, or type what it is";
+    }
+    return (awaited.isByHand ? "Bring the radio to " : "waiting for ") + wanted +
+           (now.empty() ? ", now unknown" : now);
 }
 
 void CalibrationText::warns(const std::string& reservation) {
@@ -133,7 +155,7 @@ void CalibrationText::qualified(const Qualification& qualification) {
 }
 
 void CalibrationText::awaits(const AwaitedTemperature& awaited, bool isBeginning) {
-    if (isBeginning) {
+    if (isBeginning || (awaited.isByWord && awaited.now)) {
         m_out << "     " << awaitedText(awaited) << "\n" << std::flush;
     }
 }
@@ -146,7 +168,10 @@ void CalibrationText::begins(const Board& board, const Result& result, std::size
           << counted(settings.temperatures.size(), "temperature") << ", " << settings.temperatures.front()
           << " to " << settings.temperatures.back() << " degrees\n";
     if (result.isHardware) {
-        m_out << temperatureText(board, settings) << "\n";
+        m_out << temperatureText(board, result) << "\n";
+        if (result.route != settings.temperatures) {
+            m_out << "They are gone through in the order " << joined(texts(result.route), " ") << ".\n";
+        }
     }
     if (knownProbes != 0) {
         m_out << "The journal has " << counted(knownProbes, "probe") << "; they are not made again.\n";
@@ -234,7 +259,11 @@ void CalibrationJson::qualified(const Qualification& qualification) {
 }
 
 void CalibrationJson::awaits(const AwaitedTemperature& awaited, bool /*isBeginning*/) {
-    writeJsonLine(m_out, {{"event", "awaiting"}, {"degrees", awaited.wanted}, {"now", orNull(awaited.now)}});
+    writeJsonLine(m_out, {{"event", "awaiting"},
+                          {"degrees", awaited.wanted},
+                          {"now", orNull(awaited.now)},
+                          {"by_hand", awaited.isByHand},
+                          {"by_word", awaited.isByWord}});
 }
 
 void CalibrationJson::begins(const Board& board, const Result& result, std::size_t knownProbes) {
@@ -245,7 +274,8 @@ void CalibrationJson::begins(const Board& board, const Result& result, std::size
                           {"known_probes", knownProbes},
                           {"mode", result.isHardware ? "hardware" : "simulation"},
                           {"temperature", temperatureSource(board, result)},
-                          {"settings", toJson(result.settings)}});
+                          {"settings", toJson(result.settings)},
+                          {"order_c", result.route}});
 }
 
 void CalibrationJson::calibrated(const Point& point) {

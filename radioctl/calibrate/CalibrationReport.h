@@ -20,7 +20,7 @@ struct CalibrationEnd {
     int exitCode = 0;
 };
 
-/** "waiting for 25 degrees, now 21" */
+/** "waiting for 25 degrees, now 21", or what is to be done for it. */
 std::string awaitedText(const AwaitedTemperature& awaited);
 
 /** Tells whoever runs the program how a calibration goes. */
