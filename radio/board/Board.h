@@ -131,6 +131,9 @@ struct CalibrationDescription {
     std::optional<bool> useHighDetector;
     /** The driver of a temperature chamber, which takes degrees Celsius; empty: there is none. */
     std::string chamber{};
+    /** So many degrees beside a temperature will do, and so many seconds they have to last. */
+    std::optional<std::uint32_t> tolerance{};
+    std::optional<std::uint32_t> dwell{};
     /** How long a temperature may take to come about, in minutes. */
     std::optional<std::uint32_t> awaitLimit{};
 };

@@ -18,6 +18,9 @@ constexpr Range minDeltaBounds{0, 1000000000};
 constexpr Range iterationBounds{1, 1000};
 /** In ms. */
 constexpr Range settleTimeBounds{0, 60000};
+/** In degrees, and in seconds. */
+constexpr Range toleranceBounds{0, 20};
+constexpr Range dwellBounds{0, 86400};
 /** In minutes. */
 constexpr Range awaitLimitBounds{1, 1440};
 /** In probes: less tell nothing of a band, and more nobody waits for. */

@@ -89,8 +89,8 @@ std::string readChamber(const TomlItem& item, const std::vector<DriverDescriptio
 CalibrationDescription readCalibration(const TomlItem& item, ChannelReader& channel,
                                        const std::vector<DriverDescription>& drivers) {
     item.entries({"channel", "band", "step", "temperatures", "i_range", "q_range", "shrink_factor",
-                  "min_delta", "max_iterations", "settle_time", "detector", "chamber", "await_limit",
-                  "method", "probes"});
+                  "min_delta", "max_iterations", "settle_time", "detector", "chamber", "tolerance", "dwell",
+                  "await_limit", "method", "probes"});
     CalibrationDescription calibration;
     calibration.channel = channel.read(item);
     if (const std::optional<TomlItem> method = item.find("method")) {
@@ -119,6 +119,8 @@ CalibrationDescription readCalibration(const TomlItem& item, ChannelReader& chan
     if (const std::optional<TomlItem> chamber = item.find("chamber")) {
         calibration.chamber = readChamber(*chamber, drivers);
     }
+    calibration.tolerance = readNumber(item, "tolerance", toleranceBounds);
+    calibration.dwell = readNumber(item, "dwell", dwellBounds);
     calibration.awaitLimit = readNumber(item, "await_limit", awaitLimitBounds);
     return calibration;
 }

@@ -3,6 +3,7 @@
 
 #include "radio/board/Board.h"
 #include "radio/board/Verdict.h"
+#include "radio/calibration/ClimateTerms.h"
 #include "radio/calibration/Qualification.h"
 #include "radio/fit/Outcome.h"
 
@@ -103,9 +104,14 @@ struct Result {
     /** A real radio was calibrated, and nothing is modelled. */
     bool isHardware = false;
     Settings settings;
+    /** The temperatures of the settings in the order in which they are gone through. */
+    std::vector<std::int32_t> route{};
+    /** How a real radio gets to them. */
+    ClimateTerms climate{};
     /** What the measuring chain was found to be before the first point; nothing when nobody looked. */
     std::optional<Qualification> qualification{};
-    /** Of a search for each temperature all frequencies; of a fit where it probed. */
+    /** Of a search, in the order of the route, for each temperature all frequencies; of a fit where it
+     * probed. Once the calibration is over, temperatures ascend. */
     std::vector<Point> points;
     /** Of a fit that came to its end: what it says of itself, and the nodes of its tables, for each
      * temperature all frequencies; none when it has no tables. */

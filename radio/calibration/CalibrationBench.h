@@ -10,6 +10,16 @@
 
 namespace Radio::Calibration {
 
+/** What a person at the bench has said since the last question. */
+struct PersonsWord {
+    /** The temperature that is waited for is there. */
+    bool isThere = false;
+    /** It is this one, in degrees Celsius; nothing: the one that was asked for. */
+    std::optional<int> degrees{};
+    /** Nobody will say anything any more. */
+    bool isGone = false;
+};
+
 /** A real radio, as far as a calibration needs it. */
 struct CalibrationBench {
     /** What stands behind its drivers. */
@@ -23,13 +33,18 @@ struct CalibrationBench {
     std::function<std::optional<int>()> poll;
     /** By which it is told how long a temperature takes. */
     std::function<std::chrono::steady_clock::time_point()> now{&std::chrono::steady_clock::now};
+    /** What a person says, where nobody else knows the temperature; empty: there is none. */
+    std::function<PersonsWord()> listen{};
 };
 
 /** That of real hardware, which must outlive it and has its sensor read from now on. */
 inline CalibrationBench benchOf(Devices::Hardware& hardware) {
     hardware.startSensor();
-    return {backingsOf(&hardware), [&hardware] { return hardware.readSensor(); },
-            [&hardware] { return hardware.poll(); }, &std::chrono::steady_clock::now};
+    return {backingsOf(&hardware),
+            [&hardware] { return hardware.readSensor(); },
+            [&hardware] { return hardware.poll(); },
+            &std::chrono::steady_clock::now,
+            {}};
 }
 
 } // namespace Radio::Calibration

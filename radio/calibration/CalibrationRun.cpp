@@ -97,7 +97,8 @@ CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order
         requireTransmitter();
         result.settings = settingsFor(board, order.wishes, result.isHardware);
         if (result.isHardware) {
-            requireCalibratable(board, result.settings);
+            requireCalibratable(board, result.settings, order.isAttended);
+            result.climate = climateTermsFor(board, order.wishes, order.isAttended);
         }
         m_tables = m_tables.empty() ? tablesOf(board, order.wishes.channel) : m_tables;
     }
@@ -287,6 +288,10 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const Cali
     m_outcome.journal = m_journalFile.string();
     m_outcome.wanted = result.settings.frequencies.size() * result.settings.temperatures.size();
     calibrateAll(listener, bench);
+    // Whatever the way was, tables are the same.
+    std::stable_sort(
+        m_outcome.result.points.begin(), m_outcome.result.points.end(),
+        [](const Point& one, const Point& other) { return one.temperature < other.temperature; });
     m_outcome.summary = summary();
     m_outcome.verdict = verdictOn(result, m_outcome.summary, m_board.limits);
     m_outcome.result.verdict = m_outcome.verdict.kind();
@@ -317,7 +322,13 @@ void CalibrationRun::calibrateAll(CalibrationListener& listener, const Calibrati
     booted.requireUp();
     std::optional<Climate> climate;
     if (isBench) {
-        climate.emplace(m_board, settings.channel, bench);
+        climate.emplace(m_board, settings.channel, result.climate, bench);
+    }
+    try {
+        chooseRoute(bench);
+    } catch (const InputError& error) {
+        m_outcome.trouble = error.what();
+        return;
     }
     m_goOn = [&] {
         CalibrationProgress now = progress();
@@ -335,9 +346,8 @@ void CalibrationRun::calibrateAll(CalibrationListener& listener, const Calibrati
     const auto start = std::chrono::steady_clock::now();
     if (qualify(calibrator, listener) && m_goesOn) {
         probing.readings = settings.readings;
-        m_outcome.isComplete = settings.method == CalibrationMethod::fit
-                                   ? fitAll(calibrator, listener, startTemperature(bench))
-                                   : searchAll(calibrator, listener);
+        m_outcome.isComplete = settings.method == CalibrationMethod::fit ? fitAll(calibrator, listener)
+                                                                         : searchAll(calibrator, listener);
     }
     m_outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     m_outcome.newProbes = calibrator.newProbes() + m_outcome.qualifyingReadings;
@@ -357,7 +367,7 @@ void CalibrationRun::stopFor(const Calibrator& calibrator) {
 
 bool CalibrationRun::searchAll(Calibrator& calibrator, CalibrationListener& listener) {
     Result& result = m_outcome.result;
-    for (const std::int32_t temperature : result.settings.temperatures) {
+    for (const std::int32_t temperature : result.route) {
         for (const std::uint32_t frequency : result.settings.frequencies) {
             const JournaledProbes& known = m_known.probes[{temperature, frequency}];
             Point point = calibrator.calibrate(frequency, temperature, known);
@@ -379,19 +389,7 @@ bool CalibrationRun::searchAll(Calibrator& calibrator, CalibrationListener& list
     return true;
 }
 
-/** Where the unit is when a fit begins, in degrees Celsius; one that goes on began where its journal does. */
-std::int32_t CalibrationRun::startTemperature(const CalibrationBench& bench) const {
-    const std::vector<std::int32_t>& ends = m_outcome.result.settings.temperatures;
-    if (m_known.firstTemperature) {
-        return *m_known.firstTemperature;
-    }
-    const bool isBench = m_outcome.result.isHardware && !isOffline();
-    const std::optional<int> sensed = isBench ? bench.sense() : std::nullopt;
-    return sensed.value_or(ends.front());
-}
-
-bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listener,
-                            std::int32_t startTemperature) {
+bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listener) {
     Result& result = m_outcome.result;
     const LeakageDescription* const leakage =
         result.isHardware ? nullptr : findLeakage(m_board, result.settings.channel);
@@ -408,7 +406,7 @@ bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listene
         result.points.push_back(std::move(point));
     };
     FitProber prober(calibrator, m_known.probes, result.isHardware && !isOffline(), {goOn, fitted});
-    Fit::Outcome outcome = Fit::calibrate(fitOrder(m_board, result, startTemperature), prober);
+    Fit::Outcome outcome = Fit::calibrate(fitOrder(m_board, result), prober);
     prober.leave();
     // A real transmitter is not to be left with what was only a probe.
     calibrator.restore();
@@ -434,9 +432,8 @@ bool CalibrationRun::qualify(Calibrator& calibrator, CalibrationListener& listen
     if (!m_order.qualifies || isOffline() || result.qualification || !m_known.probes.empty()) {
         return true;
     }
-    const Qualification found =
-        calibrator.qualify(result.settings.frequencies.front(), result.settings.temperatures.front(),
-                           statedSettleTime(m_board, m_order.wishes));
+    const Qualification found = calibrator.qualify(result.settings.frequencies.front(), result.route.front(),
+                                                   statedSettleTime(m_board, m_order.wishes));
     m_outcome.qualifyingReadings = found.taken;
     m_outcome.trouble = calibrator.whyStopped();
     if (found.isInterrupted || !m_outcome.trouble.empty()) {
@@ -456,6 +453,19 @@ bool CalibrationRun::qualify(Calibrator& calibrator, CalibrationListener& listen
     }
     listener.qualified(found);
     return found.isGood();
+}
+
+void CalibrationRun::chooseRoute(const CalibrationBench& bench) {
+    Result& result = m_outcome.result;
+    result.route = m_known.route.empty() ? result.settings.temperatures : m_known.route;
+    const bool isNew = result.isHardware && !isOffline() && m_known.route.empty() && m_known.probes.empty();
+    if (!isNew || !m_board.hardware.description.sensor) {
+        return;
+    }
+    result.route = routeThrough(result.settings.temperatures, bench.sense());
+    if (result.route != result.settings.temperatures) {
+        m_journal->enterRoute(result.route);
+    }
 }
 
 /** A journal of nothing helps nobody; one that was there before stays. */

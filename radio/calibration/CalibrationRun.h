@@ -53,6 +53,9 @@ struct CalibrationOrder {
     /** A real radio is calibrated; what is modelled of the channel does not matter then. Not with
      * Beginning::offline, where the journal says it. */
     bool isHardware = false;
+    /** Somebody is there who brings temperatures about where no chamber does, and tells them where no sensor
+     * does. On hardware. */
+    bool isAttended = false;
     /** Of the program that calibrates; stands in files behind the word "radioctl". */
     std::string version{};
     /** Where it is calibrated; stands in the tables. Empty: nobody says. */
@@ -215,12 +218,13 @@ private:
     bool qualify(Calibrator& calibrator, CalibrationListener& listener);
     void abandonJournal();
     void stopFor(const Calibrator& calibrator);
+    /** The temperatures in the order in which they are gone through. */
+    void chooseRoute(const CalibrationBench& bench);
     void use(const Qualification& qualification);
     void calibrateAll(CalibrationListener& listener, const CalibrationBench& bench);
     /** These two give whether all points were calibrated. */
     bool searchAll(Calibrator& calibrator, CalibrationListener& listener);
-    std::int32_t startTemperature(const CalibrationBench& bench) const;
-    bool fitAll(Calibrator& calibrator, CalibrationListener& listener, std::int32_t startTemperature);
+    bool fitAll(Calibrator& calibrator, CalibrationListener& listener);
     void note(const Point& point, bool isFromJournal);
     void store();
     CalibrationProgress progress() const;

@@ -57,7 +57,7 @@ Result asTables(const Result& result) {
     return tables;
 }
 
-Fit::Order fitOrder(const Board& board, const Result& result, std::int32_t startTemperature) {
+Fit::Order fitOrder(const Board& board, const Result& result) {
     const Settings& settings = result.settings;
     const LeakageDescription* const leakage =
         result.isHardware ? nullptr : findLeakage(board, settings.channel);
@@ -66,7 +66,7 @@ Fit::Order fitOrder(const Board& board, const Result& result, std::int32_t start
     order.highCarrier = settings.frequencies.back();
     order.lowTemperature = settings.temperatures.front();
     order.highTemperature = settings.temperatures.back();
-    order.startTemperature = startTemperature;
+    order.startTemperature = result.route.front();
     order.i = branchOf(settings.i, leakage == nullptr ? 1 : leakage->i.step);
     order.q = branchOf(settings.q, leakage == nullptr ? 1 : leakage->q.step);
     order.detector = detectorOf(settings, leakage, result.qualification);

@@ -12,8 +12,9 @@
 /** Between a calibration and the fit that it has made. */
 namespace Radio::Calibration {
 
-/** What a fit is asked for by a calibration, `result`, that has no points yet. */
-Fit::Order fitOrder(const Board& board, const Result& result, std::int32_t startTemperature);
+/** What a fit is asked for by a calibration, `result`, that has no points yet. It begins where its route
+ * does. */
+Fit::Order fitOrder(const Board& board, const Result& result);
 
 /** A point that was fitted, with its probes. `leakage` is that of the modelled transmitter, which says what
  * really leaks; null on hardware. */

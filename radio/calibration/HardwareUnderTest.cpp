@@ -123,7 +123,7 @@ void add(Fingerprint& fingerprint, const Board& board, const DriverHardware& har
 
 } // namespace
 
-void requireCalibratable(const Board& board, const Settings& settings) {
+void requireCalibratable(const Board& board, const Settings& settings, bool isAttended) {
     const SearchDrivers drivers = driversOf(board, settings.channel);
     if (drivers.i.empty() || drivers.q.empty()) {
         fail(board, settings.channel,
@@ -138,7 +138,7 @@ void requireCalibratable(const Board& board, const Settings& settings) {
     requireCorrections(board, settings, drivers);
     requireHardware(board, settings.channel, detector, "read", &DriverHardware::read);
     requireChamber(board, settings);
-    if (!board.hardware.description.sensor && settings.temperatures.size() > 1) {
+    if (!board.hardware.description.sensor && !isAttended && settings.temperatures.size() > 1) {
         throw ChoiceError({board.file.string(), 0},
                           "channel " + std::to_string(settings.channel) + ": " +
                               std::to_string(settings.temperatures.size()) +

@@ -14,9 +14,10 @@ namespace Radio::Calibration {
  * Throws InputError unless a calibration can be carried out on what the board describes: corrections have
  * hardware that can be written, the detector has some that can be read, ranges lie within those of the
  * drivers (else ChoiceError, with the choice "i-range" or "q-range"), and there is a way to know the
- * temperature (else with the choice "temperatures"). `settings` are for one of the board's channels.
+ * temperature (else with the choice "temperatures"): several want a sensor, or somebody who is there.
+ * `settings` are for one of the board's channels.
  */
-void requireCalibratable(const Board& board, const Settings& settings);
+void requireCalibratable(const Board& board, const Settings& settings, bool isAttended = false);
 
 /** Sixteen hexadecimal digits that change with what the channel's corrections and detectors are in hardware:
  * where they are, and how their numbers are converted. */

@@ -123,6 +123,8 @@ public:
                 m_content.header = headerFrom(json);
             } else if (json.contains("finished")) {
                 m_content.isFinished = true;
+            } else if (json.contains("order_c")) {
+                m_content.route = routeFromJson(json.at("order_c"), m_content.header.settings);
             } else if (json.contains("qualified")) {
                 m_content.qualification = qualificationFromJson(json.at("qualified"));
             } else {
@@ -160,9 +162,6 @@ private:
                     std::nullopt};
         if (!json.at("reading").is_null()) {
             probe.reading = wholeNumber<std::int32_t>(json.at("reading"));
-        }
-        if (m_content.probes.empty()) {
-            m_content.firstTemperature = temperature;
         }
         m_content.probes[{temperature, frequency}].push_back({probe, m_place.line});
         m_content.isFinished = false;
@@ -396,6 +395,10 @@ void Journal::enter(std::uint32_t frequency, std::int32_t temperature, const Pro
 
 void Journal::enter(const Qualification& qualification) {
     append({{"qualified", toJson(qualification)}});
+}
+
+void Journal::enterRoute(const std::vector<std::int32_t>& temperatures) {
+    append({{"order_c", temperatures}});
 }
 
 void Journal::finish() {

@@ -48,10 +48,10 @@ using KnownProbes = std::map<std::pair<std::int32_t, std::uint32_t>, JournaledPr
 struct JournalContent {
     JournalHeader header;
     KnownProbes probes;
-    /** Of its first probe; nothing when it has none. */
-    std::optional<std::int32_t> firstTemperature{};
     /** What the measuring chain was found to be; journals of before have nothing of it. */
     std::optional<Qualification> qualification{};
+    /** The order in which temperatures are gone through; empty: ascending. */
+    std::vector<std::int32_t> route{};
     /** The calibration came to its end. */
     bool isFinished = false;
     /** The size of what can be used; a last line behind it that was not written whole counts as never
@@ -94,12 +94,14 @@ public:
     Journal& operator=(Journal&& other) = delete;
     ~Journal();
 
-    /** Takes away what stands behind the usable part. As the next three, throws InputError when the file
+    /** Takes away what stands behind the usable part. As the next four, throws InputError when the file
      * cannot be written. */
     void cutOff(std::uintmax_t size);
     /** `frequency` is in kHz, `temperature` in degrees Celsius. */
     void enter(std::uint32_t frequency, std::int32_t temperature, const Probe& probe);
     void enter(const Qualification& qualification);
+    /** The order in which temperatures are gone through. */
+    void enterRoute(const std::vector<std::int32_t>& temperatures);
     /** Says that nothing will follow. */
     void finish();
     /** Something could not be written for want of room on the disk. */

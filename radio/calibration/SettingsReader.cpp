@@ -77,6 +77,18 @@ Settings settingsFromJson(const ParsedJson& json) {
     return settings;
 }
 
+std::vector<std::int32_t> routeFromJson(const ParsedJson& json, const Settings& settings) {
+    std::vector<std::int32_t> route;
+    for (const ParsedJson& element : json) {
+        route.push_back(wholeNumber<std::int32_t>(element, temperatureBounds));
+    }
+    if (!std::is_permutation(route.begin(), route.end(), settings.temperatures.begin(),
+                             settings.temperatures.end())) {
+        throw std::runtime_error("not an order of the temperatures");
+    }
+    return route;
+}
+
 Qualification qualificationFromJson(const ParsedJson& json) {
     constexpr std::int64_t mostTaken = 1000;
     Qualification qualification;

@@ -10,6 +10,7 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 /** Reads the settings of a calibration, and numbers, out of a journal. */
 namespace Radio::Calibration {
@@ -35,6 +36,8 @@ Number wholeNumber(const ParsedJson& json, const Range& bounds = {std::numeric_l
 /** Reads what toJson() of settings gives; throws nlohmann's exceptions or std::runtime_error for anything
  * else. */
 Settings settingsFromJson(const ParsedJson& json);
+/** The temperatures of `settings` in another order, likewise. */
+std::vector<std::int32_t> routeFromJson(const ParsedJson& json, const Settings& settings);
 /** The same for a qualification. */
 Qualification qualificationFromJson(const ParsedJson& json);
 

@@ -4,6 +4,7 @@
 #include "radio/text/Frequency.h"
 #include "radio/text/Numbers.h"
 #include "radio/text/Words.h"
+#include "radioctl/calibrate/Attendant.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/options/Values.h"
 #include "radioctl/report/Label.h"
@@ -78,6 +79,8 @@ CalibrationCommandLine::CalibrationCommandLine(CommandLine::Command program)
     addHardwareOption(m_calibrate, m_options.hardware);
     m_calibrate.flag("--force", m_options.isForced,
                      "On hardware, calibrate also what is outside\nthe board's rasters, limits and ranges");
+    m_calibrate.flag("--attended", m_options.order.isAttended,
+                     "On hardware: somebody brings temperatures\nabout; so it is at a terminal");
     m_calibrate.flag("-v,--verbose", m_options.isVerbose, "Show every point");
     m_calibrate.json(m_options.json);
 }
@@ -126,6 +129,12 @@ void CalibrationCommandLine::addSettings() {
     m_calibrate.option("--detector", m_detector, "low (also the only one) or high")
         .named("RANGE")
         .oneOf({"low", "high"});
+    m_calibrate.option("--tolerance", wishes.tolerance, "On hardware: how far from a temperature will do")
+        .named("DEGREES")
+        .within(toleranceBounds.low, toleranceBounds.high, "degrees");
+    m_calibrate.option("--dwell", wishes.dwell, "On hardware: how long it has to last")
+        .named("S")
+        .within(dwellBounds.low, dwellBounds.high, "s");
     m_calibrate
         .option("--serial", m_options.order.serial, "Serial number of the radio; otherwise the\nboard's")
         .named("TEXT")
@@ -181,6 +190,7 @@ std::string CalibrationCommandLine::takeOptions() {
     m_options.order.version = RADIOCTL_VERSION;
     m_options.order.isHardware = m_options.hardware.hardware;
     m_options.order.qualifies = !m_isNotQualified;
+    m_options.order.isAttended |= m_options.hardware.hardware && !m_options.json && isAttendedTerminal();
     if (m_resumes + m_restarts + (m_offline.empty() ? 0 : 1) > 1) {
         return "--resume, --restart and --offline exclude each other";
     }
@@ -193,7 +203,8 @@ std::string CalibrationCommandLine::takeOptions() {
     m_options.order.beginning = Beginning::offline;
     for (const char* const option :
          {"--band", "--step", "--temperatures", "--i-range", "--q-range", "--shrink", "--settle-time",
-          "--detector", "--serial", "--journal", "--real-time", "--no-qualify", "--hardware", "--force"}) {
+          "--detector", "--serial", "--journal", "--real-time", "--no-qualify", "--attended", "--tolerance",
+          "--dwell", "--hardware", "--force"}) {
         if (m_calibrate.has(option)) {
             return std::string(option) + ": not together with --offline, whose journal says it";
         }

@@ -19,7 +19,10 @@ Json roundedOrNull(const std::optional<double>& level) {
 }
 
 const char* temperatureSource(const Board& board, const Result& result) {
-    return !result.isHardware ? "modelled" : board.hardware.description.sensor ? "sensor" : "given";
+    if (!result.isHardware) {
+        return "modelled";
+    }
+    return board.hardware.description.sensor ? "sensor" : result.climate.isAttended ? "person" : "given";
 }
 
 Json toJson(const std::optional<Worst>& worst) {
@@ -58,7 +61,11 @@ void CalibrationJson::qualified(const Qualification& qualification) {
 }
 
 void CalibrationJson::awaits(const AwaitedTemperature& awaited, bool /*isBeginning*/) {
-    writeJsonLine(m_out, {{"event", "awaiting"}, {"degrees", awaited.wanted}, {"now", orNull(awaited.now)}});
+    writeJsonLine(m_out, {{"event", "awaiting"},
+                          {"degrees", awaited.wanted},
+                          {"now", orNull(awaited.now)},
+                          {"by_hand", awaited.isByHand},
+                          {"by_word", awaited.isByWord}});
 }
 
 void CalibrationJson::begins(const Board& board, const Result& result, std::size_t knownProbes) {
@@ -70,7 +77,8 @@ void CalibrationJson::begins(const Board& board, const Result& result, std::size
                           {"known_probes", knownProbes},
                           {"mode", result.isHardware ? "hardware" : "simulation"},
                           {"temperature", temperatureSource(board, result)},
-                          {"settings", toJson(result.settings)}});
+                          {"settings", toJson(result.settings)},
+                          {"order_c", result.route}});
 }
 
 void CalibrationJson::calibrated(const Point& point) {

@@ -7,6 +7,7 @@
 #include "radio/session/BootedRadio.h"
 #include "radio/text/Words.h"
 #include "radioctl/bench/HardwareUse.h"
+#include "radioctl/calibrate/Attendant.h"
 #include "radioctl/calibrate/CalibrationReport.h"
 #include "radioctl/calibrate/Reservations.h"
 #include "radioctl/calibrate/page/CalibrationPage.h"
@@ -183,10 +184,12 @@ int CalibrationProgram::calibrate(const Board& board, CalibrationRun& run, const
     HardwareUse use(board, m_options.hardware, std::cout, m_options.json);
     // Hardware that cannot be taken is not to leave a journal of nothing each time.
     run.open();
+    Attendant attendant(m_interrupt, m_options.json ? std::cerr : std::cout);
     CalibrationBench bench;
     if (use.isReal()) {
         use.hardware()->setForced(m_options.isForced);
         bench = benchOf(*use.hardware());
+        bench.listen = [&attendant] { return attendant.listen(); };
     }
     const std::unique_ptr<CalibrationReport> report =
         m_options.json ? std::unique_ptr<CalibrationReport>(std::make_unique<CalibrationJson>(std::cout))

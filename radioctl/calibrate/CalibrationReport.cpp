@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
+#include <iterator>
 #include <vector>
 
 namespace Radio::Calibration {
@@ -26,6 +27,13 @@ std::string textOrDash(const std::optional<double>& level) {
 
 std::string textOrDash(const std::optional<std::int32_t>& reading) {
     return reading ? std::to_string(*reading) : "-";
+}
+
+std::vector<std::string> texts(const std::vector<std::int32_t>& numbers) {
+    std::vector<std::string> result;
+    std::transform(numbers.begin(), numbers.end(), std::back_inserter(result),
+                   [](std::int32_t number) { return std::to_string(number); });
+    return result;
 }
 
 std::string placeText(const Worst& worst) {
@@ -75,12 +83,17 @@ std::string pointsText(const CalibrationOutcome& outcome) {
 }
 
 /** How the temperatures of a real radio come about. */
-std::string temperatureText(const Board& board, const Settings& settings) {
-    return board.hardware.description.sensor
-               ? "Each temperature begins when the sensor is within " + std::to_string(Climate::tolerance) +
-                     " degrees of it."
-               : "There is no [sensor]: the radio is taken to be at " +
-                     std::to_string(settings.temperatures.front()) + " degrees.";
+std::string temperatureText(const Board& board, const Result& result) {
+    const ClimateTerms& climate = result.climate;
+    const auto dwell = static_cast<std::uint64_t>(climate.dwell.count());
+    if (board.hardware.description.sensor) {
+        return "Each temperature begins when the sensor " +
+               (dwell == 0 ? "is" : "has been for " + counted(dwell, "second")) + " within " +
+               counted(static_cast<std::uint64_t>(climate.tolerance), "degree") + " of it.";
+    }
+    return climate.isAttended ? "There is no [sensor]: each temperature begins when you say so."
+                              : "There is no [sensor]: the radio is taken to be at " +
+                                    std::to_string(result.settings.temperatures.front()) + " degrees.";
 }
 
 /** What could be stored if it were accepted, and with which options. */
@@ -132,8 +145,14 @@ std::string storedText(const CalibrationOutcome& outcome, const CalibrationEnd& 
 }
 
 std::string awaitedText(const AwaitedTemperature& awaited) {
-    return "waiting for " + std::to_string(awaited.wanted) + " degrees, now " +
-           (awaited.now ? std::to_string(*awaited.now) : "unknown");
+    const std::string wanted = std::to_string(awaited.wanted) + " degrees";
+    const std::string now = awaited.now ? ", now " + std::to_string(*awaited.now) : "";
+    if (awaited.isByWord) {
+        return (awaited.isByHand ? "Bring the radio to " : "Waiting for ") + wanted + now +
+               "; Enter when it is there, or type what it is";
+    }
+    return (awaited.isByHand ? "Bring the radio to " : "waiting for ") + wanted +
+           (now.empty() ? ", now unknown" : now);
 }
 
 void CalibrationText::warns(const std::string& reservation) {
@@ -155,7 +174,7 @@ void CalibrationText::makesRoom(const std::string& file, const PutAway& putAway)
 }
 
 void CalibrationText::awaits(const AwaitedTemperature& awaited, bool isBeginning) {
-    if (isBeginning) {
+    if (isBeginning || (awaited.isByWord && awaited.now)) {
         m_out << "     " << awaitedText(awaited) << "\n" << std::flush;
     }
 }
@@ -165,7 +184,10 @@ void CalibrationText::begins(const Board& board, const Result& result, std::size
     m_out << board.name << " (" << board.file.string() << "), serial " << harmless(result.serial)
           << "\nChannel " << settings.channel << ": " << askedText(settings) << "\n";
     if (result.isHardware) {
-        m_out << temperatureText(board, settings) << "\n";
+        m_out << temperatureText(board, result) << "\n";
+        if (result.route != settings.temperatures) {
+            m_out << "They are gone through in the order " << joined(texts(result.route), " ") << ".\n";
+        }
     }
     if (knownProbes != 0) {
         m_out << "The journal has " << counted(knownProbes, "probe") << "; they are not made again.\n";

@@ -23,7 +23,7 @@ struct CalibrationEnd {
 /** Whether tables were stored, and why not: so that nobody takes a calibration for another one. */
 std::string storedText(const CalibrationOutcome& outcome, const CalibrationEnd& end);
 
-/** "waiting for 25 degrees, now 21" */
+/** "waiting for 25 degrees, now 21", or what is to be done for it. */
 std::string awaitedText(const AwaitedTemperature& awaited);
 
 /** Tells whoever runs the program how a calibration goes. */

@@ -56,7 +56,7 @@ public:
                     return found == m_backings.end() ? nullptr : found->second.get();
                 },
                 [this] { return nextTemperature(); }, [this] { return nextTemperature(); },
-                [this] { return m_now += timeBetweenQuestions; }};
+                [this] { return m_now += timeBetweenQuestions; }, [this] { return nextWord(); }};
     }
 
     /** "lo", "i", "q" or "chamber", and what was written, in order. */
@@ -71,6 +71,8 @@ public:
     bool isStuck = false;
     /** By how much the time goes on whenever somebody looks at the clock. */
     std::chrono::minutes timeBetweenQuestions{0};
+    /** What a person says one time after the other. */
+    std::deque<PersonsWord> words{};
     /** What the sensor says one time after the other; the last for ever. */
     std::deque<int> temperatures = {25};
 
@@ -114,6 +116,15 @@ private:
         }
         value = std::llround(std::hypot(static_cast<double>(m_i + 480), static_cast<double>(m_q - 120)));
         return 0;
+    }
+
+    PersonsWord nextWord() {
+        if (words.empty()) {
+            return {};
+        }
+        const PersonsWord word = words.front();
+        words.pop_front();
+        return word;
     }
 
     std::optional<int> nextTemperature() {
@@ -587,7 +598,7 @@ TEST_F(HardwareCalibrationTest, TemperatureThatDriftsAwayIsRemarkedUpon) {
 }
 
 TEST_F(HardwareCalibrationTest, ChamberIsToldTheTemperatureFirst) {
-    std::string board = with("min_delta = 60", "min_delta = 60\nchamber = \"chamber\"");
+    std::string board = with("min_delta = 60", "min_delta = 60\nchamber = \"chamber\"\ndwell = 0");
     board.replace(board.find("[drivers]"), 9, "[drivers]\n\"chamber\" = {}");
     m_board = load(board + "\n[hardware.chamber]\nwrite = \"/bench/chamber\"\nrange = [-40, 60]\n");
     m_order.wishes.temperatures = {-10, 50};
@@ -595,8 +606,9 @@ TEST_F(HardwareCalibrationTest, ChamberIsToldTheTemperatureFirst) {
     radio.temperatures = {80};
     m_order.wishes.band = Range{18000000, 18000000};
     const CalibrationOutcome outcome = run(radio);
-    EXPECT_EQ(radio.writes.at(0), "chamber -10");
-    EXPECT_THAT(radio.writesTo("chamber"), ElementsAre("chamber -10", "chamber 50"));
+    // The unit is at 80 degrees: 50 come first.
+    EXPECT_EQ(radio.writes.at(0), "chamber 50");
+    EXPECT_THAT(radio.writesTo("chamber"), ElementsAre("chamber 50", "chamber -10"));
     EXPECT_TRUE(outcome.isGood);
     m_order.wishes.temperatures = {25, 61};
     EXPECT_THAT(settling(), HasSubstr("\"chamber\" takes -40 to 60 degrees, not 61, expected temperatures "
@@ -628,6 +640,56 @@ TEST_F(HardwareCalibrationTest, WithoutASensorOneTemperatureIsTakenAsGiven) {
 TEST_F(HardwareCalibrationTest, ChamberIsADriverOfTheBoard) {
     EXPECT_THAT(refusal([] { load(with("min_delta = 60", "min_delta = 60\nchamber = \"chamber\"")); }),
                 HasSubstr("chamber: the board has no driver \"chamber\", expected one of [drivers]"));
+}
+
+TEST_F(HardwareCalibrationTest, OrderOfTemperaturesIsKeptAndTablesDoNotDependOnIt) {
+    std::string board = with("min_delta = 60", "min_delta = 60\nchamber = \"chamber\"\ndwell = 0");
+    board.replace(board.find("[drivers]"), 9, "[drivers]\n\"chamber\" = {}");
+    m_board = load(board + "\n[hardware.chamber]\nwrite = \"/bench/chamber\"\n");
+    m_order.wishes.temperatures = {-10, 25, 50};
+    m_order.wishes.band = Range{18000000, 18000000};
+    FakeRadio radio(m_board);
+    radio.temperatures = {30};
+    const CalibrationOutcome outcome = run(radio);
+    ASSERT_THAT(outcome.result.points, SizeIs(3));
+    EXPECT_THAT(radio.writesTo("chamber"), ElementsAre("chamber 50", "chamber 25", "chamber -10"));
+    EXPECT_THAT(contentOf(journal), HasSubstr("\n{\"order_c\":[50,25,-10]}\n"));
+    EXPECT_EQ(outcome.result.points.at(0).temperature, -10);
+    m_order.beginning = Beginning::resume;
+    FakeRadio colder(m_board);
+    colder.temperatures = {-40};
+    EXPECT_THAT(run(colder).result.route, ElementsAre(50, 25, -10));
+}
+
+TEST_F(HardwareCalibrationTest, TemperatureHasToLastForTheDwellTime) {
+    m_order.wishes.dwell = 10 * 60;
+    m_radio.temperatures = {25, 25, 30, 25};
+    m_radio.timeBetweenQuestions = std::chrono::minutes(1);
+    EXPECT_TRUE(run().isGood);
+    // Once away, and then near for ten minutes, of which two go by from one look to the next.
+    EXPECT_THAT(m_awaited, testing::Contains("25, now 30"));
+    EXPECT_GE(m_awaited.size(), 5U);
+}
+
+TEST_F(HardwareCalibrationTest, PersonSaysThatTheTemperatureIsThere) {
+    m_board = load(hardwareBoardWithoutSensor("/bench"));
+    m_order.wishes.temperatures = {25, 50};
+    m_order.isAttended = true;
+    m_radio.temperatures = {};
+    m_radio.words = {{}, {true}, {}, {true, 40}, {}, {true, 51}};
+    const CalibrationOutcome outcome = run();
+    EXPECT_TRUE(outcome.isGood);
+    EXPECT_THAT(m_awaited, AllOf(testing::Contains("25, now unknown"), testing::Contains("50, now unknown"),
+                                 testing::Contains("50, now 40")));
+}
+
+TEST_F(HardwareCalibrationTest, PersonWhoHasGoneStopsTheCalibration) {
+    m_board = load(hardwareBoardWithoutSensor("/bench"));
+    m_order.isAttended = true;
+    m_radio.words = {{false, {}, true}};
+    const CalibrationOutcome outcome = run();
+    EXPECT_EQ(outcome.trouble, "nobody is there any more who says that 25 degrees have come about");
+    EXPECT_THAT(m_radio.writes, IsEmpty());
 }
 
 } // namespace

@@ -1,0 +1,219 @@
+#include "tests/devices/Instrument.h"
+#include "tests/radio/support/HardwareBoard.h"
+#include "tests/radioctl/program/HardwareTest.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <regex>
+#include <thread>
+
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+/**
+ * A bench of scripted instruments on the loopback: one is the transmitter with its corrections and its
+ * detector, the other a chamber with the sensor. What leaks least moves with the temperature.
+ */
+class ScriptedBench {
+public:
+    ScriptedBench()
+        : m_transmitter([this](const std::string& line) { return transmit(line); }),
+          m_chamber([this](const std::string& line) { return heat(line); }) {}
+
+    std::string transmitter() const { return m_transmitter.address(); }
+    std::string chamber() const { return m_chamber.address(); }
+    std::vector<std::string> chamberHeard() { return m_chamber.heard(); }
+
+private:
+    DeviceTests::Reaction transmit(const std::string& line) {
+        if (line.rfind("I ", 0) == 0) {
+            m_i = std::stol(line.substr(2));
+        } else if (line.rfind("Q ", 0) == 0) {
+            m_q = std::stol(line.substr(2));
+        } else if (line == "DET?") {
+            const auto i = static_cast<double>(m_i + 480 + m_degrees);
+            const auto q = static_cast<double>(m_q - 120);
+            return {std::to_string(std::lround(250 * std::log10(i * i + q * q + 100))) + "\n"};
+        }
+        return {};
+    }
+    /** Five degrees nearer each time that somebody looks. */
+    DeviceTests::Reaction heat(const std::string& line) {
+        if (line.rfind("TEMP ", 0) == 0) {
+            m_wanted = std::stoi(line.substr(5));
+        } else if (line == "SENS?") {
+            m_degrees = m_degrees + std::clamp(m_wanted - m_degrees, -5, 5);
+            return {std::to_string(m_degrees) + "\n"};
+        }
+        return {};
+    }
+
+    long m_i = 0;
+    long m_q = 0;
+    std::atomic<int> m_degrees{25};
+    int m_wanted = 25;
+    DeviceTests::Instrument m_transmitter;
+    DeviceTests::Instrument m_chamber;
+};
+
+class ScriptedBenchTest : public HardwareTest {
+protected:
+    ScriptedBenchTest() {
+        write("lo", "0\n");
+        write("board.toml", board());
+    }
+
+    std::string board() const {
+        std::string text = leakageBoard("range = [0, 4095]", "chamber = \"chamber\"\ndwell = 0\n");
+        const std::size_t begin = text.find("[[leakage]]");
+        text.erase(begin, text.find("[[calibration]]") - begin);
+        text.replace(text.find("[drivers]"), 9, "[drivers]\n\"chamber\" = {}");
+        const auto on = [](const std::string& driver, const std::string& device, const std::string& rest) {
+            return "\n[hardware.\"" + driver + "\"]\ndevice = \"" + device + "\"\n" + rest + "\n";
+        };
+        const std::string range = "range = [-1000, 1000]\non_exit = 0";
+        return text + "\n[devices]\nbench = { scpi = \"" + m_bench.transmitter() +
+               "\" }\nchamber = { scpi = \"" + m_bench.chamber() + "\" }\n" +
+               on("channel.1.tx.rf.mixer.i", "bench", "write = \"I {}\"\n" + range) +
+               on("channel.1.tx.rf.mixer.q", "bench", "write = \"Q {}\"\n" + range) +
+               on("channel.1.tx.rf.detector.v", "bench", "read = \"DET?\"") +
+               on("chamber", "chamber", "write = \"TEMP {}\"\nrange = [-40, 70]\non_exit = 25") +
+               "\n[sensor]\ndevice = \"chamber\"\nread = \"SENS?\"\ninterval = 20\n";
+    }
+    static std::vector<std::string> arguments(const std::vector<std::string>& options) {
+        std::vector<std::string> words{"calibrate",     "--hardware", "board.toml",
+                                       "--channel",     "1",          "--temperatures=-10,12,33,50",
+                                       "--settle-time", "1"};
+        words.insert(words.end(), options.begin(), options.end());
+        return words;
+    }
+    static std::string tables(const std::string& file) {
+        return std::regex_replace(contentOf(file), std::regex("# date: .*\n"), "");
+    }
+    /** Kills a calibration once its journal has so many lines. */
+    void killAt(long lines, const std::string& beginning) {
+        Process process(invoke(arguments({beginning})));
+        for (int waits = 0; waits < 3000 && linesOfJournal() < lines; ++waits) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        process.signal(SIGKILL);
+        EXPECT_EQ(process.finish().exitCode, -SIGKILL);
+        EXPECT_GE(linesOfJournal(), lines);
+    }
+    static long linesOfJournal() {
+        const std::string entered = contentOf("board.channel-1.journal");
+        return static_cast<long>(std::count(entered.begin(), entered.end(), '\n'));
+    }
+
+    ScriptedBench m_bench;
+};
+
+TEST_F(ScriptedBenchTest, KilledTwiceAndResumedGivesTheSameTables) {
+    const Ending whole = run(arguments({"--out", "whole.csv", "--journal", "whole.journal"}));
+    ASSERT_EQ(whole.exitCode, 0) << whole.output << whole.errors;
+    EXPECT_THAT(whole.output,
+                AllOf(HasSubstr("They are gone through in the order 33 50 12 -10.\n"),
+                      HasSubstr("12 points of 12: 12 good"), HasSubstr("\nDetector: settles within ")));
+    const std::string expected = tables("whole.csv");
+    ASSERT_THAT(expected, HasSubstr("\n18100000,50,"));
+    m_bench.chamberHeard();
+    killAt(60, "--restart");
+    killAt(300, "--resume");
+    const Ending ending = run(arguments({"--resume"}));
+    EXPECT_EQ(ending.exitCode, 0) << ending.output << ending.errors;
+    EXPECT_EQ(tables("board.channel-1.csv"), expected);
+}
+
+TEST_F(ScriptedBenchTest, ChamberIsSentTheShortestWayAndLeftAsItIsToBe) {
+    ASSERT_EQ(run(arguments({"--band", "18GHz", "18GHz"})).exitCode, 0);
+    std::vector<std::string> sent = m_bench.chamberHeard();
+    sent.erase(std::remove(sent.begin(), sent.end(), "SENS?"), sent.end());
+    EXPECT_THAT(sent, testing::ElementsAre("TEMP 33", "TEMP 50", "TEMP 12", "TEMP -10", "TEMP 25"));
+}
+
+TEST_F(ScriptedBenchTest, QualifyOnHardwareLeavesTheRadio) {
+    const Ending ending = run({"qualify", "--hardware", "board.toml", "--channel", "1"});
+    EXPECT_EQ(ending.exitCode, 0) << ending.output << ending.errors;
+    EXPECT_THAT(ending.output, AllOf(HasSubstr(" kHz, 25 degrees, by channel.1.tx.rf.detector.v\n"),
+                                     HasSubstr("units per dB"), HasSubstr("Leaving:\n")));
+}
+
+TEST_F(ScriptedBenchTest, CtrlCWhileQualifyingLeavesTheRadio) {
+    Process process(invoke({"qualify", "--hardware", "board.toml", "--channel", "1"}));
+    ASSERT_TRUE(process.waitUntilItCatches(SIGINT));
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    process.signal(SIGINT);
+    const Ending ending = process.finish();
+    EXPECT_EQ(ending.exitCode, 130);
+    EXPECT_THAT(ending.output, HasSubstr("Leaving:\n"));
+}
+
+/** The radio on files, whose detector is stuck, and somebody who is there in place of chamber or sensor. */
+class AttendedBenchTest : public HardwareTest {
+protected:
+    AttendedBenchTest() {
+        for (const char* const file : {"lo", "i", "q"}) {
+            write(file, "0\n");
+        }
+        write("detector", "500\n");
+        write("temperature", "21\n");
+    }
+    Invocation calibration(const std::vector<std::string>& options) const {
+        std::vector<std::string> words{"calibrate",   "--hardware",       "board.toml", "--channel",     "1",
+                                       "--attended",  "--max-iterations", "1",          "--settle-time", "0",
+                                       "--no-qualify"};
+        words.insert(words.end(), options.begin(), options.end());
+        return invoke(words);
+    }
+};
+
+TEST_F(AttendedBenchTest, PersonIsToldWhatToDoAndTheSensorSaysWhenItIsDone) {
+    write("board.toml", hardwareBoard(folder()));
+    Process process(calibration({"--temperatures", "55"}));
+    ASSERT_TRUE(process.waitFor("Bring the radio to 55 degrees, now 21\n"));
+    write("temperature", "54\n");
+    EXPECT_THAT(process.finish().output, HasSubstr("3 points of 3"));
+}
+
+TEST_F(AttendedBenchTest, WithoutASensorThePersonSaysWhenItIsDone) {
+    write("board.toml", hardwareBoardWithoutSensor(folder()));
+    Process process(calibration({"--temperatures", "25,55"}));
+    ASSERT_TRUE(
+        process.waitFor("Bring the radio to 25 degrees; Enter when it is there, or type what it is\n"));
+    process.type("\n");
+    ASSERT_TRUE(process.waitFor("Bring the radio to 55 degrees"));
+    process.type("warm\n");
+    ASSERT_TRUE(process.waitFor("expected Enter, or the temperature in degrees Celsius\n"));
+    process.type("40\n");
+    ASSERT_TRUE(process.waitFor("Bring the radio to 55 degrees, now 40;"));
+    process.type("55.4\n");
+    EXPECT_THAT(process.finish().output, HasSubstr("6 points of 6"));
+}
+
+TEST_F(AttendedBenchTest, CtrlCWhileAPersonIsAskedLeavesTheRadio) {
+    write("board.toml", hardwareBoardWithoutSensor(folder()));
+    Process process(calibration({"--temperatures", "25,55"}));
+    ASSERT_TRUE(process.waitFor("Bring the radio to 25 degrees"));
+    process.signal(SIGINT);
+    const Ending ending = process.finish();
+    EXPECT_EQ(ending.exitCode, 130);
+    EXPECT_THAT(ending.output, HasSubstr("Leaving:\n"));
+}
+
+TEST_F(AttendedBenchTest, EndOfInputEndsItWhereOnlyAPersonKnows) {
+    write("board.toml", hardwareBoardWithoutSensor(folder()));
+    Process process(calibration({"--temperatures", "25,55"}));
+    ASSERT_TRUE(process.waitFor("Bring the radio to 25 degrees"));
+    process.closeInput();
+    const Ending ending = process.finish();
+    EXPECT_EQ(ending.exitCode, 3);
+    EXPECT_THAT(ending.errors, HasSubstr("nobody is there any more who says that 25 degrees"));
+    EXPECT_THAT(ending.output, HasSubstr("Leaving:\n"));
+}
+
+} // namespace
