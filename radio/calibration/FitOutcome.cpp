@@ -13,15 +13,20 @@ Fit::Branch branchOf(const Range& range, std::int32_t step) {
     return {static_cast<std::int32_t>(range.low), static_cast<std::int32_t>(range.high), step};
 }
 
+/** Nothing for the slope of a detector that is stuck, or shows less the more there is. */
+std::optional<double> usable(const std::optional<double>& slope) {
+    return slope && *slope > 0.0 ? slope : std::nullopt;
+}
+
 /** A modelled detector is known; of a real one what qualifying it has found. */
 Fit::Detector detectorOf(const Settings& settings, const LeakageDescription* leakage,
                          const std::optional<Qualification>& qualification) {
     if (leakage == nullptr) {
-        return {qualification ? qualification->slope : std::nullopt, {}, {}, {}};
+        return {qualification ? usable(qualification->slope) : std::nullopt, {}, {}, {}};
     }
     const bool isHigh = settings.useHighDetector && leakage->highDetector;
     const DetectorDescription& detector = isHigh ? *leakage->highDetector : leakage->detector;
-    return {detector.slope, detector.zero, detector.low, detector.high};
+    return {usable(detector.slope), detector.zero, detector.low, detector.high};
 }
 
 PointState stateOf(Fit::PointState state) {

@@ -36,6 +36,7 @@ protected:
     static CalibrationDescription wish() {
         CalibrationDescription wishes;
         wishes.channel = 1;
+        wishes.method = CalibrationMethod::search;
         return wishes;
     }
 
@@ -134,11 +135,34 @@ TEST_F(CalibrationSettings, AsManyPointsAsCanBe) {
 }
 
 TEST_F(CalibrationSettings, TooManyPointsAreRefused) {
-    EXPECT_EQ(complaint("method = \"search\"\nband = [1, 200000]\nstep = 1\ntemperatures = [25]"),
+    EXPECT_EQ(complaint("band = [1, 200000]\nstep = 1\ntemperatures = [25]"),
               std::string("board.toml") + ": expected at most 40000 carriers, found 200000");
-    EXPECT_EQ(complaint("method = \"search\"\nband = [1, 30000]\nstep = 1\ntemperatures = [25, 26]"),
+    EXPECT_EQ(complaint("band = [1, 30000]\nstep = 1\ntemperatures = [25, 26]"),
               std::string("board.toml") +
                   ": expected at most 40000 points, found 30000 carriers at 2 temperatures");
+}
+
+TEST_F(CalibrationSettings, MethodIsAFitUnlessSomebodySaysOtherwise) {
+    CalibrationDescription wishes;
+    wishes.channel = 1;
+    const std::string ends = "band = [100, 130]\ntemperatures = [50, 0, -10]\n";
+    const Settings fit = settings(ends, wishes);
+    EXPECT_EQ(fit.method, CalibrationMethod::fit);
+    EXPECT_THAT(fit.frequencies, ElementsAre(100, 130));
+    EXPECT_THAT(fit.temperatures, ElementsAre(-10, 50));
+    EXPECT_EQ(fit.budget, 400U);
+    EXPECT_EQ(settings(ends + "step = 10\nmethod = \"search\"", wishes).method, CalibrationMethod::search);
+    EXPECT_EQ(settings(ends + "probes = 1000", wishes).budget, 1000U);
+    wishes.probes = 60;
+    EXPECT_EQ(settings(ends + "probes = 1000", wishes).budget, 60U);
+}
+
+TEST_F(CalibrationSettings, FitOfOneCarrierAtOneTemperatureHasOneEndOfEach) {
+    CalibrationDescription wishes;
+    wishes.channel = 1;
+    const Settings fit = settings("band = [100, 100]\ntemperatures = [25]\n", wishes);
+    EXPECT_THAT(fit.frequencies, ElementsAre(100));
+    EXPECT_THAT(fit.temperatures, ElementsAre(25));
 }
 
 /** Line 18 is the first behind "channel = 1" of [[calibration]]. */
@@ -155,6 +179,8 @@ TEST_F(CalibrationSettings, WrongLinesAreNamed) {
               place + "i_range: expected the lowest value first and a higher one behind it, found 5 and 5");
     EXPECT_EQ(complaint("q_range = [-2000000000, 5]"),
               place + "q_range: expected values from -1000000000 to 1000000000, found -2000000000");
+    EXPECT_EQ(complaint("probes = 59"), place + "probes: expected a number from 60 to 100000, found 59");
+    EXPECT_THAT(complaint("method = \"guess\""), StartsWith(place + "method: "));
     EXPECT_THAT(complaint("shrink_factor = 1.0"),
                 StartsWith(place + "shrink_factor: expected a number between 0 and 1, such as 0.75"));
     EXPECT_EQ(complaint("min_delta = -1"),
