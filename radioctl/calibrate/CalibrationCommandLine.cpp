@@ -192,8 +192,9 @@ std::string CalibrationCommandLine::takeOptions() {
     }
     m_options.order.beginning = Beginning::offline;
     for (const char* const option :
-         {"--band", "--step", "--temperatures", "--i-range", "--q-range", "--shrink", "--settle-time",
-          "--detector", "--serial", "--journal", "--real-time", "--no-qualify", "--hardware", "--force"}) {
+         {"--method", "--probes", "--band", "--step", "--temperatures", "--i-range", "--q-range", "--shrink",
+          "--settle-time", "--detector", "--serial", "--journal", "--real-time", "--no-qualify", "--hardware",
+          "--force"}) {
         if (m_calibrate.has(option)) {
             return std::string(option) + ": not together with --offline, whose journal says it";
         }
