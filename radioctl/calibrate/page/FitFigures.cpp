@@ -162,37 +162,43 @@ void writeProbes(std::ostream& out, const LeakageDescription* leakage, const Poi
     Page::writeFigure(out, title, Page::drawSvg(script.str(), id, title));
 }
 
-/** The point whose probes are shown: of those that have corrections the one with the most left, and on
- * hardware with the highest last reading. Null when none has probes. */
-const Point* worstOf(const Result& result) {
-    const auto left = [&](const Point& point) {
-        return result.isHardware ? point.lastReading.value_or(0) : point.after.value_or(0.0);
-    };
-    const Point* worst = nullptr;
+/** The one with the most of something among the points that have corrections and probes; null when none has.
+ */
+template <typename Amount>
+const Point* mostOf(const Result& result, Amount amountOf) {
+    const Point* most = nullptr;
     for (const Point& point : result.points) {
         const bool isShown = point.state != PointState::failed && !point.probes.empty();
-        if (isShown && (worst == nullptr || left(point) > left(*worst))) {
-            worst = &point;
+        if (isShown && (most == nullptr || amountOf(point) > amountOf(*most))) {
+            most = &point;
         }
     }
-    return worst;
+    return most;
 }
 
-void writeProbesOfWorst(std::ostream& out, const Result& result, const LeakageDescription* leakage) {
-    const Point* const point = worstOf(result);
-    if (point == nullptr) {
+/** The point that shows the whole bowl, and the last probes of the one with the most left. */
+void writeProbesOfTwo(std::ostream& out, const Result& result, const LeakageDescription* leakage) {
+    const bool isHardware = leakage == nullptr;
+    const Point* const longest = mostOf(result, [](const Point& point) { return point.probes.size(); });
+    const Point* const worst = mostOf(result, [isHardware](const Point& point) {
+        return isHardware ? point.lastReading.value_or(0) : point.after.value_or(0.0);
+    });
+    if (longest == nullptr || worst == nullptr) {
         return;
     }
-    out << "<p class=\"note\">The probes at the point "
-        << (leakage == nullptr ? "with the highest last reading: " : "that leaks most with its corrections: ")
-        << pointPlace(point->frequency, point->temperature)
-        << (leakage == nullptr ? ""
-                               : ", over what the modelled transmitter leaks with each pair of corrections")
-        << ". They lie around the corrections that were expected there, and tell where the bottom of the "
-           "bowl is: the result should be at it, inside the last of them.</p>\n";
-    writeProbes(out, leakage, *point, wholePlane(result.settings), "probes", "Probes of a point");
-    const std::size_t first = point->probes.size() - std::min(point->probes.size(), lastProbes);
-    writeProbes(out, leakage, *point, planeAround(*point, first), "probes-end", "The last of these probes");
+    out << "<p class=\"note\">The point with the most probes: "
+        << pointPlace(longest->frequency, longest->temperature)
+        << (isHardware ? "" : ", over what the modelled transmitter leaks with each pair of corrections")
+        << ". Rings of probes, one narrower than the other, tell the form of the bowl.</p>\n";
+    writeProbes(out, leakage, *longest, wholePlane(result.settings), "probes", "The most probes of a point");
+    out << "<p class=\"note\">The point "
+        << (isHardware ? "with the highest last reading: " : "that leaks most with its corrections: ")
+        << pointPlace(worst->frequency, worst->temperature)
+        << ". The probes around the corrections that were expected tell where the bottom of the bowl is; the "
+           "result should be at it.</p>\n";
+    const std::size_t first = worst->probes.size() - std::min(worst->probes.size(), lastProbes);
+    writeProbes(out, leakage, *worst, planeAround(*worst, first), "probes-end",
+                "The last probes of the worst point");
 }
 
 } // namespace
@@ -204,7 +210,7 @@ void writeFitFigures(std::ostream& out, const Result& result, const LeakageDescr
     out << "<h2>How the fit went</h2>\n";
     writePlaces(out, result);
     writeLevels(out, result);
-    writeProbesOfWorst(out, result, leakage);
+    writeProbesOfTwo(out, result, leakage);
 }
 
 } // namespace Radio::Calibration
