@@ -207,7 +207,14 @@ void Search::takeOutliers() {
 
 void Search::take(std::size_t node, bool isSignFlip) {
     const double suggested = *m_surface.suggested(node);
-    m_result.nodes.push_back({node, m_table.values[node], suggested, isSignFlip});
+    const auto known = std::find_if(m_result.nodes.begin(), m_result.nodes.end(),
+                                    [node](const Misfit& misfit) { return misfit.node == node; });
+    if (known == m_result.nodes.end()) {
+        m_result.nodes.push_back({node, m_table.values[node], suggested, isSignFlip});
+    } else {
+        // What was suggested before came from a neighbour that was wrong itself.
+        known->suggested = suggested;
+    }
     m_surface.setValue(node, suggested);
 }
 

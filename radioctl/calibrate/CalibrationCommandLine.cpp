@@ -202,9 +202,9 @@ std::string CalibrationCommandLine::takeOptions() {
     }
     m_options.order.beginning = Beginning::offline;
     for (const char* const option :
-         {"--band", "--step", "--temperatures", "--i-range", "--q-range", "--shrink", "--settle-time",
-          "--detector", "--serial", "--journal", "--real-time", "--no-qualify", "--attended", "--tolerance",
-          "--dwell", "--hardware", "--force"}) {
+         {"--method", "--probes", "--band", "--step", "--temperatures", "--i-range", "--q-range", "--shrink",
+          "--settle-time", "--detector", "--serial", "--journal", "--real-time", "--no-qualify", "--attended",
+          "--tolerance", "--dwell", "--hardware", "--force"}) {
         if (m_calibrate.has(option)) {
             return std::string(option) + ": not together with --offline, whose journal says it";
         }

@@ -43,6 +43,39 @@ Json nullIfEmpty(const std::string& text) {
     return text.empty() ? Json(nullptr) : Json(text);
 }
 
+/** What a fit says of itself; null for a search, and for a fit that did not come to its end. */
+Json fitJson(const std::optional<Fit::Outcome>& fit) {
+    if (!fit) {
+        return nullptr;
+    }
+    const std::optional<Fit::LevelAt>& claim = fit->claim;
+    Json remarks = Json::array();
+    for (const std::string& remark : fit->remarks) {
+        remarks.push_back(remark);
+    }
+    return {{"claim_dbc", claim ? Json(rounded(claim->level)) : Json(nullptr)},
+            {"claim_khz", claim ? Json(claim->place.carrier) : Json(nullptr)},
+            {"claim_degrees", claim ? Json(claim->place.temperature) : Json(nullptr)},
+            {"is_relative", fit->isRelative},
+            {"verifications", fit->verifications.size()},
+            {"temperature_changes", fit->temperatureChanges},
+            {"slope", rounded(fit->slope)},
+            {"reason", nullIfEmpty(fit->reason)},
+            {"remarks", remarks}};
+}
+
+/** A place where a fit tried its tables. */
+Json triedEvent(const Fit::Verification& tried) {
+    return {{"event", "tried"},
+            {"khz", tried.place.carrier},
+            {"degrees", tried.place.temperature},
+            {"i", tried.corrections.i},
+            {"q", tried.corrections.q},
+            {"reading", tried.reading},
+            {"dbc", rounded(tried.level)},
+            {"as_foretold", tried.isAsForetold}};
+}
+
 } // namespace
 
 void CalibrationJson::warns(const std::string& reservation) {
@@ -105,6 +138,11 @@ void CalibrationJson::calibrated(const Point& point) {
 void CalibrationJson::finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) {
     const Result& result = outcome.result;
     const LeakageSummary& summary = outcome.summary;
+    if (result.fit) {
+        for (const Fit::Verification& tried : result.fit->verifications) {
+            writeJsonLine(m_out, triedEvent(tried));
+        }
+    }
     Json event = {
         {"event", "calibrated"},    {"points", result.points.size()}, {"wanted_points", outcome.wanted},
         {"good", summary.good},     {"missed", summary.missed},       {"edge", summary.edge},
@@ -119,6 +157,7 @@ void CalibrationJson::finished(const CalibrationOutcome& outcome, const Calibrat
         event["highest_first_reading"] = readingJson(summary.firstReading);
         event["highest_last_reading"] = readingJson(summary.lastReading);
     }
+    event["fit"] = fitJson(result.fit);
     event["tables"] = nullIfEmpty(outcome.tables);
     event["backup"] = nullIfEmpty(outcome.backup);
     event["journal"] = nullIfEmpty(outcome.journal);

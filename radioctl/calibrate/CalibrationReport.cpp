@@ -202,7 +202,7 @@ void CalibrationText::finished(const CalibrationOutcome& outcome, const Calibrat
     writeText(m_out, outcome.verdict);
     m_out << harmless(storedText(outcome, end)) << "\n";
     showPoints(result);
-    showWorst(summary);
+    showWorst(summary, result.settings.method == CalibrationMethod::fit);
     showFit(result);
     m_out << "\n"
           << pointsText(outcome) << counted(outcome.newProbes, "probe") << " made"
@@ -225,8 +225,9 @@ void CalibrationText::showPoints(const Result& result) {
         table.alignRight(column);
     }
     const bool isHardware = result.isHardware;
+    const bool isFit = result.settings.method == CalibrationMethod::fit;
     table.add({"kHz", "degrees", "I", "Q", isHardware ? "first" : "before", isHardware ? "last" : "after",
-               "iterations", "state"});
+               isFit ? "probes" : "iterations", "state"});
     bool isEmpty = true;
     for (const Point& point : result.points) {
         if (m_showsAll || point.state != PointState::good || !point.remark.empty()) {
@@ -237,7 +238,7 @@ void CalibrationText::showPoints(const Result& result) {
                        !isFound     ? "-"
                        : isHardware ? textOrDash(point.lastReading)
                                     : textOrDash(point.after),
-                       std::to_string(point.iterations),
+                       std::to_string(isFit ? point.probes.size() : point.iterations),
                        std::string(toString(point.state)) +
                            (point.remark.empty() ? "" : ": " + harmless(point.remark))});
             isEmpty = false;
@@ -272,7 +273,7 @@ void CalibrationText::showFit(const Result& result) {
     }
 }
 
-void CalibrationText::showWorst(const LeakageSummary& summary) {
+void CalibrationText::showWorst(const LeakageSummary& summary, bool isFit) {
     TextTable table;
     table.alignRight(1);
     if (summary.firstReading) {
@@ -285,8 +286,8 @@ void CalibrationText::showWorst(const LeakageSummary& summary) {
         return;
     }
     addWorst(table, "without corrections", summary.before);
-    addWorst(table, "calibrated, at the nodes", summary.after);
-    addWorst(table, "calibrated, between the nodes", summary.between);
+    addWorst(table, isFit ? "calibrated, at the points" : "calibrated, at the nodes", summary.after);
+    addWorst(table, isFit ? "calibrated, anywhere" : "calibrated, between the nodes", summary.between);
     m_out << "\nWorst modelled leakage\n";
     table.write(m_out);
 }

@@ -63,7 +63,7 @@ public:
 private:
     void showPoints(const Result& result);
     void showFit(const Result& result);
-    void showWorst(const LeakageSummary& summary);
+    void showWorst(const LeakageSummary& summary, bool isFit);
 
     std::ostream& m_out;
     bool m_showsAll;

@@ -6,6 +6,8 @@
 #include "radio/text/Median.h"
 #include "radio/text/Words.h"
 #include "radioctl/calibrate/page/CorrectionFigures.h"
+#include "radioctl/calibrate/page/FitFigures.h"
+#include "radioctl/calibrate/page/FitLists.h"
 #include "radioctl/calibrate/page/LeakageFigures.h"
 #include "radioctl/calibrate/page/PointLists.h"
 #include "radioctl/calibrate/page/SearchFigures.h"
@@ -41,10 +43,6 @@ std::string axisText(const std::vector<Number>& axis, const std::string& unit) {
                : std::to_string(axis.size()) + " from " + std::to_string(axis.front()) + " to " + last;
 }
 
-void writeLine(std::ostream& out, const std::string& what, const std::string& value) {
-    out << "<tr><th>" << what << "</th>" << cell(value) << "</tr>\n";
-}
-
 std::string detectorText(const SearchDrivers& drivers, const Settings& settings) {
     if (settings.useHighDetector && drivers.highDetector.empty()) {
         return "high range, which the board does not have";
@@ -52,6 +50,24 @@ std::string detectorText(const SearchDrivers& drivers, const Settings& settings)
     return inHtml(drivers.read(settings.useHighDetector)) + (drivers.highDetector.empty() ? ""
                                                              : settings.useHighDetector   ? ", high range"
                                                                                           : ", low range");
+}
+
+/** "17700000 to 18700000 kHz" */
+template <typename Number>
+std::string endsText(const std::vector<Number>& ends, const std::string& unit) {
+    const std::string last = std::to_string(ends.back()) + ' ' + unit;
+    return ends.size() == 1 ? last : std::to_string(ends.front()) + " to " + last;
+}
+
+/** How a fit was to be made. */
+void writeFitOrder(std::ostream& out, const Settings& settings) {
+    writeLine(out, "method", "fit");
+    writeLine(out, "carriers", endsText(settings.frequencies, "kHz"));
+    writeLine(out, "temperatures", endsText(settings.temperatures, "°C"));
+    writeLine(out, "probes", "at most " + std::to_string(settings.budget));
+    writeLine(out, "to leak anywhere",
+              settings.limit ? "at most " + levelText(*settings.limit)
+                             : "as little as these probes can find; the board states no limit");
 }
 
 void writeParameters(std::ostream& out, const Board& board, const SearchDrivers& drivers,
@@ -69,14 +85,22 @@ void writeParameters(std::ostream& out, const Board& board, const SearchDrivers&
     }
     writeLine(out, "date", inHtml(result.date) + " (UTC)");
     writeLine(out, "tool", "radioctl " + inHtml(result.version));
-    writeLine(out, "carriers", axisText(settings.frequencies, "kHz"));
-    writeLine(out, "temperatures", axisText(settings.temperatures, "°C"));
-    writeLine(out, "search range of I", rangeText(settings.i) + " (units of " + inHtml(drivers.i) + ")");
-    writeLine(out, "search range of Q", rangeText(settings.q) + " (units of " + inHtml(drivers.q) + ")");
-    writeLine(out, "shrink factor", numberText(settings.shrinkFactor));
-    writeLine(out, "a search ends",
-              "at a range of " + std::to_string(settings.minDelta) + " or less, or after " +
-                  counted(settings.maxIterations, "iteration"));
+    const bool isFit = settings.method == CalibrationMethod::fit;
+    if (isFit) {
+        writeFitOrder(out, settings);
+    } else {
+        writeLine(out, "carriers", axisText(settings.frequencies, "kHz"));
+        writeLine(out, "temperatures", axisText(settings.temperatures, "°C"));
+    }
+    const std::string range = isFit ? "range of " : "search range of ";
+    writeLine(out, range + "I", rangeText(settings.i) + " (units of " + inHtml(drivers.i) + ")");
+    writeLine(out, range + "Q", rangeText(settings.q) + " (units of " + inHtml(drivers.q) + ")");
+    if (!isFit) {
+        writeLine(out, "shrink factor", numberText(settings.shrinkFactor));
+        writeLine(out, "a search ends",
+                  "at a range of " + std::to_string(settings.minDelta) + " or less, or after " +
+                      counted(settings.maxIterations, "iteration"));
+    }
     writeLine(out, "settle time", std::to_string(settings.settleTime) + " ms");
     writeLine(out, "detector", detectorText(drivers, settings));
     out << "</table>\n";
@@ -131,12 +155,16 @@ void writeSummary(std::ostream& out, const LeakageSummary& summary, const Result
                "<th>where</th></tr>\n";
         writeWorst(out, "before, at the points", summary.before);
         writeWorst(out, "after, at the points", summary.after);
-        writeWorst(out, "after, also between the points", summary.between);
+        writeWorst(out, result.fit ? "after, anywhere with the tables" : "after, also between the points",
+                   summary.between);
     }
     out << "</table>\n<p>" << counted(result.points.size(), "point") << ": " << summary.good << " good, "
         << (summary.missed == 0 ? "" : std::to_string(summary.missed) + " missed a limit, ") << summary.edge
-        << " at the edge of a search range, " << summary.failed << " failed. ";
-    writeEffort(out, result);
+        << (result.fit ? " at the edge of a range, " : " at the edge of a search range, ") << summary.failed
+        << " failed. ";
+    if (!result.fit) {
+        writeEffort(out, result);
+    }
     out << "</p>\n";
 }
 
@@ -165,20 +193,34 @@ void writeWholePage(std::ostream& out, const Board& board, const LeakageDescript
                   "the "
                   "lower, the cleaner. Before, both corrections are 0.</p>\n"
                 : "<p class=\"note\">Calibrated on hardware: what leaks is known from the detector alone, in "
-                  "its units; the lower, the cleaner. The first probe of a search has both corrections at "
-                  "the "
-                  "low ends of their ranges.</p>\n");
+                  "its units; the lower, the cleaner. ");
+    if (leakage == nullptr) {
+        out << (result.fit ? "The first probe of a point is one of a ring around the corrections that were "
+                             "expected there; the last has those found.</p>\n"
+                           : "The first probe of a search has both corrections at the low ends of their "
+                             "ranges.</p>\n");
+    }
+    if (result.fit) {
+        writeFitClaim(out, result, summary);
+    }
     writeParameters(out, board,
                     leakage != nullptr ? driversOf(*leakage) : driversOf(board, result.settings.channel),
                     result);
     if (leakage != nullptr) {
         writeLeakageFigures(out, result, *leakage);
-    } else {
+    } else if (!result.fit) {
         writeReadingFigures(out, result);
     }
-    writeSearchFigures(out, result, leakage);
-    writeCorrectionFigures(out, result);
-    writePoints(out, std::move(points), leakage == nullptr);
+    if (result.fit) {
+        writeFitFigures(out, result, leakage);
+        writeCorrectionFigures(out, result);
+        writeFittedPoints(out, result);
+        writeTries(out, *result.fit);
+    } else {
+        writeSearchFigures(out, result, leakage);
+        writeCorrectionFigures(out, result);
+        writePoints(out, std::move(points), leakage == nullptr);
+    }
     writeEnd(out);
 }
 

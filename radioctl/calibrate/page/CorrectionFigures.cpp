@@ -44,13 +44,12 @@ struct Curves {
     bool areThinned = false;
 };
 
-Curves curvesOf(const Result& result) {
-    const Settings& settings = result.settings;
+Curves curvesOf(const std::vector<Point>& points, const Settings& settings) {
     Curves curves{spread(settings.frequencies, mostCarriers), spread(settings.temperatures, mostCurves), {}};
     curves.points.resize(curves.temperatures.size());
     curves.areThinned = curves.frequencies.size() < settings.frequencies.size() ||
                         curves.temperatures.size() < settings.temperatures.size();
-    for (const Point& point : result.points) {
+    for (const Point& point : points) {
         const auto curve =
             std::lower_bound(curves.temperatures.begin(), curves.temperatures.end(), point.temperature);
         if (curve != curves.temperatures.end() && *curve == point.temperature &&
@@ -133,14 +132,20 @@ void writeFigureOf(std::ostream& out, const Curves& curves, const std::string& n
 } // namespace
 
 void writeCorrectionFigures(std::ostream& out, const Result& result) {
-    const Curves curves = curvesOf(result);
+    const bool isFit = result.settings.method == CalibrationMethod::fit;
+    const Curves curves =
+        isFit ? curvesOf(result.nodes, asTables(result).settings) : curvesOf(result.points, result.settings);
     if (std::all_of(curves.points.begin(), curves.points.end(), isEmpty)) {
         return;
     }
-    out << "<h2>Corrections found</h2>\n"
-           "<p class=\"note\">Neighbouring temperatures should have curves alike: a kink that one has and "
-           "its "
-           "neighbours have not points to a search that went astray. A gap is a failed point.";
+    out << (isFit ? "<h2>Corrections in the tables</h2>\n"
+                    "<p class=\"note\">These are smooth, as the fit has them: each temperature has a curve "
+                    "like its neighbours."
+                  : "<h2>Corrections found</h2>\n"
+                    "<p class=\"note\">Neighbouring temperatures should have curves alike: a kink that one "
+                    "has and "
+                    "its "
+                    "neighbours have not points to a search that went astray. A gap is a failed point.");
     if (curves.areThinned) {
         out << " There are more points than a picture can show: only some of them are drawn.";
     }

@@ -8,7 +8,8 @@
 namespace Radio::Calibration {
 
 /** Writes the pictures of a page that show the corrections found over the carrier, a curve for each
- * temperature. Nothing when no point has any. Throws InputError when they cannot be drawn. */
+ * temperature; of a fit those in its tables. Nothing when no point has any. Throws InputError when they
+ * cannot be drawn. */
 void writeCorrectionFigures(std::ostream& out, const Result& result);
 
 } // namespace Radio::Calibration

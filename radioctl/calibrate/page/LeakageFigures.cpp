@@ -96,6 +96,7 @@ struct Frame {
     /** What the colours are, and what is said of the highest. */
     const char* quantity = "leakage, dBc";
     const char* worst = "highest leakage";
+    const char* edge = "at the edge of the search range";
 };
 
 /** One picture; its name and title are the program's own. */
@@ -124,7 +125,7 @@ void writeFigureOf(std::ostream& out, const Frame& frame, const Surface& surface
     script << "plot " << (worst.empty() ? "NaN notitle" : mapPlot);
     writeMarks(script, "good", frame.marks.good, goodStyle, "point");
     writeMarks(script, "missed", frame.marks.missed, missedStyle, "missed a limit");
-    writeMarks(script, "edge", frame.marks.edge, edgeStyle, "at the edge of the search range");
+    writeMarks(script, "edge", frame.marks.edge, edgeStyle, frame.edge);
     writeMarks(script, "failed", frame.marks.failed, failedStyle, "failed");
     writeMarks(script, "worst", worst, worstStyle, frame.worst);
     script << '\n';
@@ -134,9 +135,17 @@ void writeFigureOf(std::ostream& out, const Frame& frame, const Surface& surface
 } // namespace
 
 void writeLeakageFigures(std::ostream& out, const Result& result, const LeakageDescription& leakage) {
-    const Surface before = leakageBefore(result);
-    const Surface after = leakageAfter(result);
-    const std::optional<Surface> between = leakageBetween(result, leakage);
+    const bool isFit = result.settings.method == CalibrationMethod::fit;
+    const std::optional<Result> tables = isFit ? std::optional(asTables(result)) : std::nullopt;
+    const Result& nodes = tables ? *tables : result;
+    out << "<h2>Leakage over carrier and temperature</h2>\n";
+    if (nodes.settings.frequencies.empty()) {
+        out << "<p class=\"note\">There are no tables, and so there is no picture of them.</p>\n";
+        return;
+    }
+    const Surface before = leakageBefore(nodes);
+    const Surface after = leakageAfter(nodes);
+    const std::optional<Surface> between = leakageBetween(nodes, leakage);
     std::vector<double> levels;
     for (const Surface* surface : {&before, &after, between ? &*between : nullptr}) {
         if (surface != nullptr) {
@@ -144,22 +153,31 @@ void writeLeakageFigures(std::ostream& out, const Result& result, const LeakageD
             levels.insert(levels.end(), those.begin(), those.end());
         }
     }
-    const Frame frame{scaleFor(levels), marksOf(result, mapOf(before))};
+    Frame frame{scaleFor(levels), marksOf(result, mapOf(before))};
+    if (isFit) {
+        frame.edge = "at an edge";
+    }
 
-    out << "<h2>Leakage over carrier and temperature</h2>\n"
-           "<p class=\"note\">One colour scale for all of these: bright is high leakage, dark is low. The "
+    out << "<p class=\"note\">One colour scale for all of these: bright is high leakage, dark is low. The "
            "first "
            "picture may be bright; the second should be dark everywhere. A coloured field is what leaks at "
            "its "
-           "point; of a field with several points, at the worst of them. Grey fields have no "
-           "corrections.</p>\n";
+        << (isFit ? "node of the tables; the points that were fitted are marked.</p>\n"
+                  : "point; of a field with several points, at the worst of them. Grey fields have no "
+                    "corrections.</p>\n");
     writeFigureOf(out, frame, before, "before", "Before: without corrections");
-    writeFigureOf(out, frame, after, "after", "After: with the corrections found, at the points");
+    writeFigureOf(out, frame, after, "after",
+                  isFit ? "After: with the corrections of the tables, at their nodes"
+                        : "After: with the corrections found, at the points");
     if (between) {
-        out << "<p class=\"note\">Between the points the radio interpolates its corrections. Bright places "
-               "there, away from the points, mean that the points are too far apart.</p>\n";
+        out << (isFit ? "<p class=\"note\">Between the nodes the radio interpolates its corrections. Bright "
+                        "places there mean that the leakage is not as smooth as the fit took it to be.</p>\n"
+                      : "<p class=\"note\">Between the points the radio interpolates its corrections. Bright "
+                        "places "
+                        "there, away from the points, mean that the points are too far apart.</p>\n");
         writeFigureOf(out, frame, *between, "between",
-                      "After, between the points: with interpolated corrections");
+                      isFit ? "After, between the nodes: with interpolated corrections"
+                            : "After, between the points: with interpolated corrections");
     } else {
         out << "<p class=\"note\">There is no picture of the leakage between the points, because not every "
                "point has corrections from which to interpolate.</p>\n";

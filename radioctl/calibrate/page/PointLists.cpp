@@ -49,6 +49,10 @@ std::string pointPlace(std::uint32_t frequency, std::int32_t temperature) {
     return std::to_string(frequency) + " kHz, " + std::to_string(temperature) + " °C";
 }
 
+void writeLine(std::ostream& out, const std::string& what, const std::string& value) {
+    out << "<tr><th>" << what << "</th>" << cell(value) << "</tr>\n";
+}
+
 void writeWarnings(std::ostream& out, const std::vector<const Point*>& points) {
     const auto bad = static_cast<std::size_t>(std::count_if(points.begin(), points.end(), isNotGood));
     if (bad == 0) {

@@ -13,6 +13,9 @@ namespace Radio::Calibration {
 /** "18000000 kHz, -10 °C" */
 std::string pointPlace(std::uint32_t frequency, std::int32_t temperature);
 
+/** A row of a table: what it is, and its value; both are fit for a page. */
+void writeLine(std::ostream& out, const std::string& what, const std::string& value);
+
 /** Names the points that a person should look at before the tables are used. */
 void writeWarnings(std::ostream& out, const std::vector<const Point*>& points);
 

@@ -1,7 +1,6 @@
 #include "radioctl/calibrate/page/SearchFigures.h"
 
-#include "radio/calibration/Surface.h"
-#include "radioctl/calibrate/page/HeatMap.h"
+#include "radioctl/calibrate/page/CorrectionPlane.h"
 #include "radioctl/calibrate/page/PlotScript.h"
 #include "radioctl/calibrate/page/SearchPath.h"
 #include "radioctl/page/Html.h"
@@ -14,70 +13,8 @@ namespace Radio::Calibration {
 
 namespace {
 
-/** Cells of a map of the plane of corrections, along each axis. */
-constexpr std::int64_t partsOfPlane = 47;
 /** More corners of curves than this make a drawing large, and nothing clearer. */
 constexpr std::size_t mostCorners = 5000;
-
-/** A part of the plane of corrections. */
-struct Plane {
-    Range i;
-    Range q;
-};
-
-/** The range with both ends in their order. */
-Range inOrder(const Range& range) {
-    return {std::min(range.low, range.high), std::max(range.low, range.high)};
-}
-
-/** Around the result and all probes from the iteration `first` on. */
-Plane planeAround(const Point& point, std::size_t first) {
-    Plane plane{{point.i, point.i}, {point.q, point.q}};
-    const auto widen = [](Range& range, std::int64_t value) {
-        range = {std::min(range.low, value), std::max(range.high, value)};
-    };
-    for (std::size_t k = first * probesOfIteration; k < point.probes.size(); ++k) {
-        widen(plane.i, point.probes[k].i);
-        widen(plane.q, point.probes[k].q);
-    }
-    return plane;
-}
-
-HeatMap mapOf(const LeakageDescription& leakage, const Point& point, const Plane& plane) {
-    const std::vector<std::int64_t> columns = evenSteps(plane.i.low, plane.i.high, partsOfPlane);
-    const std::vector<std::int64_t> rows = evenSteps(plane.q.low, plane.q.high, partsOfPlane);
-    HeatMap map{axisAround({columns.begin(), columns.end()}), axisAround({rows.begin(), rows.end()}), {}};
-    for (const std::int64_t q : rows) {
-        for (const std::int64_t i : columns) {
-            map.levels.emplace_back(
-                leakageLevel(leakage, {point.frequency, static_cast<double>(point.temperature)},
-                             {static_cast<std::int32_t>(i), static_cast<std::int32_t>(q)}));
-        }
-    }
-    return map;
-}
-
-std::vector<PlotPoint> placesOf(const std::vector<Probe>& probes) {
-    std::vector<PlotPoint> places;
-    std::transform(probes.begin(), probes.end(), std::back_inserter(places), [](const Probe& probe) {
-        return PlotPoint{static_cast<double>(probe.i), static_cast<double>(probe.q)};
-    });
-    return places;
-}
-
-/** What leaks with each pair of corrections; of a real radio nobody knows, and there are only the axes. Gives
- * how the plot command begins. */
-std::string writePlane(std::ostream& script, const LeakageDescription* leakage, const Point& point,
-                       const Plane& plane) {
-    if (leakage == nullptr) {
-        script << "set grid\nset xrange [" << plane.i.low - 1 << ':' << plane.i.high + 1 << "]\nset yrange ["
-               << plane.q.low - 1 << ':' << plane.q.high + 1 << "]\n";
-        return "NaN notitle";
-    }
-    const HeatMap map = mapOf(*leakage, point, plane);
-    writeMap(script, map, scaleFor(levelsOf(map.levels)));
-    return mapPlot;
-}
 
 void writePath(std::ostream& out, const LeakageDescription* leakage, const Point& point, const Plane& plane,
                const std::string& id, const std::string& title) {
@@ -135,9 +72,9 @@ void writePaths(std::ostream& out, const Settings& settings, const LeakageDescri
                 const Point& point) {
     const std::size_t iterations = bestProbes(point).size();
     writePathNote(out, leakage, point);
-    writePath(out, leakage, point, {inOrder(settings.i), inOrder(settings.q)}, "path", "Path of a search");
+    writePath(out, leakage, point, wholePlane(settings), "path", "Path of a search");
     if (const std::size_t half = iterations / 2; half != 0) {
-        writePath(out, leakage, point, planeAround(point, half), "path-end",
+        writePath(out, leakage, point, planeAround(point, half * probesOfIteration), "path-end",
                   "The same path from iteration " + std::to_string(half + 1) + " on");
     }
 }

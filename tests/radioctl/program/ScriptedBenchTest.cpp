@@ -96,8 +96,8 @@ protected:
         return std::regex_replace(contentOf(file), std::regex("# date: .*\n"), "");
     }
     /** Kills a calibration once its journal has so many lines. */
-    void killAt(long lines, const std::string& beginning) {
-        Process process(invoke(arguments({beginning})));
+    void killAt(long lines, const std::string& beginning, const std::string& method = "search") {
+        Process process(invoke(arguments({beginning, "--method", method})));
         for (int waits = 0; waits < 3000 && linesOfJournal() < lines; ++waits) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
@@ -127,6 +127,33 @@ TEST_F(ScriptedBenchTest, KilledTwiceAndResumedGivesTheSameTables) {
     const Ending ending = run(arguments({"--resume"}));
     EXPECT_EQ(ending.exitCode, 0) << ending.output << ending.errors;
     EXPECT_EQ(tables("board.channel-1.csv"), expected);
+}
+
+TEST_F(ScriptedBenchTest, FitThatIsKilledTwiceAndResumedGivesTheSameTables) {
+    const Ending whole =
+        run(arguments({"--method", "fit", "--out", "whole.csv", "--journal", "whole.journal"}));
+    ASSERT_EQ(whole.exitCode, 0) << whole.output << whole.errors;
+    const std::string expected = tables("whole.csv");
+    ASSERT_THAT(expected, AllOf(HasSubstr("\n# mode: hardware\n"), HasSubstr("\n# method: fit\n"),
+                                HasSubstr("\nfrequency_khz,temperature_c,i,q,state\n"),
+                                HasSubstr("\n18100000,50,-530,120,good\n")));
+    killAt(40, "--restart", "fit");
+    killAt(120, "--resume", "fit");
+    m_bench.chamberHeard();
+    const Ending ending = run(arguments({"--method", "fit", "--resume"}));
+    EXPECT_EQ(ending.exitCode, 0) << ending.output << ending.errors;
+    EXPECT_EQ(tables("board.channel-1.csv"), expected);
+}
+
+TEST_F(ScriptedBenchTest, ResumedFitThatTheJournalHasWholeTouchesNoHardware) {
+    ASSERT_EQ(run(arguments({"--method", "fit"})).exitCode, 0);
+    const std::string whole = tables("board.channel-1.csv");
+    m_bench.chamberHeard();
+    EXPECT_EQ(run(arguments({"--method", "fit", "--resume", "--out", "again.csv"})).exitCode, 0);
+    EXPECT_EQ(tables("again.csv"), whole);
+    std::vector<std::string> sent = m_bench.chamberHeard();
+    sent.erase(std::remove(sent.begin(), sent.end(), "SENS?"), sent.end());
+    EXPECT_THAT(sent, testing::ElementsAre("TEMP 25")); // which is on_exit
 }
 
 TEST_F(ScriptedBenchTest, ChamberIsSentTheShortestWayAndLeftAsItIsToBe) {
