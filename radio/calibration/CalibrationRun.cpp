@@ -203,6 +203,7 @@ void CalibrationRun::take(JournalContent content) {
     if (m_known.qualification) {
         use(*m_known.qualification);
     }
+    m_outcome.knownProbes = m_known.uncorrected.size();
     for (const auto& [point, probes] : m_known.probes) {
         m_outcome.knownProbes += probes.size();
     }
@@ -212,6 +213,7 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const Cali
     const Result& result = m_outcome.result;
     m_outcome.journal = m_journalFile.string();
     m_outcome.wanted = result.settings.frequencies.size() * result.settings.temperatures.size();
+    takeDetector();
     calibrateAll(listener, bench);
     // Whatever the way was, tables are the same.
     std::stable_sort(
@@ -273,7 +275,11 @@ void CalibrationRun::calibrateAll(CalibrationListener& listener, const Calibrati
         for (const std::int32_t temperature : result.route) {
             for (const std::uint32_t frequency : settings.frequencies) {
                 const JournaledProbes& known = m_known.probes[{temperature, frequency}];
-                Point point = calibrator.calibrate(frequency, temperature, known);
+                const auto uncorrected = m_known.uncorrected.find({temperature, frequency});
+                Point point = calibrator.calibrate(frequency, temperature, known,
+                                                   uncorrected == m_known.uncorrected.end()
+                                                       ? std::nullopt
+                                                       : std::optional(uncorrected->second));
                 if (!goesOn) {
                     return false;
                 }
@@ -326,6 +332,16 @@ bool CalibrationRun::qualify(Calibrator& calibrator, CalibrationListener& listen
     }
     listener.qualified(found);
     return found.isGood();
+}
+
+/** What the board states of a real detector. */
+void CalibrationRun::takeDetector() {
+    for (const CalibrationDescription& described : m_board.calibrations) {
+        if (m_outcome.result.isHardware && described.channel == m_order.wishes.channel) {
+            m_outcome.result.detectorSlope = described.detectorSlope;
+            m_outcome.result.detectorZero = described.detectorZero;
+        }
+    }
 }
 
 void CalibrationRun::chooseRoute(const CalibrationBench& bench) {

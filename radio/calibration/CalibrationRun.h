@@ -183,6 +183,7 @@ private:
     /** False when nothing can be measured. */
     bool qualify(Calibrator& calibrator, CalibrationListener& listener);
     void abandonJournal();
+    void takeDetector();
     /** The temperatures in the order in which they are gone through. */
     void chooseRoute(const CalibrationBench& bench);
     void use(const Qualification& qualification);

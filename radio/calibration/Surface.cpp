@@ -160,6 +160,8 @@ LeakageSummary summarise(const Result& result) {
     LeakageSummary summary = countStates(result);
     summary.firstReading = worstOf(firstReadings(result));
     summary.lastReading = worstOf(lastReadings(result));
+    summary.before = worstOf(leakageBefore(result));
+    summary.after = worstOf(leakageAfter(result));
     return summary;
 }
 

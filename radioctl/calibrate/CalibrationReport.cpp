@@ -243,10 +243,12 @@ void CalibrationText::showWorst(const LeakageSummary& summary) {
     if (!summary.before) {
         return;
     }
+    table = TextTable();
+    table.alignRight(1);
     addWorst(table, "without corrections", summary.before);
     addWorst(table, "calibrated, at the nodes", summary.after);
     addWorst(table, "calibrated, between the nodes", summary.between);
-    m_out << "\nWorst modelled leakage\n";
+    m_out << (summary.firstReading ? "\nWorst leakage by the detector\n" : "\nWorst modelled leakage\n");
     table.write(m_out);
 }
 
@@ -289,9 +291,12 @@ void CalibrationJson::calibrated(const Point& point) {
                   {"q", isFound ? Json(point.q) : Json(nullptr)}};
     event["before_dbc"] = roundedOrNull(point.before);
     event["after_dbc"] = isFound ? roundedOrNull(point.after) : Json(nullptr);
-    if (!point.before) {
+    if (point.firstReading || !point.before) {
         event["first_reading"] = orNull(point.firstReading);
         event["last_reading"] = isFound ? orNull(point.lastReading) : Json(nullptr);
+    }
+    if (point.improvement) {
+        event["improvement_db"] = rounded(*point.improvement);
     }
     event["iterations"] = point.iterations;
     event["max_delta"] = point.maxDelta;
