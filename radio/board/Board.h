@@ -129,6 +129,9 @@ struct CalibrationDescription {
     /** In ms. */
     std::optional<std::uint32_t> settleTime;
     std::optional<bool> useHighDetector;
+    /** Of the real detector: units of its reading for each dB, and the level at which it reads 0, in dBc. */
+    std::optional<double> detectorSlope{};
+    std::optional<double> detectorZero{};
     /** The driver of a temperature chamber, which takes degrees Celsius; empty: there is none. */
     std::string chamber{};
     /** So many degrees beside a temperature will do, and so many seconds they have to last. */

@@ -86,11 +86,31 @@ std::string readChamber(const TomlItem& item, const std::vector<DriverDescriptio
     return name;
 }
 
+/** What the real detector makes of a level. */
+void readDetector(const TomlItem& item, CalibrationDescription& calibration) {
+    constexpr double steepest = 1e6;
+    constexpr double farthest = 1000.0;
+    const std::optional<TomlItem> slope = item.find("detector_slope");
+    const std::optional<TomlItem> zero = item.find("detector_zero");
+    if (slope) {
+        calibration.detectorSlope = slope->number(steepest);
+        if (!(*calibration.detectorSlope > 0.0)) {
+            slope->failExpecting("units of the reading for each dB, more than 0");
+        }
+    }
+    if (zero) {
+        calibration.detectorZero = zero->number(farthest);
+        if (!slope) {
+            zero->failExpecting("detector_slope beside it");
+        }
+    }
+}
+
 CalibrationDescription readCalibration(const TomlItem& item, ChannelReader& channel,
                                        const std::vector<DriverDescription>& drivers) {
     item.entries({"channel", "band", "step", "temperatures", "i_range", "q_range", "shrink_factor",
-                  "min_delta", "max_iterations", "settle_time", "detector", "chamber", "tolerance", "dwell",
-                  "await_limit", "method", "probes"});
+                  "min_delta", "max_iterations", "settle_time", "detector", "detector_slope", "detector_zero",
+                  "chamber", "tolerance", "dwell", "await_limit", "method", "probes"});
     CalibrationDescription calibration;
     calibration.channel = channel.read(item);
     if (const std::optional<TomlItem> method = item.find("method")) {
@@ -116,6 +136,7 @@ CalibrationDescription readCalibration(const TomlItem& item, ChannelReader& chan
     if (const std::optional<TomlItem> detector = item.find("detector")) {
         calibration.useHighDetector = detector->word(isHighDetector, {"low", "high"});
     }
+    readDetector(item, calibration);
     if (const std::optional<TomlItem> chamber = item.find("chamber")) {
         calibration.chamber = readChamber(*chamber, drivers);
     }

@@ -77,14 +77,18 @@ struct Point {
     /** The wider range at the end, in units of the drivers, and how many iterations it took. */
     std::int32_t maxDelta = 0;
     std::uint32_t iterations = 0;
-    /** Modelled leakage without any correction and with those found, in dBc; of a failed point the same.
-     * Nothing on hardware. */
+    /** Modelled leakage without any correction and with those found, in dBc; of a failed point the same. On
+     * hardware what the detector says, where its slope and its zero are stated. */
     std::optional<double> before;
     std::optional<double> after;
     /** What the detector read at the first and at the last probe; of a search on hardware that came to its
      * end. */
     std::optional<std::int32_t> firstReading;
     std::optional<std::int32_t> lastReading;
+    /** What the detector read without corrections, before the search; where it makes a level. */
+    std::optional<std::int32_t> uncorrectedReading;
+    /** By how many dB the corrections lower the leakage, where levels themselves are not known. */
+    std::optional<double> improvement;
     /** Four for each iteration, in their order. */
     std::vector<Probe> probes;
 };
@@ -108,6 +112,9 @@ struct Result {
     std::vector<std::int32_t> route{};
     /** How a real radio gets to them. */
     ClimateTerms climate{};
+    /** Of the real detector, as far as the board states it: see CalibrationDescription. */
+    std::optional<double> detectorSlope{};
+    std::optional<double> detectorZero{};
     /** What the measuring chain was found to be before the first point; nothing when nobody looked. */
     std::optional<Qualification> qualification{};
     /** Of a search, in the order of the route, for each temperature all frequencies; of a fit where it

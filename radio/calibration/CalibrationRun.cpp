@@ -278,6 +278,7 @@ void CalibrationRun::take(JournalContent content) {
     if (m_known.qualification) {
         use(*m_known.qualification);
     }
+    m_outcome.knownProbes = m_known.uncorrected.size();
     for (const auto& [point, probes] : m_known.probes) {
         m_outcome.knownProbes += probes.size();
     }
@@ -287,6 +288,7 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const Cali
     const Result& result = m_outcome.result;
     m_outcome.journal = m_journalFile.string();
     m_outcome.wanted = result.settings.frequencies.size() * result.settings.temperatures.size();
+    takeDetector();
     calibrateAll(listener, bench);
     // Whatever the way was, tables are the same.
     std::stable_sort(
@@ -370,7 +372,10 @@ bool CalibrationRun::searchAll(Calibrator& calibrator, CalibrationListener& list
     for (const std::int32_t temperature : result.route) {
         for (const std::uint32_t frequency : result.settings.frequencies) {
             const JournaledProbes& known = m_known.probes[{temperature, frequency}];
-            Point point = calibrator.calibrate(frequency, temperature, known);
+            const auto uncorrected = m_known.uncorrected.find({temperature, frequency});
+            Point point = calibrator.calibrate(
+                frequency, temperature, known,
+                uncorrected == m_known.uncorrected.end() ? std::nullopt : std::optional(uncorrected->second));
             if (!m_goesOn) {
                 return false;
             }
@@ -393,20 +398,22 @@ bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listene
     Result& result = m_outcome.result;
     const LeakageDescription* const leakage =
         result.isHardware ? nullptr : findLeakage(m_board, result.settings.channel);
+    const Fit::Order order = fitOrder(m_board, result);
+    const bool isAbsolute = order.detector.zero.has_value();
     const auto goOn = [this](const FitProber& now) {
         m_isFromJournal = now.isFromJournal();
         m_fitProbes = now.probes();
         return m_goOn();
     };
     const auto fitted = [&](const Fit::Point& place, std::vector<Probe> probes) {
-        Point point = pointOf(place, std::move(probes), leakage);
+        Point point = pointOf(place, std::move(probes), leakage, isAbsolute);
         holdToLimits(point, m_board.limits);
         note(point, m_isFromJournal);
         listener.calibrated(point);
         result.points.push_back(std::move(point));
     };
     FitProber prober(calibrator, m_known.probes, result.isHardware && !isOffline(), {goOn, fitted});
-    Fit::Outcome outcome = Fit::calibrate(fitOrder(m_board, result), prober);
+    Fit::Outcome outcome = Fit::calibrate(order, prober);
     prober.leave();
     // A real transmitter is not to be left with what was only a probe.
     calibrator.restore();
@@ -453,6 +460,16 @@ bool CalibrationRun::qualify(Calibrator& calibrator, CalibrationListener& listen
     }
     listener.qualified(found);
     return found.isGood();
+}
+
+/** What the board states of a real detector. */
+void CalibrationRun::takeDetector() {
+    for (const CalibrationDescription& described : m_board.calibrations) {
+        if (m_outcome.result.isHardware && described.channel == m_order.wishes.channel) {
+            m_outcome.result.detectorSlope = described.detectorSlope;
+            m_outcome.result.detectorZero = described.detectorZero;
+        }
+    }
 }
 
 void CalibrationRun::chooseRoute(const CalibrationBench& bench) {

@@ -218,6 +218,7 @@ private:
     bool qualify(Calibrator& calibrator, CalibrationListener& listener);
     void abandonJournal();
     void stopFor(const Calibrator& calibrator);
+    void takeDetector();
     /** The temperatures in the order in which they are gone through. */
     void chooseRoute(const CalibrationBench& bench);
     void use(const Qualification& qualification);

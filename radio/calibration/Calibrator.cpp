@@ -27,6 +27,7 @@ ILoCancellation& findCancellation(int channel, const std::string& board) {
 Calibrator::Calibrator(BootedRadio& booted, const Board& board, const Result& result, const Probing& probing,
                        const std::string& journalFile, Climate* climate)
     : m_booted(booted),
+      m_result(result),
       m_settings(result.settings),
       m_limits(board.limits),
       m_probing(probing),
@@ -54,14 +55,15 @@ Qualification Calibrator::qualify(std::uint32_t frequency, std::int32_t temperat
         chainOf({radio.platform(), radio.clock(), m_drivers, m_settings.useHighDetector, m_probing.isRealTime,
                  m_probing.goOn}),
         describeChain(m_settings, m_transmitter == nullptr ? nullptr : &m_transmitter->description(),
-                      settleTime));
+                      settleTime, m_result.detectorSlope));
     m_recorder.restore();
     return result;
 }
 
 Point Calibrator::calibrate(std::uint32_t frequency, std::int32_t temperature,
-                            const JournaledProbes& journaled) {
+                            const JournaledProbes& journaled, std::optional<std::int32_t> uncorrected) {
     Point point;
+    point.uncorrectedReading = uncorrected;
     point.frequency = frequency;
     point.temperature = temperature;
     if (m_transmitter != nullptr) {
@@ -102,6 +104,7 @@ void Calibrator::measure(Point& point, const JournaledProbes& journaled) {
     if (m_transmitter != nullptr) {
         m_transmitter->rest();
     }
+    measureUncorrected(point);
     m_recorder.begin(point.frequency, point.temperature, journaled);
     const bool isFound = search(point);
     point.probes = m_recorder.end();
@@ -139,7 +142,50 @@ void Calibrator::judge(Point& point) {
         point.firstReading = point.probes.front().reading;
         point.lastReading = point.probes.back().reading;
     }
+    setLevels(point);
     diagnose(point, m_settings);
+}
+
+std::optional<double> Calibrator::slope() const {
+    const std::optional<Qualification>& found = m_result.qualification;
+    return m_result.detectorSlope || !found ? m_result.detectorSlope : found->slope;
+}
+
+void Calibrator::measureUncorrected(Point& point) {
+    const auto mayBeNone = [](const Range& range) { return range.low <= 0 && range.high >= 0; };
+    if (m_transmitter != nullptr || point.uncorrectedReading || !slope() || m_probing.journal == nullptr ||
+        !mayBeNone(m_settings.i) || !mayBeNone(m_settings.q)) {
+        return;
+    }
+    RadioUnit& radio = m_booted.radio();
+    const MeasuringChain chain = chainOf({radio.platform(), radio.clock(), m_drivers,
+                                          m_settings.useHighDetector, m_probing.isRealTime, m_probing.goOn});
+    m_recorder.remember();
+    try {
+        point.uncorrectedReading = readMean(chain, {0, 0}, m_settings.settleTime, m_settings.readings);
+        m_probing.journal->enterUncorrected(point.frequency, point.temperature, *point.uncorrectedReading);
+        ++m_uncorrectedReadings;
+    } catch (const ChainFailure&) {
+        // The search says it in the words of the radio.
+    } catch (const InputError& error) {
+        m_whyStopped = error.what();
+    }
+    m_recorder.restore();
+}
+
+void Calibrator::setLevels(Point& point) const {
+    const std::optional<double> unitsPerDecibel = slope();
+    if (!unitsPerDecibel || !point.uncorrectedReading || !point.lastReading) {
+        return;
+    }
+    const double before = *point.uncorrectedReading / *unitsPerDecibel;
+    const double after = *point.lastReading / *unitsPerDecibel;
+    if (m_result.detectorSlope && m_result.detectorZero) {
+        point.before = *m_result.detectorZero + before;
+        point.after = *m_result.detectorZero + after;
+    } else {
+        point.improvement = before - after;
+    }
 }
 
 std::string Calibrator::goTo(std::uint32_t frequency, std::int32_t temperature) {

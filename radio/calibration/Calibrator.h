@@ -31,8 +31,10 @@ public:
      * that cannot be had is a refusal. Leaves the corrections of real hardware as they were. */
     Qualification qualify(std::uint32_t frequency, std::int32_t temperature,
                           std::optional<std::uint32_t> settleTime);
-    /** `journaled` are the probes of this point that are known. */
-    Point calibrate(std::uint32_t frequency, std::int32_t temperature, const JournaledProbes& journaled);
+    /** `journaled` are the probes of this point that are known, and `uncorrected` what was read before them.
+     */
+    Point calibrate(std::uint32_t frequency, std::int32_t temperature, const JournaledProbes& journaled,
+                    std::optional<std::int32_t> uncorrected = std::nullopt);
     // What a fit asks for, one probe after the other.
 
     /** Has the radio at a place; gives why it is not there; empty: it is. */
@@ -55,10 +57,12 @@ public:
     /** The driver that is read. */
     const std::string& detector() const { return m_drivers.read(m_settings.useHighDetector); }
     /** How many probes were made that the journal did not have. */
-    std::uint64_t newProbes() const { return m_recorder.newProbes(); }
+    std::uint64_t newProbes() const { return m_recorder.newProbes() + m_uncorrectedReadings; }
     /** Why the last search was broken off, or why there can be no more; empty: neither. */
     const std::string& whyStopped() const {
-        return isGivenUp() ? m_climate->whyGivenUp() : m_recorder.whyStopped();
+        return isGivenUp()             ? m_climate->whyGivenUp()
+               : !m_whyStopped.empty() ? m_whyStopped
+                                       : m_recorder.whyStopped();
     }
 
     /** How one could go on after that: "resume" where the journal takes no more, "put away" where it has
@@ -75,9 +79,16 @@ private:
     void conclude(Point& point, bool isFound);
     bool isGivenUp() const { return m_climate != nullptr && !m_climate->whyGivenUp().empty(); }
     void judge(Point& point);
+    /** Units of the reading for each dB, if anybody knows. */
+    std::optional<double> slope() const;
+    /** Reads without corrections, if that says anything and they may be 0. */
+    void measureUncorrected(Point& point);
+    /** What readings come to in dB. */
+    void setLevels(Point& point) const;
     std::string firstComplaint() const;
 
     BootedRadio& m_booted;
+    const Result& m_result;
     const Settings& m_settings;
     const Limits& m_limits;
     const Probing& m_probing;
@@ -87,6 +98,8 @@ private:
     const SearchDrivers m_drivers;
     ILoCancellation& m_cancellation;
     ProbeRecorder m_recorder;
+    std::uint64_t m_uncorrectedReadings = 0;
+    std::string m_whyStopped;
 };
 
 } // namespace Radio::Calibration

@@ -87,8 +87,8 @@ MeasuringChain chainOf(const ChannelChain& channel) {
 }
 
 ChainDescription describeChain(const Settings& settings, const LeakageDescription* leakage,
-                               std::optional<std::uint32_t> settleTime) {
-    ChainDescription chain{settings.i, settings.q, settings.useHighDetector, settleTime};
+                               std::optional<std::uint32_t> settleTime, std::optional<double> slope) {
+    ChainDescription chain{settings.i, settings.q, settings.useHighDetector, settleTime, slope};
     if (leakage != nullptr) {
         const bool isHigh = settings.useHighDetector && leakage->highDetector;
         const DetectorDescription& detector = isHigh ? *leakage->highDetector : leakage->detector;

@@ -27,9 +27,9 @@ struct ChannelChain {
 MeasuringChain chainOf(const ChannelChain& channel);
 
 /** What is known of a channel's chain. `leakage` is that of its modelled transmitter, null on hardware.
- * `settleTime` is what somebody stated. */
+ * `settleTime` and the `slope` of a real detector are what somebody stated. */
 ChainDescription describeChain(const Settings& settings, const LeakageDescription* leakage,
-                               std::optional<std::uint32_t> settleTime);
+                               std::optional<std::uint32_t> settleTime, std::optional<double> slope);
 
 } // namespace Radio::Calibration
 

@@ -18,13 +18,16 @@ std::optional<double> usable(const std::optional<double>& slope) {
     return slope && *slope > 0.0 ? slope : std::nullopt;
 }
 
-/** A modelled detector is known; of a real one what qualifying it has found. */
-Fit::Detector detectorOf(const Settings& settings, const LeakageDescription* leakage,
-                         const std::optional<Qualification>& qualification) {
+/** A modelled detector is known; of a real one what is stated, or what qualifying it has found. */
+Fit::Detector detectorOf(const Result& result, const LeakageDescription* leakage) {
+    const std::optional<Qualification>& qualification = result.qualification;
+    if (leakage == nullptr && result.detectorSlope) {
+        return {usable(result.detectorSlope), result.detectorZero, {}, {}};
+    }
     if (leakage == nullptr) {
         return {qualification ? usable(qualification->slope) : std::nullopt, {}, {}, {}};
     }
-    const bool isHigh = settings.useHighDetector && leakage->highDetector;
+    const bool isHigh = result.settings.useHighDetector && leakage->highDetector;
     const DetectorDescription& detector = isHigh ? *leakage->highDetector : leakage->detector;
     return {usable(detector.slope), detector.zero, detector.low, detector.high};
 }
@@ -74,14 +77,15 @@ Fit::Order fitOrder(const Board& board, const Result& result) {
     order.startTemperature = result.route.front();
     order.i = branchOf(settings.i, leakage == nullptr ? 1 : leakage->i.step);
     order.q = branchOf(settings.q, leakage == nullptr ? 1 : leakage->q.step);
-    order.detector = detectorOf(settings, leakage, result.qualification);
+    order.detector = detectorOf(result, leakage);
     const std::uint32_t taken = result.qualification ? result.qualification->taken : 0;
     order.budget = settings.budget - std::min(settings.budget, taken);
     order.limit = settings.limit;
     return order;
 }
 
-Point pointOf(const Fit::Point& fitted, std::vector<Probe> probes, const LeakageDescription* leakage) {
+Point pointOf(const Fit::Point& fitted, std::vector<Probe> probes, const LeakageDescription* leakage,
+              bool isAbsolute) {
     Point point;
     point.frequency = fitted.place.carrier;
     point.temperature = fitted.place.temperature;
@@ -92,9 +96,17 @@ Point pointOf(const Fit::Point& fitted, std::vector<Probe> probes, const Leakage
     point.probes = std::move(probes);
     if (leakage != nullptr) {
         addModelledLevels(point, *leakage);
-    } else if (!point.probes.empty()) {
+        return point;
+    }
+    if (!point.probes.empty()) {
         point.firstReading = point.probes.front().reading;
         point.lastReading = fitted.reading;
+    }
+    if (isAbsolute) {
+        point.before = fitted.uncorrected;
+        point.after = fitted.level;
+    } else if (fitted.uncorrected && fitted.level) {
+        point.improvement = *fitted.uncorrected - *fitted.level;
     }
     return point;
 }

@@ -17,8 +17,10 @@ namespace Radio::Calibration {
 Fit::Order fitOrder(const Board& board, const Result& result);
 
 /** A point that was fitted, with its probes. `leakage` is that of the modelled transmitter, which says what
- * really leaks; null on hardware. */
-Point pointOf(const Fit::Point& fitted, std::vector<Probe> probes, const LeakageDescription* leakage);
+ * really leaks; null on hardware, where levels are as measured: in dBc if `isAbsolute`, else against each
+ * other. */
+Point pointOf(const Fit::Point& fitted, std::vector<Probe> probes, const LeakageDescription* leakage,
+              bool isAbsolute);
 
 /** The nodes of the tables that came of a fit, for each temperature all carriers. */
 std::vector<Point> nodesOf(const Fit::Table& table, const LeakageDescription* leakage);

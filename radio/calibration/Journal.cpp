@@ -158,6 +158,11 @@ private:
             throw std::runtime_error("no point at " + std::to_string(frequency) + " kHz, " +
                                      std::to_string(temperature) + " degrees");
         }
+        if (json.contains("uncorrected")) {
+            m_content.uncorrected[{temperature, frequency}] =
+                wholeNumber<std::int32_t>(json.at("uncorrected"));
+            return;
+        }
         Probe probe{wholeNumber<std::int32_t>(json.at("i")), wholeNumber<std::int32_t>(json.at("q")),
                     std::nullopt};
         if (!json.at("reading").is_null()) {
@@ -390,6 +395,13 @@ void Journal::enter(std::uint32_t frequency, std::int32_t temperature, const Pro
             {"i", probe.i},
             {"q", probe.q},
             {"reading", orNull(probe.reading)},
+            {"time", preciseUtcText(std::chrono::system_clock::now())}});
+}
+
+void Journal::enterUncorrected(std::uint32_t frequency, std::int32_t temperature, std::int32_t reading) {
+    append({{"khz", frequency},
+            {"degrees", temperature},
+            {"uncorrected", reading},
             {"time", preciseUtcText(std::chrono::system_clock::now())}});
 }
 

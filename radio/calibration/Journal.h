@@ -48,6 +48,8 @@ using KnownProbes = std::map<std::pair<std::int32_t, std::uint32_t>, JournaledPr
 struct JournalContent {
     JournalHeader header;
     KnownProbes probes;
+    /** Readings without corrections, by temperature and carrier. */
+    std::map<std::pair<std::int32_t, std::uint32_t>, std::int32_t> uncorrected{};
     /** What the measuring chain was found to be; journals of before have nothing of it. */
     std::optional<Qualification> qualification{};
     /** The order in which temperatures are gone through; empty: ascending. */
@@ -94,11 +96,13 @@ public:
     Journal& operator=(Journal&& other) = delete;
     ~Journal();
 
-    /** Takes away what stands behind the usable part. As the next four, throws InputError when the file
+    /** Takes away what stands behind the usable part. As the next five, throws InputError when the file
      * cannot be written. */
     void cutOff(std::uintmax_t size);
     /** `frequency` is in kHz, `temperature` in degrees Celsius. */
     void enter(std::uint32_t frequency, std::int32_t temperature, const Probe& probe);
+    /** What was read without corrections before the search. */
+    void enterUncorrected(std::uint32_t frequency, std::int32_t temperature, std::int32_t reading);
     void enter(const Qualification& qualification);
     /** The order in which temperatures are gone through. */
     void enterRoute(const std::vector<std::int32_t>& temperatures);

@@ -16,6 +16,9 @@ constexpr const char* unknownLevel = "nobody knows in dBc what leaks";
 
 /** By how many dB the corrections found lower the leakage. */
 std::optional<double> improvementAt(const Point& point) {
+    if (point.improvement) {
+        return point.improvement;
+    }
     return point.before && point.after ? std::optional(*point.before - *point.after) : std::nullopt;
 }
 

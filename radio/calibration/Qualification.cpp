@@ -182,6 +182,18 @@ private:
 
 } // namespace
 
+std::int32_t readMean(const MeasuringChain& chain, const LoCorrections& corrections, std::uint32_t settleTime,
+                      std::uint32_t readings) {
+    chain.set(corrections);
+    chain.wait(settleTime);
+    double sum = chain.read();
+    for (std::uint32_t n = 1; n < readings; ++n) {
+        chain.wait(betweenReadings);
+        sum += chain.read();
+    }
+    return static_cast<std::int32_t>(std::lround(sum / readings));
+}
+
 Qualification qualify(const MeasuringChain& chain, const ChainDescription& description) {
     return Qualifier(chain, description).run();
 }

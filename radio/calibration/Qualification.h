@@ -82,6 +82,10 @@ struct Qualification {
 constexpr std::uint32_t mostReadings = 16;
 constexpr std::uint32_t betweenReadings = 1;
 
+/** Sets corrections, waits `settleTime` ms, and gives the mean of so many readings, rounded. */
+std::int32_t readMean(const MeasuringChain& chain, const LoCorrections& corrections, std::uint32_t settleTime,
+                      std::uint32_t readings);
+
 /**
  * Measures with a chain how fast it settles, how noisy it is, and whether its readings follow the
  * corrections: both ends of the ranges and the middle, repeated readings, a step, and a line along I and one

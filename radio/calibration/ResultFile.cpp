@@ -11,6 +11,8 @@
 #include <limits>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace Radio::Calibration {
 
@@ -68,6 +70,25 @@ std::string_view wordFor(PointState state) {
 
 std::string bothEnds(const Range& range) {
     return std::to_string(range.low) + " " + std::to_string(range.high);
+}
+
+/** A column with a level of a real transmitter. */
+using LevelColumn = std::pair<std::string_view, std::optional<double> Point::*>;
+
+/** Those that all points have. */
+std::vector<LevelColumn> levelColumns(const Result& result) {
+    std::vector<LevelColumn> columns;
+    for (const LevelColumn& column :
+         {LevelColumn("before_dbc", &Point::before), LevelColumn("after_dbc", &Point::after),
+          LevelColumn("improvement_db", &Point::improvement)}) {
+        const bool isThere =
+            std::all_of(result.points.begin(), result.points.end(),
+                        [&column](const Point& point) { return (point.*column.second).has_value(); });
+        if (result.isHardware && isThere && !result.points.empty()) {
+            columns.push_back(column);
+        }
+    }
+    return columns;
 }
 
 /** What has been found at a point besides its corrections. */
@@ -183,12 +204,22 @@ Point readPoint(const CsvFile& file, std::size_t row, const Result& result) {
     point.i = integer<std::int32_t>(item("i"), correctionBounds);
     point.q = integer<std::int32_t>(item("q"), correctionBounds);
     const bool isFit = result.settings.method == CalibrationMethod::fit;
-    if (!result.isHardware) {
+    if (result.isHardware) {
+        if (!isFit) {
+            point.firstReading = item("first_reading").integer();
+            point.lastReading = item("last_reading").integer();
+        }
+        const auto level = [&](std::string_view column) {
+            const auto& columns = file.columns();
+            const bool isThere = std::find(columns.begin(), columns.end(), column) != columns.end();
+            return isThere ? std::optional(item(column).number(highestLevel)) : std::nullopt;
+        };
+        point.before = level("before_dbc");
+        point.after = level("after_dbc");
+        point.improvement = level("improvement_db");
+    } else {
         point.before = item("before_dbc").number(highestLevel);
         point.after = item("after_dbc").number(highestLevel);
-    } else if (!isFit) {
-        point.firstReading = item("first_reading").integer();
-        point.lastReading = item("last_reading").integer();
     }
     if (!isFit) {
         point.iterations = integer<std::uint32_t>(item("iterations"), {0, mostIterations});
@@ -230,8 +261,14 @@ void writeResult(std::ostream& out, const Result& result) {
         << "# settle_time_ms: " << settings.settleTime << "\n"
         << (settings.readings > 1 ? "# readings: " + std::to_string(settings.readings) + "\n" : "")
         << "# detector: " << (settings.useHighDetector ? "high" : "low") << "\n"
-        << verdictLine(result.verdict) << headingFor(result) << "\n";
-    for (const Point& point : asTables(result).points) {
+        << verdictLine(result.verdict) << headingFor(result);
+    const Result tables = asTables(result);
+    const std::vector<LevelColumn> levels = levelColumns(tables);
+    for (const LevelColumn& column : levels) {
+        out << ',' << column.first;
+    }
+    out << "\n";
+    for (const Point& point : tables.points) {
         out << point.frequency << ',' << point.temperature << ',' << point.i << ',' << point.q << ',';
         if (!isFit) {
             out << foundAt(point, result.isHardware) << ',' << point.iterations << ',' << point.maxDelta
@@ -239,7 +276,11 @@ void writeResult(std::ostream& out, const Result& result) {
         } else if (!result.isHardware) {
             out << foundAt(point, false) << ',';
         }
-        out << wordFor(point.state) << "\n";
+        out << wordFor(point.state);
+        for (const LevelColumn& column : levels) {
+            out << ',' << inTwoDecimals((point.*column.second).value_or(0));
+        }
+        out << "\n";
     }
 }
 

@@ -28,6 +28,8 @@ struct Point {
     std::optional<std::int32_t> reading;
     /** The reading as a level in dBc, detector's floor and noise included. */
     std::optional<double> level;
+    /** What the bowl that was fitted has without corrections, in dBc; nothing when there was none. */
+    std::optional<double> uncorrected;
     /** How many probes were made here. */
     std::uint32_t probes = 0;
 };

@@ -121,6 +121,8 @@ private:
         const bool isGood = isInReach(whole.bottom);
         Point& point = m_fitted.point;
         point.state = isGood ? PointState::good : PointState::edge;
+        point.uncorrected =
+            levelOf(residualPower(curvature, {0, 0}, whole.bottom) + std::max(0.0, whole.floor));
         if (!isGood) {
             const bool isI = !isWithin(m_bench.order().i, whole.bottom.i);
             point.remark = std::string("the best ") + (isI ? "I" : "Q") + " is about " +

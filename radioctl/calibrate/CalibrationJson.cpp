@@ -125,9 +125,12 @@ void CalibrationJson::calibrated(const Point& point) {
                   {"q", isFound ? Json(point.q) : Json(nullptr)}};
     event["before_dbc"] = roundedOrNull(point.before);
     event["after_dbc"] = isFound ? roundedOrNull(point.after) : Json(nullptr);
-    if (!point.before) {
+    if (point.firstReading || !point.before) {
         event["first_reading"] = orNull(point.firstReading);
         event["last_reading"] = isFound ? orNull(point.lastReading) : Json(nullptr);
+    }
+    if (point.improvement) {
+        event["improvement_db"] = rounded(*point.improvement);
     }
     event["iterations"] = point.iterations;
     event["max_delta"] = point.maxDelta;

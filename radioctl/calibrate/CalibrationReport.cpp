@@ -285,10 +285,12 @@ void CalibrationText::showWorst(const LeakageSummary& summary, bool isFit) {
     if (!summary.before) {
         return;
     }
+    table = TextTable();
+    table.alignRight(1);
     addWorst(table, "without corrections", summary.before);
     addWorst(table, isFit ? "calibrated, at the points" : "calibrated, at the nodes", summary.after);
     addWorst(table, isFit ? "calibrated, anywhere" : "calibrated, between the nodes", summary.between);
-    m_out << "\nWorst modelled leakage\n";
+    m_out << (summary.firstReading ? "\nWorst leakage by the detector\n" : "\nWorst modelled leakage\n");
     table.write(m_out);
 }
 

@@ -69,7 +69,9 @@ protected:
     }
 
     std::string board() const {
-        std::string text = leakageBoard("range = [0, 4095]", "chamber = \"chamber\"\ndwell = 0\n");
+        std::string text = leakageBoard(
+            "range = [0, 4095]", "chamber = \"chamber\"\ntolerance = 0\ndwell = 0\ndetector_slope = 25\n"
+                                 "detector_zero = -80\n");
         const std::size_t begin = text.find("[[leakage]]");
         text.erase(begin, text.find("[[calibration]]") - begin);
         text.replace(text.find("[drivers]"), 9, "[drivers]\n\"chamber\" = {}");
@@ -161,6 +163,27 @@ TEST_F(ScriptedBenchTest, ChamberIsSentTheShortestWayAndLeftAsItIsToBe) {
     std::vector<std::string> sent = m_bench.chamberHeard();
     sent.erase(std::remove(sent.begin(), sent.end(), "SENS?"), sent.end());
     EXPECT_THAT(sent, testing::ElementsAre("TEMP 33", "TEMP 50", "TEMP 12", "TEMP -10", "TEMP 25"));
+}
+
+TEST_F(ScriptedBenchTest, LevelsAreThoseOfTheDetectorWhereItsSlopeAndZeroAreStated) {
+    const Ending ending = run(arguments({"--band", "18GHz", "18GHz"}));
+    ASSERT_EQ(ending.exitCode, 0) << ending.output << ending.errors;
+    EXPECT_THAT(ending.output, HasSubstr("\nWorst leakage by the detector\n  without corrections"));
+    // Without corrections and at -10 degrees I is 470 off and Q 120: 53.72 dB, which reads 1343, or 53.72 dB.
+    EXPECT_THAT(
+        contentOf("board.channel-1.csv"),
+        testing::ContainsRegex(",max_delta,state,before_dbc,after_dbc\n18000000,-10,.*,good,-26.28,"));
+    EXPECT_THAT(contentOf("board.channel-1.journal"),
+                HasSubstr("{\"khz\":18000000,\"degrees\":-10,\"uncorrected\":1343,"));
+}
+
+TEST_F(ScriptedBenchTest, WithASlopeAloneThereIsAnImprovement) {
+    std::string described = board();
+    described.erase(described.find("detector_zero = -80"), 19);
+    write("board.toml", described);
+    ASSERT_EQ(run(arguments({"--band", "18GHz", "18GHz"})).exitCode, 0);
+    EXPECT_THAT(contentOf("board.channel-1.csv"),
+                HasSubstr(",max_delta,state,improvement_db\n18000000,-10,"));
 }
 
 TEST_F(ScriptedBenchTest, QualifyOnHardwareLeavesTheRadio) {
