@@ -339,7 +339,7 @@ void CalibrationRun::calibrateAll(CalibrationListener& listener, const Calibrati
     m_goOn = {};
     if (m_outcome.wayOn == "resume") {
         m_outcome.trouble += "; what was entered before is kept: " +
-                             counted(m_outcome.knownProbes + m_outcome.newProbes, "probe");
+                             counted(m_outcome.knownProbes + calibrator.newProbes(), "probe");
         m_outcome.wayOn = m_journal->isFull() ? "room" : m_outcome.wayOn;
     }
 }
