@@ -75,6 +75,48 @@ inline Result madeUpResult(const std::vector<std::uint32_t>& frequencies,
     return result;
 }
 
+/**
+ * A fit of two points, each with a ring of probes and one at what it told, whose table has three carriers at
+ * two temperatures. It was tried at two places, of which one read more than was foretold.
+ */
+inline Result madeUpFit() {
+    Result result = madeUpResult({18000000u, 18100000u, 18200000u}, {-10, 30});
+    result.nodes = result.points;
+    for (Point& node : result.nodes) {
+        node.probes.clear();
+        node.iterations = 0;
+    }
+    Settings& settings = result.settings;
+    settings.method = CalibrationMethod::fit;
+    settings.budget = 400;
+    settings.limit = -39.0;
+    settings.frequencies = {18000000u, 18200000u};
+    result.points = {madeUpPoint(18000000u, -10, -90, -40.0), madeUpPoint(18200000u, 30, -91, -41.0)};
+    Fit::Outcome& fit = result.fit.emplace();
+    for (Point& point : result.points) {
+        point.iterations = 0;
+        point.probes = {{-290, 0, 75}, {-90, 200, 75}, {110, 0, 75}, {-90, -200, 75}, {point.i, 0, 10}};
+        Fit::Point fitted;
+        fitted.place = {point.frequency, point.temperature};
+        fitted.state = Fit::PointState::good;
+        fitted.corrections = {point.i, point.q};
+        fitted.reading = 10;
+        fitted.level = -39.75;
+        fitted.probes = 5;
+        fit.points.push_back(fitted);
+    }
+    fit.verdict = Fit::Verdict::held;
+    fit.verifications = {{{18050000u, 10}, {-90, 1}, 11, -39.5, true},
+                         {{18150000u, 11}, {-92, 2}, 14, -36.25, false}};
+    fit.table.carriers = {18000000, 18100000, 18200000};
+    fit.table.temperatures = {-10, 30};
+    fit.claim = Fit::LevelAt{-39.25, {18150000u, 30}};
+    fit.slope = 25.0;
+    fit.probes = 12;
+    fit.temperatureChanges = 3;
+    return result;
+}
+
 } // namespace Radio::Calibration
 
 #endif

@@ -95,6 +95,14 @@ TEST_F(TablesLintTest, OutlierBesideACornerDoesNotMakeTheCornerOne) {
                     "suggest 200; usually they are off by 0"));
 }
 
+/** 4 and 5 would be right; each is first guessed from the other, which is wrong. */
+TEST_F(TablesLintTest, WrongNodesBesideEachOtherAreNamedOnceEach) {
+    const std::vector<std::string> findings = lintRow({0, 1, 2, 3, 300, 800, 6, 7, 8, 9});
+    ASSERT_EQ(findings.size(), 2U);
+    EXPECT_THAT(findings[0], HasSubstr("x.csv:6: warning: i: 5 kHz at 25 degrees: 300 does not go with"));
+    EXPECT_THAT(findings[1], HasSubstr("x.csv:7: warning: i: 6 kHz at 25 degrees: 800 does not go with"));
+}
+
 TEST_F(TablesLintTest, WhatIsUsualInARoughTableIsNoOutlier) {
     EXPECT_THAT(lintRow({0, 20, 0, 100, 0, 20, 0, 20, 0, 20}), IsEmpty());
     EXPECT_THAT(

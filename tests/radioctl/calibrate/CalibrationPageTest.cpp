@@ -284,6 +284,155 @@ TEST_F(CalibrationPage, OfHardwareHasReadings) {
     EXPECT_THAT(text, Not(HasSubstr("modelled")));
 }
 
+/** The page of a fit of two points, see madeUpFit(). */
+class CalibrationPageOfAFit : public CalibrationPage {
+protected:
+    CalibrationPageOfAFit() { m_result = madeUpFit(); }
+
+    std::string hardwarePage() {
+        m_result.isHardware = true;
+        m_board.drivers.resize(3);
+        m_board.drivers[0].name = "channel.1.tx.rf.mixer.i";
+        m_board.drivers[1].name = "channel.1.tx.rf.mixer.q";
+        m_board.drivers[2].name = "channel.1.tx.rf.detector.v";
+        m_board.channels.resize(1);
+        m_board.channels[0].number = 1;
+        for (std::vector<Point>* points : {&m_result.points, &m_result.nodes}) {
+            for (Point& point : *points) {
+                point.before.reset();
+                point.after.reset();
+            }
+        }
+        for (Point& point : m_result.points) {
+            point.firstReading = 75;
+            point.lastReading = 10;
+        }
+        std::ostringstream out;
+        writePage(out, m_board, m_result, "Stored: demo.csv");
+        return out.str();
+    }
+};
+
+TEST_F(CalibrationPageOfAFit, HasThePicturesOfAFitAndNoneOfASearch) {
+    const std::string text = page();
+    EXPECT_TRUE(isWellFormed(text));
+    EXPECT_THAT(picturesOf(text), ElementsAre("before", "after", "between", "places", "levels", "probes",
+                                              "probes-end", "correction-I", "correction-Q"));
+    EXPECT_THAT(text, Not(HasSubstr("search")));
+    EXPECT_THAT(text, Not(HasSubstr("teration")));
+}
+
+TEST_F(CalibrationPageOfAFit, NamesWhatAFitIsAskedForAndNothingOfASearch) {
+    const std::string text = page();
+    EXPECT_THAT(text, HasSubstr("<th>method</th><td>fit</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>carriers</th><td>18000000 to 18200000 kHz</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>temperatures</th><td>-10 to 30 °C</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>probes</th><td>at most 400</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>to leak anywhere</th><td>at most -39.00 dBc</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>range of I</th><td>-200 to 300 (units of "));
+    EXPECT_THAT(text, Not(HasSubstr("shrink")));
+}
+
+TEST_F(CalibrationPageOfAFit, ClaimStandsBesideWhatTheModelSays) {
+    m_result.fit->reason = "up to -39.25 dBc may be left at 18150000 kHz & more";
+    m_result.fit->remarks = {"one place was left out"};
+    Qualification qualification;
+    qualification.taken = 31;
+    m_result.qualification = qualification;
+    const std::string text = page();
+    EXPECT_THAT(text,
+                HasSubstr("<th>leaks anywhere, at most</th><td>-39.25 dBc, at 18150000 kHz, 30 °C</td>"));
+    // I = -90 everywhere leaves 0.01 of the signal's amplitude.
+    EXPECT_THAT(text,
+                HasSubstr("<th>leaks anywhere, as modelled</th><td>-40.00 dBc, at 18000000 kHz, -10 °C"));
+    EXPECT_THAT(text,
+                HasSubstr("<th>what stands against them</th><td>up to -39.25 dBc may be left at 18150000 "
+                          "kHz &amp; more</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>remark</th><td>one place was left out</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>tables</th><td>3 carriers by 2 temperatures</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>tried at</th><td>2 places, 1 of them worse than foretold, and fitted "
+                                "then</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>probes</th><td>43 of 400, 31 of them to qualify the detector</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>changes of temperature</th><td>3</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>slope of the detector</th><td>25.00 units for each dB</td>"));
+}
+
+TEST_F(CalibrationPageOfAFit, ListsThePointsAsFittedAndWhereTheTableWasTried) {
+    m_result.points[1].state = PointState::missed;
+    m_result.points[1].remark = "it leaks";
+    const std::string text = page();
+    EXPECT_THAT(text,
+                HasSubstr("<tr><td class=\"number\">18000000</td><td class=\"number\">-10</td><td>good</td>"
+                          "<td class=\"number\">-90</td><td class=\"number\">0</td>"
+                          "<td class=\"number\">-20.00</td><td class=\"number\">-40.00</td>"
+                          "<td class=\"number\">10</td><td class=\"number\">5</td><td></td></tr>"));
+    EXPECT_THAT(text, HasSubstr("<li>18200000 kHz, 30 °C: missed, it leaks</li>"));
+    EXPECT_THAT(text,
+                HasSubstr("<tr><td class=\"number\">18050000</td><td class=\"number\">10</td>"
+                          "<td class=\"number\">-90</td><td class=\"number\">1</td>"
+                          "<td class=\"number\">11</td><td class=\"number\">-39.50</td><td>yes</td></tr>"));
+    EXPECT_THAT(text,
+                HasSubstr("<tr class=\"bad\"><td class=\"number\">18150000</td><td class=\"number\">11</td>"
+                          "<td class=\"number\">-92</td><td class=\"number\">2</td>"
+                          "<td class=\"number\">14</td><td class=\"number\">-36.25</td>"
+                          "<td>no, it reads more</td></tr>"));
+}
+
+TEST_F(CalibrationPageOfAFit, WithoutTablesSaysWhyAndDrawsNone) {
+    m_result.nodes.clear();
+    m_result.fit->table = {};
+    m_result.fit->claim.reset();
+    m_result.fit->verifications.clear();
+    m_result.fit->reason = "every reading is 1444: the detector is stuck or saturated";
+    for (Point& point : m_result.points) {
+        makeFail(point);
+    }
+    const std::string text = page();
+    EXPECT_TRUE(isWellFormed(text));
+    EXPECT_THAT(picturesOf(text), ElementsAre("places", "levels"));
+    EXPECT_THAT(text, HasSubstr("<th>leaks anywhere, at most</th><td>nothing is claimed</td>"));
+    EXPECT_THAT(text, HasSubstr("<th>tables</th><td>none</td>"));
+    EXPECT_THAT(text, HasSubstr("There are no tables, and so there is no picture of them."));
+    EXPECT_THAT(text, HasSubstr("every reading is 1444: the detector is stuck or saturated"));
+}
+
+TEST_F(CalibrationPageOfAFit, OfHardwareHasNoModelledLevels) {
+    m_result.fit->isRelative = true;
+    const std::string text = hardwarePage();
+    EXPECT_TRUE(isWellFormed(text));
+    EXPECT_THAT(picturesOf(text),
+                ElementsAre("places", "levels", "probes", "probes-end", "correction-I", "correction-Q"));
+    EXPECT_THAT(text, HasSubstr("<th>leaks anywhere, at most</th><td>-39.25 dB against what leaked without "
+                                "corrections at the first point, at 18150000 kHz, 30 °C</td>"));
+    EXPECT_THAT(text,
+                HasSubstr("<th class=\"number\">first reading</th><th class=\"number\">last reading</th>"));
+    EXPECT_THAT(text, HasSubstr("level, dB against the first probe"));
+    EXPECT_THAT(text, Not(HasSubstr("modelled")));
+    EXPECT_THAT(text, Not(HasSubstr("before, dBc")));
+}
+
+TEST_F(CalibrationPageOfAFit, OnePointIsEnough) {
+    m_result.points.resize(1);
+    m_result.fit->points.resize(1);
+    m_result.fit->verifications.clear();
+    m_result.settings.frequencies = {18000000u};
+    m_result.settings.temperatures = {-10};
+    m_result.nodes.resize(1);
+    const std::string text = page();
+    EXPECT_TRUE(isWellFormed(text));
+    EXPECT_THAT(picturesOf(text), Contains("places"));
+    EXPECT_THAT(text, Not(HasSubstr("Where the table was tried")));
+}
+
+TEST_F(CalibrationPageOfAFit, TextsFromOutsideAreNoMarkup) {
+    m_result.fit->reason = "<b>&";
+    m_result.fit->remarks = {"<b>&"};
+    m_result.points[0].remark = "<b>&";
+    const std::string text = page();
+    EXPECT_THAT(text, Not(HasSubstr("<b>")));
+    EXPECT_TRUE(isWellFormed(text));
+}
+
 TEST_F(CalibrationPage, StaysOfASaneSizeWithThousandsOfPoints) {
     std::vector<std::uint32_t> frequencies(300);
     std::generate(frequencies.begin(), frequencies.end(), [at = 18000000u]() mutable { return at += 1000; });

@@ -44,7 +44,7 @@ TEST_F(VerdictProgramTest, PassIsTheFirstThingThatIsSaidAtTheEnd) {
     const Ending ending = calibrate();
     EXPECT_EQ(ending.exitCode, 0);
     EXPECT_THAT(ending.output, testing::ContainsRegex(
-                                   "50 degrees\n\nPASS: leakage at the nodes -[0-9.]+ dBc \\(limit -40\\), "
+                                   " a probe\n\nPASS: leakage at the nodes -[0-9.]+ dBc \\(limit -40\\), "
                                    "improvement [0-9.]+ dB \\(limit 15\\)\nStored: board.channel-1.csv\n"));
     EXPECT_THAT(contentOf(csv), HasSubstr("\n# verdict: PASS\n"));
 }
