@@ -74,8 +74,9 @@ std::vector<std::int32_t> readTemperatures(const TomlItem& calibration) {
 }
 
 std::string readChamber(const TomlItem& item, const std::vector<DriverDescription>& drivers) {
-    const std::string name = item.nonEmptyText("the name of a driver");
+    std::string name = item.nonEmptyText("the name of a driver");
     std::vector<std::string> names;
+    names.reserve(drivers.size());
     for (const DriverDescription& driver : drivers) {
         names.push_back(driver.name);
     }

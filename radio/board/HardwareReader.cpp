@@ -148,7 +148,7 @@ private:
             const bool isWhole =
                 text.front() != '/' && text.back() != '/' && text.find("//") == std::string::npos;
             if (slashes < 1 || slashes > 2 || !isWhole) {
-                item.failExpecting("\"DEVICE/ATTRIBUTE\" or \"DEVICE/CHANNEL/ATTRIBUTE\"");
+                item.failExpecting(R"("DEVICE/ATTRIBUTE" or "DEVICE/CHANNEL/ATTRIBUTE")");
             }
             return;
         }
@@ -295,6 +295,7 @@ HardwareOnBench readHardware(const TomlItem& root, const std::vector<DriverDescr
     const AttributeReader attributes(result.description.devices);
     if (const std::optional<TomlItem> hardware = root.find("hardware")) {
         std::vector<std::string> names;
+        names.reserve(drivers.size());
         for (const DriverDescription& driver : drivers) {
             names.push_back(driver.name);
         }

@@ -42,7 +42,7 @@ fs::path tablesOf(const Board& board, int channel) {
     for (const auto& [branch, column] : {std::pair("I", "i"), std::pair("Q", "q")}) {
         const std::string name = '"' + cancellationTableName(channel, branch) + '"';
         const std::string expected =
-            std::string("expected { file = \"NAME.csv\", column = \"") + column + "\" }";
+            std::string(R"(expected { file = "NAME.csv", column = ")") + column + "\" }";
         const TableDescription* const table = findCancellationTable(board, channel, branch);
         if (table == nullptr) {
             throw ChoiceError({board.file.string(), 0}, "no table " + name + ", " + expected, "tables");

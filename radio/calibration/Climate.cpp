@@ -50,7 +50,7 @@ std::string Climate::reach(std::int32_t wanted, Standalone::Platform& platform,
         }
         // What was read before may be old, if the sensor fails now.
         m_sensed = hasSensor() ? m_bench.sense() : std::nullopt;
-        const std::string why = awaitIt(wanted, goOn);
+        std::string why = awaitIt(wanted, goOn);
         if (!why.empty()) {
             return why;
         }

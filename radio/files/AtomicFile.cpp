@@ -67,7 +67,7 @@ bool linkOrCopy(const fs::path& file, const fs::path& other) {
 template <typename Make>
 fs::path firstFree(const fs::path& file, const Make& make) {
     for (unsigned number = 1;; ++number) {
-        const fs::path backup = file.string() + ".~" + std::to_string(number) + "~";
+        fs::path backup = file.string() + ".~" + std::to_string(number) + "~";
         if (make(backup)) {
             static_cast<void>(syncDirectoryOf(backup));
             return backup;

@@ -23,6 +23,13 @@ double claimed(const Order& order, const Knowledge& knowledge, const Table& tabl
     return squareOf(left + off) * powerOf(knowledge.doubt());
 }
 
+/** What falls so slowly from degree to degree is not smooth: it may bend between two points where nobody
+ * looked. Coefficients of smooth transmitters fall at least by 0.38. */
+double roughness(const Surface& surface) {
+    constexpr double slow = 0.4;
+    return surface.decay().carrier > slow ? 2.0 : 1.0;
+}
+
 } // namespace
 
 double claimedPower(const Order& order, const Knowledge& knowledge, const Surface& surface,
@@ -45,8 +52,9 @@ LevelAt claimAnywhere(const Order& order, const Knowledge& knowledge, const Surf
             const Place place{carriers[n], temperature};
             if (n % partsOfCell == 0) {
                 const std::size_t next = std::min(n + partsOfCell, carriers.size() - 1);
-                deviation = std::max(surface.at(place).deviation,
-                                     surface.at({carriers[next], temperature}).deviation);
+                deviation =
+                    roughness(surface) * std::max(surface.at(place).deviation,
+                                                  surface.at({carriers[next], temperature}).deviation);
             }
             const double level =
                 levelOf(claimed(order, knowledge, table, place, {surface.bottomAt(place), deviation}));

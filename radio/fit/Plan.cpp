@@ -35,7 +35,7 @@ std::vector<std::int32_t> fitTemperatures(const Order& order) {
 std::vector<std::int32_t> triedTemperatures(const std::vector<std::int32_t>& fitted, std::size_t most) {
     std::vector<std::int32_t> tried;
     for (std::size_t n = fitted.size(); n-- > 1;) {
-        const std::int32_t middle =
+        const auto middle =
             static_cast<std::int32_t>(std::floor((static_cast<double>(fitted[n]) + fitted[n - 1]) / 2.0));
         if (middle != fitted[n] && middle != fitted[n - 1]) {
             tried.push_back(middle);

@@ -19,7 +19,7 @@ namespace {
 
 /** Has a carrier checked with the rest of the command line. */
 std::string whyNoCarrier(const std::string& word) {
-    const std::string wrong = whyNoFrequency(word);
+    std::string wrong = whyNoFrequency(word);
     if (!wrong.empty()) {
         return wrong;
     }

@@ -107,7 +107,7 @@ void writeFittedPoints(std::ostream& out, const Result& result) {
     out << "<h2>All points</h2>\n<table>\n<tr><th class=\"number\">kHz</th><th class=\"number\">°C</th>"
            "<th>state</th><th class=\"number\">I</th><th class=\"number\">Q</th>"
         << (result.isHardware ? "<th class=\"number\">first reading</th>"
-                              : "<th class=\"number\">before, dBc</th><th class=\"number\">after, dBc</th>")
+                              : R"(<th class="number">before, dBc</th><th class="number">after, dBc</th>)")
         << "<th class=\"number\">last reading</th><th class=\"number\">probes</th><th>remark</th></tr>\n";
     for (std::size_t k = 0; k < result.points.size(); ++k) {
         writePoint(out, result.points[k], result.fit->points.at(k), result.isHardware);

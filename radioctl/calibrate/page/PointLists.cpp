@@ -85,8 +85,8 @@ void writePoints(std::ostream& out, std::vector<const Point*> points, bool isHar
     }
     out << "<table>\n<tr><th class=\"number\">kHz</th><th class=\"number\">°C</th><th>state</th>"
            "<th class=\"number\">I</th><th class=\"number\">Q</th>"
-        << (isHardware ? "<th class=\"number\">first reading</th><th class=\"number\">last reading</th>"
-                       : "<th class=\"number\">before, dBc</th><th class=\"number\">after, dBc</th>")
+        << (isHardware ? R"(<th class="number">first reading</th><th class="number">last reading</th>)"
+                       : R"(<th class="number">before, dBc</th><th class="number">after, dBc</th>)")
         << "<th class=\"number\">iterations</th><th>remark</th></tr>\n";
     for (const Point* point : points) {
         writePoint(out, *point, isHardware);
