@@ -89,17 +89,20 @@ void CalibrationCommandLine::addSettings() {
     CalibrationDescription& wishes = m_options.order.wishes;
     m_calibrate
         .option("--method", m_method,
-                "fit: few probes, a smooth surface through them;\nsearch: the library's search at every node")
+                "fit (otherwise): few probes, and a surface\nthrough what they tell; search: the "
+                "library's\nsearch at every node")
         .named("METHOD")
         .oneOf({"fit", "search"});
-    m_calibrate.option("--probes", wishes.probes, "How many probes a fit may make in all")
+    m_calibrate.option("--probes", wishes.probes, "How many probes a fit may make in all;\notherwise 400")
         .named("N")
         .within(budgetBounds.low, budgetBounds.high);
     m_calibrate.option("--band", m_band, "First and last carrier; otherwise those of\nthe board")
         .named("F F")
         .values(2)
         .check(whyNoCarrier);
-    m_calibrate.option("--step", m_step, "Distance of two carriers").named("F").check(whyNoCarrier);
+    m_calibrate.option("--step", m_step, "Of a search: distance of two carriers")
+        .named("F")
+        .check(whyNoCarrier);
     m_calibrate
         .option("--temperatures", wishes.temperatures,
                 "Degrees Celsius with commas between them,\nsuch as -33,0,55")

@@ -101,7 +101,9 @@ std::string heldBackText(const CalibrationOutcome& outcome) {
     std::vector<std::string> reasons;
     std::vector<std::string> options;
     if (outcome.isHeldBackByEdge) {
-        reasons.push_back("the search ended at the edge of a range for " +
+        const bool isFit = outcome.result.settings.method == CalibrationMethod::fit;
+        reasons.push_back((isFit ? "the best corrections lie beyond a range for "
+                                 : "the search ended at the edge of a range for ") +
                           counted(outcome.summary.edge, "point"));
         options.emplace_back("--accept-edge");
     }

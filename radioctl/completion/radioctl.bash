@@ -34,6 +34,10 @@ _radioctl()
         mapfile -t COMPREPLY < <(compgen -W "low high" -- "$current")
         return
     fi
+    if [[ $previous == --method ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "fit search" -- "$current")
+        return
+    fi
 
     if [[ $previous == --junit ]]; then
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
@@ -49,7 +53,7 @@ _radioctl()
             audit) word="--help --json --hardware --csv" ;;
             thermal) word="--help --json --carrier --station --csv --html" ;;
             qualify) word="--help --json --hardware --force --channel --settle-time --detector --real-time" ;;
-            calibrate) word="--help --json --hardware --force --verbose --channel --band --step --temperatures --i-range --q-range
+            calibrate) word="--help --json --hardware --force --verbose --channel --method --probes --band --step --temperatures --i-range --q-range
                 --shrink --min-delta --max-iterations --settle-time --detector --serial --station --journal --out --html
                 --resume --restart --offline --accept-edge --accept-fail --no-qualify --attended --tolerance --dwell
                 --method --probes --real-time" ;;

@@ -43,11 +43,15 @@ scheme: $shown" ] || { echo "$1, shown $shown, should have $2 pictures and no fa
 }
 
 cp "$boards"/lo-leakage-18ghz.toml board.toml
-set -- --step 467500 --temperatures=-33,55
+"$radioctl" calibrate board.toml --channel 1 --html fit.html >fit.log || { cat fit.log; exit 1; }
+# A search of few points leaves more between them than the limits of the board allow; here its page is what counts.
+sed '/^leakage = /d; /^leakage_at_nodes = /d' "$boards"/lo-leakage-18ghz.toml >board.toml
+set -- --method search --step 467500 --temperatures=-33,55 --restart
 "$radioctl" calibrate board.toml --channel 1 "$@" --html calibration.html >calibrate.log ||
     { cat calibrate.log; exit 1; }
 "$radioctl" thermal "$boards"/iq-compensation-18ghz.toml "$boards"/logs/cold-start.csv --html thermal.html >thermal.log ||
     { cat thermal.log; exit 1; }
+is_fine fit.html 9
 is_fine calibration.html 8
 is_fine thermal.html 7
 
@@ -67,8 +71,10 @@ badly 'failed, the journal ends here' --offline cut.journal
 is_fine bad.html 7
 badly 'edge, I ended at the low edge' "$@" --i-range -300 1000
 is_fine bad.html 8
-badly 'failed, the high-range detector was never read' "$@" --detector high --restart
+badly 'failed, the high-range detector was never read' "$@" --detector high --no-qualify
 is_fine bad.html 2
+badly 'failed, the budget of probes is spent' --restart --probes 60
+is_fine bad.html 9
 
 # The first page with faults, each of which must be seen.
 sed -e 's#^<body>#&<script>missing();</script>#' \
