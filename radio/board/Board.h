@@ -134,6 +134,8 @@ struct CalibrationDescription {
     std::optional<double> detectorZero{};
     /** The driver of a temperature chamber, which takes degrees Celsius; empty: there is none. */
     std::string chamber{};
+    /** The driver of a spectrum analyser, which reads hundredths of dBc; empty: there is none. */
+    std::string analyser{};
     /** So many degrees beside a temperature will do, and so many seconds they have to last. */
     std::optional<std::uint32_t> tolerance{};
     std::optional<std::uint32_t> dwell{};

@@ -53,11 +53,12 @@ std::string consequence(const Demand& demand) {
                                    : " can start without it, but will report errors");
 }
 
-/** A calibration sets temperatures with it. */
-bool isChamber(const Board& board, const Key& key) {
+/** A calibration sets temperatures with it, or looks at what leaks. */
+bool isForCalibration(const Board& board, const Key& key) {
     return key.first == ObjectKind::driver &&
-           std::any_of(board.calibrations.begin(), board.calibrations.end(),
-                       [&](const auto& calibration) { return calibration.chamber == key.second; });
+           std::any_of(board.calibrations.begin(), board.calibrations.end(), [&](const auto& calibration) {
+               return calibration.chamber == key.second || calibration.analyser == key.second;
+           });
 }
 
 std::string notAskedFor(const Key& key, const Entry& entry) {
@@ -403,7 +404,7 @@ void Checker::checkLeftOver(const Key& key, const Entry& entry) {
     // A driver with hardware that no channel asks for is there for whoever reads and writes it by hand.
     const bool isForAPerson =
         entry.driver != nullptr && !entry.meant && findHardware(m_board, entry.driver->name) != nullptr;
-    if (!isForAPerson && !isChamber(m_board, key)) {
+    if (!isForAPerson && !isForCalibration(m_board, key)) {
         report(Severity::warning, entry.place, notAskedFor(key, entry));
     }
 }

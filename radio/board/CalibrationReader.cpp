@@ -73,7 +73,7 @@ std::vector<std::int32_t> readTemperatures(const TomlItem& calibration) {
     return temperatures;
 }
 
-std::string readChamber(const TomlItem& item, const std::vector<DriverDescription>& drivers) {
+std::string readDriver(const TomlItem& item, const std::vector<DriverDescription>& drivers) {
     std::string name = item.nonEmptyText("the name of a driver");
     std::vector<std::string> names;
     names.reserve(drivers.size());
@@ -109,9 +109,10 @@ void readDetector(const TomlItem& item, CalibrationDescription& calibration) {
 
 CalibrationDescription readCalibration(const TomlItem& item, ChannelReader& channel,
                                        const std::vector<DriverDescription>& drivers) {
-    item.entries({"channel", "band", "step", "temperatures", "i_range", "q_range", "shrink_factor",
-                  "min_delta", "max_iterations", "settle_time", "detector", "detector_slope", "detector_zero",
-                  "chamber", "tolerance", "dwell", "await_limit", "method", "probes"});
+    item.entries({"channel",   "band",           "step",          "temperatures",   "i_range",
+                  "q_range",   "shrink_factor",  "min_delta",     "max_iterations", "settle_time",
+                  "detector",  "detector_slope", "detector_zero", "chamber",        "analyser",
+                  "tolerance", "dwell",          "await_limit",   "method",         "probes"});
     CalibrationDescription calibration;
     calibration.channel = channel.read(item);
     if (const std::optional<TomlItem> method = item.find("method")) {
@@ -139,10 +140,13 @@ CalibrationDescription readCalibration(const TomlItem& item, ChannelReader& chan
     }
     readDetector(item, calibration);
     if (const std::optional<TomlItem> chamber = item.find("chamber")) {
-        calibration.chamber = readChamber(*chamber, drivers);
+        calibration.chamber = readDriver(*chamber, drivers);
     }
     calibration.tolerance = readNumber(item, "tolerance", toleranceBounds);
     calibration.dwell = readNumber(item, "dwell", dwellBounds);
+    if (const std::optional<TomlItem> analyser = item.find("analyser")) {
+        calibration.analyser = readDriver(*analyser, drivers);
+    }
     calibration.awaitLimit = readNumber(item, "await_limit", awaitLimitBounds);
     return calibration;
 }

@@ -87,6 +87,8 @@ struct Point {
     std::optional<std::int32_t> lastReading;
     /** What the detector read without corrections, before the search; where it makes a level. */
     std::optional<std::int32_t> uncorrectedReading;
+    /** What a spectrum analyser saw of the corrections found, in dBc; nothing without one. */
+    std::optional<double> analysed;
     /** By how many dB the corrections lower the leakage, where levels themselves are not known. */
     std::optional<double> improvement;
     /** Four for each iteration, in their order. */

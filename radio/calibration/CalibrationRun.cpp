@@ -1,6 +1,7 @@
 #include "radio/calibration/CalibrationRun.h"
 
 #include "radio/board/BoardNames.h"
+#include "radio/calibration/Analyser.h"
 #include "radio/calibration/Calibrator.h"
 #include "radio/calibration/FitOutcome.h"
 #include "radio/calibration/FitProber.h"
@@ -383,7 +384,9 @@ bool CalibrationRun::searchAll(Calibrator& calibrator, CalibrationListener& list
                 stopFor(calibrator);
                 return false;
             }
-            note(point, point.probes.size() <= known.size());
+            const bool isFromJournal = point.probes.size() <= known.size();
+            analyse(calibrator, point, [&] { return !isFromJournal || calibrator.bring(point); });
+            note(point, isFromJournal);
             listener.calibrated(point);
             result.points.push_back(std::move(point));
             if (!m_goOn()) {
@@ -405,14 +408,18 @@ bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listene
         m_fitProbes = now.probes();
         return m_goOn();
     };
+    const FitProber* there = nullptr;
     const auto fitted = [&](const Fit::Point& place, std::vector<Probe> probes) {
         Point point = pointOf(place, std::move(probes), leakage, isAbsolute);
         holdToLimits(point, m_board.limits);
+        // The last probe was made with the corrections found.
+        analyse(calibrator, point, [&] { return there->isThere(); });
         note(point, m_isFromJournal);
         listener.calibrated(point);
         result.points.push_back(std::move(point));
     };
     FitProber prober(calibrator, m_known.probes, result.isHardware && !isOffline(), {goOn, fitted});
+    there = &prober;
     Fit::Outcome outcome = Fit::calibrate(order, prober);
     prober.leave();
     // A real transmitter is not to be left with what was only a probe.
@@ -428,6 +435,22 @@ bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listene
     result.nodes = nodesOf(outcome.table, leakage);
     result.fit = std::move(outcome);
     return true;
+}
+
+/** On a real radio, where the board has a spectrum analyser. */
+void CalibrationRun::analyse(Calibrator& calibrator, Point& point, const std::function<bool()>& bring) {
+    if (!m_outcome.result.isHardware) {
+        return;
+    }
+    try {
+        Analyser(analyserOf(m_board, m_order.wishes.channel), calibrator.platform(),
+                 m_journal ? &*m_journal : nullptr, m_known.analysed)
+            .look(point, bring);
+    } catch (const InputError& error) {
+        m_outcome.trouble = error.what();
+        m_outcome.wayOn = "resume";
+        m_goesOn = false;
+    }
 }
 
 bool CalibrationRun::qualify(Calibrator& calibrator, CalibrationListener& listener) {

@@ -218,6 +218,7 @@ private:
     bool qualify(Calibrator& calibrator, CalibrationListener& listener);
     void abandonJournal();
     void stopFor(const Calibrator& calibrator);
+    void analyse(Calibrator& calibrator, Point& point, const std::function<bool()>& bring);
     void takeDetector();
     /** The temperatures in the order in which they are gone through. */
     void chooseRoute(const CalibrationBench& bench);

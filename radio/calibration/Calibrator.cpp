@@ -218,8 +218,11 @@ void Calibrator::begin(std::uint32_t frequency, std::int32_t temperature, const 
     m_recorder.begin(frequency, temperature, journaled, isReplay);
 }
 
+bool Calibrator::bring(const Point& point) {
+    return goTo(point.frequency, point.temperature).empty() && probe(point.i, point.q);
+}
+
 std::optional<std::int32_t> Calibrator::probe(std::int32_t i, std::int32_t q) {
-    constexpr std::uint32_t microsecondsPerMs = 1000;
     const auto recordOf = [this](const std::string& driver) {
         Standalone::Driver* const found = m_booted.radio().platform().drivers().find(driver);
         return found == nullptr ? nullptr : found->record();

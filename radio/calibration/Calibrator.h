@@ -51,6 +51,9 @@ public:
     /** Those since begin(). */
     const std::vector<Probe>& probes() const { return m_recorder.probes(); }
     std::vector<Probe> end() { return m_recorder.end(); }
+    /** Has the radio at a point, with the corrections of that. */
+    bool bring(const Point& point);
+    Standalone::Platform& platform() const { return m_booted.radio().platform(); }
     /** Real hardware gets the corrections that it had before the last begin(). */
     void restore() { m_recorder.restore(); }
 

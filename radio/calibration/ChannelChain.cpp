@@ -12,8 +12,6 @@ namespace Radio::Calibration {
 
 namespace {
 
-constexpr double microsecondsPerMs = 1000.0;
-
 /** What the functions of a chain share. */
 class Access {
 public:

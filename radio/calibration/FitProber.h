@@ -41,6 +41,8 @@ public:
 
     void fitted(const Fit::Point& point) override;
 
+    /** The radio is at the place; else only the journal is gone through. */
+    bool isThere() const { return m_isThere; }
     /** Ends the last place; there is nothing to probe until the next. */
     void leave();
     std::size_t probes() const { return m_count; }

@@ -138,6 +138,9 @@ void requireCalibratable(const Board& board, const Settings& settings, bool isAt
     requireCorrections(board, settings, drivers);
     requireHardware(board, settings.channel, detector, "read", &DriverHardware::read);
     requireChamber(board, settings);
+    if (const std::string analyser = analyserOf(board, settings.channel); !analyser.empty()) {
+        requireHardware(board, settings.channel, analyser, "read", &DriverHardware::read);
+    }
     if (!board.hardware.description.sensor && !isAttended && settings.temperatures.size() > 1) {
         throw ChoiceError({board.file.string(), 0},
                           "channel " + std::to_string(settings.channel) + ": " +
@@ -164,6 +167,11 @@ std::string hardwareFingerprint(const Board& board, int channel) {
 std::string chamberOf(const Board& board, int channel) {
     const CalibrationDescription* const described = findCalibration(board, channel);
     return described == nullptr ? "" : described->chamber;
+}
+
+std::string analyserOf(const Board& board, int channel) {
+    const CalibrationDescription* const described = findCalibration(board, channel);
+    return described == nullptr ? "" : described->analyser;
 }
 
 std::chrono::minutes awaitLimitOf(const Board& board, int channel) {

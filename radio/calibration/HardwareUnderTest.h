@@ -26,6 +26,9 @@ std::string hardwareFingerprint(const Board& board, int channel);
 /** The driver that sets the temperature of a calibration; empty: there is none. */
 std::string chamberOf(const Board& board, int channel);
 
+/** The driver of the spectrum analyser that looks at what a calibration leaves; empty: there is none. */
+std::string analyserOf(const Board& board, int channel);
+
 /** How long a temperature of a calibration may take to come about. */
 std::chrono::minutes awaitLimitOf(const Board& board, int channel);
 

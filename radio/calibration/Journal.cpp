@@ -163,6 +163,10 @@ private:
                 wholeNumber<std::int32_t>(json.at("uncorrected"));
             return;
         }
+        if (json.contains("analysed")) {
+            m_content.analysed[{temperature, frequency}] = wholeNumber<std::int32_t>(json.at("analysed"));
+            return;
+        }
         Probe probe{wholeNumber<std::int32_t>(json.at("i")), wholeNumber<std::int32_t>(json.at("q")),
                     std::nullopt};
         if (!json.at("reading").is_null()) {
@@ -402,6 +406,13 @@ void Journal::enterUncorrected(std::uint32_t frequency, std::int32_t temperature
     append({{"khz", frequency},
             {"degrees", temperature},
             {"uncorrected", reading},
+            {"time", preciseUtcText(std::chrono::system_clock::now())}});
+}
+
+void Journal::enterAnalysed(std::uint32_t frequency, std::int32_t temperature, std::int32_t level) {
+    append({{"khz", frequency},
+            {"degrees", temperature},
+            {"analysed", level},
             {"time", preciseUtcText(std::chrono::system_clock::now())}});
 }
 

@@ -44,12 +44,16 @@ using JournaledProbes = std::vector<JournaledProbe>;
 /** By temperature and carrier. */
 using KnownProbes = std::map<std::pair<std::int32_t, std::uint32_t>, JournaledProbes>;
 
+/** What a spectrum analyser saw, in hundredths of dBc, by temperature and carrier. */
+using SeenLevels = std::map<std::pair<std::int32_t, std::uint32_t>, std::int32_t>;
+
 /** What a journal says. */
 struct JournalContent {
     JournalHeader header;
     KnownProbes probes;
     /** Readings without corrections, by temperature and carrier. */
     std::map<std::pair<std::int32_t, std::uint32_t>, std::int32_t> uncorrected{};
+    SeenLevels analysed{};
     /** What the measuring chain was found to be; journals of before have nothing of it. */
     std::optional<Qualification> qualification{};
     /** The order in which temperatures are gone through; empty: ascending. */
@@ -103,6 +107,8 @@ public:
     void enter(std::uint32_t frequency, std::int32_t temperature, const Probe& probe);
     /** What was read without corrections before the search. */
     void enterUncorrected(std::uint32_t frequency, std::int32_t temperature, std::int32_t reading);
+    /** What the spectrum analyser saw of the corrections found there, in hundredths of dBc. */
+    void enterAnalysed(std::uint32_t frequency, std::int32_t temperature, std::int32_t level);
     void enter(const Qualification& qualification);
     /** The order in which temperatures are gone through. */
     void enterRoute(const std::vector<std::int32_t>& temperatures);

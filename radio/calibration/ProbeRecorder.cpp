@@ -223,7 +223,6 @@ bool ProbeRecorder::refusesToRead() {
 
 std::int64_t ProbeRecorder::meanOf(std::int64_t first, const std::function<std::int32_t(std::int64_t&)>& read,
                                    std::int32_t& code) {
-    constexpr std::uint32_t microsecondsPerMs = 1000;
     auto sum = static_cast<double>(first);
     for (std::uint32_t n = 1; n < m_probing.readings && isSuccess(code); ++n) {
         m_clock.sleep(betweenReadings * microsecondsPerMs);

@@ -80,7 +80,8 @@ std::vector<LevelColumn> levelColumns(const Result& result) {
     std::vector<LevelColumn> columns;
     for (const LevelColumn& column :
          {LevelColumn("before_dbc", &Point::before), LevelColumn("after_dbc", &Point::after),
-          LevelColumn("improvement_db", &Point::improvement)}) {
+          LevelColumn("improvement_db", &Point::improvement),
+          LevelColumn("analyser_dbc", &Point::analysed)}) {
         const bool isThere =
             std::all_of(result.points.begin(), result.points.end(),
                         [&column](const Point& point) { return (point.*column.second).has_value(); });
@@ -217,6 +218,7 @@ Point readPoint(const CsvFile& file, std::size_t row, const Result& result) {
         point.before = level("before_dbc");
         point.after = level("after_dbc");
         point.improvement = level("improvement_db");
+        point.analysed = level("analyser_dbc");
     } else {
         point.before = item("before_dbc").number(highestLevel);
         point.after = item("after_dbc").number(highestLevel);

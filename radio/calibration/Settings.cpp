@@ -182,16 +182,16 @@ Json toJson(const Settings& settings) {
         json["probes"] = settings.budget;
         json["limit_dbc"] = settings.limit ? Json(*settings.limit) : Json(nullptr);
     }
-    const Json rest = {{"frequencies_khz", settings.frequencies},
-                       {"temperatures_c", settings.temperatures},
-                       {"i_range", rangeJson(settings.i)},
-                       {"q_range", rangeJson(settings.q)},
-                       {"shrink_factor", settings.shrinkFactor},
-                       {"min_delta", settings.minDelta},
-                       {"max_iterations", settings.maxIterations},
-                       {"settle_time_ms", settings.settleTime},
-                       {"detector", settings.useHighDetector ? "high" : "low"}};
-    for (const auto& [key, value] : rest.members()) {
+    const Json common = {{"frequencies_khz", settings.frequencies},
+                         {"temperatures_c", settings.temperatures},
+                         {"i_range", rangeJson(settings.i)},
+                         {"q_range", rangeJson(settings.q)},
+                         {"shrink_factor", settings.shrinkFactor},
+                         {"min_delta", settings.minDelta},
+                         {"max_iterations", settings.maxIterations},
+                         {"settle_time_ms", settings.settleTime},
+                         {"detector", settings.useHighDetector ? "high" : "low"}};
+    for (const auto& [key, value] : common.members()) {
         json[key] = value;
     }
     return json;

@@ -9,6 +9,9 @@
 
 namespace Radio {
 
+/** Times of detectors are in ms, those of the clock in microseconds. */
+constexpr std::uint32_t microsecondsPerMs = 1000;
+
 /**
  * The time in which modelled hardware lives. It goes on when the library sleeps, by as much as the library
  * asked for; nobody waits, unless real time is asked for. There is one at a time: the usleep() that comes

@@ -132,6 +132,9 @@ void CalibrationJson::calibrated(const Point& point) {
     if (point.improvement) {
         event["improvement_db"] = rounded(*point.improvement);
     }
+    if (point.analysed) {
+        event["analyser_dbc"] = rounded(*point.analysed);
+    }
     event["iterations"] = point.iterations;
     event["max_delta"] = point.maxDelta;
     event["probes"] = point.probes.size();

@@ -36,11 +36,17 @@ private:
         } else if (line.rfind("Q ", 0) == 0) {
             m_q = std::stol(line.substr(2));
         } else if (line == "DET?") {
-            const auto i = static_cast<double>(m_i + 480 + m_degrees);
-            const auto q = static_cast<double>(m_q - 120);
-            return {std::to_string(std::lround(250 * std::log10(i * i + q * q + 100))) + "\n"};
+            return {std::to_string(std::lround(25 * decibels())) + "\n"};
+        } else if (line == "SPEC?") {
+            // An instrument of another make: it sees half a dB less.
+            return {std::to_string(decibels() - 95.5) + "\n"};
         }
         return {};
+    }
+    double decibels() const {
+        const auto i = static_cast<double>(m_i + 480 + m_degrees);
+        const auto q = static_cast<double>(m_q - 120);
+        return 10 * std::log10(i * i + q * q + 100);
     }
     /** Five degrees nearer each time that somebody looks. */
     DeviceTests::Reaction heat(const std::string& line) {
@@ -156,6 +162,26 @@ TEST_F(ScriptedBenchTest, ResumedFitThatTheJournalHasWholeTouchesNoHardware) {
     std::vector<std::string> sent = m_bench.chamberHeard();
     sent.erase(std::remove(sent.begin(), sent.end(), "SENS?"), sent.end());
     EXPECT_THAT(sent, testing::ElementsAre("TEMP 25")); // which is on_exit
+}
+
+TEST_F(ScriptedBenchTest, AnalyserLooksAtEachPointOnceItsCorrectionsAreFound) {
+    std::string described = board();
+    described.replace(described.find("chamber = \"chamber\"\n"), 20,
+                      "chamber = \"chamber\"\nanalyser = \"analyser\"\n");
+    described.replace(described.find("[drivers]"), 9, "[drivers]\n\"analyser\" = {}");
+    described += "\n[hardware.analyser]\ndevice = \"bench\"\nread = \"SPEC?\"\nscale = 0.01\n";
+    write("board.toml", described);
+    const Ending ending = run(arguments({"--band", "18GHz", "18GHz"}));
+    ASSERT_EQ(ending.exitCode, 0) << ending.output << ending.errors;
+    // At -10 degrees I is best at -470: 6 and 5 off are 61 more than the 100 of the floor, 22.07 dB; the
+    // detector's last probe was farther away.
+    EXPECT_THAT(tables("board.channel-1.csv"),
+                testing::ContainsRegex(",after_dbc,analyser_dbc\n18000000,-10,-464,125,.*,-73.43\n"));
+    EXPECT_THAT(contentOf("board.channel-1.journal"), HasSubstr("\"analysed\":-7343,"));
+    EXPECT_THAT(ending.output, HasSubstr("the analyser sees -73.43 dBc, the detector -53.32 dBc"));
+    const std::string whole = tables("board.channel-1.csv");
+    EXPECT_EQ(run(arguments({"--band", "18GHz", "18GHz", "--resume", "--out", "again.csv"})).exitCode, 0);
+    EXPECT_EQ(tables("again.csv"), whole);
 }
 
 TEST_F(ScriptedBenchTest, ChamberIsSentTheShortestWayAndLeftAsItIsToBe) {
