@@ -95,6 +95,9 @@ struct Point {
     std::vector<Probe> probes;
 };
 
+/** The highest level that anybody saw of its corrections, in dBc; nothing when nobody did. */
+std::optional<double> seenLevel(const Point& point);
+
 /** A calibration that was carried out. */
 struct Result {
     /** Of the radio; "unknown" when nobody said. */
@@ -122,6 +125,8 @@ struct Result {
     /** Of a search, in the order of the route, for each temperature all frequencies; of a fit where it
      * probed. Once the calibration is over, temperatures ascend. */
     std::vector<Point> points;
+    /** Of a fit: where it tried its tables, with what these set there. */
+    std::vector<Point> tries{};
     /** Of a fit that came to its end: what it says of itself, and the nodes of its tables, for each
      * temperature all frequencies; none when it has no tables. */
     std::optional<Fit::Outcome> fit{};

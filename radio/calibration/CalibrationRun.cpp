@@ -96,12 +96,25 @@ CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order
     result.station = order.station;
     if (!isOffline()) {
         requireTransmitter();
-        result.settings = settingsFor(board, order.wishes, result.isHardware);
+        result.settings = settingsFor(board, completeWishes(), result.isHardware);
         if (result.isHardware) {
             requireCalibratable(board, result.settings, order.isAttended);
             result.climate = climateTermsFor(board, order.wishes, order.isAttended);
         }
         m_tables = m_tables.empty() ? tablesOf(board, order.wishes.channel) : m_tables;
+    }
+}
+
+/** Nobody has to say again what a journal says that is gone on with. */
+CalibrationDescription CalibrationRun::completeWishes() const {
+    if (m_order.beginning != Beginning::resume || !isOrdinaryFile(m_journalFile)) {
+        return m_order.wishes;
+    }
+    try {
+        return asBegun(m_order.wishes, readJournal(m_journalFile).header.settings);
+    } catch (const InputError&) {
+        // That is told when it is opened.
+        return m_order.wishes;
     }
 }
 
@@ -386,6 +399,7 @@ bool CalibrationRun::searchAll(Calibrator& calibrator, CalibrationListener& list
             }
             const bool isFromJournal = point.probes.size() <= known.size();
             analyse(calibrator, point, [&] { return !isFromJournal || calibrator.bring(point); });
+            holdToLimits(point, m_board.limits);
             note(point, isFromJournal);
             listener.calibrated(point);
             result.points.push_back(std::move(point));
@@ -411,14 +425,19 @@ bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listene
     const FitProber* there = nullptr;
     const auto fitted = [&](const Fit::Point& place, std::vector<Probe> probes) {
         Point point = pointOf(place, std::move(probes), leakage, isAbsolute);
-        holdToLimits(point, m_board.limits);
         // The last probe was made with the corrections found.
         analyse(calibrator, point, [&] { return there->isThere(); });
+        holdToLimits(point, m_board.limits);
         note(point, m_isFromJournal);
         listener.calibrated(point);
         result.points.push_back(std::move(point));
     };
-    FitProber prober(calibrator, m_known.probes, result.isHardware && !isOffline(), {goOn, fitted});
+    const auto tried = [&](const Fit::Verification& place) {
+        Point point = triedPointOf(place, leakage, isAbsolute);
+        analyse(calibrator, point, [&] { return there->isThere(); });
+        result.tries.push_back(std::move(point));
+    };
+    FitProber prober(calibrator, m_known.probes, result.isHardware && !isOffline(), {goOn, fitted, tried});
     there = &prober;
     Fit::Outcome outcome = Fit::calibrate(order, prober);
     prober.leave();
@@ -432,7 +451,19 @@ bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listene
         stopFor(calibrator);
         return false;
     }
+    if (!prober.trouble().empty()) {
+        m_outcome.trouble = prober.trouble();
+        m_outcome.wayOn = "measure";
+        return false;
+    }
     result.nodes = nodesOf(outcome.table, leakage);
+    if (leakage != nullptr) {
+        for (Point& node : result.nodes) {
+            holdToLimits(node, m_board.limits);
+            // The whole verdict tells of them.
+            node.remark.clear();
+        }
+    }
     result.fit = std::move(outcome);
     return true;
 }

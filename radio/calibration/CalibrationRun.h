@@ -119,7 +119,8 @@ struct CalibrationOutcome {
     /** Why the measuring chain is no good, so that no point was calibrated; empty: it is. */
     std::string refusal{};
     /** How one could go on after it, if that is known: "resume" once the files can be written, "room" to
-     * resume once there is room on the disk, "put away" to begin anew. */
+     * resume once there is room on the disk, "measure" to resume once what was wrong with the radio is
+     * mended, "put away" to begin anew. */
     std::string wayOn{};
     Result result{};
     LeakageSummary summary{};
@@ -202,6 +203,7 @@ public:
 
 private:
     bool isOffline() const { return m_order.beginning == Beginning::offline; }
+    CalibrationDescription completeWishes() const;
     void requireTransmitter() const;
     std::string transmitter() const;
     LeakageSummary summary() const;

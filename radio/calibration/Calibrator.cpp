@@ -5,7 +5,6 @@
 #include "radio/board/PlatformWords.h"
 #include "radio/calibration/ChannelChain.h"
 #include "radio/calibration/Diagnosis.h"
-#include "radio/calibration/LeakageVerdict.h"
 #include "radio/files/InputError.h"
 
 namespace Radio::Calibration {
@@ -29,7 +28,6 @@ Calibrator::Calibrator(BootedRadio& booted, const Board& board, const Result& re
     : m_booted(booted),
       m_result(result),
       m_settings(result.settings),
-      m_limits(board.limits),
       m_probing(probing),
       m_climate(climate),
       m_transmitter(result.isHardware ? nullptr : booted.radio().transmitter(m_settings.channel)),
@@ -127,7 +125,6 @@ void Calibrator::conclude(Point& point, bool isFound) {
         return;
     }
     judge(point);
-    holdToLimits(point, m_limits);
 }
 
 void Calibrator::judge(Point& point) {

@@ -46,6 +46,8 @@ public:
     /** Sets both corrections, waits the settle time and reads the detector; nothing when one of them fails.
      */
     std::optional<std::int32_t> probe(std::int32_t i, std::int32_t q);
+    /** Why probe() gave nothing, as the radio says it. */
+    std::string whyFailed() const { return firstComplaint(); }
     /** Has the library search where the radio is, between begin() and end(). */
     bool search(Point& point);
     /** Those since begin(). */
@@ -93,7 +95,6 @@ private:
     BootedRadio& m_booted;
     const Result& m_result;
     const Settings& m_settings;
-    const Limits& m_limits;
     const Probing& m_probing;
     Climate* m_climate;
     /** Null when nothing is modelled. */

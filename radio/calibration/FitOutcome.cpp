@@ -22,14 +22,14 @@ std::optional<double> usable(const std::optional<double>& slope) {
 Fit::Detector detectorOf(const Result& result, const LeakageDescription* leakage) {
     const std::optional<Qualification>& qualification = result.qualification;
     if (leakage == nullptr && result.detectorSlope) {
-        return {usable(result.detectorSlope), result.detectorZero, {}, {}};
+        return {usable(result.detectorSlope), result.detectorZero, {}, {}, {}};
     }
     if (leakage == nullptr) {
-        return {qualification ? usable(qualification->slope) : std::nullopt, {}, {}, {}};
+        return {qualification ? usable(qualification->slope) : std::nullopt, {}, {}, {}, {}};
     }
     const bool isHigh = result.settings.useHighDetector && leakage->highDetector;
     const DetectorDescription& detector = isHigh ? *leakage->highDetector : leakage->detector;
-    return {usable(detector.slope), detector.zero, detector.low, detector.high};
+    return {usable(detector.slope), detector.zero, detector.low, detector.high, detector.floor};
 }
 
 PointState stateOf(Fit::PointState state) {
@@ -80,6 +80,7 @@ Fit::Order fitOrder(const Board& board, const Result& result) {
     order.detector = detectorOf(result, leakage);
     const std::uint32_t taken = result.qualification ? result.qualification->taken : 0;
     order.budget = settings.budget - std::min(settings.budget, taken);
+    order.probesOfSearch = 4 * settings.maxIterations;
     order.limit = settings.limit;
     return order;
 }
@@ -107,6 +108,24 @@ Point pointOf(const Fit::Point& fitted, std::vector<Probe> probes, const Leakage
         point.after = fitted.level;
     } else if (fitted.uncorrected && fitted.level) {
         point.improvement = *fitted.uncorrected - *fitted.level;
+    }
+    return point;
+}
+
+Point triedPointOf(const Fit::Verification& tried, const LeakageDescription* leakage, bool isAbsolute) {
+    Point point;
+    point.frequency = tried.place.carrier;
+    point.temperature = tried.place.temperature;
+    point.state = PointState::good;
+    point.i = tried.corrections.i;
+    point.q = tried.corrections.q;
+    if (leakage != nullptr) {
+        addModelledLevels(point, *leakage);
+        return point;
+    }
+    point.lastReading = tried.reading;
+    if (isAbsolute) {
+        point.after = tried.level;
     }
     return point;
 }

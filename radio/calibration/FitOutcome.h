@@ -22,6 +22,9 @@ Fit::Order fitOrder(const Board& board, const Result& result);
 Point pointOf(const Fit::Point& fitted, std::vector<Probe> probes, const LeakageDescription* leakage,
               bool isAbsolute);
 
+/** A place where the tables were tried, in the same way. */
+Point triedPointOf(const Fit::Verification& tried, const LeakageDescription* leakage, bool isAbsolute);
+
 /** The nodes of the tables that came of a fit, for each temperature all carriers. */
 std::vector<Point> nodesOf(const Fit::Table& table, const LeakageDescription* leakage);
 

@@ -32,29 +32,43 @@ std::optional<std::int32_t> FitProber::probe(const Fit::Corrections& corrections
     }
     m_probed.push_back(corrections);
     ++m_count;
-    return m_calibrator.probe(corrections.i, corrections.q);
+    const std::optional<std::int32_t> reading = m_calibrator.probe(corrections.i, corrections.q);
+    if (!reading && m_calibrator.whyStopped().empty()) {
+        fails(m_calibrator.whyFailed());
+    }
+    return reading;
 }
 
 bool FitProber::goOn() {
-    return m_caller.goOn(*this) && m_calibrator.whyStopped().empty();
+    return m_caller.goOn(*this) && m_calibrator.whyStopped().empty() && m_trouble.empty();
 }
 
-std::optional<Fit::Corrections> FitProber::search(const Fit::Place& place) {
+Fit::Searched FitProber::search(const Fit::Place& place) {
     // The library's search is not asked for one probe after the other: a real radio has to be there.
     if (!m_isThere && !arrive()) {
-        return std::nullopt;
+        return {};
     }
     Point point;
     point.frequency = place.carrier;
     point.temperature = place.temperature;
-    if (!m_calibrator.search(point)) {
-        return std::nullopt;
+    const std::size_t before = m_calibrator.probes().size();
+    const bool isFound = m_calibrator.search(point);
+    if (!isFound && m_calibrator.whyStopped().empty()) {
+        fails(m_calibrator.whyFailed());
     }
-    return Fit::Corrections{point.i, point.q};
+    const std::size_t probes = m_calibrator.probes().size() - before;
+    m_isFromJournal = m_isFromJournal && m_calibrator.probes().size() <= known().size();
+    m_count += probes;
+    return {isFound ? std::optional(Fit::Corrections{point.i, point.q}) : std::nullopt,
+            static_cast<std::uint32_t>(probes)};
 }
 
 void FitProber::fitted(const Fit::Point& point) {
     m_caller.fitted(point, m_calibrator.probes());
+}
+
+void FitProber::tried(const Fit::Verification& verification) {
+    m_caller.tried(verification);
 }
 
 void FitProber::leave() {
@@ -70,11 +84,17 @@ const JournaledProbes& FitProber::known() const {
     return found == m_known.end() ? none : found->second;
 }
 
+bool FitProber::fails(const std::string& why) {
+    m_trouble = std::to_string(m_place->carrier) + " kHz, " + std::to_string(m_place->temperature) +
+                " degrees: " + why;
+    return false;
+}
+
 bool FitProber::arrive() {
     static_cast<void>(m_calibrator.end());
-    m_whyNotThere = m_calibrator.goTo(m_place->carrier, m_place->temperature);
-    if (!m_whyNotThere.empty()) {
-        return false;
+    const std::string whyNotThere = m_calibrator.goTo(m_place->carrier, m_place->temperature);
+    if (!whyNotThere.empty()) {
+        return fails(whyNotThere);
     }
     m_isThere = true;
     m_calibrator.begin(m_place->carrier, m_place->temperature, known(), false);

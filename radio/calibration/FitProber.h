@@ -28,6 +28,8 @@ public:
         std::function<bool(const FitProber&)> goOn;
         /** Told of each point, once it is fitted. */
         std::function<void(const Fit::Point&, std::vector<Probe>)> fitted;
+        /** Told of each place where the table was tried, with its corrections set. */
+        std::function<void(const Fit::Verification&)> tried;
     };
 
     /** What is borrowed must outlive the object. `isReal`: it is a real radio that is probed. */
@@ -37,9 +39,10 @@ public:
     bool goTo(const Fit::Place& place) override;
     std::optional<std::int32_t> probe(const Fit::Corrections& corrections) override;
     bool goOn() override;
-    std::optional<Fit::Corrections> search(const Fit::Place& place) override;
+    Fit::Searched search(const Fit::Place& place) override;
 
     void fitted(const Fit::Point& point) override;
+    void tried(const Fit::Verification& verification) override;
 
     /** The radio is at the place; else only the journal is gone through. */
     bool isThere() const { return m_isThere; }
@@ -48,12 +51,15 @@ public:
     std::size_t probes() const { return m_count; }
     /** Those at the last place were all in the journal. */
     bool isFromJournal() const { return m_isFromJournal; }
-    /** Why the transmitter could not be had at the last place; empty: it could. */
-    const std::string& whyNotThere() const { return m_whyNotThere; }
+    /** Why the last place could not be had, or not be measured at; empty: neither. It goes no further then:
+     * what comes after is not what would have come had it been measured. */
+    const std::string& trouble() const { return m_trouble; }
 
 private:
     const JournaledProbes& known() const;
-    bool isNextKnown() const { return m_probed.size() < known().size(); }
+    bool isNextKnown() const { return m_calibrator.probes().size() < known().size(); }
+    /** Keeps why it goes no further; false. */
+    bool fails(const std::string& why);
     /** Has the transmitter there, with all that was probed before taken from the journal once more. */
     bool arrive();
 
@@ -67,7 +73,7 @@ private:
     bool m_isFromJournal = true;
     std::size_t m_count = 0;
     std::vector<Fit::Corrections> m_probed;
-    std::string m_whyNotThere;
+    std::string m_trouble;
 };
 
 } // namespace Radio::Calibration

@@ -82,9 +82,9 @@ JudgedLimit judgePoints(std::string_view name, double limit, const std::optional
     JudgedLimit judged = judgeLimit(name, limit, worst);
     const bool isKnown = std::all_of(result.points.begin(), result.points.end(), [&](const Point& point) {
         return point.state != PointState::failed &&
-               (name == "leakage_improvement" ? improvementAt(point) : point.after);
+               (name == "leakage_improvement" ? improvementAt(point) : seenLevel(point));
     });
-    if (!isKnown) {
+    if (!isKnown || result.points.empty()) {
         distrust(judged, result, unknownLevel);
     }
     return judged;
@@ -92,11 +92,18 @@ JudgedLimit judgePoints(std::string_view name, double limit, const std::optional
 
 /** Anywhere is at the points as well. */
 JudgedLimit judgeAnywhere(double limit, const LeakageSummary& summary, const Result& result) {
-    // A fit is held to what it claims: on a real radio nobody knows better.
+    // A fit is held to what it claims: on a real radio nobody knows better. What was seen is there in any
+    // case.
     const std::optional<Worst>& anywhere = result.fit ? summary.claim : summary.between;
-    JudgedLimit judged = judgeLimit("leakage", limit, anywhere ? anywhere : summary.after);
+    std::optional<Worst> worst = anywhere;
+    for (const std::optional<Worst>& other : {summary.seen, summary.tried, summary.between}) {
+        if (other && (!worst || other->level > worst->level)) {
+            worst = other;
+        }
+    }
+    JudgedLimit judged = judgeLimit("leakage", limit, worst);
     if (!anywhere) {
-        distrust(judged, result, summary.after ? "nobody knows what leaks between the points" : unknownLevel);
+        distrust(judged, result, summary.seen ? "nobody knows what leaks between the points" : unknownLevel);
     }
     if (result.fit && result.fit->verdict != Fit::Verdict::held) {
         // What it claims holds only as far as it could be tried.
@@ -112,9 +119,10 @@ void holdToLimits(Point& point, const Limits& limits) {
         return;
     }
     std::vector<std::string> clauses;
+    const std::optional<double> seen = seenLevel(point);
     for (std::string clause :
-         {clauseFor("leakage", limits.leakage, point.after),
-          clauseFor("leakage_at_nodes", limits.leakageAtNodes, point.after),
+         {clauseFor("leakage", limits.leakage, seen),
+          clauseFor("leakage_at_nodes", limits.leakageAtNodes, seen),
           clauseFor("leakage_improvement", limits.leakageImprovement, improvementAt(point))}) {
         if (!clause.empty()) {
             clauses.push_back(std::move(clause));
@@ -148,7 +156,7 @@ Verdict verdictOn(const Result& result, const LeakageSummary& summary, const Lim
     }
     if (limits.leakageAtNodes) {
         verdict.limits.push_back(
-            judgePoints("leakage_at_nodes", *limits.leakageAtNodes, summary.after, result));
+            judgePoints("leakage_at_nodes", *limits.leakageAtNodes, summary.seen, result));
     }
     if (limits.leakageImprovement) {
         verdict.limits.push_back(

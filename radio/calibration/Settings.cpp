@@ -172,6 +172,34 @@ Settings settingsFor(const Board& board, const CalibrationDescription& wishes, b
     return settings;
 }
 
+CalibrationDescription asBegun(const CalibrationDescription& wishes, const Settings& begun) {
+    CalibrationDescription result = wishes;
+    const auto complete = [](auto& wished, const auto& value) {
+        if (!wished) {
+            wished = value;
+        }
+    };
+    complete(result.method, begun.method);
+    complete(result.band, Range{begun.frequencies.front(), begun.frequencies.back()});
+    if (begun.method == CalibrationMethod::fit) {
+        complete(result.probes, begun.budget);
+    } else {
+        const bool isOne = begun.frequencies.size() == 1;
+        complete(result.step, isOne ? 1 : begun.frequencies[1] - begun.frequencies[0]);
+    }
+    if (result.temperatures.empty()) {
+        result.temperatures = begun.temperatures;
+    }
+    complete(result.iRange, begun.i);
+    complete(result.qRange, begun.q);
+    complete(result.shrinkFactor, begun.shrinkFactor);
+    complete(result.minDelta, begun.minDelta);
+    complete(result.maxIterations, begun.maxIterations);
+    complete(result.settleTime, begun.settleTime);
+    complete(result.useHighDetector, begun.useHighDetector);
+    return result;
+}
+
 std::optional<std::uint32_t> statedSettleTime(const Board& board, const CalibrationDescription& wishes) {
     return Choice(board, wishes).of(&CalibrationDescription::settleTime);
 }

@@ -17,6 +17,9 @@ namespace Radio::Calibration {
  */
 Settings settingsFor(const Board& board, const CalibrationDescription& wishes, bool isHardware = false);
 
+/** What is wished for, and for the rest what a calibration was begun with: how it goes on. */
+CalibrationDescription asBegun(const CalibrationDescription& wishes, const Settings& begun);
+
 /** The settle time in ms that is wished for, or that the board describes; nothing when nobody says. */
 std::optional<std::uint32_t> statedSettleTime(const Board& board, const CalibrationDescription& wishes);
 

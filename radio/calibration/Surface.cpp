@@ -3,6 +3,7 @@
 #include "standalone/Interpolation.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace Radio::Calibration {
 
@@ -75,12 +76,13 @@ std::optional<Table> tableOf(const Result& result, std::int32_t Point::*correcti
 }
 
 /** The first of the points with the highest level or reading; nothing when none of them has one. */
-template <typename Level>
-std::optional<Worst> worstPoint(const Result& result, std::optional<Level> Point::*level) {
+template <typename LevelOf>
+std::optional<Worst> worstPoint(const std::vector<Point>& points, LevelOf levelOf) {
     std::optional<Worst> worst;
-    for (const Point& point : result.points) {
-        if (point.state != PointState::failed && point.*level && (!worst || *(point.*level) > worst->level)) {
-            worst = Worst{static_cast<double>(*(point.*level)), point.frequency, point.temperature};
+    for (const Point& point : points) {
+        const auto level = std::invoke(levelOf, point);
+        if (point.state != PointState::failed && level && (!worst || *level > worst->level)) {
+            worst = Worst{static_cast<double>(*level), point.frequency, point.temperature};
         }
     }
     return worst;
@@ -98,6 +100,11 @@ LeakageSummary countStates(const Result& result) {
 }
 
 } // namespace
+
+std::optional<double> seenLevel(const Point& point) {
+    // Nothing is less than any level.
+    return std::max(point.after, point.analysed);
+}
 
 std::vector<std::int64_t> evenSteps(std::int64_t low, std::int64_t high, std::int64_t parts) {
     std::vector<std::int64_t> steps;
@@ -169,10 +176,12 @@ LeakageSummary summarise(const Result& result, const LeakageDescription& leakage
 
 LeakageSummary summarise(const Result& result) {
     LeakageSummary summary = countStates(result);
-    summary.before = worstPoint(result, &Point::before);
-    summary.after = worstPoint(result, &Point::after);
-    summary.firstReading = worstPoint(result, &Point::firstReading);
-    summary.lastReading = worstPoint(result, &Point::lastReading);
+    summary.before = worstPoint(result.points, &Point::before);
+    summary.after = worstPoint(result.points, &Point::after);
+    summary.seen = worstPoint(result.points, seenLevel);
+    summary.tried = worstPoint(result.tries, seenLevel);
+    summary.firstReading = worstPoint(result.points, &Point::firstReading);
+    summary.lastReading = worstPoint(result.points, &Point::lastReading);
     if (result.fit && result.fit->claim && !result.fit->isRelative) {
         const Fit::LevelAt& claim = *result.fit->claim;
         summary.claim = Worst{claim.level, claim.place.carrier, claim.place.temperature};

@@ -55,8 +55,12 @@ struct LeakageSummary {
     /** Over the points that have corrections; nothing when there are none. */
     std::optional<Worst> before;
     std::optional<Worst> after;
+    /** The most that detector or analyser saw of the corrections found; in a simulation `after`. */
+    std::optional<Worst> seen;
     /** Of leakageBetween(). */
     std::optional<Worst> between;
+    /** Of a fit on hardware: the most that was seen where its tables were tried. */
+    std::optional<Worst> tried;
     /** Of a fit: what its tables leave anywhere at most, as it says itself; nothing when it cannot. */
     std::optional<Worst> claim;
     /** Of a calibration on hardware, which has none of the three above: the readings of the first probes and

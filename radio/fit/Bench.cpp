@@ -25,9 +25,7 @@ bool Bench::goTo(const Place& place) {
         return false;
     }
     m_probesHere = 0;
-    const bool isElsewhere =
-        !m_isThere ? place.temperature != m_order.startTemperature : place.temperature != m_temperature;
-    m_temperatureChanges += isElsewhere ? 1U : 0U;
+    m_temperatureChanges += !m_isThere || place.temperature != m_temperature ? 1U : 0U;
     m_isThere = true;
     m_temperature = place.temperature;
     const bool isReached = m_prober.goTo(place);
@@ -46,6 +44,16 @@ std::optional<Reading> Bench::probe(const Pair& wanted) {
         return std::nullopt;
     }
     return Reading{at, *reading};
+}
+
+std::optional<Corrections> Bench::search(const Place& place) {
+    if (m_isInterrupted || left() < m_order.probesOfSearch) {
+        return std::nullopt;
+    }
+    const Searched searched = m_prober.search(place);
+    m_probes += searched.probes;
+    m_probesHere += searched.probes;
+    return goOn() ? searched.found : std::nullopt;
 }
 
 Corrections Bench::settable(const Pair& wanted) const {

@@ -6,9 +6,9 @@
 #include "radio/fit/Prober.h"
 #include "radio/fit/Scale.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 namespace Radio::Fit {
 
@@ -21,9 +21,12 @@ public:
     /** With corrections that can be set, nearest to `wanted`. Nothing: the detector cannot be read, the
      * budget is spent, or the caller does not go on. */
     std::optional<Reading> probe(const Pair& wanted);
-    std::optional<Corrections> search(const Place& place) { return m_prober.search(place); }
+    /** By other means. Nothing: the budget has no room for one, it found none, or the caller does not go on.
+     */
+    std::optional<Corrections> search(const Place& place);
 
     void tell(const Point& point) { m_prober.fitted(point); }
+    void tell(const Verification& verification) { m_prober.tried(verification); }
 
     /** What can be set, nearest to `wanted`. */
     Corrections settable(const Pair& wanted) const;
@@ -31,7 +34,7 @@ public:
     Pair inside(const Pair& wanted) const;
 
     /** Probes that may still be made. */
-    std::uint32_t left() const { return m_order.budget - m_probes; }
+    std::uint32_t left() const { return m_order.budget - std::min(m_order.budget, m_probes); }
     std::uint32_t probes() const { return m_probes; }
     std::uint32_t probesHere() const { return m_probesHere; }
     std::uint32_t temperatureChanges() const { return m_temperatureChanges; }

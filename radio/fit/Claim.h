@@ -14,15 +14,19 @@ namespace Radio::Fit {
 constexpr double claimedDeviations = 4.0;
 
 /**
- * The most that is left at a place with a table: what the table leaves of the surface, and what the surface
- * may be off by, as a power relative to the signal's.
+ * The most that is left of what can be cancelled at a place with a table: what the table leaves of the
+ * surface, and what the surface may be off by, as a power relative to the signal's.
  */
 double claimedPower(const Order& order, const Knowledge& knowledge, const Surface& surface,
                     const Table& table, const Place& place);
 
-/** The highest of them in the whole band and at all temperatures. */
+/** The highest of them in the whole band and at all temperatures, with what cannot be cancelled. */
 LevelAt claimAnywhere(const Order& order, const Knowledge& knowledge, const Surface& surface,
                       const Table& table);
+
+/** What is claimed holds the limit, if there is one; a limit in dBc is held by no level that is not known so.
+ */
+bool isWithinLimit(const Order& order, double level);
 
 } // namespace Radio::Fit
 

@@ -1,6 +1,7 @@
 #include "radio/fit/Course.h"
 
 #include "radio/fit/Claim.h"
+#include "radio/fit/Conclusion.h"
 #include "radio/fit/FirstPoint.h"
 #include "radio/fit/Fit.h"
 #include "radio/fit/Plan.h"
@@ -8,9 +9,7 @@
 #include "radio/fit/TableMaker.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdio>
 #include <stdexcept>
 #include <utility>
 
@@ -42,26 +41,29 @@ Outcome Course::run() {
     const std::uint32_t middle =
         evenCarriers(m_order, 3).at(m_order.lowCarrier < m_order.highCarrier ? 1 : 0);
     if (begin({middle, temperatures.front()})) {
-        bool isFirst = true;
-        for (const std::int32_t temperature : temperatures) {
-            fitAt(temperature, isFirst ? 6 : 3);
-            isFirst = false;
+        m_isComplete = fitAt(temperatures.front(), 6);
+        for (std::size_t n = 1; n < temperatures.size(); ++n) {
+            m_isComplete = fitAt(temperatures[n], 3) && m_isComplete;
         }
-        goBack();
+        m_isComplete = goBack() && m_isComplete;
         improve();
     }
-    conclude();
-    return m_outcome;
+    m_outcome.probes = m_bench.probes();
+    m_outcome.temperatureChanges = m_bench.temperatureChanges();
+    conclude(m_outcome, {m_order, m_knowledge, m_surface, m_bench.isInterrupted(), m_isComplete, m_misses});
+    return std::move(m_outcome);
 }
 
 bool Course::begin(const Place& place) {
     m_visited.emplace(place.carrier, place.temperature);
     if (!m_bench.goTo(place)) {
+        addFailed(place, "the place cannot be had");
         m_outcome.reason = "the first place cannot be had";
         return false;
     }
     const FirstBowl first = findFirstBowl(m_bench, m_knowledge, place);
     if (!first.trouble.empty()) {
+        addFailed(place, first.trouble);
         m_outcome.reason = first.trouble;
         return false;
     }
@@ -76,6 +78,9 @@ bool Course::begin(const Place& place) {
         m_wantedSurface = 0.1 * step;
     }
     add(place, {first.bottom, first.deviation});
+    if (m_outcome.points.empty()) {
+        addFailed(place, "the budget of probes was spent at the first point");
+    }
     const Point& point = m_outcome.points.back();
     if (point.state == PointState::failed) {
         m_outcome.reason = "the first point failed: " + point.remark;
@@ -85,6 +90,11 @@ bool Course::begin(const Place& place) {
 
 void Course::add(const Place& place, const Forecast& forecast) {
     const FittedPoint fitted = fitPoint(m_bench, m_knowledge, place, forecast, m_wantedPoint);
+    const bool isCutShort = m_bench.isInterrupted() || m_bench.left() == 0;
+    if (isCutShort && fitted.point.state == PointState::failed) {
+        // That it did not come to its end says nothing about the place.
+        return;
+    }
     m_outcome.points.push_back(fitted.point);
     m_bench.tell(fitted.point);
     if (fitted.sample) {
@@ -96,14 +106,22 @@ void Course::add(const Place& place, const Forecast& forecast) {
 void Course::fit(const Place& place) {
     m_visited.emplace(place.carrier, place.temperature);
     const Forecast forecast = m_surface.at(place);
-    if (!m_bench.goTo(place)) {
-        Point& point = m_outcome.points.emplace_back();
-        point.place = place;
-        point.remark = "the place cannot be had";
-        m_bench.tell(point);
+    if (m_bench.goTo(place)) {
+        add(place, forecast);
+    } else {
+        addFailed(place, "the place cannot be had");
+    }
+}
+
+void Course::addFailed(const Place& place, const std::string& why) {
+    if (m_bench.isInterrupted()) {
         return;
     }
-    add(place, forecast);
+    Point& point = m_outcome.points.emplace_back();
+    point.place = place;
+    point.remark = why;
+    point.probes = m_bench.probesHere();
+    m_bench.tell(point);
 }
 
 void Course::refit(bool isDecayChosen) {
@@ -126,30 +144,41 @@ std::optional<std::uint32_t> Course::leastKnown(std::int32_t temperature, double
     return found;
 }
 
-void Course::fitAt(std::int32_t temperature, std::size_t least) {
-    for (std::size_t count = 0; goesOn(); ++count) {
+bool Course::fitAt(std::int32_t temperature, std::size_t least) {
+    for (std::size_t count = 0;; ++count) {
         const auto carrier = leastKnown(temperature, count < least ? 0.0 : m_wantedSurface);
         if (!carrier) {
-            return;
+            return true;
+        }
+        if (!goesOn()) {
+            return false;
         }
         fit({*carrier, temperature});
     }
 }
 
-void Course::tryAt(std::int32_t temperature, std::size_t count) {
+bool Course::tryAt(std::int32_t temperature, std::size_t count) {
     m_misses = 0;
     Table table = makeTable(m_order, m_surface);
     const std::vector<std::uint32_t> carriers = evenCarriers(m_order, 2 * count + 1);
-    for (std::size_t n = 0; n < count && goesOn(); ++n) {
+    for (std::size_t n = 0; n < count; ++n) {
         const Place place{carriers.at(std::min(2 * n + 1, carriers.size() - 1)), temperature};
-        if (!m_visited.emplace(place.carrier, place.temperature).second || !m_bench.goTo(place)) {
+        if (!m_visited.emplace(place.carrier, place.temperature).second) {
+            continue;
+        }
+        if (!goesOn()) {
+            return false;
+        }
+        if (!m_bench.goTo(place)) {
+            addFailed(place, "the place cannot be had");
             continue;
         }
         const Forecast forecast = m_surface.at(place);
-        const Corrections set = correctionsAt(table, place);
+        const Corrections set = settledAt(m_order, table, place);
         const double foretold = claimedPower(m_order, m_knowledge, m_surface, table, place);
         const auto reading = m_bench.probe({static_cast<double>(set.i), static_cast<double>(set.q)});
         if (!reading) {
+            addFailed(place, "the detector could not be read");
             continue;
         }
         const double noise = m_knowledge.noise();
@@ -159,6 +188,7 @@ void Course::tryAt(std::int32_t temperature, std::size_t count) {
         learnTried(measured * (1.0 - noise), set, forecast);
         m_outcome.verifications.push_back(
             {place, set, reading->reading, m_knowledge.scale.level(reading->reading), isAsForetold});
+        m_bench.tell(m_outcome.verifications.back());
         if (!isAsForetold) {
             ++m_misses;
             const double off = std::sqrt(measured) / m_knowledge.curvature.amplitude();
@@ -166,32 +196,32 @@ void Course::tryAt(std::int32_t temperature, std::size_t count) {
             table = makeTable(m_order, m_surface);
         }
     }
+    return !m_bench.isInterrupted();
 }
 
 void Course::learnTried(double measured, const Corrections& set, const Forecast& forecast) {
     const double seen = std::sqrt(std::max(0.0, measured - m_knowledge.floor()));
     const double foreseen = std::sqrt(residualPower(m_knowledge.curvature, set, forecast.bottom));
-    const double deviation = forecast.deviation * m_knowledge.curvature.amplitude();
-    constexpr double usualWorst = 2.5;
-    m_knowledge.excess = std::max(m_knowledge.excess, (seen - foreseen) / deviation / usualWorst);
+    m_knowledge.learnTried((seen - foreseen) / (forecast.deviation * m_knowledge.curvature.amplitude()));
 }
 
-void Course::goBack() {
+bool Course::goBack() {
     constexpr std::size_t triedAt = 2;
     constexpr std::size_t places = 10;
     int misses = 0;
+    bool isComplete = true;
     std::vector<std::int32_t> tried = triedTemperatures(fitTemperatures(m_order), triedAt);
     if (tried.empty()) {
         tried.push_back(m_bench.temperature());
     }
     for (std::size_t n = 0; n < tried.size(); ++n) {
-        fitAt(tried[n], 0);
+        isComplete = fitAt(tried[n], 0) && isComplete;
         // Other carriers each time: what bends over frequency does so at all temperatures.
-        tryAt(tried[n], places + n);
+        isComplete = tryAt(tried[n], places + n) && isComplete;
         misses += m_misses;
     }
     m_misses = misses;
-    m_isComplete = goesOn();
+    return isComplete;
 }
 
 void Course::improve() {
@@ -201,19 +231,15 @@ void Course::improve() {
     for (int round = 0; round < mostRounds && idle < 2 && goesOn(); ++round) {
         const Table table = makeTable(m_order, m_surface);
         const LevelAt claim = claimAnywhere(m_order, m_knowledge, m_surface, table);
-        if (m_misses == 0 && isWithinLimit(claim.level)) {
+        if (m_misses == 0 && isWithinLimit(m_order, claim.level)) {
             return;
         }
         const std::size_t before = m_outcome.points.size();
-        m_wantedSurface *= isWithinLimit(claim.level) ? 1.0 : 0.7;
+        m_wantedSurface *= isWithinLimit(m_order, claim.level) ? 1.0 : 0.7;
         fitAt(claim.place.temperature, m_misses > 0 ? 2 : 0);
         tryAt(claim.place.temperature, places + static_cast<std::size_t>(round));
         idle = m_outcome.points.size() > before ? 0 : idle + 1;
     }
-}
-
-bool Course::isWithinLimit(double level) const {
-    return !m_order.limit || (m_order.detector.zero && level <= *m_order.limit);
 }
 
 bool Course::hasFailed() const {
@@ -221,112 +247,9 @@ bool Course::hasFailed() const {
     constexpr int most = 3;
     return std::count_if(m_outcome.points.begin(), m_outcome.points.end(), [this](const Point& point) {
                const bool isBeyond =
-                   point.state == PointState::edge && !isWithinLimit(point.level.value_or(0.0));
+                   point.state == PointState::edge && !isWithinLimit(m_order, point.level.value_or(0.0));
                return isBeyond || point.state == PointState::failed;
            }) >= most;
-}
-
-/** With as many nodes as there may be; where that is not enough, with the number whose roundings fall best.
- */
-void Course::makeTables() {
-    m_outcome.table = makeTable(m_order, m_surface);
-    m_outcome.claim = claimAnywhere(m_order, m_knowledge, m_surface, m_outcome.table);
-    for (std::size_t less = 1; less <= 8 && !(m_order.limit && isWithinLimit(m_outcome.claim->level));
-         ++less) {
-        const std::size_t carriers = m_order.mostCarriers - std::min(m_order.mostCarriers - 2, less);
-        for (const std::size_t temperatures :
-             {m_order.mostTemperatures, (m_order.mostTemperatures + 2) / 2}) {
-            Table table = makeTable(m_order, m_surface, {carriers, temperatures});
-            const LevelAt claim = claimAnywhere(m_order, m_knowledge, m_surface, table);
-            if (claim.level < m_outcome.claim->level) {
-                m_outcome.table = std::move(table);
-                m_outcome.claim = claim;
-            }
-        }
-    }
-}
-
-namespace {
-
-std::string inWords(const Place& place) {
-    return std::to_string(place.carrier) + " kHz, " + std::to_string(place.temperature) + " degrees";
-}
-
-std::string inWords(double level) {
-    std::array<char, 32> text{};
-    static_cast<void>(std::snprintf(text.data(), text.size(), "%.2f", level));
-    return text.data();
-}
-
-} // namespace
-
-std::string Course::whyMissed() const {
-    for (const Point& point : m_outcome.points) {
-        if (point.state == PointState::failed) {
-            return "the point at " + inWords(point.place) + " failed: " + point.remark;
-        }
-    }
-    for (const Point& point : m_outcome.points) {
-        if (point.state == PointState::edge && (!m_isComplete || !isWithinLimit(m_outcome.claim->level))) {
-            return "at " + inWords(point.place) + " " + point.remark;
-        }
-    }
-    if (!m_isComplete) {
-        return "the budget of " + std::to_string(m_order.budget) + " probes was spent before all was tried";
-    }
-    if (m_misses > 0) {
-        for (auto tried = m_outcome.verifications.rbegin(); tried != m_outcome.verifications.rend();
-             ++tried) {
-            if (!tried->isAsForetold) {
-                return "the surface does not foretell what is left: " + inWords(tried->level) + " dBc at " +
-                       inWords(tried->place);
-            }
-        }
-    }
-    if (isWithinLimit(m_outcome.claim->level)) {
-        return {};
-    }
-    if (!m_order.detector.zero) {
-        return "the limit is in dBc, and the detector's zero is not known";
-    }
-    for (const Point& point : m_outcome.points) {
-        if (point.state == PointState::edge) {
-            return "at " + inWords(point.place) + " " + point.remark;
-        }
-    }
-    return "up to " + inWords(m_outcome.claim->level) + " dBc may be left at " +
-           inWords(m_outcome.claim->place) + ", more than the limit of " + inWords(*m_order.limit);
-}
-
-void Course::conclude() {
-    m_outcome.probes = m_bench.probes();
-    m_outcome.temperatureChanges = m_bench.temperatureChanges();
-    m_outcome.isRelative = !m_order.detector.zero;
-    m_outcome.slope = m_knowledge.scale.slope;
-    if (m_bench.isInterrupted()) {
-        m_outcome.verdict = Verdict::interrupted;
-        m_outcome.reason = "it was interrupted";
-        return;
-    }
-    if (!m_outcome.reason.empty()) {
-        m_outcome.verdict = Verdict::failed;
-        return;
-    }
-    if (m_samples.empty()) {
-        m_outcome.verdict = Verdict::failed;
-        m_outcome.reason = whyMissed();
-        return;
-    }
-    makeTables();
-    for (const Verification& tried : m_outcome.verifications) {
-        // What was missed was mended, but who missed may miss again.
-        if (!tried.isAsForetold && !m_outcome.isRelative && m_misses > 0 &&
-            tried.level > m_outcome.claim->level) {
-            m_outcome.claim = LevelAt{tried.level, tried.place};
-        }
-    }
-    m_outcome.reason = whyMissed();
-    m_outcome.verdict = m_outcome.reason.empty() ? Verdict::held : Verdict::missed;
 }
 
 namespace {
@@ -347,8 +270,12 @@ Outcome calibrate(const Order& order, Prober& prober) {
     require(order.lowCarrier > 0 && order.lowCarrier <= order.highCarrier, "the band is empty");
     require(order.highCarrier <= 0x7fffffffU, "a table has carriers of 31 bits");
     require(order.lowTemperature <= order.highTemperature, "the temperatures are empty");
+    require(order.lowTemperature >= -1000 && order.highTemperature <= 1000, "a temperature is none");
     require(isSane(order.i) && isSane(order.q), "a correction has no range, or no step");
     require(!order.detector.slope || *order.detector.slope > 0.0, "the slope of the detector is not above 0");
+    for (const auto& level : {order.detector.zero, order.detector.floor, order.limit, order.detector.slope}) {
+        require(std::isfinite(level.value_or(0.0)), "a level is no number");
+    }
     require(order.mostCarriers >= 2 && order.mostTemperatures >= 2, "a table has less than two nodes");
     return Course(order, prober).run();
 }

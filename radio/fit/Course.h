@@ -25,27 +25,26 @@ public:
 private:
     /** The first point of all; false: nothing can be fitted. */
     bool begin(const Place& place);
+    // These give whether they came to their end.
+
     /** Points at one temperature, where the surface knows least, until it knows enough. */
-    void fitAt(std::int32_t temperature, std::size_t least);
-    /** Tries the table at one temperature */
-    void tryAt(std::int32_t temperature, std::size_t count);
+    bool fitAt(std::int32_t temperature, std::size_t least);
+    /** Tries the table at one temperature. */
+    bool tryAt(std::int32_t temperature, std::size_t count);
     /** Tries the table at temperatures that were not fitted. */
-    void goBack();
+    bool goBack();
     /** By how much what was measured with a table lies beyond the surface's deviation. */
     void learnTried(double measured, const Corrections& set, const Forecast& forecast);
     /** More points where most is claimed, until the limit holds. */
     void improve();
-    bool isWithinLimit(double level) const;
     bool hasFailed() const;
-    void makeTables();
-    std::string whyMissed() const;
     void fit(const Place& place);
     void add(const Place& place, const Forecast& forecast);
+    void addFailed(const Place& place, const std::string& why);
     void refit(bool isDecayChosen);
     /** The carrier where the surface knows least; nothing: everywhere enough, or been there. */
     std::optional<std::uint32_t> leastKnown(std::int32_t temperature, double enough) const;
     bool goesOn() const;
-    void conclude();
 
     const Order m_order;
     Bench m_bench;

@@ -143,7 +143,45 @@ private:
             return fails("every reading is " + std::to_string(m_readings.front().reading) +
                          ": the detector is stuck or saturated");
         }
+        if (isNoise()) {
+            return fails("readings differ with the same corrections as much as between others, around " +
+                         std::to_string(m_readings.front().reading) + ": the detector is stuck, and noisy");
+        }
         return fails("the leaking power is no bowl over I and Q at the first point");
+    }
+
+    /** What was read around the first ring once more tells what is noise. */
+    bool isNoise() {
+        constexpr std::size_t corners = 6;
+        const std::vector<Reading> again = [this] {
+            std::vector<Reading> readings;
+            for (std::size_t n = 1; n <= corners; ++n) {
+                const Corrections& at = m_readings.at(n).at;
+                if (const auto reading =
+                        m_bench.probe({static_cast<double>(at.i), static_cast<double>(at.q)})) {
+                    readings.push_back(*reading);
+                }
+            }
+            return readings;
+        }();
+        if (again.size() < corners) {
+            return false;
+        }
+        double mean = 0.0;
+        for (std::size_t n = 0; n < corners; ++n) {
+            mean += (m_readings[n + 1].reading + again[n].reading) / (2.0 * corners);
+        }
+        double within = 0.0;
+        double between = 0.0;
+        for (std::size_t n = 0; n < corners; ++n) {
+            const double half = (m_readings[n + 1].reading - again[n].reading) / 2.0;
+            const double middle = (m_readings[n + 1].reading + again[n].reading) / 2.0;
+            within += 2.0 * half * half / corners;
+            between += 2.0 * (middle - mean) * (middle - mean) / (corners - 1);
+        }
+        // Noise alone has both the same; that it has them so different happens once in a hundred times.
+        constexpr double most = 8.7;
+        return between < most * within;
     }
 
     bool seesSomething() const { return seen().size() >= 3; }

@@ -30,6 +30,18 @@ void Knowledge::learnNoise(double misfit, int freedom) {
     m_noiseFreedom += freedom;
 }
 
+void Knowledge::learnTried(double deviations) {
+    m_mostOff = std::max(m_mostOff, deviations);
+    ++m_tries;
+}
+
+double Knowledge::excess() const {
+    // What lies on a plane with a deviation of 1 in each direction is that far away at most in so many tries.
+    constexpr std::size_t fewest = 20;
+    const double usual = std::sqrt(2.0 * std::log(static_cast<double>(std::max(m_tries, fewest))));
+    return std::max(1.0, m_mostOff / usual);
+}
+
 double Knowledge::noise() const {
     // Readings are whole numbers; and before much is known, so much is expected.
     const double rounding = 0.3 * scale.relativeError();
@@ -47,6 +59,18 @@ double Knowledge::floor() const {
     const auto middle = floors.begin() + static_cast<std::ptrdiff_t>(floors.size() / 2);
     std::nth_element(floors.begin(), middle, floors.end());
     return *middle;
+}
+
+double Knowledge::uncancelled() const {
+    if (m_floors.empty()) {
+        return 0.0;
+    }
+    const double ofDetector =
+        m_order.detector.floor ? powerOf(*m_order.detector.floor) * (1.0 + 3.0 * noise()) : 0.0;
+    // With a stated floor the usual place counts, since single ones are noisy; without, the highest.
+    const double seen =
+        m_order.detector.floor ? floor() : *std::max_element(m_floors.begin(), m_floors.end());
+    return std::max(0.0, seen - ofDetector);
 }
 
 double Knowledge::doubt() const {

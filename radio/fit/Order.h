@@ -40,6 +40,9 @@ struct Detector {
     /** The lowest and the highest reading, where the detector saturates. */
     std::optional<std::int32_t> lowest;
     std::optional<std::int32_t> highest;
+    /** What it shows besides what leaks, in dBc; nothing: nobody knows, and all that is left at the bottoms
+     * counts as leaking. */
+    std::optional<double> floor{};
 };
 
 /** What a calibration is asked for. */
@@ -50,13 +53,15 @@ struct Order {
     /** In degrees Celsius, ascending. */
     std::int32_t lowTemperature = 0;
     std::int32_t highTemperature = 0;
-    /** Where the unit is when it begins, in degrees Celsius. */
+    /** Where the unit is when it begins, in degrees Celsius; the nearer end of the range is the first. */
     std::int32_t startTemperature = 25;
     Branch i{};
     Branch q{};
     Detector detector{};
-    /** The most probes that may be made, those for verification included. */
+    /** The most probes that may be made, those for verification and of searches included. */
     std::uint32_t budget = 400;
+    /** The most that one search of the prober makes. */
+    std::uint32_t probesOfSearch = 160;
     /** What may leak anywhere in band and temperatures, in dBc; nothing: as little as the budget allows. */
     std::optional<double> limit;
     /** The most nodes of the table, at least 2 each. */

@@ -86,7 +86,7 @@ struct Outcome {
     /** Units for each dB, as described or as estimated. */
     double slope = 0.0;
     std::uint32_t probes = 0;
-    /** How often the unit was brought to another temperature, the first time included if it was not there. */
+    /** How often the unit was brought to a temperature, the first time included. */
     std::uint32_t temperatureChanges = 0;
     /** What else is to be known, one clause each. */
     std::vector<std::string> remarks;

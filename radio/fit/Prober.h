@@ -9,6 +9,14 @@
 
 namespace Radio::Fit {
 
+/** What a search came to. */
+struct Searched {
+    /** Nothing: it found none. */
+    std::optional<Corrections> found{};
+    /** How many it made, at most Order::probesOfSearch. */
+    std::uint32_t probes = 0;
+};
+
 /**
  * Makes the probes that a calibration asks for. Given the same answers, a calibration asks the same questions
  * in the same order: one that was interrupted is gone on with by answering from what was kept of it.
@@ -28,14 +36,13 @@ public:
     virtual std::optional<std::int32_t> probe(const Corrections& corrections) = 0;
     /** Asked after each probe and each place whether to go on. */
     virtual bool goOn() = 0;
-    /**
-     * The best corrections at the place of the last goTo(), found by other means, where no fit did; nothing:
-     * there are none. Its probes do not count.
-     */
-    virtual std::optional<Corrections> search(const Place& place) = 0;
+    /** The best corrections at the place of the last goTo(), found by other means, where no fit did. */
+    virtual Searched search(const Place& place) = 0;
 
     /** For whoever shows how far it is: a place was fitted. */
     virtual void fitted(const Point& /*point*/) {}
+    /** The table was tried at a place; what was set for it still is. */
+    virtual void tried(const Verification& /*verification*/) {}
 };
 
 } // namespace Radio::Fit

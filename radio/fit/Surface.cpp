@@ -107,9 +107,27 @@ Forecast Surface::at(const Place& place) const {
     return {{row.dot(mapOf(m_i)), row.dot(mapOf(m_q))}, m_excess * std::sqrt(std::max(variance, 0.0))};
 }
 
-Pair Surface::bottomAt(const Place& place) const {
-    const std::vector<double> terms = termsAt(place);
-    return {mapOf(terms).dot(mapOf(m_i)), mapOf(terms).dot(mapOf(m_q))};
+std::vector<Pair> Surface::bottomsAt(std::int32_t temperature,
+                                     const std::vector<std::uint32_t>& carriers) const {
+    const auto ofTemperature =
+        chebyshev<temperatureDegree>(within(temperature, m_order.lowTemperature, m_order.highTemperature));
+    std::array<Pair, carrierDegree + 1> coefficients{};
+    for (std::size_t n = 0; n < degrees().size(); ++n) {
+        const double value = ofTemperature[static_cast<std::size_t>(degrees()[n].temperature)];
+        Pair& coefficient = coefficients[static_cast<std::size_t>(degrees()[n].carrier)];
+        coefficient.i += value * m_i[n];
+        coefficient.q += value * m_q[n];
+    }
+    std::vector<Pair> bottoms(carriers.size());
+    for (std::size_t n = 0; n < carriers.size(); ++n) {
+        const auto ofCarrier =
+            chebyshev<carrierDegree>(within(carriers[n], m_order.lowCarrier, m_order.highCarrier));
+        for (std::size_t degree = 0; degree < coefficients.size(); ++degree) {
+            bottoms[n].i += ofCarrier[degree] * coefficients[degree].i;
+            bottoms[n].q += ofCarrier[degree] * coefficients[degree].q;
+        }
+    }
+    return bottoms;
 }
 
 void Surface::fit(const std::vector<Sample>& samples, bool isDecayChosen) {

@@ -44,8 +44,9 @@ public:
     /** Fits the samples; `isDecayChosen`: and finds out how coefficients fall. */
     void fit(const std::vector<Sample>& samples, bool isDecayChosen);
     Forecast at(const Place& place) const;
-    /** Corrections alone, which is quicker. */
-    Pair bottomAt(const Place& place) const;
+    /** Corrections alone, which is quicker: at one temperature, for carriers in kHz. */
+    std::vector<Pair> bottomsAt(std::int32_t temperature, const std::vector<std::uint32_t>& carriers) const;
+    Pair bottomAt(const Place& place) const { return bottomsAt(place.temperature, {place.carrier}).front(); }
 
     const Decay& decay() const { return m_decay; }
     /** By how much the samples lie farther off than their deviations say, each foretold from all others; at

@@ -40,15 +40,19 @@ std::int32_t dac(std::int32_t value, const Branch& branch) {
 
 Table makeTable(const Order& order, const Surface& surface, const Size& size) {
     Table table;
-    for (const std::uint32_t carrier : evenCarriers(order, size.carriers)) {
+    const std::vector<std::uint32_t> carriers = evenCarriers(order, size.carriers);
+    for (const std::uint32_t carrier : carriers) {
         table.carriers.push_back(static_cast<std::int32_t>(carrier));
     }
     table.temperatures = evenTemperatures(order, size.temperatures);
-    for (const std::int32_t carrier : table.carriers) {
-        for (const std::int32_t temperature : table.temperatures) {
-            const Pair bottom = surface.bottomAt({static_cast<std::uint32_t>(carrier), temperature});
-            table.i.push_back(node(bottom.i, order.i));
-            table.q.push_back(node(bottom.q, order.q));
+    const std::size_t rows = table.temperatures.size();
+    table.i.resize(carriers.size() * rows);
+    table.q.resize(carriers.size() * rows);
+    for (std::size_t row = 0; row < rows; ++row) {
+        const std::vector<Pair> bottoms = surface.bottomsAt(table.temperatures[row], carriers);
+        for (std::size_t column = 0; column < carriers.size(); ++column) {
+            table.i[column * rows + row] = node(bottoms[column].i, order.i);
+            table.q[column * rows + row] = node(bottoms[column].q, order.q);
         }
     }
     return table;

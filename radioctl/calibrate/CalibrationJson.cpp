@@ -65,7 +65,7 @@ Json fitJson(const std::optional<Fit::Outcome>& fit) {
 }
 
 /** A place where a fit tried its tables. */
-Json triedEvent(const Fit::Verification& tried) {
+Json triedEvent(const Fit::Verification& tried, const Point& point) {
     return {{"event", "tried"},
             {"khz", tried.place.carrier},
             {"degrees", tried.place.temperature},
@@ -73,7 +73,8 @@ Json triedEvent(const Fit::Verification& tried) {
             {"q", tried.corrections.q},
             {"reading", tried.reading},
             {"dbc", rounded(tried.level)},
-            {"as_foretold", tried.isAsForetold}};
+            {"as_foretold", tried.isAsForetold},
+            {"analyser_dbc", roundedOrNull(point.analysed)}};
 }
 
 } // namespace
@@ -145,8 +146,8 @@ void CalibrationJson::finished(const CalibrationOutcome& outcome, const Calibrat
     const Result& result = outcome.result;
     const LeakageSummary& summary = outcome.summary;
     if (result.fit) {
-        for (const Fit::Verification& tried : result.fit->verifications) {
-            writeJsonLine(m_out, triedEvent(tried));
+        for (std::size_t n = 0; n < result.fit->verifications.size(); ++n) {
+            writeJsonLine(m_out, triedEvent(result.fit->verifications[n], result.tries.at(n)));
         }
     }
     Json event = {

@@ -50,6 +50,9 @@ std::string wayOnText(const std::string& wayOn) {
     if (wayOn == "room") {
         return "; --resume goes on once there is room";
     }
+    if (wayOn == "measure") {
+        return "; --resume goes on once that is mended";
+    }
     if (wayOn == "resume") {
         return "; --resume goes on once it can be written";
     }

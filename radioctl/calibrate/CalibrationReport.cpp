@@ -136,10 +136,14 @@ std::string storedText(const CalibrationOutcome& outcome, const CalibrationEnd& 
     if (outcome.wantedTables.empty()) {
         return "No tables were asked for.";
     }
+    if (outcome.result.fit && outcome.result.nodes.empty()) {
+        return "No tables were stored: " + outcome.result.fit->reason +
+               ". When that is mended, --restart begins anew.";
+    }
     if (outcome.summary.failed != 0) {
         return "No tables were stored: " + counted(outcome.summary.failed, "point") +
                " without corrections. When what is said about them is mended, " +
-               (outcome.result.isHardware
+               (outcome.result.isHardware && !outcome.result.fit
                     ? "--resume measures what could not be measured, and --restart all of it."
                     : "--restart begins anew.");
     }

@@ -94,7 +94,7 @@ void writeFitClaim(std::ostream& out, const Result& result, const LeakageSummary
     writeLine(out, "tables", tablesText(fit.table, !result.nodes.empty()));
     writeLine(out, "tried at", triesText(fit.verifications));
     writeLine(out, "probes", probesText(result));
-    writeLine(out, "changes of temperature", std::to_string(fit.temperatureChanges));
+    writeLine(out, "temperatures one after the other", std::to_string(fit.temperatureChanges));
     if (fit.slope > 0) {
         writeLine(out, "slope of the detector", inTwoDecimals(fit.slope) + " units for each dB");
     }

@@ -63,9 +63,9 @@ public:
 
     bool goOn() override { return m_probes.size() < patience; }
 
-    std::optional<Corrections> search(const Place&) override {
+    Searched search(const Place&) override {
         ++searches;
-        return knows ? std::optional(ideal()) : std::nullopt;
+        return {knows ? std::optional(ideal()) : std::nullopt, probesOfSearch};
     }
 
     /** What really leaks. */
@@ -108,6 +108,7 @@ public:
     /** A search finds what there is to find. */
     bool knows = false;
     int searches = 0;
+    std::uint32_t probesOfSearch = 92;
 
 private:
     Corrections ideal() const {
@@ -150,7 +151,7 @@ inline Order orderFor(const LeakageDescription& leakage, double limit, std::uint
     order.i = {leakage.i.low, leakage.i.high, leakage.i.step};
     order.q = {leakage.q.low, leakage.q.high, leakage.q.step};
     order.detector = {leakage.detector.slope, leakage.detector.zero, leakage.detector.low,
-                      leakage.detector.high};
+                      leakage.detector.high, leakage.detector.floor};
     order.limit = limit;
     order.budget = budget;
     return order;
