@@ -5,7 +5,9 @@
 #include "radio/text/Words.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <utility>
+#include <vector>
 
 namespace Radio::Calibration {
 
@@ -33,17 +35,50 @@ private:
     std::size_t m_others = 0;
 };
 
+/** A fit chooses its carriers out of so many, which lie evenly in its band, both ends among them. */
+constexpr std::uint64_t cellsOfBand = 48;
+
+/** What may be tuned to. A fit is asked for the ends of its band, and probes between them as well. */
+std::vector<std::uint32_t> carriersOf(const Settings& settings) {
+    if (settings.method != CalibrationMethod::fit) {
+        return settings.frequencies;
+    }
+    const std::uint64_t low = settings.frequencies.front();
+    const std::uint64_t width = settings.frequencies.back() - low;
+    std::vector<std::uint32_t> carriers;
+    for (std::uint64_t cell = 0; cell <= cellsOfBand; ++cell) {
+        const auto carrier = static_cast<std::uint32_t>(low + (width * cell + cellsOfBand / 2) / cellsOfBand);
+        if (carriers.empty() || carriers.back() != carrier) {
+            carriers.push_back(carrier);
+        }
+    }
+    return carriers;
+}
+
+/** What the unit may be brought to; of a fit every whole degree from the lowest to the highest. */
+std::vector<std::int32_t> temperaturesOf(const Settings& settings) {
+    if (settings.method != CalibrationMethod::fit) {
+        return settings.temperatures;
+    }
+    std::vector<std::int32_t> temperatures;
+    for (std::int32_t degrees = settings.temperatures.front(); degrees <= settings.temperatures.back();
+         ++degrees) {
+        temperatures.push_back(degrees);
+    }
+    return temperatures;
+}
+
 } // namespace
 
 std::string reservationAgainst(const Board& board, const Settings& settings) {
     BootedRadio booted(board);
     booted.requireUp();
     Reservations reservations;
-    for (const std::uint32_t carrier : settings.frequencies) {
+    for (const std::uint32_t carrier : carriersOf(settings)) {
         reservations.add(
             Plan::whyNotTune(board, booted.radio().platform(), Direction::tx, settings.channel, carrier));
     }
-    for (const std::int32_t temperature : settings.temperatures) {
+    for (const std::int32_t temperature : temperaturesOf(settings)) {
         reservations.add(Plan::whyNotTemperature(board, temperature));
     }
     return reservations.text();
