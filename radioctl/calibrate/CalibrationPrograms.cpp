@@ -170,8 +170,9 @@ int CalibrationProgram::run() {
     requireWritable(run.tablesFile());
     requireWritable(m_options.html);
     const bool isOffline = m_options.order.beginning == Beginning::offline;
-    const std::string reservation = isOffline ? "" : reservationAgainst(board, run.settings());
-    if (m_options.hardware.hardware && !m_options.isForced && !reservation.empty()) {
+    const bool isHardware = m_options.hardware.hardware;
+    const std::string reservation = isOffline ? "" : reservationAgainst(board, run.settings(), isHardware);
+    if (isHardware && !m_options.isForced && !reservation.empty()) {
         return refuse(harmless(board.file.string()) + ": " + reservation +
                           "; --force calibrates all the same",
                       m_options.json, ExitCode::unusableInput);

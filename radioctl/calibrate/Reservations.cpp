@@ -4,6 +4,7 @@
 #include "radio/session/BootedRadio.h"
 #include "radio/text/Words.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -68,9 +69,22 @@ std::vector<std::int32_t> temperaturesOf(const Settings& settings) {
     return temperatures;
 }
 
+/** A fit goes on until the limit is held; of a real transmitter nobody ever knows that without the detector's
+ * zero. */
+std::string whyNotHeld(const Board& board, const Settings& settings) {
+    const bool isStated =
+        std::any_of(board.calibrations.begin(), board.calibrations.end(), [&settings](const auto& described) {
+            return described.channel == settings.channel && described.detectorZero.has_value();
+        });
+    return !settings.limit || isStated
+               ? ""
+               : "the limit leakage is in dBc, and channel " + std::to_string(settings.channel) +
+                     " states no detector_zero: nobody will know whether it is held";
+}
+
 } // namespace
 
-std::string reservationAgainst(const Board& board, const Settings& settings) {
+std::string reservationAgainst(const Board& board, const Settings& settings, bool wantsZero) {
     BootedRadio booted(board);
     booted.requireUp();
     Reservations reservations;
@@ -80,6 +94,9 @@ std::string reservationAgainst(const Board& board, const Settings& settings) {
     }
     for (const std::int32_t temperature : temperaturesOf(settings)) {
         reservations.add(Plan::whyNotTemperature(board, temperature));
+    }
+    if (wantsZero) {
+        reservations.add(whyNotHeld(board, settings));
     }
     return reservations.text();
 }

@@ -135,6 +135,35 @@ TEST_F(HardwareCalibrateTest, LimitInDbcIsNotPassedByWhatWasNotMeasured) {
     EXPECT_FALSE(isThere("board.channel-1.csv"));
 }
 
+/** A fit would spend all its probes, and nobody would know more than before. */
+TEST_F(HardwareCalibrateTest, FitWhoseLimitNobodyCanHoldIsRefusedBeforeTheFirstProbe) {
+    const std::string limit = "\n[limits]\nleakage = -60\n";
+    write("board.toml", hardwareBoard(folder()) + limit);
+    std::vector<std::string> options = quick;
+    options.insert(options.end(), {"--method", "fit"});
+    const Ending refused = calibrate(options);
+    EXPECT_EQ(refused.exitCode, 3);
+    EXPECT_EQ(refused.errors,
+              "radioctl: board.toml: the limit leakage is in dBc, and channel 1 states no detector_zero: "
+              "nobody will know whether it is held; --force calibrates all the same\n");
+    EXPECT_EQ(contentOf("lo"), "0\n");
+    EXPECT_FALSE(isThere("board.channel-1.journal"));
+    options.emplace_back("--force");
+    EXPECT_THAT(calibrate(options).output,
+                HasSubstr("\nWarning: the limit leakage is in dBc, and channel 1 states no detector_zero: "
+                          "nobody will know whether it is held\n"));
+    // With a zero there is nothing against it; the detector is stuck, and nothing else.
+    write("board.toml", hardwareBoard(folder(), "detector_slope = 25.0\ndetector_zero = -95.0\n") + limit);
+    options.back() = "--restart";
+    EXPECT_EQ(calibrate(options).exitCode, 1);
+}
+
+TEST_F(HardwareCalibrateTest, LimitOfASimulatedFitNeedsNoZero) {
+    write("board.toml", leakageBoard() + "\n[limits]\nleakage = -60\n");
+    EXPECT_THAT(run({"calibrate", "board.toml", "--channel", "1", "--method", "fit"}).output,
+                Not(HasSubstr("detector_zero")));
+}
+
 TEST_F(HardwareCalibrateTest, WithoutASensorTheTemperatureIsTakenAsGiven) {
     write("board.toml", hardwareBoardWithoutSensor(folder()));
     EXPECT_THAT(calibrate(quick).output,
