@@ -120,6 +120,14 @@ TEST_F(CalibrateProgramTest, JsonHasAnObjectForEachPoint) {
     EXPECT_EQ(events[8].at("exit_code"), 0);
 }
 
+TEST_F(CalibrateProgramTest, JsonSaysNothingOfIterationsWhereNothingIsSearched) {
+    EXPECT_THAT(calibrate({"--json", "--max-iterations", "1"}).output,
+                HasSubstr(R"("iterations":1,"max_delta":1500,"probes":4})"));
+    EXPECT_THAT(calibrate({"--json", "--method", "fit", "--restart"}).output,
+                AllOf(HasSubstr(R"("iterations":null,"max_delta":null,"probes":)"),
+                      Not(HasSubstr(R"("iterations":0)")), Not(HasSubstr(R"("max_delta":0)"))));
+}
+
 TEST_F(CalibrateProgramTest, OldTablesAreKept) {
     calibrate();
     const std::string first = contentOf(csv);

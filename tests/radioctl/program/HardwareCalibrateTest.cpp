@@ -158,6 +158,15 @@ TEST_F(HardwareCalibrateTest, FitWhoseLimitNobodyCanHoldIsRefusedBeforeTheFirstP
     EXPECT_EQ(calibrate(options).exitCode, 1);
 }
 
+TEST_F(HardwareCalibrateTest, QualificationHoldsNoLimitAndNeedsNoZero) {
+    std::string board = hardwareBoard(folder());
+    board.replace(board.find("\"search\""), 8, "\"fit\"");
+    write("board.toml", board + "\n[limits]\nleakage = -60\n");
+    const Ending ending = run({"qualify", "--hardware", "board.toml", "--channel", "1"});
+    EXPECT_EQ(ending.exitCode, 1); // the detector is stuck
+    EXPECT_EQ(ending.errors, "");
+}
+
 TEST_F(HardwareCalibrateTest, LimitOfASimulatedFitNeedsNoZero) {
     write("board.toml", leakageBoard() + "\n[limits]\nleakage = -60\n");
     EXPECT_THAT(run({"calibrate", "board.toml", "--channel", "1", "--method", "fit"}).output,
