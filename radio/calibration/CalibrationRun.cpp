@@ -433,6 +433,7 @@ bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listene
         return false;
     }
     result.nodes = nodesOf(outcome.table, leakage);
+    result.claim = claimOf(outcome, result.settings.limit);
     result.fit = std::move(outcome);
     return true;
 }
