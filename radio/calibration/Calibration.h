@@ -131,6 +131,9 @@ struct Result {
      * temperature all frequencies; none when it has no tables. */
     std::optional<Fit::Outcome> fit{};
     std::vector<Point> nodes{};
+    /** Of a fit: what its tables leave anywhere at most, in dBc, as it claims itself, and as stands with them
+     * in their file; nothing where the claim is not known in dBc, or does not hold. */
+    std::optional<double> claim{};
 };
 
 /** Its tables as a result with their nodes for points, and their axes; of a search the result itself. */

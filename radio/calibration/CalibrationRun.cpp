@@ -464,6 +464,7 @@ bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listene
             node.remark.clear();
         }
     }
+    result.claim = claimOf(outcome, result.settings.limit);
     result.fit = std::move(outcome);
     return true;
 }

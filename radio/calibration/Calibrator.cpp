@@ -229,15 +229,22 @@ std::optional<std::int32_t> Calibrator::probe(std::int32_t i, std::int32_t q) {
         return record != nullptr && record->write != nullptr &&
                isSuccess(record->write(record->context, value));
     };
-    if (!isWritten(m_drivers.i, i) || !isWritten(m_drivers.q, q)) {
-        return std::nullopt;
+    for (const auto& [driver, value] : {std::pair(m_drivers.i, i), {m_drivers.q, q}}) {
+        if (!isWritten(driver, value)) {
+            m_whyNotProbed = driver + " did not take " + std::to_string(value);
+            return std::nullopt;
+        }
     }
     m_booted.radio().clock().sleep(m_settings.settleTime * microsecondsPerMs);
     const DriverInterface* const detector = recordOf(this->detector());
     int reading = 0;
     const bool isRead = detector != nullptr && detector->read != nullptr &&
                         isSuccess(detector->read(detector->context, &reading));
-    return isRead ? std::optional<std::int32_t>(reading) : std::nullopt;
+    if (!isRead) {
+        m_whyNotProbed = this->detector() + " could not be read";
+        return std::nullopt;
+    }
+    return reading;
 }
 
 bool Calibrator::search(Point& point) {

@@ -46,8 +46,10 @@ public:
     /** Sets both corrections, waits the settle time and reads the detector; nothing when one of them fails.
      */
     std::optional<std::int32_t> probe(std::int32_t i, std::int32_t q);
-    /** Why probe() gave nothing, as the radio says it. */
-    std::string whyFailed() const { return firstComplaint(); }
+    /** Why probe() gave nothing the last time. */
+    const std::string& whyNotProbed() const { return m_whyNotProbed; }
+    /** What the radio complained of first since the last place. */
+    std::string firstComplaint() const;
     /** Has the library search where the radio is, between begin() and end(). */
     bool search(Point& point);
     /** Those since begin(). */
@@ -90,7 +92,6 @@ private:
     void measureUncorrected(Point& point);
     /** What readings come to in dB. */
     void setLevels(Point& point) const;
-    std::string firstComplaint() const;
 
     BootedRadio& m_booted;
     const Result& m_result;
@@ -104,6 +105,7 @@ private:
     ProbeRecorder m_recorder;
     std::uint64_t m_uncorrectedReadings = 0;
     std::string m_whyStopped;
+    std::string m_whyNotProbed;
 };
 
 } // namespace Radio::Calibration

@@ -130,6 +130,16 @@ Point triedPointOf(const Fit::Verification& tried, const LeakageDescription* lea
     return point;
 }
 
+std::optional<double> claimOf(const Fit::Outcome& outcome, const std::optional<double>& limit) {
+    if (!outcome.claim || outcome.isRelative) {
+        return std::nullopt;
+    }
+    const double claim = outcome.claim->level;
+    const bool isHeld = outcome.verdict == Fit::Verdict::held;
+    const bool isAboveLimit = outcome.verdict == Fit::Verdict::missed && limit && claim > *limit;
+    return isHeld || isAboveLimit ? std::optional(claim) : std::nullopt;
+}
+
 std::vector<Point> nodesOf(const Fit::Table& table, const LeakageDescription* leakage) {
     std::vector<Point> nodes;
     nodes.reserve(table.i.size());

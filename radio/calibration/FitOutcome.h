@@ -7,6 +7,7 @@
 #include "radio/fit/Outcome.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 /** Between a calibration and the fit that it has made. */
@@ -24,6 +25,13 @@ Point pointOf(const Fit::Point& fitted, std::vector<Probe> probes, const Leakage
 
 /** A place where the tables were tried, in the same way. */
 Point triedPointOf(const Fit::Verification& tried, const LeakageDescription* leakage, bool isAbsolute);
+
+/**
+ * What stands with the tables of a fit as its claim, in dBc. Nothing of relative levels, nor where the tables
+ * could not be tried or were found wrong; a fit that missed `limit` by its claim alone claims that all the
+ * same.
+ */
+std::optional<double> claimOf(const Fit::Outcome& outcome, const std::optional<double>& limit);
 
 /** The nodes of the tables that came of a fit, for each temperature all carriers. */
 std::vector<Point> nodesOf(const Fit::Table& table, const LeakageDescription* leakage);

@@ -34,7 +34,7 @@ std::optional<std::int32_t> FitProber::probe(const Fit::Corrections& corrections
     ++m_count;
     const std::optional<std::int32_t> reading = m_calibrator.probe(corrections.i, corrections.q);
     if (!reading && m_calibrator.whyStopped().empty()) {
-        fails(m_calibrator.whyFailed());
+        fails(m_calibrator.whyNotProbed());
     }
     return reading;
 }
@@ -54,7 +54,7 @@ Fit::Searched FitProber::search(const Fit::Place& place) {
     const std::size_t before = m_calibrator.probes().size();
     const bool isFound = m_calibrator.search(point);
     if (!isFound && m_calibrator.whyStopped().empty()) {
-        fails(m_calibrator.whyFailed());
+        fails(m_calibrator.firstComplaint());
     }
     const std::size_t probes = m_calibrator.probes().size() - before;
     m_isFromJournal = m_isFromJournal && m_calibrator.probes().size() <= known().size();

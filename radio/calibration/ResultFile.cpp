@@ -184,6 +184,12 @@ std::string readStation(const CsvFile& file) {
     return station ? station->nonEmptyText("where it was calibrated") : "";
 }
 
+/** On hardware nobody knows better what leaks between the nodes of a fit. Older files have none. */
+std::optional<double> readClaim(const CsvFile& file) {
+    const std::optional<CsvItem> claim = file.findProperty("claim_dbc");
+    return claim ? std::optional(claim->number(highestLevel)) : std::nullopt;
+}
+
 /** Of a board without limits there is none. */
 VerdictKind readVerdict(const CsvFile& file) {
     const std::optional<CsvItem> verdict = file.findProperty("verdict");
@@ -263,6 +269,7 @@ void writeResult(std::ostream& out, const Result& result) {
         << "# settle_time_ms: " << settings.settleTime << "\n"
         << (settings.readings > 1 ? "# readings: " + std::to_string(settings.readings) + "\n" : "")
         << "# detector: " << (settings.useHighDetector ? "high" : "low") << "\n"
+        << (result.claim ? "# claim_dbc: " + inTwoDecimals(*result.claim) + "\n" : "")
         << verdictLine(result.verdict) << headingFor(result);
     const Result tables = asTables(result);
     const std::vector<LevelColumn> levels = levelColumns(tables);
@@ -296,6 +303,7 @@ Result readResult(const CsvFile& csv) {
     result.date = csv.property("date").nonEmptyText("when the calibration began");
     result.version = readVersion(csv.property("tool"));
     result.station = readStation(csv);
+    result.claim = readClaim(csv);
     result.verdict = readVerdict(csv);
     result.isHardware = readIsHardware(csv);
     result.settings = readSettings(csv);

@@ -2,8 +2,8 @@
 
 #include "radio/board/BoardNames.h"
 #include "radio/calibration/LeakageVerdict.h"
-#include "radio/files/CsvFile.h"
 #include "radio/tables/Corrections.h"
+#include "radio/text/Words.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -39,6 +39,19 @@ LevelsOfNodes levelsIn(const CsvFile& file) {
             file.item(row, before).number(highestLevel), file.item(row, after).number(highestLevel)};
     }
     return levels;
+}
+
+/** What a file says of the calibration that it comes from. */
+struct Origin {
+    LevelsOfNodes levels;
+    bool isHardware = false;
+    bool hasClaim = false;
+};
+
+Origin originIn(const CsvFile& file) {
+    const std::optional<CsvItem> mode = file.findProperty("mode");
+    return {levelsIn(file), mode && mode->text() == Calibration::hardwareMode,
+            file.findProperty("claim_dbc").has_value()};
 }
 
 NodeLevels levelsByModel(const LeakageDescription* leakage, const Calibration::Point& point) {
@@ -87,16 +100,20 @@ Calibration::Result resultOf(const Corrections& tables, const LevelsOfNodes& lev
 
 void lintLimits(const Board& board, int channel, const TableDescription& i, const TableDescription& q,
                 std::vector<Finding>& findings) {
-    const Limits& limits = board.limits;
+    Limits limits = board.limits;
     const bool isLimited = limits.leakage || limits.leakageAtNodes || limits.leakageImprovement;
     // Swapped axes are a mistake of their own.
     if (!isLimited || i.table.axis1.front() < 0 || q.table.axis1.front() < 0) {
         return;
     }
-    const LeakageDescription* const leakage = findLeakage(board, channel);
     const bool hasFile = !i.file.empty() && i.file == q.file;
-    const LevelsOfNodes levels = hasFile ? levelsIn(CsvFile(i.file, "a calibration table")) : LevelsOfNodes();
-    const Calibration::Result result = resultOf({channel, i.table, q.table}, levels, leakage);
+    const Origin origin = hasFile ? originIn(CsvFile(i.file, "a calibration table")) : Origin();
+    const LeakageDescription* const leakage = origin.isHardware ? nullptr : findLeakage(board, channel);
+    if (leakage == nullptr && origin.hasClaim) {
+        // Held against the claim by itself, and nobody knows better.
+        limits.leakage.reset();
+    }
+    const Calibration::Result result = resultOf({channel, i.table, q.table}, origin.levels, leakage);
     const Calibration::LeakageSummary summary =
         leakage != nullptr ? Calibration::summarise(result, *leakage) : Calibration::summarise(result);
     for (const JudgedLimit& limit : Calibration::verdictOn(result, summary, limits).limits) {
@@ -104,6 +121,21 @@ void lintLimits(const Board& board, int channel, const TableDescription& i, cons
             findings.push_back({limit.found ? Severity::error : Severity::warning, i.place,
                                 "channel " + std::to_string(channel) + ": " + missedText(limit)});
         }
+    }
+}
+
+void lintClaim(const Board& board, int channel, const CsvFile& file, std::vector<Finding>& findings) {
+    const std::optional<CsvItem> item = file.findProperty("claim_dbc");
+    if (!item) {
+        return;
+    }
+    const double claim = item->number(highestLevel);
+    const std::optional<double>& limit = board.limits.leakage;
+    if (limit && !meetsLimit("leakage", toHundredth(claim), *limit)) {
+        findings.push_back({Severity::error, item->place(),
+                            "channel " + std::to_string(channel) + ": leakage anywhere " +
+                                inTwoDecimals(claim) + " dBc by the claim of its fit, limit " +
+                                limitText(*limit)});
     }
 }
 

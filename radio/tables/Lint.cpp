@@ -208,6 +208,7 @@ void lintFile(const Board& board, int channel, const TableDescription& table, Fi
     const Findings origin = findingsOfOrigin(table, board, channel);
     findings.insert(findings.end(), origin.begin(), origin.end());
     const CsvFile file(table.file, "a calibration table");
+    lintClaim(board, channel, file, findings);
     lintVerdict(file, findings);
     lintStates(file, findings);
 }

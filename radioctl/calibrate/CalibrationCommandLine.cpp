@@ -93,7 +93,8 @@ void CalibrationCommandLine::addSettings() {
                 "library's\nsearch at every node")
         .named("METHOD")
         .oneOf({"fit", "search"});
-    m_calibrate.option("--probes", wishes.probes, "How many probes a fit may make in all;\notherwise 400")
+    m_calibrate
+        .option("--probes", wishes.probes, "Of a fit: how many probes it may make in\nall; otherwise 400")
         .named("N")
         .within(budgetBounds.low, budgetBounds.high);
     m_calibrate.option("--band", m_band, "First and last carrier; otherwise those of\nthe board")
@@ -105,7 +106,8 @@ void CalibrationCommandLine::addSettings() {
         .check(whyNoCarrier);
     m_calibrate
         .option("--temperatures", wishes.temperatures,
-                "Degrees Celsius with commas between them,\nsuch as -33,0,55")
+                "Degrees Celsius with commas between them,\nsuch as -33,0,55; of a fit the lowest and\nthe "
+                "highest count")
         .named("LIST")
         .separatedBy(',')
         .within(temperatureBounds.low, temperatureBounds.high, "degrees");
@@ -117,7 +119,11 @@ void CalibrationCommandLine::addSettings() {
         .named("LOW HIGH")
         .values(2)
         .within(correctionBounds.low, correctionBounds.high);
-    m_calibrate.option("--shrink", wishes.shrinkFactor, "The part of a range that an iteration keeps")
+    m_calibrate
+        .option("--shrink", wishes.shrinkFactor,
+                "The part of a range that an iteration\nkeeps; this and the next two are for\nsearches, and "
+                "for a "
+                "fit's where it cannot\nfit")
         .named("FACTOR")
         .check(whyNoShrinkFactor);
     m_calibrate.option("--min-delta", wishes.minDelta, "The range that is narrow enough")

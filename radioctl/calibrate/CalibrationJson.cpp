@@ -103,6 +103,7 @@ void CalibrationJson::awaits(const AwaitedTemperature& awaited, bool /*isBeginni
 }
 
 void CalibrationJson::begins(const Board& board, const Result& result, std::size_t knownProbes) {
+    m_isFit = result.settings.method == CalibrationMethod::fit;
     writeJsonLine(m_out, {{"event", "calibration"},
                           {"file", board.file.string()},
                           {"serial", result.serial},
@@ -136,8 +137,8 @@ void CalibrationJson::calibrated(const Point& point) {
     if (point.analysed) {
         event["analyser_dbc"] = rounded(*point.analysed);
     }
-    event["iterations"] = point.iterations;
-    event["max_delta"] = point.maxDelta;
+    event["iterations"] = m_isFit ? Json(nullptr) : Json(point.iterations);
+    event["max_delta"] = m_isFit ? Json(nullptr) : Json(point.maxDelta);
     event["probes"] = point.probes.size();
     writeJsonLine(m_out, event);
 }

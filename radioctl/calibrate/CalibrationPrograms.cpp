@@ -17,6 +17,7 @@
 #include "radioctl/report/Output.h"
 #include "radioctl/report/Progress.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -68,6 +69,33 @@ std::string whyNoJournal(const Board& board, const fs::path& journal) {
         }
     }
     return {};
+}
+
+/** Who chose the method of a calibration, as a message goes on. */
+std::string whoChose(const Board& board, const CalibrationDescription& wishes, CalibrationMethod method) {
+    const std::string word(toString(method));
+    if (wishes.method) {
+        return "--method " + word;
+    }
+    const bool isDescribed =
+        std::any_of(board.calibrations.begin(), board.calibrations.end(), [&wishes](const auto& one) {
+            return one.channel == wishes.channel && one.method.has_value();
+        });
+    return isDescribed ? "the method \"" + word + "\" of channel " + std::to_string(wishes.channel) + " in " +
+                             harmless(board.file.string())
+                       : "the method " + word + ", which it is when nobody says otherwise";
+}
+
+/** An option that does nothing with the method that was chosen; empty: all of them do. What the board
+ * describes may be for either. */
+std::string whyNotWithMethod(const Board& board, const CalibrationDescription& wishes,
+                             CalibrationMethod method) {
+    const bool isFit = method == CalibrationMethod::fit;
+    if (!(isFit ? wishes.step.has_value() : wishes.probes.has_value())) {
+        return {};
+    }
+    return std::string(isFit ? "--step" : "--probes") + ": not together with " +
+           whoChose(board, wishes, method) + "; it is for --method " + (isFit ? "search" : "fit");
 }
 
 /** Shows a calibration while it goes on, and ends it when the user wants to leave. */
@@ -167,14 +195,18 @@ int CalibrationProgram::run() {
     if (wrong.empty()) {
         wrong = whyNoJournal(board, run.journalFile());
     }
+    if (wrong.empty() && m_options.order.beginning != Beginning::offline) {
+        wrong = whyNotWithMethod(board, m_options.order.wishes, run.settings().method);
+    }
     if (!wrong.empty()) {
         return refuse(wrong, m_options.json, ExitCode::wrongCommandLine);
     }
     requireWritable(run.tablesFile());
     requireWritable(m_options.html);
     const bool isOffline = m_options.order.beginning == Beginning::offline;
-    const std::string reservation = isOffline ? "" : reservationAgainst(board, run.settings());
-    if (m_options.hardware.hardware && !m_options.isForced && !reservation.empty()) {
+    const bool isHardware = m_options.hardware.hardware;
+    const std::string reservation = isOffline ? "" : reservationAgainst(board, run.settings(), isHardware);
+    if (isHardware && !m_options.isForced && !reservation.empty()) {
         return refuse(harmless(board.file.string()) + ": " + reservation +
                           "; --force calibrates all the same",
                       m_options.json, ExitCode::unusableInput);

@@ -85,6 +85,8 @@ public:
 
 private:
     std::ostream& m_out;
+    /** Points of a fit have no iterations. */
+    bool m_isFit = false;
 };
 
 } // namespace Radio::Calibration

@@ -58,7 +58,7 @@ int qualifyChannel(const QualificationOptions& options) {
         return refuse(noSuchChannel(board, channel), options.json, ExitCode::wrongCommandLine);
     }
     ChannelQualifier qualifier(board, options.order);
-    const std::string reservation = reservationAgainst(board, qualifier.settings());
+    const std::string reservation = reservationAgainst(board, qualifier.settings(), false);
     if (options.hardware.hardware && !options.isForced && !reservation.empty()) {
         return refuse(harmless(board.file.string()) + ": " + reservation + "; --force measures all the same",
                       options.json, ExitCode::unusableInput);

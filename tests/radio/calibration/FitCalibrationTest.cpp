@@ -1,4 +1,5 @@
 #include "radio/calibration/CalibrationRun.h"
+#include "radio/calibration/FitOutcome.h"
 #include "radio/calibration/ResultFile.h"
 #include "tests/radio/support/BoardFileFixture.h"
 #include "tests/radio/support/LeakageBoard.h"
@@ -153,6 +154,42 @@ TEST_F(FitCalibrationTest, LimitOfTablesThatWereNotTriedIsNotHeld) {
     EXPECT_EQ(outcome.verdict.kind(), VerdictKind::fail);
     ASSERT_EQ(outcome.verdict.limits.size(), 1U);
     EXPECT_EQ(outcome.verdict.limits[0].whyUnknown, "the budget of probes was spent before all was tried");
+}
+
+TEST_F(FitCalibrationTest, ClaimStandsWithTheTables) {
+    const CalibrationOutcome outcome = run();
+    ASSERT_TRUE(outcome.result.claim);
+    EXPECT_EQ(outcome.result.claim, outcome.summary.claim->level);
+    EXPECT_EQ(readResult("board.channel-1.csv").claim, toHundredth(*outcome.result.claim));
+}
+
+TEST_F(FitCalibrationTest, ClaimOfTablesThatWereNotTriedDoesNot) {
+    m_order.wishes.probes = 60;
+    m_order.acceptsFail = true;
+    EXPECT_EQ(run().tables, "board.channel-1.csv");
+    EXPECT_EQ(readResult("board.channel-1.csv").claim, std::nullopt);
+}
+
+TEST(FitClaimTest, IsKnownInDbcAndHolds) {
+    Fit::Outcome outcome;
+    EXPECT_EQ(claimOf(outcome, {}), std::nullopt);
+    outcome.claim = Fit::LevelAt{-70.5, {}};
+    outcome.verdict = Fit::Verdict::held;
+    EXPECT_EQ(claimOf(outcome, {}), -70.5);
+    outcome.isRelative = true;
+    EXPECT_EQ(claimOf(outcome, {}), std::nullopt);
+}
+
+/** Below the limit it is something else that is wrong with the tables. */
+TEST(FitClaimTest, OfTablesThatMissedTheLimitIsAboveIt) {
+    Fit::Outcome outcome;
+    outcome.claim = Fit::LevelAt{-70.5, {}};
+    outcome.verdict = Fit::Verdict::missed;
+    EXPECT_EQ(claimOf(outcome, -74.0), -70.5);
+    EXPECT_EQ(claimOf(outcome, -70.0), std::nullopt);
+    EXPECT_EQ(claimOf(outcome, {}), std::nullopt);
+    outcome.verdict = Fit::Verdict::failed;
+    EXPECT_EQ(claimOf(outcome, -74.0), std::nullopt);
 }
 
 TEST_F(FitCalibrationTest, StuckDetectorFailsByName) {

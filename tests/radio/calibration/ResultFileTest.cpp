@@ -253,6 +253,27 @@ TEST_F(ResultFileTest, VerdictStandsInTheFile) {
     }
 }
 
+TEST_F(ResultFileTest, ClaimOfAFitStandsInFrontOfTheVerdict) {
+    Result result = withVerdict(VerdictKind::pass);
+    result.settings.method = CalibrationMethod::fit;
+    result.settings.budget = 400;
+    result.nodes = result.points;
+    EXPECT_EQ(written(result).find("claim"), std::string::npos);
+    EXPECT_EQ(readBack(result).claim, std::nullopt);
+    for (const bool isHardware : {false, true}) {
+        result.isHardware = isHardware;
+        result.claim = -75.5849;
+        EXPECT_NE(written(result).find("\n# detector: high\n# claim_dbc: -75.58\n# verdict: PASS\n"),
+                  std::string::npos);
+        EXPECT_EQ(readBack(result).claim, -75.58);
+    }
+}
+
+TEST_F(ResultFileTest, ClaimIsALevel) {
+    EXPECT_EQ(refusedWith("# channel: 2\n", "# channel: 2\n# claim_dbc: low\n"),
+              "x.csv:4: claim_dbc: \"low\", expected a number from -1000 to 1000");
+}
+
 TEST_F(ResultFileTest, UnknownVerdictIsRefused) {
     EXPECT_EQ(refusedWith("# channel: 2\n", "# channel: 2\n# verdict: good\n"),
               "x.csv:4: verdict: \"good\", expected PASS or FAIL (accepted)");

@@ -81,6 +81,49 @@ TEST_F(TablesLimitLint, WhatNobodyKnowsIsAWarning) {
                     "in dBc what leaks"));
 }
 
+TEST_F(TablesLimitLint, ClaimOfAFitOnHardwareIsHeldAgainstTheLimit) {
+    write("board.channel-1.csv",
+          "# mode: hardware\n# method: fit\n# claim_dbc: -75.58\nf,t,i,q\n18000000,25,-490,0\n");
+    // What is modelled of the channel says nothing about a real one.
+    for (const std::string& board : {leakageBoard(), withoutModel()}) {
+        EXPECT_THAT(lint("leakage = -75\n", board), IsEmpty());
+        EXPECT_THAT(lint("leakage = -80\n", board),
+                    ElementsAre("board.channel-1.csv:3: error: channel 1: leakage anywhere -75.58 dBc by the "
+                                "claim of its fit, limit -80"));
+    }
+}
+
+TEST_F(TablesLimitLint, OfAFitOnHardwareWithoutAClaimNobodyKnows) {
+    write("board.channel-1.csv", "# mode: hardware\n# method: fit\nf,t,i,q\n18000000,25,-490,0\n");
+    for (const std::string& board : {leakageBoard(), withoutModel()}) {
+        EXPECT_THAT(
+            lint("leakage = -10\n", board),
+            ElementsAre("board: warning: channel 1: leakage anywhere unknown, limit -10: nobody knows "
+                        "in dBc what leaks"));
+    }
+}
+
+/** The model says what leaks, the claim what the fit could make sure of. */
+TEST_F(TablesLimitLint, ModelAndClaimAreBothHeldAgainstTheLimit) {
+    write("board.channel-1.csv", "# method: fit\n# claim_dbc: -55.00\nf,t,i,q\n18000000,25,-490,0\n");
+    EXPECT_THAT(lint("leakage = -55\n"), IsEmpty());
+    EXPECT_THAT(
+        lint("leakage = -58\n"),
+        ElementsAre("board.channel-1.csv:2: error: channel 1: leakage anywhere -55.00 dBc by the claim "
+                    "of its fit, limit -58"));
+    EXPECT_THAT(
+        lint("leakage = -65\n"),
+        ElementsAre("board: error: channel 1: leakage anywhere -60.00 dBc at 18000000 kHz, 25 "
+                    "degrees, limit -65",
+                    "board.channel-1.csv:2: error: channel 1: leakage anywhere -55.00 dBc by the claim "
+                    "of its fit, limit -65"));
+}
+
+TEST_F(TablesLimitLint, ClaimThatIsNoLevelIsRefused) {
+    write("board.channel-1.csv", "# claim_dbc: low\nf,t,i,q\n18000000,25,-490,0\n");
+    EXPECT_THROW(lint("leakage = -60\n"), InputError);
+}
+
 TEST_F(TablesLimitLint, WithoutLimitsNothingIsHeldAgainstThem) {
     writeTables("-26.00,-25.00");
     EXPECT_THAT(lint("carrier_error = 0\n"), IsEmpty());

@@ -120,6 +120,14 @@ TEST_F(CalibrateProgramTest, JsonHasAnObjectForEachPoint) {
     EXPECT_EQ(events[8].at("exit_code"), 0);
 }
 
+TEST_F(CalibrateProgramTest, JsonSaysNothingOfIterationsWhereNothingIsSearched) {
+    EXPECT_THAT(calibrate({"--json", "--max-iterations", "1"}).output,
+                HasSubstr(R"("iterations":1,"max_delta":1500,"probes":4})"));
+    EXPECT_THAT(calibrate({"--json", "--method", "fit", "--restart"}).output,
+                AllOf(HasSubstr(R"("iterations":null,"max_delta":null,"probes":)"),
+                      Not(HasSubstr(R"("iterations":0)")), Not(HasSubstr(R"("max_delta":0)"))));
+}
+
 TEST_F(CalibrateProgramTest, OldTablesAreKept) {
     calibrate();
     const std::string first = contentOf(csv);
@@ -1052,6 +1060,44 @@ TEST_F(CalibrateProgramTest, WrongOptionsAreNamed) {
     EXPECT_THAT(complaint({"--step", "0"}), HasSubstr("--step: \"0\", expected from 1 to 2147483647 kHz"));
     EXPECT_THAT(complaint({"--resume", "--restart"}),
                 HasSubstr("--resume, --restart and --offline exclude each other"));
+}
+
+TEST_F(CalibrateProgramTest, OptionsThatDoNothingWithTheMethodAreRefused) {
+    const auto complaint = [](const std::vector<std::string>& options) {
+        const Ending ending = calibrate(options);
+        EXPECT_EQ(ending.exitCode, 2);
+        EXPECT_FALSE(isThere(journal));
+        return ending.errors;
+    };
+    EXPECT_EQ(complaint({"--method", "fit", "--step", "10MHz"}),
+              "radioctl: --step: not together with --method fit; it is for --method search\n");
+    EXPECT_EQ(complaint({"--method", "search", "--probes", "100"}),
+              "radioctl: --probes: not together with --method search; it is for --method fit\n");
+    EXPECT_EQ(complaint({"--probes", "100"}),
+              "radioctl: --probes: not together with the method \"search\" of channel 1 in board.toml; it is "
+              "for --method fit\n");
+    std::string board = leakageBoard();
+    const std::string method = "method = \"search\"\n";
+    board.erase(board.find(method), method.size());
+    write("board.toml", board);
+    EXPECT_EQ(
+        complaint({"--step", "10MHz"}),
+        "radioctl: --step: not together with the method fit, which it is when nobody says otherwise; it "
+        "is for --method search\n");
+}
+
+TEST_F(CalibrateProgramTest, BoardMayDescribeBothMethods) {
+    write("board.toml", leakageBoard("range = [0, 4095]", "probes = 300\n"));
+    EXPECT_EQ(calibrate().exitCode, 0);
+    EXPECT_EQ(calibrate({"--method", "fit"}).exitCode, 0);
+}
+
+/** Where it cannot fit, it falls back on searches with them. */
+TEST_F(CalibrateProgramTest, FitTakesTheOptionsOfItsSearches) {
+    const Ending ending =
+        calibrate({"--method", "fit", "--shrink", "0.8", "--min-delta", "4", "--max-iterations", "33"});
+    EXPECT_EQ(ending.exitCode, 0) << ending.errors;
+    EXPECT_THAT(contentOf(csv), HasSubstr("# shrink_factor: 0.8\n# min_delta: 4\n# max_iterations: 33\n"));
 }
 
 } // namespace

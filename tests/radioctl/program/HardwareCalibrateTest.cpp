@@ -135,6 +135,44 @@ TEST_F(HardwareCalibrateTest, LimitInDbcIsNotPassedByWhatWasNotMeasured) {
     EXPECT_FALSE(isThere("board.channel-1.csv"));
 }
 
+/** A fit would spend all its probes, and nobody would know more than before. */
+TEST_F(HardwareCalibrateTest, FitWhoseLimitNobodyCanHoldIsRefusedBeforeTheFirstProbe) {
+    const std::string limit = "\n[limits]\nleakage = -60\n";
+    write("board.toml", hardwareBoard(folder()) + limit);
+    std::vector<std::string> options = quick;
+    options.insert(options.end(), {"--method", "fit"});
+    const Ending refused = calibrate(options);
+    EXPECT_EQ(refused.exitCode, 3);
+    EXPECT_EQ(refused.errors,
+              "radioctl: board.toml: the limit leakage is in dBc, and channel 1 states no detector_zero: "
+              "nobody will know whether it is held; --force calibrates all the same\n");
+    EXPECT_EQ(contentOf("lo"), "0\n");
+    EXPECT_FALSE(isThere("board.channel-1.journal"));
+    options.emplace_back("--force");
+    EXPECT_THAT(calibrate(options).output,
+                HasSubstr("\nWarning: the limit leakage is in dBc, and channel 1 states no detector_zero: "
+                          "nobody will know whether it is held\n"));
+    // With a zero there is nothing against it; the detector is stuck, and nothing else.
+    write("board.toml", hardwareBoard(folder(), "detector_slope = 25.0\ndetector_zero = -95.0\n") + limit);
+    options.back() = "--restart";
+    EXPECT_EQ(calibrate(options).exitCode, 1);
+}
+
+TEST_F(HardwareCalibrateTest, QualificationHoldsNoLimitAndNeedsNoZero) {
+    std::string board = hardwareBoard(folder());
+    board.replace(board.find("\"search\""), 8, "\"fit\"");
+    write("board.toml", board + "\n[limits]\nleakage = -60\n");
+    const Ending ending = run({"qualify", "--hardware", "board.toml", "--channel", "1"});
+    EXPECT_EQ(ending.exitCode, 1); // the detector is stuck
+    EXPECT_EQ(ending.errors, "");
+}
+
+TEST_F(HardwareCalibrateTest, LimitOfASimulatedFitNeedsNoZero) {
+    write("board.toml", leakageBoard() + "\n[limits]\nleakage = -60\n");
+    EXPECT_THAT(run({"calibrate", "board.toml", "--channel", "1", "--method", "fit"}).output,
+                Not(HasSubstr("detector_zero")));
+}
+
 TEST_F(HardwareCalibrateTest, WithoutASensorTheTemperatureIsTakenAsGiven) {
     write("board.toml", hardwareBoardWithoutSensor(folder()));
     EXPECT_THAT(calibrate(quick).output,
@@ -179,6 +217,27 @@ TEST_F(HardwareCalibrateTest, CarriersBeyondTheRasterAreRefusedBeforeTheFirstWri
     EXPECT_EQ(contentOf("lo"), "9050000000\n");
 }
 
+/** The ends of the band lie in one raster each. Of the 49 carriers of a fit, 4166 2/3 kHz apart, the ones
+ * numbered 13 to 35 lie between the rasters. */
+TEST_F(HardwareCalibrateTest, GapOfTheRastersInTheMiddleOfTheBandIsRefusedForAFit) {
+    write("board.toml", hardwareBoard(folder()) +
+                            "\n[[raster]]\nname = \"L\"\ndirection = \"tx\"\nfirst = 17850000\nlast = "
+                            "17950000\nstep = 50000\n\n[[raster]]\nname = \"H\"\ndirection = "
+                            "\"tx\"\nfirst = 18050000\nlast = 18150000\nstep = 50000\n");
+    std::vector<std::string> options = quick;
+    options.insert(options.end(), {"--method", "fit"});
+    const Ending refused = calibrate(options);
+    EXPECT_EQ(refused.exitCode, 3);
+    EXPECT_EQ(refused.errors,
+              "radioctl: board.toml: 17954167 kHz is outside the rasters of the board for tx 1: 17850000 to "
+              "17950000 and 18050000 to 18150000 kHz; and 22 more; --force calibrates all the same\n");
+    EXPECT_EQ(contentOf("lo"), "0\n");
+    EXPECT_FALSE(isThere("board.channel-1.journal"));
+    options.emplace_back("--force");
+    EXPECT_THAT(calibrate(options).output, HasSubstr("\nWarning: 17954167 kHz is outside the rasters"));
+    EXPECT_NE(contentOf("lo"), "0\n");
+}
+
 TEST_F(HardwareCalibrateTest, NodesBetweenTheCarriersOfARasterAreNoMatter) {
     write("board.toml", hardwareBoard(folder()) +
                             "\n[[raster]]\nname = \"R\"\ndirection = \"tx\"\nfirst = 17850000\nlast = "
@@ -193,6 +252,29 @@ TEST_F(HardwareCalibrateTest, SimulationOnlyWarns) {
     EXPECT_THAT(ending.output,
                 StartsWith("SIMULATION: nothing reaches hardware.\nWarning: -10 degrees are outside the "
                            "board's 0 to 40; and 1 more\n"));
+}
+
+TEST_F(HardwareCalibrateTest, SimulatedFitOnlyWarnsOfAGapOfTheRasters) {
+    write("board.toml", leakageBoard() +
+                            "\n[[raster]]\nname = \"L\"\ndirection = \"tx\"\nfirst = 17850000\nlast = "
+                            "17950000\nstep = 50000\n\n[[raster]]\nname = \"H\"\ndirection = "
+                            "\"tx\"\nfirst = 18050000\nlast = 18150000\nstep = 50000\n");
+    const Ending ending = run({"calibrate", "board.toml", "--channel", "1", "--method", "fit"});
+    EXPECT_EQ(ending.exitCode, 0);
+    EXPECT_THAT(ending.output,
+                StartsWith("SIMULATION: nothing reaches hardware.\nWarning: 17954167 kHz is outside the "
+                           "rasters of the board for tx 1: 17850000 to 17950000 and 18050000 to 18150000 "
+                           "kHz; and 22 more\n"));
+}
+
+/** From -10 to 50 degrees, ten lie below 0 and ten above 40. */
+TEST_F(HardwareCalibrateTest, EveryDegreeOfAFitIsHeldAgainstTheLimits) {
+    write("board.toml", leakageBoard() + "\n[limits]\ntemperature = [0, 40]\n");
+    const Ending ending = run({"calibrate", "board.toml", "--channel", "1", "--method", "fit"});
+    EXPECT_EQ(ending.exitCode, 0);
+    EXPECT_THAT(ending.output,
+                StartsWith("SIMULATION: nothing reaches hardware.\nWarning: -10 degrees are outside the "
+                           "board's 0 to 40; and 19 more\n"));
 }
 
 TEST_F(HardwareCalibrateTest, MissingAttributeLeavesNothingToResume) {

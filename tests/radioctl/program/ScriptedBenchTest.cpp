@@ -164,6 +164,22 @@ TEST_F(ScriptedBenchTest, ResumedFitThatTheJournalHasWholeTouchesNoHardware) {
     EXPECT_THAT(sent, testing::ElementsAre("TEMP 25")); // which is on_exit
 }
 
+/** Nothing is measured at the nodes, and nothing modelled: the claim is what is known of them. */
+TEST_F(ScriptedBenchTest, TablesOfAFitAreHeldAgainstTheLimitByWhatItClaims) {
+    ASSERT_EQ(run(arguments({"--method", "fit"})).exitCode, 0);
+    const std::string content = contentOf("board.channel-1.csv");
+    std::smatch claim;
+    ASSERT_TRUE(std::regex_search(content, claim, std::regex("\n# claim_dbc: (-[0-9]+\\.[0-9][0-9])\n")));
+    write("board.toml", board() + "\n[limits]\nleakage = -10\n");
+    EXPECT_EQ(run({"tables", "lint", "board.toml"}).output, "board.toml: good\n");
+    write("board.toml", board() + "\n[limits]\nleakage = -200\n");
+    const Ending missed = run({"tables", "lint", "board.toml"});
+    EXPECT_EQ(missed.exitCode, 1);
+    EXPECT_EQ(missed.output,
+              "board.channel-1.csv:16: error: channel 1: leakage anywhere " + claim[1].str() +
+                  " dBc by the claim of its fit, limit -200\nboard.toml: 1 error, 0 warnings\n");
+}
+
 TEST_F(ScriptedBenchTest, AnalyserLooksAtEachPointOnceItsCorrectionsAreFound) {
     std::string described = board();
     described.replace(described.find("chamber = \"chamber\"\n"), 20,
