@@ -1,0 +1,403 @@
+// What goes out to the platform: the operations of its contracts, but for the trace. Each leads to the next
+// definition behind the recorder's, and calls of others than the library pass as they are.
+
+#include "CCalibrationHandler.h"
+#include "CInterfaceBroker.h"
+#include "CModuleManager.h"
+#include "CStorageManager.h"
+#include "Calls.h"
+#include "Clients.h"
+#include "Contents.h"
+#include "Drivers.h"
+#include "ITemperatureHandler.h"
+#include "InterfaceBroker.h"
+#include "Next.h"
+#include "Objects.h"
+#include "Rau.h"
+
+#include <array>
+#include <atomic>
+#include <cstring>
+
+using namespace Recording;
+
+namespace {
+
+/** Records a call that is wholly told by `entry` and its answer. */
+template <typename Call>
+auto recorded(Entry entry, Call call) {
+    const auto code = outgoing(entry, call);
+    entry.code = static_cast<std::int32_t>(code);
+    Recorder::write(entry);
+    return code;
+}
+
+std::uint16_t nameOf(ObjectKind kind, const char* name) {
+    return Recorder::name(kind, name != nullptr ? name : "");
+}
+
+// Interface broker
+
+Next<InterfaceBroker&()> s_getBroker("_ZN15InterfaceBroker11getInstanceEv");
+Next<EAFResult(InterfaceBroker*, const std::string&, IInterface*)>
+    s_registerInterface("_ZN15InterfaceBroker17registerInterfaceERKNSt7__cxx1112basic_stringIcSt11char_"
+                        "traitsIcESaIcEEEP10IInterface");
+Next<EAFResult(InterfaceBroker*, const std::string&, IInterface**)>
+    s_unregisterInterface("_ZN15InterfaceBroker19unregisterInterfaceERKNSt7__cxx1112basic_stringIcSt11char_"
+                          "traitsIcESaIcEEEPP10IInterface");
+Next<IInterface*(InterfaceBroker*, const std::string&)> s_findInterface(
+    "_ZN15InterfaceBroker13findInterfaceERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE");
+Next<EAFResult(void**)> s_open("CInterfaceBroker_GetInstance");
+Next<EAFResult(void*, const char*, void**)> s_get("CInterfaceBroker_GetInterface");
+Next<EAFResult(void*)> s_close("CInterfaceBroker_DestroyInstance");
+
+constexpr const char* driverLayer = "IDriverLayer";
+constexpr const char* temperatureService = "ITemperatureHandler";
+constexpr const char* remoteUnit = "IRauHandler";
+
+/** What the library is to find in the place of `found`. */
+IInterface* shownAs(IInterface* found, const std::string& name, std::uint16_t number) {
+    if (found == nullptr) {
+        return nullptr;
+    }
+    if (name == driverLayer) {
+        return Drivers::objectOf(found);
+    }
+    return name.compare(0, std::strlen(remoteUnit), remoteUnit) == 0 ? Rau::objectOf(found, number) : found;
+}
+
+void* recordShownAs(void* found, const char* name) {
+    if (found == nullptr || name == nullptr) {
+        return found;
+    }
+    if (std::strcmp(name, driverLayer) == 0) {
+        return Drivers::recordOf(static_cast<DriverLayerInterface*>(found));
+    }
+    return std::strcmp(name, temperatureService) == 0
+               ? Clients::recordOf(static_cast<TemperatureHandlerCStruct*>(found))
+               : found;
+}
+
+} // namespace
+
+InterfaceBroker& InterfaceBroker::getInstance() {
+    if (!isFromLibrary(__builtin_return_address(0))) {
+        return s_getBroker();
+    }
+    InterfaceBroker* broker = nullptr;
+    recorded({Kind::brokerInstance}, [&] {
+        broker = &s_getBroker();
+        return 0;
+    });
+    return *broker;
+}
+
+EAFResult InterfaceBroker::registerInterface(const std::string& name, IInterface* iface) {
+    const auto call = [&] { return s_registerInterface(this, name, iface); };
+    if (!isFromLibrary(__builtin_return_address(0))) {
+        return call();
+    }
+    const EAFResult code =
+        recorded({Kind::brokerRegister, nameOf(ObjectKind::interface, name.c_str())}, call);
+    if (isSuccess(code)) {
+        Objects::publish(iface, name.c_str());
+    }
+    return code;
+}
+
+EAFResult InterfaceBroker::unregisterInterface(const std::string& name, IInterface** removed) {
+    const auto call = [&] { return s_unregisterInterface(this, name, removed); };
+    if (!isFromLibrary(__builtin_return_address(0))) {
+        return call();
+    }
+    Objects::withdraw(name.c_str());
+    return recorded({Kind::brokerUnregister, nameOf(ObjectKind::interface, name.c_str())}, call);
+}
+
+IInterface* InterfaceBroker::findInterface(const std::string& name) {
+    if (!isFromLibrary(__builtin_return_address(0))) {
+        return s_findInterface(this, name);
+    }
+    Entry entry{Kind::brokerLookup, nameOf(ObjectKind::interface, name.c_str())};
+    IInterface* const found = outgoing(entry, [&] { return s_findInterface(this, name); });
+    entry.a = found != nullptr ? 1 : 0;
+    Recorder::write(entry);
+    return shownAs(found, name, entry.object);
+}
+
+EAFResult CInterfaceBroker_GetInstance(void** broker) {
+    const auto call = [&] { return s_open(broker); };
+    return isFromLibrary(__builtin_return_address(0)) ? recorded({Kind::brokerOpen}, call) : call();
+}
+
+EAFResult CInterfaceBroker_GetInterface(void* broker, const char* name, void** iface) {
+    if (!isFromLibrary(__builtin_return_address(0)) || iface == nullptr) {
+        return s_get(broker, name, iface);
+    }
+    Entry entry{Kind::brokerGet, nameOf(ObjectKind::interface, name)};
+    const EAFResult code = outgoing(entry, [&] { return s_get(broker, name, iface); });
+    entry.code = code;
+    entry.a = isSuccess(code) && *iface != nullptr ? 1 : 0;
+    Recorder::write(entry);
+    if (entry.a != 0) {
+        *iface = recordShownAs(*iface, name);
+    }
+    return code;
+}
+
+EAFResult CInterfaceBroker_DestroyInstance(void* broker) {
+    const auto call = [&] { return s_close(broker); };
+    return isFromLibrary(__builtin_return_address(0)) ? recorded({Kind::brokerClose}, call) : call();
+}
+
+// Module manager
+
+namespace {
+
+Next<CModuleManager&()> s_getManager("_ZN14CModuleManager11GetInstanceEv");
+Next<EAFResult(CModuleManager*, ModuleInterface*)>
+    s_registerModule("_ZN14CModuleManager14RegisterModuleEP15ModuleInterface");
+Next<EAFResult(CModuleManager*, ModuleInterface*)>
+    s_unregisterModule("_ZN14CModuleManager16UnRegisterModuleEP15ModuleInterface");
+Next<EAFResult(ModuleInterface*, unsigned long, ECallbackPriority)>
+    s_activatePhase("_ZN15ModuleInterface17onPhaseActivationEm17ECallbackPriority");
+Next<EAFResult(unsigned, const char*)> s_registerModuleC("CModuleManager_RegisterModule");
+Next<EAFResult(unsigned, const char*, unsigned, ModuleCallbackRecord*, ECallbackPriority, unsigned,
+               const unsigned long*, unsigned long)>
+    s_registerCallback("CModuleManager_RegisterCallback");
+
+} // namespace
+
+CModuleManager& CModuleManager::GetInstance() {
+    if (!isFromLibrary(__builtin_return_address(0))) {
+        return s_getManager();
+    }
+    CModuleManager* manager = nullptr;
+    recorded({Kind::moduleManagerInstance}, [&] {
+        manager = &s_getManager();
+        return 0;
+    });
+    return *manager;
+}
+
+EAFResult CModuleManager::RegisterModule(ModuleInterface* module) {
+    const auto call = [&] { return s_registerModule(this, module); };
+    if (!isFromLibrary(__builtin_return_address(0)) || module == nullptr) {
+        return call();
+    }
+    // Before: it may have a phase of its own from now on.
+    const std::uint16_t number =
+        Objects::followBuilt(module, static_cast<std::int32_t>(module->getModuleChannel()));
+    return recorded({Kind::moduleRegister, number}, call);
+}
+
+EAFResult CModuleManager::UnRegisterModule(ModuleInterface* module) {
+    const auto call = [&] { return s_unregisterModule(this, module); };
+    if (!isFromLibrary(__builtin_return_address(0))) {
+        return call();
+    }
+    const std::uint16_t number = Objects::numberOf(module);
+    Objects::forget(module);
+    return recorded({Kind::moduleUnregister, number}, call);
+}
+
+EAFResult ModuleInterface::onPhaseActivation(unsigned long phase, ECallbackPriority priority) {
+    const std::uint16_t number = Recorder::isOn() ? Objects::numberOf(this) : std::uint16_t{0};
+    if (number == 0) {
+        return s_activatePhase(this, phase, priority);
+    }
+    // It is the platform that is at work here, until it calls the module.
+    Visit visit(Kind::phase, number, lower(phase), priority, false);
+    try {
+        const EAFResult code = s_activatePhase(this, phase, priority);
+        visit.finish(code);
+        return code;
+    } catch (const abi::__forced_unwind&) {
+        visit.unwind();
+        throw;
+    } catch (...) {
+        visit.throwOut();
+        throw;
+    }
+}
+
+EAFResult CModuleManager_RegisterModule(unsigned moduleId, const char* moduleName) {
+    const auto call = [&] { return s_registerModuleC(moduleId, moduleName); };
+    if (!isFromLibrary(__builtin_return_address(0))) {
+        return call();
+    }
+    return recorded({Kind::moduleRegisterC, nameOf(ObjectKind::interface, moduleName), 0,
+                     static_cast<std::int32_t>(moduleId)},
+                    call);
+}
+
+EAFResult CModuleManager_RegisterCallback(unsigned moduleId, const char* callbackName, unsigned order,
+                                          ModuleCallbackRecord* callback, ECallbackPriority priority,
+                                          unsigned reserved, const unsigned long* phases,
+                                          unsigned long phaseCount) {
+    const auto call = [&](ModuleCallbackRecord* given) {
+        return s_registerCallback(moduleId, callbackName, order, given, priority, reserved, phases,
+                                  phaseCount);
+    };
+    if (!isFromLibrary(__builtin_return_address(0))) {
+        return call(callback);
+    }
+    const std::uint16_t name =
+        Recorder::name(ObjectKind::callback, callbackName != nullptr ? callbackName : "",
+                       static_cast<std::int32_t>(moduleId));
+    ModuleCallbackRecord* const given = Clients::callbackOf(callback, name);
+    return recorded({Kind::callbackRegister, name, 0, static_cast<std::int32_t>(moduleId),
+                     static_cast<std::int32_t>(order), priority},
+                    [&] { return call(given); });
+}
+
+// Storage manager
+
+namespace {
+
+Next<EAFResult(const char*, StorageVariable**)> s_getVariable("CStorageManager_GetVariableByName");
+Next<EAFResult(const char*, void**, int)> s_getAddress("CStorageManager_GetVariableContentAddressByName");
+
+std::int32_t contentAt(const void* address) {
+    return address != nullptr ? *static_cast<const std::int32_t*>(address) : 0;
+}
+
+bool isArray(std::string_view name) {
+    constexpr std::string_view end = ".array";
+    return name.size() >= end.size() && name.substr(name.size() - end.size()) == end;
+}
+
+} // namespace
+
+EAFResult CStorageManager_GetVariableByName(const char* name, StorageVariable** out) {
+    if (!isFromLibrary(__builtin_return_address(0)) || out == nullptr) {
+        return s_getVariable(name, out);
+    }
+    Entry entry{Kind::variableGet, nameOf(ObjectKind::variable, name)};
+    const EAFResult code = outgoing(entry, [&] { return s_getVariable(name, out); });
+    entry.code = code;
+    if (isSuccess(code) && *out != nullptr) {
+        entry.a = 1;
+        entry.b = (*out)->content != nullptr ? 1 : 0;
+        entry.c = contentAt((*out)->content);
+    }
+    Recorder::write(entry);
+    return code;
+}
+
+EAFResult CStorageManager_GetVariableContentAddressByName(const char* name, void** contentAddress,
+                                                          int reserved) {
+    if (!isFromLibrary(__builtin_return_address(0)) || contentAddress == nullptr || name == nullptr) {
+        return s_getAddress(name, contentAddress, reserved);
+    }
+    Entry entry{Kind::variableAddress, nameOf(ObjectKind::variable, name)};
+    const EAFResult code = outgoing(entry, [&] { return s_getAddress(name, contentAddress, reserved); });
+    entry.code = code;
+    const void* const address = isSuccess(code) ? *contentAddress : nullptr;
+    entry.a = address != nullptr ? 1 : 0;
+    entry.b = isArray(name) ? 0 : contentAt(address);
+    Recorder::write(entry);
+    Contents::watch(entry.object, name, t_thread.object, address);
+    return code;
+}
+
+// Calibration handler
+
+namespace {
+
+Next<ECHResult(const char*, CalibrationTableHandle*)> s_getTable("CCalibrationHandler_GetTable");
+Next<ECHResult(CalibrationTableHandle, int, int*)> s_linear("CCalibrationTable_LinearInterpolate");
+Next<ECHResult(CalibrationTableHandle, int, int, int*)> s_bilinear("CCalibrationTable_BiLinearInterpolate");
+
+/** Which table a handle stands for: the one with which it was last given. */
+struct Handle {
+    std::atomic<CalibrationTableHandle> handle;
+    std::atomic<std::uint16_t> table;
+};
+std::array<Handle, 1024> s_handles;
+
+/** Its place, or the free one where it would be. */
+Handle* placeOf(CalibrationTableHandle handle) {
+    const std::size_t begin = reinterpret_cast<std::uintptr_t>(handle) / alignof(std::max_align_t);
+    for (std::size_t step = 0; step < s_handles.size(); ++step) {
+        Handle& place = s_handles[(begin + step) % s_handles.size()];
+        const CalibrationTableHandle there = place.handle.load(std::memory_order_relaxed);
+        if (there == handle || there == nullptr) {
+            return &place;
+        }
+    }
+    return nullptr;
+}
+
+std::uint16_t tableOf(CalibrationTableHandle handle) {
+    const Handle* const place = handle != nullptr ? placeOf(handle) : nullptr;
+    return place != nullptr ? place->table.load(std::memory_order_relaxed) : std::uint16_t{0};
+}
+
+void keepHandle(CalibrationTableHandle handle, std::uint16_t table) {
+    Handle* const place = placeOf(handle);
+    if (place == nullptr) {
+        Recorder::passOver();
+        return;
+    }
+    place->table.store(table, std::memory_order_relaxed);
+    place->handle.store(handle, std::memory_order_release);
+}
+
+} // namespace
+
+ECHResult CCalibrationHandler_GetTable(const char* tableName, CalibrationTableHandle* out) {
+    if (!isFromLibrary(__builtin_return_address(0)) || out == nullptr) {
+        return s_getTable(tableName, out);
+    }
+    Entry entry{Kind::tableLookup, nameOf(ObjectKind::table, tableName)};
+    const ECHResult code = outgoing(entry, [&] { return s_getTable(tableName, out); });
+    entry.code = code;
+    entry.a = isSuccess(code) && *out != nullptr ? 1 : 0;
+    if (entry.a != 0) {
+        keepHandle(*out, entry.object);
+    }
+    Recorder::write(entry);
+    return code;
+}
+
+ECHResult CCalibrationTable_LinearInterpolate(CalibrationTableHandle table, int x, int* y) {
+    if (!isFromLibrary(__builtin_return_address(0))) {
+        return s_linear(table, x, y);
+    }
+    Entry entry{Kind::tableLinear, tableOf(table), 0, x, 0, y != nullptr ? *y : 0};
+    const ECHResult code = outgoing(entry, [&] { return s_linear(table, x, y); });
+    entry.code = code;
+    entry.b = y != nullptr ? *y : 0;
+    Recorder::write(entry);
+    return code;
+}
+
+ECHResult CCalibrationTable_BiLinearInterpolate(CalibrationTableHandle table, int x1, int x2, int* y) {
+    if (!isFromLibrary(__builtin_return_address(0))) {
+        return s_bilinear(table, x1, x2, y);
+    }
+    Entry entry{Kind::tableBilinear, tableOf(table), 0, x1, x2, 0, y != nullptr ? *y : 0};
+    const ECHResult code = outgoing(entry, [&] { return s_bilinear(table, x1, x2, y); });
+    entry.code = code;
+    entry.c = y != nullptr ? *y : 0;
+    Recorder::write(entry);
+    return code;
+}
+
+// Temperature service
+
+namespace {
+
+Next<ETHResult(ITemperatureObserver*)>
+    s_registerTemperature("_ZN19ITemperatureHandler16registerObserverEP20ITemperatureObserver");
+
+} // namespace
+
+ETHResult ITemperatureHandler::registerObserver(ITemperatureObserver* observer) {
+    if (!isFromLibrary(__builtin_return_address(0))) {
+        return s_registerTemperature(observer);
+    }
+    return Clients::registerObserver(
+        observer, 0, [](ITemperatureObserver* given) { return s_registerTemperature(given); });
+}
