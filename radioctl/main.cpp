@@ -6,6 +6,7 @@
 #include "radioctl/options/ExitCodes.h"
 #include "radioctl/options/Values.h"
 #include "radioctl/plan/PlanCommandLine.h"
+#include "radioctl/record/RecordCommandLine.h"
 #include "radioctl/report/Output.h"
 #include "radioctl/run/RunCommandLine.h"
 #include "radioctl/tables/TablesCommandLine.h"
@@ -34,14 +35,15 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     Calibration::QualificationCommandLine qualification(program);
     Calibration::CalibrationCommandLine calibration(program);
     Tables::TablesCommandLine tables(program);
+    Recordings::RecordCommandLine record(program);
     CompletionCommandLine completion(program);
     parser.endHelpWith(exitCodeHelp);
 
     if (const auto isGood = parser.parse(withUnitsJoined(argumentCount, arguments))) {
         return *isGood ? ExitCode::good : ExitCode::wrongCommandLine;
     }
-    const std::array<CommandLine::Verb*, 8> verbs{&run,           &check,       &plan,   &thermal,
-                                                  &qualification, &calibration, &tables, &completion};
+    const std::array<CommandLine::Verb*, 9> verbs{&run,         &check,  &plan,   &thermal,   &qualification,
+                                                  &calibration, &tables, &record, &completion};
     for (CommandLine::Verb* const verb : verbs) {
         if (verb->isCalled()) {
             return verb->run(json);

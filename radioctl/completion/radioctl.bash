@@ -22,11 +22,11 @@ _radioctl()
     command=
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case $word in
-            run | console | check | completion | explain | audit | thermal | qualify | calibrate | lint | diff | why)
+            run | console | check | completion | explain | audit | thermal | qualify | calibrate | lint | diff | why | show)
                 command=$word
                 break
                 ;;
-            plan | tables) command=$word ;;
+            plan | tables | record) command=$word ;;
         esac
     done
 
@@ -59,6 +59,7 @@ _radioctl()
                 --method --probes --real-time" ;;
             diff) word="--help --json --board --channel --all" ;;
             why) word="--help --json --channel --frequency --temperature" ;;
+            show) word="--help --json --verbose --channel --driver --from --to" ;;
             check) word="--help --json --all --strict --hardware" ;;
             completion | lint) word="--help --json" ;;
             *) word="--help --json --version" ;;
@@ -82,10 +83,12 @@ _radioctl()
             compgen -f -X '!*.csv' -- "$current"
             compgen -d -- "$current"
         ) ;;
+        show) mapfile -t matches < <(compgen -f -- "$current") ;;
         plan) mapfile -t COMPREPLY < <(compgen -W "explain audit" -- "$current") && return ;;
         tables) mapfile -t COMPREPLY < <(compgen -W "lint diff why" -- "$current") && return ;;
+        record) mapfile -t COMPREPLY < <(compgen -W "show" -- "$current") && return ;;
         completion) mapfile -t COMPREPLY < <(compgen -W "bash" -- "$current") && return ;;
-        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal qualify calibrate tables completion" -- "$current") && return ;;
+        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal qualify calibrate tables record completion" -- "$current") && return ;;
     esac
     # Has bash put a backslash before the spaces of a name, and a slash behind a directory.
     compopt -o filenames 2> /dev/null

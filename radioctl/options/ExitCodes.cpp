@@ -15,9 +15,9 @@ namespace {
 using Commands = std::vector<std::string_view>;
 
 const Commands& allCommands() {
-    static const Commands all = {"run",         "console",     "check",      "plan explain",
-                                 "plan audit",  "thermal",     "qualify",    "calibrate",
-                                 "tables lint", "tables diff", "tables why", "completion"};
+    static const Commands all = {"run",        "console",     "check",     "plan explain", "plan audit",
+                                 "thermal",    "qualify",     "calibrate", "tables lint",  "tables diff",
+                                 "tables why", "record show", "completion"};
     return all;
 }
 
@@ -120,6 +120,7 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::unusableInput,
          {"tables lint", "tables diff", "tables why"},
          "a table cannot be used, or there are none to look at"},
+        {ExitCode::unusableInput, {"record show"}, "the recording cannot be used"},
         {ExitCode::unusableInput, {"thermal", "calibrate"}, "gnuplot is missing"},
         {ExitCode::unusableInput,
          {"run", "console", "plan audit", "qualify", "calibrate"},

@@ -75,7 +75,7 @@ TEST_F(MannersTest, UnknownCommandsAndOptionsHaveTheNearestOne) {
     for (const auto& [words, complaint] : std::vector<std::pair<std::vector<std::string>, std::string>>{
              {{"calibrat", "board.toml"},
               "unknown command \"calibrat\" (did you mean \"calibrate\"?), expected one of "
-              "run, console, check, plan, thermal, qualify, calibrate, tables, completion"},
+              "run, console, check, plan, thermal, qualify, calibrate, tables, record, completion"},
              {{"plan", "explian"},
               "unknown command \"explian\" (did you mean \"explain\"?), expected one of explain, "
               "audit"},
@@ -101,6 +101,8 @@ TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
                                                       {"tables", "lint", "--help"},
                                                       {"tables", "diff", "--help"},
                                                       {"tables", "why", "--help"},
+                                                      {"record", "--help"},
+                                                      {"record", "show", "--help"},
                                                       {"completion", "--help"}}) {
         EXPECT_THAT(runProgram({arguments}).output, Not(testing::ContainsRegex("[^\n]{80}")));
     }

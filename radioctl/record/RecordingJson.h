@@ -1,0 +1,28 @@
+#ifndef RADIOCTL_RECORD_RECORDINGJSON_H
+#define RADIOCTL_RECORD_RECORDINGJSON_H
+
+#include "radioctl/record/Selection.h"
+
+#include <ostream>
+#include <string>
+
+namespace Radio::Recordings {
+
+/** Shows a recording as events, one JSON object a line. */
+class RecordingJson {
+public:
+    /** `out` must outlive the object. */
+    explicit RecordingJson(std::ostream& out) : m_out(out) {}
+
+    void begin(const std::string& name, const RecordingFile& file);
+    void show(const Seen& seen);
+    void end(const RecordingFile& file);
+
+private:
+    std::ostream& m_out;
+    std::uint64_t m_records = 0;
+};
+
+} // namespace Radio::Recordings
+
+#endif

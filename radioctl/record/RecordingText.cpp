@@ -1,0 +1,342 @@
+#include "radioctl/record/RecordingText.h"
+
+#include "ResultCode.h"
+#include "radio/board/Board.h"
+#include "radio/board/PlatformWords.h"
+#include "radio/recording/RecordingWords.h"
+#include "radio/text/Words.h"
+#include "radioctl/record/RecordingTime.h"
+
+#include <algorithm>
+#include <iomanip>
+
+namespace Radio::Recordings {
+
+namespace {
+
+/** What is shown below an operation stands here, behind the column of the numbers. */
+constexpr std::string_view indent = "     ";
+
+/** "  FAILED 0x8001", or what else is to be said of an outcome. */
+std::string answer(const Record& record) {
+    switch (record.outcome) {
+    case Outcome::threwException:
+        return "  threw: " + harmless(record.bytes);
+    case Outcome::threwSomething:
+        return "  threw something that is no exception of the standard library";
+    case Outcome::unwound:
+        return "  the thread was cancelled";
+    case Outcome::returned:
+        break;
+    }
+    if (isFailure(record.code)) {
+        return "  FAILED " + codeText(record.code);
+    }
+    return record.code == 0 ? "" : "  (answered " + codeText(record.code) + ")";
+}
+
+std::string nameOf(const Record& record) {
+    return record.object != nullptr ? harmless(record.object->name) : "";
+}
+
+std::string channelText(const Seen& seen) {
+    return "channel " + (seen.channel ? std::to_string(*seen.channel) : "?");
+}
+
+/** "tx 1", of the name under which a handler is published. */
+std::string handlerText(const Object& handler, const Seen& seen) {
+    const bool isRx = handler.name.rfind("IFrequencyHandler_Rx", 0) == 0;
+    return std::string(isRx ? "rx " : "tx ") + (seen.channel ? std::to_string(*seen.channel) : "?");
+}
+
+std::string typeText(std::int32_t type) {
+    const std::string_view word =
+        Radio::toString(static_cast<::FrequencyHandler::FrequencyHandlerType>(type));
+    return word.empty() ? "type " + std::to_string(type) : std::string(word);
+}
+
+std::string searchText(const Record& record) {
+    return "i " + std::to_string(record.number(0)) + " to " + std::to_string(record.number(1)) + ", q " +
+           std::to_string(record.number(2)) + " to " + std::to_string(record.number(3));
+}
+
+/** What is called is an IQ compensation and no module. */
+bool isOfCompensation(const RecordingFile& file, const Record& record) {
+    if (record.kind == Kind::callbackPhase) {
+        return true;
+    }
+    const Object* const owner = record.object != nullptr ? ownerOf(file, *record.object) : nullptr;
+    const Object* const called = owner != nullptr ? owner : record.object;
+    return called != nullptr && called->kind == ObjectKind::compensation;
+}
+
+/** The operation in the words of the command that would do it. */
+std::string operationText(const RecordingFile& file, const Seen& seen) {
+    const Record& record = seen.record;
+    const std::string channel =
+        channelText(seen) + (isOfCompensation(file, record) ? ", IQ compensation" : "");
+    switch (record.kind) {
+    case Kind::construct:
+        return "build " + channel + ": " + (isCompensation(record) ? "IQ compensation" : typeText(record.b));
+    case Kind::destroy:
+        return "destroy " + channel + (isCompensation(record) ? ": IQ compensation" : "");
+    case Kind::phase:
+    case Kind::callbackPhase:
+        return "phase " + std::to_string(record.a) + ", " + channel + ": " +
+               std::string(meaningOf(static_cast<unsigned long>(record.a)));
+    case Kind::moduleInit:
+        return "phase 11 by itself, " + channel;
+    case Kind::storageRetrieved:
+        return "phase 5 by itself, " + channel;
+    case Kind::postFrameformat:
+        return "phase 20 by itself, " + channel;
+    case Kind::setTx:
+    case Kind::setRx:
+        return std::string("tune ") + (record.kind == Kind::setTx ? "tx " : "rx ") +
+               (seen.channel ? std::to_string(*seen.channel) : "?") + " " + std::to_string(record.carrier()) +
+               " kHz";
+    case Kind::setRf:
+        return "tune the handler " + nameOf(record) + " " + std::to_string(record.carrier()) + " kHz";
+    case Kind::temperature:
+        return "temperature " + std::to_string(record.a) + ", " + channel;
+    case Kind::registerObserver:
+    case Kind::registerObserverC:
+        return "observe " + (record.object != nullptr ? handlerText(*record.object, seen) : channel) +
+               (record.kind == Kind::registerObserverC ? " as a C client" : "");
+    case Kind::cancellerInit:
+        return "initialise the canceller of " + channel;
+    case Kind::cancel:
+        return "cancel the LO leakage of " + channel + " at " +
+               std::to_string(static_cast<std::uint32_t>(record.a)) + " kHz, " + std::to_string(record.b) +
+               " degrees";
+    case Kind::calibrate:
+        return "search the corrections of " + channel + ", " + searchText(record);
+    case Kind::compensationInitialize:
+        return "initialise " + channel;
+    case Kind::compensate:
+        return "compensate " + channel;
+    case Kind::compensationCarrier:
+        return "tell " + channel + " " + std::to_string(record.carrier()) + " kHz";
+    default:
+        return std::string(toString(record.kind));
+    }
+}
+
+std::string levelText(const Seen& seen) {
+    if (!seen.level) {
+        return "level " + std::to_string(seen.record.a);
+    }
+    switch (*seen.level) {
+    case 0x800:
+        return "information";
+    case 0x100:
+        return "notice";
+    default:
+        return "error";
+    }
+}
+
+std::int64_t valueOf(const Record& record) {
+    if (record.kind != Kind::driverWriteBuffer) {
+        return record.a;
+    }
+    std::uint64_t value = 0;
+    for (std::size_t index = std::min<std::size_t>(record.bytes.size(), 8); index-- > 0;) {
+        value = value << 8U | static_cast<std::uint8_t>(record.bytes[index]);
+    }
+    return static_cast<std::int64_t>(value);
+}
+
+/** A lookup that found nothing is no failure: handlers ask for much that they can do without. */
+bool mattersToAPerson(const Record& record) {
+    constexpr std::int32_t isNone = 0x8001;
+    const bool isLookup = record.kind == Kind::driverLookup || record.kind == Kind::tableLookup ||
+                          record.kind == Kind::variableGet || record.kind == Kind::variableAddress ||
+                          record.kind == Kind::brokerGet;
+    if (record.outcome != Outcome::returned) {
+        return true;
+    }
+    return record.kind != Kind::traceLevel && isFailure(record.code) && !(isLookup && record.code == isNone);
+}
+
+/** What a call was given and what it answered, beside its code. */
+std::string callText(const Record& record) {
+    const auto number = [](std::int32_t value) { return std::to_string(value); };
+    switch (record.kind) {
+    case Kind::tableLinear:
+        return "(" + number(record.a) + ") = " + number(record.b);
+    case Kind::tableBilinear:
+        return "(" + number(record.a) + ", " + number(record.b) + ") = " + number(record.c);
+    case Kind::variableGet:
+        return record.b != 0 ? " = " + number(record.c) : " without content";
+    case Kind::variableAddress:
+        return record.a != 0 && record.b != 0 ? " = " + number(record.b) : "";
+    case Kind::traceLevel:
+        return " " + number(record.a) + " = " + number(record.code);
+    case Kind::brokerLookup:
+    case Kind::brokerGet:
+        return record.a != 0 ? "" : ": nothing";
+    case Kind::moduleRegisterC:
+    case Kind::callbackRegister:
+        return " " + number(record.a);
+    default:
+        return "";
+    }
+}
+
+} // namespace
+
+void RecordingText::begin(const std::string& name) {
+    const Header& header = m_file.header();
+    m_out << harmless(name) << ": recorded " << timeText(header.started) << " of " << harmless(header.program)
+          << " (" << harmless(header.machine) << ", " << header.wordBits << " bits)\n  library "
+          << harmless(header.library) << ", build id "
+          << (header.buildId.empty() ? "unknown" : header.buildId) << "\n";
+    if (!header.unit.empty()) {
+        m_out << "  unit " << harmless(header.unit) << "\n";
+    }
+    if (!header.board.empty()) {
+        m_out << "  board " << harmless(header.board) << "\n";
+    }
+}
+
+void RecordingText::show(const Seen& seen) {
+    const Record& record = seen.record;
+    ++m_records;
+    if (isIncoming(record.kind)) {
+        showOperation(seen);
+        return;
+    }
+    switch (record.kind) {
+    case Kind::finished:
+        showEnd(record);
+        break;
+    case Kind::driverWrite:
+    case Kind::driverWriteBuffer:
+    case Kind::rauTx:
+    case Kind::rauRx:
+        showWrite(record);
+        break;
+    case Kind::driverRead:
+        showRead(record);
+        break;
+    case Kind::traceMessage:
+        showTrace(seen);
+        break;
+    case Kind::observerTold:
+        showTold(seen);
+        break;
+    case Kind::variableContent:
+        showContent(record);
+        break;
+    default:
+        showCall(record);
+    }
+}
+
+void RecordingText::showOperation(const Seen& seen) {
+    const std::string text = operationText(m_file, seen);
+    if (seen.record.depth != 0) {
+        if (m_verbose) {
+            m_out << indent << toString(seen.record.kind) << "\n";
+        }
+        return;
+    }
+    m_writes = 0;
+    m_out << "\n> " << text << "  (" << secondsText(seen.record.nanoseconds()) << " s)\n";
+}
+
+void RecordingText::showEnd(const Record& record) {
+    const std::string told = answer(record);
+    if (record.depth == 0 && !told.empty()) {
+        m_out << indent << "result" << told << "\n";
+    }
+    if (record.a == static_cast<std::int32_t>(Kind::calibrate) && record.bytes.size() == 16) {
+        m_out << indent << "found i " << record.number(0) << ", q " << record.number(1) << " after "
+              << counted(static_cast<std::uint32_t>(record.number(3)), "iteration") << "\n";
+    }
+}
+
+void RecordingText::showWrite(const Record& record) {
+    const bool isDone = record.outcome == Outcome::returned && isSuccess(record.code);
+    if (isDone) {
+        m_out << std::setw(3) << ++m_writes;
+    } else {
+        m_out << "  -";
+    }
+    m_out << "  " << nameOf(record);
+    if (record.kind == Kind::rauTx || record.kind == Kind::rauRx) {
+        m_out << (record.kind == Kind::rauTx ? ".tx" : ".rx") << " <- " << record.carrier();
+    } else {
+        m_out << " <- " << valueOf(record);
+    }
+    if (record.kind == Kind::driverWriteBuffer) {
+        m_out << " (" << counted(static_cast<std::uint32_t>(record.a), "byte") << ")";
+    }
+    m_out << answer(record) << "\n";
+}
+
+void RecordingText::showRead(const Record& record) {
+    m_out << indent << nameOf(record) << " = " << record.a << answer(record) << "\n";
+}
+
+void RecordingText::showTrace(const Seen& seen) {
+    std::string text = seen.record.bytes;
+    while (!text.empty() && text.back() == '\n') {
+        text.pop_back();
+    }
+    if (!m_verbose && seen.level && *seen.level == 0x800) {
+        return;
+    }
+    m_out << indent << levelText(seen) << ": " << harmless(text);
+    if (m_verbose && seen.record.object != nullptr) {
+        const std::string& file = seen.record.object->name;
+        m_out << " [" << harmless(file.substr(file.rfind('/') + 1)) << ":" << seen.record.b << "]";
+    }
+    m_out << "\n";
+}
+
+void RecordingText::showTold(const Seen& seen) {
+    const Record& record = seen.record;
+    const bool isC = record.object != nullptr && record.object->kind == ObjectKind::observerC;
+    const Object* const handler = record.object != nullptr ? ownerOf(m_file, *record.object) : nullptr;
+    m_out << indent << (handler != nullptr ? handlerText(*handler, seen) : channelText(seen)) << " told its "
+          << (isC ? "C observer: " : "observer: ") << static_cast<std::uint32_t>(record.a) << " kHz"
+          << answer(record) << "\n";
+}
+
+void RecordingText::showContent(const Record& record) {
+    constexpr std::size_t most = 64;
+    m_out << "\n" << nameOf(record) << " is now ";
+    const std::size_t count = record.bytes.size() / 4;
+    for (std::size_t index = 0; index < std::min(count, most); ++index) {
+        m_out << (index == 0 ? "" : ",") << record.number(index);
+    }
+    m_out << (count > most ? ",..." : "") << "\n";
+}
+
+void RecordingText::showCall(const Record& record) {
+    if (m_verbose || mattersToAPerson(record)) {
+        const std::string name = nameOf(record);
+        const bool isAnswered = record.kind != Kind::traceLevel;
+        m_out << indent << toString(record.kind) << (name.empty() ? "" : " ") << name << callText(record)
+              << (isAnswered ? answer(record) : "") << "\n";
+    }
+}
+
+void RecordingText::end() {
+    const Losses& losses = m_file.losses();
+    m_out << "\n" << counted(m_records, "record");
+    if (losses.overwritten != 0) {
+        m_out << "; " << losses.overwritten << " slots behind the beginning are overwritten";
+    }
+    if (losses.unfinished != 0) {
+        m_out << "; " << counted(losses.unfinished, "slot") << " not finished";
+    }
+    if (m_file.header().passedOver != 0) {
+        m_out << "; " << m_file.header().passedOver << " times there was no room";
+    }
+    m_out << "\n";
+}
+
+} // namespace Radio::Recordings

@@ -1,0 +1,44 @@
+#ifndef RADIOCTL_RECORD_RECORDINGTEXT_H
+#define RADIOCTL_RECORD_RECORDINGTEXT_H
+
+#include "radioctl/record/Selection.h"
+
+#include <ostream>
+#include <string>
+
+namespace Radio::Recordings {
+
+/** Shows a recording as lines for people, as "radioctl run" shows a radio. */
+class RecordingText {
+public:
+    /** `out` and `file` must outlive the object. */
+    RecordingText(std::ostream& out, const RecordingFile& file, bool verbose)
+        : m_out(out),
+          m_file(file),
+          m_verbose(verbose) {}
+
+    /** `name` is the name of the file. */
+    void begin(const std::string& name);
+    void show(const Seen& seen);
+    void end();
+
+private:
+    void showOperation(const Seen& seen);
+    void showEnd(const Record& record);
+    void showWrite(const Record& record);
+    void showRead(const Record& record);
+    void showTrace(const Seen& seen);
+    void showTold(const Seen& seen);
+    void showContent(const Record& record);
+    void showCall(const Record& record);
+
+    std::ostream& m_out;
+    const RecordingFile& m_file;
+    bool m_verbose;
+    unsigned m_writes = 0;
+    std::uint64_t m_records = 0;
+};
+
+} // namespace Radio::Recordings
+
+#endif
