@@ -77,9 +77,9 @@ std::string operationText(const RecordingFile& file, const Seen& seen) {
         channelText(seen) + (isOfCompensation(file, record) ? ", IQ compensation" : "");
     switch (record.kind) {
     case Kind::construct:
-        return "build " + channel + ": " + (isCompensation(record) ? "IQ compensation" : typeText(record.b));
+        return "build " + channel + (isOfCompensation(file, record) ? "" : ": " + typeText(record.b));
     case Kind::destroy:
-        return "destroy " + channel + (isCompensation(record) ? ": IQ compensation" : "");
+        return "destroy " + channel;
     case Kind::phase:
     case Kind::callbackPhase:
         return "phase " + std::to_string(record.a) + ", " + channel + ": " +
