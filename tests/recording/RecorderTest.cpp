@@ -1,0 +1,250 @@
+// The recorder before a process with the minimal platform, which neither links it nor knows of it.
+
+#include "tests/recording/RecordedProcess.h"
+
+#include <sys/wait.h>
+
+#include <chrono>
+#include <csignal>
+#include <optional>
+#include <thread>
+
+namespace {
+
+using namespace Radio::Recordings;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class RecorderTest : public RecordedProcess {
+protected:
+    static std::string radio(const std::string& what) { return std::string(RECORDED_RADIO) + " " + what; }
+
+    /** The carriers to which the transmitter was tuned. */
+    static std::vector<std::uint64_t> carriersIn(RecordingFile& file) {
+        std::vector<std::uint64_t> carriers;
+        while (const auto record = file.next()) {
+            if (record->kind == Kind::setTx) {
+                carriers.push_back(record->carrier());
+            }
+        }
+        return carriers;
+    }
+
+    /** The words of the beginning. */
+    static constexpr const char* booted = "\n> build channel 1: rf-module\n"
+                                          "\n> phase 11, channel 1: module initialisation\n"
+                                          "\n> phase 5, channel 1: storage objects retrieved\n"
+                                          "\n> phase 20, channel 1: post frame-format load\n"
+                                          "\n> phase 11 by itself, channel 1\n";
+};
+
+} // namespace
+
+TEST_F(RecorderTest, MinimalPlatformIsRecorded) {
+    EXPECT_EQ(recorded(radio("tune 2")).errors, "");
+    EXPECT_EQ(shown(), booted + std::string("\n> observe tx 1\n"
+                                            "\n> observe tx 1 as a C client\n"
+                                            "\n> tune tx 1 7442000 kHz\n"
+                                            "  1  channel.1.tx.rf.frequency <- 7442000\n"
+                                            "     tx 1 told its observer: 7442000 kHz\n"
+                                            "     tx 1 told its C observer: 7442000 kHz\n"
+                                            "\n> tune tx 1 7442001 kHz\n"
+                                            "  1  channel.1.tx.rf.frequency <- 7442001\n"
+                                            "     tx 1 told its observer: 7442001 kHz\n"
+                                            "     tx 1 told its C observer: 7442001 kHz\n"
+                                            "\n> destroy channel 1\n"
+                                            "\n62 records\n"));
+}
+
+TEST_F(RecorderTest, EveryCallOfAFrequencyChangeIsInIt) {
+    recorded(radio("tune 1"));
+    const std::string all = shown({}, true);
+    const std::size_t begin = all.find("> tune tx 1");
+    EXPECT_EQ(all.substr(begin, all.find("\n\n", begin) - begin),
+              "> tune tx 1 7442000 kHz\n"
+              "     trace-level 2048 = -7\n"
+              "     information: setTxFrequency 7442000 [FrequencyHandler.cpp:172]\n"
+              "     trace-end\n"
+              "     trace-level 2048 = -7\n"
+              "     information: Write frequency to HW 7442000 for direction Tx "
+              "[FrequencyHandler_RfModule.cpp:47]\n"
+              "     trace-end\n"
+              "  1  channel.1.tx.rf.frequency <- 7442000\n"
+              "     tx 1 told its observer: 7442000 kHz\n"
+              "     tx 1 told its C observer: 7442000 kHz");
+}
+
+TEST_F(RecorderTest, OnlyTheLibrarysUseOfThePlatformIsRecorded) {
+    recorded(radio("tune 1"));
+    RecordingFile file = recording();
+    while (const auto record = file.next()) {
+        EXPECT_NE(record->kind, Kind::tableLinear);
+        EXPECT_NE(record->kind, Kind::variableGet);
+    }
+}
+
+TEST_F(RecorderTest, ProcessDoesTheSameWithAndWithoutIt) {
+    for (const char* const what : {"tune 3", "unit", "throw", "cancel"}) {
+        const Ending with = recorded(radio(what));
+        const Ending without = unrecorded(radio(what));
+        EXPECT_EQ(with.output, without.output) << what;
+        EXPECT_EQ(with.errors, without.errors) << what;
+        EXPECT_EQ(with.exitCode, 0) << what;
+    }
+}
+
+TEST_F(RecorderTest, RemoteRadioUnitIsRecorded) {
+    recorded(radio("unit"));
+    EXPECT_THAT(shown(), HasSubstr("\n> tune tx 1 18000000 kHz\n"
+                                   "  1  IRauHandler_1.tx <- 18000000\n"
+                                   "\n> tune rx 1 19000000 kHz\n"
+                                   "  -  IRauHandler_1.rx <- 19000000  FAILED 0x8000\n"));
+}
+
+TEST_F(RecorderTest, WhatThePlatformThrowsPassesAndIsRecorded) {
+    EXPECT_THAT(recorded(radio("throw")).output,
+                StartsWith("answered 0\n"
+                           "answered 0\n"
+                           "text onModuleInit\n"
+                           "text setTxFrequency 7442000\n"
+                           "text Write frequency to HW 7442000 for direction Tx\n"
+                           "text writeFrequencyToHW failed: no hardware\n"));
+    EXPECT_THAT(shown(),
+                HasSubstr("\n> tune tx 1 7442000 kHz\n"
+                          "  -  channel.1.tx.rf.frequency <- 7442000  threw: no hardware\n"
+                          "     error: writeFrequencyToHW failed: no hardware\n"
+                          "\n> tune tx 1 7442001 kHz\n"
+                          "  -  channel.1.tx.rf.frequency <- 7442001  threw something that is no exception "
+                          "of the standard library\n"
+                          "     error: writeFrequencyToHW failed: unknown exception\n"));
+}
+
+TEST_F(RecorderTest, CancelledThreadPassesAndIsRecorded) {
+    EXPECT_THAT(recorded(radio("cancel")).output,
+                StartsWith("cancelled\nanswered 0\nwrite context 7442001\n"));
+    EXPECT_THAT(shown(), HasSubstr("\n> tune tx 1 7442000 kHz\n"
+                                   "  -  channel.1.tx.rf.frequency <- 7442000  the thread was cancelled\n"
+                                   "     result  the thread was cancelled\n"
+                                   "\n> tune tx 1 7442001 kHz\n"
+                                   "  1  channel.1.tx.rf.frequency <- 7442001\n"));
+}
+
+TEST_F(RecorderTest, LibraryThatIsLoadedAtRunTimeIsRecorded) {
+    EXPECT_EQ(recorded(LOADING_PROCESS).output, "tuned\n");
+    EXPECT_THAT(shown(), HasSubstr("\n> tune tx 1 18000000 kHz\n"
+                                   "  1  channel.1.tx.if.frequency <- 1000\n"
+                                   "  2  channel.1.tx.rf.lo.frequency <- 18000000\n"
+                                   "  3  channel.1.tx.rf.mixer.i <- 18000000\n"
+                                   "  4  channel.1.tx.rf.mixer.q <- 18000000\n"
+                                   "\n> destroy channel 1\n"));
+}
+
+TEST_F(RecorderTest, WithoutTheVariableNothingIsRecorded) {
+    const Ending ending = shell(std::string("env ") + PRELOAD, radio("tune 2"));
+    EXPECT_EQ(ending.output, unrecorded(radio("tune 2")).output);
+    EXPECT_EQ(ending.errors, "");
+    EXPECT_FALSE(isRecorded());
+}
+
+TEST_F(RecorderTest, HeaderSaysWhatIsRecorded) {
+    recorded(radio("tune 1"), "RADIO_RECORDING_UNIT='unit 7' RADIO_RECORDING_BOARD=board.toml");
+    const RecordingFile file = recording();
+    EXPECT_EQ(file.header().unit, "unit 7");
+    EXPECT_EQ(file.header().board, "board.toml");
+    EXPECT_EQ(file.header().program, "recorded_radio");
+    EXPECT_THAT(file.header().library, StartsWith("libFrequencyHandler.so."));
+    EXPECT_EQ(file.header().buildId.size(), 40U);
+    EXPECT_EQ(file.header().wordBits, sizeof(void*) * 8);
+}
+
+TEST_F(RecorderTest, NameOfTheFileMayHaveTheNumberOfTheProcess) {
+    EXPECT_EQ(shell(std::string("env ") + PRELOAD + " RADIO_RECORDING=of-%p.rec", radio("tune 1")).errors,
+              "");
+    std::size_t found = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(directory())) {
+        found += std::regex_match(entry.path().filename().string(), std::regex("of-[0-9]+\\.rec")) ? 1U : 0U;
+    }
+    EXPECT_EQ(found, 1U);
+}
+
+TEST_F(RecorderTest, BeginningStaysAndTheRingKeepsTheNewest) {
+    recorded(radio("tune 5000"), "RADIO_RECORDING_SIZE=64K");
+    EXPECT_EQ(std::filesystem::file_size(directory() / "recording"), 65536U);
+    RecordingFile file = recording();
+    const std::vector<std::uint64_t> carriers = carriersIn(file);
+    ASSERT_GT(carriers.size(), 40U);
+    EXPECT_EQ(carriers.front(), 7442000U);
+    EXPECT_EQ(carriers.back(), 7446999U);
+    EXPECT_GT(file.losses().overwritten, 20000U);
+    EXPECT_EQ(file.losses().unfinished, 0U);
+    EXPECT_THAT(shown(), StartsWith(booted));
+    EXPECT_THAT(shown(), EndsWith(" are overwritten\n"));
+}
+
+TEST_F(RecorderTest, ProcessThatIsKilledLeavesWholeRecords) {
+    const pid_t process = fork();
+    if (process == 0) {
+        // Carried out by a shell that becomes the process.
+        const std::string command = "cd " + directory().string() + "; exec " + environment() +
+                                    "RADIO_RECORDING_SIZE=256K " + EMULATOR + " " + radio("for-ever");
+        execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+        _exit(127);
+    }
+    const auto isInTheRing = [this] {
+        const std::string bytes = contentOf("recording");
+        std::uint64_t claimed = 0;
+        if (bytes.size() >= 4096) {
+            bytes.copy(reinterpret_cast<char*>(&claimed), sizeof claimed, Recording::At::claimed);
+        }
+        return claimed > 20000;
+    };
+    for (int tenths = 0; tenths < 300 && !isInTheRing(); ++tenths) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    kill(process, SIGKILL);
+    int status = 0;
+    ASSERT_EQ(waitpid(process, &status, 0), process);
+    EXPECT_TRUE(WIFSIGNALED(status));
+
+    RecordingFile file = recording();
+    std::optional<Record> last;
+    std::uint64_t records = 0;
+    while (auto record = file.next()) {
+        last = std::move(record);
+        ++records;
+    }
+    EXPECT_GT(records, 4000U);
+    // One thread was at work: at most one record was being written.
+    EXPECT_LE(file.losses().unfinished, 20U);
+    EXPECT_GT(last->sequence, 20000U - 20U);
+}
+
+TEST_F(RecorderTest, FullDiskLetsTheRadioGoOn) {
+    // In blocks of 512 bytes: 4 KiB, where a recording takes 64.
+    const Ending ending =
+        shell("ulimit -f 8; " + environment() + "RADIO_RECORDING_SIZE=64K", radio("tune 2"));
+    EXPECT_EQ(ending.output, unrecorded(radio("tune 2")).output);
+    EXPECT_EQ(ending.errors,
+              "librecordingplatform.so: recording: File too large; the radio goes on unrecorded\n");
+    EXPECT_EQ(ending.exitCode, 0);
+    EXPECT_FALSE(isRecorded());
+}
+
+TEST_F(RecorderTest, PlaceThatCannotBeWrittenLetsTheRadioGoOn) {
+    const Ending ending =
+        shell(std::string("env ") + PRELOAD + " RADIO_RECORDING=missing/recording", radio("tune 2"));
+    EXPECT_EQ(ending.output, unrecorded(radio("tune 2")).output);
+    EXPECT_EQ(ending.errors,
+              "librecordingplatform.so: missing/recording: No such file or directory; the radio "
+              "goes on unrecorded\n");
+}
+
+TEST_F(RecorderTest, SizeThatIsNoneIsToldAndTheUsualOneTaken) {
+    for (const char* const size : {"63K", "257M", "much", "-64K", "64k"}) {
+        const Ending ending = recorded(radio("tune 1"), std::string("RADIO_RECORDING_SIZE=") + size);
+        EXPECT_EQ(ending.errors, std::string("librecordingplatform.so: RADIO_RECORDING_SIZE is \"") + size +
+                                     "\", expected 64K to 256M; taken as 4M\n");
+        EXPECT_EQ(std::filesystem::file_size(directory() / "recording"), 4194304U);
+    }
+}
