@@ -1,6 +1,7 @@
 #include "Calls.h"
 
 #include "Contents.h"
+#include "Drivers.h"
 
 #include <cstring>
 #include <exception>
@@ -32,6 +33,7 @@ Visit::Visit(Kind kind, std::uint16_t object, std::int32_t a, std::int32_t b, bo
     : m_kind(kind),
       m_object(object) {
     Contents::writeChanges();
+    Drivers::refresh(object);
     const std::uint64_t now = Recorder::now();
     Recorder::write({kind, object, 0, a, b, lower(now), upper(now)});
     enter(object, isInLibrary);

@@ -1,6 +1,7 @@
 #include "Clients.h"
 
 #include "Calls.h"
+#include "Drivers.h"
 
 #include <algorithm>
 #include <array>
@@ -31,12 +32,15 @@ struct Temperature {
     std::atomic<ITemperatureObserver*> real;
     ITemperatureObserver record;
     std::uint16_t object;
+    /** What registered it. */
+    std::uint16_t owner;
 };
 std::array<Temperature, 256> s_temperatures;
 
 void notifyTemperature(void* context, int temperature) {
     const auto& place = *static_cast<Temperature*>(context);
     const ITemperatureObserver& real = *place.real.load(std::memory_order_relaxed);
+    Drivers::refresh(place.owner);
     static_cast<void>(incoming(Kind::temperature, place.object, temperature, 0, [&] {
         real.notifyTemperature(real.context, temperature);
         return 0;
@@ -151,6 +155,7 @@ ITemperatureObserver* observerOf(ITemperatureObserver* observer, std::uint16_t& 
     }
     place->record = {place, &notifyTemperature};
     place->object = object;
+    place->owner = t_thread.object;
     return &place->record;
 }
 
@@ -183,6 +188,7 @@ ModuleCallbackRecord* callbackOf(ModuleCallbackRecord* callback, std::uint16_t o
     }
     place->record = {place, &activatePhase};
     place->object = object;
+    Drivers::forget(object);
     return &place->record;
 }
 

@@ -78,6 +78,9 @@ Watched* placeOf(std::uint16_t variable, std::uint16_t owner) {
 } // namespace
 
 void watch(std::uint16_t variable, std::string_view name, std::uint16_t owner, const void* address) {
+    if (owner == 0) {
+        return; // nobody would say when its end has come
+    }
     Watched* const watched = placeOf(variable, owner);
     if (watched == nullptr) {
         Recorder::passOver();

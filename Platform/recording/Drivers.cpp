@@ -20,15 +20,19 @@ namespace {
  * the one or the other, which the alignment tells apart: the platform is to get its own of the two.
  */
 struct alignas(64) Driver {
-    DriverInterface* real;
+    /** Null: free. */
+    std::atomic<DriverInterface*> real;
     std::uint16_t object;
+    /** The one that the same object of the library looked up before it, from 1. */
+    std::uint16_t before;
     DriverInterface record;
 };
 static_assert(offsetof(Driver, record) != 0 && sizeof(Driver) == 64);
 
 constexpr std::size_t mostDrivers = 2048;
 std::array<Driver, mostDrivers> s_drivers;
-std::atomic<std::size_t> s_driverCount;
+/** The one that each object looked up last, from 1. */
+std::array<std::atomic<std::uint16_t>, 8193> s_lastOf;
 
 /** What the library calls, and what the platform is to be given. */
 struct Called {
@@ -38,17 +42,28 @@ struct Called {
         driver = reinterpret_cast<Driver*>(address & ~(std::uintptr_t{alignof(Driver)} - 1));
         isRecord = static_cast<void*>(driver) != first;
     }
-    void* first() const { return isRecord ? driver->real : driver->real->context; }
+    void* first() const { return isRecord ? real() : real()->context; }
+    DriverInterface* real() const { return driver->real.load(std::memory_order_relaxed); }
 
     Driver* driver;
     bool isRecord;
 };
 
+void takeOver(Driver& driver);
+
+/** The platform took the operation away after the library had looked for it: nothing is done. */
+[[gnu::cold, gnu::noinline]] EDriverResult takeAway(Driver& driver) {
+    takeOver(driver);
+    return EDriverResult{0};
+}
+
 EDriverResult write(void* context, int value) {
     const Called called(context);
+    if (called.real()->write == nullptr) {
+        return takeAway(*called.driver);
+    }
     Entry entry{Kind::driverWrite, called.driver->object, 0, value, called.isRecord ? 1 : 0};
-    const EDriverResult code =
-        outgoing(entry, [&] { return called.driver->real->write(called.first(), value); });
+    const EDriverResult code = outgoing(entry, [&] { return called.real()->write(called.first(), value); });
     entry.code = code;
     Recorder::write(entry);
     return code;
@@ -56,10 +71,13 @@ EDriverResult write(void* context, int value) {
 
 EDriverResult writeBuffer(void* context, const void* data, unsigned byteCount) {
     const Called called(context);
+    if (called.real()->writeBuffer == nullptr) {
+        return takeAway(*called.driver);
+    }
     Entry entry{Kind::driverWriteBuffer, called.driver->object, 0, static_cast<std::int32_t>(byteCount),
                 called.isRecord ? 1 : 0};
     const EDriverResult code =
-        outgoing(entry, [&] { return called.driver->real->writeBuffer(called.first(), data, byteCount); });
+        outgoing(entry, [&] { return called.real()->writeBuffer(called.first(), data, byteCount); });
     entry.code = code;
     Recorder::write(entry, data, data != nullptr ? byteCount : 0);
     return code;
@@ -67,10 +85,12 @@ EDriverResult writeBuffer(void* context, const void* data, unsigned byteCount) {
 
 EDriverResult read(void* context, int* value) {
     const Called called(context);
+    if (called.real()->read == nullptr) {
+        return takeAway(*called.driver);
+    }
     Entry entry{Kind::driverRead,        called.driver->object,        0, 0,
                 called.isRecord ? 1 : 0, value != nullptr ? *value : 0};
-    const EDriverResult code =
-        outgoing(entry, [&] { return called.driver->real->read(called.first(), value); });
+    const EDriverResult code = outgoing(entry, [&] { return called.real()->read(called.first(), value); });
     entry.code = code;
     entry.a = value != nullptr ? *value : 0;
     Recorder::write(entry);
@@ -84,20 +104,34 @@ bool isOurs(const DriverInterface* record) {
 }
 
 DriverInterface* realOf(DriverInterface* record) {
-    return isOurs(record) ? Called(record).driver->real : record;
+    return isOurs(record) ? Called(record).real() : record;
 }
 
-Driver* driverOf(std::uint16_t object, const DriverInterface* real) {
-    const std::size_t count = std::min(s_driverCount.load(std::memory_order_acquire), mostDrivers);
-    auto* const end = s_drivers.begin() + count;
-    auto* const found = std::find_if(s_drivers.begin(), end, [&](const Driver& driver) {
-        return driver.object == object && driver.real == real;
-    });
-    if (found != end) {
-        return found;
+Driver* driverOf(std::uint16_t object, std::uint16_t owner, DriverInterface* real) {
+    for (std::size_t next = s_lastOf[owner].load(); next != 0; next = s_drivers[next - 1].before) {
+        Driver& driver = s_drivers[next - 1];
+        if (driver.object == object && driver.real == real) {
+            return &driver;
+        }
     }
-    const std::size_t place = s_driverCount.fetch_add(1);
-    return place < mostDrivers ? &s_drivers[place] : nullptr;
+    for (Driver& driver : s_drivers) {
+        DriverInterface* none = nullptr;
+        if (driver.real.compare_exchange_strong(none, real)) {
+            driver.object = object;
+            driver.before =
+                s_lastOf[owner].exchange(static_cast<std::uint16_t>(&driver - s_drivers.data() + 1));
+            return &driver;
+        }
+    }
+    return nullptr;
+}
+
+/** Null words stay null. */
+void takeOver(Driver& driver) {
+    const DriverInterface& real = *driver.real.load(std::memory_order_relaxed);
+    driver.record.write = real.write != nullptr ? &write : nullptr;
+    driver.record.writeBuffer = real.writeBuffer != nullptr ? &writeBuffer : nullptr;
+    driver.record.read = real.read != nullptr ? &read : nullptr;
 }
 
 std::int32_t offersOf(const DriverInterface& record) {
@@ -106,22 +140,19 @@ std::int32_t offersOf(const DriverInterface& record) {
            (record.read != nullptr ? Offers::read : 0);
 }
 
-/** What the library is given in the place of `real`. Null words stay null. One without a context is given as
- * it is: nothing in its calls would tell which it is. */
+/** What the library is given in the place of `real`. One without a context is given as it is: nothing in its
+ * calls would tell which it is. */
 DriverInterface* recordOf(DriverInterface* real, Entry& entry) {
     entry.a = 1;
     entry.b = offersOf(*real);
-    Driver* const driver = real->context != nullptr ? driverOf(entry.object, real) : nullptr;
+    Driver* const driver = real->context != nullptr ? driverOf(entry.object, t_thread.object, real) : nullptr;
     if (driver == nullptr) {
         entry.b |= Offers::unseen;
         Recorder::passOver();
         return real;
     }
-    driver->real = real;
-    driver->object = entry.object;
-    driver->record = {driver, real->write != nullptr ? &write : nullptr,
-                      real->writeBuffer != nullptr ? &writeBuffer : nullptr,
-                      real->read != nullptr ? &read : nullptr};
+    driver->record.context = driver;
+    takeOver(*driver);
     return &driver->record;
 }
 
@@ -150,6 +181,7 @@ struct Layer {
 };
 constexpr std::size_t mostLayers = 8;
 std::array<Layer, mostLayers> s_layers;
+std::atomic<std::size_t> s_layersTaken;
 
 template <std::size_t index>
 EDriverResult lookUpIn(DriverInterface** out, const char* name) {
@@ -163,17 +195,18 @@ constexpr std::array<LookUp, mostLayers> lookUps(std::index_sequence<indices...>
 }
 constexpr std::array<LookUp, mostLayers> s_lookUps = lookUps(std::make_index_sequence<mostLayers>());
 
-/** The place of `real` among `all`, a free one if it has none yet; null when there is none. */
+/** The place of `real` among `all`. When there is none yet, it gets a free one, or the one that was taken
+ * longest ago: the library asks for drivers at once and keeps neither object nor record. */
 template <typename Places, typename Real>
-typename Places::value_type* placeOf(Places& all, Real* real) {
+typename Places::value_type& placeOf(Places& all, std::atomic<std::size_t>& taken, Real* real) {
     for (auto& place : all) {
-        Real* there = nullptr;
-        if (place.real.compare_exchange_strong(there, real) || there == real) {
-            return &place;
+        if (place.real.load(std::memory_order_relaxed) == real) {
+            return place;
         }
     }
-    Recorder::passOver();
-    return nullptr;
+    auto& place = all[taken.fetch_add(1) % all.size()];
+    place.real.store(real);
+    return place;
 }
 
 // The object that has it
@@ -194,37 +227,46 @@ private:
 
 struct Place {
     std::atomic<IInterface_c*> real;
-    std::atomic<IInterface*> object;
     alignas(LayerObject) std::array<unsigned char, sizeof(LayerObject)> room;
 };
 std::array<Place, mostLayers> s_objects;
+std::atomic<std::size_t> s_objectsTaken;
 
 } // namespace
+
+void refresh(std::uint16_t owner) {
+    for (std::size_t next = s_lastOf[owner].load(std::memory_order_acquire); next != 0;
+         next = s_drivers[next - 1].before) {
+        takeOver(s_drivers[next - 1]);
+    }
+}
+
+void forget(std::uint16_t owner) {
+    std::size_t next = owner != 0 ? s_lastOf[owner].exchange(0) : 0;
+    while (next != 0) {
+        Driver& driver = s_drivers[next - 1];
+        next = driver.before;
+        driver.real.store(nullptr);
+    }
+}
 
 DriverLayerInterface* recordOf(DriverLayerInterface* real) {
     if (real == nullptr) {
         return nullptr;
     }
-    Layer* const layer = placeOf(s_layers, real);
-    if (layer == nullptr) {
-        return real;
-    }
-    const auto index = static_cast<std::size_t>(layer - s_layers.data());
-    layer->record = {real->reserved, real->getDriverInterface != nullptr ? s_lookUps[index] : nullptr};
-    return &layer->record;
+    Layer& layer = placeOf(s_layers, s_layersTaken, real);
+    const auto index = static_cast<std::size_t>(&layer - s_layers.data());
+    layer.record = {real->reserved, real->getDriverInterface != nullptr ? s_lookUps[index] : nullptr};
+    return &layer.record;
 }
 
 IInterface* objectOf(IInterface* real) {
     auto* const object = dynamic_cast<IInterface_c*>(real);
-    Place* const place = object != nullptr ? placeOf(s_objects, object) : nullptr;
-    if (place == nullptr) {
+    if (object == nullptr) {
         return real;
     }
-    // Made once, and anew for what came to lie where another one lay: both are the same.
-    if (place->object.load() == nullptr) {
-        place->object.store(new (place->room.data()) LayerObject(*object));
-    }
-    return place->object.load();
+    // Made anew each time, also for what came to lie where another one lay.
+    return new (placeOf(s_objects, s_objectsTaken, object).room.data()) LayerObject(*object);
 }
 
 } // namespace Recording::Drivers

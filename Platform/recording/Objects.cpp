@@ -3,6 +3,7 @@
 #include "Calls.h"
 #include "Clients.h"
 #include "Contents.h"
+#include "Drivers.h"
 #include "LibraryDoors.h"
 
 #include <dlfcn.h>
@@ -229,6 +230,7 @@ void withdraw(const char* name) {
 
 void forget(const void* address) {
     Contents::forget(numberOf(address));
+    Drivers::forget(numberOf(address));
     if (Object* const object = find(address)) {
         object->address.store(nullptr);
     }

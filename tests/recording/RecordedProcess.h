@@ -53,7 +53,7 @@ protected:
     }
     bool isRecorded() const { return std::filesystem::exists(m_directory / "recording"); }
 
-    /** What "radioctl record show" shows, without times and without the first two lines. */
+    /** What "radioctl record show" shows, without times, lines of sources, and the first two lines. */
     std::string shown(const Radio::Recordings::Wanted& wanted = {}, bool verbose = false) const {
         Radio::Recordings::RecordingFile file = recording();
         std::ostringstream out;
@@ -64,8 +64,9 @@ protected:
             text.show(*seen);
         }
         text.end();
-        const std::string whole =
+        const std::string timeless =
             std::regex_replace(out.str(), std::regex("  \\([0-9]+\\.[0-9]{6} s\\)"), "");
+        const std::string whole = std::regex_replace(timeless, std::regex("\\.cpp:[0-9]+\\]"), ".cpp]");
         return whole.substr(whole.find("\n\n") + 1);
     }
 

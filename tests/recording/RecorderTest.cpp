@@ -64,11 +64,11 @@ TEST_F(RecorderTest, EveryCallOfAFrequencyChangeIsInIt) {
     EXPECT_EQ(all.substr(begin, all.find("\n\n", begin) - begin),
               "> tune tx 1 7442000 kHz\n"
               "     trace-level 2048 = -7\n"
-              "     information: setTxFrequency 7442000 [FrequencyHandler.cpp:172]\n"
+              "     information: setTxFrequency 7442000 [FrequencyHandler.cpp]\n"
               "     trace-end\n"
               "     trace-level 2048 = -7\n"
               "     information: Write frequency to HW 7442000 for direction Tx "
-              "[FrequencyHandler_RfModule.cpp:47]\n"
+              "[FrequencyHandler_RfModule.cpp]\n"
               "     trace-end\n"
               "  1  channel.1.tx.rf.frequency <- 7442000\n"
               "     tx 1 told its observer: 7442000 kHz\n"
