@@ -61,6 +61,8 @@ def header_of(project, room):
         return 'standalone/Platform.h'
     if room.name == 'radio_devices':
         return 'devices/Hardware.h'
+    if room.name == 'recording_format':
+        return 'recording/RecordingFormat.h'
     return names[0]
 
 
@@ -111,7 +113,8 @@ def check_spelling(project):
                         if large and path not in LARGE[large[1]]:
                             problems.append(f'{path}:{number}: <{large[1]}/...>, expected it in {" or ".join(LARGE[large[1]])}')
                         match = re.match(r'\s*#\s*include\s*"([^"]+)"', line)
-                        if match and not match[1].startswith(('radio/', 'radioctl/', 'standalone/', 'devices/')) \
+                        if match and not match[1].startswith(('radio/', 'radioctl/', 'standalone/', 'devices/',
+                                                                 'recording/')) \
                                 and match[1] not in plain:
                             problems.append(f'{path}:{number}: "{match[1]}", expected it from the top')
     return problems

@@ -1,0 +1,83 @@
+// Recordings, and what radioctl record show makes of them. Of the header, the empty end is left out of an
+// input.
+
+#include "Rules.h"
+#include "radio/recording/RecordingFile.h"
+#include "radioctl/record/RecordingJson.h"
+#include "radioctl/record/RecordingText.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace {
+
+using namespace Radio::Recordings;
+
+const std::string fileName = "radio.rec";
+constexpr std::size_t headerPart = 384;
+
+std::string whole(std::string_view input) {
+    std::string bytes(input.substr(0, headerPart));
+    if (input.size() > headerPart) {
+        bytes.resize(Recording::headerBytes);
+        bytes += input.substr(headerPart);
+    }
+    return bytes;
+}
+
+std::uint64_t requireOrder(RecordingFile& file) {
+    std::uint64_t records = 0;
+    std::uint64_t next = 0;
+    while (const auto record = file.next()) {
+        Fuzz::require(record->sequence >= next, "records ascend");
+        Fuzz::require(record->bytes.size() <= Recording::mostBytes, "a record has as many bytes as it may");
+        next = record->sequence + 1;
+        ++records;
+    }
+    return records;
+}
+
+void requireHarmlessLines(const std::string& text) {
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        Fuzz::require(Fuzz::isHarmless(line), "output has nothing in it that a terminal obeys", line);
+    }
+}
+
+void show(RecordingFile& file) {
+    std::ostringstream shown;
+    RecordingText text(shown, file, true);
+    std::ostringstream told;
+    RecordingJson json(told);
+    text.begin(fileName);
+    json.begin(fileName, file);
+    file.rewind();
+    Selection all(file, {});
+    while (const auto seen = all.next()) {
+        text.show(*seen);
+        json.show(*seen);
+    }
+    text.end();
+    json.end(file);
+    requireHarmlessLines(shown.str());
+    file.rewind();
+    Selection some(file, {1, "channel.1.tx.rf.frequency", 0.5, 100.0});
+    while (const auto seen = some.next()) {
+        Fuzz::require(seen->record.kind < Kind::finished || seen->channel == 1,
+                      "what is shown was asked for");
+    }
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+    const std::string bytes = whole({reinterpret_cast<const char*>(data), size});
+    Fuzz::accepts(fileName, bytes, [&] {
+        RecordingFile file(bytes, fileName);
+        const std::uint64_t records = requireOrder(file);
+        file.rewind();
+        Fuzz::require(requireOrder(file) == records, "what is read again is the same");
+        show(file);
+    });
+    return 0;
+}
