@@ -32,7 +32,7 @@ void writeThrown(Entry entry) {
 Visit::Visit(Kind kind, std::uint16_t object, std::int32_t a, std::int32_t b, bool isInLibrary)
     : m_kind(kind),
       m_object(object) {
-    Contents::writeChanges();
+    Contents::writeChanges(object);
     Drivers::refresh(object);
     const std::uint64_t now = Recorder::now();
     Recorder::write({kind, object, 0, a, b, lower(now), upper(now)});
@@ -42,7 +42,7 @@ Visit::Visit(Kind kind, std::uint16_t object, std::int32_t a, std::int32_t b, bo
 Visit::Visit(Kind kind, std::uint16_t object, const void* bytes, std::size_t count)
     : m_kind(kind),
       m_object(object) {
-    Contents::writeChanges();
+    Contents::writeChanges(object);
     const std::uint64_t now = Recorder::now();
     Recorder::write({kind, object, 0, 0, 0, lower(now), upper(now)}, bytes, count);
     enter(object, true);

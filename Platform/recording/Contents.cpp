@@ -17,9 +17,11 @@ constexpr std::string_view size = ".arraysize";
 constexpr std::int32_t mostInts = mostBytes / sizeof(std::int32_t);
 
 struct Watched {
+    /** Null: free. */
     std::atomic<const std::int32_t*> address;
     std::uint16_t variable;
-    std::uint16_t owner;
+    /** The one that the same module asked for before it, from 1. */
+    std::uint16_t before;
     /** Of an array: where its length is. */
     const Watched* length;
     bool isArray;
@@ -27,9 +29,13 @@ struct Watched {
     std::uint32_t hash;
 };
 
+/** Stands for an address that the library was not given any more. */
+constexpr std::int32_t s_nothing = 0;
+
 constexpr std::size_t mostWatched = 512;
 std::array<Watched, mostWatched> s_watched;
-std::atomic<std::size_t> s_count;
+/** The one that each module asked for last, from 1. */
+std::array<std::atomic<std::uint16_t>, 8193> s_lastOf;
 
 bool endsWith(std::string_view text, std::string_view end) {
     return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
@@ -62,17 +68,30 @@ void write(const Watched& watched, const std::int32_t* values, std::int32_t coun
                     static_cast<std::size_t>(count) * sizeof *values);
 }
 
-Watched* placeOf(std::uint16_t variable, std::uint16_t owner) {
-    const std::size_t count = std::min(s_count.load(std::memory_order_acquire), mostWatched);
-    auto* const end = s_watched.begin() + count;
-    auto* const found = std::find_if(s_watched.begin(), end, [&](const Watched& watched) {
-        return watched.variable == variable && watched.owner == owner;
-    });
-    if (found != end) {
-        return found;
+/** The one of those that `owner` asked for which `isIt` says; null when there is none. */
+template <typename Condition>
+Watched* findOf(std::uint16_t owner, Condition isIt) {
+    for (std::size_t next = s_lastOf[owner].load(std::memory_order_acquire); next != 0;
+         next = s_watched[next - 1].before) {
+        if (isIt(s_watched[next - 1])) {
+            return &s_watched[next - 1];
+        }
     }
-    const std::size_t place = s_count.fetch_add(1);
-    return place < mostWatched ? &s_watched[place] : nullptr;
+    return nullptr;
+}
+
+/** A free one, which stands for `address` from now on. */
+Watched* freeFor(const std::int32_t* address, std::uint16_t owner) {
+    for (Watched& watched : s_watched) {
+        const std::int32_t* none = nullptr;
+        if (watched.address.compare_exchange_strong(none, address)) {
+            watched.before =
+                s_lastOf[owner].exchange(static_cast<std::uint16_t>(&watched - s_watched.data() + 1));
+            return &watched;
+        }
+    }
+    Recorder::passOver();
+    return nullptr;
 }
 
 } // namespace
@@ -81,45 +100,39 @@ void watch(std::uint16_t variable, std::string_view name, std::uint16_t owner, c
     if (owner == 0) {
         return; // nobody would say when its end has come
     }
-    Watched* const watched = placeOf(variable, owner);
+    const auto* const content = static_cast<const std::int32_t*>(address);
+    Watched* watched = findOf(owner, [&](const Watched& other) { return other.variable == variable; });
+    if (watched == nullptr && content != nullptr) {
+        watched = freeFor(content, owner);
+    }
     if (watched == nullptr) {
-        Recorder::passOver();
         return;
     }
-    const auto* const content = static_cast<const std::int32_t*>(address);
     watched->variable = variable;
-    watched->owner = owner;
     watched->isArray = endsWith(name, array);
     watched->isLength = endsWith(name, size);
-    watched->hash = 0;
-    if (watched->isArray) {
-        // The library asks for the length first.
-        const Watched* const end = s_watched.data() + std::min(s_count.load(), mostWatched);
-        watched->length =
-            std::find_if(static_cast<const Watched*>(s_watched.data()), end,
-                         [&](const Watched& other) { return other.isLength && other.owner == owner; });
-        watched->length = watched->length == end ? nullptr : watched->length;
-    } else if (content != nullptr) {
-        watched->hash = hashOf(content, 1); // the record of the call has it
-    }
-    watched->address.store(content, std::memory_order_release);
+    // The library asks for the length first. The content of anything else is in the record of the call.
+    watched->length =
+        watched->isArray ? findOf(owner, [](const Watched& other) { return other.isLength; }) : nullptr;
+    watched->hash = watched->isArray || content == nullptr ? 0 : hashOf(content, 1);
+    watched->address.store(content != nullptr ? content : &s_nothing, std::memory_order_release);
 }
 
 void forget(std::uint16_t owner) {
-    const std::size_t count = std::min(s_count.load(std::memory_order_acquire), mostWatched);
-    for (std::size_t index = 0; index < count; ++index) {
-        if (s_watched[index].owner == owner) {
-            s_watched[index].address.store(nullptr, std::memory_order_relaxed);
-        }
+    std::size_t next = owner != 0 ? s_lastOf[owner].exchange(0) : 0;
+    while (next != 0) {
+        Watched& watched = s_watched[next - 1];
+        next = watched.before;
+        watched.address.store(nullptr);
     }
 }
 
-void writeChanges() {
-    const std::size_t count = std::min(s_count.load(std::memory_order_acquire), mostWatched);
-    for (std::size_t index = 0; index < count; ++index) {
-        Watched& watched = s_watched[index];
-        const std::int32_t* const values = watched.address.load(std::memory_order_acquire);
-        if (values == nullptr) {
+void writeChanges(std::uint16_t owner) {
+    for (std::size_t next = s_lastOf[owner].load(std::memory_order_acquire); next != 0;
+         next = s_watched[next - 1].before) {
+        Watched& watched = s_watched[next - 1];
+        const std::int32_t* const values = watched.address.load(std::memory_order_relaxed);
+        if (values == &s_nothing) {
             continue;
         }
         const std::int32_t length = lengthOf(watched);

@@ -40,11 +40,12 @@ std::string namesOf(const Commands& some, const Commands& asked) {
     if (some.size() == asked.size()) {
         return {};
     }
-    if (some.size() + 1 == asked.size() && asked.size() > many) {
-        const auto other = std::find_if(asked.begin(), asked.end(), [&some](std::string_view command) {
-            return std::find(some.begin(), some.end(), command) == some.end();
-        });
-        return "all but " + std::string(*other) + ": ";
+    Commands others;
+    std::copy_if(asked.begin(), asked.end(), std::back_inserter(others), [&some](std::string_view command) {
+        return std::find(some.begin(), some.end(), command) == some.end();
+    });
+    if (others.size() <= 2 && asked.size() > many) {
+        return "all but " + joined(others, " and ") + ": ";
     }
     return joined(some, ", ") + ": ";
 }
