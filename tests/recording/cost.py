@@ -11,8 +11,8 @@ import sys
 import tempfile
 
 LIMIT = 150
-TUNES = {'microwave-hz-cs-offset-18ghz': ['tune rx 1 18985000', 'tune tx 1 17975000'], 'rf-module-7ghz': ['tune tx 1 7442000']}
-FEW, MANY = 100, 600
+TUNES = {'microwave-hz-cs-offset-18ghz': ['tune tx 1 17975000'], 'rf-module-7ghz': ['tune tx 1 7442000']}
+FEW, MANY = 20, 220
 
 
 def main():
