@@ -75,8 +75,8 @@ private:
 
     Kind m_kind;
     std::uint16_t m_object;
-    std::uint16_t m_objectBefore;
-    bool m_wasInLibrary;
+    std::uint16_t m_objectBefore = 0;
+    bool m_wasInLibrary = false;
 };
 
 /** An operation of the library that somebody calls. What the library calls of itself is not recorded. */

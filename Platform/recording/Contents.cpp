@@ -56,7 +56,7 @@ std::int32_t lengthOf(const Watched& watched) {
 }
 
 std::uint32_t hashOf(const std::int32_t* values, std::int32_t count) {
-    std::uint32_t hash = static_cast<std::uint32_t>(count);
+    auto hash = static_cast<std::uint32_t>(count);
     for (std::int32_t index = 0; index < count; ++index) {
         hash = (hash ^ static_cast<std::uint32_t>(read(values + index))) * 16777619U;
     }

@@ -321,7 +321,7 @@ Handle* placeOf(CalibrationTableHandle handle) {
     const std::size_t begin = reinterpret_cast<std::uintptr_t>(handle) / alignof(std::max_align_t);
     for (std::size_t step = 0; step < s_handles.size(); ++step) {
         Handle& place = s_handles[(begin + step) % s_handles.size()];
-        const CalibrationTableHandle there = place.handle.load(std::memory_order_relaxed);
+        CalibrationTable* const there = place.handle.load(std::memory_order_relaxed);
         if (there == handle || there == nullptr) {
             return &place;
         }

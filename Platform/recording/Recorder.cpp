@@ -17,6 +17,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <utility>
 
 namespace Recording {
 
@@ -193,10 +194,8 @@ void putNumber(char* file, std::size_t at, std::uint64_t number, std::size_t byt
     std::memcpy(file + at, &number, bytes);
 }
 
-void putText(char* file, std::size_t at, const char* text, std::size_t room = textRoom) {
-    if (text != nullptr) {
-        std::memcpy(file + at, text, std::min(std::strlen(text), room));
-    }
+void putText(char* file, std::size_t at, std::string_view text, std::size_t room = textRoom) {
+    text.copy(file + at, room);
 }
 
 /** "libFrequencyHandler.so.0.1.0", of the file that was loaded under a shorter name. */
@@ -308,11 +307,14 @@ void Recorder::describe(std::size_t bytes, const void* library) {
         putLibrary(s_file, info.dli_fname);
     }
     putText(s_file, At::machine, machineName, machineRoom);
-    putText(s_file, At::unit, environment("RADIO_RECORDING_UNIT"));
-    putText(s_file, At::board, environment("RADIO_RECORDING_BOARD"));
+    for (const auto& [place, name] :
+         {std::pair(At::unit, "RADIO_RECORDING_UNIT"), std::pair(At::board, "RADIO_RECORDING_BOARD")}) {
+        const char* const text = environment(name);
+        putText(s_file, place, text != nullptr ? text : "");
+    }
     putText(s_file, At::program, program_invocation_short_name);
     // Last: a file that says what it is, is one.
-    putText(s_file, 0, magic.data(), magic.size());
+    putText(s_file, 0, magic);
 }
 
 void Recorder::write(const Entry& entry, const void* bytes, std::size_t count) {

@@ -25,7 +25,7 @@ extern __thread Thread t_thread __attribute__((tls_model("initial-exec")));
 
 /** A record on its way. */
 struct Entry {
-    Kind kind;
+    Kind kind{};
     std::uint16_t object = 0;
     std::int32_t code = 0;
     std::int32_t a = 0;
