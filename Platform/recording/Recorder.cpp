@@ -23,6 +23,8 @@ namespace Recording {
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "slots are written as they lie in memory");
 
+static_assert(std::atomic<std::uint64_t>::is_always_lock_free, "nobody waits for anybody");
+
 __thread Thread t_thread __attribute__((tls_model("initial-exec")));
 
 Recorder::Text Recorder::s_text;
