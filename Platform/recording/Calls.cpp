@@ -18,7 +18,7 @@ void writeThrown(Entry entry) {
         return;
     }
     try {
-        throw;
+        throw; // cppcheck-suppress rethrowNoCurrentException // it is called in a handler
     } catch (const std::exception& error) {
         entry.outcome = Outcome::threwException;
         const char* const text = error.what();
