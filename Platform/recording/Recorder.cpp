@@ -33,6 +33,7 @@ Slot* Recorder::s_slots;
 std::uint64_t Recorder::s_beginning;
 std::uint64_t Recorder::s_mask;
 char* Recorder::s_file;
+std::size_t Recorder::s_fileBytes;
 std::size_t Recorder::s_nameSlots;
 std::uint64_t Recorder::s_started;
 
@@ -252,10 +253,17 @@ void Recorder::begin(const void* address) {
         s_hasBegun.exchange(true) || !open(address)) {
         return;
     }
-    // A process that is made of this one has its own life.
-    static_cast<void>(pthread_atfork(nullptr, nullptr, [] { s_text.size = 0; }));
+    static_cast<void>(pthread_atfork(nullptr, nullptr, &leaveToTheParent));
     const Image image = imageOf(address);
     s_text = {image.begin, image.size};
+}
+
+/** A process that is made of this one has its own life. What it still writes, by the records that the library
+ * was given, goes into memory of its own. */
+void Recorder::leaveToTheParent() {
+    s_text.size = 0;
+    static_cast<void>(
+        mmap(s_file, s_fileBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0));
 }
 
 bool Recorder::open(const void* library) {
@@ -278,6 +286,7 @@ bool Recorder::open(const void* library) {
         return false;
     }
     s_file = static_cast<char*>(mapped);
+    s_fileBytes = bytes;
     describe(bytes, library);
     return true;
 }

@@ -74,6 +74,7 @@ private:
     };
 
     static bool open(const void* library);
+    static void leaveToTheParent();
     static void describe(std::size_t bytes, const void* library);
 
     static std::uint64_t claim(std::uint32_t slots) {
@@ -114,6 +115,7 @@ private:
     static std::uint64_t s_beginning;
     static std::uint64_t s_mask;
     static char* s_file;
+    static std::size_t s_fileBytes;
     static std::size_t s_nameSlots;
     static std::uint64_t s_started;
 };

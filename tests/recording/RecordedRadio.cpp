@@ -12,6 +12,8 @@
 #include "InterfaceBroker.h"
 
 #include <pthread.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -147,6 +149,21 @@ int cancelInTheDriver() {
     return EXIT_SUCCESS;
 }
 
+/** A child of the process tunes its copy of the radio. */
+int tuneInAChild() {
+    Radio radio(::FrequencyHandler::RfModule);
+    radio.tune(7442000);
+    static_cast<void>(std::fflush(stdout));
+    const pid_t child = fork();
+    if (child == 0) {
+        static_cast<void>(radio.module().setTxFrequency(7442009));
+        _exit(EXIT_SUCCESS);
+    }
+    static_cast<void>(waitpid(child, nullptr, 0));
+    radio.tune(7442001);
+    return EXIT_SUCCESS;
+}
+
 /** Until somebody kills it. */
 int tuneForEver() {
     Radio radio(::FrequencyHandler::RfModule);
@@ -172,6 +189,9 @@ int main(int count, char** arguments) {
     }
     if (what == "cancel") {
         return cancelInTheDriver();
+    }
+    if (what == "fork") {
+        return tuneInAChild();
     }
     return what == "for-ever" ? tuneForEver() : EXIT_FAILURE;
 }

@@ -220,6 +220,13 @@ TEST_F(RecorderTest, ProcessThatIsKilledLeavesWholeRecords) {
     EXPECT_GT(last->sequence, 20000U - 20U);
 }
 
+TEST_F(RecorderTest, ChildOfTheProcessIsNotRecorded) {
+    EXPECT_EQ(recorded(radio("fork")).output, "answered 0\nanswered 0\n");
+    RecordingFile file = recording();
+    EXPECT_THAT(carriersIn(file), testing::ElementsAre(7442000U, 7442001U));
+    EXPECT_EQ(shown({{}, "channel.1.tx.rf.frequency", {}, {}}).find("7442009"), std::string::npos);
+}
+
 TEST_F(RecorderTest, FullDiskLetsTheRadioGoOn) {
     // In blocks of 512 bytes: 4 KiB, where a recording takes 64.
     const Ending ending =
