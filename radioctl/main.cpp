@@ -7,6 +7,7 @@
 #include "radioctl/options/Values.h"
 #include "radioctl/plan/PlanCommandLine.h"
 #include "radioctl/record/RecordCommandLine.h"
+#include "radioctl/replay/ReplayCommandLine.h"
 #include "radioctl/report/Output.h"
 #include "radioctl/run/RunCommandLine.h"
 #include "radioctl/tables/TablesCommandLine.h"
@@ -36,14 +37,15 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     Calibration::CalibrationCommandLine calibration(program);
     Tables::TablesCommandLine tables(program);
     Recordings::RecordCommandLine record(program);
+    Replaying::ReplayCommandLine replay(program);
     CompletionCommandLine completion(program);
     parser.endHelpWith(exitCodeHelp);
 
     if (const auto isGood = parser.parse(withUnitsJoined(argumentCount, arguments))) {
         return *isGood ? ExitCode::good : ExitCode::wrongCommandLine;
     }
-    const std::array<CommandLine::Verb*, 9> verbs{&run,         &check,  &plan,   &thermal,   &qualification,
-                                                  &calibration, &tables, &record, &completion};
+    const std::array<CommandLine::Verb*, 10> verbs{&run,         &check,  &plan,   &thermal, &qualification,
+                                                   &calibration, &tables, &record, &replay,  &completion};
     for (CommandLine::Verb* const verb : verbs) {
         if (verb->isCalled()) {
             return verb->run(json);

@@ -22,7 +22,7 @@ _radioctl()
     command=
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case $word in
-            run | console | check | completion | explain | audit | thermal | qualify | calibrate | lint | diff | why | show)
+            run | console | check | completion | explain | audit | thermal | qualify | calibrate | lint | diff | why | show | replay)
                 command=$word
                 break
                 ;;
@@ -60,6 +60,7 @@ _radioctl()
             diff) word="--help --json --board --channel --all" ;;
             why) word="--help --json --channel --frequency --temperature" ;;
             show) word="--help --json --verbose --channel --driver --from --to" ;;
+            replay) word="--help --json --jobs" ;;
             check) word="--help --json --all --strict --hardware" ;;
             completion | lint) word="--help --json" ;;
             *) word="--help --json --version" ;;
@@ -83,12 +84,12 @@ _radioctl()
             compgen -f -X '!*.csv' -- "$current"
             compgen -d -- "$current"
         ) ;;
-        show) mapfile -t matches < <(compgen -f -- "$current") ;;
+        show | replay) mapfile -t matches < <(compgen -f -- "$current") ;;
         plan) mapfile -t COMPREPLY < <(compgen -W "explain audit" -- "$current") && return ;;
         tables) mapfile -t COMPREPLY < <(compgen -W "lint diff why" -- "$current") && return ;;
         record) mapfile -t COMPREPLY < <(compgen -W "show" -- "$current") && return ;;
         completion) mapfile -t COMPREPLY < <(compgen -W "bash" -- "$current") && return ;;
-        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal qualify calibrate tables record completion" -- "$current") && return ;;
+        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal qualify calibrate tables record replay completion" -- "$current") && return ;;
     esac
     # Has bash put a backslash before the spaces of a name, and a slash behind a directory.
     compopt -o filenames 2> /dev/null

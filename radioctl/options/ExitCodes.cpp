@@ -17,7 +17,7 @@ using Commands = std::vector<std::string_view>;
 const Commands& allCommands() {
     static const Commands all = {"run",        "console",     "check",     "plan explain", "plan audit",
                                  "thermal",    "qualify",     "calibrate", "tables lint",  "tables diff",
-                                 "tables why", "record show", "completion"};
+                                 "tables why", "record show", "replay",    "completion"};
     return all;
 }
 
@@ -105,6 +105,7 @@ const std::vector<ExitReason>& exitReasons() {
          {"run", "console", "plan audit", "qualify", "calibrate"},
          "with --hardware an on_exit value could not be written"},
         {ExitCode::different, {"tables diff"}, "there are differences"},
+        {ExitCode::different, {"replay"}, "the library went another way than a recording"},
         {ExitCode::outsideLimits, {"tables why"}, "the library wrote something else than was computed"},
         {ExitCode::wrongCommandLine, all, "wrong command line"},
         {ExitCode::unusableInput,
@@ -121,7 +122,7 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::unusableInput,
          {"tables lint", "tables diff", "tables why"},
          "a table cannot be used, or there are none to look at"},
-        {ExitCode::unusableInput, {"record show"}, "the recording cannot be used"},
+        {ExitCode::unusableInput, {"record show", "replay"}, "a recording cannot be used"},
         {ExitCode::unusableInput, {"thermal", "calibrate"}, "gnuplot is missing"},
         {ExitCode::unusableInput,
          {"run", "console", "plan audit", "qualify", "calibrate"},

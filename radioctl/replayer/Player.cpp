@@ -1,0 +1,284 @@
+#include "radioctl/replayer/Player.h"
+
+#include "radio/recording/RecordingWords.h"
+#include "radioctl/replayer/Matching.h"
+#include "radioctl/replayer/Report.h"
+
+#include <cxxabi.h>
+#include <pthread.h>
+
+#include <cstring>
+#include <stdexcept>
+#include <utility>
+
+namespace Replayer {
+
+namespace {
+
+/** So many slots of a file a record takes. */
+std::uint64_t slotsOf(const Record& record) {
+    return 1 + (record.bytes.size() + Recording::continuationBytes - 1) / Recording::continuationBytes;
+}
+
+bool isCall(const Record& record) {
+    return record.kind != Kind::variableContent && record.kind != Kind::finished;
+}
+
+/** What was recorded of how a call ended, once more. */
+void endAs(const Record& record) {
+    switch (record.outcome) {
+    case Outcome::returned:
+        break;
+    case Outcome::threwException:
+        throw std::runtime_error(record.bytes);
+    case Outcome::threwSomething:
+        throw 0; // NOLINT(hicpp-exception-baseclass): that is what was thrown
+    case Outcome::unwound:
+        static_cast<void>(pthread_cancel(pthread_self()));
+        pthread_testcancel();
+        break;
+    }
+}
+
+} // namespace
+
+Player* Player::s_current = nullptr;
+
+Player::Player(RecordingFile& file) : m_file(file) {
+    read();
+}
+
+/** Up to where newer records have taken the place of others. */
+void Player::read() {
+    std::uint64_t expected = 0;
+    while (auto record = m_file.next()) {
+        m_hasGap |= record->sequence != expected;
+        expected = record->sequence + slotsOf(*record);
+        m_recordedCalls += isCall(*record) ? 1U : 0U;
+        if (!m_hasGap) {
+            m_ofThread[record->thread & 0xFFU].push_back(m_records.size());
+            m_records.push_back(std::move(*record));
+        }
+    }
+}
+
+void Player::play(Maker maker, ContentSetter setContent) {
+    m_maker = std::move(maker);
+    m_setContent = std::move(setContent);
+    s_current = this;
+    for (std::size_t place = 0; place < m_records.size(); ++place) {
+        const Record& record = m_records[place];
+        m_thread = record.thread & 0xFFU;
+        const auto& places = m_ofThread[m_thread];
+        if (m_lived[m_thread] == places.size() || places[m_lived[m_thread]] != place) {
+            continue; // it was part of what began before it
+        }
+        if (Radio::Recordings::isIncoming(record.kind)) {
+            ++m_operationNumber;
+            makeOperation();
+        } else {
+            // What the library does in operations that are not recorded.
+            m_unowned += isCall(record) ? 1U : 0U;
+            if (record.kind == Kind::variableContent) {
+                m_setContent(record);
+            }
+            consume();
+        }
+    }
+    endOfRecording();
+}
+
+const Record* Player::peek() const {
+    const auto& places = m_ofThread[m_thread];
+    return m_lived[m_thread] < places.size() ? &m_records[places[m_lived[m_thread]]] : nullptr;
+}
+
+const Record* Player::peekCall() const {
+    const auto& places = m_ofThread[m_thread];
+    const std::size_t depth = m_operations.size();
+    for (std::size_t next = m_lived[m_thread]; next < places.size(); ++next) {
+        const Record& record = m_records[places[next]];
+        const bool isInside = record.depth > depth || Radio::Recordings::isIncoming(record.kind) ||
+                              (record.kind == Kind::finished && record.depth >= depth);
+        if (!isInside && record.kind != Kind::variableContent) {
+            return &record;
+        }
+    }
+    return nullptr;
+}
+
+void Player::consume() {
+    ++m_lived[m_thread];
+}
+
+const Record& Player::answer(const Call& now) {
+    for (;;) {
+        const Record* const next = peek();
+        if (next == nullptr) {
+            endOfRecording();
+        }
+        if (next->kind == Kind::variableContent) {
+            m_setContent(*next);
+            consume();
+        } else if (Radio::Recordings::isIncoming(next->kind)) {
+            makeOperation();
+        } else if (next->kind == Kind::finished) {
+            differ("more", &now);
+        } else if (!isSameCall(*next, now)) {
+            differ("call", &now);
+        } else {
+            consume();
+            ++m_calls;
+            endAs(*next);
+            return *next;
+        }
+    }
+}
+
+const Record& Player::makeUntilEnd() {
+    for (;;) {
+        const Record* const next = peek();
+        if (next == nullptr) {
+            endOfRecording();
+        }
+        if (next->kind == Kind::finished) {
+            return *next;
+        }
+        if (Radio::Recordings::isIncoming(next->kind)) {
+            makeOperation();
+        } else {
+            if (next->kind == Kind::variableContent) {
+                m_setContent(*next);
+            }
+            consume();
+        }
+    }
+}
+
+// Of the unwinding there is no object to refer to on 32-bit ARM, and none is looked at.
+__attribute__((no_sanitize("undefined"))) Answer Player::make(const Record& begin, Outcome& outcome) {
+    try {
+        outcome = Outcome::returned;
+        return m_maker(begin);
+    } catch (const abi::__forced_unwind&) {
+        outcome = Outcome::unwound;
+        throw;
+    } catch (const std::exception& error) {
+        outcome = Outcome::threwException;
+        return {0, error.what()};
+    } catch (...) {
+        outcome = Outcome::threwSomething;
+        return {};
+    }
+}
+
+void Player::makeOnAThread(const Record& begin, Answer& given, Outcome& outcome) {
+    std::function<void()> work = [&] { given = make(begin, outcome); };
+    pthread_t thread{};
+    const auto run = [](void* called) -> void* {
+        (*static_cast<std::function<void()>*>(called))();
+        return nullptr;
+    };
+    if (pthread_create(&thread, nullptr, run, &work) != 0) {
+        giveUp("there is no thread to be cancelled");
+    }
+    static_cast<void>(pthread_join(thread, nullptr));
+}
+
+/** Whether the thread was cancelled in the middle of it. */
+bool Player::endsCancelled(const Record& begin) const {
+    const auto& places = m_ofThread[m_thread];
+    for (std::size_t next = m_lived[m_thread]; next < places.size(); ++next) {
+        const Record& record = m_records[places[next]];
+        if (record.kind == Kind::finished && record.depth == begin.depth) {
+            return record.outcome == Outcome::unwound;
+        }
+    }
+    return false;
+}
+
+void Player::makeOperation() {
+    const Record& begin = *peek();
+    consume();
+    ++m_calls;
+    m_operations.push_back(&begin);
+    Answer given;
+    Outcome outcome = Outcome::returned;
+    if (endsCancelled(begin)) {
+        if (m_operations.size() > 1) {
+            giveUp("a thread was cancelled in an operation inside another one");
+        }
+        makeOnAThread(begin, given, outcome);
+    } else {
+        given = make(begin, outcome);
+    }
+    expectEnd(begin, given, outcome);
+    m_operations.pop_back();
+}
+
+void Player::expectEnd(const Record& begin, const Answer& given, Outcome outcome) {
+    const Record* next = peek();
+    while (next != nullptr && next->kind == Kind::variableContent) {
+        m_setContent(*next);
+        consume();
+        next = peek();
+    }
+    if (next == nullptr) {
+        endOfRecording();
+    }
+    Call now{Kind::finished};
+    now.a = static_cast<std::int32_t>(begin.kind);
+    now.code = given.code;
+    now.outcome = outcome;
+    now.bytes = given.bytes;
+    if (next->kind != Kind::finished) {
+        differ("less", &now);
+    }
+    const bool isAnswered = begin.kind != Kind::construct && begin.kind != Kind::destroy &&
+                            begin.kind != Kind::temperature && begin.kind != Kind::phase;
+    if (next->outcome != outcome || (isAnswered && next->code != given.code) ||
+        (!given.bytes.empty() && next->bytes != given.bytes)) {
+        differ("answer", &now);
+    }
+    consume();
+}
+
+void Player::endOfRecording() const {
+    s_current = nullptr;
+    Report report(m_hasGap ? "gap" : "identical");
+    report.add("calls", m_calls);
+    report.add("recorded", m_recordedCalls - m_unowned);
+    report.add("unowned", m_unowned);
+    report.send(Ending::identical);
+}
+
+void Player::differ(const std::string& why, const Call* now) const {
+    s_current = nullptr;
+    Report report("different");
+    report.add("why", why);
+    report.add("calls", m_calls);
+    report.add("recorded", m_recordedCalls - m_unowned);
+    report.add("operation", m_operationNumber);
+    report.add("begin", m_operations.empty() ? 0 : m_operations.front()->sequence);
+    const Record* const next = peek();
+    if (next != nullptr) {
+        report.add("at", next->sequence);
+    }
+    if (now != nullptr) {
+        report.add(*now);
+    }
+    report.send(Ending::different);
+}
+
+void Player::giveUp(const std::string& why) const {
+    s_current = nullptr;
+    Report report("stopped");
+    report.add("calls", m_calls);
+    report.add("recorded", m_recordedCalls - m_unowned);
+    report.add("operation", m_operationNumber);
+    report.add("begin", m_operations.empty() ? 0 : m_operations.front()->sequence);
+    report.add("reason", why);
+    report.send(Ending::unusable);
+}
+
+} // namespace Replayer

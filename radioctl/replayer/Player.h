@@ -1,0 +1,110 @@
+#ifndef RADIOCTL_REPLAYER_PLAYER_H
+#define RADIOCTL_REPLAYER_PLAYER_H
+
+#include "radio/recording/RecordingFile.h"
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace Replayer {
+
+using Radio::Recordings::Kind;
+using Radio::Recordings::Object;
+using Radio::Recordings::ObjectKind;
+using Radio::Recordings::Outcome;
+using Radio::Recordings::Record;
+using Radio::Recordings::RecordingFile;
+
+/** What the library calls, or what came of an operation of it, in the words of a record. */
+struct Call {
+    Kind kind{};
+    ObjectKind objectKind{};
+    std::string name{};
+    std::int32_t a = 0;
+    std::int32_t b = 0;
+    std::int32_t c = 0;
+    std::string bytes{};
+    std::int32_t code = 0;
+    Outcome outcome = Outcome::returned;
+    /** Of observers, and of what has no name: the number of the object; of a module: its channel. */
+    std::int32_t number = 0;
+};
+
+/** What an operation of the library gives. */
+struct Answer {
+    std::int32_t code = 0;
+    std::string bytes{};
+};
+
+/**
+ * Goes through the records, has the operations made that came into the library, and gives the answers that
+ * were recorded. Whatever ends it, a difference above all, ends the process: there is no way out of the
+ * library's middle. Operations of several threads are made one after the other, in the order in which they
+ * began.
+ */
+class Player {
+public:
+    /** Makes the operation that `begin` tells of. */
+    using Maker = std::function<Answer(const Record& begin)>;
+    /** The content of a variable is another one from now on. */
+    using ContentSetter = std::function<void(const Record& content)>;
+
+    explicit Player(RecordingFile& file);
+    /** The one that is at work; null before and after it. */
+    static Player* current() { return s_current; }
+
+    [[noreturn]] void play(Maker maker, ContentSetter setContent);
+
+    /** What was answered to the call that the library makes now; throws what was thrown. */
+    const Record& answer(const Call& now);
+    /** What comes next on the thread that is being lived; null at the end. */
+    const Record* peek() const;
+    /** What comes next and is a call: operations that began inside it are passed over. */
+    const Record* peekCall() const;
+    /** In the middle of a platform's operation: makes what it called, and gives its end. */
+    const Record& makeUntilEnd();
+
+    const RecordingFile& file() const { return m_file; }
+
+    /** The library went another way than the recording. */
+    [[noreturn]] void differ(const std::string& why, const Call* now) const;
+    /** Something in the recording cannot be lived again. */
+    [[noreturn]] void giveUp(const std::string& why) const;
+
+private:
+    void read();
+    void makeOperation();
+    Answer make(const Record& begin, Outcome& outcome);
+    void makeOnAThread(const Record& begin, Answer& given, Outcome& outcome);
+    void expectEnd(const Record& begin, const Answer& given, Outcome outcome);
+    bool endsCancelled(const Record& begin) const;
+    void consume();
+    [[noreturn]] void endOfRecording() const;
+    void reportPlace(std::string& report) const;
+
+    static Player* s_current;
+
+    RecordingFile& m_file;
+    std::vector<Record> m_records;
+    /** The places of the records of each thread. */
+    std::array<std::vector<std::size_t>, 256> m_ofThread;
+    /** How many of them were lived. */
+    std::array<std::size_t, 256> m_lived{};
+    Maker m_maker;
+    ContentSetter m_setContent;
+    unsigned m_thread = 0;
+    /** The operations that go on, the outermost first. */
+    std::vector<const Record*> m_operations;
+    std::uint64_t m_operationNumber = 0;
+    std::uint64_t m_calls = 0;
+    std::uint64_t m_recordedCalls = 0;
+    std::uint64_t m_unowned = 0;
+    bool m_hasGap = false;
+};
+
+} // namespace Replayer
+
+#endif
