@@ -44,8 +44,11 @@ std::string namesOf(const Commands& some, const Commands& asked) {
     std::copy_if(asked.begin(), asked.end(), std::back_inserter(others), [&some](std::string_view command) {
         return std::find(some.begin(), some.end(), command) == some.end();
     });
-    if (others.size() <= 2 && asked.size() > many) {
-        return "all but " + joined(others, " and ") + ": ";
+    constexpr std::size_t few = 3;
+    if (others.size() <= few && asked.size() > many) {
+        const std::string last(others.back());
+        others.pop_back();
+        return "all but " + joined(others, ", ") + (others.empty() ? "" : " and ") + last + ": ";
     }
     return joined(some, ", ") + ": ";
 }

@@ -17,10 +17,10 @@ namespace Radio::Replaying {
 
 namespace {
 
-constexpr const char* program = "radioctl-replay";
+constexpr const char* programName = "radioctl-replay";
 
 [[noreturn]] void refuse(const std::string& why) {
-    throw InputError(Place{program, 0}, why);
+    throw InputError(Place{programName, 0}, why);
 }
 
 } // namespace
@@ -28,7 +28,7 @@ constexpr const char* program = "radioctl-replay";
 std::string findReplayer() {
     std::error_code error;
     const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-    for (const auto& place : {folder / program, folder / REPLAYER_FOLDER / program}) {
+    for (const auto& place : {folder / programName, folder / REPLAYER_FOLDER / programName}) {
         if (access(place.c_str(), X_OK) == 0) {
             return place.string();
         }

@@ -122,6 +122,10 @@ void showText(const Verdict& verdict) {
     if (verdict.difference == Difference::more) {
         std::cout << "  The library asks for more: the recording has no answer to it.\n";
     }
+    if (told.passedOver != 0) {
+        std::cout << "  The recording lacks " << told.passedOver
+                  << " things for which it had no room; that can look like a difference.\n";
+    }
 }
 
 void showSummary(const Counts& counts, std::size_t files) {
@@ -183,6 +187,7 @@ void showJson(const Verdict& verdict) {
         event["before"] = told.before;
         event["recorded"] = told.recorded;
         event["now"] = told.now;
+        event["passed_over"] = told.passedOver;
     }
     writeJsonLine(std::cout, event);
 }

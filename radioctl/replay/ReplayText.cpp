@@ -48,9 +48,9 @@ std::string answerText(const Record& record) {
 }
 
 /** Shows records one by one. */
-class Lines {
+class Shown {
 public:
-    explicit Lines(const RecordingFile& file) : m_text(m_stream, file, true) {}
+    explicit Shown(const RecordingFile& file) : m_text(m_stream, file, true) {}
 
     std::string of(const Seen& seen) {
         m_stream.str("");
@@ -70,7 +70,7 @@ std::string detail(const Record& record) {
     return isDriver && record.b != 0 ? " (by its record)" : "";
 }
 
-std::string nowText(const Verdict& verdict, const Seen* recorded, Lines& lines) {
+std::string nowText(const Verdict& verdict, const Seen* recorded, Shown& lines) {
     switch (verdict.difference) {
     case Difference::crash:
         return verdict.signal == 24
@@ -98,8 +98,9 @@ std::string nowText(const Verdict& verdict, const Seen* recorded, Lines& lines) 
 Told tell(const Verdict& verdict) {
     Told told;
     RecordingFile file = readRecording(verdict.file);
+    told.passedOver = file.header().passedOver;
     Selection selection(file, {});
-    Lines lines(file);
+    Shown lines(file);
     std::optional<Seen> recorded;
     while (const auto seen = selection.next()) {
         if (verdict.at && seen->record.sequence >= *verdict.at) {

@@ -16,6 +16,8 @@ struct Told {
     std::vector<std::string> before;
     std::string recorded;
     std::string now;
+    /** So much was not recorded for want of room, which can look like a difference. */
+    std::uint32_t passedOver = 0;
 };
 
 /** Reads the recording once more for them. */

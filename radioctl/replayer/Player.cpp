@@ -100,7 +100,7 @@ const Record* Player::peekCall() const {
         const Record& record = m_records[places[next]];
         const bool isInside = record.depth > depth || Radio::Recordings::isIncoming(record.kind) ||
                               (record.kind == Kind::finished && record.depth >= depth);
-        if (!isInside && record.kind != Kind::variableContent) {
+        if (!isInside && record.kind != Kind::variableContent && record.kind != Kind::brokerClose) {
             return &record;
         }
     }

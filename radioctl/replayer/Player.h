@@ -62,7 +62,8 @@ public:
     const Record& answer(const Call& now);
     /** What comes next on the thread that is being lived; null at the end. */
     const Record* peek() const;
-    /** What comes next and is a call: operations that began inside it are passed over. */
+    /** The next call of the operation that goes on, or its end. What began inside a call is passed over, and
+     * so is the broker's being given back: it says nothing of what the broker gave. */
     const Record* peekCall() const;
     /** In the middle of a platform's operation: makes what it called, and gives its end. */
     const Record& makeUntilEnd();
