@@ -27,6 +27,15 @@ void addLines(std::vector<std::string>& lines, const std::string& text) {
 }
 
 /** Without the space in front. */
+std::string trimmed(const std::string& text);
+
+/** A call without the number that a write has in front: "7", or "-" when it failed. */
+std::string callText(const std::string& text) {
+    const std::string line = trimmed(text);
+    const std::size_t behind = line.find_first_not_of("0123456789-");
+    return behind != 0 && line.compare(behind, 2, "  ") == 0 ? line.substr(behind + 2) : line;
+}
+
 std::string trimmed(const std::string& text) {
     const std::size_t begin = text.find_first_not_of(" \n>");
     const std::size_t end = text.find_last_not_of(" \n");
@@ -90,7 +99,7 @@ std::string nowText(const Verdict& verdict, const Seen* recorded, Shown& lines) 
         seen.channel = recorded->channel;
         seen.level = recorded->level;
     }
-    return trimmed(lines.of(seen)) + detail(seen.record);
+    return callText(lines.of(seen)) + detail(seen.record);
 }
 
 } // namespace
@@ -122,7 +131,7 @@ Told tell(const Verdict& verdict) {
     } else if (recorded->record.kind == Kind::finished) {
         told.recorded = answerText(recorded->record);
     } else {
-        told.recorded = trimmed(lines.of(*recorded)) + detail(recorded->record);
+        told.recorded = callText(lines.of(*recorded)) + detail(recorded->record);
     }
     return told;
 }

@@ -73,11 +73,14 @@ bool hasBytes(const Record& recorded) {
 
 } // namespace
 
+bool isSameThing(const Record& recorded, const Call& now) {
+    return recorded.kind == now.kind && (recorded.object == nullptr || isSameObject(*recorded.object, now));
+}
+
 bool isSameCall(const Record& recorded, const Call& now) {
     const Arguments arguments = argumentsOf(now.kind);
-    return recorded.kind == now.kind && (recorded.object == nullptr || isSameObject(*recorded.object, now)) &&
-           (!arguments.a || recorded.a == now.a) && (!arguments.b || recorded.b == now.b) &&
-           (!arguments.c || recorded.c == now.c) &&
+    return isSameThing(recorded, now) && (!arguments.a || recorded.a == now.a) &&
+           (!arguments.b || recorded.b == now.b) && (!arguments.c || recorded.c == now.c) &&
            (!arguments.bytes || !hasBytes(recorded) || recorded.bytes == cut(now));
 }
 

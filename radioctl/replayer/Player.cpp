@@ -125,7 +125,7 @@ const Record& Player::answer(const Call& now) {
         } else if (next->kind == Kind::finished) {
             differ("more", &now);
         } else if (!isSameCall(*next, now)) {
-            differ("call", &now);
+            differ(comesLater(now) ? "call" : "more", &now);
         } else {
             consume();
             ++m_calls;
@@ -192,6 +192,22 @@ bool Player::endsCancelled(const Record& begin) const {
         const Record& record = m_records[places[next]];
         if (record.kind == Kind::finished && record.depth == begin.depth) {
             return record.outcome == Outcome::unwound;
+        }
+    }
+    return false;
+}
+
+/** Whether the operation that goes on has an answer to `now`, with whatever arguments. */
+bool Player::comesLater(const Call& now) const {
+    const auto& places = m_ofThread[m_thread];
+    const std::size_t depth = m_operations.size();
+    for (std::size_t next = m_lived[m_thread]; next < places.size(); ++next) {
+        const Record& record = m_records[places[next]];
+        if (record.depth < depth) {
+            break;
+        }
+        if (record.depth == depth && isSameThing(record, now)) {
+            return true;
         }
     }
     return false;

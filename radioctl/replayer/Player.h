@@ -82,6 +82,7 @@ private:
     void makeOnAThread(const Record& begin, Answer& given, Outcome& outcome);
     void expectEnd(const Record& begin, const Answer& given, Outcome outcome);
     bool endsCancelled(const Record& begin) const;
+    bool comesLater(const Call& now) const;
     void consume();
     [[noreturn]] void endOfRecording() const;
     void reportPlace(std::string& report) const;

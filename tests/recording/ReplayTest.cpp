@@ -1,5 +1,6 @@
 // Recordings that are lived again: as they were made, and changed by hand.
 
+#include "radioctl/replay/Verdict.h"
 #include "tests/recording/RecordedProcess.h"
 
 #include <cstring>
@@ -88,7 +89,9 @@ protected:
     std::string saidOfTheChange() const {
         const Ending ending = replay("changed");
         EXPECT_EQ(ending.exitCode, 1);
-        return std::regex_replace(ending.output, std::regex("  \\([0-9]+\\.[0-9]{6} s\\)"), "");
+        const std::string timeless =
+            std::regex_replace(ending.output, std::regex("  \\([0-9]+\\.[0-9]{6} s\\)"), "");
+        return std::regex_replace(timeless, std::regex("\\.cpp:[0-9]+\\]"), ".cpp]");
     }
 };
 
@@ -126,17 +129,48 @@ INSTANTIATE_TEST_SUITE_P(All, ReplayedRadioTest,
 
 TEST_F(ReplayTest, OtherValueIsFoundWithWhatCameBeforeIt) {
     recordAndChange([](Slots& slots) { slots.at(slots.find(Kind::driverWrite, 7442000)).a = 7442025; });
-    EXPECT_EQ(saidOfTheChange(), "");
+    EXPECT_EQ(saidOfTheChange(), "changed: different after 32 calls\n"
+                                 "  in operation 8: tune tx 1 7442000 kHz\n"
+                                 "         temperature-register\n"
+                                 "    > observe tx 1\n"
+                                 "    > observe tx 1 as a C client\n"
+                                 "    > tune tx 1 7442000 kHz\n"
+                                 "         trace-level 2048 = -7\n"
+                                 "         information: setTxFrequency 7442000 [FrequencyHandler.cpp]\n"
+                                 "         trace-end\n"
+                                 "         trace-level 2048 = -7\n"
+                                 "         information: Write frequency to HW 7442000 for direction Tx "
+                                 "[FrequencyHandler_RfModule.cpp]\n"
+                                 "         trace-end\n"
+                                 "  recorded: channel.1.tx.rf.frequency <- 7442025\n"
+                                 "  now:      channel.1.tx.rf.frequency <- 7442000\n");
 }
 
 TEST_F(ReplayTest, CallThatTheRecordingDoesNotHaveIsNamed) {
     recordAndChange([](Slots& slots) { slots.remove(slots.find(Kind::driverWrite, 7442000)); });
-    EXPECT_EQ(saidOfTheChange(), "");
+    EXPECT_EQ(saidOfTheChange(), "changed: different after 32 calls\n"
+                                 "  in operation 8: tune tx 1 7442000 kHz\n"
+                                 "         temperature-register\n"
+                                 "    > observe tx 1\n"
+                                 "    > observe tx 1 as a C client\n"
+                                 "    > tune tx 1 7442000 kHz\n"
+                                 "         trace-level 2048 = -7\n"
+                                 "         information: setTxFrequency 7442000 [FrequencyHandler.cpp]\n"
+                                 "         trace-end\n"
+                                 "         trace-level 2048 = -7\n"
+                                 "         information: Write frequency to HW 7442000 for direction Tx "
+                                 "[FrequencyHandler_RfModule.cpp]\n"
+                                 "         trace-end\n"
+                                 "  recorded: tx 1 told its observer: 7442000 kHz\n"
+                                 "  now:      channel.1.tx.rf.frequency <- 7442000\n"
+                                 "  The library asks for more: the recording has no answer to it.\n");
 }
 
 TEST_F(ReplayTest, CallThatIsMadeNoMoreIsNamed) {
     recordAndChange([](Slots& slots) { slots.repeat(slots.find(Kind::observerTold, 7442000)); });
-    EXPECT_EQ(saidOfTheChange(), "");
+    EXPECT_THAT(saidOfTheChange(), EndsWith("         tx 1 told its observer: 7442000 kHz\n"
+                                            "  recorded: tx 1 told its observer: 7442000 kHz\n"
+                                            "  now:      tx 1 told its C observer: 7442000 kHz\n"));
 }
 
 TEST_F(ReplayTest, OtherAnswerOfAnOperationIsNamed) {
@@ -145,6 +179,36 @@ TEST_F(ReplayTest, OtherAnswerOfAnOperationIsNamed) {
     });
     EXPECT_THAT(saidOfTheChange(), EndsWith("  recorded: the operation was over and answered 0x8000\n"
                                             "  now:      the operation was over and answered 0x0\n"));
+}
+
+TEST_F(ReplayTest, OperationThatEndsSoonerIsNamed) {
+    recordAndChange([](Slots& slots) {
+        const std::size_t end = slots.find(Kind::finished, static_cast<std::int32_t>(Kind::setTx));
+        const Recording::Slot write = slots.at(slots.find(Kind::driverWrite, 7442000));
+        slots.repeat(end);
+        slots.at(end) = write;
+    });
+    EXPECT_THAT(saidOfTheChange(), EndsWith("  recorded: channel.1.tx.rf.frequency <- 7442000\n"
+                                            "  now:      the operation was over and answered 0x0\n"));
+}
+
+TEST(ReplayVerdict, ProcessThatSaidNothingHasCrashed) {
+    const auto verdict = Radio::Replaying::readVerdict("radio.rec", "", -11);
+    EXPECT_EQ(verdict.outcome, Radio::Replaying::Outcome::different);
+    EXPECT_EQ(verdict.difference, Radio::Replaying::Difference::crash);
+    EXPECT_EQ(verdict.signal, 11);
+}
+
+TEST(ReplayVerdict, WhatTheLibraryDidIsRead) {
+    const auto verdict = Radio::Replaying::readVerdict(
+        "radio.rec", "outcome different\nwhy call\ncalls 5\nat 12\nnow 41 0 0 7 1 0 1 0\nnow_name a.b\n", 1);
+    EXPECT_EQ(verdict.difference, Radio::Replaying::Difference::call);
+    EXPECT_EQ(verdict.calls, 5U);
+    EXPECT_EQ(verdict.at, 12U);
+    EXPECT_EQ(verdict.now.kind, Kind::driverWrite);
+    EXPECT_EQ(verdict.now.a, 7);
+    EXPECT_EQ(verdict.now.b, 1);
+    EXPECT_EQ(verdict.object->name, "a.b");
 }
 
 TEST_F(ReplayTest, FileThatIsNoRecordingIsRefused) {
