@@ -76,6 +76,8 @@ void Player::play(Maker maker, ContentSetter setContent) {
         if (Radio::Recordings::isIncoming(record.kind)) {
             ++m_operationNumber;
             makeOperation();
+        } else if (const Object* const module = unseenModule()) {
+            makeUnseen(*module);
         } else {
             // What the library does in operations that are not recorded.
             m_unowned += isCall(record) ? 1U : 0U;
@@ -86,6 +88,31 @@ void Player::play(Maker maker, ContentSetter setContent) {
         }
     }
     endOfRecording();
+}
+
+/** The module that is built by what comes next; null: it is something else. */
+const Object* Player::unseenModule() const {
+    const auto& places = m_ofThread[m_thread];
+    for (std::size_t next = m_lived[m_thread]; m_unseenType >= 0 && next < places.size(); ++next) {
+        const Record& record = m_records[places[next]];
+        if (Radio::Recordings::isIncoming(record.kind)) {
+            break;
+        }
+        if (record.kind == Kind::moduleRegister && record.object != nullptr && record.object->second == -1) {
+            return record.object;
+        }
+    }
+    return nullptr;
+}
+
+void Player::makeUnseen(const Object& module) {
+    Record begin;
+    begin.kind = Kind::construct;
+    begin.object = &module;
+    begin.a = module.first;
+    begin.b = m_unseenType;
+    Outcome outcome = Outcome::returned;
+    static_cast<void>(make(begin, outcome));
 }
 
 const Record* Player::peek() const {

@@ -57,6 +57,9 @@ public:
     static Player* current() { return s_current; }
 
     [[noreturn]] void play(Maker maker, ContentSetter setContent);
+    /** The type that modules are to have whose own is not in the recording: nobody saw them being built, but
+     * what they called meanwhile. */
+    void setUnseenType(std::int32_t type) { m_unseenType = type; }
 
     /** What was answered to the call that the library makes now; throws what was thrown. */
     const Record& answer(const Call& now);
@@ -78,6 +81,8 @@ public:
 private:
     void read();
     void makeOperation();
+    const Object* unseenModule() const;
+    void makeUnseen(const Object& module);
     Answer make(const Record& begin, Outcome& outcome);
     void makeOnAThread(const Record& begin, Answer& given, Outcome& outcome);
     void expectEnd(const Record& begin, const Answer& given, Outcome outcome);
@@ -105,6 +110,7 @@ private:
     std::uint64_t m_recordedCalls = 0;
     std::uint64_t m_unowned = 0;
     bool m_hasGap = false;
+    std::int32_t m_unseenType = -1;
 };
 
 } // namespace Replayer

@@ -127,6 +127,11 @@ TEST_P(ReplayedRadioTest, IsIdentical) {
 INSTANTIATE_TEST_SUITE_P(All, ReplayedRadioTest,
                          testing::Values("tune 3", "unit", "throw", "cancel", "fork"));
 
+TEST_F(ReplayTest, TypeOfAModuleThatNobodySawBeingBuiltIsFound) {
+    recorded(LOADING_PROCESS);
+    EXPECT_THAT(replay("recording").output, MatchesRegex(identical));
+}
+
 TEST_F(ReplayTest, OtherValueIsFoundWithWhatCameBeforeIt) {
     recordAndChange([](Slots& slots) { slots.at(slots.find(Kind::driverWrite, 7442000)).a = 7442025; });
     EXPECT_EQ(saidOfTheChange(), "changed: different after 32 calls\n"
