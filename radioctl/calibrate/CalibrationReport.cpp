@@ -191,7 +191,9 @@ void CalibrationText::begins(const Board& board, const Result& result, std::size
           << "\nChannel " << settings.channel << ": " << askedText(settings) << "\n";
     if (result.isHardware) {
         m_out << temperatureText(board, result) << "\n";
-        if (result.route != settings.temperatures) {
+        if (settings.method == CalibrationMethod::fit && settings.temperatures.size() > 1) {
+            m_out << "It begins at " << result.route.front() << " degrees.\n";
+        } else if (result.route != settings.temperatures) {
             m_out << "They are gone through in the order " << joined(texts(result.route), " ") << ".\n";
         }
     }
