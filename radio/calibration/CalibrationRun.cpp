@@ -59,6 +59,14 @@ fs::path tablesOf(const Board& board, int channel) {
     return file;
 }
 
+/** Points of one temperature keep their order. */
+template <typename Points, typename TemperatureOf>
+void sortByTemperature(Points& points, TemperatureOf temperatureOf) {
+    std::stable_sort(points.begin(), points.end(), [&](const auto& one, const auto& other) {
+        return temperatureOf(one) < temperatureOf(other);
+    });
+}
+
 /** A fit that had no time to try its tables, or found them wrong, is none; a search is always held. */
 bool isFitHeld(const Result& result) {
     return !result.fit || result.fit->verdict == Fit::Verdict::held;
@@ -91,7 +99,13 @@ CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order
     result.station = order.station;
     if (!isOffline()) {
         requireTransmitter();
-        result.settings = settingsFor(board, completeWishes(), result.isHardware);
+        const std::optional<Settings> begun = settingsOfJournal();
+        const bool goesOn = order.beginning == Beginning::resume && begun;
+        result.settings =
+            settingsFor(board, goesOn ? asBegun(order.wishes, *begun) : order.wishes, result.isHardware);
+        if (goesOn) {
+            result.settings.limit = begun->limit;
+        }
         if (result.isHardware) {
             requireCalibratable(board, result.settings, order.isAttended);
             result.climate = climateTermsFor(board, order.wishes, order.isAttended);
@@ -100,16 +114,14 @@ CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order
     }
 }
 
-/** Nobody has to say again what a journal says that is gone on with. */
-CalibrationDescription CalibrationRun::completeWishes() const {
-    if (m_order.beginning != Beginning::resume || !isOrdinaryFile(m_journalFile)) {
-        return m_order.wishes;
-    }
+/** What the journal was begun with, as far as it can be read. */
+std::optional<Settings> CalibrationRun::settingsOfJournal() const {
     try {
-        return asBegun(m_order.wishes, readJournal(m_journalFile).header.settings);
+        return isOrdinaryFile(m_journalFile) ? std::optional(readJournal(m_journalFile).header.settings)
+                                             : std::nullopt;
     } catch (const InputError&) {
         // That is told when it is opened.
-        return m_order.wishes;
+        return std::nullopt;
     }
 }
 
@@ -302,9 +314,11 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const Cali
         abandonJournal();
     }
     // Whatever the way was, tables are the same.
-    std::stable_sort(
-        m_outcome.result.points.begin(), m_outcome.result.points.end(),
-        [](const Point& one, const Point& other) { return one.temperature < other.temperature; });
+    sortByTemperature(m_outcome.result.points, [](const Point& point) { return point.temperature; });
+    if (result.fit) {
+        sortByTemperature(m_outcome.result.fit->points,
+                          [](const Fit::Point& point) { return point.place.temperature; });
+    }
     m_outcome.summary = summary();
     m_outcome.verdict = verdictOn(result, m_outcome.summary, m_board.limits);
     m_outcome.result.verdict = m_outcome.verdict.kind();
@@ -343,14 +357,13 @@ void CalibrationRun::store() {
     const bool isFail = m_outcome.result.verdict == VerdictKind::fail || !isFitHeld(m_outcome.result);
     m_outcome.isHeldBackByEdge = summary.edge != 0 && !m_order.acceptsEdge;
     m_outcome.isHeldBackByFail = isFail && !m_order.acceptsFail;
-    if (m_outcome.isHeldBackByEdge || m_outcome.isHeldBackByFail) {
-        return;
-    }
     std::ostringstream content;
     writeResult(content, m_outcome.result);
-    if (isContentOf(m_tables, content.str())) {
-        m_outcome.isUnchanged = true;
-    } else {
+    m_outcome.isUnchanged = isContentOf(m_tables, content.str());
+    if (!m_outcome.isUnchanged && (m_outcome.isHeldBackByEdge || m_outcome.isHeldBackByFail)) {
+        return;
+    }
+    if (!m_outcome.isUnchanged) {
         AtomicFile file(m_tables);
         file.stream() << content.str();
         m_outcome.backup = keepBackup(m_tables).string();

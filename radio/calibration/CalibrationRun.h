@@ -200,7 +200,7 @@ public:
 
 private:
     bool isOffline() const { return m_order.beginning == Beginning::offline; }
-    CalibrationDescription completeWishes() const;
+    std::optional<Settings> settingsOfJournal() const;
     void requireTransmitter() const;
     std::string transmitter() const;
     LeakageSummary summary() const;

@@ -148,7 +148,7 @@ bool Measurement::fitAll(Calibrator& calibrator, CalibrationListener& listener) 
         m_outcome.wayOn = "measure";
         return false;
     }
-    result.nodes = nodesOf(outcome.table, leakage);
+    result.nodes = nodesOf(outcome.table, result.settings, leakage);
     if (leakage != nullptr) {
         for (Point& node : result.nodes) {
             holdToLimits(node, m_board.limits);

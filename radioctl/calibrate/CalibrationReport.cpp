@@ -112,7 +112,10 @@ std::string heldBackText(const CalibrationOutcome& outcome) {
         reasons.emplace_back(isLimit ? "limits of the board are not held" : "the fit does not hold");
         options.emplace_back("--accept-fail");
     }
-    return joined(reasons, ", and ") + "; the same once more with " + joined(options, " ") +
+    const bool wantsProbes =
+        outcome.result.fit && outcome.result.fit->isBudgetSpent && outcome.isHeldBackByFail;
+    return (wantsProbes ? "more --probes, with --restart, may do; " : std::string()) +
+           joined(reasons, ", and ") + "; the same once more with " + joined(options, " ") +
            ", and with --resume after a measurement, stores them.";
 }
 
@@ -265,8 +268,8 @@ void CalibrationText::showFit(const Result& result) {
     const Fit::Outcome& fit = *result.fit;
     m_out << "\n";
     if (!result.nodes.empty()) {
-        m_out << "Tables of " << fit.table.carriers.size() << " carriers by " << fit.table.temperatures.size()
-              << " temperatures";
+        m_out << "Tables of " << counted(fit.table.carriers.size(), "carrier") << " by "
+              << counted(fit.table.temperatures.size(), "temperature");
         if (fit.claim) {
             m_out << ": at most " << levelText(fit.claim->level)
                   << (fit.isRelative ? " against no corrections" : "") << " anywhere, by the fit itself";
@@ -275,9 +278,6 @@ void CalibrationText::showFit(const Result& result) {
     }
     if (!fit.reason.empty()) {
         m_out << "The fit: " << harmless(fit.reason) << "\n";
-    }
-    for (const std::string& remark : fit.remarks) {
-        m_out << "The fit: " << harmless(remark) << "\n";
     }
 }
 

@@ -212,7 +212,7 @@ TEST_F(FitTest, StuckDetectorWithNoiseFailsByName) {
     PlayedTransmitter played(leakage);
     const Outcome outcome = run(wanted, played);
     EXPECT_EQ(outcome.verdict, Verdict::failed);
-    EXPECT_THAT(outcome.reason, HasSubstr(": the detector is stuck, and noisy"));
+    EXPECT_THAT(outcome.reason, HasSubstr(": the detector is stuck, noisy, or not settled"));
     EXPECT_LT(outcome.probes, 70U);
 }
 
@@ -223,6 +223,30 @@ TEST_F(FitTest, SaturatedDetectorIsGivenBackToTheCaller) {
     const Outcome outcome = run(order(), played);
     EXPECT_EQ(outcome.reason, "every reading is 1000: the detector is stuck or saturated");
     EXPECT_EQ(played.searches, 1);
+}
+
+TEST_F(FitTest, DetectorThatFreezesIsNeverPassed) {
+    const std::uint32_t whole = run().probes;
+    for (const std::int32_t frozen : {150, 200, 300, 500}) {
+        for (const std::uint32_t after : {40U, 70U, 100U, 140U, whole - 20, whole - 5}) {
+            PlayedTransmitter played(leakage);
+            played.freezesAfter = after;
+            played.frozenAt = frozen;
+            const Outcome outcome = run(order(), played);
+            EXPECT_NE(outcome.verdict, Verdict::held) << frozen << " after " << after;
+        }
+    }
+}
+
+TEST_F(FitTest, SearchThatFindsNothingThatCanBeSeenIsNoPoint) {
+    leakage.detector.high = 1000;
+    PlayedTransmitter played(leakage);
+    played.freezesAfter = 60;
+    played.frozenAt = 900;
+    played.knows = true;
+    for (const Point& point : run(order(), played).points) {
+        EXPECT_EQ(point.remark.find("found by a search"), std::string::npos) << point.remark;
+    }
 }
 
 TEST_F(FitTest, SearchIsNotBegunWithoutProbesForIt) {

@@ -54,6 +54,9 @@ public:
         if (m_probes.size() > readable) {
             return std::nullopt;
         }
+        if (m_probes.size() > freezesAfter) {
+            return frozenAt;
+        }
         constexpr double settleTime = 5.0;
         const double settling = m_leakage.detector.settling;
         const double followed = settling > 0.0 ? -std::expm1(-settleTime / settling) : 1.0;
@@ -103,6 +106,9 @@ public:
     /** After so many probes the detector cannot be read, and the caller does not go on. */
     std::size_t readable = 1000000;
     std::size_t patience = 1000000;
+    /** After so many probes the detector reads this whatever is set. */
+    std::size_t freezesAfter = 1000000;
+    std::int32_t frozenAt = 0;
     /** A carrier to which the transmitter cannot be tuned. */
     std::uint32_t unreachable = 0;
     /** A search finds what there is to find. */
