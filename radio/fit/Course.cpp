@@ -84,6 +84,9 @@ bool Course::begin(const Place& place) {
     if (m_outcome.points.empty()) {
         addFailed(place, "the budget of probes was spent at the first point");
     }
+    if (m_bench.isInterrupted()) {
+        return false;
+    }
     const Point& point = m_outcome.points.back();
     if (point.state == PointState::failed) {
         m_outcome.reason = "the first point failed: " + point.remark;

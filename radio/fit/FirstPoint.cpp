@@ -157,19 +157,14 @@ private:
     /** What was read around the first ring once more tells what is noise. */
     bool isNoise() {
         constexpr std::size_t corners = 6;
-        const std::vector<Reading> again = [this] {
-            std::vector<Reading> readings;
-            for (std::size_t n = 1; n <= corners; ++n) {
-                const Corrections& at = m_readings.at(n).at;
-                if (const auto reading =
-                        m_bench.probe({static_cast<double>(at.i), static_cast<double>(at.q)})) {
-                    readings.push_back(*reading);
-                }
+        std::vector<Reading> again;
+        for (std::size_t n = 1; n <= corners; ++n) {
+            const Corrections& at = m_readings.at(n).at;
+            const auto reading = m_bench.probe({static_cast<double>(at.i), static_cast<double>(at.q)});
+            if (!reading) {
+                return false;
             }
-            return readings;
-        }();
-        if (again.size() < corners) {
-            return false;
+            again.push_back(*reading);
         }
         double mean = 0.0;
         for (std::size_t n = 0; n < corners; ++n) {

@@ -147,6 +147,16 @@ TEST_F(FitTest, InterruptedWhenTheCallerDoesNotGoOn) {
     EXPECT_THAT(outcome.table.i, IsEmpty());
 }
 
+TEST_F(FitTest, InterruptedAtAnyProbeOfTheFirstPoint) {
+    for (std::size_t patience = 1; patience <= 40; ++patience) {
+        PlayedTransmitter played(leakage);
+        played.patience = patience;
+        const Outcome outcome = run(order(), played);
+        EXPECT_EQ(outcome.verdict, Verdict::interrupted);
+        EXPECT_EQ(outcome.probes, patience);
+    }
+}
+
 TEST_F(FitTest, BudgetIsKept) {
     Order wanted = order();
     wanted.budget = 60;
@@ -155,6 +165,18 @@ TEST_F(FitTest, BudgetIsKept) {
     EXPECT_EQ(outcome.verdict, Verdict::missed);
     EXPECT_EQ(outcome.reason, "the budget of probes was spent before all was tried");
     EXPECT_LE(played.probes().size(), 60U);
+}
+
+TEST_F(FitTest, AnyBudgetEndsWithAReason) {
+    for (std::uint32_t budget = 1; budget <= 60; ++budget) {
+        Order wanted = order();
+        wanted.budget = budget;
+        PlayedTransmitter played(leakage);
+        const Outcome outcome = run(wanted, played);
+        EXPECT_NE(outcome.verdict, Verdict::held);
+        EXPECT_FALSE(outcome.reason.empty());
+        EXPECT_LE(played.probes().size(), budget);
+    }
 }
 
 TEST_F(FitTest, BudgetTooSmallForTheFirstPointIsSaid) {
