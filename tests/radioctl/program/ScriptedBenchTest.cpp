@@ -42,7 +42,7 @@ private:
             m_q = std::stol(line.substr(2));
         } else if (line == "DET?") {
             return {std::to_string(std::lround(25 * decibels()) + roughness()) + "\n"};
-        } else if (line == "SPEC?") {
+        } else if (line == "LEVEL?") {
             // An instrument of another make: it sees half a dB less.
             return {std::to_string(decibels() - 95.5) + "\n"};
         }
@@ -105,7 +105,7 @@ protected:
         described.replace(described.find("chamber = \"chamber\"\n"), 20,
                           "chamber = \"chamber\"\nanalyser = \"analyser\"\n");
         described.replace(described.find("[drivers]"), 9, "[drivers]\n\"analyser\" = {}");
-        return described + "\n[hardware.analyser]\ndevice = \"bench\"\nread = \"SPEC?\"\nscale = 0.01\n";
+        return described + "\n[hardware.analyser]\ndevice = \"bench\"\nread = \"LEVEL?\"\nscale = 0.01\n";
     }
     static std::vector<std::string> arguments(const std::vector<std::string>& options) {
         std::vector<std::string> words{"calibrate",     "--hardware", "board.toml",
