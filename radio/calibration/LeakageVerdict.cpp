@@ -50,18 +50,6 @@ std::vector<Point> judgedPoints(const Result& result) {
     return points;
 }
 
-/** The highest level, and where it is. */
-std::optional<Worst> worstSeen(const std::vector<Point>& points) {
-    std::optional<Worst> highest;
-    for (const Point& point : points) {
-        const std::optional<double> seen = seenLevel(point);
-        if (point.state != PointState::failed && seen && (!highest || *seen > highest->level)) {
-            highest = Worst{*seen, point.frequency, point.temperature};
-        }
-    }
-    return highest;
-}
-
 /** The least improvement, and where it is. */
 std::optional<Worst> leastImprovement(const std::vector<Point>& points) {
     std::optional<Worst> least;

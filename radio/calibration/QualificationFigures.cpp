@@ -213,7 +213,6 @@ void QualificationFigures::judgeSlope(const ChainDescription& description) {
     constexpr double ofNoise = 1.5;
     constexpr double same = 0.25;
     constexpr double leastSlope = 0.5;
-    const auto halfOf = [](double slope) { return std::abs(slope) / 2; };
     const std::vector<double> readings = all();
     const auto [least, most] = std::minmax_element(readings.begin(), readings.end());
     const double tolerance = std::max({1.0, ofNoise * result.noise, ofSpan * (*most - *least)});
@@ -227,7 +226,7 @@ void QualificationFigures::judgeSlope(const ChainDescription& description) {
         return;
     }
     const std::string text = "the detector shows " + inOneDecimal(*result.slope) + " units for each dB";
-    const double wanted = description.slope ? halfOf(*description.slope) : leastSlope;
+    const double wanted = description.slope ? std::abs(*description.slope) / 2 : leastSlope;
     if (std::abs(*result.slope) < wanted) {
         result.refusal =
             text +

@@ -161,8 +161,9 @@ private:
             return;
         }
         const Pair at{static_cast<double>(found->i), static_cast<double>(found->q)};
-        const auto reading = m_bench.probe(at);
         const auto beside = probeBeside(m_bench, m_knowledge, *found);
+        // The last probe at a place is the one with its corrections.
+        const auto reading = m_bench.probe(at);
         if (!reading || !beside) {
             fail();
             return;

@@ -271,6 +271,27 @@ TEST_F(FitTest, SearchThatFindsNothingThatCanBeSeenIsNoPoint) {
     }
 }
 
+TEST_F(FitTest, LastProbeOfAPointThatASearchFoundIsWithItsCorrections) {
+    PlayedTransmitter found(leakage);
+    run(order(), found);
+    PlayedTransmitter played(leakage);
+    // Six rings of four read what no bottom has; then the search finds one.
+    played.deafAt = found.places().at(1).carrier;
+    played.deafFor = 24;
+    played.frozenAt = 150;
+    played.knows = true;
+    played.probesOfSearch = 10;
+    Order wanted = order();
+    wanted.probesOfSearch = 10;
+    const Outcome outcome = run(wanted, played);
+    const Point& point = outcome.points.at(1);
+    EXPECT_EQ(point.remark, "found by a search, since its probes are no bowl");
+    const Corrections& last = played.probes().at(played.starts().at(2) - 1);
+    EXPECT_EQ(last.i, point.corrections.i);
+    EXPECT_EQ(last.q, point.corrections.q);
+    EXPECT_EQ(point.probes, 24U + 10U + 2U);
+}
+
 TEST_F(FitTest, SearchIsNotBegunWithoutProbesForIt) {
     leakage.detector.high = 1000;
     Order wanted = order();
