@@ -127,8 +127,8 @@ struct Result {
     std::vector<Point> points;
     /** Of a fit: where it tried its tables, with what these set there. */
     std::vector<Point> tries{};
-    /** Of a fit that came to its end: what it says of itself, and the nodes of its tables, for each
-     * temperature all frequencies; none when it has no tables. */
+    /** Of a fit that came to its end: what it says of itself, its points being those above in the same order,
+     * and the nodes of its tables, for each temperature all frequencies; none when it has no tables. */
     std::optional<Fit::Outcome> fit{};
     std::vector<Point> nodes{};
     /** Of a fit: what its tables leave anywhere at most, in dBc, as it claims itself, and as stands with them

@@ -1,19 +1,14 @@
 #include "radio/calibration/CalibrationRun.h"
 
 #include "radio/board/BoardNames.h"
-#include "radio/calibration/Analyser.h"
-#include "radio/calibration/Calibrator.h"
-#include "radio/calibration/FitOutcome.h"
-#include "radio/calibration/FitProber.h"
 #include "radio/calibration/HardwareUnderTest.h"
 #include "radio/calibration/LeakageVerdict.h"
+#include "radio/calibration/Measurement.h"
 #include "radio/calibration/ResultFile.h"
 #include "radio/calibration/Settings.h"
 #include "radio/files/AtomicFile.h"
 #include "radio/files/InputError.h"
 #include "radio/files/TextFile.h"
-#include "radio/fit/Fit.h"
-#include "radio/session/BootedRadio.h"
 #include "radio/text/Words.h"
 
 #include <algorithm>
@@ -64,6 +59,14 @@ fs::path tablesOf(const Board& board, int channel) {
     return file;
 }
 
+/** Points of one temperature keep their order. */
+template <typename Points, typename TemperatureOf>
+void sortByTemperature(Points& points, TemperatureOf temperatureOf) {
+    std::stable_sort(points.begin(), points.end(), [&](const auto& one, const auto& other) {
+        return temperatureOf(one) < temperatureOf(other);
+    });
+}
+
 /** A fit that had no time to try its tables, or found them wrong, is none; a search is always held. */
 bool isFitHeld(const Result& result) {
     return !result.fit || result.fit->verdict == Fit::Verdict::held;
@@ -96,7 +99,13 @@ CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order
     result.station = order.station;
     if (!isOffline()) {
         requireTransmitter();
-        result.settings = settingsFor(board, completeWishes(), result.isHardware);
+        const std::optional<Settings> begun = settingsOfJournal();
+        const bool goesOn = order.beginning == Beginning::resume && begun;
+        result.settings =
+            settingsFor(board, goesOn ? asBegun(order.wishes, *begun) : order.wishes, result.isHardware);
+        if (goesOn) {
+            result.settings.limit = begun->limit;
+        }
         if (result.isHardware) {
             requireCalibratable(board, result.settings, order.isAttended);
             result.climate = climateTermsFor(board, order.wishes, order.isAttended);
@@ -105,16 +114,14 @@ CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order
     }
 }
 
-/** Nobody has to say again what a journal says that is gone on with. */
-CalibrationDescription CalibrationRun::completeWishes() const {
-    if (m_order.beginning != Beginning::resume || !isOrdinaryFile(m_journalFile)) {
-        return m_order.wishes;
-    }
+/** What the journal was begun with, as far as it can be read. */
+std::optional<Settings> CalibrationRun::settingsOfJournal() const {
     try {
-        return asBegun(m_order.wishes, readJournal(m_journalFile).header.settings);
+        return isOrdinaryFile(m_journalFile) ? std::optional(readJournal(m_journalFile).header.settings)
+                                             : std::nullopt;
     } catch (const InputError&) {
         // That is told when it is opened.
-        return m_order.wishes;
+        return std::nullopt;
     }
 }
 
@@ -290,7 +297,7 @@ void CalibrationRun::take(JournalContent content) {
     m_outcome.result.date = content.header.date;
     m_known = std::move(content);
     if (m_known.qualification) {
-        use(*m_known.qualification);
+        adopt(m_outcome.result, *m_known.qualification);
     }
     m_outcome.knownProbes = m_known.uncorrected.size();
     for (const auto& [point, probes] : m_known.probes) {
@@ -302,12 +309,16 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const Cali
     const Result& result = m_outcome.result;
     m_outcome.journal = m_journalFile.string();
     m_outcome.wanted = result.settings.frequencies.size() * result.settings.temperatures.size();
-    takeDetector();
-    calibrateAll(listener, bench);
+    Measurement(m_board, m_order, m_known, m_journal ? &*m_journal : nullptr, m_outcome).run(listener, bench);
+    if (!m_outcome.refusal.empty()) {
+        abandonJournal();
+    }
     // Whatever the way was, tables are the same.
-    std::stable_sort(
-        m_outcome.result.points.begin(), m_outcome.result.points.end(),
-        [](const Point& one, const Point& other) { return one.temperature < other.temperature; });
+    sortByTemperature(m_outcome.result.points, [](const Point& point) { return point.temperature; });
+    if (result.fit) {
+        sortByTemperature(m_outcome.result.fit->points,
+                          [](const Fit::Point& point) { return point.place.temperature; });
+    }
     m_outcome.summary = summary();
     m_outcome.verdict = verdictOn(result, m_outcome.summary, m_board.limits);
     m_outcome.result.verdict = m_outcome.verdict.kind();
@@ -327,219 +338,6 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const Cali
     return std::move(m_outcome);
 }
 
-void CalibrationRun::calibrateAll(CalibrationListener& listener, const CalibrationBench& bench) {
-    Result& result = m_outcome.result;
-    const Settings& settings = result.settings;
-    const bool isBench = result.isHardware && !isOffline();
-    if (isBench && (!bench.backings || !bench.sense || !bench.poll)) {
-        throw std::logic_error("a calibration on hardware without any");
-    }
-    BootedRadio booted(m_board, isBench ? bench.backings : Backings());
-    booted.requireUp();
-    std::optional<Climate> climate;
-    if (isBench) {
-        climate.emplace(m_board, settings.channel, result.climate, bench);
-    }
-    try {
-        chooseRoute(bench);
-    } catch (const InputError& error) {
-        m_outcome.trouble = error.what();
-        return;
-    }
-    m_goOn = [&] {
-        CalibrationProgress now = progress();
-        if (climate) {
-            climate->poll();
-            now.awaited = climate->awaited();
-        }
-        return m_goesOn = listener.goOn(now) && m_goesOn;
-    };
-    Probing probing{m_journal ? &*m_journal : nullptr, m_goOn, m_order.isRealTime || isBench,
-                    settings.readings};
-    Calibrator calibrator(booted, m_board, result, probing, m_journalFile.string(),
-                          climate ? &*climate : nullptr);
-    listener.begins(m_board, result, m_outcome.knownProbes);
-    const auto start = std::chrono::steady_clock::now();
-    if (qualify(calibrator, listener) && m_goesOn) {
-        probing.readings = settings.readings;
-        m_outcome.isComplete = settings.method == CalibrationMethod::fit ? fitAll(calibrator, listener)
-                                                                         : searchAll(calibrator, listener);
-    }
-    m_outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    m_outcome.newProbes = calibrator.newProbes() + m_outcome.qualifyingReadings;
-    m_goOn = {};
-    if (m_outcome.wayOn == "resume") {
-        m_outcome.trouble += "; what was entered before is kept: " +
-                             counted(m_outcome.knownProbes + calibrator.newProbes(), "probe");
-        m_outcome.wayOn = m_journal->isFull() ? "room" : m_outcome.wayOn;
-    }
-}
-
-/** Nothing more can be measured. */
-void CalibrationRun::stopFor(const Calibrator& calibrator) {
-    m_outcome.trouble = calibrator.whyStopped();
-    m_outcome.wayOn = calibrator.wayOn();
-}
-
-bool CalibrationRun::searchAll(Calibrator& calibrator, CalibrationListener& listener) {
-    Result& result = m_outcome.result;
-    for (const std::int32_t temperature : result.route) {
-        for (const std::uint32_t frequency : result.settings.frequencies) {
-            const JournaledProbes& known = m_known.probes[{temperature, frequency}];
-            const auto uncorrected = m_known.uncorrected.find({temperature, frequency});
-            Point point = calibrator.calibrate(
-                frequency, temperature, known,
-                uncorrected == m_known.uncorrected.end() ? std::nullopt : std::optional(uncorrected->second));
-            if (!m_goesOn) {
-                return false;
-            }
-            if (!calibrator.whyStopped().empty() && !isOffline()) {
-                stopFor(calibrator);
-                return false;
-            }
-            const bool isFromJournal = point.probes.size() <= known.size();
-            analyse(calibrator, point, [&] { return !isFromJournal || calibrator.bring(point); });
-            holdToLimits(point, m_board.limits);
-            note(point, isFromJournal);
-            listener.calibrated(point);
-            result.points.push_back(std::move(point));
-            if (!m_goOn()) {
-                return result.points.size() == m_outcome.wanted;
-            }
-        }
-    }
-    return true;
-}
-
-bool CalibrationRun::fitAll(Calibrator& calibrator, CalibrationListener& listener) {
-    Result& result = m_outcome.result;
-    const LeakageDescription* const leakage =
-        result.isHardware ? nullptr : findLeakage(m_board, result.settings.channel);
-    const Fit::Order order = fitOrder(m_board, result);
-    const bool isAbsolute = order.detector.zero.has_value();
-    const auto goOn = [this](const FitProber& now) {
-        m_isFromJournal = now.isFromJournal();
-        m_fitProbes = now.probes();
-        return m_goOn();
-    };
-    const FitProber* there = nullptr;
-    const auto fitted = [&](const Fit::Point& place, std::vector<Probe> probes) {
-        Point point = pointOf(place, std::move(probes), leakage, isAbsolute);
-        // The last probe was made with the corrections found.
-        analyse(calibrator, point, [&] { return there->isThere(); });
-        holdToLimits(point, m_board.limits);
-        note(point, m_isFromJournal);
-        listener.calibrated(point);
-        result.points.push_back(std::move(point));
-    };
-    const auto tried = [&](const Fit::Verification& place) {
-        Point point = triedPointOf(place, leakage, isAbsolute);
-        analyse(calibrator, point, [&] { return there->isThere(); });
-        result.tries.push_back(std::move(point));
-    };
-    FitProber prober(calibrator, m_known.probes, result.isHardware && !isOffline(), {goOn, fitted, tried});
-    there = &prober;
-    Fit::Outcome outcome = Fit::calibrate(order, prober);
-    prober.leave();
-    // A real transmitter is not to be left with what was only a probe.
-    calibrator.restore();
-    m_outcome.wanted = result.points.size();
-    if (!m_goesOn) {
-        return false;
-    }
-    if (!calibrator.whyStopped().empty()) {
-        stopFor(calibrator);
-        return false;
-    }
-    if (!prober.trouble().empty()) {
-        m_outcome.trouble = prober.trouble();
-        m_outcome.wayOn = "measure";
-        return false;
-    }
-    result.nodes = nodesOf(outcome.table, leakage);
-    if (leakage != nullptr) {
-        for (Point& node : result.nodes) {
-            holdToLimits(node, m_board.limits);
-            // The whole verdict tells of them.
-            node.remark.clear();
-        }
-    }
-    result.claim = claimOf(outcome, result.settings.limit);
-    result.fit = std::move(outcome);
-    return true;
-}
-
-/** On a real radio, where the board has a spectrum analyser. */
-void CalibrationRun::analyse(Calibrator& calibrator, Point& point, const std::function<bool()>& bring) {
-    if (!m_outcome.result.isHardware) {
-        return;
-    }
-    try {
-        Analyser(analyserOf(m_board, m_order.wishes.channel), calibrator.platform(),
-                 m_journal ? &*m_journal : nullptr, m_known.analysed)
-            .look(point, bring);
-    } catch (const InputError& error) {
-        m_outcome.trouble = error.what();
-        m_outcome.wayOn = "resume";
-        m_goesOn = false;
-    }
-}
-
-bool CalibrationRun::qualify(Calibrator& calibrator, CalibrationListener& listener) {
-    Result& result = m_outcome.result;
-    if (result.qualification) {
-        listener.qualified(*result.qualification);
-    }
-    // What was measured with one settle time does not go on with another.
-    if (!m_order.qualifies || isOffline() || result.qualification || !m_known.probes.empty()) {
-        return true;
-    }
-    const Qualification found = calibrator.qualify(result.settings.frequencies.front(), result.route.front(),
-                                                   statedSettleTime(m_board, m_order.wishes));
-    m_outcome.qualifyingReadings = found.taken;
-    m_outcome.trouble = calibrator.whyStopped();
-    if (found.isInterrupted || !m_outcome.trouble.empty()) {
-        return false;
-    }
-    if (found.isGood()) {
-        try {
-            m_journal->enter(found);
-        } catch (const InputError& error) {
-            m_outcome.trouble = error.what();
-            return false;
-        }
-        use(found);
-    } else {
-        m_outcome.refusal = found.refusal;
-        abandonJournal();
-    }
-    listener.qualified(found);
-    return found.isGood();
-}
-
-/** What the board states of a real detector. */
-void CalibrationRun::takeDetector() {
-    for (const CalibrationDescription& described : m_board.calibrations) {
-        if (m_outcome.result.isHardware && described.channel == m_order.wishes.channel) {
-            m_outcome.result.detectorSlope = described.detectorSlope;
-            m_outcome.result.detectorZero = described.detectorZero;
-        }
-    }
-}
-
-void CalibrationRun::chooseRoute(const CalibrationBench& bench) {
-    Result& result = m_outcome.result;
-    result.route = m_known.route.empty() ? result.settings.temperatures : m_known.route;
-    const bool isNew = result.isHardware && !isOffline() && m_known.route.empty() && m_known.probes.empty();
-    if (!isNew || !m_board.hardware.description.sensor) {
-        return;
-    }
-    result.route = routeThrough(result.settings.temperatures, bench.sense());
-    if (result.route != result.settings.temperatures) {
-        m_journal->enterRoute(result.route);
-    }
-}
-
 /** A journal of nothing helps nobody; one that was there before stays. */
 void CalibrationRun::abandonJournal() {
     if (m_isBegun) {
@@ -547,35 +345,6 @@ void CalibrationRun::abandonJournal() {
         fs::remove(m_journalFile, ignored);
         m_outcome.journal.clear();
     }
-}
-
-void CalibrationRun::use(const Qualification& qualification) {
-    Result& result = m_outcome.result;
-    result.qualification = qualification;
-    result.settings.settleTime = qualification.settleTime;
-    result.settings.readings = qualification.readings;
-}
-
-void CalibrationRun::note(const Point& point, bool isFromJournal) {
-    m_isFromJournal = isFromJournal;
-    if (point.state != PointState::failed) {
-        // Nothing is less than anything.
-        m_worst = std::max(m_worst, point.after);
-        m_highestReading = std::max(m_highestReading, point.lastReading);
-    }
-}
-
-CalibrationProgress CalibrationRun::progress() const {
-    const Settings& settings = m_outcome.result.settings;
-    const bool isFit = settings.method == CalibrationMethod::fit;
-    return {m_outcome.result.points.size(),
-            isFit ? 0 : m_outcome.wanted,
-            m_fitProbes,
-            isFit ? settings.budget : 0,
-            m_worst,
-            m_highestReading,
-            m_isFromJournal,
-            {}};
 }
 
 /** A table with a hole is none: either all points are stored or nothing is. */
@@ -588,14 +357,13 @@ void CalibrationRun::store() {
     const bool isFail = m_outcome.result.verdict == VerdictKind::fail || !isFitHeld(m_outcome.result);
     m_outcome.isHeldBackByEdge = summary.edge != 0 && !m_order.acceptsEdge;
     m_outcome.isHeldBackByFail = isFail && !m_order.acceptsFail;
-    if (m_outcome.isHeldBackByEdge || m_outcome.isHeldBackByFail) {
-        return;
-    }
     std::ostringstream content;
     writeResult(content, m_outcome.result);
-    if (isContentOf(m_tables, content.str())) {
-        m_outcome.isUnchanged = true;
-    } else {
+    m_outcome.isUnchanged = isContentOf(m_tables, content.str());
+    if (!m_outcome.isUnchanged && (m_outcome.isHeldBackByEdge || m_outcome.isHeldBackByFail)) {
+        return;
+    }
+    if (!m_outcome.isUnchanged) {
         AtomicFile file(m_tables);
         file.stream() << content.str();
         m_outcome.backup = keepBackup(m_tables).string();

@@ -13,13 +13,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 
 namespace Radio::Calibration {
-
-class Calibrator;
 
 /** What becomes of a journal that is there. */
 enum class Beginning : std::uint8_t {
@@ -203,7 +200,7 @@ public:
 
 private:
     bool isOffline() const { return m_order.beginning == Beginning::offline; }
-    CalibrationDescription completeWishes() const;
+    std::optional<Settings> settingsOfJournal() const;
     void requireTransmitter() const;
     std::string transmitter() const;
     LeakageSummary summary() const;
@@ -216,22 +213,8 @@ private:
     void resume();
     void goThroughAgain();
     void take(JournalContent content);
-    /** False when nothing can be measured. */
-    bool qualify(Calibrator& calibrator, CalibrationListener& listener);
     void abandonJournal();
-    void stopFor(const Calibrator& calibrator);
-    void analyse(Calibrator& calibrator, Point& point, const std::function<bool()>& bring);
-    void takeDetector();
-    /** The temperatures in the order in which they are gone through. */
-    void chooseRoute(const CalibrationBench& bench);
-    void use(const Qualification& qualification);
-    void calibrateAll(CalibrationListener& listener, const CalibrationBench& bench);
-    /** These two give whether all points were calibrated. */
-    bool searchAll(Calibrator& calibrator, CalibrationListener& listener);
-    bool fitAll(Calibrator& calibrator, CalibrationListener& listener);
-    void note(const Point& point, bool isFromJournal);
     void store();
-    CalibrationProgress progress() const;
 
     const Board& m_board;
     const CalibrationOrder m_order;
@@ -245,14 +228,6 @@ private:
     bool m_isPrepared = false;
     bool m_isBegun = false;
     CalibrationOutcome m_outcome;
-    std::optional<double> m_worst;
-    std::optional<std::int32_t> m_highestReading;
-    bool m_isFromJournal = true;
-    /** Asks the listener whether to go on, and what it said last. */
-    std::function<bool()> m_goOn;
-    bool m_goesOn = true;
-    /** Of a fit, so far. */
-    std::size_t m_fitProbes = 0;
 };
 
 } // namespace Radio::Calibration

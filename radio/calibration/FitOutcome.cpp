@@ -140,7 +140,11 @@ std::optional<double> claimOf(const Fit::Outcome& outcome, const std::optional<d
     return isHeld || isAboveLimit ? std::optional(claim) : std::nullopt;
 }
 
-std::vector<Point> nodesOf(const Fit::Table& table, const LeakageDescription* leakage) {
+std::vector<Point> nodesOf(const Fit::Table& table, const Settings& settings,
+                           const LeakageDescription* leakage) {
+    const auto isEnd = [](std::int32_t value, const Range& range) {
+        return value <= range.low || value >= range.high;
+    };
     std::vector<Point> nodes;
     nodes.reserve(table.i.size());
     for (std::size_t row = 0; row < table.temperatures.size(); ++row) {
@@ -149,9 +153,10 @@ std::vector<Point> nodesOf(const Fit::Table& table, const LeakageDescription* le
             Point node;
             node.frequency = static_cast<std::uint32_t>(table.carriers[column]);
             node.temperature = table.temperatures[row];
-            node.state = PointState::good;
             node.i = table.i[place];
             node.q = table.q[place];
+            node.state =
+                isEnd(node.i, settings.i) || isEnd(node.q, settings.q) ? PointState::edge : PointState::good;
             if (leakage != nullptr) {
                 addModelledLevels(node, *leakage);
             }

@@ -33,8 +33,10 @@ Point triedPointOf(const Fit::Verification& tried, const LeakageDescription* lea
  */
 std::optional<double> claimOf(const Fit::Outcome& outcome, const std::optional<double>& limit);
 
-/** The nodes of the tables that came of a fit, for each temperature all carriers. */
-std::vector<Point> nodesOf(const Fit::Table& table, const LeakageDescription* leakage);
+/** The nodes of the tables that came of a fit, for each temperature all carriers; those at the end of a range
+ * are so. */
+std::vector<Point> nodesOf(const Fit::Table& table, const Settings& settings,
+                           const LeakageDescription* leakage);
 
 } // namespace Radio::Calibration
 

@@ -95,7 +95,6 @@ std::string shortText(const Json& setting) {
                                                           : toText(setting);
 }
 
-/** Takes one line after the other. */
 /** A fit probes wherever it wants within its ends. */
 bool isPointOf(const Settings& settings, std::uint32_t frequency, std::int32_t temperature) {
     const auto& frequencies = settings.frequencies;
@@ -108,6 +107,7 @@ bool isPointOf(const Settings& settings, std::uint32_t frequency, std::int32_t t
            std::binary_search(frequencies.begin(), frequencies.end(), frequency);
 }
 
+/** Takes one line after the other. */
 class JournalReader {
 public:
     explicit JournalReader(std::string name) : m_place{std::move(name), 0} {}
@@ -142,7 +142,7 @@ public:
     /** A last line that cannot be read was being written when the power went: it was never entered. */
     JournalContent finish() {
         if (m_place.line == 0) {
-            throw InputError(m_place, "empty, expected a calibration journal");
+            throw InputError(m_place, "has no whole line, expected a calibration journal");
         }
         if (m_place.line == 1 && !m_wrong.empty()) {
             throw InputError(m_place, m_wrong);

@@ -13,6 +13,7 @@ namespace Radio::Calibration {
 namespace {
 
 constexpr const char* unknownLevel = "nobody knows in dBc what leaks";
+constexpr const char* unknownGain = "nobody knows what the corrections gain";
 
 /** By how many dB the corrections found lower the leakage. */
 std::optional<double> improvementAt(const Point& point) {
@@ -31,16 +32,28 @@ std::string clauseFor(std::string_view name, const std::optional<double>& limit,
     const bool isLeast = name == "leakage_improvement";
     const std::string demand = std::string(name) + (isLeast ? " asks for " : " allows ") + limitText(*limit);
     if (!found) {
-        return std::string(unknownLevel) + ", and " + demand;
+        return std::string(isLeast ? unknownGain : unknownLevel) + ", and " + demand;
     }
     return isLeast ? "its corrections gain " + inTwoDecimals(*found) + " dB, and " + demand
                    : "it leaks " + levelText(*found) + ", and " + demand;
 }
 
+/** The points of a calibration, and of a fit in a simulation the nodes of its tables, of which the model
+ * knows. */
+std::vector<Point> judgedPoints(const Result& result) {
+    std::vector<Point> points = result.points;
+    const bool areKnown = std::all_of(result.nodes.begin(), result.nodes.end(),
+                                      [](const Point& node) { return node.after.has_value(); });
+    if (areKnown) {
+        points.insert(points.end(), result.nodes.begin(), result.nodes.end());
+    }
+    return points;
+}
+
 /** The least improvement, and where it is. */
-std::optional<Worst> leastImprovement(const Result& result) {
+std::optional<Worst> leastImprovement(const std::vector<Point>& points) {
     std::optional<Worst> least;
-    for (const Point& point : result.points) {
+    for (const Point& point : points) {
         const std::optional<double> found = improvementAt(point);
         if (point.state != PointState::failed && found && (!least || *found < least->level)) {
             least = Worst{*found, point.frequency, point.temperature};
@@ -85,7 +98,10 @@ JudgedLimit judgePoints(std::string_view name, double limit, const std::optional
                (name == "leakage_improvement" ? improvementAt(point) : seenLevel(point));
     });
     if (!isKnown || result.points.empty()) {
-        distrust(judged, result, unknownLevel);
+        distrust(judged, result, name == "leakage_improvement" ? unknownGain : unknownLevel);
+    } else if (result.fit && result.fit->verdict != Fit::Verdict::held && !result.claim) {
+        // Points say nothing of tables that were not tried.
+        distrust(judged, result, result.fit->reason);
     }
     return judged;
 }
@@ -151,16 +167,17 @@ Verdict verdictOn(const Result& result, const LeakageSummary& summary, const Lim
         verdict.whyNone = "not all points were calibrated";
         return verdict;
     }
+    const std::vector<Point> points = judgedPoints(result);
     if (limits.leakage) {
         verdict.limits.push_back(judgeAnywhere(*limits.leakage, summary, result));
     }
     if (limits.leakageAtNodes) {
         verdict.limits.push_back(
-            judgePoints("leakage_at_nodes", *limits.leakageAtNodes, summary.seen, result));
+            judgePoints("leakage_at_nodes", *limits.leakageAtNodes, worstSeen(points), result));
     }
     if (limits.leakageImprovement) {
         verdict.limits.push_back(
-            judgePoints("leakage_improvement", *limits.leakageImprovement, leastImprovement(result), result));
+            judgePoints("leakage_improvement", *limits.leakageImprovement, leastImprovement(points), result));
     }
     return verdict;
 }

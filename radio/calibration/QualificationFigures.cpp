@@ -96,7 +96,7 @@ std::string QualificationFigures::whyBlind(const ChainDescription& description,
     } else {
         why = "readings are " + textOf(*least) + " to " + textOf(*most) +
               " whatever the corrections are, with a noise of " + inOneDecimal(result.noise) + ": " + which +
-              " sees nothing of them";
+              " is stuck, or sees nothing of them";
     }
     if (const auto seen = other()) {
         why += std::string(", but that of the ") + (description.isHighDetector ? "low" : "high") +
@@ -182,6 +182,8 @@ void QualificationFigures::conclude(const ChainDescription& description) {
 void QualificationFigures::judgeSettleTime(const ChainDescription& description) {
     // What a search bears: it compares probes that lie on both sides of the middle.
     constexpr double bearable = 0.05;
+    // More of what was set before than of what is.
+    constexpr double hopeless = 0.5;
     if (!step) {
         if (!description.settleTime) {
             result.warnings.emplace_back("the ends of the ranges read the same as the middle: how fast the "
@@ -194,11 +196,14 @@ void QualificationFigures::judgeSettleTime(const ChainDescription& description) 
         return;
     }
     const double left = step->partAfter(*description.settleTime);
-    if (left > bearable) {
-        result.warnings.push_back("the settle time of " + std::to_string(*description.settleTime) +
-                                  " ms is too short: " + textOf(left * 100) +
-                                  " % of a step of the detector is left then, and 2 % after " +
-                                  inOneDecimal(*result.settled) + " ms");
+    const std::string text = "the settle time of " + std::to_string(*description.settleTime) +
+                             " ms is too short: " + textOf(left * 100) +
+                             " % of a step of the detector is left then, and 2 % after " +
+                             inOneDecimal(*result.settled) + " ms";
+    if (left > hopeless) {
+        result.refusal = text;
+    } else if (left > bearable) {
+        result.warnings.push_back(text);
     }
 }
 
@@ -207,13 +212,29 @@ void QualificationFigures::judgeSlope(const ChainDescription& description) {
     constexpr double ofSpan = 0.005;
     constexpr double ofNoise = 1.5;
     constexpr double same = 0.25;
+    constexpr double leastSlope = 0.5;
     const std::vector<double> readings = all();
     const auto [least, most] = std::minmax_element(readings.begin(), readings.end());
     const double tolerance = std::max({1.0, ofNoise * result.noise, ofSpan * (*most - *least)});
     result.slope = slopeOf({i, q}, tolerance);
-    if (description.slope && result.slope && std::abs(*result.slope / *description.slope - 1) > same) {
-        result.warnings.push_back("the detector shows " + inOneDecimal(*result.slope) +
-                                  " units for each dB, not the " + inOneDecimal(*description.slope) +
+    if (!result.slope) {
+        return;
+    }
+    if (result.noise > std::max(1.0, std::abs(description.slope.value_or(*result.slope)))) {
+        // Of readings that are more than a dB off nobody can say what a dB is.
+        result.slope.reset();
+        return;
+    }
+    const std::string text = "the detector shows " + inOneDecimal(*result.slope) + " units for each dB";
+    const double wanted = description.slope ? std::abs(*description.slope) / 2 : leastSlope;
+    if (std::abs(*result.slope) < wanted) {
+        result.refusal =
+            text +
+            (description.slope ? ", not the " + inOneDecimal(*description.slope) + " that the board states"
+                               : std::string()) +
+            ": it is too slow, or sees something else";
+    } else if (description.slope && std::abs(*result.slope / *description.slope - 1) > same) {
+        result.warnings.push_back(text + ", not the " + inOneDecimal(*description.slope) +
                                   " that the board states");
     }
 }

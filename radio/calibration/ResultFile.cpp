@@ -217,9 +217,7 @@ Point readPoint(const CsvFile& file, std::size_t row, const Result& result) {
             point.lastReading = item("last_reading").integer();
         }
         const auto level = [&](std::string_view column) {
-            const auto& columns = file.columns();
-            const bool isThere = std::find(columns.begin(), columns.end(), column) != columns.end();
-            return isThere ? std::optional(item(column).number(highestLevel)) : std::nullopt;
+            return file.hasColumn(column) ? std::optional(item(column).number(highestLevel)) : std::nullopt;
         };
         point.before = level("before_dbc");
         point.after = level("after_dbc");

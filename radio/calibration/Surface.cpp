@@ -106,6 +106,10 @@ std::optional<double> seenLevel(const Point& point) {
     return std::max(point.after, point.analysed);
 }
 
+std::optional<Worst> worstSeen(const std::vector<Point>& points) {
+    return worstPoint(points, seenLevel);
+}
+
 std::vector<std::int64_t> evenSteps(std::int64_t low, std::int64_t high, std::int64_t parts) {
     std::vector<std::int64_t> steps;
     for (std::int64_t part = 0; part <= parts; ++part) {
@@ -178,8 +182,8 @@ LeakageSummary summarise(const Result& result) {
     LeakageSummary summary = countStates(result);
     summary.before = worstPoint(result.points, &Point::before);
     summary.after = worstPoint(result.points, &Point::after);
-    summary.seen = worstPoint(result.points, seenLevel);
-    summary.tried = worstPoint(result.tries, seenLevel);
+    summary.seen = worstSeen(result.points);
+    summary.tried = worstSeen(result.tries);
     summary.firstReading = worstPoint(result.points, &Point::firstReading);
     summary.lastReading = worstPoint(result.points, &Point::lastReading);
     if (result.fit && result.fit->claim && !result.fit->isRelative) {

@@ -50,6 +50,10 @@ struct Worst {
 /** The first of the highest levels; nothing when there is no level at all. */
 std::optional<Worst> worstOf(const Surface& surface);
 
+/** Of points that have corrections, the first with the highest level that anybody saw; nothing where nobody
+ * did. */
+std::optional<Worst> worstSeen(const std::vector<Point>& points);
+
 /** What came of a calibration. */
 struct LeakageSummary {
     /** Over the points that have corrections; nothing when there are none. */

@@ -47,7 +47,7 @@ std::optional<Reading> Bench::probe(const Pair& wanted) {
 }
 
 std::optional<Corrections> Bench::search(const Place& place) {
-    if (m_isInterrupted || left() < m_order.probesOfSearch) {
+    if (m_isInterrupted || !hasRoomForASearch()) {
         return std::nullopt;
     }
     const Searched searched = m_prober.search(place);

@@ -21,6 +21,7 @@ public:
     /** With corrections that can be set, nearest to `wanted`. Nothing: the detector cannot be read, the
      * budget is spent, or the caller does not go on. */
     std::optional<Reading> probe(const Pair& wanted);
+    bool hasRoomForASearch() const { return left() >= m_order.probesOfSearch; }
     /** By other means. Nothing: the budget has no room for one, it found none, or the caller does not go on.
      */
     std::optional<Corrections> search(const Place& place);

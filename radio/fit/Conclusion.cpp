@@ -126,10 +126,12 @@ private:
         if (isHeld) {
             return {};
         }
-        return m_outcome.isRelative ? "the limit is in dBc, and the detector's zero is not known"
-                                    : "up to " + inWords(m_outcome.claim->level) + " dBc may be left at " +
-                                          inWords(m_outcome.claim->place) + ", more than the limit of " +
-                                          inWords(*m_end.order.limit);
+        return m_outcome.isRelative
+                   ? "the limit is in dBc, and the detector's zero is not known"
+                   : "up to " + inWords(m_outcome.claim->level) + " dBc may be left at " +
+                         inWords(m_outcome.claim->place) + ", more than the limit of " +
+                         inWords(*m_end.order.limit) +
+                         (m_outcome.isBudgetSpent ? ", and the budget of probes is spent" : "");
     }
 
     Outcome& m_outcome;

@@ -17,6 +17,9 @@ namespace Radio::Fit {
 
 namespace {
 
+/** A point takes so many probes or so. */
+constexpr std::uint32_t probesOfPoint = 9;
+
 double rangeOf(const Order& order) {
     return std::max({std::abs(static_cast<double>(order.i.low)), std::abs(static_cast<double>(order.i.high)),
                      std::abs(static_cast<double>(order.q.low)),
@@ -32,8 +35,7 @@ Course::Course(const Order& order, Prober& prober)
       m_surface(m_order, rangeOf(order)) {}
 
 bool Course::goesOn() const {
-    // A point takes nine probes or so.
-    return !m_bench.isInterrupted() && !hasFailed() && m_bench.left() >= 9;
+    return !m_bench.isInterrupted() && !hasFailed() && m_bench.left() >= probesOfPoint;
 }
 
 Outcome Course::run() {
@@ -50,6 +52,7 @@ Outcome Course::run() {
     }
     m_outcome.probes = m_bench.probes();
     m_outcome.temperatureChanges = m_bench.temperatureChanges();
+    m_outcome.isBudgetSpent = m_bench.left() < probesOfPoint;
     conclude(m_outcome, {m_order, m_knowledge, m_surface, m_bench.isInterrupted(), m_isComplete, m_misses});
     return std::move(m_outcome);
 }
@@ -80,6 +83,9 @@ bool Course::begin(const Place& place) {
     add(place, {first.bottom, first.deviation});
     if (m_outcome.points.empty()) {
         addFailed(place, "the budget of probes was spent at the first point");
+    }
+    if (m_bench.isInterrupted()) {
+        return false;
     }
     const Point& point = m_outcome.points.back();
     if (point.state == PointState::failed) {
@@ -131,7 +137,7 @@ void Course::refit(bool isDecayChosen) {
 std::optional<std::uint32_t> Course::leastKnown(std::int32_t temperature, double enough) const {
     std::optional<std::uint32_t> found;
     double most = enough;
-    for (const std::uint32_t carrier : evenCarriers(m_order, 49)) {
+    for (const std::uint32_t carrier : evenCarriers(m_order, m_carriers)) {
         if (m_visited.count({carrier, temperature}) != 0) {
             continue;
         }
@@ -196,7 +202,35 @@ bool Course::tryAt(std::int32_t temperature, std::size_t count) {
             table = makeTable(m_order, m_surface);
         }
     }
-    return !m_bench.isInterrupted();
+    return showsThatItLives() && !m_bench.isInterrupted();
+}
+
+/** Places that read as little as was foretold may be those of a detector that reads nothing any more. */
+bool Course::showsThatItLives() {
+    if (m_outcome.verifications.empty() || !goesOn()) {
+        return goesOn();
+    }
+    const Verification& last = m_outcome.verifications.back();
+    const auto beside = probeBeside(m_bench, m_knowledge, last.corrections);
+    if (!beside) {
+        addFailed(last.place, "the detector could not be read");
+        return false;
+    }
+    const double distance = beside->at.i - last.corrections.i;
+    const double power = m_knowledge.curvature.power({distance, 0.0});
+    const double read = m_knowledge.scale.power(beside->reading);
+    // Four times too much or too little is neither noise nor a bowl that differs from place to place.
+    constexpr double most = 4.0;
+    const bool isShown = !isInside(m_order.detector, beside->reading) ||
+                         (read > power / most && read < power * most + m_knowledge.floor() * most);
+    if (!isShown) {
+        addFailed(last.place, "beside the corrections the detector reads " + std::to_string(beside->reading) +
+                                  ", where " +
+                                  std::to_string(std::lround(m_knowledge.scale.slope *
+                                                             (levelOf(power) - m_knowledge.scale.zero))) +
+                                  " was foretold: it does not follow them");
+    }
+    return true;
 }
 
 void Course::learnTried(double measured, const Corrections& set, const Forecast& forecast) {
@@ -225,10 +259,9 @@ bool Course::goBack() {
 }
 
 void Course::improve() {
-    constexpr int mostRounds = 12;
     constexpr std::size_t places = 7;
-    int idle = 0;
-    for (int round = 0; round < mostRounds && idle < 2 && goesOn(); ++round) {
+    constexpr std::size_t mostCarriers = 769;
+    for (std::size_t round = 0; goesOn(); ++round) {
         const Table table = makeTable(m_order, m_surface);
         const LevelAt claim = claimAnywhere(m_order, m_knowledge, m_surface, table);
         if (m_misses == 0 && isWithinLimit(m_order, claim.level)) {
@@ -237,8 +270,14 @@ void Course::improve() {
         const std::size_t before = m_outcome.points.size();
         m_wantedSurface *= isWithinLimit(m_order, claim.level) ? 1.0 : 0.7;
         fitAt(claim.place.temperature, m_misses > 0 ? 2 : 0);
-        tryAt(claim.place.temperature, places + static_cast<std::size_t>(round));
-        idle = m_outcome.points.size() > before ? 0 : idle + 1;
+        tryAt(claim.place.temperature, places + round);
+        if (m_outcome.points.size() == before) {
+            // Between the carriers that were thought of there are others.
+            if (m_carriers >= mostCarriers) {
+                return;
+            }
+            m_carriers = 2 * m_carriers - 1;
+        }
     }
 }
 

@@ -33,6 +33,7 @@ private:
     bool tryAt(std::int32_t temperature, std::size_t count);
     /** Tries the table at temperatures that were not fitted. */
     bool goBack();
+    bool showsThatItLives();
     /** By how much what was measured with a table lies beyond the surface's deviation. */
     void learnTried(double measured, const Corrections& set, const Forecast& forecast);
     /** More points where most is claimed, until the limit holds. */
@@ -55,6 +56,8 @@ private:
     /** Deviations of I and Q that will do: of a point, of the surface. */
     double m_wantedPoint = 0.2;
     double m_wantedSurface = 0.2;
+    /** So many carriers are thought of for points. */
+    std::size_t m_carriers = 49;
     /** Places at the last temperature at which the table left more than was foretold. */
     int m_misses = 0;
     /** The whole range was fitted and tried. */

@@ -129,6 +129,7 @@ private:
                 return fails(unread());
             }
             const auto bowl = fitAll();
+            m_lastBottom = bowl ? std::optional(bowl->bottom) : std::nullopt;
             if (bowl && !isStuck() && isNear(bowl->bottom)) {
                 m_bottom = bowl->bottom;
                 return true;
@@ -145,27 +146,25 @@ private:
         }
         if (isNoise()) {
             return fails("readings differ with the same corrections as much as between others, around " +
-                         std::to_string(m_readings.front().reading) + ": the detector is stuck, and noisy");
+                         std::to_string(m_readings.front().reading) +
+                         ": the detector is stuck, noisy, or not settled");
         }
-        return fails("the leaking power is no bowl over I and Q at the first point");
+        const std::string beyond = m_lastBottom ? whyBeyond(*m_lastBottom) : "";
+        return fails(!beyond.empty() ? beyond
+                                     : "the leaking power is no bowl over I and Q at the first point");
     }
 
     /** What was read around the first ring once more tells what is noise. */
     bool isNoise() {
         constexpr std::size_t corners = 6;
-        const std::vector<Reading> again = [this] {
-            std::vector<Reading> readings;
-            for (std::size_t n = 1; n <= corners; ++n) {
-                const Corrections& at = m_readings.at(n).at;
-                if (const auto reading =
-                        m_bench.probe({static_cast<double>(at.i), static_cast<double>(at.q)})) {
-                    readings.push_back(*reading);
-                }
+        std::vector<Reading> again;
+        for (std::size_t n = 1; n <= corners; ++n) {
+            const Corrections& at = m_readings.at(n).at;
+            const auto reading = m_bench.probe({static_cast<double>(at.i), static_cast<double>(at.q)});
+            if (!reading) {
+                return false;
             }
-            return readings;
-        }();
-        if (again.size() < corners) {
-            return false;
+            again.push_back(*reading);
         }
         double mean = 0.0;
         for (std::size_t n = 0; n < corners; ++n) {
@@ -196,6 +195,27 @@ private:
         return found.has_value();
     }
 
+    /** The clause about a bottom that cannot be set; empty where it can, and where it is so far off that it
+     * was made of noise. */
+    std::string whyBeyond(const Pair& bottom) const {
+        const Order& order = m_bench.order();
+        const Corrections end = m_bench.settable(bottom);
+        const double beyondI = std::abs(end.i - bottom.i);
+        const double beyondQ = std::abs(end.q - bottom.q);
+        const auto widthOf = [](const Branch& branch) {
+            return static_cast<double>(branch.high) - branch.low;
+        };
+        if (beyondI > 5.0 * widthOf(order.i) || beyondQ > 5.0 * widthOf(order.q)) {
+            return {};
+        }
+        const bool isI = beyondI > order.i.step;
+        if (!isI && beyondQ <= order.q.step) {
+            return {};
+        }
+        return std::string("at the first point the best ") + (isI ? "I" : "Q") + " is about " +
+               std::to_string(std::lround(isI ? bottom.i : bottom.q)) + ", beyond what can be set";
+    }
+
     /** Rings that are each so wide that they surely surround the bottom, down to the narrowest. */
     bool narrow() {
         for (int ring = 0; ring < 6; ++ring) {
@@ -221,12 +241,8 @@ private:
                 return true;
             }
         }
-        const Corrections end = m_bench.settable(m_bottom);
-        const bool isBeyondI = std::abs(end.i - m_bottom.i) > m_bench.order().i.step;
-        if (isBeyondI || std::abs(end.q - m_bottom.q) > m_bench.order().q.step) {
-            return fails(std::string("at the first point the best ") + (isBeyondI ? "I" : "Q") +
-                         " is about " + std::to_string(std::lround(isBeyondI ? m_bottom.i : m_bottom.q)) +
-                         ", beyond what can be set");
+        if (const std::string beyond = whyBeyond(m_bottom); !beyond.empty()) {
+            return fails(beyond);
         }
         return fails("the bottom of the bowl at the first point was not found");
     }
@@ -272,6 +288,8 @@ private:
     Pair m_centre{};
     Pair m_bottom{};
     double m_radius = 0.0;
+    /** Of the bowl through all that was read so far. */
+    std::optional<Pair> m_lastBottom;
     std::optional<SlopeEstimate> m_slope;
 };
 

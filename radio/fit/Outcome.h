@@ -88,8 +88,8 @@ struct Outcome {
     std::uint32_t probes = 0;
     /** How often the unit was brought to a temperature, the first time included. */
     std::uint32_t temperatureChanges = 0;
-    /** What else is to be known, one clause each. */
-    std::vector<std::string> remarks;
+    /** There were too few probes for more: with more of them it might hold. */
+    bool isBudgetSpent = false;
 };
 
 } // namespace Radio::Fit

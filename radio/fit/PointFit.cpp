@@ -9,6 +9,11 @@ namespace Radio::Fit {
 namespace {
 
 constexpr double wholeTurn = 6.283185307179586;
+/** In dB: well beside the bottom there is more. */
+constexpr double leastRise = 3.0;
+/** Part of a ring's power by which it may lie below that of its bowl, whose form is not quite the same
+ * everywhere. */
+constexpr double leastShown = 0.3;
 
 bool isWithin(const Branch& branch, double value) {
     return value >= branch.low - 0.5 * branch.step && value <= branch.high + 0.5 * branch.step;
@@ -55,6 +60,11 @@ private:
             return;
         }
         const double off = std::hypot(bowl->bottom.i - m_centre.i, bowl->bottom.q - m_centre.q);
+        if (!showsBowl(*bowl)) {
+            // The ring reads less than it does around any bottom. Wider, it would read more of one.
+            m_radius *= 2.0;
+            return;
+        }
         m_centre = bowl->bottom;
         const double deviation = bowl->spread * m_knowledge.noise() + 0.02 * off;
         if (!isInReach(bowl->bottom) && m_isBeyond) {
@@ -74,6 +84,12 @@ private:
             return;
         }
         tryBottom(*bowl, deviation);
+    }
+
+    /** What leaks cannot be less than nothing: a ring that is too low all around was not read. */
+    bool showsBowl(const Bowl& bowl) const {
+        const double amplitude = m_radius * m_knowledge.curvature.amplitude();
+        return bowl.floor > -std::max(leastShown, 5.0 * m_knowledge.noise()) * amplitude * amplitude;
     }
 
     void tryBottom(const Bowl& bowl, double deviation) {
@@ -136,28 +152,39 @@ private:
     }
 
     void giveBack() {
+        const bool isSearched = m_bench.hasRoomForASearch();
         const auto found = m_bench.search(m_fitted.point.place);
         if (!found) {
-            m_fitted.point.remark = "neither a fit nor a search found corrections";
+            m_fitted.point.remark = isSearched ? "neither a fit nor a search found corrections"
+                                               : "its probes are no bowl, and too few are left for a search";
+            fail();
+            return;
+        }
+        const Pair at{static_cast<double>(found->i), static_cast<double>(found->q)};
+        const auto beside = probeBeside(m_bench, m_knowledge, *found);
+        // The last probe at a place is the one with its corrections.
+        const auto reading = m_bench.probe(at);
+        if (!reading || !beside) {
+            fail();
+            return;
+        }
+        if (m_knowledge.scale.level(beside->reading) <
+            m_knowledge.scale.level(reading->reading) + leastRise) {
+            m_fitted.point.remark = "neither a fit nor a search found corrections: beside them " +
+                                    std::to_string(beside->reading) + " is read, and with them " +
+                                    std::to_string(reading->reading);
             fail();
             return;
         }
         Point& point = m_fitted.point;
         point.corrections = *found;
-        const auto reading = m_bench.probe({static_cast<double>(found->i), static_cast<double>(found->q)});
-        if (!reading) {
-            fail();
-            return;
-        }
         point.reading = reading->reading;
         point.level = m_knowledge.scale.level(reading->reading);
         point.state = PointState::good;
         point.remark = "found by a search, since its probes are no bowl";
         const double power = m_knowledge.scale.power(reading->reading);
         const double amplitude = std::sqrt(power) / std::max(m_knowledge.curvature.amplitude(), 1e-12);
-        m_fitted.sample = Sample{point.place,
-                                 {static_cast<double>(found->i), static_cast<double>(found->q)},
-                                 std::max(0.5, amplitude)};
+        m_fitted.sample = Sample{point.place, at, std::max(0.5, amplitude)};
         m_isOver = true;
     }
 
@@ -194,6 +221,13 @@ FittedPoint fitPoint(Bench& bench, Knowledge& knowledge, const Place& place, con
 
 double residualPower(const Curvature& curvature, const Corrections& at, const Pair& bottom) {
     return curvature.power({at.i - bottom.i, at.q - bottom.q});
+}
+
+std::optional<Reading> probeBeside(Bench& bench, const Knowledge& knowledge, const Corrections& at) {
+    const Branch& i = bench.order().i;
+    const double away = 2.0 * knowledge.leastRadius();
+    const bool isRoomAbove = at.i + away <= i.high;
+    return bench.probe(bench.inside({at.i + (isRoomAbove ? away : -away), static_cast<double>(at.q)}));
 }
 
 std::vector<Reading> probeRing(Bench& bench, const Pair& centre, double radius, int corners) {

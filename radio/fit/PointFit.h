@@ -27,6 +27,9 @@ FittedPoint fitPoint(Bench& bench, Knowledge& knowledge, const Place& place, con
                      double wanted);
 
 /** Four probes around a centre, drawn inside the ranges where it is near their ends. */
+/** One probe so far beside corrections that it has to read more than they do, within what can be set. */
+std::optional<Reading> probeBeside(Bench& bench, const Knowledge& knowledge, const Corrections& at);
+
 std::vector<Reading> probeRing(Bench& bench, const Pair& centre, double radius, int corners);
 
 /** The corrections that can be set of which the bowl leaves least. */

@@ -116,7 +116,8 @@ void lintLimits(const Board& board, int channel, const TableDescription& i, cons
     const Calibration::Result result = resultOf({channel, i.table, q.table}, origin.levels, leakage);
     const Calibration::LeakageSummary summary =
         leakage != nullptr ? Calibration::summarise(result, *leakage) : Calibration::summarise(result);
-    for (const JudgedLimit& limit : Calibration::verdictOn(result, summary, limits).limits) {
+    const Verdict verdict = Calibration::verdictOn(result, summary, limits);
+    for (const JudgedLimit& limit : verdict.limits) {
         if (!limit.isHeld()) {
             findings.push_back({limit.found ? Severity::error : Severity::warning, i.place,
                                 "channel " + std::to_string(channel) + ": " + missedText(limit)});

@@ -11,6 +11,7 @@
 #include "radio/text/Words.h"
 
 #include <algorithm>
+#include <array>
 #include <set>
 #include <tuple>
 #include <utility>
@@ -26,26 +27,47 @@ void sortByLine(Findings& findings) {
                      [](const Finding& a, const Finding& b) { return a.place.line < b.place.line; });
 }
 
-/** What stands in the column "state" of a calibration. */
+/** What a state in a row says against its node. */
+struct StateComplaint {
+    const char* state;
+    Severity severity;
+    const char* ofSearch;
+    const char* ofFit;
+};
+
+constexpr std::array<StateComplaint, 3> stateComplaints{
+    {{"edge", Severity::warning,
+      "the search ended at the edge of its range; the best corrections may lie beyond",
+      "at the end of its range; the best corrections may lie beyond"},
+     {"missed", Severity::warning, "the corrections found did not meet the limits of their board",
+      "the corrections did not meet the limits of their board"},
+     {"failed", Severity::error, "the search failed; there are no corrections", "there are no corrections"}}};
+
+/** What stands in the column "state" of a calibration. A fit has so many nodes that the first stands for all.
+ */
 void lintStates(const CsvFile& file, Findings& findings) {
     if (!file.hasColumn("state")) {
         return;
     }
+    const bool isFit = file.findProperty("method").has_value();
     const std::size_t column = file.column("state");
-    for (std::size_t row = 0; row < file.rows(); ++row) {
-        const CsvItem state = file.item(row, column);
-        const std::string node =
-            file.item(row, 0).text() + " kHz at " + file.item(row, 1).text() + " degrees";
-        if (state.text() == "edge") {
-            findings.push_back({Severity::warning, state.place(),
-                                node + ": the search ended at the edge of its range; the best corrections "
-                                       "may lie beyond"});
-        } else if (state.text() == "missed") {
-            findings.push_back({Severity::warning, state.place(),
-                                node + ": the corrections found did not meet the limits of their board"});
-        } else if (state.text() == "failed") {
-            findings.push_back(
-                {Severity::error, state.place(), node + ": the search failed; there are no corrections"});
+    for (const StateComplaint& complaint : stateComplaints) {
+        std::vector<std::size_t> rows;
+        for (std::size_t row = 0; row < file.rows(); ++row) {
+            if (file.item(row, column).text() == complaint.state) {
+                rows.push_back(row);
+            }
+        }
+        const std::string more =
+            isFit && rows.size() > 1 ? " and " + counted(rows.size() - 1, "more node") : "";
+        if (isFit && !rows.empty()) {
+            rows.resize(1);
+        }
+        for (const std::size_t row : rows) {
+            findings.push_back({complaint.severity, file.item(row, column).place(),
+                                file.item(row, 0).text() + " kHz at " + file.item(row, 1).text() +
+                                    " degrees" + more + ": " +
+                                    (isFit ? complaint.ofFit : complaint.ofSearch)});
         }
     }
 }

@@ -49,10 +49,6 @@ Json fitJson(const std::optional<Fit::Outcome>& fit) {
         return nullptr;
     }
     const std::optional<Fit::LevelAt>& claim = fit->claim;
-    Json remarks = Json::array();
-    for (const std::string& remark : fit->remarks) {
-        remarks.push_back(remark);
-    }
     return {{"claim_dbc", claim ? Json(rounded(claim->level)) : Json(nullptr)},
             {"claim_khz", claim ? Json(claim->place.carrier) : Json(nullptr)},
             {"claim_degrees", claim ? Json(claim->place.temperature) : Json(nullptr)},
@@ -61,7 +57,7 @@ Json fitJson(const std::optional<Fit::Outcome>& fit) {
             {"temperature_changes", fit->temperatureChanges},
             {"slope", rounded(fit->slope)},
             {"reason", nullIfEmpty(fit->reason)},
-            {"remarks", remarks}};
+            {"budget_spent", fit->isBudgetSpent}};
 }
 
 /** A place where a fit tried its tables. */

@@ -112,7 +112,10 @@ std::string heldBackText(const CalibrationOutcome& outcome) {
         reasons.emplace_back(isLimit ? "limits of the board are not held" : "the fit does not hold");
         options.emplace_back("--accept-fail");
     }
-    return joined(reasons, ", and ") + "; the same once more with " + joined(options, " ") +
+    const bool wantsProbes =
+        outcome.result.fit && outcome.result.fit->isBudgetSpent && outcome.isHeldBackByFail;
+    return (wantsProbes ? "more --probes, with --restart, may do; " : std::string()) +
+           joined(reasons, ", and ") + "; the same once more with " + joined(options, " ") +
            ", and with --resume after a measurement, stores them.";
 }
 
@@ -191,7 +194,9 @@ void CalibrationText::begins(const Board& board, const Result& result, std::size
           << "\nChannel " << settings.channel << ": " << askedText(settings) << "\n";
     if (result.isHardware) {
         m_out << temperatureText(board, result) << "\n";
-        if (result.route != settings.temperatures) {
+        if (settings.method == CalibrationMethod::fit && settings.temperatures.size() > 1) {
+            m_out << "It begins at " << result.route.front() << " degrees.\n";
+        } else if (result.route != settings.temperatures) {
             m_out << "They are gone through in the order " << joined(texts(result.route), " ") << ".\n";
         }
     }
@@ -263,8 +268,8 @@ void CalibrationText::showFit(const Result& result) {
     const Fit::Outcome& fit = *result.fit;
     m_out << "\n";
     if (!result.nodes.empty()) {
-        m_out << "Tables of " << fit.table.carriers.size() << " carriers by " << fit.table.temperatures.size()
-              << " temperatures";
+        m_out << "Tables of " << counted(fit.table.carriers.size(), "carrier") << " by "
+              << counted(fit.table.temperatures.size(), "temperature");
         if (fit.claim) {
             m_out << ": at most " << levelText(fit.claim->level)
                   << (fit.isRelative ? " against no corrections" : "") << " anywhere, by the fit itself";
@@ -273,9 +278,6 @@ void CalibrationText::showFit(const Result& result) {
     }
     if (!fit.reason.empty()) {
         m_out << "The fit: " << harmless(fit.reason) << "\n";
-    }
-    for (const std::string& remark : fit.remarks) {
-        m_out << "The fit: " << harmless(remark) << "\n";
     }
 }
 

@@ -56,7 +56,7 @@ _radioctl()
             calibrate) word="--help --json --hardware --force --verbose --channel --method --probes --band --step --temperatures --i-range --q-range
                 --shrink --min-delta --max-iterations --settle-time --detector --serial --station --journal --out --html
                 --resume --restart --offline --accept-edge --accept-fail --no-qualify --attended --tolerance --dwell
-                --method --probes --real-time" ;;
+                --real-time" ;;
             diff) word="--help --json --board --channel --all" ;;
             why) word="--help --json --channel --frequency --temperature" ;;
             show) word="--help --json --verbose --channel --driver --from --to" ;;

@@ -88,9 +88,6 @@ void writeFitClaim(std::ostream& out, const Result& result, const LeakageSummary
     if (!fit.reason.empty()) {
         writeLine(out, "what stands against them", inHtml(fit.reason));
     }
-    for (const std::string& remark : fit.remarks) {
-        writeLine(out, "remark", inHtml(remark));
-    }
     writeLine(out, "tables", tablesText(fit.table, !result.nodes.empty()));
     writeLine(out, "tried at", triesText(fit.verifications));
     writeLine(out, "probes", probesText(result));
@@ -98,9 +95,11 @@ void writeFitClaim(std::ostream& out, const Result& result, const LeakageSummary
     if (fit.slope > 0) {
         writeLine(out, "slope of the detector", inTwoDecimals(fit.slope) + " units for each dB");
     }
-    out << "</table>\n<p class=\"note\">The fit knows nothing but readings. What it says leaks at most "
-           "anywhere in band and temperatures holds with what the radio interpolates, the rounding of its "
-           "DACs included.</p>\n";
+    out << "</table>\n<p class=\"note\">The fit knows readings, and what is stated of the detector. What it "
+           "says "
+           "leaks at most anywhere in band and temperatures holds with what the radio interpolates, the "
+           "rounding of its DACs included, for a transmitter without features narrower than the distance of "
+           "its points.</p>\n";
 }
 
 void writeFittedPoints(std::ostream& out, const Result& result) {

@@ -226,12 +226,12 @@ TEST_F(CalibrationJournal, MissingFileIsNamed) {
 
 TEST_F(CalibrationJournal, EmptyFileIsNoJournal) {
     write("");
-    EXPECT_EQ(complaint(), file.string() + ": empty, expected a calibration journal");
+    EXPECT_EQ(complaint(), file.string() + ": has no whole line, expected a calibration journal");
 }
 
 TEST_F(CalibrationJournal, HeaderThatWasCutOffIsNoJournal) {
     write(R"({"journal":"LO-leak)");
-    EXPECT_EQ(complaint(), file.string() + ": empty, expected a calibration journal");
+    EXPECT_EQ(complaint(), file.string() + ": has no whole line, expected a calibration journal");
 }
 
 TEST_F(CalibrationJournal, OtherFilesAreRefusedAtTheirFirstLine) {

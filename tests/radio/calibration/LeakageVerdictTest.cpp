@@ -88,7 +88,7 @@ TEST_F(LeakageVerdict, NobodyPassesOnHardwareWhoseLevelsAreNotKnown) {
     EXPECT_THAT(linesOf(verdictOn(result, summarise(result), limits)),
                 ElementsAre("FAIL: leakage anywhere unknown, limit -30: nobody knows in dBc what leaks",
                             "FAIL: leakage at the nodes unknown, limit -35: nobody knows in dBc what leaks",
-                            "FAIL: improvement unknown, limit 1: nobody knows in dBc what leaks"));
+                            "FAIL: improvement unknown, limit 1: nobody knows what the corrections gain"));
 }
 
 TEST_F(LeakageVerdict, MeasuredNodesSayNothingOfWhatLiesBetween) {

@@ -135,6 +135,40 @@ TEST_F(QualificationTest, SettleTimeIsFourTimeConstantsAndAQuarter) {
     }
 }
 
+TEST_F(QualificationTest, StatedSettleTimeThatLeavesMoreThanHalfOfAStepIsRefused) {
+    m_chain.settling = 20;
+    m_description.settleTime = 5; // e^-0.25 of a step is left then
+    EXPECT_THAT(
+        m_chain.qualify(m_description).refusal,
+        testing::MatchesRegex("the settle time of 5 ms is too short: 78 % of a step of the detector is left "
+                              "then, and 2 % after [78][0-9].[0-9] ms"));
+    MadeUpChain chain;
+    chain.settling = 20;
+    m_description.settleTime = 20; // e^-1: 37 %
+    const Qualification warned = chain.qualify(m_description);
+    EXPECT_TRUE(warned.isGood()) << warned.refusal;
+    EXPECT_THAT(warned.warnings, testing::Contains(testing::HasSubstr(": 37 % of a step ")));
+}
+
+TEST_F(QualificationTest, SlopeOfLessThanHalfOfTheStatedOneIsRefused) {
+    m_chain.slope = 10.0;
+    m_description.slope = 25.0;
+    EXPECT_THAT(m_chain.qualify(m_description).refusal,
+                testing::MatchesRegex(
+                    "the detector shows (9|10).[0-9] units for each dB, not the 25.0 that the board "
+                    "states: it is too slow, or sees something else"));
+}
+
+TEST_F(QualificationTest, NoiseOfMoreThanADecibelHidesTheSlope) {
+    m_chain.noise = 60.0;
+    m_description.slope = 25.0;
+    const Qualification found = m_chain.qualify(m_description);
+    EXPECT_EQ(found.slope, std::nullopt);
+    for (const std::string& warning : found.warnings) {
+        EXPECT_THAT(warning, testing::Not(testing::HasSubstr("units for each dB")));
+    }
+}
+
 TEST_F(QualificationTest, TimeThatReadingsTakeCounts) {
     m_chain.settling = 10;
     m_chain.readingTime = 7;
@@ -197,7 +231,7 @@ TEST_F(QualificationTest, StuckDetectorIsRefused) {
     EXPECT_THAT(
         m_chain.qualify().refusal,
         testing::MatchesRegex("readings are [0-9]+ to [0-9]+ whatever the corrections are, with a noise "
-                              "of [0-9.]+: the detector sees nothing of them"));
+                              "of [0-9.]+: the detector is stuck, or sees nothing of them"));
 }
 
 TEST_F(QualificationTest, OtherDetectorThatSeesIsNamed) {

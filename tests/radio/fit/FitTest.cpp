@@ -147,6 +147,16 @@ TEST_F(FitTest, InterruptedWhenTheCallerDoesNotGoOn) {
     EXPECT_THAT(outcome.table.i, IsEmpty());
 }
 
+TEST_F(FitTest, InterruptedAtAnyProbeOfTheFirstPoint) {
+    for (std::size_t patience = 1; patience <= 40; ++patience) {
+        PlayedTransmitter played(leakage);
+        played.patience = patience;
+        const Outcome outcome = run(order(), played);
+        EXPECT_EQ(outcome.verdict, Verdict::interrupted);
+        EXPECT_EQ(outcome.probes, patience);
+    }
+}
+
 TEST_F(FitTest, BudgetIsKept) {
     Order wanted = order();
     wanted.budget = 60;
@@ -155,6 +165,18 @@ TEST_F(FitTest, BudgetIsKept) {
     EXPECT_EQ(outcome.verdict, Verdict::missed);
     EXPECT_EQ(outcome.reason, "the budget of probes was spent before all was tried");
     EXPECT_LE(played.probes().size(), 60U);
+}
+
+TEST_F(FitTest, AnyBudgetEndsWithAReason) {
+    for (std::uint32_t budget = 1; budget <= 60; ++budget) {
+        Order wanted = order();
+        wanted.budget = budget;
+        PlayedTransmitter played(leakage);
+        const Outcome outcome = run(wanted, played);
+        EXPECT_NE(outcome.verdict, Verdict::held);
+        EXPECT_FALSE(outcome.reason.empty());
+        EXPECT_LE(played.probes().size(), budget);
+    }
 }
 
 TEST_F(FitTest, BudgetTooSmallForTheFirstPointIsSaid) {
@@ -212,7 +234,7 @@ TEST_F(FitTest, StuckDetectorWithNoiseFailsByName) {
     PlayedTransmitter played(leakage);
     const Outcome outcome = run(wanted, played);
     EXPECT_EQ(outcome.verdict, Verdict::failed);
-    EXPECT_THAT(outcome.reason, HasSubstr(": the detector is stuck, and noisy"));
+    EXPECT_THAT(outcome.reason, HasSubstr(": the detector is stuck, noisy, or not settled"));
     EXPECT_LT(outcome.probes, 70U);
 }
 
@@ -223,6 +245,51 @@ TEST_F(FitTest, SaturatedDetectorIsGivenBackToTheCaller) {
     const Outcome outcome = run(order(), played);
     EXPECT_EQ(outcome.reason, "every reading is 1000: the detector is stuck or saturated");
     EXPECT_EQ(played.searches, 1);
+}
+
+TEST_F(FitTest, DetectorThatFreezesIsNeverPassed) {
+    const std::uint32_t whole = run().probes;
+    for (const std::int32_t frozen : {150, 200, 300, 500}) {
+        for (const std::uint32_t after : {40U, 70U, 100U, 140U, whole - 20, whole - 5}) {
+            PlayedTransmitter played(leakage);
+            played.freezesAfter = after;
+            played.frozenAt = frozen;
+            const Outcome outcome = run(order(), played);
+            EXPECT_NE(outcome.verdict, Verdict::held) << frozen << " after " << after;
+        }
+    }
+}
+
+TEST_F(FitTest, SearchThatFindsNothingThatCanBeSeenIsNoPoint) {
+    leakage.detector.high = 1000;
+    PlayedTransmitter played(leakage);
+    played.freezesAfter = 60;
+    played.frozenAt = 900;
+    played.knows = true;
+    for (const Point& point : run(order(), played).points) {
+        EXPECT_EQ(point.remark.find("found by a search"), std::string::npos) << point.remark;
+    }
+}
+
+TEST_F(FitTest, LastProbeOfAPointThatASearchFoundIsWithItsCorrections) {
+    PlayedTransmitter found(leakage);
+    run(order(), found);
+    PlayedTransmitter played(leakage);
+    // Six rings of four read what no bottom has; then the search finds one.
+    played.deafAt = found.places().at(1).carrier;
+    played.deafFor = 24;
+    played.frozenAt = 150;
+    played.knows = true;
+    played.probesOfSearch = 10;
+    Order wanted = order();
+    wanted.probesOfSearch = 10;
+    const Outcome outcome = run(wanted, played);
+    const Point& point = outcome.points.at(1);
+    EXPECT_EQ(point.remark, "found by a search, since its probes are no bowl");
+    const Corrections& last = played.probes().at(played.starts().at(2) - 1);
+    EXPECT_EQ(last.i, point.corrections.i);
+    EXPECT_EQ(last.q, point.corrections.q);
+    EXPECT_EQ(point.probes, 24U + 10U + 2U);
 }
 
 TEST_F(FitTest, SearchIsNotBegunWithoutProbesForIt) {

@@ -41,6 +41,7 @@ public:
 
     bool goTo(const Place& place) override {
         m_places.push_back(place);
+        m_starts.push_back(m_probes.size());
         m_now = {place.carrier, static_cast<double>(place.temperature)};
         m_output = target(level(m_now, {0, 0}));
         std::seed_seq seeds{m_leakage.seed, static_cast<std::uint32_t>(m_leakage.channel), place.carrier,
@@ -53,6 +54,10 @@ public:
         m_probes.push_back(corrections);
         if (m_probes.size() > readable) {
             return std::nullopt;
+        }
+        const bool isDeaf = m_places.back().carrier == deafAt && m_probes.size() - m_starts.back() <= deafFor;
+        if (m_probes.size() > freezesAfter || isDeaf) {
+            return frozenAt;
         }
         constexpr double settleTime = 5.0;
         const double settling = m_leakage.detector.settling;
@@ -99,10 +104,18 @@ public:
     const LeakageDescription& leakage() const { return m_leakage; }
     const std::vector<Place>& places() const { return m_places; }
     const std::vector<Corrections>& probes() const { return m_probes; }
+    /** How many probes had been made when each of the places was gone to. */
+    const std::vector<std::size_t>& starts() const { return m_starts; }
 
     /** After so many probes the detector cannot be read, and the caller does not go on. */
     std::size_t readable = 1000000;
     std::size_t patience = 1000000;
+    /** After so many probes the detector reads this whatever is set. */
+    std::size_t freezesAfter = 1000000;
+    std::int32_t frozenAt = 0;
+    /** At this carrier it does so for so many probes. */
+    std::uint32_t deafAt = 0;
+    std::size_t deafFor = 0;
     /** A carrier to which the transmitter cannot be tuned. */
     std::uint32_t unreachable = 0;
     /** A search finds what there is to find. */
@@ -138,6 +151,7 @@ private:
     double m_output = 0.0;
     std::mt19937_64 m_random; // NOLINT(cert-msc51-cpp): seeded at each place
     std::vector<Place> m_places;
+    std::vector<std::size_t> m_starts;
     std::vector<Corrections> m_probes;
 };
 

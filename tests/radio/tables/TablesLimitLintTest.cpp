@@ -141,5 +141,21 @@ TEST_F(TablesLimitLint, AcceptedFailureAndMissedPointsAreWarnedOf) {
                             "their board"));
 }
 
+TEST_F(TablesLimitLint, NodesOfAFitAreToldOfOnceForAll) {
+    write("x.csv",
+          "# method: fit\nf,t,i,q,state\n1,1,0,0,good\n2,1,0,0,missed\n3,1,0,0,edge\n4,1,0,0,missed\n"
+          "5,1,0,0,missed\n");
+    std::vector<std::string> texts;
+    for (const Finding& finding : lintFile("x.csv")) {
+        texts.push_back(toString(finding.place) + ": " + finding.text);
+    }
+    EXPECT_THAT(
+        texts, ElementsAre(
+                   "x.csv:4: 2 kHz at 1 degrees and 2 more nodes: the corrections did not meet the limits of "
+                   "their board",
+                   "x.csv:5: 3 kHz at 1 degrees: at the end of its range; the best corrections may lie "
+                   "beyond"));
+}
+
 } // namespace
 } // namespace Radio::Tables

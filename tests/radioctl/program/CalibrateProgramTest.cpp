@@ -576,9 +576,9 @@ TEST_P(DamagedJournalTest, IsPutAwayByRestartAndByNothingElse) {
 INSTANTIATE_TEST_SUITE_P(
     All, DamagedJournalTest,
     testing::Values(Damage{"Empty", [](const std::string& /*whole*/) { return std::string(); },
-                           ": empty, expected a calibration journal"},
+                           ": has no whole line, expected a calibration journal"},
                     Damage{"FirstLineCut", [](const std::string& whole) { return whole.substr(0, 100); },
-                           ": empty, expected a calibration journal"},
+                           ": has no whole line, expected a calibration journal"},
                     Damage{"GarbageInside",
                            [](const std::string& whole) {
                                const std::size_t line = whole.find('\n') + 1;
@@ -587,7 +587,7 @@ INSTANTIATE_TEST_SUITE_P(
                            },
                            ":2: expected a JSON object with khz, degrees, i, q and reading"},
                     Damage{"Zeros", [](const std::string& whole) { return std::string(whole.size(), '\0'); },
-                           ": empty, expected a calibration journal"},
+                           ": has no whole line, expected a calibration journal"},
                     Damage{"OfAnotherProgram",
                            [](const std::string& /*whole*/) { return std::string("mine\n"); },
                            ":1: expected the JSON object with which a calibration journal begins"},

@@ -73,7 +73,7 @@ badly 'edge, I ended at the low edge' "$@" --i-range -300 1000
 is_fine bad.html 8
 badly 'failed, the high-range detector was never read' "$@" --detector high --no-qualify
 is_fine bad.html 2
-badly 'failed, the budget of probes is spent' --restart --probes 60
+badly 'edge, the best I is about' --restart --i-range -400 1000
 is_fine bad.html 9
 
 # The first page with faults, each of which must be seen.
