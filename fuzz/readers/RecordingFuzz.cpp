@@ -1,7 +1,12 @@
-// Recordings, and what radioctl record show makes of them. Of the header, the empty end is left out of an
-// input.
+// Recordings, and what radioctl record show and describe make of them. Of the header, the empty end is left
+// out of an input.
 
 #include "Rules.h"
+#include "radio/board/BoardFile.h"
+#include "radio/board/BoardNames.h"
+#include "radio/description/Description.h"
+#include "radio/language/CommandCheck.h"
+#include "radio/language/CommandParser.h"
 #include "radio/recording/RecordingFile.h"
 #include "radioctl/record/RecordingJson.h"
 #include "radioctl/record/RecordingText.h"
@@ -68,6 +73,21 @@ void show(RecordingFile& file) {
     }
 }
 
+/** What is described can be used, and so can its script on it. */
+void describe(RecordingFile& file) {
+    const Radio::Describing::Description description =
+        Radio::Describing::describe(file, fileName, "at some time");
+    const Radio::Board board =
+        Radio::readBoard(description.board, "radio.toml", [](const auto&) { return std::nullopt; });
+    const Radio::CommandCheck check(board);
+    std::istringstream lines(description.script);
+    for (std::string line; std::getline(lines, line);) {
+        if (const auto command = Radio::parseCommand(line)) {
+            check.check(*command);
+        }
+    }
+}
+
 } // namespace
 
 int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
@@ -78,6 +98,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
         file.rewind();
         Fuzz::require(requireOrder(file) == records, "what is read again is the same");
         show(file);
+        describe(file);
     });
     return 0;
 }

@@ -17,7 +17,7 @@ using Commands = std::vector<std::string_view>;
 const Commands& allCommands() {
     static const Commands all = {"run",        "console",     "check",     "plan explain", "plan audit",
                                  "thermal",    "qualify",     "calibrate", "tables lint",  "tables diff",
-                                 "tables why", "record show", "replay",    "completion"};
+                                 "tables why", "record show", "replay",    "describe",     "completion"};
     return all;
 }
 
@@ -125,7 +125,7 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::unusableInput,
          {"tables lint", "tables diff", "tables why"},
          "a table cannot be used, or there are none to look at"},
-        {ExitCode::unusableInput, {"record show", "replay"}, "a recording cannot be used"},
+        {ExitCode::unusableInput, {"record show", "replay", "describe"}, "a recording cannot be used"},
         {ExitCode::unusableInput, {"thermal", "calibrate"}, "gnuplot is missing"},
         {ExitCode::unusableInput,
          {"run", "console", "plan audit", "qualify", "calibrate"},
