@@ -7,6 +7,53 @@
 
 namespace Radio::Describing {
 
+namespace {
+
+using Recordings::ObjectKind;
+
+/** What a record of the kind speaks of; nothing: of different things, or of what nobody looks at. */
+std::optional<ObjectKind> subjectOf(Kind kind) {
+    switch (kind) {
+    case Kind::moduleInit:
+    case Kind::storageRetrieved:
+    case Kind::postFrameformat:
+    case Kind::setTx:
+    case Kind::setRx:
+        return ObjectKind::module;
+    case Kind::callbackPhase:
+    case Kind::callbackRegister:
+        return ObjectKind::callback;
+    case Kind::temperature:
+    case Kind::temperatureRegister:
+        return ObjectKind::temperatureObserver;
+    case Kind::registerObserver:
+    case Kind::registerObserverC:
+        return ObjectKind::handler;
+    case Kind::driverLookup:
+    case Kind::driverWrite:
+    case Kind::driverWriteBuffer:
+    case Kind::driverRead:
+        return ObjectKind::driver;
+    case Kind::tableLookup:
+    case Kind::tableLinear:
+    case Kind::tableBilinear:
+        return ObjectKind::table;
+    case Kind::variableGet:
+    case Kind::variableAddress:
+    case Kind::variableContent:
+        return ObjectKind::variable;
+    case Kind::brokerLookup:
+    case Kind::brokerGet:
+    case Kind::rauTx:
+    case Kind::rauRx:
+        return ObjectKind::interface;
+    default:
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
 Deeds::Deeds(RecordingFile& file) : m_file(file) {
     m_file.rewind();
 }
@@ -32,6 +79,10 @@ const Deed* Deeds::next() {
 }
 
 void Deeds::take(Record record) {
+    const std::optional<ObjectKind> subject = subjectOf(record.kind);
+    if (subject && record.object != nullptr && record.object->kind != *subject) {
+        record.object = nullptr; // no recorder writes it
+    }
     if (Recordings::isIncoming(record.kind)) {
         begin(std::move(record));
     } else if (record.kind == Kind::finished) {

@@ -1,5 +1,6 @@
 #include "radio/description/Faults.h"
 
+#include "radio/board/BoardNames.h"
 #include "radio/description/Spelling.h"
 #include "radio/recording/RecordingWords.h"
 #include "radio/text/Words.h"
@@ -75,7 +76,7 @@ bool Faults::isOnBoard(const Record& call) const {
         return table != nullptr && table->isThere;
     }
     default:
-        return m_inventory.interface(name) != nullptr;
+        return m_inventory.interface(name) != nullptr && (call.kind == Kind::brokerGet || rauChannel(name));
     }
 }
 

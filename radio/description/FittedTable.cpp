@@ -73,7 +73,7 @@ bool isBetween(const Row& low, const Row& row, const Row& high) {
 /** The rows that have to stay. */
 std::vector<const Row*> necessary(const std::vector<Row>& rows) {
     // Beyond so many, to look whether one more can be left out is not worth the time.
-    constexpr std::size_t longest = 256;
+    constexpr std::size_t longest = 64;
     std::vector<const Row*> kept{&rows.front()};
     for (std::size_t low = 0; low + 1 < rows.size();) {
         std::size_t high = low + 1;

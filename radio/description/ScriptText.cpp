@@ -382,8 +382,13 @@ void ScriptWriter::addAnswer(const Record& call) {
 }
 
 bool ScriptWriter::isOnBoard(const Record& write) const {
-    return write.object != nullptr && (m_inventory.driver(write.object->name) != nullptr ||
-                                       m_inventory.interface(write.object->name) != nullptr);
+    if (write.object == nullptr) {
+        return false;
+    }
+    const std::string& name = write.object->name;
+    const bool isOfUnit = write.kind == Kind::rauTx || write.kind == Kind::rauRx;
+    return isOfUnit ? rauChannel(name) && m_inventory.interface(name) != nullptr
+                    : m_inventory.driver(name) != nullptr;
 }
 
 // What changed by itself

@@ -44,7 +44,7 @@ std::string namesOf(const Commands& some, const Commands& asked) {
     std::copy_if(asked.begin(), asked.end(), std::back_inserter(others), [&some](std::string_view command) {
         return std::find(some.begin(), some.end(), command) == some.end();
     });
-    constexpr std::size_t few = 3;
+    constexpr std::size_t few = 5;
     if (others.size() <= few && asked.size() > many) {
         const std::string last(others.back());
         others.pop_back();

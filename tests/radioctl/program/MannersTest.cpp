@@ -75,7 +75,8 @@ TEST_F(MannersTest, UnknownCommandsAndOptionsHaveTheNearestOne) {
     for (const auto& [words, complaint] : std::vector<std::pair<std::vector<std::string>, std::string>>{
              {{"calibrat", "board.toml"},
               "unknown command \"calibrat\" (did you mean \"calibrate\"?), expected one of "
-              "run, console, check, plan, thermal, qualify, calibrate, tables, record, completion"},
+              "run, console, check, plan, thermal, qualify, calibrate, tables, record, "
+              "replay, describe, completion"},
              {{"plan", "explian"},
               "unknown command \"explian\" (did you mean \"explain\"?), expected one of explain, "
               "audit"},
@@ -103,6 +104,8 @@ TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
                                                       {"tables", "why", "--help"},
                                                       {"record", "--help"},
                                                       {"record", "show", "--help"},
+                                                      {"replay", "--help"},
+                                                      {"describe", "--help"},
                                                       {"completion", "--help"}}) {
         EXPECT_THAT(runProgram({arguments}).output, Not(testing::ContainsRegex("[^\n]{80}")));
     }
