@@ -3,9 +3,8 @@
 namespace Radio::Describing {
 
 DescribeCommandLine::DescribeCommandLine(CommandLine::Command program)
-    : m_describe(program.command("describe",
-                                 "Write the board file of a radio that was recorded,\nto standard "
-                                 "output")) {
+    : m_describe(program.command("describe", "Write the board file of a recorded radio to\n"
+                                             "standard output")) {
     m_describe.option("FILE", m_options.file, "Recording, from librecordingplatform.so")
         .required()
         .named("FILE");
