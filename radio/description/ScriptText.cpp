@@ -425,6 +425,7 @@ void ScriptWriter::lookForContent(const Record& call, std::vector<std::string>& 
     }
     std::copy(content.begin(), content.end(), now.begin());
     std::vector<std::string> words;
+    words.reserve(content.size());
     for (const std::int32_t value : content) {
         words.push_back(std::to_string(value));
     }
