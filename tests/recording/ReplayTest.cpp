@@ -125,7 +125,7 @@ TEST_P(ReplayedRadioTest, IsIdentical) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ReplayedRadioTest,
-                         testing::Values("tune 3", "unit", "throw", "cancel", "fork"));
+                         testing::Values("tune 3", "unit", "throw", "cancel", "phases", "fork"));
 
 TEST_F(ReplayTest, TypeOfAModuleThatNobodySawBeingBuiltIsFound) {
     recorded(LOADING_PROCESS);
