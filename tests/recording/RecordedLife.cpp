@@ -6,6 +6,7 @@
 
 #include "CTxIQImbalanceHandler.h"
 #include "FrequencyHandler.h"
+#include "FrequencyHandler_Common.h"
 #include "FullBoard.h"
 #include "IFrequencyHandler.h"
 #include "ILoCancellation.h"
@@ -134,6 +135,12 @@ public:
         static_cast<void>(canceller().calibrateLoCancellation(
             s.iLow, s.iHigh, s.qLow, s.qHigh, s.shrinkFactor, s.minDelta, s.maxIterations, 0, &i, &q, &delta,
             &s.iterations, s.useHighDetector));
+    }
+    /** Tunes a handler by itself. */
+    void tuneHandler(const std::string& direction, unsigned long carrier) const {
+        using Handler = RL::FrequencyHandler::Common::FrequencyHandler;
+        auto& tuned = dynamic_cast<Handler&>(handler(direction));
+        static_cast<void>(tuned.Handler::setRfFrequency(carrier));
     }
     /** What the detectors give, one reading after the other and over again. */
     void setReadings(const std::vector<std::int32_t>& readings) {
@@ -301,6 +308,7 @@ void carriers() {
         radio.tune(0xFFFFFFFFUL);
         radio.tune(static_cast<unsigned long>(0x10A000000ULL + 1234567));
         radio.tune(17000499);
+        radio.tuneHandler("Tx", 17000500);
     }
     liveOnChannel(-1);
     Radio two(rfModule, 2);
@@ -376,6 +384,19 @@ void searches() {
     static_cast<void>(radio.canceller().setLoCancellation(17500000, 40));
     static_cast<void>(radio.canceller().calibrateLoCancellation(0, 1, 0, 1, 0.5, 0, 1, 0, nullptr, nullptr,
                                                                 nullptr, nullptr, false));
+}
+
+/** What was found cannot be written: of ten writes, the last two fail. */
+void searchWhoseEndFails() {
+    Radio radio(microwaveHz);
+    radio.boot();
+    int writes = 0;
+    radio.platform.calls().setListener([&](const Standalone::Call& call) {
+        if (call.operation == Operation::driverWrite && ++writes == 8) {
+            radio.fail(Operation::driverWrite, "");
+        }
+    });
+    radio.search({0, 100, -100, 0, 0.75, 1, 1});
 }
 
 void searchesOfAlternatives() {
@@ -484,19 +505,27 @@ std::set<std::pair<Operation, std::string>> callsOf(int type, bool hasAlternativ
     return calls;
 }
 
+/** A driver that is looked up lacks a word of its record. */
+void lackWords(Radio& radio, Operation operation, const std::string& object) {
+    Standalone::Driver* const driver = radio.platform.drivers().find(object);
+    if (operation != Operation::driverLookup || driver == nullptr) {
+        return;
+    }
+    for (const unsigned words : {Standalone::wordWrite, Standalone::wordWriteBuffer}) {
+        driver->setMissingWords(words);
+        radio.run(11);
+    }
+    radio.tune(17442250);
+}
+
 /** A radio whose calls go wrong in turn, one all the time. */
 void failOneByOne(int type, bool hasAlternatives) {
     for (const auto& [operation, object] : callsOf(type, hasAlternatives)) {
         Radio radio(type, 1, hasAlternatives);
         radio.fail(operation, "/" + object, 0x8004);
         radio.live();
-        Standalone::Driver* const driver = radio.platform.drivers().find(object);
-        if (operation == Operation::driverLookup && driver != nullptr) {
-            radio.recover();
-            driver->setMissingWords(Standalone::wordWrite | Standalone::wordWriteBuffer);
-            radio.run(11);
-            radio.tune(17442250);
-        }
+        radio.recover();
+        lackWords(radio, operation, object);
     }
 }
 
@@ -598,7 +627,7 @@ int main(int count, char** arguments) {
         {"numbers", {&numbers}},
         {"spacings", {&spacings, &offsetArrays}},
         {"carriers", {&carriers}},
-        {"searches", {&searches, &searchesOfAlternatives}},
+        {"searches", {&searches, &searchWhoseEndFails, &searchesOfAlternatives}},
         {"observers", {&observers, &messages}},
         {"compensations", {&compensations}},
         {"failures", {&failures, &loseAddresses}},
