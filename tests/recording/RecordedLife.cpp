@@ -224,6 +224,16 @@ void boards() {
     liveAtLength(unknownType);
 }
 
+/** Carriers before the first phase. */
+void tuneTooSoon() {
+    for (int type = microwaveIf; type <= microwaveHz; ++type) {
+        Radio radio(type);
+        radio.platform.trace().setThreshold(Standalone::TraceLevel::information);
+        radio.build();
+        radio.tune(17442250);
+    }
+}
+
 // Numbers as they seldom are
 
 /** The life of a radio in which `name` is something else. */
@@ -296,7 +306,7 @@ void liveOnChannel(std::int32_t channel) {
 
 void carriers() {
     for (int type = microwaveIf; type <= microwaveHz; ++type) {
-        Radio radio(type, type == rfModule ? 0 : 1);
+        Radio radio(type, type == rfModule || type == rau ? 0 : 1);
         radio.boot();
         Listener listener;
         std::exception_ptr nothing;
@@ -397,6 +407,16 @@ void searchWhoseEndFails() {
         }
     });
     radio.search({0, 100, -100, 0, 0.75, 1, 1});
+}
+
+/** No detector that could be read, and no table at all. */
+void searchInVain() {
+    Radio radio(microwaveHz);
+    radio.fail(Operation::tableLookup, "");
+    radio.platform.drivers().find("channel.1.tx.rf.detector.v")->setMissingWords(Standalone::wordRead);
+    radio.boot();
+    radio.search({});
+    radio.tune(17442250);
 }
 
 void searchesOfAlternatives() {
@@ -623,11 +643,11 @@ void messages() {
 
 int main(int count, char** arguments) {
     const std::map<std::string, std::vector<void (*)()>> parts{
-        {"boards", {&boards}},
+        {"boards", {&boards, &tuneTooSoon}},
         {"numbers", {&numbers}},
         {"spacings", {&spacings, &offsetArrays}},
         {"carriers", {&carriers}},
-        {"searches", {&searches, &searchWhoseEndFails, &searchesOfAlternatives}},
+        {"searches", {&searches, &searchWhoseEndFails, &searchInVain, &searchesOfAlternatives}},
         {"observers", {&observers, &messages}},
         {"compensations", {&compensations}},
         {"failures", {&failures, &loseAddresses}},
