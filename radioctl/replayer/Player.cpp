@@ -20,6 +20,11 @@ std::uint64_t slotsOf(const Record& record) {
     return 1 + (record.bytes.size() + Recording::continuationBytes - 1) / Recording::continuationBytes;
 }
 
+bool isTrace(const Record& record) {
+    return record.kind == Kind::traceLevel || record.kind == Kind::traceMessage ||
+           record.kind == Kind::traceEnd;
+}
+
 bool isCall(const Record& record) {
     return record.kind != Kind::variableContent && record.kind != Kind::finished;
 }
@@ -123,15 +128,33 @@ const Record* Player::peek() const {
 const Record* Player::peekCall() const {
     const auto& places = m_ofThread[m_thread];
     const std::size_t depth = m_operations.size();
+    bool isToldOfClosing = false;
     for (std::size_t next = m_lived[m_thread]; next < places.size(); ++next) {
         const Record& record = m_records[places[next]];
         const bool isInside = record.depth > depth || Radio::Recordings::isIncoming(record.kind) ||
                               (record.kind == Kind::finished && record.depth >= depth);
-        if (!isInside && record.kind != Kind::variableContent && record.kind != Kind::brokerClose) {
+        if (record.kind == Kind::brokerClose) {
+            isToldOfClosing = record.outcome != Outcome::returned;
+        } else if (!isInside && record.kind != Kind::variableContent &&
+                   !(isToldOfClosing && isTrace(record))) {
             return &record;
         }
     }
     return nullptr;
+}
+
+bool Player::endsAtOnce() const {
+    const auto& places = m_ofThread[m_thread];
+    for (std::size_t next = m_lived[m_thread]; next < places.size(); ++next) {
+        const Record& record = m_records[places[next]];
+        if (record.kind == Kind::finished) {
+            return record.code != 0;
+        }
+        if (!isTrace(record)) {
+            return false;
+        }
+    }
+    return false;
 }
 
 void Player::consume() {

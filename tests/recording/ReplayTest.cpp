@@ -24,8 +24,8 @@ public:
         std::memcpy(&names, &m_bytes[Recording::At::nameSlots], sizeof names);
         std::memcpy(&claimed, &m_bytes[Recording::At::claimed], sizeof claimed);
         m_begin = Recording::headerBytes + names * Recording::slotBytes;
-        m_slots.resize(claimed);
-        std::memcpy(m_slots.data(), &m_bytes[m_begin], claimed * Recording::slotBytes);
+        m_slots.resize(static_cast<std::size_t>(claimed));
+        std::memcpy(m_slots.data(), &m_bytes[m_begin], m_slots.size() * Recording::slotBytes);
     }
 
     /** The first that tells of `kind` with `a`. */
@@ -54,8 +54,8 @@ public:
         }
         const std::uint64_t claimed = m_slots.size();
         std::memcpy(&m_bytes[Recording::At::claimed], &claimed, sizeof claimed);
-        std::memset(&m_bytes[m_begin], 0, (claimed + 1) * Recording::slotBytes);
-        std::memcpy(&m_bytes[m_begin], m_slots.data(), claimed * Recording::slotBytes);
+        std::memset(&m_bytes[m_begin], 0, (m_slots.size() + 1) * Recording::slotBytes);
+        std::memcpy(&m_bytes[m_begin], m_slots.data(), m_slots.size() * Recording::slotBytes);
         return m_bytes;
     }
 
@@ -125,7 +125,7 @@ TEST_P(ReplayedRadioTest, IsIdentical) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ReplayedRadioTest,
-                         testing::Values("tune 3", "unit", "throw", "cancel", "fork"));
+                         testing::Values("tune 3", "unit", "throw", "cancel", "phases", "fork"));
 
 TEST_F(ReplayTest, TypeOfAModuleThatNobodySawBeingBuiltIsFound) {
     recorded(LOADING_PROCESS);
