@@ -276,6 +276,11 @@ Record RecordingFile::recordOf(std::uint64_t sequence, const Slot& slot) const {
     if (outcome > static_cast<std::uint16_t>(Outcome::unwound)) {
         refuse(offset + 10, "an outcome, found " + std::to_string(outcome));
     }
+    const bool isBegin = static_cast<Kind>(slot.kind) < Kind::finished;
+    if (isBegin && outcome != static_cast<std::uint16_t>(Outcome::returned)) {
+        refuse(offset + 10,
+               "the beginning of an operation, without an outcome, found " + std::to_string(outcome));
+    }
     if (slot.more != slotsFor(count)) {
         refuse(offset + 7, "as many slots as " + std::to_string(count) + " bytes take");
     }

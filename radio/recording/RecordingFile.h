@@ -104,6 +104,8 @@ public:
     std::optional<Record> next();
     /** Begins anew. */
     void rewind();
+    /** next() gives the record with this number, which it has given before. Losses go on being counted. */
+    void goTo(std::uint64_t sequence) { m_at = sequence; }
     const Losses& losses() const { return m_losses; }
 
 private:
