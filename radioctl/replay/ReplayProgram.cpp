@@ -72,11 +72,14 @@ struct Counts {
     std::uint64_t identical = 0;
     std::uint64_t incomplete = 0;
     std::uint64_t different = 0;
+    std::uint64_t stopped = 0;
     std::uint64_t unusable = 0;
     std::uint64_t calls = 0;
+    std::uint64_t notCompared = 0;
 
     void add(const Verdict& verdict) {
         calls += verdict.calls;
+        notCompared += verdict.notCompared;
         switch (verdict.outcome) {
         case Outcome::identical:
             ++identical;
@@ -88,29 +91,23 @@ struct Counts {
             ++different;
             break;
         case Outcome::stopped:
+            ++stopped;
+            break;
         case Outcome::unusable:
             ++unusable;
             break;
         }
     }
     int exitCode() const {
-        return unusable != 0    ? ExitCode::unusableInput
-               : different != 0 ? ExitCode::different
-                                : ExitCode::good;
+        return unusable + stopped != 0 ? ExitCode::unusableInput
+               : different != 0        ? ExitCode::different
+                                       : ExitCode::good;
     }
 };
 
 // For people
 
-void showText(const Verdict& verdict) {
-    if (verdict.outcome == Outcome::unusable) {
-        complain(verdict.reason); // which names the file
-        return;
-    }
-    std::cout << harmless(verdict.file) << ": " << harmless(summaryOf(verdict)) << "\n";
-    if (verdict.outcome != Outcome::different) {
-        return;
-    }
+void showDifference(const Verdict& verdict) {
     const Told told = tell(verdict);
     if (!told.operation.empty()) {
         std::cout << "  in operation " << verdict.operation << ": " << told.operation << "\n";
@@ -122,16 +119,28 @@ void showText(const Verdict& verdict) {
     if (verdict.difference == Difference::more) {
         std::cout << "  The library asks for more: the recording has no answer to it.\n";
     }
-    if (told.passedOver != 0) {
-        std::cout << "  The recording lacks " << told.passedOver
-                  << " things for which it had no room; that can look like a difference.\n";
+}
+
+void showText(const Verdict& verdict) {
+    if (verdict.outcome == Outcome::unusable) {
+        complain(verdict.reason); // which names the file
+        return;
+    }
+    std::cout << harmless(verdict.file) << ": " << harmless(summaryOf(verdict)) << "\n";
+    if (verdict.outcome == Outcome::different) {
+        showDifference(verdict);
+    }
+    if (verdict.passedOver != 0) {
+        std::cout << "  The recording lacks " << counted(verdict.passedOver, "thing")
+                  << " for which it had no room; that can look like a difference, and hide one.\n";
     }
 }
 
 void showSummary(const Counts& counts, std::size_t files) {
     std::cout << counted(files, "recording") << ": " << counts.identical << " identical, "
               << counts.incomplete << " identical up to a gap, " << counts.different << " different, "
-              << counts.unusable << " unusable; " << counted(counts.calls, "call") << "\n";
+              << counts.stopped << " stopped, " << counts.unusable << " unusable; "
+              << counted(counts.calls, "call") << notComparedText(counts.notCompared) << "\n";
 }
 
 // For programs
@@ -171,11 +180,10 @@ std::string wordOf(Difference difference) {
 }
 
 void showJson(const Verdict& verdict) {
-    Json event{{"event", "replayed_recording"},
-               {"file", verdict.file},
-               {"outcome", wordOf(verdict)},
-               {"calls", verdict.calls},
-               {"recorded_calls", verdict.recorded}};
+    Json event{{"event", "replayed_recording"},      {"file", verdict.file},
+               {"outcome", wordOf(verdict)},         {"calls", verdict.calls},
+               {"recorded_calls", verdict.recorded}, {"not_compared", verdict.notCompared},
+               {"passed_over", verdict.passedOver}};
     if (!verdict.reason.empty()) {
         event["reason"] = verdict.reason;
     }
@@ -187,7 +195,6 @@ void showJson(const Verdict& verdict) {
         event["before"] = told.before;
         event["recorded"] = told.recorded;
         event["now"] = told.now;
-        event["passed_over"] = told.passedOver;
     }
     writeJsonLine(std::cout, event);
 }
@@ -198,8 +205,10 @@ void showJsonSummary(const Counts& counts, std::size_t files) {
                               {"identical", counts.identical},
                               {"identical_until_gap", counts.incomplete},
                               {"different", counts.different},
+                              {"stopped", counts.stopped},
                               {"unusable", counts.unusable},
-                              {"calls", counts.calls}});
+                              {"calls", counts.calls},
+                              {"not_compared", counts.notCompared}});
 }
 
 int replay(const Options& options) {

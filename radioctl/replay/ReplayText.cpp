@@ -72,7 +72,6 @@ std::string nowText(const Verdict& verdict, const RecordingFile& file, const See
 Told tell(const Verdict& verdict) {
     Told told;
     RecordingFile file = readRecording(verdict.file);
-    told.passedOver = file.header().passedOver;
     Selection selection(file, {});
     Shown lines(file);
     std::optional<Seen> recorded;
@@ -95,18 +94,23 @@ Told tell(const Verdict& verdict) {
     return told;
 }
 
+std::string notComparedText(std::uint64_t calls) {
+    return calls != 0 ? ", " + std::to_string(calls) + " not compared" : "";
+}
+
 std::string summaryOf(const Verdict& verdict) {
     const std::string calls = counted(verdict.calls, "call");
+    const std::string ofAll = calls + " of " + std::to_string(verdict.recorded);
+    const std::string rest = notComparedText(verdict.notCompared);
     switch (verdict.outcome) {
     case Outcome::identical:
-        return "identical, " + calls;
+        return "identical, " + calls + rest;
     case Outcome::identicalUntilGap:
-        return "identical up to the gap, " + calls + " of " + std::to_string(verdict.recorded);
+        return "identical up to the gap, " + ofAll + rest;
     case Outcome::different:
-        return "different after " + calls;
+        return "different after " + calls + rest;
     case Outcome::stopped:
-        return "identical up to what cannot be replayed, " + calls + " of " +
-               std::to_string(verdict.recorded) + ": " + verdict.reason;
+        return "stopped after " + ofAll + rest + ": " + verdict.reason;
     case Outcome::unusable:
         return verdict.reason;
     }

@@ -86,6 +86,8 @@ Verdict readVerdict(const std::string& file, const std::string& said, int ending
     verdict.outcome = outcomeOf(textIn(lines, "outcome"));
     verdict.calls = numberIn(lines, "calls");
     verdict.recorded = numberIn(lines, "recorded");
+    verdict.notCompared = numberIn(lines, "not_compared");
+    verdict.passedOver = numberIn(lines, "passed_over");
     verdict.operation = numberIn(lines, "operation");
     verdict.begin = numberIn(lines, "begin");
     verdict.reason = textIn(lines, "reason");

@@ -43,6 +43,10 @@ struct Verdict {
     /** Calls that were identical, and those that the recording has. */
     std::uint64_t calls = 0;
     std::uint64_t recorded = 0;
+    /** Calls that were passed without a comparison: outside of recorded operations, or of who knows what. */
+    std::uint64_t notCompared = 0;
+    /** So much was not recorded for want of room, which can look like a difference, or hide one. */
+    std::uint64_t passedOver = 0;
     /** Counted from 1. */
     std::uint64_t operation = 0;
     /** Where its record stands. */

@@ -80,7 +80,7 @@ void Player::play(Maker maker, ContentSetter setContent) {
             makeUnseen(*module);
         } else {
             // What the library does in operations that are not recorded.
-            m_unowned += isCall(record) ? 1U : 0U;
+            m_notCompared += isCall(record) ? 1U : 0U;
             if (record.kind == Kind::variableContent) {
                 m_setContent(record);
             }
@@ -155,7 +155,7 @@ const Record& Player::answer(const Call& now) {
             differ(comesLater(now) ? "call" : "more", &now);
         } else {
             consume();
-            ++m_calls;
+            ++(isIdentified(*next, now) ? m_calls : m_notCompared);
             endAs(*next);
             return *next;
         }
@@ -177,6 +177,7 @@ const Record& Player::makeUntilEnd() {
             if (next->kind == Kind::variableContent) {
                 m_setContent(*next);
             }
+            m_notCompared += isCall(*next) ? 1U : 0U;
             consume();
         }
     }
@@ -286,21 +287,31 @@ void Player::expectEnd(const Record& begin, const Answer& given, Outcome outcome
     consume();
 }
 
+/** The end of it. Where nothing was compared, nothing is identical. */
 void Player::endOfRecording() const {
+    if (m_calls == 0) {
+        giveUp(m_hasGap               ? "the gap is before the first call that could be compared"
+               : m_recordedCalls == 0 ? "there is no call in it"
+                                      : "there is no operation of the library in it");
+    }
     s_current = nullptr;
     Report report(m_hasGap ? "gap" : "identical");
-    report.add("calls", m_calls);
-    report.add("recorded", m_recordedCalls - m_unowned);
-    report.add("unowned", m_unowned);
+    addCounts(report);
     report.send(Ending::identical);
+}
+
+void Player::addCounts(Report& report) const {
+    report.add("calls", m_calls);
+    report.add("recorded", m_recordedCalls);
+    report.add("not_compared", m_notCompared);
+    report.add("passed_over", m_file.header().passedOver);
 }
 
 void Player::differ(const std::string& why, const Call* now) const {
     s_current = nullptr;
     Report report("different");
     report.add("why", why);
-    report.add("calls", m_calls);
-    report.add("recorded", m_recordedCalls - m_unowned);
+    addCounts(report);
     report.add("operation", m_operationNumber);
     report.add("begin", m_operations.empty() ? 0 : m_operations.front()->sequence);
     const Record* const next = peek();
@@ -316,8 +327,7 @@ void Player::differ(const std::string& why, const Call* now) const {
 void Player::giveUp(const std::string& why) const {
     s_current = nullptr;
     Report report("stopped");
-    report.add("calls", m_calls);
-    report.add("recorded", m_recordedCalls - m_unowned);
+    addCounts(report);
     report.add("operation", m_operationNumber);
     report.add("begin", m_operations.empty() ? 0 : m_operations.front()->sequence);
     report.add("reason", why);

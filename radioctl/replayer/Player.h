@@ -18,6 +18,8 @@ using Radio::Recordings::Outcome;
 using Radio::Recordings::Record;
 using Radio::Recordings::RecordingFile;
 
+class Report;
+
 /** What the library calls, or what came of an operation of it, in the words of a record. */
 struct Call {
     Kind kind{};
@@ -90,7 +92,7 @@ private:
     bool comesLater(const Call& now) const;
     void consume();
     [[noreturn]] void endOfRecording() const;
-    void reportPlace(std::string& report) const;
+    void addCounts(Report& report) const;
 
     static Player* s_current;
 
@@ -108,7 +110,7 @@ private:
     std::uint64_t m_operationNumber = 0;
     std::uint64_t m_calls = 0;
     std::uint64_t m_recordedCalls = 0;
-    std::uint64_t m_unowned = 0;
+    std::uint64_t m_notCompared = 0;
     bool m_hasGap = false;
     std::int32_t m_unseenType = -1;
 };
