@@ -74,6 +74,10 @@ std::int32_t Record::number(std::size_t index) const {
     return signedAt(bytes, index * 4);
 }
 
+std::uint64_t Record::slots() const {
+    return 1 + slotsFor(bytes.size());
+}
+
 RecordingFile::RecordingFile(std::string bytes, std::string name)
     : m_bytes(std::move(bytes)),
       m_name(std::move(name)) {
@@ -264,6 +268,10 @@ std::optional<Record> RecordingFile::next() {
         m_losses.unfinished += slot.commit == commitMark(sequence, true) ? 0 : 1;
     }
     return {};
+}
+
+Record RecordingFile::at(std::uint64_t sequence) const {
+    return recordOf(sequence, slotAt(offsetOf(sequence)));
 }
 
 Record RecordingFile::recordOf(std::uint64_t sequence, const Slot& slot) const {

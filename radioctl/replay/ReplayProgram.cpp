@@ -1,72 +1,22 @@
 #include "radioctl/replay/ReplayProgram.h"
 
+#include "radio/files/InputError.h"
 #include "radio/files/Json.h"
 #include "radio/text/Words.h"
 #include "radioctl/options/ExitCode.h"
-#include "radioctl/replay/Process.h"
 #include "radioctl/replay/ReplayText.h"
+#include "radioctl/replay/Replayers.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/Output.h"
 
-#include <poll.h>
-
 #include <algorithm>
-#include <functional>
+#include <chrono>
 #include <iostream>
-#include <map>
 #include <thread>
 
 namespace Radio::Replaying {
 
 namespace {
-
-/** What is at work, and what it has said. */
-struct Running {
-    std::size_t index;
-    Process process;
-    std::string said;
-};
-
-/** Waits until one of them has more to say. */
-void await(const std::vector<Running>& running, std::vector<pollfd>& ready) {
-    ready.clear();
-    for (const Running& one : running) {
-        ready.push_back({one.process.output, POLLIN, 0});
-    }
-    static_cast<void>(poll(ready.data(), static_cast<nfds_t>(ready.size()), -1));
-}
-
-/** Replays all files, at most `jobs` at a time; `show` is called in the order in which they were given. */
-void replayAll(const std::vector<std::string>& files, std::size_t jobs,
-               const std::function<void(const Verdict&)>& show) {
-    const std::string replayer = findReplayer();
-    std::vector<Running> running;
-    std::map<std::size_t, Verdict> done;
-    std::vector<pollfd> ready;
-    std::size_t started = 0;
-    std::size_t shown = 0;
-    while (shown < files.size()) {
-        while (started < files.size() && running.size() < jobs) {
-            running.push_back({started, start(replayer, files[started]), {}});
-            ++started;
-        }
-        await(running, ready);
-        for (std::size_t place = running.size(); place-- > 0;) {
-            Running& one = running[place];
-            if (ready[place].revents == 0 || readMore(one.process, one.said)) {
-                continue;
-            }
-            const int ending = endOf(one.process);
-            done[one.index] = readVerdict(files[one.index], one.said, ending);
-            running.erase(running.begin() + static_cast<std::ptrdiff_t>(place));
-        }
-        for (auto next = done.find(shown); next != done.end(); next = done.find(shown)) {
-            show(next->second);
-            done.erase(next);
-            ++shown;
-        }
-    }
-}
 
 struct Counts {
     std::uint64_t identical = 0;
@@ -107,15 +57,29 @@ struct Counts {
 
 // For people
 
+/** A file may be another one by now. */
+Told tellOr(const Verdict& verdict) {
+    try {
+        return tell(verdict);
+    } catch (const InputError& error) {
+        Told told;
+        told.now = std::string("not told, since the file has changed: ") + error.what();
+        return told;
+    }
+}
+
 void showDifference(const Verdict& verdict) {
-    const Told told = tell(verdict);
+    const Told told = tellOr(verdict);
     if (!told.operation.empty()) {
         std::cout << "  in operation " << verdict.operation << ": " << told.operation << "\n";
     }
     for (const std::string& line : told.before) {
         std::cout << "    " << line << "\n";
     }
-    std::cout << "  recorded: " << told.recorded << "\n  now:      " << told.now << "\n";
+    if (!told.recorded.empty()) {
+        std::cout << "  recorded: " << told.recorded << "\n";
+    }
+    std::cout << "  now:      " << harmless(told.now) << "\n";
     if (verdict.difference == Difference::more) {
         std::cout << "  The library asks for more: the recording has no answer to it.\n";
     }
@@ -188,7 +152,7 @@ void showJson(const Verdict& verdict) {
         event["reason"] = verdict.reason;
     }
     if (verdict.outcome == Outcome::different) {
-        const Told told = tell(verdict);
+        const Told told = tellOr(verdict);
         event["difference"] = wordOf(verdict.difference);
         event["operation_number"] = verdict.operation;
         event["operation"] = told.operation;
@@ -215,7 +179,8 @@ int replay(const Options& options) {
     const std::size_t processors = std::max(1U, std::thread::hardware_concurrency());
     const std::size_t jobs = options.jobs ? static_cast<std::size_t>(*options.jobs) : processors;
     Counts counts;
-    replayAll(options.files, jobs, [&](const Verdict& verdict) {
+    Replayers replayers(jobs, std::chrono::seconds(options.timeout));
+    replayers.replay(options.files, [&](const Verdict& verdict) {
         counts.add(verdict);
         options.json ? showJson(verdict) : showText(verdict);
     });

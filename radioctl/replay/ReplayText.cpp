@@ -50,12 +50,19 @@ private:
     RecordingText m_text;
 };
 
+std::string crashText(const Verdict& verdict) {
+    if (verdict.signal == 0) {
+        return "the library ended the process with " + std::to_string(verdict.ending) + " without a report";
+    }
+    return verdict.signal == SIGXCPU
+               ? "the library does not come back"
+               : "the library ended the process with signal " + std::to_string(verdict.signal) + " (" +
+                     strsignal(verdict.signal) + ")";
+}
+
 std::string nowText(const Verdict& verdict, const RecordingFile& file, const Seen* recorded) {
     if (verdict.difference == Difference::crash) {
-        return verdict.signal == SIGXCPU
-                   ? "the library does not come back"
-                   : "the library ended the process with signal " + std::to_string(verdict.signal) + " (" +
-                         strsignal(verdict.signal) + ")";
+        return crashText(verdict);
     }
     Seen seen;
     seen.record = verdict.now;
@@ -71,6 +78,10 @@ std::string nowText(const Verdict& verdict, const RecordingFile& file, const See
 
 Told tell(const Verdict& verdict) {
     Told told;
+    if (verdict.difference == Difference::crash && !verdict.at) {
+        told.now = crashText(verdict); // where it was, it did not say
+        return told;
+    }
     RecordingFile file = readRecording(verdict.file);
     Selection selection(file, {});
     Shown lines(file);

@@ -3,6 +3,7 @@
 #include "radioctl/replay/Verdict.h"
 #include "tests/recording/RecordedProcess.h"
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 
@@ -47,6 +48,11 @@ public:
         m_slots.insert(m_slots.begin() + static_cast<std::ptrdiff_t>(place), copy);
     }
 
+    /** Nothing is behind the first that `isLast` holds for. */
+    void cutBehind(const std::function<bool(const Recording::Slot&)>& isLast) {
+        const auto last = std::find_if(m_slots.begin(), m_slots.end(), isLast);
+        m_slots.erase(last != m_slots.end() ? last + 1 : last, m_slots.end());
+    }
     void append(const Recording::Slot& slot) { m_slots.push_back(slot); }
     void setPassedOver(std::uint32_t count) {
         std::memcpy(&m_bytes[Recording::At::passedOver], &count, sizeof count);
@@ -380,3 +386,102 @@ INSTANTIATE_TEST_SUITE_P(All, FaultyBoardTest,
                                          FaultyBoard{"microwave-dsp-offset-80ghz", "18226"},
                                          FaultyBoard{"iq-compensation-18ghz", "24338"}),
                          [](const auto& tried) { return std::to_string(tried.index); });
+
+// What becomes of the processes that replay
+
+namespace {
+
+/** radioctl with a script beside it in the place of the program that lives a recording. */
+class ReplayersTest : public ReplayTest {
+protected:
+    void replaceReplayer(const std::string& script) const {
+        std::filesystem::copy_file(RADIOCTL_PROGRAM, directory() / "radioctl");
+        write("radioctl-replay", "#!/bin/sh\n" + script + "\n");
+        std::filesystem::permissions(directory() / "radioctl-replay", std::filesystem::perms::owner_all);
+    }
+    Ending replayWith(const std::string& script, const std::string& words) const {
+        replaceReplayer(script);
+        return unrecorded("./radioctl replay " + words);
+    }
+};
+
+constexpr const char* comesNotBack = "radio.rec: different after 0 calls\n"
+                                     "  now:      the library does not come back\n";
+
+} // namespace
+
+TEST_F(ReplayersTest, RecordingWithoutAnEndIsADifferenceWhenItsTimeIsOver) {
+    const Ending ending = replayWith("exec sleep 1000", "--timeout 1 radio.rec");
+    EXPECT_EQ(ending.output, comesNotBack);
+    EXPECT_EQ(ending.exitCode, 1);
+}
+
+TEST_F(ReplayersTest, WhatDoesNotHearThatItsTimeIsOverIsKilled) {
+    const Ending ending = replayWith("trap '' XCPU\nexec sleep 1000", "--timeout 1 radio.rec");
+    EXPECT_EQ(ending.output, comesNotBack);
+    EXPECT_EQ(ending.exitCode, 1);
+}
+
+TEST_F(ReplayersTest, WhatEndsWithoutAReportIsADifference) {
+    const Ending ending = replayWith("exit 0", "radio.rec");
+    EXPECT_EQ(ending.output, "radio.rec: different after 0 calls\n"
+                             "  now:      the library ended the process with 0 without a report\n");
+    EXPECT_EQ(ending.exitCode, 1);
+}
+
+TEST_F(ReplayersTest, FileThatHasChangedMeanwhileDoesNotEndTheOthers) {
+    const Ending ending =
+        replayWith("echo 'outcome different'; echo 'why call'; echo 'calls 5'; echo 'at 3'\n"
+                   "echo 'now 41 0 0 7 0 0 1 0'",
+                   "radio.rec radio.rec");
+    const std::string one = "radio.rec: different after 5 calls\n"
+                            "  now:      not told, since the file has changed: radio.rec: cannot be read: No "
+                            "such file or directory\n";
+    EXPECT_EQ(ending.output,
+              one + one +
+                  "2 recordings: 0 identical, 0 identical up to a gap, 2 different, 0 stopped, "
+                  "0 unusable; 10 calls\n");
+    EXPECT_EQ(ending.exitCode, 1);
+}
+
+TEST_F(ReplayersTest, FewerAtATimeWhenThereIsNoRoomForSoMany) {
+    replaceReplayer("sleep 0.2; echo 'outcome identical'; echo 'calls 7'");
+    std::string files;
+    for (int file = 0; file < 40; ++file) {
+        files += " radio.rec";
+    }
+    const Ending ending = shell("ulimit -n 16;", "./radioctl replay --jobs 200" + files);
+    EXPECT_THAT(ending.output,
+                EndsWith("\n40 recordings: 40 identical, 0 identical up to a gap, 0 different, "
+                         "0 stopped, 0 unusable; 280 calls\n"));
+    EXPECT_EQ(ending.exitCode, 0);
+}
+
+TEST_F(ReplayersTest, ReplayerEndsWhenRadioctlIsKilled) {
+    replaceReplayer("echo $$ > pid.new; mv pid.new pid; exec sleep 1000");
+    const Ending ending =
+        shell("", "./radioctl replay radio.rec & radioctl=$!\n"
+                  "for wait in $(seq 300); do [ -s pid ] && break; sleep 0.1; done\n"
+                  "kill -KILL $radioctl\n"
+                  "for wait in $(seq 100); do\n"
+                  "    grep -qs '^State:[[:space:]]*[^Z]' /proc/$(cat pid)/status || exit 0\n"
+                  "    sleep 0.1\n"
+                  "done; exit 1; true");
+    EXPECT_EQ(ending.exitCode, 0);
+}
+
+// The library ends the thread in the middle of the call, and nobody wrote the end of the operation.
+TEST_F(ReplayTest, RecordingThatEndsWithACancelledCallIsLived) {
+    recorded(radio("cancel"));
+    Slots slots(contentOf("recording"));
+    slots.cutBehind([](const Recording::Slot& slot) { return (slot.second & 15U) == 3; });
+    write("changed", slots.bytes());
+    EXPECT_EQ(replay("changed").output, "changed: identical, 31 calls\n");
+}
+
+TEST(ReplayVerdict, ProcessThatEndedWithoutAReportHasItsEnding) {
+    const auto verdict = Radio::Replaying::readVerdict("radio.rec", "a line of the library\n", 3);
+    EXPECT_EQ(verdict.difference, Radio::Replaying::Difference::crash);
+    EXPECT_EQ(verdict.signal, 0);
+    EXPECT_EQ(verdict.ending, 3);
+}
