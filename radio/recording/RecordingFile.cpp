@@ -50,8 +50,14 @@ std::size_t slotsFor(std::size_t bytes) {
     return (bytes + continuationBytes - 1) / continuationBytes;
 }
 
-/** How many bytes a record of the kind has when the operation returned; nothing: any number. */
-std::optional<std::size_t> bytesOf(const Slot& slot) {
+/** How many bytes a record of the kind has, as the operation ended; nothing: any number. */
+std::optional<std::size_t> bytesOf(const Slot& slot, Outcome outcome) {
+    if (outcome == Outcome::threwException) {
+        return {}; // what the exception says
+    }
+    if (outcome != Outcome::returned && static_cast<Kind>(slot.kind) != Kind::traceMessage) {
+        return 0;
+    }
     switch (static_cast<Kind>(slot.kind)) {
     case Kind::calibrate:
         return 44;
@@ -285,14 +291,15 @@ Record RecordingFile::recordOf(std::uint64_t sequence, const Slot& slot) const {
         refuse(offset + 10, "an outcome, found " + std::to_string(outcome));
     }
     const bool isBegin = static_cast<Kind>(slot.kind) < Kind::finished;
-    if (isBegin && outcome != static_cast<std::uint16_t>(Outcome::returned)) {
-        refuse(offset + 10,
-               "the beginning of an operation, without an outcome, found " + std::to_string(outcome));
+    const bool isContent = static_cast<Kind>(slot.kind) == Kind::variableContent;
+    if ((isBegin || isContent) && outcome != static_cast<std::uint16_t>(Outcome::returned)) {
+        refuse(offset + 10, std::string(isBegin ? "the beginning of an operation" : "a content") +
+                                ", without an outcome, found " + std::to_string(outcome));
     }
     if (slot.more != slotsFor(count)) {
         refuse(offset + 7, "as many slots as " + std::to_string(count) + " bytes take");
     }
-    if (outcome == 0 && bytesOf(slot).value_or(count) != count) {
+    if (bytesOf(slot, static_cast<Outcome>(outcome)).value_or(count) != count) {
         refuse(offset + 10, "as many bytes as the kind " + std::to_string(slot.kind) + " has, found " +
                                 std::to_string(count));
     }
@@ -323,6 +330,12 @@ std::string RecordingFile::bytesBehind(std::uint64_t sequence, std::size_t count
 
 RecordingFile readRecording(const std::string& file) {
     std::error_code error;
+    const auto type = std::filesystem::status(file, error).type();
+    // Whoever opens a pipe may wait for ever. What is not there is said by whoever tries to read it.
+    if (type != std::filesystem::file_type::regular && type != std::filesystem::file_type::directory &&
+        type != std::filesystem::file_type::not_found && type != std::filesystem::file_type::none) {
+        throw InputError({file, 0}, "is no file, expected a recording");
+    }
     const std::uintmax_t size = std::filesystem::file_size(file, error);
     // What is no file is said by whoever tries to read it.
     const std::size_t most =
