@@ -50,8 +50,14 @@ std::size_t slotsFor(std::size_t bytes) {
     return (bytes + continuationBytes - 1) / continuationBytes;
 }
 
-/** How many bytes a record of the kind has when the operation returned; nothing: any number. */
-std::optional<std::size_t> bytesOf(const Slot& slot) {
+/** How many bytes a record of the kind has, as the operation ended; nothing: any number. */
+std::optional<std::size_t> bytesOf(const Slot& slot, Outcome outcome) {
+    if (outcome == Outcome::threwException) {
+        return {}; // what the exception says
+    }
+    if (outcome != Outcome::returned && static_cast<Kind>(slot.kind) != Kind::traceMessage) {
+        return 0;
+    }
     switch (static_cast<Kind>(slot.kind)) {
     case Kind::calibrate:
         return 44;
@@ -72,6 +78,10 @@ std::optional<std::size_t> bytesOf(const Slot& slot) {
 
 std::int32_t Record::number(std::size_t index) const {
     return signedAt(bytes, index * 4);
+}
+
+std::uint64_t Record::slots() const {
+    return 1 + slotsFor(bytes.size());
 }
 
 RecordingFile::RecordingFile(std::string bytes, std::string name)
@@ -266,6 +276,10 @@ std::optional<Record> RecordingFile::next() {
     return {};
 }
 
+Record RecordingFile::at(std::uint64_t sequence) const {
+    return recordOf(sequence, slotAt(offsetOf(sequence)));
+}
+
 Record RecordingFile::recordOf(std::uint64_t sequence, const Slot& slot) const {
     const std::size_t offset = offsetOf(sequence);
     if (!isKind(slot.kind)) {
@@ -276,10 +290,16 @@ Record RecordingFile::recordOf(std::uint64_t sequence, const Slot& slot) const {
     if (outcome > static_cast<std::uint16_t>(Outcome::unwound)) {
         refuse(offset + 10, "an outcome, found " + std::to_string(outcome));
     }
+    const bool isBegin = static_cast<Kind>(slot.kind) < Kind::finished;
+    const bool isContent = static_cast<Kind>(slot.kind) == Kind::variableContent;
+    if ((isBegin || isContent) && outcome != static_cast<std::uint16_t>(Outcome::returned)) {
+        refuse(offset + 10, std::string(isBegin ? "the beginning of an operation" : "a content") +
+                                ", without an outcome, found " + std::to_string(outcome));
+    }
     if (slot.more != slotsFor(count)) {
         refuse(offset + 7, "as many slots as " + std::to_string(count) + " bytes take");
     }
-    if (outcome == 0 && bytesOf(slot).value_or(count) != count) {
+    if (bytesOf(slot, static_cast<Outcome>(outcome)).value_or(count) != count) {
         refuse(offset + 10, "as many bytes as the kind " + std::to_string(slot.kind) + " has, found " +
                                 std::to_string(count));
     }
@@ -310,6 +330,12 @@ std::string RecordingFile::bytesBehind(std::uint64_t sequence, std::size_t count
 
 RecordingFile readRecording(const std::string& file) {
     std::error_code error;
+    const auto type = std::filesystem::status(file, error).type();
+    // Whoever opens a pipe may wait for ever. What is not there is said by whoever tries to read it.
+    if (type != std::filesystem::file_type::regular && type != std::filesystem::file_type::directory &&
+        type != std::filesystem::file_type::not_found && type != std::filesystem::file_type::none) {
+        throw InputError({file, 0}, "is no file, expected a recording");
+    }
     const std::uintmax_t size = std::filesystem::file_size(file, error);
     // What is no file is said by whoever tries to read it.
     const std::size_t most =

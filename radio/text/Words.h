@@ -11,7 +11,8 @@ namespace Radio {
 /** A result code as people write it, for example "0x8001". */
 std::string codeText(std::int32_t code);
 
-/** `text` with its control characters written as \x1b and so on, so that a terminal does not obey them. */
+/** `text` with the bytes of its control characters, of those that turn the direction of what follows, of line
+ * separators, and of what is no UTF-8 written as \x1b and so on, so that a terminal does not obey them. */
 std::string harmless(std::string_view text);
 
 /** `word` in quotation marks, cut when it is long and with nothing in it that a terminal would obey. */

@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace Radio::Recordings {
 
@@ -203,6 +205,52 @@ TEST(RecordingFile, RecordsThatNobodyWritesAreRefused) {
         "a.rec: at byte 4362: expected as many bytes as the kind 41 has, found 1");
     EXPECT_EQ(complaintAbout(MadeUpRecording(8, 4, 4).record(Kind::finished, 0, 0, 31).bytes()),
               "a.rec: at byte 4368: expected the kind of what has ended, found 31");
+    EXPECT_EQ(complaintAbout(MadeUpRecording(8, 4, 4)
+                                 .record(Kind::calibrate, 0, 0, 0, 0, 0, 0, 0, "", Outcome::unwound)
+                                 .bytes()),
+              "a.rec: at byte 4362: expected the beginning of an operation, without an outcome, found 3");
+    EXPECT_EQ(
+        complaintAbout(MadeUpRecording(8, 4, 4)
+                           .record(Kind::variableContent, 0, 0, 0, 0, 0, 0, 0, "", Outcome::threwSomething)
+                           .bytes()),
+        "a.rec: at byte 4362: expected a content, without an outcome, found 2");
+}
+
+TEST(RecordingFile, CallThatDidNotReturnHasTheTextOfItsExceptionOrNothing) {
+    const auto ended = [](Kind kind, Outcome outcome) {
+        return complaintAbout(
+            MadeUpRecording(8, 4, 4).record(kind, 0, 0, 0, 0, 0, 0, 0, "12345", outcome).bytes());
+    };
+    const std::string tooMany = "a.rec: at byte 4362: expected as many bytes as the kind ";
+    EXPECT_EQ(ended(Kind::driverWrite, Outcome::threwException), "");
+    EXPECT_EQ(ended(Kind::driverWrite, Outcome::threwSomething), tooMany + "41 has, found 5");
+    EXPECT_EQ(ended(Kind::driverWriteBuffer, Outcome::unwound), tooMany + "42 has, found 5");
+    // The text was written before its stream ended it.
+    EXPECT_EQ(ended(Kind::traceMessage, Outcome::threwSomething), "");
+    EXPECT_EQ(ended(Kind::traceMessage, Outcome::unwound), "");
+}
+
+TEST(RecordingFile, WhatIsNoFileIsNotOpened) {
+    const std::string pipe = testing::TempDir() + "recording-pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    try {
+        static_cast<void>(readRecording(pipe));
+        ADD_FAILURE() << "it was read";
+    } catch (const InputError& error) {
+        EXPECT_EQ(error.what(), pipe + ": is no file, expected a recording");
+    }
+    static_cast<void>(unlink(pipe.c_str()));
+}
+
+TEST(RecordingFile, RecordIsFoundByItsNumber) {
+    MadeUpRecording made(8, 4, 4);
+    made.record(Kind::driverWriteBuffer, 0, 0, 2, 0, 0, 0, 0, "ab");
+    made.record(Kind::driverWrite, 0, 0, 7);
+    const RecordingFile file = read(made);
+    EXPECT_EQ(file.at(0).bytes, "ab");
+    EXPECT_EQ(file.at(0).slots(), 2U);
+    EXPECT_EQ(file.at(2).a, 7);
+    EXPECT_EQ(file.at(2).slots(), 1U);
 }
 
 TEST(RecordingWords, EveryKindHasAWord) {

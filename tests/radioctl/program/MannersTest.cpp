@@ -54,7 +54,7 @@ TEST_F(MannersTest, HelpHasTheExitCodes) {
     const Ending all = runProgram({{"--help"}});
     EXPECT_THAT(all.output,
                 HasSubstr("\nExit codes:\n  0    good\n  1    run, console: an expectation failed"));
-    EXPECT_THAT(all.output, HasSubstr("tables diff: there are differences\n"));
+    EXPECT_THAT(all.output, HasSubstr("tables diff, record diff: there are differences\n"));
     EXPECT_EQ(all.exitCode, 0);
 }
 
@@ -104,6 +104,7 @@ TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
                                                       {"tables", "why", "--help"},
                                                       {"record", "--help"},
                                                       {"record", "show", "--help"},
+                                                      {"record", "diff", "--help"},
                                                       {"replay", "--help"},
                                                       {"describe", "--help"},
                                                       {"completion", "--help"}}) {
@@ -128,6 +129,14 @@ TEST_F(MannersTest, CompletionKnowsTheLevelsBehindAnEqualsSign) {
 TEST_F(MannersTest, CompletionKnowsTheCommandsForTables) {
     EXPECT_EQ(completed("radioctl tables \"\"", 2), "lint\ndiff\nwhy\n");
     EXPECT_EQ(completed("radioctl tables why --t", 3), "--temperature\n");
+}
+
+TEST_F(MannersTest, CompletionTellsADiffOfRecordingsFromOneOfTables) {
+    EXPECT_EQ(completed("radioctl record \"\"", 2), "show\ndiff\n");
+    EXPECT_EQ(completed("radioctl record diff --l", 3), "--limit\n");
+    EXPECT_EQ(completed("radioctl tables diff --b", 3), "--board\n");
+    write("a.rec", "");
+    EXPECT_EQ(completed("radioctl record diff a", 3), "a.rec\n");
 }
 
 TEST_F(MannersTest, CompletionOffersAReportToRunAlone) {
