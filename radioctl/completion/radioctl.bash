@@ -65,7 +65,7 @@ _radioctl()
             record-diff) word="--help --json --verbose --channel --driver --from --to --limit" ;;
             why) word="--help --json --channel --frequency --temperature" ;;
             show) word="--help --json --verbose --channel --driver --from --to" ;;
-            replay) word="--help --json --jobs" ;;
+            replay) word="--help --json --jobs --timeout" ;;
             check) word="--help --json --all --strict --hardware" ;;
             completion | lint) word="--help --json" ;;
             *) word="--help --json --version" ;;

@@ -2,19 +2,24 @@
 
 #include "radio/files/Json.h"
 #include "radio/text/Words.h"
+#include "radioctl/console/Interrupt.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/replay/Process.h"
 #include "radioctl/replay/ReplayText.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/Output.h"
 
-#include <poll.h>
+#include <sys/epoll.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <iostream>
 #include <map>
 #include <thread>
+#include <utility>
 
 namespace Radio::Replaying {
 
@@ -27,46 +32,116 @@ struct Running {
     std::string said;
 };
 
-/** Waits until one of them has more to say. */
-void await(const std::vector<Running>& running, std::vector<pollfd>& ready) {
-    ready.clear();
-    for (const Running& one : running) {
-        ready.push_back({one.process.output, POLLIN, 0});
+/** Something to wait on for several processes at once. */
+class Outputs {
+public:
+    Outputs() : m_all(epoll_create1(EPOLL_CLOEXEC)) {}
+    Outputs(const Outputs&) = delete;
+    Outputs& operator=(const Outputs&) = delete;
+    ~Outputs() { static_cast<void>(close(m_all)); }
+
+    void add(int output) const {
+        epoll_event event{};
+        event.events = EPOLLIN;
+        event.data.fd = output;
+        static_cast<void>(epoll_ctl(m_all, EPOLL_CTL_ADD, output, &event));
     }
-    static_cast<void>(poll(ready.data(), static_cast<nfds_t>(ready.size()), -1));
+    /** Those that have more to say; none when somebody has asked the program to leave. */
+    std::vector<int> await(const Interrupt& interrupt) const {
+        std::array<epoll_event, 64> events{};
+        if (!interrupt.waitForInput(m_all)) {
+            return {};
+        }
+        const int count = epoll_wait(m_all, events.data(), static_cast<int>(events.size()), 0);
+        std::vector<int> outputs;
+        for (int index = 0; index < count; ++index) {
+            outputs.push_back(events.at(static_cast<std::size_t>(index)).data.fd);
+        }
+        return outputs;
+    }
+
+private:
+    int m_all;
+};
+
+/** Each process takes a file of those that may be open at a time. */
+std::size_t placesForJobs() {
+    constexpr rlim_t others = 32;
+    rlimit files{};
+    return getrlimit(RLIMIT_NOFILE, &files) == 0 && files.rlim_cur > others
+               ? static_cast<std::size_t>(files.rlim_cur - others)
+               : 1;
 }
 
-/** Replays all files, at most `jobs` at a time; `show` is called in the order in which they were given. */
-void replayAll(const std::vector<std::string>& files, std::size_t jobs,
-               const std::function<void(const Verdict&)>& show) {
-    const std::string replayer = findReplayer();
-    std::vector<Running> running;
-    std::map<std::size_t, Verdict> done;
-    std::vector<pollfd> ready;
-    std::size_t started = 0;
-    std::size_t shown = 0;
-    while (shown < files.size()) {
-        while (started < files.size() && running.size() < jobs) {
-            running.push_back({started, start(replayer, files[started]), {}});
-            ++started;
-        }
-        await(running, ready);
-        for (std::size_t place = running.size(); place-- > 0;) {
-            Running& one = running[place];
-            if (ready[place].revents == 0 || readMore(one.process, one.said)) {
-                continue;
+/** Replays files, some at a time, until all are done or somebody asks the program to leave. */
+class Replays {
+public:
+    using Show = std::function<void(const Verdict&)>;
+
+    /** `show` is called in the order of the files. */
+    Replays(const Options& options, std::size_t jobs, Show show)
+        : m_options(options),
+          m_jobs(std::min(jobs, placesForJobs())),
+          m_show(std::move(show)) {}
+
+    void run(const Interrupt& interrupt) {
+        while (m_shown < m_options.files.size() && interrupt.signal() == 0) {
+            startMore();
+            for (const int output : m_outputs.await(interrupt)) {
+                read(output);
             }
-            const int ending = endOf(one.process);
-            done[one.index] = readVerdict(files[one.index], one.said, ending);
-            running.erase(running.begin() + static_cast<std::ptrdiff_t>(place));
+            for (auto next = m_done.find(m_shown); next != m_done.end(); next = m_done.find(m_shown)) {
+                show(next);
+            }
         }
-        for (auto next = done.find(shown); next != done.end(); next = done.find(shown)) {
-            show(next->second);
-            done.erase(next);
-            ++shown;
+        m_running.clear();
+        while (!m_done.empty()) {
+            show(m_done.begin());
         }
     }
-}
+
+    std::size_t shown() const { return m_shown; }
+
+private:
+    using Done = std::map<std::size_t, Verdict>;
+
+    void startMore() {
+        while (m_started < m_options.files.size() && m_running.size() < m_jobs) {
+            m_running.push_back(
+                {m_started, Process(m_replayer, m_options.files[m_started], m_options.seconds), {}});
+            m_outputs.add(m_running.back().process.output());
+            ++m_started;
+        }
+    }
+
+    void read(int output) {
+        const auto one = std::find_if(m_running.begin(), m_running.end(), [output](const Running& running) {
+            return running.process.output() == output;
+        });
+        if (one == m_running.end() || one->process.readMore(one->said)) {
+            return;
+        }
+        const int ending = one->process.end();
+        m_done[one->index] = readVerdict(m_options.files[one->index], one->said, ending);
+        m_running.erase(one);
+    }
+
+    void show(Done::iterator verdict) {
+        m_show(verdict->second);
+        m_done.erase(verdict);
+        ++m_shown;
+    }
+
+    const Options& m_options;
+    std::string m_replayer = findReplayer();
+    std::size_t m_jobs;
+    Show m_show;
+    Outputs m_outputs;
+    std::vector<Running> m_running;
+    Done m_done;
+    std::size_t m_started = 0;
+    std::size_t m_shown = 0;
+};
 
 struct Counts {
     std::uint64_t identical = 0;
@@ -128,10 +203,17 @@ void showText(const Verdict& verdict) {
     }
 }
 
-void showSummary(const Counts& counts, std::size_t files) {
-    std::cout << counted(files, "recording") << ": " << counts.identical << " identical, "
-              << counts.incomplete << " identical up to a gap, " << counts.different << " different, "
-              << counts.unusable << " unusable; " << counted(counts.calls, "call") << "\n";
+/** `replayed` of `files` recordings. */
+void showSummary(const Counts& counts, std::size_t replayed, std::size_t files) {
+    if (files > 1) {
+        std::cout << counted(replayed, "recording") << ": " << counts.identical << " identical, "
+                  << counts.incomplete << " identical up to a gap, " << counts.different << " different, "
+                  << counts.unusable << " unusable; " << counted(counts.calls, "call") << "\n";
+    }
+    if (replayed < files) {
+        std::cout << "Interrupted: " << replayed << " of " << counted(files, "recording")
+                  << (replayed == 1 ? " was" : " were") << " replayed.\n";
+    }
 }
 
 // For programs
@@ -192,30 +274,31 @@ void showJson(const Verdict& verdict) {
     writeJsonLine(std::cout, event);
 }
 
-void showJsonSummary(const Counts& counts, std::size_t files) {
+void showJsonSummary(const Counts& counts, std::size_t replayed, std::size_t files) {
     writeJsonLine(std::cout, {{"event", "replayed_recordings"},
-                              {"recordings", files},
+                              {"recordings", replayed},
                               {"identical", counts.identical},
                               {"identical_until_gap", counts.incomplete},
                               {"different", counts.different},
                               {"unusable", counts.unusable},
-                              {"calls", counts.calls}});
+                              {"calls", counts.calls},
+                              {"interrupted", replayed < files}});
 }
 
 int replay(const Options& options) {
     const std::size_t processors = std::max(1U, std::thread::hardware_concurrency());
-    const std::size_t jobs = options.jobs ? static_cast<std::size_t>(*options.jobs) : processors;
+    const Interrupt interrupt;
     Counts counts;
-    replayAll(options.files, jobs, [&](const Verdict& verdict) {
-        counts.add(verdict);
-        options.json ? showJson(verdict) : showText(verdict);
-    });
-    if (options.json) {
-        showJsonSummary(counts, options.files.size());
-    } else if (options.files.size() > 1) {
-        showSummary(counts, options.files.size());
-    }
-    return counts.exitCode();
+    Replays replays(options, options.jobs ? static_cast<std::size_t>(*options.jobs) : processors,
+                    [&](const Verdict& verdict) {
+                        counts.add(verdict);
+                        options.json ? showJson(verdict) : showText(verdict);
+                    });
+    replays.run(interrupt);
+    const std::size_t files = options.files.size();
+    options.json ? showJsonSummary(counts, replays.shown(), files)
+                 : showSummary(counts, replays.shown(), files);
+    return replays.shown() < files ? ExitCode::signalBase + interrupt.signal() : counts.exitCode();
 }
 
 } // namespace

@@ -50,12 +50,18 @@ private:
     RecordingText m_text;
 };
 
+std::string crashText(int signal) {
+    if (signal == SIGXCPU) {
+        return "the library does not come back";
+    }
+    const std::string text = "the library ended the process";
+    return signal == 0 ? text
+                       : text + " with signal " + std::to_string(signal) + " (" + strsignal(signal) + ")";
+}
+
 std::string nowText(const Verdict& verdict, const RecordingFile& file, const Seen* recorded) {
     if (verdict.difference == Difference::crash) {
-        return verdict.signal == SIGXCPU
-                   ? "the library does not come back"
-                   : "the library ended the process with signal " + std::to_string(verdict.signal) + " (" +
-                         strsignal(verdict.signal) + ")";
+        return crashText(verdict.signal);
     }
     Seen seen;
     seen.record = verdict.now;
