@@ -154,7 +154,8 @@ void changeFrequency(void* context, unsigned long channel, unsigned long frequen
 EAFResult observe(const Record& begin) {
     auto& handler = publishedOf<IFrequencyHandler>(begin);
     // Observers are never withdrawn.
-    return handler.registerObserver(begin.a != 0 ? new ClassObserver(begin.a) : nullptr);
+    auto* const given = begin.a != 0 ? new ClassObserver(begin.a) : nullptr;
+    return handler.registerObserver(given);
 }
 
 EAFResult observeAsC(const Record& begin) {
