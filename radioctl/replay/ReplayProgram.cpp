@@ -54,6 +54,7 @@ public:
         }
         const int count = epoll_wait(m_all, events.data(), static_cast<int>(events.size()), 0);
         std::vector<int> outputs;
+        outputs.reserve(events.size());
         for (int index = 0; index < count; ++index) {
             outputs.push_back(events.at(static_cast<std::size_t>(index)).data.fd);
         }

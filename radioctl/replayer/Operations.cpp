@@ -159,7 +159,8 @@ EAFResult observe(const Record& begin) {
 }
 
 EAFResult observeAsC(const Record& begin) {
-    IFrequencyObserver observer{new std::int32_t(begin.a), &changeFrequency};
+    auto* const number = new std::int32_t(begin.a);
+    IFrequencyObserver observer{number, &changeFrequency};
     IFrequencyObserver* const given = begin.a != 0 ? &observer : nullptr;
     if (begin.object == nullptr) {
         return IFrequencyHandler::registerObserver(nullptr, given);

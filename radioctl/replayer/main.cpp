@@ -93,7 +93,7 @@ void guard() {
     becomeOf(SIGALRM, &look);
     const rlimit none{0, 0};
     static_cast<void>(setrlimit(RLIMIT_CORE, &none));
-    const rlim_t used = static_cast<rlim_t>(processed() / 1000);
+    const auto used = static_cast<rlim_t>(processed() / 1000);
     const rlimit time{used + s_mostSeconds, used + s_mostSeconds + 10};
     static_cast<void>(setrlimit(RLIMIT_CPU, &time));
     s_processedBefore = processed();
