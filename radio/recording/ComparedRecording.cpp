@@ -75,9 +75,9 @@ std::optional<Seen> OperationReader::find(std::uint64_t sequence) {
     return seen;
 }
 
-ComparedRecording::ComparedRecording(RecordingFile& file, const Wanted& wanted)
+ComparedRecording::ComparedRecording(RecordingFile& file, Wanted wanted)
     : m_file(file),
-      m_wanted(wanted),
+      m_wanted(std::move(wanted)),
       m_comparing(file),
       m_lookups(file.objects().size(), Lookup::none) {
     read();

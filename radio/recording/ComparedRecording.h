@@ -39,7 +39,7 @@ private:
 class ComparedRecording {
 public:
     /** Reads all of it. `file` must outlive the object. Throws InputError for what no recorder writes. */
-    ComparedRecording(RecordingFile& file, const Wanted& wanted);
+    ComparedRecording(RecordingFile& file, Wanted wanted);
 
     const RecordingFile& file() const { return m_file; }
     const Losses& losses() const { return m_losses; }

@@ -4,7 +4,7 @@
 
 namespace Radio::Recordings {
 
-std::string_view toString(Kind kind) {
+std::string_view toString(Kind kind) { // NOLINT(readability-function-size): a word for each
     switch (kind) {
     case Kind::construct:
         return "construct";

@@ -3,6 +3,8 @@
 #include "radio/files/InputError.h"
 
 #include <poll.h>
+#include <sys/epoll.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
@@ -25,21 +27,29 @@ Verdict unusable(const std::string& file, const std::string& why) {
 
 Replayers::Replayers(std::size_t jobs, std::chrono::seconds timeout)
     : m_replayer(findReplayer()),
+      m_any(epoll_create1(EPOLL_CLOEXEC)),
       m_jobs(jobs),
       m_timeout(timeout) {}
 
 Replayers::~Replayers() {
+    endAll();
+    static_cast<void>(close(m_any));
+}
+
+void Replayers::endAll() {
     for (const Running& one : m_running) {
         static_cast<void>(kill(one.process.pid, SIGKILL));
         static_cast<void>(endOf(one.process));
     }
+    m_running.clear();
 }
 
-void Replayers::replay(const std::vector<std::string>& files,
-                       const std::function<void(const Verdict&)>& show) {
-    for (std::size_t shown = 0; shown < files.size();) {
+std::size_t Replayers::replay(const std::vector<std::string>& files, const Interrupt& interrupt,
+                              const std::function<void(const Verdict&)>& show) {
+    std::size_t shown = 0;
+    while (shown < files.size() && interrupt.signal() == 0) {
         startSome(files);
-        await();
+        await(interrupt);
         endOverdue();
         readAll(files);
         for (auto next = m_done.find(shown); next != m_done.end(); next = m_done.find(++shown)) {
@@ -47,6 +57,12 @@ void Replayers::replay(const std::vector<std::string>& files,
             m_done.erase(next);
         }
     }
+    endAll();
+    for (const auto& [place, verdict] : m_done) {
+        show(verdict);
+        ++shown;
+    }
+    return shown;
 }
 
 void Replayers::startSome(const std::vector<std::string>& files) {
@@ -54,6 +70,9 @@ void Replayers::startSome(const std::vector<std::string>& files) {
         try {
             const Process process = start(m_replayer, files[m_started]);
             m_running.push_back({m_started, process, {}, Clock::now() + m_timeout});
+            epoll_event event{};
+            event.events = EPOLLIN;
+            static_cast<void>(epoll_ctl(m_any, EPOLL_CTL_ADD, process.output, &event));
         } catch (const InputError& error) {
             if (!m_running.empty()) {
                 // There is no room for so many; one less leaves some for reading a file.
@@ -66,8 +85,8 @@ void Replayers::startSome(const std::vector<std::string>& files) {
     }
 }
 
-/** Until one of them has more to say, or its time is over. */
-void Replayers::await() {
+/** Until one of them has more to say, or its time is over, or somebody wants to leave. */
+void Replayers::await(const Interrupt& interrupt) {
     std::vector<pollfd> waiting;
     auto first = Clock::time_point::max();
     for (const Running& one : m_running) {
@@ -76,8 +95,8 @@ void Replayers::await() {
     }
     if (!waiting.empty()) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(first - Clock::now());
-        static_cast<void>(poll(waiting.data(), static_cast<nfds_t>(waiting.size()),
-                               static_cast<int>(std::max<std::int64_t>(0, left.count()))));
+        static_cast<void>(interrupt.waitForInput(m_any, std::max(std::chrono::milliseconds(0), left)));
+        static_cast<void>(poll(waiting.data(), static_cast<nfds_t>(waiting.size()), 0));
     }
     m_isReady.clear();
     for (const pollfd& one : waiting) {

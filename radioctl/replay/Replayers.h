@@ -1,6 +1,7 @@
 #ifndef RADIOCTL_REPLAY_REPLAYERS_H
 #define RADIOCTL_REPLAY_REPLAYERS_H
 
+#include "radioctl/console/Interrupt.h"
 #include "radioctl/replay/Process.h"
 #include "radioctl/replay/Verdict.h"
 
@@ -22,8 +23,12 @@ public:
     Replayers& operator=(const Replayers&) = delete;
     ~Replayers();
 
-    /** `show` is called in the order in which the files were given. */
-    void replay(const std::vector<std::string>& files, const std::function<void(const Verdict&)>& show);
+    /**
+     * `show` is called in the order in which the files were given. When somebody asks the program to leave,
+     * what is at work is ended, and the rest is not begun. Gives how many were shown.
+     */
+    std::size_t replay(const std::vector<std::string>& files, const Interrupt& interrupt,
+                       const std::function<void(const Verdict&)>& show);
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -38,11 +43,14 @@ private:
     };
 
     void startSome(const std::vector<std::string>& files);
-    void await();
+    void await(const Interrupt& interrupt);
+    void endAll();
     void endOverdue();
     void readAll(const std::vector<std::string>& files);
 
     std::string m_replayer;
+    /** Can be read when one of those that run has something to say. */
+    int m_any;
     std::size_t m_jobs;
     std::chrono::seconds m_timeout;
     std::size_t m_started = 0;

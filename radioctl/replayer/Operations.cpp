@@ -159,11 +159,13 @@ void changeFrequency(void* context, unsigned long channel, unsigned long frequen
 EAFResult observe(const Record& begin) {
     auto& handler = publishedOf<IFrequencyHandler>(begin);
     // Observers are never withdrawn.
-    return handler.registerObserver(begin.a != 0 ? new ClassObserver(begin.a) : nullptr);
+    auto* const given = begin.a != 0 ? new ClassObserver(begin.a) : nullptr;
+    return handler.registerObserver(given);
 }
 
 EAFResult observeAsC(const Record& begin) {
-    IFrequencyObserver observer{new std::int32_t(begin.a), &changeFrequency};
+    auto* const number = new std::int32_t(begin.a);
+    IFrequencyObserver observer{number, &changeFrequency};
     IFrequencyObserver* const given = begin.a != 0 ? &observer : nullptr;
     if (begin.object == nullptr) {
         return IFrequencyHandler::registerObserver(nullptr, given);

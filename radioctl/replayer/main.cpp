@@ -16,6 +16,8 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -23,30 +25,48 @@
 
 namespace {
 
-/** So long, in seconds of the processor, the library may think about all of it. */
-constexpr rlim_t mostSeconds = 600;
+/** With what it ended. */
+volatile std::sig_atomic_t s_signal = 0;
 
-/** The library has crashed, or does not come back. Should telling it fail, whoever started this sees a
- * signal.
- */
+void becomeOf(int signal, void (*handler)(int)) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    // On a stack of its own: that of the library may be used up.
+    action.sa_flags = SA_ONSTACK | SA_NODEFER;
+    static_cast<void>(sigaction(signal, &action, nullptr));
+}
+
+/** Ends the process as the signal would have. */
+void die(int /*signal*/) {
+    becomeOf(s_signal, SIG_DFL);
+    static_cast<void>(std::raise(s_signal));
+}
+
+/** The library has crashed, or has no time left, which whoever started this says with SIGXCPU. Should telling
+ * it fail, or not come back either, they see the signal. */
 void tell(int signal) {
-    constexpr unsigned longestTelling = 5;
-    static_cast<void>(alarm(longestTelling));
-    static_cast<void>(std::signal(signal, SIG_DFL));
+    constexpr unsigned patience = 5;
+    s_signal = signal;
+    becomeOf(signal, SIG_DFL);
+    becomeOf(SIGALRM, &die);
+    static_cast<void>(alarm(patience));
     if (const Replayer::Player* const player = Replayer::Player::current()) {
         player->crash(signal);
     }
-    static_cast<void>(std::raise(signal));
+    die(signal);
 }
 
 void guard() {
+    alignas(std::max_align_t) static std::array<char, std::size_t{256} << 10U> room{};
+    stack_t stack{};
+    stack.ss_sp = room.data();
+    stack.ss_size = room.size();
+    static_cast<void>(sigaltstack(&stack, nullptr));
     for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGXCPU}) {
-        static_cast<void>(std::signal(signal, &tell));
+        becomeOf(signal, &tell);
     }
     const rlimit none{0, 0};
     static_cast<void>(setrlimit(RLIMIT_CORE, &none));
-    const rlimit time{mostSeconds, mostSeconds + 5};
-    static_cast<void>(setrlimit(RLIMIT_CPU, &time));
 }
 
 [[noreturn]] void live(Replayer::Player& player) {
@@ -125,6 +145,8 @@ int main(int count, char** arguments) {
         std::cerr << "usage: radioctl-replay -- FILE\n";
         return 2;
     }
+    // Nobody waits for the verdict any more when whoever started this is gone.
+    static_cast<void>(prctl(PR_SET_PDEATHSIG, SIGKILL));
     try {
         Radio::Recordings::RecordingFile file = Radio::Recordings::readRecording(arguments[count - 1]);
         Replayer::Player player(file);
