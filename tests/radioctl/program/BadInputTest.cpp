@@ -180,9 +180,8 @@ TEST_F(BadInputTest, BoardThatIsNoToml) {
 }
 
 TEST_F(BadInputTest, NoCommand) {
-    expectWrongCommandLine(
-        {},
-        "One of run, console, check, plan, thermal, qualify, calibrate, tables and completion is required");
+    expectWrongCommandLine({}, "One of run, console, check, plan, thermal, qualify, calibrate, tables, "
+                               "record, replay and completion is required");
 }
 
 TEST_F(BadInputTest, NoBoard) {
@@ -192,7 +191,7 @@ TEST_F(BadInputTest, NoBoard) {
 
 TEST_F(BadInputTest, UnknownWordOnTheCommandLine) {
     expectWrongCommandLine({"boot"}, "unknown command \"boot\", expected one of run, console, check, plan, "
-                                     "thermal, qualify, calibrate, tables, "
+                                     "thermal, qualify, calibrate, tables, record, replay, "
                                      "completion");
     expectWrongCommandLine({"run", "board.toml", "script", "more"},
                            "The following argument was not expected: more");
