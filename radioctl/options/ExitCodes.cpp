@@ -141,7 +141,7 @@ const std::vector<ExitReason>& exitReasons() {
          "the radio did not boot"},
         {ExitCode::notBooted, {"check"}, "with --all the radio did not boot"},
         {ExitCode::signalBase + SIGINT,
-         {"run", "console", "plan audit", "thermal", "qualify", "calibrate"},
+         {"run", "console", "plan audit", "thermal", "qualify", "calibrate", "replay"},
          "interrupted by Ctrl-C (129 and 143: by SIGHUP and SIGTERM)"},
         {ExitCode::signalBase + SIGINT, {"check"}, "with --all the audit was interrupted likewise"},
     };

@@ -3,14 +3,14 @@
 #include "radio/files/InputError.h"
 #include "radio/files/Json.h"
 #include "radio/text/Words.h"
+#include "radioctl/console/Interrupt.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/replay/ReplayText.h"
-#include "radioctl/replay/Replayers.h"
+#include "radioctl/replay/Replays.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/Output.h"
 
 #include <algorithm>
-#include <chrono>
 #include <iostream>
 #include <thread>
 
@@ -100,11 +100,18 @@ void showText(const Verdict& verdict) {
     }
 }
 
-void showSummary(const Counts& counts, std::size_t files) {
-    std::cout << counted(files, "recording") << ": " << counts.identical << " identical, "
-              << counts.incomplete << " identical up to a gap, " << counts.different << " different, "
-              << counts.stopped << " stopped, " << counts.unusable << " unusable; "
-              << counted(counts.calls, "call") << notComparedText(counts.notCompared) << "\n";
+/** `replayed` of `files` recordings. */
+void showSummary(const Counts& counts, std::size_t replayed, std::size_t files) {
+    if (files > 1) {
+        std::cout << counted(replayed, "recording") << ": " << counts.identical << " identical, "
+                  << counts.incomplete << " identical up to a gap, " << counts.different << " different, "
+                  << counts.stopped << " stopped, " << counts.unusable << " unusable; "
+                  << counted(counts.calls, "call") << notComparedText(counts.notCompared) << "\n";
+    }
+    if (replayed < files) {
+        std::cout << "Interrupted: " << replayed << " of " << counted(files, "recording")
+                  << (replayed == 1 ? " was" : " were") << " replayed.\n";
+    }
 }
 
 // For programs
@@ -163,33 +170,33 @@ void showJson(const Verdict& verdict) {
     writeJsonLine(std::cout, event);
 }
 
-void showJsonSummary(const Counts& counts, std::size_t files) {
+void showJsonSummary(const Counts& counts, std::size_t replayed, std::size_t files) {
     writeJsonLine(std::cout, {{"event", "replayed_recordings"},
-                              {"recordings", files},
+                              {"recordings", replayed},
                               {"identical", counts.identical},
                               {"identical_until_gap", counts.incomplete},
                               {"different", counts.different},
                               {"stopped", counts.stopped},
                               {"unusable", counts.unusable},
                               {"calls", counts.calls},
-                              {"not_compared", counts.notCompared}});
+                              {"not_compared", counts.notCompared},
+                              {"interrupted", replayed < files}});
 }
 
 int replay(const Options& options) {
     const std::size_t processors = std::max(1U, std::thread::hardware_concurrency());
-    const std::size_t jobs = options.jobs ? static_cast<std::size_t>(*options.jobs) : processors;
+    const Interrupt interrupt;
     Counts counts;
-    Replayers replayers(jobs, std::chrono::seconds(options.timeout));
-    replayers.replay(options.files, [&](const Verdict& verdict) {
-        counts.add(verdict);
-        options.json ? showJson(verdict) : showText(verdict);
-    });
-    if (options.json) {
-        showJsonSummary(counts, options.files.size());
-    } else if (options.files.size() > 1) {
-        showSummary(counts, options.files.size());
-    }
-    return counts.exitCode();
+    Replays replays(options, options.jobs ? static_cast<std::size_t>(*options.jobs) : processors,
+                    [&](const Verdict& verdict) {
+                        counts.add(verdict);
+                        options.json ? showJson(verdict) : showText(verdict);
+                    });
+    replays.run(interrupt);
+    const std::size_t files = options.files.size();
+    options.json ? showJsonSummary(counts, replays.shown(), files)
+                 : showSummary(counts, replays.shown(), files);
+    return replays.shown() < files ? ExitCode::signalBase + interrupt.signal() : counts.exitCode();
 }
 
 } // namespace

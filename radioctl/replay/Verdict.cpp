@@ -8,6 +8,9 @@ namespace Radio::Replaying {
 
 namespace {
 
+/** With what a process ends whose libraries lack something. */
+constexpr int couldNotBegin = 127;
+
 using Lines = std::map<std::string, std::string>;
 
 Lines linesOf(const std::string& said) {
@@ -101,6 +104,8 @@ Verdict readVerdict(const std::string& file, const std::string& said, int ending
         verdict.difference = differenceOf(why);
         verdict.signal = std::atoi(why.substr(why.find(' ') + 1).c_str());
         readNow(lines, verdict);
+    } else if (said.empty() && ending == couldNotBegin) {
+        verdict.reason = "radioctl-replay: cannot be carried out with the library beside it";
     } else if (lines.count("outcome") == 0) {
         // It could not even say what happened.
         verdict.outcome = Outcome::different;

@@ -110,6 +110,31 @@ protected:
     }
 };
 
+/** The library does what a radio would not survive. */
+class FaultyReplayTest : public ReplayTest {
+protected:
+    FaultyReplayTest() { recorded(radio("tune 1")); }
+
+    /** What comes of the recording when a module that is built ends in `fault`. */
+    Ending replayWith(const std::string& fault, const std::string& words = "recording") const {
+        return shell(std::string("env LD_PRELOAD=") + FAULTY_LIBRARY + " REPLAY_FAULT=" + fault,
+                     std::string(RADIOCTL_PROGRAM) + " replay " + words);
+    }
+    /** The same, without times. */
+    std::string saidOf(const std::string& fault, const std::string& words = "recording") const {
+        const Ending ending = replayWith(fault, words);
+        EXPECT_EQ(ending.exitCode, 1);
+        EXPECT_EQ(ending.errors, "");
+        return std::regex_replace(ending.output, std::regex("  \\([0-9]+\\.[0-9]{6} s\\)"), "");
+    }
+
+    static constexpr const char* inTheFirst = "recording: different after 1 call\n"
+                                              "  in operation 1: build channel 1: rf-module\n"
+                                              "    > build channel 1: rf-module\n"
+                                              "  recorded: broker-instance\n"
+                                              "  now:      ";
+};
+
 class ReplayedBoardTest : public ReplayTest, public testing::WithParamInterface<const char*> {};
 /** A board, and how many calls it makes when all goes wrong. */
 struct FaultyBoard {
@@ -218,6 +243,88 @@ TEST_F(ReplayTest, OperationThatEndsSoonerIsNamed) {
                                             "  now:      the operation was over and answered 0x0\n"));
 }
 
+TEST_F(FaultyReplayTest, CrashIsTheDifferenceWhereItHappens) {
+    EXPECT_EQ(saidOf("address"), std::string(inTheFirst) +
+                                     "the library ended the process with signal 11 (Segmentation fault)\n");
+    EXPECT_EQ(saidOf("abort"),
+              std::string(inTheFirst) + "the library ended the process with signal 6 (Aborted)\n");
+}
+
+TEST_F(FaultyReplayTest, CrashForWantOfStackIsToldFromAnotherStack) {
+    EXPECT_EQ(saidOf("stack"), std::string(inTheFirst) +
+                                   "the library ended the process with signal 11 (Segmentation fault)\n");
+}
+
+TEST_F(FaultyReplayTest, EndOfTheProcessThatNobodyCouldTellOfIsADifference) {
+    EXPECT_EQ(saidOf("killed"), "recording: different after 0 calls\n"
+                                "  now:      the library ended the process with signal 9 (Killed)\n");
+    EXPECT_EQ(saidOf("exit"), "recording: different after 0 calls\n"
+                              "  now:      the library ended the process with 0 without a report\n");
+}
+
+TEST_F(FaultyReplayTest, LibraryThatTurnsForEverDoesNotComeBack) {
+    EXPECT_EQ(saidOf("turns", "--timeout 1 recording"),
+              std::string(inTheFirst) + "the library does not come back\n");
+}
+
+TEST_F(FaultyReplayTest, LibraryThatWaitsForEverDoesNotComeBack) {
+    EXPECT_EQ(saidOf("nothing", "--timeout 1 recording"),
+              std::string(inTheFirst) + "the library does not come back\n");
+}
+
+TEST_F(FaultyReplayTest, CrashOfOneLeavesTheOthersAlone) {
+    write("text", "no recording");
+    const Ending ending = replayWith("address", "recording text recording");
+    EXPECT_THAT(ending.output, EndsWith("\n3 recordings: 0 identical, 0 identical up to a gap, 2 different, "
+                                        "0 stopped, 1 unusable; 2 calls\n"));
+    EXPECT_THAT(ending.errors, StartsWith("radioctl: text: at byte 0: expected "));
+    EXPECT_EQ(ending.exitCode, 3);
+}
+
+TEST_F(FaultyReplayTest, CtrlCEndsWhatIsAtWorkAndTellsWhatWasDone) {
+    // Nowhere is no recording; the others wait for ever.
+    write("interrupt",
+          "env --default-signal=INT LD_PRELOAD=" FAULTY_LIBRARY " REPLAY_FAULT=nothing " RADIOCTL_PROGRAM
+          " replay --jobs 2 nowhere recording recording recording > output 2> errors &\n"
+          "program=$!\n"
+          "for turn in $(seq 200); do [ -s errors ] || sleep 0.05; done\n"
+          "pgrep -P $program > children\n"
+          "kill -INT $program\n"
+          "wait $program\n"
+          "code=$?\n"
+          "for child in $(cat children); do kill -0 $child 2> still && exit 99; done\n"
+          "exit $code\n");
+    const int status = std::system(("cd " + directory().string() + "; sh interrupt").c_str());
+    EXPECT_EQ(WEXITSTATUS(status), 130);
+    EXPECT_NE(contentOf("children"), "");
+    EXPECT_EQ(contentOf("output"), "1 recording: 0 identical, 0 identical up to a gap, 0 different, "
+                                   "0 stopped, 1 unusable; 0 calls\n"
+                                   "Interrupted: 1 of 4 recordings was replayed.\n");
+}
+
+TEST_F(ReplayTest, UnreadableOneAmongHundredsIsNamedAndTheOthersAreReplayed) {
+    recorded(radio("tune 1"));
+    for (int number = 100; number < 500; ++number) {
+        std::filesystem::create_symlink("recording", directory() / (std::to_string(number) + ".rec"));
+    }
+    std::filesystem::remove(directory() / "300.rec");
+    std::filesystem::create_directory(directory() / "300.rec");
+    const Ending ending = replay("*.rec");
+    EXPECT_THAT(ending.errors, MatchesRegex("radioctl: 300.rec: [^\n]*\n"));
+    EXPECT_THAT(ending.output,
+                AllOf(StartsWith("100.rec: identical, 42 calls\n101.rec: identical, 42 calls\n"),
+                      HasSubstr("\n299.rec: identical, 42 calls\n301.rec: identical, 42 calls\n"),
+                      EndsWith("\n400 recordings: 399 identical, 0 identical up to a gap, "
+                               "0 different, 0 stopped, 1 unusable; 16758 calls\n")));
+    EXPECT_EQ(ending.exitCode, 3);
+}
+
+TEST(ReplayVerdict, ProcessWhoseLibraryLacksSomethingIsNoDifference) {
+    const auto verdict = Radio::Replaying::readVerdict("radio.rec", "", 127);
+    EXPECT_EQ(verdict.outcome, Radio::Replaying::Outcome::unusable);
+    EXPECT_EQ(verdict.reason, "radioctl-replay: cannot be carried out with the library beside it");
+}
+
 TEST(ReplayVerdict, ProcessThatSaidNothingHasCrashed) {
     const auto verdict = Radio::Replaying::readVerdict("radio.rec", "", -11);
     EXPECT_EQ(verdict.outcome, Radio::Replaying::Outcome::different);
@@ -275,9 +382,10 @@ TEST_F(ReplayTest, JsonHasAnEventForEachAndOneForAll) {
     EXPECT_THAT(ending.output, HasSubstr(R"({"schema":1,"event":"replayed_recording","file":"recording",)"
                                          R"("outcome":"identical",)"));
     EXPECT_THAT(ending.output, HasSubstr(R"("difference":"call")"));
-    EXPECT_THAT(ending.output, HasSubstr(R"({"schema":1,"event":"replayed_recordings","recordings":2,)"
-                                         R"("identical":1,"identical_until_gap":0,"different":1,)"
-                                         R"("stopped":0,"unusable":0,"calls":74,"not_compared":0})"));
+    EXPECT_THAT(ending.output,
+                HasSubstr(R"({"schema":1,"event":"replayed_recordings","recordings":2,)"
+                          R"("identical":1,"identical_until_gap":0,"different":1,)"
+                          R"("stopped":0,"unusable":0,"calls":74,"not_compared":0,"interrupted":false})"));
     EXPECT_EQ(ending.exitCode, 1);
 }
 
@@ -410,14 +518,8 @@ constexpr const char* comesNotBack = "radio.rec: different after 0 calls\n"
 
 } // namespace
 
-TEST_F(ReplayersTest, RecordingWithoutAnEndIsADifferenceWhenItsTimeIsOver) {
-    const Ending ending = replayWith("exec sleep 1000", "--timeout 1 radio.rec");
-    EXPECT_EQ(ending.output, comesNotBack);
-    EXPECT_EQ(ending.exitCode, 1);
-}
-
-TEST_F(ReplayersTest, WhatDoesNotHearThatItsTimeIsOverIsKilled) {
-    const Ending ending = replayWith("trap '' XCPU\nexec sleep 1000", "--timeout 1 radio.rec");
+TEST_F(ReplayersTest, WhatDoesNotSayThatItsTimeIsOverIsKilled) {
+    const Ending ending = replayWith("sleep 60", "--timeout 1 radio.rec");
     EXPECT_EQ(ending.output, comesNotBack);
     EXPECT_EQ(ending.exitCode, 1);
 }
@@ -445,15 +547,15 @@ TEST_F(ReplayersTest, FileThatHasChangedMeanwhileDoesNotEndTheOthers) {
 }
 
 TEST_F(ReplayersTest, FewerAtATimeWhenThereIsNoRoomForSoMany) {
-    replaceReplayer("sleep 0.2; echo 'outcome identical'; echo 'calls 7'");
+    replaceReplayer("sleep 0.1; echo 'outcome identical'; echo 'calls 7'");
     std::string files;
-    for (int file = 0; file < 40; ++file) {
+    for (int file = 0; file < 20; ++file) {
         files += " radio.rec";
     }
     const Ending ending = shell("ulimit -n 16;", "./radioctl replay --jobs 200" + files);
     EXPECT_THAT(ending.output,
-                EndsWith("\n40 recordings: 40 identical, 0 identical up to a gap, 0 different, "
-                         "0 stopped, 0 unusable; 280 calls\n"));
+                EndsWith("\n20 recordings: 20 identical, 0 identical up to a gap, 0 different, "
+                         "0 stopped, 0 unusable; 140 calls\n"));
     EXPECT_EQ(ending.exitCode, 0);
 }
 
