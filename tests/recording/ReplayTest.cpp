@@ -243,6 +243,38 @@ TEST_F(ReplayTest, OperationThatEndsSoonerIsNamed) {
                                             "  now:      the operation was over and answered 0x0\n"));
 }
 
+// Each of these differs in something that the line of the call does not show.
+
+TEST_F(ReplayTest, ChannelThatACObserverIsToldIsNamed) {
+    recordAndChange([](Slots& slots) {
+        std::size_t place = slots.find(Kind::observerTold, 7442000);
+        while (slots.at(place).b == 0) {
+            ++place; // that of a C client comes behind the other
+        }
+        slots.at(place).b = 2;
+    });
+    EXPECT_THAT(saidOfTheChange(),
+                EndsWith("  recorded: tx 1 told its C observer: 7442000 kHz (channel 2)\n"
+                         "  now:      tx 1 told its C observer: 7442000 kHz (channel 1)\n"));
+}
+
+TEST_F(ReplayTest, WayInWhichAnObserverOfTemperaturesRegistersIsNamed) {
+    recordAndChange([](Slots& slots) { slots.at(slots.find(Kind::temperatureRegister, 0)).a = 1; });
+    EXPECT_THAT(saidOfTheChange(), EndsWith("  recorded: temperature-register by its record\n"
+                                            "  now:      temperature-register\n"));
+}
+
+TEST_F(ReplayTest, LevelOfAMessageIsNotTakenFromTheRecordedOne) {
+    recordAndChange([](Slots& slots) { slots.at(slots.find(Kind::traceMessage, -7)).a = -8; });
+    EXPECT_THAT(saidOfTheChange(), HasSubstr("\n  now:      level -7: "));
+}
+
+TEST_F(ReplayTest, WhatNobodyHasAnsweredHasNoAnswer) {
+    recordAndChange([](Slots& slots) { slots.at(slots.find(Kind::traceLevel, 2048)).a = 2049; });
+    EXPECT_THAT(saidOfTheChange(), EndsWith("  recorded: trace-level 2049 = -7\n"
+                                            "  now:      trace-level 2048\n"));
+}
+
 TEST_F(FaultyReplayTest, CrashIsTheDifferenceWhereItHappens) {
     EXPECT_EQ(saidOf("address"), std::string(inTheFirst) +
                                      "the library ended the process with signal 11 (Segmentation fault)\n");
