@@ -58,7 +58,10 @@ Members membersOf(Kind kind) {
     case Kind::traceMessage:
         return {{"level", "line", nullptr, nullptr}};
     case Kind::observerTold:
-        return {{"khz", nullptr, nullptr, nullptr}};
+        return {{"khz", "told_channel", nullptr, nullptr}};
+    case Kind::registerObserver:
+    case Kind::registerObserverC:
+        return {{"observer", nullptr, nullptr, nullptr}};
     default:
         return {{nullptr, nullptr, nullptr, nullptr}};
     }

@@ -300,7 +300,41 @@ std::string whatText(const RecordingFile& file, const Seen& seen) {
     }
 }
 
+/** What a call was given, without anything that it was answered. */
+std::string askedText(const RecordingFile& file, const Seen& seen) {
+    const Record& record = seen.record;
+    const auto number = [](std::int32_t value) { return std::to_string(value); };
+    const std::string name = nameOf(record);
+    const std::string text = std::string(toString(record.kind)) + (name.empty() ? "" : " " + name);
+    switch (record.kind) {
+    case Kind::driverRead:
+        return "read of " + name;
+    case Kind::tableLinear:
+        return text + "(" + number(record.a) + ")";
+    case Kind::tableBilinear:
+        return text + "(" + number(record.a) + ", " + number(record.b) + ")";
+    case Kind::traceLevel:
+        return text + " " + number(record.a);
+    case Kind::driverLookup:
+    case Kind::tableLookup:
+    case Kind::variableGet:
+    case Kind::variableAddress:
+    case Kind::brokerLookup:
+    case Kind::brokerGet:
+        return text;
+    default:
+        return whatText(file, seen);
+    }
+}
+
 } // namespace
+
+std::string unansweredLineOf(const RecordingFile& file, const Seen& seen) {
+    const Record& record = seen.record;
+    return record.kind == Kind::finished
+               ? endText(record)
+               : askedText(file, seen) + (isOfDriver(record) && record.b != 0 ? " (by its record)" : "");
+}
 
 std::string lineOf(const RecordingFile& file, const Seen& seen) {
     const Record& record = seen.record;

@@ -11,6 +11,9 @@ namespace Radio::Recordings {
 /** A record in one line: with everything that counts when two are compared, and without a time. */
 std::string lineOf(const RecordingFile& file, const Seen& seen);
 
+/** The same of what nobody has answered yet. */
+std::string unansweredLineOf(const RecordingFile& file, const Seen& seen);
+
 /** What is not there of a recording; empty when nothing is missing. */
 std::string lossesText(const Losses& losses, std::uint32_t passedOver);
 

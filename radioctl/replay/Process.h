@@ -7,24 +7,32 @@
 
 namespace Radio::Replaying {
 
-/** radioctl-replay at work on a recording. */
-struct Process {
-    pid_t pid = -1;
-    /** What it says is read from here. */
-    int output = -1;
-};
-
 /** Where radioctl-replay is: beside this program, or where it is installed. Throws InputError: nowhere. */
 std::string findReplayer();
 
-/** Throws InputError when it cannot be started. */
-Process start(const std::string& replayer, const std::string& file);
+/** radioctl-replay at work on a recording. Killed when the object is destroyed before it has ended. */
+class Process {
+public:
+    /** The library that goes on for `seconds` without an end is taken for one that does not come back. Throws
+     * InputError when it cannot be started. */
+    Process(const std::string& replayer, const std::string& file, int seconds);
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+    Process(Process&& other) noexcept;
+    Process& operator=(Process&& other) noexcept;
+    ~Process();
 
-/** Reads what there is; false at its end. */
-bool readMore(const Process& process, std::string& text);
+    /** What it says is read from here. */
+    int output() const { return m_output; }
+    /** Reads what there is; false at its end. */
+    bool readMore(std::string& text) const;
+    /** Waits for its end; a signal is a negative number. */
+    int end();
 
-/** Its end; a signal is a negative number. Closes the output. */
-int endOf(const Process& process);
+private:
+    pid_t m_pid = -1;
+    int m_output = -1;
+};
 
 } // namespace Radio::Replaying
 

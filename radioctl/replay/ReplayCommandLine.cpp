@@ -5,7 +5,7 @@ namespace Radio::Replaying {
 namespace {
 
 constexpr int mostJobs = 1024;
-constexpr int longestTimeout = 86400;
+constexpr int mostSeconds = 1000000;
 
 } // namespace
 
@@ -18,9 +18,9 @@ ReplayCommandLine::ReplayCommandLine(CommandLine::Command program)
     m_replay.option("--jobs", m_options.jobs, "So many at a time; as there are processors")
         .named("N")
         .within(1, mostJobs);
-    m_replay.option("--timeout", m_options.timeout, "So long each may take; 600")
+    m_replay.option("--timeout", m_options.seconds, "Seconds without an end that are one; 600")
         .named("S")
-        .within(1, longestTimeout);
+        .within(1, mostSeconds);
     m_replay.json(m_options.json);
 }
 

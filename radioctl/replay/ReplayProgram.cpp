@@ -6,12 +6,11 @@
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/replay/ReplayText.h"
-#include "radioctl/replay/Replayers.h"
+#include "radioctl/replay/Replays.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/Output.h"
 
 #include <algorithm>
-#include <chrono>
 #include <iostream>
 #include <thread>
 
@@ -186,17 +185,18 @@ void showJsonSummary(const Counts& counts, std::size_t replayed, std::size_t fil
 
 int replay(const Options& options) {
     const std::size_t processors = std::max(1U, std::thread::hardware_concurrency());
-    const std::size_t jobs = options.jobs ? static_cast<std::size_t>(*options.jobs) : processors;
     const Interrupt interrupt;
     Counts counts;
-    Replayers replayers(jobs, std::chrono::seconds(options.timeout));
-    const std::size_t replayed = replayers.replay(options.files, interrupt, [&](const Verdict& verdict) {
-        counts.add(verdict);
-        options.json ? showJson(verdict) : showText(verdict);
-    });
-    options.json ? showJsonSummary(counts, replayed, options.files.size())
-                 : showSummary(counts, replayed, options.files.size());
-    return interrupt.signal() != 0 ? ExitCode::signalBase + interrupt.signal() : counts.exitCode();
+    Replays replays(options, options.jobs ? static_cast<std::size_t>(*options.jobs) : processors,
+                    [&](const Verdict& verdict) {
+                        counts.add(verdict);
+                        options.json ? showJson(verdict) : showText(verdict);
+                    });
+    replays.run(interrupt);
+    const std::size_t files = options.files.size();
+    options.json ? showJsonSummary(counts, replays.shown(), files)
+                 : showSummary(counts, replays.shown(), files);
+    return replays.shown() < files ? ExitCode::signalBase + interrupt.signal() : counts.exitCode();
 }
 
 } // namespace

@@ -5,8 +5,10 @@
 #include "radio/text/Words.h"
 #include "radioctl/record/RecordingText.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstring>
+#include <optional>
 #include <sstream>
 
 namespace Radio::Replaying {
@@ -69,9 +71,42 @@ std::string nowText(const Verdict& verdict, const RecordingFile& file, const See
     seen.record.object = verdict.object ? &*verdict.object : nullptr;
     if (recorded != nullptr) {
         seen.channel = recorded->channel;
-        seen.level = recorded->level;
+        // Which numeric level another one stands for, the recording does not say.
+        seen.level = recorded->record.a == verdict.now.a ? recorded->level : std::nullopt;
     }
-    return lineOf(file, seen);
+    return unansweredLineOf(file, seen);
+}
+
+/** Which bytes of one are not those of the other; empty: none. */
+std::string bytesText(const std::string& bytes, const std::string& others) {
+    const auto length = std::min(bytes.size(), others.size());
+    const auto same =
+        std::mismatch(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length), others.begin());
+    const auto place = static_cast<std::size_t>(same.first - bytes.begin());
+    if (place == bytes.size()) {
+        return place == others.size() ? "" : counted(place, "byte");
+    }
+    return "byte " + std::to_string(place) + " is " +
+           std::to_string(static_cast<unsigned char>(bytes[place]));
+}
+
+/** What a call was given otherwise than `other`, where its line does not show it. */
+std::string hiddenText(const Record& record, const Record& other) {
+    const bool isTold = record.kind == Kind::observerTold;
+    std::vector<std::string> parts;
+    const auto add = [&parts](const std::string& name, std::int32_t word, std::int32_t others) {
+        if (word != others) {
+            parts.push_back(name + " " + std::to_string(word));
+        }
+    };
+    if (record.kind != Kind::traceMessage) { // whose line in the source does not count
+        add(isTold ? "channel" : "second number", record.b, other.b);
+        add("third number", record.c, other.c);
+    }
+    if (const std::string bytes = bytesText(record.bytes, other.bytes); !bytes.empty()) {
+        parts.push_back(bytes);
+    }
+    return parts.empty() ? "" : " (" + joined(parts, ", ") + ")";
 }
 
 } // namespace
@@ -102,6 +137,10 @@ Told tell(const Verdict& verdict) {
     }
     told.now = nowText(verdict, file, recorded ? &*recorded : nullptr);
     told.recorded = recorded ? lineOf(file, *recorded) : "nothing more";
+    if (recorded && verdict.difference != Difference::crash && told.recorded == told.now) {
+        told.recorded += hiddenText(recorded->record, verdict.now);
+        told.now += hiddenText(verdict.now, recorded->record);
+    }
     return told;
 }
 

@@ -1,4 +1,4 @@
-// radioctl-replay -- FILE
+// radioctl-replay [--seconds N] -- FILE
 //
 // Has the library that is installed live what was recorded, and says on standard output what came of it.
 // radioctl starts one for each recording: whatever the library does here, it does to nobody else.
@@ -19,12 +19,19 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <ctime>
 #include <exception>
 #include <iostream>
 #include <string>
+#include <string_view>
 
 namespace {
 
+/** So long the library may go on without an end: of the processor's time in seconds, or of anybody's when it
+ * waits for something that does not come. */
+unsigned s_mostSeconds = 600;
+/** What the processor did for it when that was last looked at, in milliseconds. */
+std::int64_t s_processedBefore = 0;
 /** With what it ended. */
 volatile std::sig_atomic_t s_signal = 0;
 
@@ -42,8 +49,8 @@ void die(int /*signal*/) {
     static_cast<void>(std::raise(s_signal));
 }
 
-/** The library has crashed, or has no time left, which whoever started this says with SIGXCPU. Should telling
- * it fail, or not come back either, they see the signal. */
+/** The library has crashed, or does not come back. Should telling it fail, or not come back either, whoever
+ * started this sees the signal. */
 void tell(int signal) {
     constexpr unsigned patience = 5;
     s_signal = signal;
@@ -56,6 +63,24 @@ void tell(int signal) {
     die(signal);
 }
 
+std::int64_t processed() {
+    timespec time{};
+    static_cast<void>(clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time));
+    return std::int64_t{time.tv_sec} * 1000 + time.tv_nsec / 1000000;
+}
+
+/** Whoever gets no processor, because others have it, is given more time; whoever does not want one waits for
+ * nothing. */
+void look(int /*signal*/) {
+    constexpr std::int64_t nothing = 10;
+    const std::int64_t now = processed();
+    if (now - s_processedBefore < nothing) {
+        tell(SIGXCPU);
+    }
+    s_processedBefore = now;
+    static_cast<void>(alarm(s_mostSeconds));
+}
+
 void guard() {
     alignas(std::max_align_t) static std::array<char, std::size_t{256} << 10U> room{};
     stack_t stack{};
@@ -65,8 +90,14 @@ void guard() {
     for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGXCPU}) {
         becomeOf(signal, &tell);
     }
+    becomeOf(SIGALRM, &look);
     const rlimit none{0, 0};
     static_cast<void>(setrlimit(RLIMIT_CORE, &none));
+    const rlim_t used = static_cast<rlim_t>(processed() / 1000);
+    const rlimit time{used + s_mostSeconds, used + s_mostSeconds + 10};
+    static_cast<void>(setrlimit(RLIMIT_CPU, &time));
+    s_processedBefore = processed();
+    static_cast<void>(alarm(s_mostSeconds));
 }
 
 [[noreturn]] void live(Replayer::Player& player) {
@@ -142,11 +173,12 @@ std::uint64_t callsIn(const std::string& said) {
 
 int main(int count, char** arguments) {
     if (count < 2) {
-        std::cerr << "usage: radioctl-replay -- FILE\n";
+        std::cerr << "usage: radioctl-replay [--seconds N] -- FILE\n";
         return 2;
     }
-    // Nobody waits for the verdict any more when whoever started this is gone.
-    static_cast<void>(prctl(PR_SET_PDEATHSIG, SIGKILL));
+    if (count > 3 && std::string_view(arguments[1]) == "--seconds") {
+        s_mostSeconds = static_cast<unsigned>(std::strtoul(arguments[2], nullptr, 10));
+    }
     try {
         Radio::Recordings::RecordingFile file = Radio::Recordings::readRecording(arguments[count - 1]);
         Replayer::Player player(file);
