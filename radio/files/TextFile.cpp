@@ -35,7 +35,7 @@ public:
     explicit OpenFile(const std::filesystem::path& file)
         : m_descriptor(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
         struct stat status {};
-        m_mayKeepWaiting = fstat(m_descriptor, &status) == 0 && !S_ISREG(status.st_mode);
+        m_mayKeepWaiting = isOpen() && fstat(m_descriptor, &status) == 0 && !S_ISREG(status.st_mode);
     }
     OpenFile(const OpenFile&) = delete;
     OpenFile& operator=(const OpenFile&) = delete;
