@@ -1,7 +1,9 @@
+#include "radio/files/TextFile.h"
 #include "radioctl/calibrate/CalibrationCommandLine.h"
 #include "radioctl/calibrate/QualificationCommandLine.h"
 #include "radioctl/check/CheckCommandLine.h"
 #include "radioctl/completion/CompletionCommandLine.h"
+#include "radioctl/console/Interrupt.h"
 #include "radioctl/describe/DescribeCommandLine.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/options/ExitCodes.h"
@@ -65,6 +67,10 @@ int main(int argc, char** argv) {
     static_cast<void>(std::signal(SIGPIPE, SIG_DFL));
     // A file that may not become larger is to be told as a full disk is, and hardware left as usual.
     static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
+    // How a program ended that this one has started is to be learnt, also when whoever started it asks not to
+    // be told.
+    static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
+    Radio::setReadingWait(&Radio::waitForReading);
     try {
         return Radio::checkedOutput(Radio::runCommandLine(argc, argv));
     } catch (const std::exception& error) {

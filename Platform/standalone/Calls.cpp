@@ -1,5 +1,7 @@
 #include "standalone/Calls.h"
 
+#include <cxxabi.h>
+
 #include <algorithm>
 #include <iterator>
 
@@ -99,7 +101,8 @@ void Calls::setRecording(bool recording) {
 }
 
 void Calls::setListener(std::function<void(const Call&)> listener) {
-    m_listener = std::move(listener);
+    m_listener =
+        listener ? std::make_shared<const std::function<void(const Call&)>>(std::move(listener)) : nullptr;
     updateIdle();
 }
 
@@ -139,11 +142,22 @@ std::int32_t Calls::enter(std::string_view object, const Request& request, std::
         }
     } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): the answer counts more
     }
-    if (m_listener) {
-        m_listener(call);
-    }
+    tell(call);
     m_object = std::move(call.object);
     return code;
+}
+
+void Calls::tell(const Call& call) const {
+    const std::shared_ptr<const std::function<void(const Call&)>> listener = m_listener;
+    if (listener == nullptr) {
+        return;
+    }
+    try {
+        (*listener)(call);
+    } catch (const abi::__forced_unwind&) { // the thread is cancelled
+        throw;
+    } catch (...) { // NOLINT(bugprone-empty-catch): what is called from C has nobody to throw to
+    }
 }
 
 void Calls::updateIdle() {

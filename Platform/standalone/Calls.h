@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <new>
 #include <optional>
 #include <string>
@@ -132,7 +133,10 @@ public:
     /** The calls of one operation, oldest first. */
     std::vector<Call> journalOf(Operation operation) const;
 
-    /** Is told of every call, after it was answered; must not throw. An empty function for nobody. */
+    /**
+     * Is told of every call, after it was answered; what it throws is lost. It may be set anew while it is
+     * told. An empty function for nobody.
+     */
     void setListener(std::function<void(const Call&)> listener);
 
     /**
@@ -207,13 +211,15 @@ private:
     /** Enters an answered call about `object` in the journal, tells the listener, and returns `code`. */
     std::int32_t enter(std::string_view object, const Request& request, std::int64_t given,
                        std::int32_t code);
+    void tell(const Call& call) const;
     void updateIdle();
 
     std::vector<Fault> m_faults;
     std::vector<Call> m_journal;
     /** Room for the name of an object, kept from the call before. */
     std::string m_object;
-    std::function<void(const Call&)> m_listener;
+    /** Null for nobody. Whoever tells it holds it, too. */
+    std::shared_ptr<const std::function<void(const Call&)>> m_listener;
     bool m_recording = true;
     bool m_idle = false;
 };

@@ -38,10 +38,15 @@ std::size_t TemperatureService::set(int temperature) {
         return 0;
     }
     m_temperature = temperature;
+    const unsigned change = ++m_changes;
     // An observer may register another one, which must not disturb this walk.
     const std::vector<ITemperatureObserver*> observers = m_observers;
     std::size_t told = 0;
     for (ITemperatureObserver* const observer : observers) {
+        // One that sets another temperature has told it to all of them; the older one must not come last.
+        if (change != m_changes) {
+            break;
+        }
         // The record is the observer's, which may have taken its function out since.
         if (observer->notifyTemperature != nullptr) {
             observer->notifyTemperature(observer->context, temperature);

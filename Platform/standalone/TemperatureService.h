@@ -22,7 +22,10 @@ public:
 
     /** A record that is there already is not registered twice, so that a start-up phase may be repeated. */
     std::int32_t add(ITemperatureObserver* observer);
-    /** Sets the temperature, in degrees Celsius; returns how many observers were told. */
+    /**
+     * Sets the temperature, in degrees Celsius; returns how many observers were told. An observer may set
+     * another one: those that come after it are told of that one only.
+     */
     std::size_t set(int temperature);
     /** The temperature last set; nothing before the first one. */
     std::optional<int> temperature() const { return m_temperature; }
@@ -37,6 +40,7 @@ private:
     Calls& m_calls;
     TemperatureHandlerCStruct m_record;
     std::optional<int> m_temperature;
+    unsigned m_changes = 0;
     /** The same observers, so that one that is there already is found without a walk. */
     std::set<const ITemperatureObserver*> m_known;
 };

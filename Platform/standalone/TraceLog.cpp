@@ -18,13 +18,18 @@ void TraceLog::setThreshold(OrbiTraceLevel level) {
     TraceObjects::ofTheProcess().setThreshold(level);
 }
 
+void TraceLog::setSink(std::function<void(const TraceMessage&)> sink) {
+    m_sink =
+        sink ? std::make_shared<const std::function<void(const TraceMessage&)>>(std::move(sink)) : nullptr;
+}
+
 void TraceLog::enter(const TraceMessage& message) {
     m_lastWasKept = m_recording;
     if (m_recording) {
         m_messages.push_back(message);
     }
-    if (m_sink) {
-        m_sink(message);
+    if (const std::shared_ptr<const std::function<void(const TraceMessage&)>> sink = m_sink) {
+        (*sink)(message);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "Visibility.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -50,16 +51,17 @@ public:
 
     /**
      * Is told of every message when its line is complete. What it throws reaches whoever writes the message,
-     * as from a platform that breaks its contract. An empty function for nobody.
+     * as from a platform that breaks its contract. It may be set anew while it is told, and write messages of
+     * its own. An empty function for nobody.
      */
-    void setSink(std::function<void(const TraceMessage&)> sink) { m_sink = std::move(sink); }
+    void setSink(std::function<void(const TraceMessage&)> sink);
     /** Whether messages are kept; they are, unless told otherwise. */
     void setRecording(bool recording) {
         m_recording = recording;
         m_lastWasKept = m_lastWasKept && recording;
     }
     /** True when messages are kept or somebody is told of them. */
-    bool isRead() const { return m_recording || m_sink; }
+    bool isRead() const { return m_recording || m_sink != nullptr; }
     /** The messages so far, oldest first. */
     const std::vector<TraceMessage>& messages() const { return m_messages; }
     void clear() { m_messages.clear(); }
@@ -70,7 +72,8 @@ public:
 
 private:
     std::vector<TraceMessage> m_messages;
-    std::function<void(const TraceMessage&)> m_sink;
+    /** Null for nobody. Whoever tells it holds it, too. */
+    std::shared_ptr<const std::function<void(const TraceMessage&)>> m_sink;
     bool m_recording = true;
     /** Whether the last line that came was kept, so that it can be marked as ended. */
     bool m_lastWasKept = false;

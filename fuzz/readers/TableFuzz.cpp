@@ -48,7 +48,7 @@ void requireSameValues(const CalibrationTable& table) {
 void requireTables(const CsvFile& csv, std::string_view text) {
     for (const std::string& column : csv.columns()) {
         Fuzz::accepts(fileName, text, [&] {
-            const CalibrationTable table = readTableFile(csv, "table", column);
+            const CalibrationTable table = readTableFile({csv, gridOf(csv)}, "table", column);
             Fuzz::require(!table.axis1.empty() && !table.axis2.empty(), "a table has two axes", text);
             Fuzz::require(ascends(table.axis1) && ascends(table.axis2), "axes ascend", text);
             Fuzz::require(table.values.size() == table.axis1.size() * table.axis2.size(),

@@ -21,6 +21,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <map>
+#include <new>
 
 namespace Radio {
 
@@ -30,6 +31,9 @@ using ::FrequencyHandler;
 
 /** A radio with hundreds of channels has less than a tenth of this. */
 constexpr std::size_t maxBoardSize = std::size_t{4} * 1024 * 1024;
+/** All CSV files that a board refers to, together. */
+constexpr std::uintmax_t maxTablesSize = std::uintmax_t{16} * 1024 * 1024;
+constexpr std::size_t mostChannels = 1024;
 
 constexpr std::array<Word<FrequencyHandler::FrequencyHandlerType>, 6> handlerTypes{{
     {"microwave-if", FrequencyHandler::MicrowaveBoardIf},
@@ -75,6 +79,9 @@ std::vector<ChannelDescription> readChannels(const TomlItem& root) {
     std::vector<ChannelDescription> result;
     std::map<std::int32_t, unsigned> lineOfNumber;
     for (const TomlItem& item : channels->elements()) {
+        if (result.size() == mostChannels) {
+            item.fail("expected at most " + std::to_string(mostChannels) + " channels");
+        }
         item.entries({"number", "type", "iq_compensation"});
         const TomlItem number = item.get("number", "an integer from 0 to 2147483647");
         const TomlItem type = item.get("type", "one of the words " + joined(wordsOf(handlerTypes), ", "));
@@ -167,14 +174,27 @@ std::string readText(const std::filesystem::path& file) {
     return text;
 }
 
-std::optional<CsvFile> readCsvIfAny(const std::filesystem::path& file) {
-    struct stat status {};
-    // Only then has nothing been calibrated yet; a file that is there and cannot be read is another matter.
-    if (::stat(file.c_str(), &status) != 0 && errno == ENOENT) {
-        return std::nullopt;
+/** Reads the tables of one board from their files. */
+class CsvFiles {
+public:
+    std::optional<CsvFile> readIfAny(const std::filesystem::path& file) {
+        struct stat status {};
+        // Only then has nothing been calibrated yet; a file that is there and cannot be read is another
+        // matter.
+        if (::stat(file.c_str(), &status) != 0 && errno == ENOENT) {
+            return std::nullopt;
+        }
+        m_size += static_cast<std::uintmax_t>(std::max<off_t>(status.st_size, 0));
+        if (m_size > maxTablesSize) {
+            throw InputError({file.string(), 0}, "is one of the files of a board that have more than 16 MiB "
+                                                 "together, expected fewer or shorter ones");
+        }
+        return CsvFile(file, "a calibration table");
     }
-    return CsvFile(file, "a calibration table");
-}
+
+private:
+    std::uintmax_t m_size = 0;
+};
 
 Board describe(const std::filesystem::path& file, const TomlItem& root, const CsvSource& csv) {
     root.entries({"name", "serial", "description", "channel", "transmitter", "leakage", "calibration",
@@ -196,8 +216,9 @@ Board describe(const std::filesystem::path& file, const TomlItem& root, const Cs
     board.calibrations = readCalibrations(root, board.channels, board.drivers);
     board.variables = readSection(root, "variables", readVariable);
     refuseOverlongSizes(board);
-    board.tables = readSection(root, "tables", [&csv](const std::string& name, const TomlItem& item) {
-        return readTable(name, item, csv);
+    TableFiles files(csv);
+    board.tables = readSection(root, "tables", [&files](const std::string& name, const TomlItem& item) {
+        return readTable(name, item, files);
     });
     board.interfaces = readSection(root, "interfaces", readInterface);
     board.rasters = readRasters(root, board.channels);
@@ -232,7 +253,13 @@ std::vector<std::string_view> toStrings(unsigned words) {
 }
 
 Board loadBoard(const std::filesystem::path& file) {
-    return readBoard(readText(file), file, readCsvIfAny);
+    try {
+        CsvFiles files;
+        return readBoard(readText(file), file,
+                         [&files](const std::filesystem::path& table) { return files.readIfAny(table); });
+    } catch (const std::bad_alloc&) {
+        throw InputError({file.string(), 0}, "needs more memory than there is");
+    }
 }
 
 Board readBoard(std::string_view text, const std::filesystem::path& file, const CsvSource& csv) {

@@ -2,18 +2,13 @@
 #define RADIO_BOARD_BOARDFILE_H
 
 #include "radio/board/Board.h"
-#include "radio/files/CsvFile.h"
+#include "radio/board/TableFile.h"
 
 #include <filesystem>
-#include <functional>
-#include <optional>
 #include <string_view>
 
 /** Boards, read from files. Touches no radio; may be called on any thread. */
 namespace Radio {
-
-/** Gives the CSV file to which a board refers; nothing when there is none. */
-using CsvSource = std::function<std::optional<CsvFile>(const std::filesystem::path& file)>;
 
 /** Reads a board file. Throws InputError, and nothing else, for a file that cannot be read or used. */
 Board loadBoard(const std::filesystem::path& file);

@@ -16,6 +16,7 @@ namespace {
 
 /** Enough for every kHz of several bands, and gone through in seconds. */
 constexpr std::int64_t maxCarriers = 10000000;
+constexpr std::size_t mostRasters = 10000;
 
 enum class RowDirection : std::uint8_t { tx, rx, both };
 
@@ -120,7 +121,11 @@ std::vector<int> readRasterChannels(const TomlItem& raster, const std::vector<Ch
 std::vector<RasterDescription> readRasters(const TomlItem& root,
                                            const std::vector<ChannelDescription>& channels) {
     std::vector<RasterDescription> result;
-    for (const TomlItem& item : root.tables("raster", "raster")) {
+    const std::vector<TomlItem> items = root.tables("raster", "raster");
+    if (items.size() > mostRasters) {
+        items[mostRasters].fail("expected at most " + std::to_string(mostRasters) + " rasters");
+    }
+    for (const TomlItem& item : items) {
         item.entries({"name", "channels", "centre", "spacing", "count", "tx", "rx", "direction", "first",
                       "last", "step", "channel_spacings"});
         RasterDescription raster;

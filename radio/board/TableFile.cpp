@@ -122,8 +122,22 @@ std::vector<std::int32_t> valuesOf(const CsvFile& file, const NodeGrid& grid, st
     return values;
 }
 
-CalibrationTable readTableFile(const CsvFile& file, const std::string& name, const std::string& column) {
-    NodeGrid grid = gridOf(file);
+const TableFile* TableFiles::find(const std::filesystem::path& file) {
+    const auto known = m_files.find(file);
+    if (known != m_files.end()) {
+        return known->second ? &*known->second : nullptr;
+    }
+    std::optional<TableFile>& entry = m_files[file];
+    if (std::optional<CsvFile> rows = m_csv(file)) {
+        NodeGrid grid = gridOf(*rows);
+        entry.emplace(TableFile{std::move(*rows), std::move(grid)});
+    }
+    return entry ? &*entry : nullptr;
+}
+
+CalibrationTable readTableFile(const TableFile& table, const std::string& name, const std::string& column) {
+    const CsvFile& file = table.rows;
+    const NodeGrid& grid = table.grid;
     const std::size_t index = file.column(column);
     if (index < axisColumns) {
         throw InputError({file.place().file, file.headingLine()},
@@ -132,10 +146,7 @@ CalibrationTable readTableFile(const CsvFile& file, const std::string& name, con
     if (!grid.problems.empty()) {
         throw InputError({file.place().file, grid.problems.front().line}, grid.problems.front().text);
     }
-    CalibrationTable table{name, {}, {}, valuesOf(file, grid, index)};
-    table.axis1 = std::move(grid.axis1);
-    table.axis2 = std::move(grid.axis2);
-    return table;
+    return {name, grid.axis1, grid.axis2, valuesOf(file, grid, index)};
 }
 
 } // namespace Radio

@@ -6,11 +6,18 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 /** Calibration tables in CSV files, and what can be said of them. */
 namespace Radio {
+
+/** Gives the CSV file to which a board refers; nothing when there is none. */
+using CsvSource = std::function<std::optional<CsvFile>(const std::filesystem::path& file)>;
 
 /** Something because of which rows make no table. */
 struct NodeProblem {
@@ -36,11 +43,31 @@ NodeGrid gridOf(const CsvFile& file);
 /** The values of a column at the nodes of a grid without problems. */
 std::vector<std::int32_t> valuesOf(const CsvFile& file, const NodeGrid& grid, std::size_t column);
 
+/** A CSV file, and how its nodes lie. */
+struct TableFile {
+    CsvFile rows;
+    NodeGrid grid;
+};
+
+/** The CSV files of one board: each is read once, however many tables are in it. */
+class TableFiles {
+public:
+    /** `csv` must outlive the object. */
+    explicit TableFiles(const CsvSource& csv) : m_csv(csv) {}
+
+    /** Null when there is no such file. Throws InputError for one that cannot be used. */
+    const TableFile* find(const std::filesystem::path& file);
+
+private:
+    const CsvSource& m_csv;
+    std::map<std::filesystem::path, std::optional<TableFile>> m_files;
+};
+
 /**
  * The table whose values stand in column `column`. Throws InputError when the file has no such column, and
  * unless it has each pair of nodes once.
  */
-CalibrationTable readTableFile(const CsvFile& file, const std::string& name, const std::string& column);
+CalibrationTable readTableFile(const TableFile& file, const std::string& name, const std::string& column);
 
 } // namespace Radio
 

@@ -1,8 +1,5 @@
 #include "radio/board/TableReader.h"
 
-#include "radio/board/BoardFile.h"
-#include "radio/board/TableFile.h"
-
 #include <algorithm>
 #include <cstdint>
 
@@ -22,7 +19,7 @@ std::vector<std::int32_t> readAxis(const TomlItem& item) {
     return axis;
 }
 
-TableDescription readFromFile(const std::string& name, const TomlItem& item, const CsvSource& csv) {
+TableDescription readFromFile(const std::string& name, const TomlItem& item, TableFiles& files) {
     if (const std::optional<std::string_view> other = item.firstOf({"axis", "axes", "values"})) {
         item.fail("expected either file and column, or axes and values, found " +
                   std::string(*item.firstOf({"file", "column"})) + " and " + std::string(*other));
@@ -33,10 +30,10 @@ TableDescription readFromFile(const std::string& name, const TomlItem& item, con
     description.file =
         std::filesystem::path(item.place().file).parent_path() / file.nonEmptyText("the name of a CSV file");
     description.column = column.nonEmptyText("the name of a column of the file");
-    if (const std::optional<CsvFile> content = csv(description.file)) {
+    if (const TableFile* const content = files.find(description.file)) {
         description.table = readTableFile(*content, name, description.column);
         for (const char* const key : {"serial", "channel"}) {
-            if (const std::optional<CsvItem> found = content->findProperty(key)) {
+            if (const std::optional<CsvItem> found = content->rows.findProperty(key)) {
                 description.origins.push_back({key, found->text(), found->place()});
             }
         }
@@ -46,10 +43,10 @@ TableDescription readFromFile(const std::string& name, const TomlItem& item, con
 
 } // namespace
 
-TableDescription readTable(const std::string& name, const TomlItem& item, const CsvSource& csv) {
+TableDescription readTable(const std::string& name, const TomlItem& item, TableFiles& files) {
     item.entries({"axis", "axes", "values", "file", "column"});
     if (item.firstOf({"file", "column"})) {
-        return readFromFile(name, item, csv);
+        return readFromFile(name, item, files);
     }
     CalibrationTable table;
     table.name = name;

@@ -7,6 +7,7 @@
 #include "radio/calibration/ResultFile.h"
 #include "radio/calibration/Settings.h"
 #include "radio/files/AtomicFile.h"
+#include "radio/files/Backup.h"
 #include "radio/files/InputError.h"
 #include "radio/files/TextFile.h"
 #include "radio/text/Words.h"

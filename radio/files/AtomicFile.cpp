@@ -1,6 +1,7 @@
 #include "radio/files/AtomicFile.h"
 
 #include "radio/files/InputError.h"
+#include "radio/files/Rename.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -17,164 +18,142 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/** The permissions that a file has after it was written anew: those it had, or those of any new file. */
-mode_t permissionsFor(const fs::path& place) {
-    struct stat status {};
-    if (stat(place.c_str(), &status) == 0) {
-        return status.st_mode & 07777U;
-    }
+/** The permissions of any new file. */
+mode_t usualPermissions() {
     const mode_t mask = umask(0);
     umask(mask);
     return 0666U & ~mask;
 }
 
-/** Has everything that was written to a file or a directory reach the disk. */
-bool sync(const fs::path& path) {
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    const bool synced = descriptor != -1 && fsync(descriptor) == 0;
-    if (descriptor != -1) {
-        close(descriptor);
-    }
-    return synced;
+bool isSame(const struct stat& one, const struct stat& other) {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-/** Has the names in the directory of a file reach the disk. */
-bool syncDirectoryOf(const fs::path& file) {
-    const fs::path directory = file.parent_path();
-    return sync(directory.empty() ? fs::path(".") : directory);
-}
-
-/** Copies `file` to a place where nothing is yet; false, with the reason in errno, when it cannot. */
-bool copyToNew(const fs::path& file, const fs::path& copy) {
-    std::error_code error;
-    if (fs::copy_file(file, copy, fs::copy_options::none, error) && sync(copy)) {
+/** In a directory in which everybody may make files, only its owner and that of a file may replace it. */
+bool mayReplace(const fs::path& place, const struct stat& file) {
+    const fs::path parent = place.parent_path();
+    struct stat directory {};
+    if (stat(parent.empty() ? "." : parent.c_str(), &directory) != 0 || (directory.st_mode & S_ISVTX) == 0) {
         return true;
     }
-    errno = error ? error.value() : errno;
-    return false;
-}
-
-/** Gives a file a second name; on a file system without second names, a copy. */
-bool linkOrCopy(const fs::path& file, const fs::path& other) {
-    if (link(file.c_str(), other.c_str()) == 0) {
-        return true;
-    }
-    const bool hasLinks = errno != EPERM && errno != ENOTSUP && errno != EMLINK && errno != ENOSYS;
-    return !hasLinks && copyToNew(file, other);
-}
-
-/** The first of FILE.~1~, FILE.~2~ and so on for which `make` succeeds. Throws InputError when none does. */
-template <typename Make>
-fs::path firstFree(const fs::path& file, const Make& make) {
-    for (unsigned number = 1;; ++number) {
-        fs::path backup = file.string() + ".~" + std::to_string(number) + "~";
-        if (make(backup)) {
-            static_cast<void>(syncDirectoryOf(backup));
-            return backup;
-        }
-        if (errno != EEXIST) {
-            throw InputError({backup.string(), 0},
-                             "cannot be made: " + std::generic_category().message(errno));
-        }
-    }
+    const uid_t user = geteuid();
+    return user == 0 || user == file.st_uid || user == directory.st_uid;
 }
 
 } // namespace
 
 AtomicFile::AtomicFile(const fs::path& place) : m_name(place) {
     std::error_code error;
-    const fs::file_status status = fs::status(place, error);
     m_place = fs::weakly_canonical(place, error);
     if (error) {
         m_place = place;
     }
-    errno = 0;
-    if (fs::is_directory(status)) {
-        errno = EISDIR;
-        fail("cannot be written");
+    struct stat status {};
+    const bool isThere = stat(place.c_str(), &status) == 0;
+    if (isThere && S_ISDIR(status.st_mode)) {
+        fail("cannot be written", EISDIR);
     }
-    if (fs::exists(status) && !fs::is_regular_file(status)) {
-        m_stream.open(place, std::ios::binary);
+    if (isThere && isStandardOutput(place)) {
+        openDirectly(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0));
+    } else if (isThere && !S_ISREG(status.st_mode)) {
+        openDirectly(open(place.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC));
+    } else if (isThere && !mayReplace(m_place, status)) {
+        fail("belongs to somebody else, in a directory where only its owner may replace it", 0);
     } else {
         createBeside();
-    }
-    if (!m_stream.is_open()) {
-        fail("cannot be written");
     }
 }
 
 AtomicFile::~AtomicFile() {
-    if (!m_beside.empty()) {
+    if (!m_beside.empty() && isStillBeside()) {
         unlink(m_beside.c_str());
     }
+    if (m_descriptor != -1) {
+        close(m_descriptor);
+    }
+}
+
+void AtomicFile::openDirectly(int descriptor) {
+    if (descriptor == -1) {
+        fail("cannot be written", errno);
+    }
+    m_descriptor = descriptor;
+    m_stream.attach(m_descriptor);
 }
 
 void AtomicFile::createBeside() {
     std::string name = m_place.string() + ".XXXXXX";
-    const int descriptor = mkostemp(name.data(), O_CLOEXEC);
-    if (descriptor == -1) {
-        fail("cannot be written");
-    }
+    openDirectly(mkostemp(name.data(), O_CLOEXEC));
     m_beside = name;
-    fchmod(descriptor, permissionsFor(m_place));
-    m_stream.open(m_beside, std::ios::binary);
-    close(descriptor);
-    if (!m_stream.is_open()) {
-        unlink(m_beside.c_str());
+}
+
+/** Has the file the owner, the group and the permissions of the one that it replaces, or of any new one. */
+void AtomicFile::takeOver() {
+    struct stat old {};
+    if (stat(m_place.c_str(), &old) != 0) {
+        static_cast<void>(fchmod(m_descriptor, usualPermissions()));
+        return;
     }
+    // Who may not give a file away keeps it; the group is asked for by itself.
+    if (fchown(m_descriptor, old.st_uid, old.st_gid) != 0) {
+        static_cast<void>(fchown(m_descriptor, static_cast<uid_t>(-1), old.st_gid) == 0);
+    }
+    struct stat now {};
+    const bool isOwners =
+        fstat(m_descriptor, &now) == 0 && now.st_uid == old.st_uid && now.st_gid == old.st_gid;
+    static_cast<void>(fchmod(m_descriptor, old.st_mode & (isOwners ? 07777U : 01777U)));
 }
 
 void AtomicFile::commit() {
-    putInPlace(0);
+    writeAll();
+    if (!m_beside.empty()) {
+        if (rename(m_beside.c_str(), m_place.c_str()) != 0) {
+            fail("could not be written", errno);
+        }
+        m_beside.clear();
+        // The name is there in any case; that it stays there after a power failure is asked for, not insisted
+        // on.
+        static_cast<void>(syncDirectoryOf(m_place));
+    }
 }
 
 void AtomicFile::commitNew() {
-    putInPlace(RENAME_NOREPLACE);
+    writeAll();
+    if (!m_beside.empty()) {
+        if (!renameToNew(m_beside, m_place)) {
+            fail("could not be written", errno);
+        }
+        m_beside.clear();
+        static_cast<void>(syncDirectoryOf(m_place));
+    }
 }
 
-void AtomicFile::putInPlace(unsigned flags) {
-    errno = 0;
-    m_stream.close();
-    if (!m_stream) {
-        fail("could not be written");
+void AtomicFile::writeAll() {
+    if (!m_stream.flush()) {
+        fail("could not be written", m_stream.reason());
     }
     if (m_beside.empty()) {
         return;
     }
-    if (!sync(m_beside) || renameat2(AT_FDCWD, m_beside.c_str(), AT_FDCWD, m_place.c_str(), flags) != 0) {
-        fail("could not be written");
+    takeOver();
+    if (fsync(m_descriptor) != 0) {
+        fail("could not be written", errno);
     }
-    m_beside.clear();
-    // The name is there in any case; that it stays there after a power failure is asked for, not insisted on.
-    static_cast<void>(syncDirectoryOf(m_place));
+    if (!isStillBeside()) {
+        fail("could not be written: " + m_beside.string() + " is another file by now", 0);
+    }
 }
 
-void AtomicFile::fail(const char* what) const {
-    const int reason = errno;
+bool AtomicFile::isStillBeside() const {
+    struct stat written {};
+    struct stat named {};
+    return fstat(m_descriptor, &written) == 0 && lstat(m_beside.c_str(), &named) == 0 &&
+           isSame(written, named);
+}
+
+void AtomicFile::fail(const std::string& what, int reason) const {
     throw InputError({m_name.string(), 0},
                      what + (reason == 0 ? "" : ": " + std::generic_category().message(reason)));
-}
-
-std::filesystem::path keepBackup(const std::filesystem::path& file) {
-    std::error_code error;
-    if (!fs::is_regular_file(file, error)) {
-        return {};
-    }
-    // Beside the file itself, where a link to it may lead from somewhere else.
-    const fs::path place = fs::is_symlink(file, error) ? fs::canonical(file, error) : file;
-    return firstFree(place, [&](const fs::path& backup) { return linkOrCopy(place, backup); });
-}
-
-std::filesystem::path moveToBackup(const std::filesystem::path& file) {
-    return firstFree(file, [&](const fs::path& backup) {
-        return renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, backup.c_str(), RENAME_NOREPLACE) == 0;
-    });
-}
-
-void moveBack(const std::filesystem::path& backup, const std::filesystem::path& file) {
-    // What cannot be renamed once more is not lost: it is the backup that it was to be.
-    static_cast<void>(renameat2(AT_FDCWD, backup.c_str(), AT_FDCWD, file.c_str(), RENAME_NOREPLACE));
-    static_cast<void>(syncDirectoryOf(file));
 }
 
 void requireWritable(const fs::path& file) {
@@ -183,7 +162,13 @@ void requireWritable(const fs::path& file) {
     }
 }
 
-bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& other) {
+bool isStandardOutput(const fs::path& file) {
+    struct stat named {};
+    struct stat output {};
+    return stat(file.c_str(), &named) == 0 && fstat(STDOUT_FILENO, &output) == 0 && isSame(named, output);
+}
+
+bool isSameFile(const fs::path& one, const fs::path& other) {
     std::error_code error;
     if (fs::exists(one, error) && fs::exists(other, error)) {
         return fs::is_regular_file(one, error) && fs::equivalent(one, other, error);

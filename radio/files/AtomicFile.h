@@ -1,8 +1,9 @@
 #ifndef RADIO_FILES_ATOMICFILE_H
 #define RADIO_FILES_ATOMICFILE_H
 
+#include "radio/files/DescriptorStream.h"
+
 #include <filesystem>
-#include <fstream>
 #include <ostream>
 
 namespace Radio {
@@ -11,7 +12,12 @@ namespace Radio {
  * A text file that is there as a whole or not at all. It is written beside the place where it belongs, and
  * put there by commit(); until then, and if anything goes wrong, whatever was there before stays as it was.
  *
- * A place that is no ordinary file (a device, a pipe) is written directly.
+ * It is looked up by its name once, when it is made, and written through that descriptor: who may write in
+ * the same directory cannot have another file written. A place that is no ordinary file (a device, a pipe),
+ * and the one that standard output leads to, is written directly.
+ *
+ * The file keeps the permissions of the one that it replaces, and its group and owner as far as this user may
+ * give them; to whom a file belongs that is not the same any more, that does not have its set-id bits.
  */
 class AtomicFile {
 public:
@@ -23,15 +29,19 @@ public:
     ~AtomicFile();
 
     std::ostream& stream() { return m_stream; }
-    /** Puts the file in its place, on the disk. Throws InputError when something could not be written. */
+    /** Puts the file in its place, on the disk. Throws InputError when something could not be written, or
+     * when somebody put something else in the place where it was written. */
     void commit();
     /** The same, where nothing is yet; throws also when something is there by now. */
     void commitNew();
 
 private:
-    [[noreturn]] void fail(const char* what) const;
+    [[noreturn]] void fail(const std::string& what, int reason) const;
+    void openDirectly(int descriptor);
     void createBeside();
-    void putInPlace(unsigned flags);
+    void takeOver();
+    void writeAll();
+    bool isStillBeside() const;
 
     /** As the user calls it. */
     std::filesystem::path m_name;
@@ -39,23 +49,15 @@ private:
     std::filesystem::path m_place;
     /** Where it is written meanwhile; empty for one that is written directly. */
     std::filesystem::path m_beside;
-    std::ofstream m_stream;
+    int m_descriptor = -1;
+    DescriptorStream m_stream;
 };
-
-/**
- * Gives what is at `file` a second name that nothing has yet: FILE.~1~, FILE.~2~ and so on. The file itself
- * stays where it is. Returns the new name, or an empty one when there is no ordinary file. Throws InputError.
- */
-std::filesystem::path keepBackup(const std::filesystem::path& file);
-
-/** The same, but the file is not there any more under its own name. Throws InputError. */
-std::filesystem::path moveToBackup(const std::filesystem::path& file);
-
-/** Gives a file that moveToBackup() renamed its own name back, unless something has that name by now. */
-void moveBack(const std::filesystem::path& backup, const std::filesystem::path& file);
 
 /** Throws InputError when nothing can be written to `file`; writes nothing. An empty name is good. */
 void requireWritable(const std::filesystem::path& file);
+
+/** True for a name that leads where standard output leads, "/dev/stdout" for example. */
+bool isStandardOutput(const std::filesystem::path& file);
 
 /** True when both names mean one ordinary file, whether or not it exists yet. */
 bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& other);

@@ -26,6 +26,17 @@ public:
         : std::runtime_error(toString(place) + ": " + message) {}
 };
 
+/** Input that was not waited for, since the process is to end: a signal came. */
+class GivenUp : public InputError {
+public:
+    GivenUp(const Place& place, int signal) : InputError(place, "was not waited for"), m_signal(signal) {}
+
+    int signal() const { return m_signal; }
+
+private:
+    int m_signal;
+};
+
 /**
  * Input that could be used if whoever asked had chosen otherwise. The message says what is wrong; how to
  * choose is known to those who took the choice, and differs between a command line, a page and a program.

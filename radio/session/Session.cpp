@@ -14,6 +14,12 @@
 
 namespace Radio {
 
+namespace {
+
+constexpr std::size_t mostFaults = 1000;
+
+} // namespace
+
 Session::Session(const Board& board, SessionListener& listener, OrbiTraceLevel shownTrace,
                  Devices::Hardware* hardware)
     : m_board(board),
@@ -188,7 +194,13 @@ Session::Outcome Session::carryOut(const RunPhase& command) {
 }
 
 Session::Outcome Session::carryOut(const InjectFault& command) {
-    m_radio.platform().calls().inject(command.fault);
+    Standalone::Calls& calls = m_radio.platform().calls();
+    // Every call of the radio looks through them.
+    if (calls.faults().size() >= mostFaults) {
+        return {ResultFailed, "expected at most " + std::to_string(mostFaults) +
+                                  " faults at a time; \"clear\" takes them back"};
+    }
+    calls.inject(command.fault);
     return {};
 }
 

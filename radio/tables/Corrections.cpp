@@ -43,7 +43,8 @@ Source readCsvSource(const std::filesystem::path& file) {
     if (const std::optional<CsvItem> item = csv.findProperty("channel")) {
         channel = static_cast<int>(item->integer(0, std::numeric_limits<int>::max()));
     }
-    return {file, {{channel, readTableFile(csv, "i", "i"), readTableFile(csv, "q", "q")}}, {}};
+    const TableFile table{csv, gridOf(csv)};
+    return {file, {{channel, readTableFile(table, "i", "i"), readTableFile(table, "q", "q")}}, {}};
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "radio/board/CalibrationBounds.h"
 #include "radio/files/CsvFile.h"
+#include "radio/files/TextFile.h"
 #include "radio/text/Numbers.h"
 #include "radio/text/Words.h"
 
@@ -9,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <fstream>
+#include <sstream>
 #include <string_view>
 #include <system_error>
 
@@ -20,6 +22,7 @@ constexpr std::string_view heading = "seconds,degrees";
 /** A century of seconds since any epoch, and more; times can be subtracted and scaled without a thought. */
 constexpr std::int64_t latest = 1'000'000'000'000;
 constexpr std::size_t longestLine = 255;
+constexpr std::size_t longestPipe = std::size_t{256} << 20U;
 
 void requireHeading(const CsvLines& lines) {
     std::string text(lines.text());
@@ -67,6 +70,11 @@ ThermalLog readThermalLog(const std::filesystem::path& file) {
     std::error_code error;
     if (std::filesystem::is_directory(file, error)) {
         throwUnreadable(file.string(), EISDIR);
+    }
+    if (std::filesystem::exists(file, error) && !std::filesystem::is_regular_file(file, error)) {
+        // What comes through a pipe may not come at all.
+        std::istringstream stream(readTextFile(file, longestPipe, "a temperature log"));
+        return readThermalLog(stream, file.string());
     }
     errno = 0;
     std::ifstream stream(file, std::ios::binary);

@@ -120,4 +120,19 @@ bool Interrupt::waitForInput(int descriptor, std::chrono::milliseconds time) con
     return wait(descriptor, time) == Waiting::ready;
 }
 
+int waitForReading(int descriptor) {
+    const Interrupt* const interrupt = Interrupt::current();
+    if (interrupt == nullptr) {
+        pollfd wanted{descriptor, POLLIN, 0};
+        static_cast<void>(poll(&wanted, 1, -1));
+        return 0;
+    }
+    while (interrupt->signal() == 0) {
+        if (interrupt->waitForInput(descriptor)) {
+            return 0;
+        }
+    }
+    return interrupt->signal();
+}
+
 } // namespace Radio

@@ -47,6 +47,9 @@ private:
     sigset_t m_maskBefore{};
 };
 
+/** For setReadingWait(): waits as long as no signal asks the program to leave. */
+int waitForReading(int descriptor);
+
 } // namespace Radio
 
 #endif

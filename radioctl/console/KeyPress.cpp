@@ -1,5 +1,7 @@
 #include "radioctl/console/KeyPress.h"
 
+#include "radioctl/console/CrashGuard.h"
+
 #include <unistd.h>
 
 namespace Radio {
@@ -12,6 +14,7 @@ KeyPress::KeyPress(Interrupt& interrupt)
 
 void KeyPress::prepare() const {
     if (m_isTerminal) {
+        keepTerminalThroughCrashes();
         termios mode = m_before;
         mode.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
         mode.c_cc[VMIN] = 1;

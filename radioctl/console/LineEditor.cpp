@@ -1,14 +1,17 @@
 #include "radioctl/console/LineEditor.h"
 
 #include "radio/language/Completion.h"
+#include "radioctl/console/CrashGuard.h"
 #include "radioctl/console/StateFolder.h"
 
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <clocale>
 #include <cstdio>
+#include <cstdlib>
 #include <cwchar>
 #include <iostream>
 #include <sstream>
@@ -51,6 +54,7 @@ LineEditor::LineEditor(const BoardNames& names, Interrupt& interrupt, std::files
       m_historyFile(std::move(historyFile)),
       m_history(history_init()),
       m_editor(el_init("radioctl", stdin, stdout, stderr)) {
+    keepTerminalThroughCrashes();
     static_cast<void>(std::setlocale(LC_CTYPE, ""));
     loadHistory();
     el_set(m_editor, EL_CLIENTDATA, this);
@@ -246,12 +250,27 @@ void LineEditor::saveHistory() {
     if (m_historyFile.empty()) {
         return;
     }
+    const mode_t maskBefore = umask(S_IRWXG | S_IRWXO);
     std::error_code error;
     std::filesystem::create_directories(m_historyFile.parent_path(), error);
-    const mode_t maskBefore = umask(S_IRWXG | S_IRWXO);
-    HistEvent event{};
-    history(m_history, &event, H_SAVE, m_historyFile.c_str());
     umask(maskBefore);
+    // Written beside and put in its place: what a link there leads to is not written.
+    std::string beside = m_historyFile.string() + ".XXXXXX";
+    const int descriptor = mkostemp(beside.data(), O_CLOEXEC);
+    if (descriptor == -1) {
+        return;
+    }
+    std::FILE* const file = fdopen(descriptor, "w");
+    if (file == nullptr) {
+        close(descriptor);
+        unlink(beside.c_str());
+        return;
+    }
+    HistEvent event{};
+    const bool isWritten = history(m_history, &event, H_SAVE_FP, file) != -1;
+    if (std::fclose(file) != 0 || !isWritten || rename(beside.c_str(), m_historyFile.c_str()) != 0) {
+        unlink(beside.c_str());
+    }
 }
 
 } // namespace Radio

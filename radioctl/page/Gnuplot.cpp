@@ -1,16 +1,16 @@
 #include "radioctl/page/Gnuplot.h"
 
 #include "radio/files/InputError.h"
+#include "radioctl/console/Child.h"
+#include "radioctl/console/Interrupt.h"
 
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <system_error>
 
 namespace Radio::Page {
@@ -61,48 +61,20 @@ private:
     std::unique_ptr<std::FILE, Closer> m_file;
 };
 
-/** How gnuplot is started: on three files, and with the signals that this program holds back let through. */
-class Start {
-public:
-    Start(const ScratchFile& input, const ScratchFile& output, const ScratchFile& errors) {
-        posix_spawn_file_actions_init(&m_actions);
-        posix_spawn_file_actions_adddup2(&m_actions, input.descriptor(), STDIN_FILENO);
-        posix_spawn_file_actions_adddup2(&m_actions, output.descriptor(), STDOUT_FILENO);
-        posix_spawn_file_actions_adddup2(&m_actions, errors.descriptor(), STDERR_FILENO);
-        sigset_t none{};
-        sigemptyset(&none);
-        posix_spawnattr_init(&m_attributes);
-        posix_spawnattr_setsigmask(&m_attributes, &none);
-        posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGMASK);
-    }
-    Start(const Start&) = delete;
-    Start& operator=(const Start&) = delete;
-    ~Start() {
-        posix_spawn_file_actions_destroy(&m_actions);
-        posix_spawnattr_destroy(&m_attributes);
-    }
-
-    /** Runs gnuplot to its end; true when it was content. */
-    bool run() const {
+/** Runs gnuplot to its end. Throws InputError when it cannot be run, or when it was not waited for. */
+int exitCodeOf(const Child::Streams& streams) {
+    try {
         // Without the settings of whoever is at home here: every page looks alike.
-        std::array<std::string, 2> words{"gnuplot", "--default-settings"};
-        const std::array<char*, 3> arguments{words[0].data(), words[1].data(), nullptr};
-        pid_t pid = -1;
-        const int reason =
-            posix_spawnp(&pid, "gnuplot", &m_actions, &m_attributes, arguments.data(), environ);
-        if (reason != 0) {
-            fail("cannot be run: " + reasonText(reason) + "; the Debian package gnuplot-nox has it");
+        Child gnuplot({"gnuplot", "--default-settings"}, streams);
+        if (const std::optional<int> exitCode = gnuplot.wait()) {
+            return *exitCode;
         }
-        int status = 0;
-        while (waitpid(pid, &status, 0) == -1 && errno == EINTR) {
-        }
-        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    } catch (const std::system_error& error) {
+        fail("cannot be run: " + reasonText(error.code().value()) +
+             "; the Debian package gnuplot-nox has it");
     }
-
-private:
-    posix_spawn_file_actions_t m_actions{};
-    posix_spawnattr_t m_attributes{};
-};
+    throw GivenUp({"gnuplot", 0}, Interrupt::current()->signal());
+}
 
 } // namespace
 
@@ -111,7 +83,7 @@ std::string runGnuplot(const std::string& script) {
     const ScratchFile output;
     const ScratchFile errors;
     input.fill(script);
-    if (!Start(input, output, errors).run()) {
+    if (exitCodeOf({input.descriptor(), output.descriptor(), errors.descriptor()}) != 0) {
         fail("failed: " + errors.content());
     }
     return output.content();

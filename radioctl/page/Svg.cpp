@@ -1,5 +1,6 @@
 #include "radioctl/page/Svg.h"
 
+#include "radio/files/InputError.h"
 #include "radioctl/page/Gnuplot.h"
 
 #include <string_view>
@@ -29,6 +30,9 @@ std::string drawSvg(const std::string& script, const std::string& id, const std:
     std::string svg = runGnuplot(script);
     // What stands in front of the element belongs to a file of its own.
     svg.erase(0, svg.find("<svg"));
+    if (svg.find('>') == std::string::npos) {
+        throw InputError({"--html", 0}, "the plots need gnuplot, which drew nothing");
+    }
     replaceBetween(svg, "<title>", "</title>", "<title>" + title + "</title>");
     replaceBetween(svg, "<desc>", "</desc>", "");
     svg.insert(std::string_view("<svg").size(), R"( role="img" id=")" + id + '"');

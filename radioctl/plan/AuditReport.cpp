@@ -47,13 +47,19 @@ Json rowEvent(const char* event, const Board& board, const AuditRow& row) {
             {"channel_spacing", orNull(row.channelSpacing)}};
 }
 
-/** `text` as one field: in quotes when it would not be one otherwise. */
+/**
+ * `text` as one field: in quotes when it would not be one otherwise, and behind an apostrophe when a
+ * spreadsheet would take it for a formula and carry it out.
+ */
 std::string csvField(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) {
-        return text;
+    const bool isFormula =
+        !text.empty() && std::string_view("=+-@\t\r").find(text.front()) != std::string_view::npos;
+    const std::string shown = isFormula ? "'" + text : text;
+    if (shown.find_first_of(",\"\r\n") == std::string::npos) {
+        return shown;
     }
     std::string quoted = "\"";
-    for (const char character : text) {
+    for (const char character : shown) {
         quoted += character == '"' ? "\"\"" : std::string(1, character);
     }
     return quoted + "\"";

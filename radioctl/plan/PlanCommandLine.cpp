@@ -1,6 +1,7 @@
 #include "radioctl/plan/PlanCommandLine.h"
 
 #include "radio/board/PlatformWords.h"
+#include "radio/files/AtomicFile.h"
 #include "radio/text/Frequency.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/options/Values.h"
@@ -49,6 +50,9 @@ int PlanCommandLine::run(bool json) {
     m_auditOptions.json |= json;
     m_explainOptions.json |= json;
     if (m_audit.isCalled()) {
+        if (isStandardOutput(m_auditOptions.csv)) {
+            m_auditOptions.csv = "-";
+        }
         if (m_auditOptions.json && m_auditOptions.csv == "-") {
             complain("--json and --csv - both want standard output");
             return ExitCode::wrongCommandLine;

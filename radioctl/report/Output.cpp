@@ -64,6 +64,8 @@ std::string adviceOf(const ChoiceError& error) {
 int refusing(bool json, const std::function<int()>& action) {
     try {
         return action();
+    } catch (const GivenUp& error) {
+        return ExitCode::signalBase + error.signal();
     } catch (const ChoiceError& error) {
         return refuse(error.what() + adviceOf(error), json, ExitCode::unusableInput);
     } catch (const InputError& error) {

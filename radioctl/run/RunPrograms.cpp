@@ -291,6 +291,8 @@ int consoleOn(const Board& board, const RunOptions& options, Reporter& reporter,
 int runReporting(const RunOptions& options, Reporter& reporter) {
     try {
         return runOn(loadBoard(options.board), options, reporter);
+    } catch (const GivenUp& error) {
+        return ExitCode::signalBase + error.signal();
     } catch (const InputError& error) {
         return refuse(reporter, error.what());
     }
@@ -329,6 +331,8 @@ int runConsole(const RunOptions& options) {
     const auto reporter = makeReporter(options.json, options.verbose, !atTerminal);
     try {
         return consoleOn(loadBoard(options.board), options, *reporter, atTerminal);
+    } catch (const GivenUp& error) {
+        return ExitCode::signalBase + error.signal();
     } catch (const InputError& error) {
         return refuse(*reporter, error.what());
     }

@@ -1,5 +1,6 @@
 #include "radioctl/thermal/ThermalCommandLine.h"
 
+#include "radio/files/AtomicFile.h"
 #include "radio/text/Frequency.h"
 #include "radio/text/Numbers.h"
 #include "radio/text/WordError.h"
@@ -62,6 +63,9 @@ ThermalCommandLine::ThermalCommandLine(CommandLine::Command program)
 
 int ThermalCommandLine::run(bool json) {
     m_options.json |= json;
+    if (isStandardOutput(m_options.csv)) {
+        m_options.csv = "-";
+    }
     if (m_options.json && m_options.csv == "-") {
         complain("--json and --csv - both want standard output");
         return ExitCode::wrongCommandLine;

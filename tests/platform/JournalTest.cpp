@@ -194,4 +194,27 @@ TEST_F(JournalTest, IdleCallsAreCarriedOut) {
     EXPECT_EQ(lo.read(lo.context, nullptr), Standalone::Codes::badArgument);
 }
 
+TEST_F(JournalTest, ListenerMayTakeItselfAway) {
+    Standalone::Calls& calls = platform.calls();
+    std::vector<std::string> seen;
+    const std::string name = "a name that is too long to be kept without memory of its own";
+    calls.setListener([&calls, &seen, name](const Call& /*call*/) {
+        calls.setListener({});
+        seen.push_back(name);
+    });
+    platform.calls().answer("x", {Operation::driverWrite}, [](std::int64_t&) { return 0; });
+    platform.calls().answer("x", {Operation::driverWrite}, [](std::int64_t&) { return 0; });
+    EXPECT_EQ(seen, std::vector<std::string>{name});
+}
+
+TEST_F(JournalTest, WhatAListenerThrowsDoesNotReachTheCaller) {
+    int told = 0;
+    platform.calls().setListener([&](const Call& /*call*/) {
+        ++told;
+        throw std::runtime_error("listener");
+    });
+    EXPECT_EQ(platform.calls().answer("x", {Operation::driverWrite}, [](std::int64_t&) { return 7; }), 7);
+    EXPECT_EQ(told, 1);
+}
+
 } // namespace

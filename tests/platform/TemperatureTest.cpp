@@ -176,4 +176,28 @@ TEST_F(TemperatureTest, ObserverMayRegisterAnotherOne) {
     EXPECT_THAT(first.seen, ElementsAre(2));
 }
 
+/** Sets another temperature as soon as it is told of one. */
+struct Controller {
+    static void react(void* context, int temperature) {
+        auto* const self = static_cast<Controller*>(context);
+        if (temperature == 20) {
+            self->service->set(25);
+        }
+    }
+
+    Standalone::TemperatureService* service;
+    ITemperatureObserver record{this, &Controller::react};
+};
+
+TEST_F(TemperatureTest, OlderTemperatureIsNotTheLastThatAnObserverIsToldOf) {
+    Controller controller{&service};
+    observe(first);
+    ITemperatureHandler::registerObserver(&controller.record);
+    observe(second);
+    EXPECT_EQ(service.set(20), 2U);
+    EXPECT_THAT(first.seen, ElementsAre(20, 25));
+    EXPECT_THAT(second.seen, ElementsAre(25));
+    EXPECT_EQ(service.temperature(), 25);
+}
+
 } // namespace

@@ -230,4 +230,39 @@ TEST(TraceLevelTest, NoticeAndInformationHaveLevelsOfTheirOwn) {
     EXPECT_EQ(CZulTraceHandler_DmLevel2GtLevel(2048), TraceLevel::information);
 }
 
+TEST_F(TraceTest, SinkThatWritesAMessageLeavesTheOuterOneItsOriginAndItsFormat) {
+    OrbiTrace other("OTHER", level3);
+    bool isNested = false;
+    platform.trace().setSink([&](const TraceMessage&) {
+        if (!isNested) {
+            isNested = true;
+            other.beginLogMsg(TraceLevel::warning, "Other.cpp", 99) << "nested" << std::endl;
+            other.endLogMsg();
+        }
+    });
+    std::ostream& stream = earlyTrace.beginLogMsg(TraceLevel::error, "File.cpp", 12);
+    stream << std::hex << std::setfill('0') << "first line" << std::endl;
+    stream << std::setw(4) << 255 << std::endl;
+    earlyTrace.endLogMsg();
+    ASSERT_THAT(messages(), SizeIs(3));
+    EXPECT_EQ(messages()[1].source, "OTHER");
+    EXPECT_EQ(messages()[2].source, "QVX.FH");
+    EXPECT_EQ(messages()[2].file, "File.cpp");
+    EXPECT_EQ(messages()[2].line, 12);
+    EXPECT_EQ(messages()[2].level, TraceLevel::error);
+    EXPECT_EQ(messages()[2].text, "00ff");
+}
+
+TEST_F(TraceTest, SinkMayTakeItselfAway) {
+    std::vector<std::string> seen;
+    const std::string name = "a name that is too long to be kept without memory of its own";
+    platform.trace().setSink([this, &seen, name](const TraceMessage& message) {
+        platform.trace().setSink({});
+        seen.push_back(name + message.text);
+    });
+    emit("once");
+    emit("twice");
+    EXPECT_EQ(seen, std::vector<std::string>{name + "once"});
+}
+
 } // namespace

@@ -24,12 +24,36 @@ struct Origin {
     int line;
 };
 
+/** How a stream writes numbers. */
+class Format {
+public:
+    explicit Format(const std::ios& stream)
+        : m_flags(stream.flags()),
+          m_precision(stream.precision()),
+          m_width(stream.width()),
+          m_fill(stream.fill()) {}
+
+    void restore(std::ios& stream) const {
+        stream.flags(m_flags);
+        stream.precision(m_precision);
+        stream.width(m_width);
+        stream.fill(m_fill);
+    }
+
+private:
+    std::ios::fmtflags m_flags;
+    std::streamsize m_precision;
+    std::streamsize m_width;
+    char m_fill;
+};
+
 /**
  * Takes the text of one message and hands it over at each flush. A message of which nobody is told takes no
  * memory but what earlier ones left here.
  */
 class MessageBuffer final : public std::streambuf {
 public:
+    explicit MessageBuffer(std::ios& stream) : m_stream(stream) {}
     /** What the next text belongs to. */
     void describe(const Origin& origin) { m_origin = origin; }
 
@@ -56,14 +80,21 @@ protected:
             }
             const Standalone::TraceMessage message{m_origin.source, m_origin.level, m_origin.file,
                                                    m_origin.line, m_text};
-            m_text.clear(); // first: whoever is told of the message may write one of its own
+            // Whoever is told of the message may write one of its own, and this one may go on after it.
+            m_text.clear();
+            const Origin origin = m_origin;
+            const Format format(m_stream);
             platform->trace().enter(message);
+            m_origin = origin;
+            format.restore(m_stream);
         }
         return 0;
     }
 
 private:
     Origin m_origin{};
+    /** The stream that writes here. */
+    std::ios& m_stream;
     std::string& m_text = TraceObjects::ofTheProcess().text();
 };
 
@@ -71,10 +102,13 @@ private:
 struct MessageStream {
     /** What whoever is told of a message throws reaches the one who writes it: a stream would keep it back.
      */
-    MessageStream() { plain.exceptions(std::ios::badbit); }
+    MessageStream() {
+        stream.rdbuf(&buffer);
+        plain.exceptions(std::ios::badbit);
+    }
 
-    MessageBuffer buffer;
-    std::ostream stream{&buffer};
+    std::ostream stream{nullptr};
+    MessageBuffer buffer{stream};
     /** The state of a stream to which nobody did anything. */
     std::ios plain{&buffer};
 };

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <limits>
@@ -12,6 +14,17 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define BOARD_FILE_TEST_IS_SANITIZED
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(BOARD_FILE_TEST_IS_SANITIZED)
+constexpr bool isSanitized = true;
+#else
+constexpr bool isSanitized = false;
+#endif
 
 class BoardFileTest : public BoardFileFixture {
 protected:
@@ -426,6 +439,66 @@ TEST_F(BoardFileTest, RowOfWrongLengthIsRefusedWithItsLine) {
         refusedAfterChannel("[tables]\n\"T\" = { axes = [[1, 2], [1, 2]], values = [\n[1, 2],\n[3]] }\n"),
         "board.toml:8: tables.T.values: expected one value in each row for each node of the second axis: 2, "
         "found 1");
+}
+
+TEST_F(BoardFileTest, FileOfManyTablesIsReadOnce) {
+    std::string text = "name = \"Radio\"\n[[channel]]\nnumber = 1\ntype = 1\n[tables]\n";
+    for (int table = 0; table < 40; ++table) {
+        text += "\"table " + std::to_string(table) + "\" = { file = \"t.csv\", column = \"i\" }\n";
+    }
+    int reads = 0;
+    const Board board = readBoard(text, "board.toml", [&reads](const std::filesystem::path& file) {
+        ++reads;
+        return CsvFile("f,t,i\n1,2,3\n", file.string(), "a calibration table");
+    });
+    EXPECT_EQ(reads, 1);
+    ASSERT_EQ(board.tables.size(), 40U);
+    EXPECT_THAT(board.tables[39].table.values, ElementsAre(3));
+}
+
+TEST_F(BoardFileTest, FilesOfTablesHaveALimitTogether) {
+    const std::string rows = "f,t,i\n1,2,3\n" + std::string(4'000'000, '\n');
+    std::string text = "[tables]\n";
+    for (const char digit : {'1', '2', '3', '4', '5'}) {
+        std::ofstream(std::string("t") + digit + ".csv") << rows;
+        text += std::string("\"table ") + digit + "\" = { file = \"t" + digit + ".csv\", column = \"i\" }\n";
+    }
+    EXPECT_EQ(refusal([&] { loadAfterChannel(text); }),
+              "t5.csv: is one of the files of a board that have more than 16 MiB together, expected fewer or "
+              "shorter ones");
+}
+
+/** Ends with 0 when the message is the right one. */
+[[noreturn]] void endWithoutMemory() {
+    rlimit most{};
+    most.rlim_cur = most.rlim_max = rlim_t{48} << 20U;
+    static_cast<void>(setrlimit(RLIMIT_AS, &most));
+    try {
+        loadBoard("board.toml");
+    } catch (const InputError& error) {
+        _exit(std::string(error.what()) == "board.toml: needs more memory than there is" ? 0 : 2);
+    }
+    _exit(1);
+}
+
+TEST_F(BoardFileTest, WantOfMemoryNamesTheFile) {
+    if (isSanitized) {
+        GTEST_SKIP() << "a sanitizer needs the memory itself";
+    }
+    std::string text = "name = \"Radio\"\n[[channel]]\nnumber = 1\ntype = 1\n[drivers]\n";
+    for (int driver = 0; driver < 100'000; ++driver) {
+        text += "\"driver." + std::to_string(driver) + "\" = {}\n";
+    }
+    write("board.toml", text);
+    EXPECT_EXIT(endWithoutMemory(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(BoardFileTest, ThereAreAtMost1024Channels) {
+    std::string text = "name = \"Radio\"\n";
+    for (int number = 0; number < 1025; ++number) {
+        text += "[[channel]]\nnumber = " + std::to_string(number) + "\ntype = 1\n";
+    }
+    EXPECT_EQ(refusal([&] { load(text); }), "board.toml:3074: channel: expected at most 1024 channels");
 }
 
 TEST_F(BoardFileTest, UnknownPresenceIsRefused) {

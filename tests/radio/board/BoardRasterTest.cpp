@@ -313,5 +313,13 @@ TEST_F(BoardRasterTest, LimitsThatAreNoTableAreRefused) {
               "board.toml:2: limits: expected a table, found 5");
 }
 
+TEST_F(BoardRasterTest, ThereAreAtMost10000) {
+    std::string text;
+    for (int raster = 0; raster < 10001; ++raster) {
+        text += "[[raster]]\nname = \"R\"\ndirection = \"tx\"\nfirst = 1\nlast = 1\nstep = 1\n";
+    }
+    EXPECT_EQ(refusedText(text), "board.toml:60008: raster: expected at most 10000 rasters");
+}
+
 } // namespace
 } // namespace Radio

@@ -1,10 +1,13 @@
 #include "radio/files/AtomicFile.h"
 
 #include "radio/files/InputError.h"
+#include "tests/radio/files/OwnDirectory.h"
 
 #include <gmock/gmock.h>
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -19,35 +22,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/** Works in an empty directory of its own. */
-class AtomicFileTest : public testing::Test {
-public:
-    AtomicFileTest() {
-        std::string directory = testing::TempDir() + "atomicXXXXXX";
-        if (mkdtemp(directory.data()) == nullptr) {
-            throw std::runtime_error("no temporary directory");
-        }
-        m_directory = directory;
-        fs::current_path(m_directory);
-    }
-    ~AtomicFileTest() override {
-        fs::current_path(m_before);
-        fs::remove_all(m_directory);
-    }
-
+class AtomicFileTest : public OwnDirectory {
 protected:
-    static void write(const fs::path& file, const std::string& text) {
-        AtomicFile atomic(file);
-        atomic.stream() << text;
-        atomic.commit();
-    }
-    static std::string contentOf(const fs::path& file) {
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-    static std::ptrdiff_t filesHere() {
-        return std::distance(fs::directory_iterator("."), fs::directory_iterator());
-    }
     static std::string refusal(const fs::path& file) {
         try {
             const AtomicFile atomic(file);
@@ -56,10 +32,6 @@ protected:
         }
         return "accepted";
     }
-
-private:
-    fs::path m_before = fs::current_path();
-    fs::path m_directory;
 };
 
 TEST_F(AtomicFileTest, IsThereAfterCommit) {
@@ -126,54 +98,115 @@ TEST_F(AtomicFileTest, FullDiskIsTold) {
     EXPECT_THROW(atomic.commit(), InputError);
 }
 
-TEST_F(AtomicFileTest, BackupTakesTheFirstNameThatIsFree) {
-    write("out.csv", "first\n");
-    EXPECT_EQ(keepBackup("out.csv"), "out.csv.~1~");
-    write("out.csv", "second\n");
-    EXPECT_EQ(keepBackup("out.csv"), "out.csv.~2~");
-    write("out.csv", "third\n");
-    EXPECT_EQ(contentOf("out.csv.~1~"), "first\n");
-    EXPECT_EQ(contentOf("out.csv.~2~"), "second\n");
+/** As another process of the same directory: the file that is written gets another one's name. */
+void swapWhatIsWritten(const fs::path& file, const fs::path& target) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(".")) {
+        if (entry.path().filename().string().rfind(file.string() + ".", 0) == 0) {
+            fs::rename(entry.path(), "taken-away");
+            fs::create_symlink(target, entry.path());
+            return;
+        }
+    }
 }
 
-TEST_F(AtomicFileTest, FileStaysWhereItIsDuringItsBackup) {
-    write("out.csv", "first\n");
-    keepBackup("out.csv");
-    EXPECT_EQ(contentOf("out.csv"), "first\n");
-}
-
-TEST_F(AtomicFileTest, NothingNeedsNoBackup) {
-    EXPECT_EQ(keepBackup("out.csv"), "");
-    EXPECT_EQ(keepBackup("/dev/null"), "");
-}
-
-TEST_F(AtomicFileTest, FileThatMadeRoomCanHaveItsNameBack) {
-    write("out.csv", "old");
-    const fs::path backup = moveToBackup("out.csv");
-    EXPECT_EQ(backup, "out.csv.~1~");
+TEST_F(AtomicFileTest, LinkPutInThePlaceOfWhatIsWrittenHasNoOtherFileWritten) {
+    std::ofstream("other") << "precious";
+    AtomicFile atomic("out.csv");
+    swapWhatIsWritten("out.csv", "other");
+    atomic.stream() << "new\n" << std::flush;
+    EXPECT_THROW(atomic.commit(), InputError);
+    EXPECT_EQ(contentOf("other"), "precious");
     EXPECT_FALSE(fs::exists("out.csv"));
-    moveBack(backup, "out.csv");
-    EXPECT_EQ(contentOf("out.csv"), "old");
-    EXPECT_FALSE(fs::exists(backup));
 }
 
-TEST_F(AtomicFileTest, MovingBackWritesNothingOver) {
-    write("out.csv", "old");
-    const fs::path backup = moveToBackup("out.csv");
-    write("out.csv", "new");
-    moveBack(backup, "out.csv");
-    EXPECT_EQ(contentOf("out.csv"), "new");
-    EXPECT_EQ(contentOf(backup), "old");
+TEST_F(AtomicFileTest, WhatSomebodyElsePutThereIsNotTakenAwayAgain) {
+    std::ofstream("other") << "precious";
+    {
+        const AtomicFile atomic("out.csv");
+        swapWhatIsWritten("out.csv", "other");
+    }
+    EXPECT_EQ(filesHere(), 3);
 }
 
-TEST_F(AtomicFileTest, BackupOfALinkedFileIsBesideTheFile) {
-    fs::create_directory("elsewhere");
-    write("elsewhere/out.csv", "old\n");
-    fs::create_symlink("elsewhere/out.csv", "link.csv");
-    const fs::path backup = keepBackup("link.csv");
-    write("link.csv", "new\n");
-    EXPECT_EQ(backup, fs::canonical("elsewhere") / "out.csv.~1~");
-    EXPECT_EQ(contentOf(backup), "old\n");
+TEST_F(AtomicFileTest, UmaskThatLetsNobodyWriteIsNoHindrance) {
+    const mode_t before = umask(0222);
+    write("out.csv", "new\n");
+    umask(before);
+    EXPECT_EQ(contentOf("out.csv"), "new\n");
+    EXPECT_EQ(fs::status("out.csv").permissions(), static_cast<fs::perms>(0444));
+}
+
+TEST_F(AtomicFileTest, LongTextIsWrittenWhole) {
+    const std::string text(100000, 'x');
+    write("out.csv", text);
+    EXPECT_EQ(contentOf("out.csv"), text);
+}
+
+/** The tests of what belongs to whom run as a user who can give files away. */
+class OwnersTest : public AtomicFileTest {
+public:
+    void SetUp() override {
+        if (geteuid() != 0) {
+            GTEST_SKIP() << "needs the superuser, who can give files away";
+        }
+    }
+
+protected:
+    static constexpr uid_t someUser = 12345;
+    static constexpr uid_t someGroup = 23456;
+    /** What `work` says, carried out in a process of another user and group. */
+    template <typename Work>
+    static void asAnother(uid_t user, gid_t group, Work work) {
+        const pid_t child = fork();
+        if (child == 0) {
+            const bool isOther = setgroups(0, nullptr) == 0 && setgid(group) == 0 && setuid(user) == 0;
+            _exit(isOther && work() ? 0 : 1);
+        }
+        int status = -1;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+};
+
+TEST_F(OwnersTest, OwnerAndGroupStay) {
+    write("out.csv", "old\n");
+    ASSERT_EQ(chown("out.csv", someUser, someGroup), 0);
+    ASSERT_EQ(chmod("out.csv", 06755), 0);
+    write("out.csv", "new\n");
+    struct stat status {};
+    ASSERT_EQ(stat("out.csv", &status), 0);
+    EXPECT_EQ(status.st_uid, someUser);
+    EXPECT_EQ(status.st_gid, someGroup);
+    EXPECT_EQ(status.st_mode & 07777U, 06755U);
+}
+
+TEST_F(OwnersTest, SetIdBitsAreNotAnotherUsers) {
+    write("out.csv", "old\n");
+    ASSERT_EQ(chown("out.csv", someUser, someGroup), 0);
+    ASSERT_EQ(chmod("out.csv", 06755), 0);
+    ASSERT_EQ(chmod(".", 0777), 0);
+    asAnother(1, someGroup, [] {
+        write("out.csv", "new\n");
+        return true;
+    });
+    struct stat status {};
+    ASSERT_EQ(stat("out.csv", &status), 0);
+    EXPECT_EQ(contentOf("out.csv"), "new\n");
+    EXPECT_EQ(status.st_uid, 1U);
+    EXPECT_EQ(status.st_gid, someGroup);
+    EXPECT_EQ(status.st_mode & 07777U, 0755U);
+}
+
+TEST_F(OwnersTest, WhatOnlyItsOwnerMayReplaceIsRefusedAtOnce) {
+    write("out.csv", "old\n");
+    ASSERT_EQ(chown("out.csv", someUser, someGroup), 0);
+    ASSERT_EQ(chmod("out.csv", 0666), 0);
+    ASSERT_EQ(chmod(".", 01777), 0);
+    asAnother(1, 1, [] {
+        return refusal("out.csv") == "out.csv: belongs to somebody else, in a directory where only its owner "
+                                     "may replace it";
+    });
+    EXPECT_EQ(refusal("out.csv"), "accepted");
 }
 
 } // namespace

@@ -200,6 +200,15 @@ TEST_F(PlanAuditReportTest, CsvPutsAwkwardNamesInQuotes) {
     EXPECT_THAT(csv(), HasSubstr("\n\"my \"\"new\"\", board.toml\",1,tx,F.595,,7442000,"));
 }
 
+TEST_F(PlanAuditReportTest, CsvHasNoFormulas) {
+    m_board = PlanBoards::rfModule();
+    for (const char* const name : {"=1+1", "+1", "-1", "@SUM(A1)"}) {
+        m_board.file = name;
+        addRow(Direction::tx, 7'442'000, 1, 1);
+        EXPECT_THAT(csv(), HasSubstr("\n'" + std::string(name) + ",1,tx,F.595,,7442000,"));
+    }
+}
+
 TEST_F(PlanAuditReportTest, SeveralFindingsOfACarrierArePartedBySemicolons) {
     m_board.limits.rfPll = Range{1, 2};
     addRow(Direction::tx, 18'000'250, 1, 1);

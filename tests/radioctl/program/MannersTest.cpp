@@ -399,6 +399,50 @@ TEST_F(MannersTest, HistoryOutlivesTheProgramAndIsPrivate) {
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
+TEST_F(MannersTest, HistoryIsPutInThePlaceOfALinkAndNotWrittenThroughIt) {
+    std::filesystem::create_directory("radioctl");
+    write("other", "precious");
+    std::filesystem::create_symlink("../other", "radioctl/history");
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    process.type("temperature 21\r");
+    ASSERT_TRUE(process.waitFor("\r\nradio> "));
+    process.type(endOfInput);
+    EXPECT_EQ(process.finish().exitCode, 0);
+    EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status("radioctl/history")));
+    std::ifstream other("other");
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(other), {}), "precious");
+}
+
+TEST_F(MannersTest, FolderOfTheHistoryIsTheUsersAlone) {
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    process.type(endOfInput);
+    EXPECT_EQ(process.finish().exitCode, 0);
+    struct stat status {};
+    ASSERT_EQ(stat("radioctl", &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0700U);
+}
+
+/** Signals that end the program at once, and leave no time for more than the terminal. */
+class CrashAtTheTerminalTest : public MannersTest, public testing::WithParamInterface<int> {};
+
+TEST_P(CrashAtTheTerminalTest, LeavesItAsItWas) {
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    ASSERT_FALSE(process.showsWhatIsTyped());
+    process.signal(GetParam());
+    static_cast<void>(process.waitFor("never shown"));
+    EXPECT_TRUE(process.showsWhatIsTyped());
+}
+
+INSTANTIATE_TEST_SUITE_P(By, CrashAtTheTerminalTest, testing::Values(SIGBUS, SIGABRT, SIGQUIT),
+                         [](const testing::TestParamInfo<int>& test) {
+                             return test.param == SIGBUS    ? "SIGBUS"
+                                    : test.param == SIGABRT ? "SIGABRT"
+                                                            : "SIGQUIT";
+                         });
+
 TEST_F(MannersTest, OutputThatCannotBeWrittenIsNoSuccess) {
     const Ending ending = runProgram({{"check", "board.toml"}, {}, false, "/dev/full"});
     EXPECT_EQ(ending.errors, "radioctl: standard output cannot be written\n");

@@ -195,6 +195,17 @@ TEST_F(PlanProgramTest, CsvOnStandardOutputStandsThereAlone) {
     EXPECT_EQ(ending.exitCode, 0);
 }
 
+TEST_F(PlanProgramTest, CsvInTheFileThatStandardOutputLeadsToIsStandardOutput) {
+    addRaster(1);
+    write("all.txt", "");
+    const Ending ending =
+        runProgram({{"plan", "audit", "board.toml", "--csv", "/dev/stdout"}, {}, false, "all.txt"});
+    EXPECT_EQ(contentOf("all.txt"),
+              std::string(csvHeading) + "board.toml,1,tx,7 GHz,,7442000,,,,,,,,7442000,7442000000,0,\n");
+    EXPECT_THAT(ending.errors, StartsWith("SIMULATION: nothing reaches hardware.\n"));
+    EXPECT_EQ(ending.exitCode, 0);
+}
+
 TEST_F(PlanProgramTest, CsvThatCannotBeWrittenIsRefusedBeforeTheAudit) {
     addRaster(1);
     const Ending ending = plan({"audit", "board.toml", "--csv", "none/out.csv"});

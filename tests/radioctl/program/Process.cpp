@@ -154,6 +154,12 @@ void Process::signal(int number) {
     kill(m_pid, number);
 }
 
+bool Process::showsWhatIsTyped() const {
+    termios mode{};
+    constexpr tcflag_t wanted = ICANON | ECHO;
+    return tcgetattr(m_input, &mode) == 0 && (mode.c_lflag & wanted) == wanted;
+}
+
 void Process::leaveTerminalToAShell() const {
     termios mode{};
     tcgetattr(m_output, &mode);

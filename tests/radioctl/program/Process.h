@@ -44,6 +44,8 @@ public:
     void signal(int number);
     /** Puts the terminal into the mode in which a shell leaves it that has stopped the program. */
     void leaveTerminalToAShell() const;
+    /** True when the terminal is as a shell wants it: what is typed is shown, and comes line by line. */
+    bool showsWhatIsTyped() const;
     /** Waits until the program has taken charge of a signal; false when it has not after 10 s. */
     bool waitUntilItCatches(int number) const;
     /**

@@ -55,6 +55,40 @@ type = "rf-module"
 "channel.1.rx.rf.frequency" = {}
 )";
 
+    /** A radio of one channel with IQ compensation; ThermalProgramTest says what it makes of its transmitter.
+     */
+    static constexpr const char* compensatedBoard = R"(name = "Test radio"
+
+[[channel]]
+number = 1
+type = "rf-module"
+iq_compensation = true
+
+[[transmitter]]
+channel = 1
+gain_imbalance = [0.2222222222, 0.0, 0.0]
+phase_imbalance = [0.0, 0.0, 0.0]
+dc_offset_i = [0.1, 0.0, 0.0]
+dc_offset_q = [0.0, 0.0, 0.0]
+gain_step = 0.01
+phase_step = 0.01
+dc_step = 0.01
+
+[drivers]
+"channel.1.tx.rf.frequency" = {}
+"channel.1.rx.rf.frequency" = {}
+"channel.1.dsp.tx.dc.compensation.i" = {}
+"channel.1.dsp.tx.dc.compensation.q" = {}
+"channel.1.dsp.tx.quadrature.gain.offset.compensation" = {}
+"channel.1.dsp.tx.quadrature.phase.offset.compensation" = {}
+
+[tables]
+"Channel.1.Tx.Dsp.Temperature.To.Dc.I.Compensation" = { axis = [0, 10], values = [-10, -9] }
+"Channel.1.Tx.Dsp.Temperature.To.Dc.Q.Compensation" = { axis = [0, 10], values = [0, 0] }
+"Channel.1.Tx.Dsp.Temperature.To.Gain.Offset.Compensation" = { axis = [0, 10], values = [-18, 0] }
+"Channel.1.Tx.Dsp.Temperature.To.Phase.Offset.Compensation" = { axis = [0, 10], values = [0, 0] }
+)";
+
     static constexpr const char* rauBoard = R"(name = "Remote radio"
 
 [[channel]]
