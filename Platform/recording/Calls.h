@@ -14,9 +14,10 @@
 namespace Recording {
 
 /** Whether a call from `caller` is the library's: its code stands there, or it is what is at work on this
- * thread, for when its last call left no trace of it. */
+ * thread, for when its last call left no trace of it. With the first such call the recording begins. */
 inline bool isFromLibrary(const void* caller) {
-    return Recorder::isLibrary(caller) || t_thread.isInLibrary;
+    return Recorder::isLibrary(caller) || t_thread.isInLibrary ||
+           (Recorder::isAwaited() && Recorder::beginFor(caller));
 }
 
 /** In a handler for whatever was thrown, other than the unwinding of a cancelled thread: writes the record.

@@ -2,6 +2,7 @@
 
 #include "Calls.h"
 #include "Drivers.h"
+#include "Names.h"
 
 #include <algorithm>
 #include <array>
@@ -146,7 +147,7 @@ typename Places::value_type* freePlace(Places& all, const void* handler) {
 } // namespace
 
 ITemperatureObserver* observerOf(ITemperatureObserver* observer, std::uint16_t& object) {
-    object = Recorder::name(ObjectKind::temperatureObserver, "", t_thread.object);
+    object = Names::numberOf(ObjectKind::temperatureObserver, "", t_thread.object);
     Temperature* const place = observer != nullptr && observer->notifyTemperature != nullptr
                                    ? placeOf(s_temperatures, observer)
                                    : nullptr;
@@ -199,7 +200,7 @@ Observer<IFrequencyHandler>* observerOf(Observer<IFrequencyHandler>* observer, c
     if (place == nullptr) {
         return observer;
     }
-    observerNumber = place->object = Recorder::name(ObjectKind::observer, "", object, index);
+    observerNumber = place->object = Names::numberOf(ObjectKind::observer, "", object, index);
     return new (place->room.data()) ClassObserver(*observer, place->object);
 }
 
@@ -210,7 +211,7 @@ bool observerOf(const IFrequencyObserver& observer, const void* handler, std::ui
     if (place == nullptr) {
         return false;
     }
-    observerNumber = place->object = Recorder::name(ObjectKind::observerC, "", object, index);
+    observerNumber = place->object = Names::numberOf(ObjectKind::observerC, "", object, index);
     place->real = observer;
     given = {place, &changeFrequency};
     return true;

@@ -5,6 +5,7 @@
 #include "Contents.h"
 #include "Drivers.h"
 #include "LibraryDoors.h"
+#include "Names.h"
 
 #include <dlfcn.h>
 #include <link.h>
@@ -156,7 +157,7 @@ void publishCanceller(ILoCancellation& canceller, const char* name) {
                                                         {3, LibraryDoors::cancel()},
                                                         {4, LibraryDoors::calibrate()}}};
     if (Object* const object =
-            add(&canceller, ObjectKind::canceller, Recorder::name(ObjectKind::canceller, name))) {
+            add(&canceller, ObjectKind::canceller, Names::numberOf(ObjectKind::canceller, name))) {
         keepName(*object, name);
         follow(&canceller, s_operations);
     }
@@ -168,7 +169,7 @@ void publishCompensation(ITxIQImbalanceHandler& compensation) {
                                                         {2, LibraryDoors::compensate()},
                                                         {3, LibraryDoors::compensationCarrier()}}};
     if (find(&compensation) == nullptr) {
-        add(&compensation, ObjectKind::compensation, Recorder::name(ObjectKind::compensation, "", -1));
+        add(&compensation, ObjectKind::compensation, Names::numberOf(ObjectKind::compensation, "", -1));
     }
     follow(&compensation, s_operations);
 }
@@ -176,13 +177,13 @@ void publishCompensation(ITxIQImbalanceHandler& compensation) {
 } // namespace
 
 std::uint16_t addModule(void* address, std::int32_t channel, std::int32_t type) {
-    const std::uint16_t number = Recorder::name(ObjectKind::module, "FrequencyHandler", channel, type);
+    const std::uint16_t number = Names::numberOf(ObjectKind::module, "FrequencyHandler", channel, type);
     add(address, ObjectKind::module, number);
     return number;
 }
 
 std::uint16_t addCompensation(void* address, std::int32_t channel) {
-    const std::uint16_t number = Recorder::name(ObjectKind::compensation, "", channel);
+    const std::uint16_t number = Names::numberOf(ObjectKind::compensation, "", channel);
     add(address, ObjectKind::compensation, number);
     return number;
 }
@@ -190,7 +191,7 @@ std::uint16_t addCompensation(void* address, std::int32_t channel) {
 void publish(IInterface* object, const char* name) {
     if (auto* const handler = dynamic_cast<IFrequencyHandler*>(object)) {
         if (Object* const added =
-                add(handler, ObjectKind::handler, Recorder::name(ObjectKind::handler, name))) {
+                add(handler, ObjectKind::handler, Names::numberOf(ObjectKind::handler, name))) {
             keepName(*added, name);
             added->builder = t_thread.number;
         }

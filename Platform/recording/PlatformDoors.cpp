@@ -11,6 +11,7 @@
 #include "Drivers.h"
 #include "ITemperatureHandler.h"
 #include "InterfaceBroker.h"
+#include "Names.h"
 #include "Next.h"
 #include "Objects.h"
 #include "Rau.h"
@@ -33,23 +34,23 @@ auto recorded(Entry entry, Call call) {
 }
 
 std::uint16_t nameOf(ObjectKind kind, const char* name) {
-    return Recorder::name(kind, name != nullptr ? name : "");
+    return Names::numberOf(kind, name != nullptr ? name : "");
 }
 
 // Interface broker
 
-Next<InterfaceBroker&()> s_getBroker("_ZN15InterfaceBroker11getInstanceEv");
-Next<EAFResult(InterfaceBroker*, const std::string&, IInterface*)>
+RECORDING_NEXT Next<InterfaceBroker&()> s_getBroker("_ZN15InterfaceBroker11getInstanceEv");
+RECORDING_NEXT Next<EAFResult(InterfaceBroker*, const std::string&, IInterface*)>
     s_registerInterface("_ZN15InterfaceBroker17registerInterfaceERKNSt7__cxx1112basic_stringIcSt11char_"
                         "traitsIcESaIcEEEP10IInterface");
-Next<EAFResult(InterfaceBroker*, const std::string&, IInterface**)>
+RECORDING_NEXT Next<EAFResult(InterfaceBroker*, const std::string&, IInterface**)>
     s_unregisterInterface("_ZN15InterfaceBroker19unregisterInterfaceERKNSt7__cxx1112basic_stringIcSt11char_"
                           "traitsIcESaIcEEEPP10IInterface");
-Next<IInterface*(InterfaceBroker*, const std::string&)> s_findInterface(
+RECORDING_NEXT Next<IInterface*(InterfaceBroker*, const std::string&)> s_findInterface(
     "_ZN15InterfaceBroker13findInterfaceERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE");
-Next<EAFResult(void**)> s_open("CInterfaceBroker_GetInstance");
-Next<EAFResult(void*, const char*, void**)> s_get("CInterfaceBroker_GetInterface");
-Next<EAFResult(void*)> s_close("CInterfaceBroker_DestroyInstance");
+RECORDING_NEXT Next<EAFResult(void**)> s_open("CInterfaceBroker_GetInstance");
+RECORDING_NEXT Next<EAFResult(void*, const char*, void**)> s_get("CInterfaceBroker_GetInterface");
+RECORDING_NEXT Next<EAFResult(void*)> s_close("CInterfaceBroker_DestroyInstance");
 
 constexpr const char* driverLayer = "IDriverLayer";
 constexpr const char* temperatureService = "ITemperatureHandler";
@@ -154,16 +155,16 @@ EAFResult CInterfaceBroker_DestroyInstance(void* broker) {
 
 namespace {
 
-Next<CModuleManager&()> s_getManager("_ZN14CModuleManager11GetInstanceEv");
-Next<EAFResult(CModuleManager*, ModuleInterface*)>
+RECORDING_NEXT Next<CModuleManager&()> s_getManager("_ZN14CModuleManager11GetInstanceEv");
+RECORDING_NEXT Next<EAFResult(CModuleManager*, ModuleInterface*)>
     s_registerModule("_ZN14CModuleManager14RegisterModuleEP15ModuleInterface");
-Next<EAFResult(CModuleManager*, ModuleInterface*)>
+RECORDING_NEXT Next<EAFResult(CModuleManager*, ModuleInterface*)>
     s_unregisterModule("_ZN14CModuleManager16UnRegisterModuleEP15ModuleInterface");
-Next<EAFResult(ModuleInterface*, unsigned long, ECallbackPriority)>
+RECORDING_NEXT Next<EAFResult(ModuleInterface*, unsigned long, ECallbackPriority)>
     s_activatePhase("_ZN15ModuleInterface17onPhaseActivationEm17ECallbackPriority");
-Next<EAFResult(unsigned, const char*)> s_registerModuleC("CModuleManager_RegisterModule");
-Next<EAFResult(unsigned, const char*, unsigned, ModuleCallbackRecord*, ECallbackPriority, unsigned,
-               const unsigned long*, unsigned long)>
+RECORDING_NEXT Next<EAFResult(unsigned, const char*)> s_registerModuleC("CModuleManager_RegisterModule");
+RECORDING_NEXT Next<EAFResult(unsigned, const char*, unsigned, ModuleCallbackRecord*, ECallbackPriority,
+                              unsigned, const unsigned long*, unsigned long)>
     s_registerCallback("CModuleManager_RegisterCallback");
 
 } // namespace
@@ -243,8 +244,8 @@ EAFResult CModuleManager_RegisterCallback(unsigned moduleId, const char* callbac
         return call(callback);
     }
     const std::uint16_t name =
-        Recorder::name(ObjectKind::callback, callbackName != nullptr ? callbackName : "",
-                       static_cast<std::int32_t>(moduleId));
+        Names::numberOf(ObjectKind::callback, callbackName != nullptr ? callbackName : "",
+                        static_cast<std::int32_t>(moduleId));
     ModuleCallbackRecord* const given = Clients::callbackOf(callback, name);
     return recorded({Kind::callbackRegister, name, 0, static_cast<std::int32_t>(moduleId),
                      static_cast<std::int32_t>(order), priority},
@@ -255,8 +256,10 @@ EAFResult CModuleManager_RegisterCallback(unsigned moduleId, const char* callbac
 
 namespace {
 
-Next<EAFResult(const char*, StorageVariable**)> s_getVariable("CStorageManager_GetVariableByName");
-Next<EAFResult(const char*, void**, int)> s_getAddress("CStorageManager_GetVariableContentAddressByName");
+RECORDING_NEXT Next<EAFResult(const char*, StorageVariable**)>
+    s_getVariable("CStorageManager_GetVariableByName");
+RECORDING_NEXT Next<EAFResult(const char*, void**, int)>
+    s_getAddress("CStorageManager_GetVariableContentAddressByName");
 
 std::int32_t contentAt(const void* address) {
     return address != nullptr ? *static_cast<const std::int32_t*>(address) : 0;
@@ -305,9 +308,12 @@ EAFResult CStorageManager_GetVariableContentAddressByName(const char* name, void
 
 namespace {
 
-Next<ECHResult(const char*, CalibrationTableHandle*)> s_getTable("CCalibrationHandler_GetTable");
-Next<ECHResult(CalibrationTableHandle, int, int*)> s_linear("CCalibrationTable_LinearInterpolate");
-Next<ECHResult(CalibrationTableHandle, int, int, int*)> s_bilinear("CCalibrationTable_BiLinearInterpolate");
+RECORDING_NEXT Next<ECHResult(const char*, CalibrationTableHandle*)>
+    s_getTable("CCalibrationHandler_GetTable");
+RECORDING_NEXT Next<ECHResult(CalibrationTableHandle, int, int*)>
+    s_linear("CCalibrationTable_LinearInterpolate");
+RECORDING_NEXT Next<ECHResult(CalibrationTableHandle, int, int, int*)>
+    s_bilinear("CCalibrationTable_BiLinearInterpolate");
 
 /** Which table a handle stands for: the one with which it was last given. */
 struct Handle {
@@ -389,7 +395,7 @@ ECHResult CCalibrationTable_BiLinearInterpolate(CalibrationTableHandle table, in
 
 namespace {
 
-Next<ETHResult(ITemperatureObserver*)>
+RECORDING_NEXT Next<ETHResult(ITemperatureObserver*)>
     s_registerTemperature("_ZN19ITemperatureHandler16registerObserverEP20ITemperatureObserver");
 
 } // namespace

@@ -67,7 +67,6 @@ private:
 
 class ReplayTest : public RecordedProcess {
 protected:
-    static std::string radio(const std::string& what) { return std::string(RECORDED_RADIO) + " " + what; }
     static std::string board(const std::string& name) {
         const std::string path = std::string(RADIO_BOARDS) + "/" + name;
         return std::string(RADIOCTL_PROGRAM) + " run " + path + ".toml " + path + ".script";
@@ -126,6 +125,14 @@ TEST_P(ReplayedRadioTest, IsIdentical) {
 
 INSTANTIATE_TEST_SUITE_P(All, ReplayedRadioTest,
                          testing::Values("tune 3", "unit", "throw", "cancel", "fork"));
+
+TEST_F(ReplayTest, RecorderThatIsStillAtHandDoesNotRecordIt) {
+    recorded(radio("tune 1"));
+    const std::string content = contentOf("recording");
+    EXPECT_THAT(recorded(std::string(RADIOCTL_PROGRAM) + " replay recording").output,
+                MatchesRegex(identical));
+    EXPECT_TRUE(contentOf("recording") == content);
+}
 
 TEST_F(ReplayTest, TypeOfAModuleThatNobodySawBeingBuiltIsFound) {
     recorded(LOADING_PROCESS);
