@@ -74,6 +74,10 @@ std::int32_t Record::number(std::size_t index) const {
     return signedAt(bytes, index * 4);
 }
 
+std::uint64_t Record::slots() const {
+    return 1 + slotsFor(bytes.size());
+}
+
 RecordingFile::RecordingFile(std::string bytes, std::string name)
     : m_bytes(std::move(bytes)),
       m_name(std::move(name)) {
@@ -266,6 +270,10 @@ std::optional<Record> RecordingFile::next() {
     return {};
 }
 
+Record RecordingFile::at(std::uint64_t sequence) const {
+    return recordOf(sequence, slotAt(offsetOf(sequence)));
+}
+
 Record RecordingFile::recordOf(std::uint64_t sequence, const Slot& slot) const {
     const std::size_t offset = offsetOf(sequence);
     if (!isKind(slot.kind)) {
@@ -275,6 +283,11 @@ Record RecordingFile::recordOf(std::uint64_t sequence, const Slot& slot) const {
     const auto outcome = static_cast<std::uint16_t>(slot.second & 15U);
     if (outcome > static_cast<std::uint16_t>(Outcome::unwound)) {
         refuse(offset + 10, "an outcome, found " + std::to_string(outcome));
+    }
+    const bool isBegin = static_cast<Kind>(slot.kind) < Kind::finished;
+    if (isBegin && outcome != static_cast<std::uint16_t>(Outcome::returned)) {
+        refuse(offset + 10,
+               "the beginning of an operation, without an outcome, found " + std::to_string(outcome));
     }
     if (slot.more != slotsFor(count)) {
         refuse(offset + 7, "as many slots as " + std::to_string(count) + " bytes take");

@@ -68,6 +68,8 @@ struct Record {
     std::uint64_t nanoseconds() const { return unite(c, d); }
     /** Of what has a carrier in a and b: in kHz. */
     std::uint64_t carrier() const { return unite(a, b); }
+    /** So many slots it takes. */
+    std::uint64_t slots() const;
     /** The number at `index` of those in its bytes, which has to be there. */
     std::int32_t number(std::size_t index) const;
 
@@ -102,8 +104,12 @@ public:
 
     /** The next record; nothing at the end. */
     std::optional<Record> next();
+    /** The record that next() gave with this number. */
+    Record at(std::uint64_t sequence) const;
     /** Begins anew. */
     void rewind();
+    /** next() gives the record with this number, which it has given before. Losses go on being counted. */
+    void goTo(std::uint64_t sequence) { m_at = sequence; }
     const Losses& losses() const { return m_losses; }
 
 private:

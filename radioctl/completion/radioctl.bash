@@ -22,8 +22,12 @@ _radioctl()
     command=
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case $word in
-            run | console | check | completion | explain | audit | thermal | qualify | calibrate | lint | diff | why | show | replay)
+            run | console | check | completion | explain | audit | thermal | qualify | calibrate | lint | why | show | replay)
                 command=$word
+                break
+                ;;
+            diff) # of tables, or of recordings
+                command=${command:+$command-}diff
                 break
                 ;;
             plan | tables | record) command=$word ;;
@@ -57,10 +61,11 @@ _radioctl()
                 --shrink --min-delta --max-iterations --settle-time --detector --serial --station --journal --out --html
                 --resume --restart --offline --accept-edge --accept-fail --no-qualify --attended --tolerance --dwell
                 --real-time" ;;
-            diff) word="--help --json --board --channel --all" ;;
+            tables-diff) word="--help --json --board --channel --all" ;;
+            record-diff) word="--help --json --verbose --channel --driver --from --to --limit" ;;
             why) word="--help --json --channel --frequency --temperature" ;;
             show) word="--help --json --verbose --channel --driver --from --to" ;;
-            replay) word="--help --json --jobs" ;;
+            replay) word="--help --json --jobs --timeout" ;;
             check) word="--help --json --all --strict --hardware" ;;
             completion | lint) word="--help --json" ;;
             *) word="--help --json --version" ;;
@@ -79,15 +84,15 @@ _radioctl()
             compgen -f -X '!*.toml' -- "$current"
             compgen -d -- "$current"
         ) ;;
-        thermal | lint | diff) mapfile -t matches < <(
+        thermal | lint | tables-diff) mapfile -t matches < <(
             compgen -f -X '!*.toml' -- "$current"
             compgen -f -X '!*.csv' -- "$current"
             compgen -d -- "$current"
         ) ;;
-        show | replay) mapfile -t matches < <(compgen -f -- "$current") ;;
+        show | record-diff | replay) mapfile -t matches < <(compgen -f -- "$current") ;;
         plan) mapfile -t COMPREPLY < <(compgen -W "explain audit" -- "$current") && return ;;
         tables) mapfile -t COMPREPLY < <(compgen -W "lint diff why" -- "$current") && return ;;
-        record) mapfile -t COMPREPLY < <(compgen -W "show" -- "$current") && return ;;
+        record) mapfile -t COMPREPLY < <(compgen -W "show diff" -- "$current") && return ;;
         completion) mapfile -t COMPREPLY < <(compgen -W "bash" -- "$current") && return ;;
         *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal qualify calibrate tables record replay completion" -- "$current") && return ;;
     esac

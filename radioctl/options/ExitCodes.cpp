@@ -15,9 +15,9 @@ namespace {
 using Commands = std::vector<std::string_view>;
 
 const Commands& allCommands() {
-    static const Commands all = {"run",        "console",     "check",     "plan explain", "plan audit",
-                                 "thermal",    "qualify",     "calibrate", "tables lint",  "tables diff",
-                                 "tables why", "record show", "replay",    "completion"};
+    static const Commands all = {"run",        "console",     "check",       "plan explain", "plan audit",
+                                 "thermal",    "qualify",     "calibrate",   "tables lint",  "tables diff",
+                                 "tables why", "record show", "record diff", "replay",       "completion"};
     return all;
 }
 
@@ -44,7 +44,7 @@ std::string namesOf(const Commands& some, const Commands& asked) {
     std::copy_if(asked.begin(), asked.end(), std::back_inserter(others), [&some](std::string_view command) {
         return std::find(some.begin(), some.end(), command) == some.end();
     });
-    constexpr std::size_t few = 3;
+    constexpr std::size_t few = 5;
     if (others.size() <= few && asked.size() > many) {
         const std::string last(others.back());
         others.pop_back();
@@ -107,7 +107,7 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::outsideLimits,
          {"run", "console", "plan audit", "qualify", "calibrate"},
          "with --hardware an on_exit value could not be written"},
-        {ExitCode::different, {"tables diff"}, "there are differences"},
+        {ExitCode::different, {"tables diff", "record diff"}, "there are differences"},
         {ExitCode::different, {"replay"}, "the library went another way than a recording"},
         {ExitCode::outsideLimits, {"tables why"}, "the library wrote something else than was computed"},
         {ExitCode::wrongCommandLine, all, "wrong command line"},
@@ -125,7 +125,7 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::unusableInput,
          {"tables lint", "tables diff", "tables why"},
          "a table cannot be used, or there are none to look at"},
-        {ExitCode::unusableInput, {"record show", "replay"}, "a recording cannot be used"},
+        {ExitCode::unusableInput, {"record show", "record diff", "replay"}, "a recording cannot be used"},
         {ExitCode::unusableInput, {"thermal", "calibrate"}, "gnuplot is missing"},
         {ExitCode::unusableInput,
          {"run", "console", "plan audit", "qualify", "calibrate"},

@@ -26,24 +26,44 @@ std::string whyNoSeconds(const std::string& text) {
 
 RecordCommandLine::RecordCommandLine(CommandLine::Command program)
     : m_record(program.command("record", "Look at what was recorded of a radio")),
-      m_show(m_record.command("show", "Show what happened in a recording, as run does")) {
+      m_show(m_record.command("show", "Show what happened in a recording, as run does")),
+      m_diff(m_record.command("diff", "Show what two radios did otherwise, or one radio\nbefore and after")) {
     m_record.requireCommand();
-    m_show.option("FILE", m_options.file, "Recording, from librecordingplatform.so").required().named("FILE");
-    m_show.option("--channel", m_options.wanted.channel, "Radio channel; all of them")
+    m_show.option("FILE", m_showOptions.file, "Recording, from librecordingplatform.so")
+        .required()
+        .named("FILE");
+    addFilters(m_show, m_showOptions.wanted);
+    m_show.flag("-v,--verbose", m_showOptions.verbose, "Show every call to the platform");
+    m_show.json(m_showOptions.json);
+    m_diff.option("A", m_diffOptions.before, "Recording, from librecordingplatform.so")
+        .required()
+        .named("FILE");
+    m_diff.option("B", m_diffOptions.after, "Another one").required().named("FILE");
+    addFilters(m_diff, m_diffOptions.wanted);
+    m_diff.flag("-v,--verbose", m_diffOptions.verbose, "Show the calls of operations that only one has");
+    m_diff.option("--limit", m_diffOptions.limit, "Differing operations to show, and calls of each")
         .named("N")
         .within(0, std::numeric_limits<int>::max());
-    m_show.option("--driver", m_options.wanted.driver, "Only the calls of this driver").named("NAME");
-    m_show.option("--from", m_from, "Seconds since the recording began").named("S").check(whyNoSeconds);
-    m_show.option("--to", m_to, "Seconds since the recording began").named("S").check(whyNoSeconds);
-    m_show.flag("-v,--verbose", m_options.verbose, "Show every call to the platform");
-    m_show.json(m_options.json);
+    m_diff.json(m_diffOptions.json);
+}
+
+void RecordCommandLine::addFilters(CommandLine::Command& command, Wanted& wanted) {
+    command.option("--channel", wanted.channel, "Radio channel; all of them")
+        .named("N")
+        .within(0, std::numeric_limits<int>::max());
+    command.option("--driver", wanted.driver, "Only the calls of this driver").named("NAME");
+    command.option("--from", m_from, "Seconds since the recording began").named("S").check(whyNoSeconds);
+    command.option("--to", m_to, "Seconds since the recording began").named("S").check(whyNoSeconds);
 }
 
 int RecordCommandLine::run(bool json) {
-    m_options.json |= json;
-    m_options.wanted.from = secondsIn(m_from);
-    m_options.wanted.to = secondsIn(m_to);
-    return runShow(m_options);
+    for (Wanted* const wanted : {&m_showOptions.wanted, &m_diffOptions.wanted}) {
+        wanted->from = secondsIn(m_from);
+        wanted->to = secondsIn(m_to);
+    }
+    m_showOptions.json |= json;
+    m_diffOptions.json |= json;
+    return m_diff.isCalled() ? runDiff(m_diffOptions) : runShow(m_showOptions);
 }
 
 } // namespace Radio::Recordings

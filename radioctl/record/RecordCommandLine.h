@@ -18,9 +18,14 @@ public:
     int run(bool json) override;
 
 private:
+    /** The options that say what is wanted of a recording. */
+    void addFilters(CommandLine::Command& command, Wanted& wanted);
+
     CommandLine::Command m_record;
     CommandLine::Command m_show;
-    ShowOptions m_options;
+    CommandLine::Command m_diff;
+    ShowOptions m_showOptions;
+    DiffOptions m_diffOptions;
     std::string m_from;
     std::string m_to;
 };

@@ -1,6 +1,7 @@
 #include "radioctl/record/RecordPrograms.h"
 
 #include "radioctl/options/ExitCode.h"
+#include "radioctl/record/ComparisonReport.h"
 #include "radioctl/record/RecordingJson.h"
 #include "radioctl/record/RecordingText.h"
 #include "radioctl/report/Output.h"
@@ -25,10 +26,24 @@ int show(const ShowOptions& options) {
     return ExitCode::good;
 }
 
+int compare(const DiffOptions& options) {
+    RecordingFile before = readRecording(options.before);
+    RecordingFile after = readRecording(options.after);
+    const Comparison comparison(before, after, options.wanted);
+    const ComparisonStyle style{options.before, options.after, static_cast<std::uint64_t>(options.limit),
+                                options.verbose};
+    options.json ? writeJson(std::cout, comparison, style) : writeText(std::cout, comparison, style);
+    return comparison.operations().isDifferent() ? ExitCode::different : ExitCode::good;
+}
+
 } // namespace
 
 int runShow(const ShowOptions& options) {
     return refusing(options.json, [&] { return show(options); });
+}
+
+int runDiff(const DiffOptions& options) {
+    return refusing(options.json, [&] { return compare(options); });
 }
 
 } // namespace Radio::Recordings

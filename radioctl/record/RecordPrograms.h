@@ -1,7 +1,7 @@
 #ifndef RADIOCTL_RECORD_RECORDPROGRAMS_H
 #define RADIOCTL_RECORD_RECORDPROGRAMS_H
 
-#include "radioctl/record/Selection.h"
+#include "radio/recording/Selection.h"
 
 #include <string>
 
@@ -16,8 +16,22 @@ struct ShowOptions {
     Wanted wanted;
 };
 
+struct DiffOptions {
+    bool json = false;
+    /** All calls of operations that only one has. */
+    bool verbose = false;
+    std::string before;
+    std::string after;
+    Wanted wanted;
+    /** Of operations, and of calls in each, so many that differ. */
+    int limit = 100;
+};
+
 /** Shows what happened. */
 int runShow(const ShowOptions& options);
+
+/** Shows what differs between two. */
+int runDiff(const DiffOptions& options);
 
 } // namespace Radio::Recordings
 

@@ -127,6 +127,28 @@ void addWords(Json& event, const Record& record) {
 
 } // namespace
 
+void addRecord(Json& event, const Seen& seen) {
+    const Record& record = seen.record;
+    event["kind"] = toString(record.kind);
+    event["sequence"] = record.sequence;
+    event["thread"] = record.thread;
+    event["depth"] = record.depth;
+    if (record.object != nullptr) {
+        event["object"] = objectOf(*record.object);
+    }
+    event["channel"] = orNull(seen.channel);
+    addWords(event, record);
+    addBytes(event, record);
+    if (isIncoming(record.kind) || record.kind == Kind::finished) {
+        event["ns"] = record.nanoseconds();
+    }
+    if (!isIncoming(record.kind) && record.kind != Kind::variableContent) {
+        event["outcome"] = toString(record.outcome);
+        event["code"] = record.code;
+        event["ok"] = isSuccess(record.code);
+    }
+}
+
 void RecordingJson::begin(const std::string& name, const RecordingFile& file) {
     const Header& header = file.header();
     writeJsonLine(m_out, {{"event", "recording"},
@@ -145,27 +167,9 @@ void RecordingJson::begin(const std::string& name, const RecordingFile& file) {
 }
 
 void RecordingJson::show(const Seen& seen) {
-    const Record& record = seen.record;
     ++m_records;
-    Json event{{"event", "record"},
-               {"kind", toString(record.kind)},
-               {"sequence", record.sequence},
-               {"thread", record.thread},
-               {"depth", record.depth}};
-    if (record.object != nullptr) {
-        event["object"] = objectOf(*record.object);
-    }
-    event["channel"] = orNull(seen.channel);
-    addWords(event, record);
-    addBytes(event, record);
-    if (isIncoming(record.kind) || record.kind == Kind::finished) {
-        event["ns"] = record.nanoseconds();
-    }
-    if (!isIncoming(record.kind) && record.kind != Kind::variableContent) {
-        event["outcome"] = toString(record.outcome);
-        event["code"] = record.code;
-        event["ok"] = isSuccess(record.code);
-    }
+    Json event{{"event", "record"}};
+    addRecord(event, seen);
     writeJsonLine(m_out, event);
 }
 

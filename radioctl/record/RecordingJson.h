@@ -1,12 +1,16 @@
 #ifndef RADIOCTL_RECORD_RECORDINGJSON_H
 #define RADIOCTL_RECORD_RECORDINGJSON_H
 
-#include "radioctl/record/Selection.h"
+#include "radio/files/Json.h"
+#include "radio/recording/Selection.h"
 
 #include <ostream>
 #include <string>
 
 namespace Radio::Recordings {
+
+/** Adds the members that tell of a record. */
+void addRecord(Json& event, const Seen& seen);
 
 /** Shows a recording as events, one JSON object a line. */
 class RecordingJson {

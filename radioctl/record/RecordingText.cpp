@@ -184,7 +184,137 @@ std::string callText(const Record& record) {
     }
 }
 
+bool isOfDriver(const Record& record) {
+    return record.kind == Kind::driverWrite || record.kind == Kind::driverWriteBuffer ||
+           record.kind == Kind::driverRead;
+}
+
+/** "tx 1 told its observer: 7442000 kHz". */
+std::string toldText(const RecordingFile& file, const Seen& seen) {
+    const Record& record = seen.record;
+    const bool isC = record.object != nullptr && record.object->kind == ObjectKind::observerC;
+    const Object* const handler = record.object != nullptr ? ownerOf(file, *record.object) : nullptr;
+    return (handler != nullptr ? handlerText(*handler, seen) : channelText(seen)) + " told its " +
+           (isC ? "C observer: " : "observer: ") + std::to_string(static_cast<std::uint32_t>(record.a)) +
+           " kHz";
+}
+
+/** The text of a message, without the end of its line. */
+std::string messageText(const Record& record) {
+    std::string text = record.bytes;
+    while (!text.empty() && text.back() == '\n') {
+        text.pop_back();
+    }
+    return harmless(text);
+}
+
+std::string numbersText(const Record& record, std::size_t most) {
+    std::string text;
+    const std::size_t count = record.bytes.size() / 4;
+    for (std::size_t index = 0; index < std::min(count, most); ++index) {
+        text += (index == 0 ? "" : ",") + std::to_string(record.number(index));
+    }
+    return text + (count > most ? ",..." : "");
+}
+
+std::string bytesText(const Record& record) {
+    constexpr const char* digits = "0123456789abcdef";
+    std::string text = " (" + counted(record.bytes.size(), "byte");
+    for (const char byte : record.bytes) {
+        text += {' ', digits[static_cast<unsigned char>(byte) >> 4U],
+                 digits[static_cast<unsigned char>(byte) & 15U]};
+    }
+    return text + ")";
+}
+
+std::string offersText(const Record& record) {
+    if (record.a == 0) {
+        return ": nothing";
+    }
+    std::string text;
+    for (const auto& [bit, word] : {std::pair(::Recording::Offers::context, "context"),
+                                    {::Recording::Offers::write, "write"},
+                                    {::Recording::Offers::writeBuffer, "write a buffer"},
+                                    {::Recording::Offers::read, "read"},
+                                    {::Recording::Offers::unseen, "unseen"}}) {
+        text += (record.b & bit) == 0 ? "" : (text.empty() ? " with " : ", ") + std::string(word);
+    }
+    return text;
+}
+
+/** What an operation came to. */
+std::string endText(const Record& record) {
+    if (record.outcome != Outcome::returned) {
+        return "the operation ended: " + std::string(toString(record.outcome)) +
+               (record.bytes.empty() ? "" : " " + harmless(record.bytes));
+    }
+    std::string text = "the operation was over and answered " + codeText(record.code);
+    if (record.a == static_cast<std::int32_t>(Kind::calibrate)) {
+        text += ", i " + std::to_string(record.number(0)) + ", q " + std::to_string(record.number(1)) +
+                ", range " + std::to_string(record.number(2)) + ", " +
+                counted(static_cast<std::uint32_t>(record.number(3)), "iteration");
+    }
+    return text;
+}
+
+/** What was done, without what was answered. */
+std::string whatText(const RecordingFile& file, const Seen& seen) {
+    const Record& record = seen.record;
+    switch (record.kind) {
+    case Kind::rauTx:
+    case Kind::rauRx:
+        return nameOf(record) + (record.kind == Kind::rauTx ? ".tx" : ".rx") + " <- " +
+               std::to_string(record.carrier());
+    case Kind::driverWrite:
+        return nameOf(record) + " <- " + std::to_string(record.a);
+    case Kind::driverWriteBuffer:
+        return nameOf(record) + " <- " + std::to_string(valueOf(record)) + bytesText(record);
+    case Kind::driverRead:
+        return nameOf(record) + " = " + std::to_string(record.a);
+    case Kind::traceMessage:
+        return levelText(seen) + ": " + (record.outcome == Outcome::returned ? messageText(record) : "");
+    case Kind::observerTold:
+        return toldText(file, seen);
+    case Kind::variableContent:
+        return nameOf(record) + " is now " + numbersText(record, ::Recording::mostBytes);
+    default:
+        break;
+    }
+    const std::string name = nameOf(record);
+    const std::string text = std::string(toString(record.kind)) + (name.empty() ? "" : " " + name);
+    switch (record.kind) {
+    case Kind::driverLookup:
+        return text + offersText(record);
+    case Kind::tableLookup:
+        return text + (record.a != 0 ? "" : ": nothing");
+    case Kind::variableGet:
+    case Kind::variableAddress:
+        return text + (record.a != 0 ? callText(record) : ": nothing");
+    case Kind::callbackRegister:
+        return text + callText(record) + ", order " + std::to_string(record.b) + ", priority " +
+               std::to_string(record.c);
+    case Kind::temperatureRegister:
+        return text + (record.a != 0 ? " by its record" : "");
+    default:
+        return text + callText(record);
+    }
+}
+
 } // namespace
+
+std::string lineOf(const RecordingFile& file, const Seen& seen) {
+    const Record& record = seen.record;
+    if (isIncoming(record.kind)) {
+        return operationText(file, seen);
+    }
+    if (record.kind == Kind::finished) {
+        return endText(record);
+    }
+    const bool isAnswered = record.outcome != Outcome::returned ||
+                            (record.kind != Kind::traceLevel && record.kind != Kind::variableContent);
+    return whatText(file, seen) + (isOfDriver(record) && record.b != 0 ? " (by its record)" : "") +
+           (isAnswered ? answer(record) : "");
+}
 
 void RecordingText::begin(const std::string& name) {
     const Header& header = m_file.header();
@@ -251,7 +381,7 @@ void RecordingText::showEnd(const Record& record) {
     if (record.depth == 0 && !told.empty()) {
         m_out << indent << "result" << told << "\n";
     }
-    if (record.a == static_cast<std::int32_t>(Kind::calibrate) && record.bytes.size() == 16) {
+    if (record.a == static_cast<std::int32_t>(Kind::calibrate) && record.outcome == Outcome::returned) {
         m_out << indent << "found i " << record.number(0) << ", q " << record.number(1) << " after "
               << counted(static_cast<std::uint32_t>(record.number(3)), "iteration") << "\n";
     }
@@ -281,14 +411,10 @@ void RecordingText::showRead(const Record& record) {
 }
 
 void RecordingText::showTrace(const Seen& seen) {
-    std::string text = seen.record.bytes;
-    while (!text.empty() && text.back() == '\n') {
-        text.pop_back();
-    }
     if (!m_verbose && seen.level && *seen.level == 0x800) {
         return;
     }
-    m_out << indent << levelText(seen) << ": " << harmless(text);
+    m_out << indent << levelText(seen) << ": " << messageText(seen.record);
     if (m_verbose && seen.record.object != nullptr) {
         const std::string& file = seen.record.object->name;
         m_out << " [" << harmless(file.substr(file.rfind('/') + 1)) << ":" << seen.record.b << "]";
@@ -297,22 +423,12 @@ void RecordingText::showTrace(const Seen& seen) {
 }
 
 void RecordingText::showTold(const Seen& seen) {
-    const Record& record = seen.record;
-    const bool isC = record.object != nullptr && record.object->kind == ObjectKind::observerC;
-    const Object* const handler = record.object != nullptr ? ownerOf(m_file, *record.object) : nullptr;
-    m_out << indent << (handler != nullptr ? handlerText(*handler, seen) : channelText(seen)) << " told its "
-          << (isC ? "C observer: " : "observer: ") << static_cast<std::uint32_t>(record.a) << " kHz"
-          << answer(record) << "\n";
+    m_out << indent << toldText(m_file, seen) << answer(seen.record) << "\n";
 }
 
 void RecordingText::showContent(const Record& record) {
     constexpr std::size_t most = 64;
-    m_out << "\n" << nameOf(record) << " is now ";
-    const std::size_t count = record.bytes.size() / 4;
-    for (std::size_t index = 0; index < std::min(count, most); ++index) {
-        m_out << (index == 0 ? "" : ",") << record.number(index);
-    }
-    m_out << (count > most ? ",..." : "") << "\n";
+    m_out << "\n" << nameOf(record) << " is now " << numbersText(record, most) << "\n";
 }
 
 void RecordingText::showCall(const Record& record) {
@@ -324,19 +440,23 @@ void RecordingText::showCall(const Record& record) {
     }
 }
 
-void RecordingText::end() {
-    const Losses& losses = m_file.losses();
-    m_out << "\n" << counted(m_records, "record");
+std::string lossesText(const Losses& losses, std::uint32_t passedOver) {
+    std::vector<std::string> parts;
     if (losses.overwritten != 0) {
-        m_out << "; " << losses.overwritten << " slots behind the beginning are overwritten";
+        parts.push_back(std::to_string(losses.overwritten) + " slots behind the beginning are overwritten");
     }
     if (losses.unfinished != 0) {
-        m_out << "; " << counted(losses.unfinished, "slot") << " not finished";
+        parts.push_back(counted(losses.unfinished, "slot") + " not finished");
     }
-    if (m_file.header().passedOver != 0) {
-        m_out << "; " << m_file.header().passedOver << " times there was no room";
+    if (passedOver != 0) {
+        parts.push_back(std::to_string(passedOver) + " times there was no room");
     }
-    m_out << "\n";
+    return joined(parts, "; ");
+}
+
+void RecordingText::end() {
+    const std::string missing = lossesText(m_file.losses(), m_file.header().passedOver);
+    m_out << "\n" << counted(m_records, "record") << (missing.empty() ? "" : "; ") << missing << "\n";
 }
 
 } // namespace Radio::Recordings

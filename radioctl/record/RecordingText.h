@@ -1,12 +1,18 @@
 #ifndef RADIOCTL_RECORD_RECORDINGTEXT_H
 #define RADIOCTL_RECORD_RECORDINGTEXT_H
 
-#include "radioctl/record/Selection.h"
+#include "radio/recording/Selection.h"
 
 #include <ostream>
 #include <string>
 
 namespace Radio::Recordings {
+
+/** A record in one line: with everything that counts when two are compared, and without a time. */
+std::string lineOf(const RecordingFile& file, const Seen& seen);
+
+/** What is not there of a recording; empty when nothing is missing. */
+std::string lossesText(const Losses& losses, std::uint32_t passedOver);
 
 /** Shows a recording as lines for people, as "radioctl run" shows a radio. */
 class RecordingText {

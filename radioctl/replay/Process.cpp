@@ -3,12 +3,13 @@
 #include "radio/files/InputError.h"
 
 #include <fcntl.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
@@ -21,6 +22,16 @@ constexpr const char* programName = "radioctl-replay";
 
 [[noreturn]] void refuse(const std::string& why) {
     throw InputError(Place{programName, 0}, why);
+}
+
+/** In the new process. It ends when `parent` does, however that comes about. */
+[[noreturn]] void become(char* const* arguments, int output, pid_t parent) {
+    constexpr int cannotBeStarted = 127;
+    static_cast<void>(prctl(PR_SET_PDEATHSIG, SIGKILL));
+    if (getppid() == parent && dup2(output, STDOUT_FILENO) != -1) {
+        static_cast<void>(execv(arguments[0], arguments));
+    }
+    _exit(cannotBeStarted);
 }
 
 } // namespace
@@ -42,17 +53,16 @@ Process start(const std::string& replayer, const std::string& file) {
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         refuse("cannot be started: " + std::generic_category().message(errno));
     }
-    posix_spawn_file_actions_t actions{};
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
     std::array<std::string, 3> words{replayer, "--", file};
     const std::array<char*, 4> arguments{words[0].data(), words[1].data(), words[2].data(), nullptr};
-    Process process{-1, ends[0]};
-    const int reason =
-        posix_spawn(&process.pid, replayer.c_str(), &actions, nullptr, arguments.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
+    const pid_t parent = getpid();
+    const Process process{fork(), ends[0]};
+    if (process.pid == 0) {
+        become(arguments.data(), ends[1], parent);
+    }
+    const int reason = errno;
     static_cast<void>(close(ends[1]));
-    if (reason != 0) {
+    if (process.pid < 0) {
         static_cast<void>(close(ends[0]));
         refuse("cannot be started: " + std::generic_category().message(reason));
     }

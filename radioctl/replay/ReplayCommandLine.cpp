@@ -5,6 +5,7 @@ namespace Radio::Replaying {
 namespace {
 
 constexpr int mostJobs = 1024;
+constexpr int longestTimeout = 86400;
 
 } // namespace
 
@@ -17,6 +18,9 @@ ReplayCommandLine::ReplayCommandLine(CommandLine::Command program)
     m_replay.option("--jobs", m_options.jobs, "So many at a time; as there are processors")
         .named("N")
         .within(1, mostJobs);
+    m_replay.option("--timeout", m_options.timeout, "So long each may take; 600")
+        .named("S")
+        .within(1, longestTimeout);
     m_replay.json(m_options.json);
 }
 

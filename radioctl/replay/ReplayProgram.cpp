@@ -1,82 +1,35 @@
 #include "radioctl/replay/ReplayProgram.h"
 
+#include "radio/files/InputError.h"
 #include "radio/files/Json.h"
 #include "radio/text/Words.h"
 #include "radioctl/options/ExitCode.h"
-#include "radioctl/replay/Process.h"
 #include "radioctl/replay/ReplayText.h"
+#include "radioctl/replay/Replayers.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/Output.h"
 
-#include <poll.h>
-
 #include <algorithm>
-#include <functional>
+#include <chrono>
 #include <iostream>
-#include <map>
 #include <thread>
 
 namespace Radio::Replaying {
 
 namespace {
 
-/** What is at work, and what it has said. */
-struct Running {
-    std::size_t index;
-    Process process;
-    std::string said;
-};
-
-/** Waits until one of them has more to say. */
-void await(const std::vector<Running>& running, std::vector<pollfd>& ready) {
-    ready.clear();
-    for (const Running& one : running) {
-        ready.push_back({one.process.output, POLLIN, 0});
-    }
-    static_cast<void>(poll(ready.data(), static_cast<nfds_t>(ready.size()), -1));
-}
-
-/** Replays all files, at most `jobs` at a time; `show` is called in the order in which they were given. */
-void replayAll(const std::vector<std::string>& files, std::size_t jobs,
-               const std::function<void(const Verdict&)>& show) {
-    const std::string replayer = findReplayer();
-    std::vector<Running> running;
-    std::map<std::size_t, Verdict> done;
-    std::vector<pollfd> ready;
-    std::size_t started = 0;
-    std::size_t shown = 0;
-    while (shown < files.size()) {
-        while (started < files.size() && running.size() < jobs) {
-            running.push_back({started, start(replayer, files[started]), {}});
-            ++started;
-        }
-        await(running, ready);
-        for (std::size_t place = running.size(); place-- > 0;) {
-            Running& one = running[place];
-            if (ready[place].revents == 0 || readMore(one.process, one.said)) {
-                continue;
-            }
-            const int ending = endOf(one.process);
-            done[one.index] = readVerdict(files[one.index], one.said, ending);
-            running.erase(running.begin() + static_cast<std::ptrdiff_t>(place));
-        }
-        for (auto next = done.find(shown); next != done.end(); next = done.find(shown)) {
-            show(next->second);
-            done.erase(next);
-            ++shown;
-        }
-    }
-}
-
 struct Counts {
     std::uint64_t identical = 0;
     std::uint64_t incomplete = 0;
     std::uint64_t different = 0;
+    std::uint64_t stopped = 0;
     std::uint64_t unusable = 0;
     std::uint64_t calls = 0;
+    std::uint64_t notCompared = 0;
 
     void add(const Verdict& verdict) {
         calls += verdict.calls;
+        notCompared += verdict.notCompared;
         switch (verdict.outcome) {
         case Outcome::identical:
             ++identical;
@@ -88,19 +41,49 @@ struct Counts {
             ++different;
             break;
         case Outcome::stopped:
+            ++stopped;
+            break;
         case Outcome::unusable:
             ++unusable;
             break;
         }
     }
     int exitCode() const {
-        return unusable != 0    ? ExitCode::unusableInput
-               : different != 0 ? ExitCode::different
-                                : ExitCode::good;
+        return unusable + stopped != 0 ? ExitCode::unusableInput
+               : different != 0        ? ExitCode::different
+                                       : ExitCode::good;
     }
 };
 
 // For people
+
+/** A file may be another one by now. */
+Told tellOr(const Verdict& verdict) {
+    try {
+        return tell(verdict);
+    } catch (const InputError& error) {
+        Told told;
+        told.now = std::string("not told, since the file has changed: ") + error.what();
+        return told;
+    }
+}
+
+void showDifference(const Verdict& verdict) {
+    const Told told = tellOr(verdict);
+    if (!told.operation.empty()) {
+        std::cout << "  in operation " << verdict.operation << ": " << told.operation << "\n";
+    }
+    for (const std::string& line : told.before) {
+        std::cout << "    " << line << "\n";
+    }
+    if (!told.recorded.empty()) {
+        std::cout << "  recorded: " << told.recorded << "\n";
+    }
+    std::cout << "  now:      " << harmless(told.now) << "\n";
+    if (verdict.difference == Difference::more) {
+        std::cout << "  The library asks for more: the recording has no answer to it.\n";
+    }
+}
 
 void showText(const Verdict& verdict) {
     if (verdict.outcome == Outcome::unusable) {
@@ -108,30 +91,20 @@ void showText(const Verdict& verdict) {
         return;
     }
     std::cout << harmless(verdict.file) << ": " << harmless(summaryOf(verdict)) << "\n";
-    if (verdict.outcome != Outcome::different) {
-        return;
+    if (verdict.outcome == Outcome::different) {
+        showDifference(verdict);
     }
-    const Told told = tell(verdict);
-    if (!told.operation.empty()) {
-        std::cout << "  in operation " << verdict.operation << ": " << told.operation << "\n";
-    }
-    for (const std::string& line : told.before) {
-        std::cout << "    " << line << "\n";
-    }
-    std::cout << "  recorded: " << told.recorded << "\n  now:      " << told.now << "\n";
-    if (verdict.difference == Difference::more) {
-        std::cout << "  The library asks for more: the recording has no answer to it.\n";
-    }
-    if (told.passedOver != 0) {
-        std::cout << "  The recording lacks " << told.passedOver
-                  << " things for which it had no room; that can look like a difference.\n";
+    if (verdict.passedOver != 0) {
+        std::cout << "  The recording lacks " << counted(verdict.passedOver, "thing")
+                  << " for which it had no room; that can look like a difference, and hide one.\n";
     }
 }
 
 void showSummary(const Counts& counts, std::size_t files) {
     std::cout << counted(files, "recording") << ": " << counts.identical << " identical, "
               << counts.incomplete << " identical up to a gap, " << counts.different << " different, "
-              << counts.unusable << " unusable; " << counted(counts.calls, "call") << "\n";
+              << counts.stopped << " stopped, " << counts.unusable << " unusable; "
+              << counted(counts.calls, "call") << notComparedText(counts.notCompared) << "\n";
 }
 
 // For programs
@@ -171,23 +144,21 @@ std::string wordOf(Difference difference) {
 }
 
 void showJson(const Verdict& verdict) {
-    Json event{{"event", "replayed_recording"},
-               {"file", verdict.file},
-               {"outcome", wordOf(verdict)},
-               {"calls", verdict.calls},
-               {"recorded_calls", verdict.recorded}};
+    Json event{{"event", "replayed_recording"},      {"file", verdict.file},
+               {"outcome", wordOf(verdict)},         {"calls", verdict.calls},
+               {"recorded_calls", verdict.recorded}, {"not_compared", verdict.notCompared},
+               {"passed_over", verdict.passedOver}};
     if (!verdict.reason.empty()) {
         event["reason"] = verdict.reason;
     }
     if (verdict.outcome == Outcome::different) {
-        const Told told = tell(verdict);
+        const Told told = tellOr(verdict);
         event["difference"] = wordOf(verdict.difference);
         event["operation_number"] = verdict.operation;
         event["operation"] = told.operation;
         event["before"] = told.before;
         event["recorded"] = told.recorded;
         event["now"] = told.now;
-        event["passed_over"] = told.passedOver;
     }
     writeJsonLine(std::cout, event);
 }
@@ -198,15 +169,18 @@ void showJsonSummary(const Counts& counts, std::size_t files) {
                               {"identical", counts.identical},
                               {"identical_until_gap", counts.incomplete},
                               {"different", counts.different},
+                              {"stopped", counts.stopped},
                               {"unusable", counts.unusable},
-                              {"calls", counts.calls}});
+                              {"calls", counts.calls},
+                              {"not_compared", counts.notCompared}});
 }
 
 int replay(const Options& options) {
     const std::size_t processors = std::max(1U, std::thread::hardware_concurrency());
     const std::size_t jobs = options.jobs ? static_cast<std::size_t>(*options.jobs) : processors;
     Counts counts;
-    replayAll(options.files, jobs, [&](const Verdict& verdict) {
+    Replayers replayers(jobs, std::chrono::seconds(options.timeout));
+    replayers.replay(options.files, [&](const Verdict& verdict) {
         counts.add(verdict);
         options.json ? showJson(verdict) : showText(verdict);
     });

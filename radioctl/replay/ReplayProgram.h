@@ -13,6 +13,8 @@ struct Options {
     std::vector<std::string> files;
     /** So many at a time; nothing: as there are processors. */
     std::optional<int> jobs;
+    /** In seconds, of each. */
+    int timeout = 600;
 };
 
 /** Replays recordings with the library that is installed; gives the exit code. */

@@ -16,12 +16,13 @@ struct Told {
     std::vector<std::string> before;
     std::string recorded;
     std::string now;
-    /** So much was not recorded for want of room, which can look like a difference. */
-    std::uint32_t passedOver = 0;
 };
 
 /** Reads the recording once more for them. */
 Told tell(const Verdict& verdict);
+
+/** ", 33 not compared"; empty for none. */
+std::string notComparedText(std::uint64_t calls);
 
 /** "identical, 123 calls", or what else came of it, in one line. */
 std::string summaryOf(const Verdict& verdict);

@@ -86,8 +86,12 @@ Verdict readVerdict(const std::string& file, const std::string& said, int ending
     verdict.outcome = outcomeOf(textIn(lines, "outcome"));
     verdict.calls = numberIn(lines, "calls");
     verdict.recorded = numberIn(lines, "recorded");
+    verdict.notCompared = numberIn(lines, "not_compared");
+    verdict.passedOver = numberIn(lines, "passed_over");
     verdict.operation = numberIn(lines, "operation");
-    verdict.begin = numberIn(lines, "begin");
+    if (lines.count("begin") != 0) {
+        verdict.begin = numberIn(lines, "begin");
+    }
     verdict.reason = textIn(lines, "reason");
     if (lines.count("at") != 0) {
         verdict.at = numberIn(lines, "at");
@@ -97,11 +101,12 @@ Verdict readVerdict(const std::string& file, const std::string& said, int ending
         verdict.difference = differenceOf(why);
         verdict.signal = std::atoi(why.substr(why.find(' ') + 1).c_str());
         readNow(lines, verdict);
-    } else if (said.empty()) {
+    } else if (lines.count("outcome") == 0) {
         // It could not even say what happened.
         verdict.outcome = Outcome::different;
         verdict.difference = Difference::crash;
         verdict.signal = ending < 0 ? -ending : 0;
+        verdict.ending = ending;
     }
     return verdict;
 }

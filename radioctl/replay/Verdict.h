@@ -43,16 +43,22 @@ struct Verdict {
     /** Calls that were identical, and those that the recording has. */
     std::uint64_t calls = 0;
     std::uint64_t recorded = 0;
+    /** Calls that were passed without a comparison: outside of recorded operations, or of who knows what. */
+    std::uint64_t notCompared = 0;
+    /** So much was not recorded for want of room, which can look like a difference, or hide one. */
+    std::uint64_t passedOver = 0;
     /** Counted from 1. */
     std::uint64_t operation = 0;
-    /** Where its record stands. */
-    std::uint64_t begin = 0;
+    /** Where its record stands; nothing: it was outside of all. */
+    std::optional<std::uint64_t> begin;
     /** Which record the library differed from; nothing: there is none. */
     std::optional<std::uint64_t> at;
     /** What it did; its object is `object`. */
     Recordings::Record now;
     std::optional<Recordings::Object> object;
+    /** Of a crash: the signal; 0: the process ended by itself, with `ending`, and said nothing. */
     int signal = 0;
+    int ending = 0;
     /** Why a file cannot be used, or lived no further. */
     std::string reason;
 };

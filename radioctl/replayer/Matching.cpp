@@ -59,6 +59,13 @@ bool isSameObject(const Object& recorded, const Call& now) {
     }
 }
 
+/** Objects that a call is known by, when it has one. */
+bool isKnownByObject(ObjectKind kind) {
+    return kind == ObjectKind::driver || kind == ObjectKind::variable || kind == ObjectKind::table ||
+           kind == ObjectKind::interface || kind == ObjectKind::callback || kind == ObjectKind::module ||
+           kind == ObjectKind::observer || kind == ObjectKind::observerC;
+}
+
 /** A recorder keeps so many bytes of a message. */
 constexpr std::size_t mostText = 512;
 
@@ -75,6 +82,11 @@ bool hasBytes(const Record& recorded) {
 
 bool isSameThing(const Record& recorded, const Call& now) {
     return recorded.kind == now.kind && (recorded.object == nullptr || isSameObject(*recorded.object, now));
+}
+
+bool isIdentified(const Record& recorded, const Call& now) {
+    const bool hasNone = now.name.empty() && now.number == 0;
+    return recorded.object != nullptr || hasNone || !isKnownByObject(now.objectKind);
 }
 
 bool isSameCall(const Record& recorded, const Call& now) {

@@ -175,8 +175,8 @@ constexpr int untouched = -2147483647;
 
 /** Whether its end comes without a call: then it was given a null pointer. */
 bool isRefused() {
-    const Record* const next = player().peek();
-    return next != nullptr && next->kind == Kind::finished && next->code != 0;
+    const auto next = player().peek();
+    return next && next->kind == Kind::finished && next->code != 0;
 }
 
 Answer calibrate(const Record& begin) {

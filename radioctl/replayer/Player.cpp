@@ -15,11 +15,6 @@ namespace Replayer {
 
 namespace {
 
-/** So many slots of a file a record takes. */
-std::uint64_t slotsOf(const Record& record) {
-    return 1 + (record.bytes.size() + Recording::continuationBytes - 1) / Recording::continuationBytes;
-}
-
 bool isCall(const Record& record) {
     return record.kind != Kind::variableContent && record.kind != Kind::finished;
 }
@@ -50,14 +45,12 @@ Player::Player(RecordingFile& file) : m_file(file) {
 
 /** Up to where newer records have taken the place of others. */
 void Player::read() {
-    std::uint64_t expected = 0;
-    while (auto record = m_file.next()) {
-        m_hasGap |= record->sequence != expected;
-        expected = record->sequence + slotsOf(*record);
+    while (const auto record = m_file.next()) {
+        m_hasGap |= record->sequence != m_end;
         m_recordedCalls += isCall(*record) ? 1U : 0U;
         if (!m_hasGap) {
-            m_ofThread[record->thread & 0xFFU].push_back(m_records.size());
-            m_records.push_back(std::move(*record));
+            m_ofThread[record->thread & 0xFFU].push_back(static_cast<std::uint32_t>(record->sequence));
+            m_end = record->sequence + record->slots();
         }
     }
 }
@@ -66,11 +59,12 @@ void Player::play(Maker maker, ContentSetter setContent) {
     m_maker = std::move(maker);
     m_setContent = std::move(setContent);
     s_current = this;
-    for (std::size_t place = 0; place < m_records.size(); ++place) {
-        const Record& record = m_records[place];
+    std::uint64_t next = 0;
+    while (next < m_end) {
+        const Record record = m_file.at(next);
+        next += record.slots();
         m_thread = record.thread & 0xFFU;
-        const auto& places = m_ofThread[m_thread];
-        if (m_lived[m_thread] == places.size() || places[m_lived[m_thread]] != place) {
+        if (nextOfThread() != record.sequence) {
             continue; // it was part of what began before it
         }
         if (Radio::Recordings::isIncoming(record.kind)) {
@@ -80,7 +74,7 @@ void Player::play(Maker maker, ContentSetter setContent) {
             makeUnseen(*module);
         } else {
             // What the library does in operations that are not recorded.
-            m_unowned += isCall(record) ? 1U : 0U;
+            m_notCompared += isCall(record) ? 1U : 0U;
             if (record.kind == Kind::variableContent) {
                 m_setContent(record);
             }
@@ -92,9 +86,9 @@ void Player::play(Maker maker, ContentSetter setContent) {
 
 /** The module that is built by what comes next; null: it is something else. */
 const Object* Player::unseenModule() const {
-    const auto& places = m_ofThread[m_thread];
-    for (std::size_t next = m_lived[m_thread]; m_unseenType >= 0 && next < places.size(); ++next) {
-        const Record& record = m_records[places[next]];
+    const auto& sequences = m_ofThread[m_thread];
+    for (std::size_t next = m_lived[m_thread]; m_unseenType >= 0 && next < sequences.size(); ++next) {
+        const Record record = m_file.at(sequences[next]);
         if (Radio::Recordings::isIncoming(record.kind)) {
             break;
         }
@@ -115,33 +109,39 @@ void Player::makeUnseen(const Object& module) {
     static_cast<void>(make(begin, outcome));
 }
 
-const Record* Player::peek() const {
-    const auto& places = m_ofThread[m_thread];
-    return m_lived[m_thread] < places.size() ? &m_records[places[m_lived[m_thread]]] : nullptr;
+std::optional<std::uint64_t> Player::nextOfThread() const {
+    const auto& sequences = m_ofThread[m_thread];
+    const std::size_t lived = m_lived[m_thread];
+    return lived < sequences.size() ? std::optional<std::uint64_t>(sequences[lived]) : std::nullopt;
 }
 
-const Record* Player::peekCall() const {
-    const auto& places = m_ofThread[m_thread];
+std::optional<Record> Player::peek() const {
+    const auto sequence = nextOfThread();
+    return sequence ? std::optional(m_file.at(*sequence)) : std::nullopt;
+}
+
+std::optional<Record> Player::peekCall() const {
+    const auto& sequences = m_ofThread[m_thread];
     const std::size_t depth = m_operations.size();
-    for (std::size_t next = m_lived[m_thread]; next < places.size(); ++next) {
-        const Record& record = m_records[places[next]];
+    for (std::size_t next = m_lived[m_thread]; next < sequences.size(); ++next) {
+        Record record = m_file.at(sequences[next]);
         const bool isInside = record.depth > depth || Radio::Recordings::isIncoming(record.kind) ||
                               (record.kind == Kind::finished && record.depth >= depth);
         if (!isInside && record.kind != Kind::variableContent && record.kind != Kind::brokerClose) {
-            return &record;
+            return record;
         }
     }
-    return nullptr;
+    return {};
 }
 
 void Player::consume() {
     ++m_lived[m_thread];
 }
 
-const Record& Player::answer(const Call& now) {
+Record Player::answer(const Call& now) {
     for (;;) {
-        const Record* const next = peek();
-        if (next == nullptr) {
+        const auto next = peek();
+        if (!next) {
             endOfRecording();
         }
         if (next->kind == Kind::variableContent) {
@@ -155,17 +155,17 @@ const Record& Player::answer(const Call& now) {
             differ(comesLater(now) ? "call" : "more", &now);
         } else {
             consume();
-            ++m_calls;
+            ++(isIdentified(*next, now) ? m_calls : m_notCompared);
             endAs(*next);
             return *next;
         }
     }
 }
 
-const Record& Player::makeUntilEnd() {
+Record Player::makeUntilEnd() {
     for (;;) {
-        const Record* const next = peek();
-        if (next == nullptr) {
+        const auto next = peek();
+        if (!next) {
             endOfRecording();
         }
         if (next->kind == Kind::finished) {
@@ -177,6 +177,7 @@ const Record& Player::makeUntilEnd() {
             if (next->kind == Kind::variableContent) {
                 m_setContent(*next);
             }
+            m_notCompared += isCall(*next) ? 1U : 0U;
             consume();
         }
     }
@@ -212,24 +213,26 @@ void Player::makeOnAThread(const Record& begin, Answer& given, Outcome& outcome)
     static_cast<void>(pthread_join(thread, nullptr));
 }
 
-/** Whether the thread was cancelled in the middle of it. */
+/** Whether the thread was cancelled in the middle of it. Its end may not be there: the process was over. */
 bool Player::endsCancelled(const Record& begin) const {
-    const auto& places = m_ofThread[m_thread];
-    for (std::size_t next = m_lived[m_thread]; next < places.size(); ++next) {
-        const Record& record = m_records[places[next]];
+    const auto& sequences = m_ofThread[m_thread];
+    bool isCancelled = false;
+    for (std::size_t next = m_lived[m_thread]; next < sequences.size(); ++next) {
+        const Record record = m_file.at(sequences[next]);
         if (record.kind == Kind::finished && record.depth == begin.depth) {
             return record.outcome == Outcome::unwound;
         }
+        isCancelled |= record.outcome == Outcome::unwound;
     }
-    return false;
+    return isCancelled;
 }
 
 /** Whether the operation that goes on has an answer to `now`, with whatever arguments. */
 bool Player::comesLater(const Call& now) const {
-    const auto& places = m_ofThread[m_thread];
+    const auto& sequences = m_ofThread[m_thread];
     const std::size_t depth = m_operations.size();
-    for (std::size_t next = m_lived[m_thread]; next < places.size(); ++next) {
-        const Record& record = m_records[places[next]];
+    for (std::size_t next = m_lived[m_thread]; next < sequences.size(); ++next) {
+        const Record record = m_file.at(sequences[next]);
         if (record.depth < depth) {
             break;
         }
@@ -241,10 +244,11 @@ bool Player::comesLater(const Call& now) const {
 }
 
 void Player::makeOperation() {
-    const Record& begin = *peek();
+    const auto next = peek();
+    const Record& begin = *next;
     consume();
     ++m_calls;
-    m_operations.push_back(&begin);
+    m_operations.push_back(begin);
     Answer given;
     Outcome outcome = Outcome::returned;
     if (endsCancelled(begin)) {
@@ -260,13 +264,13 @@ void Player::makeOperation() {
 }
 
 void Player::expectEnd(const Record& begin, const Answer& given, Outcome outcome) {
-    const Record* next = peek();
-    while (next != nullptr && next->kind == Kind::variableContent) {
+    auto next = peek();
+    while (next && next->kind == Kind::variableContent) {
         m_setContent(*next);
         consume();
         next = peek();
     }
-    if (next == nullptr) {
+    if (!next) {
         endOfRecording();
     }
     Call now{Kind::finished};
@@ -286,26 +290,37 @@ void Player::expectEnd(const Record& begin, const Answer& given, Outcome outcome
     consume();
 }
 
+/** The end of it. Where nothing was compared, nothing is identical. */
 void Player::endOfRecording() const {
+    if (m_calls == 0) {
+        giveUp(m_hasGap               ? "the gap is before the first call that could be compared"
+               : m_recordedCalls == 0 ? "there is no call in it"
+                                      : "there is no operation of the library in it");
+    }
     s_current = nullptr;
     Report report(m_hasGap ? "gap" : "identical");
-    report.add("calls", m_calls);
-    report.add("recorded", m_recordedCalls - m_unowned);
-    report.add("unowned", m_unowned);
+    addCounts(report);
     report.send(Ending::identical);
+}
+
+void Player::addCounts(Report& report) const {
+    report.add("calls", m_calls);
+    report.add("recorded", m_recordedCalls);
+    report.add("not_compared", m_notCompared);
+    report.add("passed_over", m_file.header().passedOver);
 }
 
 void Player::differ(const std::string& why, const Call* now) const {
     s_current = nullptr;
     Report report("different");
     report.add("why", why);
-    report.add("calls", m_calls);
-    report.add("recorded", m_recordedCalls - m_unowned);
+    addCounts(report);
     report.add("operation", m_operationNumber);
-    report.add("begin", m_operations.empty() ? 0 : m_operations.front()->sequence);
-    const Record* const next = peek();
-    if (next != nullptr) {
-        report.add("at", next->sequence);
+    if (!m_operations.empty()) {
+        report.add("begin", m_operations.front().sequence);
+    }
+    if (const auto next = nextOfThread()) {
+        report.add("at", *next);
     }
     if (now != nullptr) {
         report.add(*now);
@@ -313,13 +328,28 @@ void Player::differ(const std::string& why, const Call* now) const {
     report.send(Ending::different);
 }
 
+void Player::crash(int signal) const {
+    CrashReport report;
+    report.add("outcome different\nwhy signal", static_cast<std::uint64_t>(signal));
+    report.add("calls", m_calls);
+    report.add("recorded", m_recordedCalls);
+    report.add("not_compared", m_notCompared);
+    report.add("passed_over", m_file.header().passedOver);
+    report.add("operation", m_operationNumber);
+    if (!m_operations.empty()) {
+        report.add("begin", m_operations.front().sequence);
+    }
+    if (const auto next = nextOfThread()) {
+        report.add("at", *next);
+    }
+    report.send(Ending::different);
+}
+
 void Player::giveUp(const std::string& why) const {
     s_current = nullptr;
     Report report("stopped");
-    report.add("calls", m_calls);
-    report.add("recorded", m_recordedCalls - m_unowned);
+    addCounts(report);
     report.add("operation", m_operationNumber);
-    report.add("begin", m_operations.empty() ? 0 : m_operations.front()->sequence);
     report.add("reason", why);
     report.send(Ending::unusable);
 }

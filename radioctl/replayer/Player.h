@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ using Radio::Recordings::ObjectKind;
 using Radio::Recordings::Outcome;
 using Radio::Recordings::Record;
 using Radio::Recordings::RecordingFile;
+
+class Report;
 
 /** What the library calls, or what came of an operation of it, in the words of a record. */
 struct Call {
@@ -62,19 +65,21 @@ public:
     void setUnseenType(std::int32_t type) { m_unseenType = type; }
 
     /** What was answered to the call that the library makes now; throws what was thrown. */
-    const Record& answer(const Call& now);
-    /** What comes next on the thread that is being lived; null at the end. */
-    const Record* peek() const;
+    Record answer(const Call& now);
+    /** What comes next on the thread that is being lived; nothing at the end. */
+    std::optional<Record> peek() const;
     /** The next call of the operation that goes on, or its end. What began inside a call is passed over, and
      * so is the broker's being given back: it says nothing of what the broker gave. */
-    const Record* peekCall() const;
+    std::optional<Record> peekCall() const;
     /** In the middle of a platform's operation: makes what it called, and gives its end. */
-    const Record& makeUntilEnd();
+    Record makeUntilEnd();
 
     const RecordingFile& file() const { return m_file; }
 
     /** The library went another way than the recording. */
     [[noreturn]] void differ(const std::string& why, const Call* now) const;
+    /** The library has come to a signal. Takes no memory: that may be what is broken. */
+    [[noreturn]] void crash(int signal) const;
     /** Something in the recording cannot be lived again. */
     [[noreturn]] void giveUp(const std::string& why) const;
 
@@ -90,25 +95,30 @@ private:
     bool comesLater(const Call& now) const;
     void consume();
     [[noreturn]] void endOfRecording() const;
-    void reportPlace(std::string& report) const;
+    void addCounts(Report& report) const;
 
     static Player* s_current;
 
+    /** Where the next record of the thread stands; nothing at its end. */
+    std::optional<std::uint64_t> nextOfThread() const;
+
     RecordingFile& m_file;
-    std::vector<Record> m_records;
-    /** The places of the records of each thread. */
-    std::array<std::vector<std::size_t>, 256> m_ofThread;
+    /** The numbers of the records of each thread, up to a gap; a recording has fewer than 32 bits tell.
+     * Records themselves are made when they are wanted: they take three times their place in the file. */
+    std::array<std::vector<std::uint32_t>, 256> m_ofThread;
+    /** Behind the last of them. */
+    std::uint64_t m_end = 0;
     /** How many of them were lived. */
     std::array<std::size_t, 256> m_lived{};
     Maker m_maker;
     ContentSetter m_setContent;
     unsigned m_thread = 0;
     /** The operations that go on, the outermost first. */
-    std::vector<const Record*> m_operations;
+    std::vector<Record> m_operations;
     std::uint64_t m_operationNumber = 0;
     std::uint64_t m_calls = 0;
     std::uint64_t m_recordedCalls = 0;
-    std::uint64_t m_unowned = 0;
+    std::uint64_t m_notCompared = 0;
     bool m_hasGap = false;
     std::int32_t m_unseenType = -1;
 };

@@ -2,7 +2,10 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <charconv>
 #include <cstdlib>
+#include <string_view>
 
 namespace Replayer {
 
@@ -16,6 +19,19 @@ std::string hexadecimal(const std::string& bytes) {
         text += digits[static_cast<unsigned char>(byte) & 0xFU];
     }
     return text;
+}
+
+/** Writes it to standard output and ends the process. */
+[[noreturn]] void sendAndEnd(std::string_view text, Ending ending) {
+    while (!text.empty()) {
+        const ssize_t count = write(STDOUT_FILENO, text.data(), text.size());
+        if (count <= 0) {
+            break;
+        }
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+    // Neither the library's objects nor the platform's are in a state in which they could be destroyed.
+    std::_Exit(static_cast<int>(ending));
 }
 
 } // namespace
@@ -41,16 +57,28 @@ void Report::add(const Call& now) {
 }
 
 void Report::send(Ending ending) const {
-    std::size_t sent = 0;
-    while (sent < m_text.size()) {
-        const ssize_t count = write(STDOUT_FILENO, m_text.data() + sent, m_text.size() - sent);
-        if (count <= 0) {
-            break;
-        }
-        sent += static_cast<std::size_t>(count);
+    sendAndEnd(m_text, ending);
+}
+
+void CrashReport::put(char character) {
+    if (m_length < m_text.size()) {
+        m_text.at(m_length++) = character;
     }
-    // Neither the library's objects nor the platform's are in a state in which they could be destroyed.
-    std::_Exit(static_cast<int>(ending));
+}
+
+void CrashReport::add(const char* name, std::uint64_t value) {
+    for (; *name != '\0'; ++name) {
+        put(*name);
+    }
+    put(' ');
+    std::array<char, 20> digits{};
+    const auto end = std::to_chars(digits.begin(), digits.end(), value).ptr;
+    std::for_each(digits.begin(), end, [this](char digit) { put(digit); });
+    put('\n');
+}
+
+void CrashReport::send(Ending ending) const {
+    sendAndEnd({m_text.data(), m_length}, ending);
 }
 
 } // namespace Replayer

@@ -3,6 +3,8 @@
 
 #include "radioctl/replayer/Player.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -27,6 +29,19 @@ public:
 
 private:
     std::string m_text;
+};
+
+/** The same in a handler of signals: it takes no memory. */
+class CrashReport {
+public:
+    void add(const char* name, std::uint64_t value);
+    [[noreturn]] void send(Ending ending) const;
+
+private:
+    void put(char character);
+
+    std::array<char, 512> m_text{};
+    std::size_t m_length = 0;
 };
 
 } // namespace Replayer

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <limits>
+#include <optional>
 #include <ostream>
 #include <streambuf>
 #include <utility>
@@ -66,8 +67,8 @@ MessageStream& messages() {
 }
 
 /** The platform threw when the message was begun, and not later: then there is no text. */
-bool isThrownAtOnce(const Record* next) {
-    return next != nullptr && next->kind == Kind::traceMessage &&
+bool isThrownAtOnce(const std::optional<Record>& next) {
+    return next && next->kind == Kind::traceMessage &&
            (next->outcome == Outcome::threwException ||
             (next->outcome != Outcome::returned && next->bytes.empty()));
 }
@@ -108,8 +109,8 @@ OrbiTraceLevel CZulTraceHandler_DmLevel2GtLevel(int level) {
     call.a = level;
     const auto answer = static_cast<OrbiTraceLevel>(Player::current()->answer(call).code);
     // Which levels were wanted is not recorded, but which messages were.
-    const Record* const next = Player::current()->peekCall();
-    const bool isWanted = next != nullptr && next->kind == Kind::traceMessage;
+    const auto next = Player::current()->peekCall();
+    const bool isWanted = next && next->kind == Kind::traceMessage;
     for (OrbiTrace* const object : traceObjects()) {
         object->setLevel(isWanted ? answer : OrbiTraceLevel{std::numeric_limits<std::int32_t>::min()});
     }

@@ -8,6 +8,7 @@
 #include "radioctl/replayer/Report.h"
 #include "radioctl/replayer/Stage.h"
 
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -25,12 +26,15 @@ namespace {
 /** So long, in seconds of the processor, the library may think about all of it. */
 constexpr rlim_t mostSeconds = 600;
 
-/** The library has crashed, or does not come back. What is told is more than a handler may do, and better
- * than nothing; should it fail, whoever started this sees the signal. */
+/** The library has crashed, or does not come back. Should telling it fail, whoever started this sees a
+ * signal.
+ */
 void tell(int signal) {
+    constexpr unsigned longestTelling = 5;
+    static_cast<void>(alarm(longestTelling));
     static_cast<void>(std::signal(signal, SIG_DFL));
     if (const Replayer::Player* const player = Replayer::Player::current()) {
-        player->differ("signal " + std::to_string(signal), nullptr);
+        player->crash(signal);
     }
     static_cast<void>(std::raise(signal));
 }
@@ -60,14 +64,24 @@ bool hasUnseenModules(const Replayer::RecordingFile& file) {
     });
 }
 
+/** Whoever waits for this may be killed: then nobody waits for it any more. */
+void endWith(pid_t parent) {
+    static_cast<void>(prctl(PR_SET_PDEATHSIG, SIGKILL));
+    if (getppid() != parent) {
+        std::_Exit(EXIT_FAILURE);
+    }
+}
+
 /** What comes of it with one type, in a process of its own. */
 std::string livedWith(Replayer::Player& player, std::int32_t type) {
     std::array<int, 2> ends{};
     if (pipe(ends.data()) != 0) {
         return {};
     }
+    const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0) {
+        endWith(parent);
         static_cast<void>(dup2(ends[1], STDOUT_FILENO));
         player.setUnseenType(type);
         live(player);

@@ -3,6 +3,7 @@
 #include "radioctl/replay/Verdict.h"
 #include "tests/recording/RecordedProcess.h"
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 
@@ -39,6 +40,7 @@ public:
         }
         throw std::runtime_error("there is no such record");
     }
+    std::size_t count() const { return m_slots.size(); }
     Recording::Slot& at(std::size_t place) { return m_slots[place]; }
     void remove(std::size_t place) { m_slots.erase(m_slots.begin() + static_cast<std::ptrdiff_t>(place)); }
     void repeat(std::size_t place) {
@@ -46,11 +48,23 @@ public:
         m_slots.insert(m_slots.begin() + static_cast<std::ptrdiff_t>(place), copy);
     }
 
+    /** Nothing is behind the first that `isLast` holds for. */
+    void cutBehind(const std::function<bool(const Recording::Slot&)>& isLast) {
+        const auto last = std::find_if(m_slots.begin(), m_slots.end(), isLast);
+        m_slots.erase(last != m_slots.end() ? last + 1 : last, m_slots.end());
+    }
+    void append(const Recording::Slot& slot) { m_slots.push_back(slot); }
+    void setPassedOver(std::uint32_t count) {
+        std::memcpy(&m_bytes[Recording::At::passedOver], &count, sizeof count);
+    }
+    /** The slot at `place` is never finished. */
+    void leaveUnfinished(std::size_t place) { m_unfinished = place; }
+
     /** The recording with them, numbered anew. */
     std::string bytes() {
         for (std::size_t place = 0; place < m_slots.size(); ++place) {
             std::uint32_t& commit = m_slots[place].commit;
-            commit = Recording::commitMark(place, (commit & 0x40000000U) != 0);
+            commit = place == m_unfinished ? 0 : Recording::commitMark(place, (commit & 0x40000000U) != 0);
         }
         const std::uint64_t claimed = m_slots.size();
         std::memcpy(&m_bytes[Recording::At::claimed], &claimed, sizeof claimed);
@@ -63,6 +77,7 @@ private:
     std::string m_bytes;
     std::size_t m_begin;
     std::vector<Recording::Slot> m_slots;
+    std::size_t m_unfinished = std::string::npos;
 };
 
 class ReplayTest : public RecordedProcess {
@@ -95,6 +110,12 @@ protected:
 };
 
 class ReplayedBoardTest : public ReplayTest, public testing::WithParamInterface<const char*> {};
+/** A board, and how many calls it makes when all goes wrong. */
+struct FaultyBoard {
+    const char* board;
+    const char* calls;
+};
+class FaultyBoardTest : public ReplayTest, public testing::WithParamInterface<FaultyBoard> {};
 class ReplayedRadioTest : public ReplayTest, public testing::WithParamInterface<const char*> {};
 
 constexpr const char* identical = "recording: identical, [0-9]+ calls\n";
@@ -235,14 +256,15 @@ TEST_F(ReplayTest, ManyAreToldInTheirOrderAndSummedUp) {
     recordAndChange([](Slots& slots) { slots.at(slots.find(Kind::driverWrite, 7442000)).a = 1; });
     const Ending good = replay("--jobs 2 recording recording recording");
     EXPECT_THAT(good.output,
-                MatchesRegex("(recording: identical, [0-9]+ calls\n){3}"
-                             "3 recordings: 3 identical, 0 identical up to a gap, 0 different, 0 unusable; "
-                             "[0-9]+ calls\n"));
+                MatchesRegex(
+                    "(recording: identical, 42 calls\n){3}"
+                    "3 recordings: 3 identical, 0 identical up to a gap, 0 different, 0 stopped, 0 unusable; "
+                    "126 calls\n"));
     EXPECT_EQ(good.exitCode, 0);
     const Ending mixed = replay("recording changed recording");
     EXPECT_THAT(mixed.output, AllOf(StartsWith("recording: identical, "), HasSubstr("\nchanged: different "),
                                     HasSubstr("3 recordings: 2 identical, 0 identical up to a gap, "
-                                              "1 different, 0 unusable; ")));
+                                              "1 different, 0 stopped, 0 unusable; ")));
     EXPECT_EQ(mixed.exitCode, 1);
     EXPECT_EQ(replay("changed nowhere recording").exitCode, 3);
 }
@@ -262,6 +284,211 @@ TEST_F(ReplayTest, JsonHasAnEventForEachAndOneForAll) {
     EXPECT_THAT(ending.output, HasSubstr(R"("difference":"call")"));
     EXPECT_THAT(ending.output, HasSubstr(R"({"schema":1,"event":"replayed_recordings","recordings":2,)"
                                          R"("identical":1,"identical_until_gap":0,"different":1,)"
-                                         R"("unusable":0,)"));
+                                         R"("stopped":0,"unusable":0,"calls":74,"not_compared":0})"));
     EXPECT_EQ(ending.exitCode, 1);
+}
+
+// What was not compared
+
+TEST_F(ReplayTest, CallOutsideOfEveryOperationIsSaidToBeNotCompared) {
+    recordAndChange([](Slots& slots) {
+        Recording::Slot write = slots.at(slots.find(Kind::driverWrite, 7442000));
+        write.a = 99;
+        write.depth = 0;
+        slots.append(write);
+    });
+    const Ending ending = replay("changed changed");
+    EXPECT_EQ(ending.output, "changed: identical, 42 calls, 1 not compared\n"
+                             "changed: identical, 42 calls, 1 not compared\n"
+                             "2 recordings: 2 identical, 0 identical up to a gap, 0 different, 0 stopped, "
+                             "0 unusable; 84 calls, 2 not compared\n");
+    EXPECT_EQ(ending.exitCode, 0);
+    EXPECT_THAT(replay("--json changed").output,
+                HasSubstr(R"("outcome":"identical","calls":42,"recorded_calls":43,"not_compared":1,)"));
+}
+
+TEST_F(ReplayTest, CallOfAnObjectWithoutANumberIsSaidToBeNotCompared) {
+    recordAndChange([](Slots& slots) { slots.at(slots.find(Kind::driverWrite, 7442000)).object = 0; });
+    EXPECT_EQ(replay("changed").output, "changed: identical, 41 calls, 1 not compared\n");
+}
+
+TEST_F(ReplayTest, WhatThereWasNoRoomForIsToldWithIdentityToo) {
+    recordAndChange([](Slots& slots) { slots.setPassedOver(3); });
+    const Ending ending = replay("changed");
+    EXPECT_EQ(ending.output, "changed: identical, 42 calls\n"
+                             "  The recording lacks 3 things for which it had no room; that can look like a "
+                             "difference, and hide one.\n");
+    EXPECT_EQ(ending.exitCode, 0);
+    EXPECT_THAT(replay("--json changed").output, HasSubstr(R"("passed_over":3)"));
+}
+
+TEST_F(ReplayTest, RecordingWithoutACallIsNotIdentical) {
+    recordAndChange([](Slots& slots) {
+        for (std::size_t left = slots.count(); left-- > 0;) {
+            slots.remove(left);
+        }
+    });
+    const Ending ending = replay("changed changed");
+    EXPECT_EQ(ending.output, "changed: stopped after 0 calls of 0: there is no call in it\n"
+                             "changed: stopped after 0 calls of 0: there is no call in it\n"
+                             "2 recordings: 0 identical, 0 identical up to a gap, 0 different, 2 stopped, "
+                             "0 unusable; 0 calls\n");
+    EXPECT_EQ(ending.exitCode, 3);
+}
+
+TEST_F(ReplayTest, GapBeforeTheFirstCallIsNotIdentical) {
+    recordAndChange([](Slots& slots) { slots.leaveUnfinished(0); });
+    const Ending ending = replay("changed");
+    EXPECT_EQ(ending.output, "changed: stopped after 0 calls of 41: the gap is before the first call that "
+                             "could be compared\n");
+    EXPECT_EQ(ending.exitCode, 3);
+}
+
+// Boards for which things go wrong
+
+namespace {
+
+/** A life in which each interface is taken away in each way, and each operation of the platform fails. */
+std::string lifeWithFaults(bool hasRemoteUnit) {
+    const std::string life = "phase init\nphase storage\nphase frame-format\ntune tx 1 17975000\n"
+                             "tune rx 1 19000000\ntemperature 40\ntune tx 1 7442000\ntemperature 10\n";
+    std::string script;
+    for (const char* const name : {"IDriverLayer", "ITemperatureHandler", "IRauHandler_1"}) {
+        if (!hasRemoteUnit && std::string(name) == "IRauHandler_1") {
+            continue; // the program has no such interface
+        }
+        for (const char* const state : {"absent", "null", "foreign", "null-record"}) {
+            script += std::string("interface ") + name + " " + state + "\n" + life + "interface " + name +
+                      " present\n" + life;
+        }
+    }
+    for (const char* const operation :
+         {"broker-lookup", "broker-open", "broker-get", "broker-close", "driver-lookup", "driver-write",
+          "driver-write-buffer", "driver-read", "variable-get", "variable-address", "table-lookup",
+          "table-linear", "table-bilinear", "temperature-register", "rau-tx", "rau-rx"}) {
+        for (const char* const code : {"0x8001", "0x1", "0x8000"}) {
+            script +=
+                std::string("fault ") + operation + " " + code + " always\n" + life + "clear all\n" + life;
+        }
+    }
+    return script;
+}
+
+} // namespace
+
+TEST_P(FaultyBoardTest, IsIdentical) {
+    write("script", lifeWithFaults(std::string(GetParam().board) == "rau-18ghz"));
+    recorded(std::string(RADIOCTL_PROGRAM) + " run --trace off " + RADIO_BOARDS + "/" + GetParam().board +
+                 ".toml script",
+             "RADIO_RECORDING_SIZE=16M");
+    const Ending ending = replay("recording");
+    EXPECT_EQ(ending.output, std::string("recording: identical, ") + GetParam().calls + " calls\n");
+    EXPECT_EQ(ending.exitCode, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FaultyBoardTest,
+                         testing::Values(FaultyBoard{"rf-module-7ghz", "6568"},
+                                         FaultyBoard{"rau-18ghz", "6244"},
+                                         FaultyBoard{"lo-leakage-18ghz", "16774"},
+                                         FaultyBoard{"microwave-dsp-offset-80ghz", "18226"},
+                                         FaultyBoard{"iq-compensation-18ghz", "24338"}),
+                         [](const auto& tried) { return std::to_string(tried.index); });
+
+// What becomes of the processes that replay
+
+namespace {
+
+/** radioctl with a script beside it in the place of the program that lives a recording. */
+class ReplayersTest : public ReplayTest {
+protected:
+    void replaceReplayer(const std::string& script) const {
+        std::filesystem::copy_file(RADIOCTL_PROGRAM, directory() / "radioctl");
+        write("radioctl-replay", "#!/bin/sh\n" + script + "\n");
+        std::filesystem::permissions(directory() / "radioctl-replay", std::filesystem::perms::owner_all);
+    }
+    Ending replayWith(const std::string& script, const std::string& words) const {
+        replaceReplayer(script);
+        return unrecorded("./radioctl replay " + words);
+    }
+};
+
+constexpr const char* comesNotBack = "radio.rec: different after 0 calls\n"
+                                     "  now:      the library does not come back\n";
+
+} // namespace
+
+TEST_F(ReplayersTest, RecordingWithoutAnEndIsADifferenceWhenItsTimeIsOver) {
+    const Ending ending = replayWith("exec sleep 1000", "--timeout 1 radio.rec");
+    EXPECT_EQ(ending.output, comesNotBack);
+    EXPECT_EQ(ending.exitCode, 1);
+}
+
+TEST_F(ReplayersTest, WhatDoesNotHearThatItsTimeIsOverIsKilled) {
+    const Ending ending = replayWith("trap '' XCPU\nexec sleep 1000", "--timeout 1 radio.rec");
+    EXPECT_EQ(ending.output, comesNotBack);
+    EXPECT_EQ(ending.exitCode, 1);
+}
+
+TEST_F(ReplayersTest, WhatEndsWithoutAReportIsADifference) {
+    const Ending ending = replayWith("exit 0", "radio.rec");
+    EXPECT_EQ(ending.output, "radio.rec: different after 0 calls\n"
+                             "  now:      the library ended the process with 0 without a report\n");
+    EXPECT_EQ(ending.exitCode, 1);
+}
+
+TEST_F(ReplayersTest, FileThatHasChangedMeanwhileDoesNotEndTheOthers) {
+    const Ending ending =
+        replayWith("echo 'outcome different'; echo 'why call'; echo 'calls 5'; echo 'at 3'\n"
+                   "echo 'now 41 0 0 7 0 0 1 0'",
+                   "radio.rec radio.rec");
+    const std::string one = "radio.rec: different after 5 calls\n"
+                            "  now:      not told, since the file has changed: radio.rec: cannot be read: No "
+                            "such file or directory\n";
+    EXPECT_EQ(ending.output,
+              one + one +
+                  "2 recordings: 0 identical, 0 identical up to a gap, 2 different, 0 stopped, "
+                  "0 unusable; 10 calls\n");
+    EXPECT_EQ(ending.exitCode, 1);
+}
+
+TEST_F(ReplayersTest, FewerAtATimeWhenThereIsNoRoomForSoMany) {
+    replaceReplayer("sleep 0.2; echo 'outcome identical'; echo 'calls 7'");
+    std::string files;
+    for (int file = 0; file < 40; ++file) {
+        files += " radio.rec";
+    }
+    const Ending ending = shell("ulimit -n 16;", "./radioctl replay --jobs 200" + files);
+    EXPECT_THAT(ending.output,
+                EndsWith("\n40 recordings: 40 identical, 0 identical up to a gap, 0 different, "
+                         "0 stopped, 0 unusable; 280 calls\n"));
+    EXPECT_EQ(ending.exitCode, 0);
+}
+
+TEST_F(ReplayersTest, ReplayerEndsWhenRadioctlIsKilled) {
+    replaceReplayer("echo $$ > pid.new; mv pid.new pid; exec sleep 1000");
+    const Ending ending =
+        shell("", "./radioctl replay radio.rec & radioctl=$!\n"
+                  "for wait in $(seq 300); do [ -s pid ] && break; sleep 0.1; done\n"
+                  "kill -KILL $radioctl\n"
+                  "for wait in $(seq 100); do\n"
+                  "    grep -qs '^State:[[:space:]]*[^Z]' /proc/$(cat pid)/status || exit 0\n"
+                  "    sleep 0.1\n"
+                  "done; exit 1; true");
+    EXPECT_EQ(ending.exitCode, 0);
+}
+
+// The library ends the thread in the middle of the call, and nobody wrote the end of the operation.
+TEST_F(ReplayTest, RecordingThatEndsWithACancelledCallIsLived) {
+    recorded(radio("cancel"));
+    Slots slots(contentOf("recording"));
+    slots.cutBehind([](const Recording::Slot& slot) { return (slot.second & 15U) == 3; });
+    write("changed", slots.bytes());
+    EXPECT_EQ(replay("changed").output, "changed: identical, 31 calls\n");
+}
+
+TEST(ReplayVerdict, ProcessThatEndedWithoutAReportHasItsEnding) {
+    const auto verdict = Radio::Replaying::readVerdict("radio.rec", "a line of the library\n", 3);
+    EXPECT_EQ(verdict.difference, Radio::Replaying::Difference::crash);
+    EXPECT_EQ(verdict.signal, 0);
+    EXPECT_EQ(verdict.ending, 3);
 }

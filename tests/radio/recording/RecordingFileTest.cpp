@@ -203,6 +203,10 @@ TEST(RecordingFile, RecordsThatNobodyWritesAreRefused) {
         "a.rec: at byte 4362: expected as many bytes as the kind 41 has, found 1");
     EXPECT_EQ(complaintAbout(MadeUpRecording(8, 4, 4).record(Kind::finished, 0, 0, 31).bytes()),
               "a.rec: at byte 4368: expected the kind of what has ended, found 31");
+    EXPECT_EQ(complaintAbout(MadeUpRecording(8, 4, 4)
+                                 .record(Kind::calibrate, 0, 0, 0, 0, 0, 0, 0, "", Outcome::unwound)
+                                 .bytes()),
+              "a.rec: at byte 4362: expected the beginning of an operation, without an outcome, found 3");
 }
 
 TEST(RecordingWords, EveryKindHasAWord) {

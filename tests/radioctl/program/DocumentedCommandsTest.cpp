@@ -55,7 +55,8 @@ protected:
                     return std::isupper(letter) != 0 || letter == '.';
                 });
             const bool isWritten = before == "--csv" || before == "--html" || before == "--out";
-            const bool isFile = std::regex_match(word, std::regex(R"([^*]+\.(toml|csv|script|journal|rec))"));
+            const bool isFile =
+                std::regex_match(word, std::regex(R"([^*]+\.(toml|csv|script|journal)|.+\.rec)"));
             if (isPlaceholder || word == "--hardware" ||
                 (isFile && !isWritten && !std::filesystem::exists(word))) {
                 return false;

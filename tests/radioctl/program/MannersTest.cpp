@@ -54,7 +54,7 @@ TEST_F(MannersTest, HelpHasTheExitCodes) {
     const Ending all = runProgram({{"--help"}});
     EXPECT_THAT(all.output,
                 HasSubstr("\nExit codes:\n  0    good\n  1    run, console: an expectation failed"));
-    EXPECT_THAT(all.output, HasSubstr("tables diff: there are differences\n"));
+    EXPECT_THAT(all.output, HasSubstr("tables diff, record diff: there are differences\n"));
     EXPECT_EQ(all.exitCode, 0);
 }
 
@@ -75,7 +75,7 @@ TEST_F(MannersTest, UnknownCommandsAndOptionsHaveTheNearestOne) {
     for (const auto& [words, complaint] : std::vector<std::pair<std::vector<std::string>, std::string>>{
              {{"calibrat", "board.toml"},
               "unknown command \"calibrat\" (did you mean \"calibrate\"?), expected one of "
-              "run, console, check, plan, thermal, qualify, calibrate, tables, record, completion"},
+              "run, console, check, plan, thermal, qualify, calibrate, tables, record, replay, completion"},
              {{"plan", "explian"},
               "unknown command \"explian\" (did you mean \"explain\"?), expected one of explain, "
               "audit"},
@@ -103,6 +103,8 @@ TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
                                                       {"tables", "why", "--help"},
                                                       {"record", "--help"},
                                                       {"record", "show", "--help"},
+                                                      {"record", "diff", "--help"},
+                                                      {"replay", "--help"},
                                                       {"completion", "--help"}}) {
         EXPECT_THAT(runProgram({arguments}).output, Not(testing::ContainsRegex("[^\n]{80}")));
     }
@@ -125,6 +127,14 @@ TEST_F(MannersTest, CompletionKnowsTheLevelsBehindAnEqualsSign) {
 TEST_F(MannersTest, CompletionKnowsTheCommandsForTables) {
     EXPECT_EQ(completed("radioctl tables \"\"", 2), "lint\ndiff\nwhy\n");
     EXPECT_EQ(completed("radioctl tables why --t", 3), "--temperature\n");
+}
+
+TEST_F(MannersTest, CompletionTellsADiffOfRecordingsFromOneOfTables) {
+    EXPECT_EQ(completed("radioctl record \"\"", 2), "show\ndiff\n");
+    EXPECT_EQ(completed("radioctl record diff --l", 3), "--limit\n");
+    EXPECT_EQ(completed("radioctl tables diff --b", 3), "--board\n");
+    write("a.rec", "");
+    EXPECT_EQ(completed("radioctl record diff a", 3), "a.rec\n");
 }
 
 TEST_F(MannersTest, CompletionOffersAReportToRunAlone) {

@@ -1,4 +1,4 @@
-#include "radioctl/record/Selection.h"
+#include "radio/recording/Selection.h"
 
 #include "radio/recording/RecordingWords.h"
 
@@ -20,7 +20,7 @@ std::optional<Seen> Selection::next() {
     while (std::optional<Record> record = m_file.next()) {
         const unsigned thread = record->thread;
         Seen seen = look(std::move(*record));
-        if (!isWanted(seen)) {
+        if (!isOfInterest(seen) || !isInTime(seen)) {
             continue;
         }
         if (m_wanted.driver.empty()) {
@@ -76,10 +76,13 @@ bool Selection::isOfDriver(const Record& record) const {
            record.object->name == m_wanted.driver;
 }
 
-bool Selection::isWanted(const Seen& seen) const {
+bool Selection::isOfInterest(const Seen& seen) const {
     return (!m_wanted.channel || seen.channel == m_wanted.channel) &&
-           (m_wanted.driver.empty() || isOfDriver(seen.record)) &&
-           (!m_wanted.from || seen.seconds >= *m_wanted.from) &&
+           (m_wanted.driver.empty() || isOfDriver(seen.record));
+}
+
+bool Selection::isInTime(const Seen& seen) const {
+    return (!m_wanted.from || seen.seconds >= *m_wanted.from) &&
            (!m_wanted.to || seen.seconds <= *m_wanted.to);
 }
 

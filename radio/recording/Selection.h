@@ -1,5 +1,5 @@
-#ifndef RADIOCTL_RECORD_SELECTION_H
-#define RADIOCTL_RECORD_SELECTION_H
+#ifndef RADIO_RECORDING_SELECTION_H
+#define RADIO_RECORDING_SELECTION_H
 
 #include "radio/recording/RecordingFile.h"
 
@@ -44,6 +44,13 @@ public:
      */
     std::optional<Seen> next();
 
+    /** What those before it say of `record`, for whoever reads the file in an order of its own. */
+    Seen look(Record record);
+    /** It is of the channel and of the driver that are wanted. */
+    bool isOfInterest(const Seen& seen) const;
+    /** It is between the times that are wanted. */
+    bool isInTime(const Seen& seen) const;
+
 private:
     /** What is going on on a thread. */
     struct Operation {
@@ -56,8 +63,6 @@ private:
         std::int32_t level = 0;
     };
 
-    Seen look(Record record);
-    bool isWanted(const Seen& seen) const;
     bool isOfDriver(const Record& record) const;
 
     RecordingFile& m_file;
