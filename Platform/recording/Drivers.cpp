@@ -216,8 +216,11 @@ class LayerObject final : public IInterface_c {
 public:
     explicit LayerObject(IInterface_c& real) : m_real(real) {}
     void* getCStruct() override {
-        const InPlatform inside;
-        return recordOf(static_cast<DriverLayerInterface*>(m_real.getCStruct()));
+        Entry entry{Kind::driverLayerRecord};
+        void* const real = outgoing(entry, [&] { return m_real.getCStruct(); });
+        entry.a = real != nullptr ? 1 : 0;
+        Recorder::write(entry);
+        return recordOf(static_cast<DriverLayerInterface*>(real));
     }
 
 private:

@@ -16,6 +16,7 @@
 #include "Objects.h"
 #include "Rau.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstring>
@@ -127,8 +128,18 @@ IInterface* InterfaceBroker::findInterface(const std::string& name) {
 }
 
 EAFResult CInterfaceBroker_GetInstance(void** broker) {
-    const auto call = [&] { return s_open(broker); };
-    return isFromLibrary(__builtin_return_address(0)) ? recorded({Kind::brokerOpen}, call) : call();
+    if (!isFromLibrary(__builtin_return_address(0)) || broker == nullptr) {
+        return s_open(broker);
+    }
+    Entry entry{Kind::brokerOpen};
+    const EAFResult code = outgoing(entry, [&] { return s_open(broker); });
+    entry.code = code;
+    if (isSuccess(code)) {
+        t_thread.broker = *broker;
+        entry.a = *broker != nullptr ? 1 : 0;
+    }
+    Recorder::write(entry);
+    return code;
 }
 
 EAFResult CInterfaceBroker_GetInterface(void* broker, const char* name, void** iface) {
@@ -136,6 +147,7 @@ EAFResult CInterfaceBroker_GetInterface(void* broker, const char* name, void** i
         return s_get(broker, name, iface);
     }
     Entry entry{Kind::brokerGet, nameOf(ObjectKind::interface, name)};
+    entry.b = broker == t_thread.broker ? 1 : 0;
     const EAFResult code = outgoing(entry, [&] { return s_get(broker, name, iface); });
     entry.code = code;
     entry.a = isSuccess(code) && *iface != nullptr ? 1 : 0;
@@ -148,7 +160,9 @@ EAFResult CInterfaceBroker_GetInterface(void* broker, const char* name, void** i
 
 EAFResult CInterfaceBroker_DestroyInstance(void* broker) {
     const auto call = [&] { return s_close(broker); };
-    return isFromLibrary(__builtin_return_address(0)) ? recorded({Kind::brokerClose}, call) : call();
+    return isFromLibrary(__builtin_return_address(0))
+               ? recorded({Kind::brokerClose, 0, 0, broker == t_thread.broker ? 1 : 0}, call)
+               : call();
 }
 
 // Module manager
@@ -166,6 +180,51 @@ RECORDING_NEXT Next<EAFResult(unsigned, const char*)> s_registerModuleC("CModule
 RECORDING_NEXT Next<EAFResult(unsigned, const char*, unsigned, ModuleCallbackRecord*, ECallbackPriority,
                               unsigned, const unsigned long*, unsigned long)>
     s_registerCallback("CModuleManager_RegisterCallback");
+
+} // namespace
+
+namespace {
+
+/** Phases as they stand in a record, as many as have room. */
+struct Phases {
+    void add(const unsigned long* phases, unsigned long count) {
+        while (phases != nullptr && length < std::min<unsigned long>(count, mostPhases)) {
+            numbers[length] = lower(phases[length]);
+            ++length;
+        }
+    }
+    std::size_t bytes() const { return length * sizeof(std::int32_t); }
+
+    std::array<std::int32_t, mostPhases> numbers{};
+    std::size_t length = 0;
+};
+
+/** What the contract keeps to itself of a module, by the one way that the language leaves. */
+template <auto filter, auto count>
+struct FilterOf {
+    friend void addFilter(const ModuleInterface& module, Phases& phases) {
+        phases.add(module.*filter, module.*count);
+    }
+};
+void addFilter(const ModuleInterface& module, Phases& phases);
+template struct FilterOf<&ModuleInterface::m_phaseFilter, &ModuleInterface::m_phaseCount>;
+
+/** The registration of a module, with what it says of itself. */
+template <typename Call>
+EAFResult recordedRegistration(const ModuleInterface& module, std::uint16_t number, Call call) {
+    Entry entry{Kind::moduleRegister, number, 0, static_cast<std::int32_t>(module.getModuleId())};
+    Phases phases;
+    addFilter(module, phases);
+    entry.b = static_cast<std::int32_t>(phases.length);
+    std::array<char, mostPhases * sizeof(std::int32_t) + mostModuleName> bytes{};
+    std::memcpy(bytes.data(), phases.numbers.data(), phases.bytes());
+    const std::size_t length =
+        phases.bytes() + module.getModuleName().copy(&bytes[phases.bytes()], mostModuleName);
+    const EAFResult code = outgoing(entry, call);
+    entry.code = code;
+    Recorder::write(entry, bytes.data(), length);
+    return code;
+}
 
 } // namespace
 
@@ -189,7 +248,7 @@ EAFResult CModuleManager::RegisterModule(ModuleInterface* module) {
     // Before: it may have a phase of its own from now on.
     const std::uint16_t number =
         Objects::followBuilt(module, static_cast<std::int32_t>(module->getModuleChannel()));
-    return recorded({Kind::moduleRegister, number}, call);
+    return recordedRegistration(*module, number, call);
 }
 
 EAFResult CModuleManager::UnRegisterModule(ModuleInterface* module) {
@@ -247,9 +306,19 @@ EAFResult CModuleManager_RegisterCallback(unsigned moduleId, const char* callbac
         Names::numberOf(ObjectKind::callback, callbackName != nullptr ? callbackName : "",
                         static_cast<std::int32_t>(moduleId));
     ModuleCallbackRecord* const given = Clients::callbackOf(callback, name);
-    return recorded({Kind::callbackRegister, name, 0, static_cast<std::int32_t>(moduleId),
-                     static_cast<std::int32_t>(order), priority},
-                    [&] { return call(given); });
+    Entry entry{Kind::callbackRegister,
+                name,
+                0,
+                static_cast<std::int32_t>(moduleId),
+                static_cast<std::int32_t>(order),
+                priority,
+                static_cast<std::int32_t>(reserved)};
+    Phases wanted;
+    wanted.add(phases, phaseCount);
+    const EAFResult code = outgoing(entry, [&] { return call(given); });
+    entry.code = code;
+    Recorder::write(entry, wanted.numbers.data(), wanted.bytes());
+    return code;
 }
 
 // Storage manager
@@ -294,6 +363,7 @@ EAFResult CStorageManager_GetVariableContentAddressByName(const char* name, void
         return s_getAddress(name, contentAddress, reserved);
     }
     Entry entry{Kind::variableAddress, nameOf(ObjectKind::variable, name)};
+    entry.c = reserved;
     const EAFResult code = outgoing(entry, [&] { return s_getAddress(name, contentAddress, reserved); });
     entry.code = code;
     const void* const address = isSuccess(code) ? *contentAddress : nullptr;

@@ -6,6 +6,7 @@
 #include "BarePlatform.h"
 #include "CCalibrationHandler.h"
 #include "CStorageManager.h"
+#include "CTxIQImbalanceHandler.h"
 #include "FrequencyHandler.h"
 #include "FrequencyHandler_Common.h"
 #include "IRauHandler.h"
@@ -17,14 +18,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <map>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -266,6 +270,24 @@ int tuneOnThreads(int count) {
     return EXIT_SUCCESS;
 }
 
+/** Compensations that are built, initialised, and destroyed one after the other, each at a place of its own.
+ */
+int compensate(int count) {
+    struct Place {
+        alignas(CTxIQImbalanceHandler) std::array<unsigned char, sizeof(CTxIQImbalanceHandler)> room;
+    };
+    std::vector<Place> places(static_cast<std::size_t>(count));
+    for (Place& place : places) {
+        auto* const compensation = new (place.room.data()) CTxIQImbalanceHandler(1);
+        static_cast<void>(compensation->initialize());
+        const ModuleCallbackRecord& callback = *bare().phaseCallback;
+        const EAFResult code = callback.onPhaseActivation(callback.context, 11, ECallbackPriority{3});
+        std::printf("answered %d\n", static_cast<int>(code));
+        compensation->~CTxIQImbalanceHandler();
+    }
+    return EXIT_SUCCESS;
+}
+
 /** Until somebody kills it. */
 int tuneForEver() {
     Radio radio(::FrequencyHandler::RfModule);
@@ -292,6 +314,7 @@ int main(int count, char** arguments) {
                                                             {"fault", &dieOfAFault},
                                                             {"at-once", &tuneAtOnce},
                                                             {"threads", [=] { return tuneOnThreads(often); }},
+                                                            {"compensate", [=] { return compensate(often); }},
                                                             {"nothing", [] { return EXIT_SUCCESS; }},
                                                             {"for-ever", &tuneForEver}};
     const auto found = known.find(what);

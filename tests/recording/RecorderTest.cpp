@@ -52,7 +52,7 @@ TEST_F(RecorderTest, MinimalPlatformIsRecorded) {
                                             "     tx 1 told its observer: 7442001 kHz\n"
                                             "     tx 1 told its C observer: 7442001 kHz\n"
                                             "\n> destroy channel 1\n"
-                                            "\n62 records\n"));
+                                            "\n64 records\n"));
 }
 
 TEST_F(RecorderTest, EveryCallOfAFrequencyChangeIsInIt) {
@@ -71,6 +71,36 @@ TEST_F(RecorderTest, EveryCallOfAFrequencyChangeIsInIt) {
               "  1  channel.1.tx.rf.frequency <- 7442000\n"
               "     tx 1 told its observer: 7442000 kHz\n"
               "     tx 1 told its C observer: 7442000 kHz");
+}
+
+TEST_F(RecorderTest, EveryArgumentOfARegistrationIsInIt) {
+    recorded(radio("tune 1"));
+    const std::string all = shown({}, true);
+    EXPECT_THAT(all,
+                HasSubstr("     module-register FrequencyHandler 19000 FrequencyHandler, phases 11,5,20\n"));
+    EXPECT_THAT(all, HasSubstr("     broker-lookup IDriverLayer\n     driver-layer-record\n"));
+}
+
+TEST_F(RecorderTest, EveryArgumentOfACallbackIsInIt) {
+    recorded(radio("compensate 1"));
+    EXPECT_THAT(shown({}, true),
+                HasSubstr("     callback-register CTxIQImbalanceHandler_OnPhaseActivation 83001, order 100, "
+                          "priority 3, phases 11\n"));
+    RecordingFile file = recording();
+    std::size_t seen = 0;
+    while (const auto record = file.next()) {
+        if (record->kind == Kind::brokerGet) {
+            EXPECT_EQ(record->b, 1);
+            ++seen;
+        }
+    }
+    EXPECT_EQ(seen, 2U);
+}
+
+TEST_F(RecorderTest, WhatIsGoneGivesItsRoomBack) {
+    EXPECT_EQ(recorded(radio("compensate 400"), "RADIO_RECORDING_SIZE=16M").output,
+              unrecorded(radio("compensate 400")).output);
+    EXPECT_EQ(recording().header().passedOver, 0U);
 }
 
 TEST_F(RecorderTest, OnlyTheLibrarysUseOfThePlatformIsRecorded) {
