@@ -34,7 +34,8 @@ protected:
             return traits_type::not_eof(character);
         }
         const char one = traits_type::to_char_type(character);
-        keep(&one, 1);
+        m_text[m_length] = one; // there is room behind the last that counts
+        m_length += m_length < mostText ? 1 : 0;
         return marked(character, [&] { return m_target->rdbuf()->sputc(one); });
     }
     int sync() override {
@@ -45,7 +46,7 @@ protected:
 
 private:
     void keep(const char* characters, std::size_t count) {
-        count = std::min(count, m_text.size() - m_length);
+        count = std::min(count, mostText - m_length);
         std::memcpy(&m_text[m_length], characters, count);
         m_length += count;
     }
@@ -53,7 +54,8 @@ private:
     void write(Outcome outcome) {
         if (m_length != 0) {
             m_entry.outcome = outcome;
-            Recorder::write(m_entry, m_text.data(), m_length);
+            std::memset(&m_text[m_length], 0, continuationBytes);
+            Recorder::writePadded(m_entry, m_text.data(), m_length);
         }
         m_length = 0;
     }
@@ -88,7 +90,8 @@ private:
 
     std::ostream* m_target = nullptr;
     Entry m_entry{Kind::traceMessage};
-    std::array<char, 512> m_text{};
+    static constexpr std::size_t mostText = 512;
+    std::array<char, mostText + continuationBytes> m_text{};
     std::size_t m_length = 0;
 };
 
@@ -96,9 +99,12 @@ private:
 struct Place {
     std::atomic<bool> isTaken;
     std::ostream* stream;
+    /** The stream's. */
+    alignas(std::locale) std::array<unsigned char, sizeof(std::locale)> localeRoom;
     alignas(Message) std::array<unsigned char, sizeof(Message)> messageRoom;
     alignas(std::ostream) std::array<unsigned char, sizeof(std::ostream)> streamRoom;
 
+    std::locale& locale() { return *std::launder(reinterpret_cast<std::locale*>(localeRoom.data())); }
     Message& message() { return *std::launder(reinterpret_cast<Message*>(messageRoom.data())); }
 };
 /** As many threads as have messages. */
@@ -109,10 +115,12 @@ std::array<Place, 64> s_places;
     for (Place& place : s_places) {
         if (!place.isTaken.exchange(true)) {
             t_thread.message = &place;
-            // In rooms of their own: nothing is allocated.
-            place.stream = place.stream != nullptr ? place.stream
-                                                   : new (place.streamRoom.data())
-                                                         std::ostream(new (place.messageRoom.data()) Message);
+            if (place.stream == nullptr) {
+                // In rooms of their own: nothing is allocated.
+                place.stream =
+                    new (place.streamRoom.data()) std::ostream(new (place.messageRoom.data()) Message);
+                new (place.localeRoom.data()) std::locale(place.stream->getloc());
+            }
             return &place;
         }
     }
@@ -130,18 +138,23 @@ Place* placeOfThread() {
     return takePlace();
 }
 
-/** What is written on the one looks as if it were written on the other. */
-void format(std::ostream& stream, const std::ostream& as) {
+/** What is written on the stream looks as if it were written on the platform's. */
+void format(Place& place, const std::ios& as) {
+    std::ios& stream = *place.stream;
     stream.flags(as.flags());
     stream.precision(as.precision());
     stream.width(as.width());
     stream.fill(as.fill());
-    stream.clear();
+    if (!stream.good()) {
+        stream.clear();
+    }
     if (stream.exceptions() != as.exceptions()) {
         stream.exceptions(as.exceptions());
     }
-    if (stream.getloc() != as.getloc()) {
-        stream.imbue(as.getloc());
+    const std::locale locale = as.getloc();
+    if (locale != place.locale()) {
+        static_cast<void>(stream.imbue(locale));
+        place.locale() = locale;
     }
 }
 
@@ -154,7 +167,7 @@ std::ostream& streamFor(std::ostream& target, const Entry& entry) {
         return target;
     }
     place->message().begin(target, entry);
-    format(*place->stream, target);
+    format(*place, target);
     return *place->stream;
 }
 

@@ -51,6 +51,16 @@ public:
     }
     /** The same with bytes, which are cut to what a record holds. */
     static void write(const Entry& entry, const void* bytes, std::size_t count);
+    /** The same with bytes behind which there are zeros up to the end of a slot, which costs less. */
+    static void writePadded(const Entry& entry, const char* bytes, std::size_t count) {
+        const std::size_t more = continuationsOf(count);
+        const std::uint64_t sequence = claim(static_cast<std::uint32_t>(more) + 1);
+        for (std::size_t index = 0; index < more; ++index) {
+            const std::uint64_t behind = sequence + 1 + index;
+            fillContinuation(at(behind), behind, bytes + index * continuationBytes);
+        }
+        fill(at(sequence), sequence, entry, more, secondOf(entry.outcome, count));
+    }
 
     /** Something could not be recorded for want of room. */
     static void passOver();

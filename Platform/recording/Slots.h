@@ -4,6 +4,7 @@
 
 #include "recording/RecordingFormat.h"
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -25,11 +26,18 @@ inline void closeSlot(Slot& slot, std::uint64_t sequence, bool isContinuation) {
     commitOf(slot).store(commitMark(sequence, isContinuation), std::memory_order_release);
 }
 
-inline void fillContinuation(Slot& slot, std::uint64_t sequence, const char* bytes, std::size_t count) {
+/** With as many bytes as it holds. */
+inline void fillContinuation(Slot& slot, std::uint64_t sequence, const char* bytes) {
     openSlot(slot);
-    std::memcpy(&slot.kind, bytes, count);
-    std::memset(&slot.kind + count, 0, continuationBytes - count);
+    std::memcpy(&slot.kind, bytes, continuationBytes);
     closeSlot(slot, sequence, true);
+}
+
+/** With less, and zeros behind them. */
+inline void fillContinuation(Slot& slot, std::uint64_t sequence, const char* bytes, std::size_t count) {
+    std::array<char, continuationBytes> whole{};
+    std::memcpy(whole.data(), bytes, count);
+    fillContinuation(slot, sequence, whole.data());
 }
 
 constexpr std::size_t continuationsOf(std::size_t bytes) {
