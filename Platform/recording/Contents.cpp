@@ -11,8 +11,7 @@ namespace Recording::Contents {
 
 namespace {
 
-/** What ends the name of an array, and of the variable that says how long it is. */
-constexpr std::string_view array = ".array";
+/** What ends the name of the variable that says how long an array is. */
 constexpr std::string_view size = ".arraysize";
 constexpr std::int32_t mostInts = mostBytes / sizeof(std::int32_t);
 
@@ -141,7 +140,7 @@ void watch(std::uint16_t variable, std::string_view name, std::uint16_t owner, c
         return;
     }
     watched->variable = variable;
-    watched->isArray = endsWith(name, array);
+    watched->isArray = isArray(name);
     watched->isLength = endsWith(name, size);
     // The library asks for the length first. The content of anything else is in the record of the call.
     watched->length =

@@ -143,19 +143,11 @@ EAFResult followCalibration(void* self, int iLow, int iHigh, int qLow, int qHigh
                  {minDelta, static_cast<std::int32_t>(maxIterations), static_cast<std::int32_t>(settleTimeMs),
                   at(iterations), useHighDetector ? 1 : 0}});
     Visit visit(Kind::calibrate, numberOf(self), bytes.data(), bytes.size());
-    try {
-        const EAFResult code = call();
+    return make(visit, call, [&](EAFResult code) {
         const std::array<std::int32_t, 4> found{at(calibratedI), at(calibratedQ), at(maxDelta),
                                                 at(iterations)};
         visit.finish(code, found.data(), sizeof found);
-        return code;
-    } catch (const abi::__forced_unwind&) {
-        visit.unwind();
-        throw;
-    } catch (...) {
-        visit.throwOut();
-        throw;
-    }
+    });
 }
 
 // Behind the symbols

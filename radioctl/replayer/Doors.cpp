@@ -427,12 +427,9 @@ EAFResult CStorageManager_GetVariableContentAddressByName(const char* name, void
     Call call = namedCall(Kind::variableAddress, ObjectKind::variable, name);
     call.c = reserved;
     const Record record = recorded(call);
-    const std::string_view whole = name;
-    constexpr std::string_view array = ".array";
-    const bool isArray = whole.size() >= array.size() && whole.substr(whole.size() - array.size()) == array;
     if (record.a != 0) {
         Variable& variable = Stage::get().variable(name);
-        if (!isArray) {
+        if (!Recording::isArray(name)) {
             variable.content[0] = record.b;
         }
         *contentAddress = variable.content.data();

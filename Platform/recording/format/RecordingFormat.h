@@ -250,6 +250,12 @@ struct Slot {
 };
 static_assert(sizeof(Slot) == slotBytes);
 
+/** Whether a variable is an array, whose length is in another one: the end of its name says so. */
+constexpr bool isArray(std::string_view variable) {
+    constexpr std::string_view end = ".array";
+    return variable.size() >= end.size() && variable.substr(variable.size() - end.size()) == end;
+}
+
 /** Bytes of a record beyond these are cut off. */
 constexpr std::size_t mostBytes = 4095;
 /** Of phases for which something is registered, and of the name of a module, there are so many. */
