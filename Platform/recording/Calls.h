@@ -14,9 +14,10 @@
 namespace Recording {
 
 /** Whether a call from `caller` is the library's: its code stands there, or it is what is at work on this
- * thread, for when its last call left no trace of it. */
+ * thread, for when its last call left no trace of it. With the first such call the recording begins. */
 inline bool isFromLibrary(const void* caller) {
-    return Recorder::isLibrary(caller) || t_thread.isInLibrary;
+    return Recorder::isLibrary(caller) || t_thread.isInLibrary ||
+           (Recorder::isAwaited() && Recorder::beginFor(caller));
 }
 
 /** In a handler for whatever was thrown, other than the unwinding of a cancelled thread: writes the record.
@@ -79,17 +80,12 @@ private:
     bool m_wasInLibrary = false;
 };
 
-/** An operation of the library that somebody calls. What the library calls of itself is not recorded. */
-template <typename Call>
-__attribute__((no_sanitize("undefined"))) inline auto incoming(Kind kind, std::uint16_t object,
-                                                               std::int32_t a, std::int32_t b, Call call) {
-    if (t_thread.isInLibrary || !Recorder::isOn()) {
-        return call();
-    }
-    Visit visit(kind, object, a, b);
+/** Makes what goes on in `visit`; `finish` writes what it answers, and what it throws is written here. */
+template <typename Call, typename Finish>
+__attribute__((no_sanitize("undefined"))) inline auto make(Visit& visit, Call call, Finish finish) {
     try {
         const auto code = call();
-        visit.finish(static_cast<std::int32_t>(code));
+        finish(code);
         return code;
     } catch (const abi::__forced_unwind&) {
         visit.unwind();
@@ -98,6 +94,16 @@ __attribute__((no_sanitize("undefined"))) inline auto incoming(Kind kind, std::u
         visit.throwOut();
         throw;
     }
+}
+
+/** An operation of the library that somebody calls. What the library calls of itself is not recorded. */
+template <typename Call>
+inline auto incoming(Kind kind, std::uint16_t object, std::int32_t a, std::int32_t b, Call call) {
+    if (t_thread.isInLibrary || !Recorder::isOn()) {
+        return call();
+    }
+    Visit visit(kind, object, a, b);
+    return make(visit, call, [&](auto code) { visit.finish(static_cast<std::int32_t>(code)); });
 }
 
 /** The lower and the upper half of a number that has 64 bits on some processors. */

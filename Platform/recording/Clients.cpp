@@ -1,7 +1,9 @@
 #include "Clients.h"
 
 #include "Calls.h"
+#include "Contents.h"
 #include "Drivers.h"
+#include "Names.h"
 
 #include <algorithm>
 #include <array>
@@ -13,12 +15,20 @@ namespace Recording::Clients {
 
 namespace {
 
-/** The place of `real`, a free one if it has none yet; null when there is none. */
+/** The place of `real`. If it has none yet, one that is free, and was for the longest time: the platform may
+ * still know the address of one that was given back just now. Null when there is none. */
 template <typename Places, typename Real>
 typename Places::value_type* placeOf(Places& all, Real* real) {
+    static std::atomic<std::size_t> s_taken;
     for (auto& place : all) {
-        Real* there = nullptr;
-        if (place.real.compare_exchange_strong(there, real) || there == real) {
+        if (place.real.load() == real) {
+            return &place;
+        }
+    }
+    for (std::size_t tried = 0; tried < all.size(); ++tried) {
+        auto& place = all[s_taken.fetch_add(1) % all.size()];
+        Real* none = nullptr;
+        if (place.real.compare_exchange_strong(none, real)) {
             return &place;
         }
     }
@@ -39,7 +49,11 @@ std::array<Temperature, 256> s_temperatures;
 
 void notifyTemperature(void* context, int temperature) {
     const auto& place = *static_cast<Temperature*>(context);
-    const ITemperatureObserver& real = *place.real.load(std::memory_order_relaxed);
+    const ITemperatureObserver* const there = place.real.load(std::memory_order_relaxed);
+    if (there == nullptr) {
+        return; // whoever it was is gone
+    }
+    const ITemperatureObserver& real = *there;
     Drivers::refresh(place.owner);
     static_cast<void>(incoming(Kind::temperature, place.object, temperature, 0, [&] {
         real.notifyTemperature(real.context, temperature);
@@ -67,12 +81,18 @@ struct Callback {
     std::atomic<ModuleCallbackRecord*> real;
     ModuleCallbackRecord record;
     std::uint16_t object;
+    /** What registered it. */
+    std::uint16_t owner;
 };
 std::array<Callback, 64> s_callbacks;
 
 EAFResult activatePhase(void* context, unsigned long phase, ECallbackPriority priority) {
     const auto& place = *static_cast<Callback*>(context);
-    const ModuleCallbackRecord& real = *place.real.load(std::memory_order_relaxed);
+    const ModuleCallbackRecord* const there = place.real.load(std::memory_order_relaxed);
+    if (there == nullptr) {
+        return EAFResult{0}; // whoever it was is gone
+    }
+    const ModuleCallbackRecord& real = *there;
     return incoming(Kind::callbackPhase, place.object, lower(phase), priority,
                     [&] { return real.onPhaseActivation(real.context, phase, priority); });
 }
@@ -146,7 +166,7 @@ typename Places::value_type* freePlace(Places& all, const void* handler) {
 } // namespace
 
 ITemperatureObserver* observerOf(ITemperatureObserver* observer, std::uint16_t& object) {
-    object = Recorder::name(ObjectKind::temperatureObserver, "", t_thread.object);
+    object = Names::numberOf(ObjectKind::temperatureObserver, "", t_thread.object);
     Temperature* const place = observer != nullptr && observer->notifyTemperature != nullptr
                                    ? placeOf(s_temperatures, observer)
                                    : nullptr;
@@ -188,6 +208,7 @@ ModuleCallbackRecord* callbackOf(ModuleCallbackRecord* callback, std::uint16_t o
     }
     place->record = {place, &activatePhase};
     place->object = object;
+    place->owner = t_thread.object;
     Drivers::forget(object);
     return &place->record;
 }
@@ -199,7 +220,7 @@ Observer<IFrequencyHandler>* observerOf(Observer<IFrequencyHandler>* observer, c
     if (place == nullptr) {
         return observer;
     }
-    observerNumber = place->object = Recorder::name(ObjectKind::observer, "", object, index);
+    observerNumber = place->object = Names::numberOf(ObjectKind::observer, "", object, index);
     return new (place->room.data()) ClassObserver(*observer, place->object);
 }
 
@@ -210,10 +231,26 @@ bool observerOf(const IFrequencyObserver& observer, const void* handler, std::ui
     if (place == nullptr) {
         return false;
     }
-    observerNumber = place->object = Recorder::name(ObjectKind::observerC, "", object, index);
+    observerNumber = place->object = Names::numberOf(ObjectKind::observerC, "", object, index);
     place->real = observer;
     given = {place, &changeFrequency};
     return true;
+}
+
+void forgetOwner(std::uint16_t owner) {
+    for (Temperature& place : s_temperatures) {
+        if (place.owner == owner) {
+            place.real.store(nullptr);
+        }
+    }
+    for (Callback& place : s_callbacks) {
+        if (place.owner == owner && place.real.exchange(nullptr) != nullptr) {
+            // What it has looked up and registered is its own.
+            Contents::forget(place.object);
+            Drivers::forget(place.object);
+            forgetOwner(place.object);
+        }
+    }
 }
 
 void forget(const void* handler) {

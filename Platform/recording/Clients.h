@@ -30,6 +30,8 @@ Observer<IFrequencyHandler>* observerOf(Observer<IFrequencyHandler>* observer, c
  * the client's own. */
 bool observerOf(const IFrequencyObserver& observer, const void* handler, std::uint16_t object,
                 IFrequencyObserver& given, std::uint16_t& observerNumber);
+/** The object `owner` of the library is gone, and is called back by nobody. */
+void forgetOwner(std::uint16_t owner);
 /** The handler is gone, and tells nobody any more. */
 void forget(const void* handler);
 

@@ -11,10 +11,28 @@ namespace Recording::Contents {
 
 namespace {
 
-/** What ends the name of an array, and of the variable that says how long it is. */
-constexpr std::string_view array = ".array";
+/** What ends the name of the variable that says how long an array is. */
 constexpr std::string_view size = ".arraysize";
 constexpr std::int32_t mostInts = mostBytes / sizeof(std::int32_t);
+
+/** The numbers of an array as they were recorded last. */
+struct Copy {
+    std::atomic<bool> isTaken;
+    std::int32_t count;
+    std::array<std::int32_t, mostInts> values;
+};
+std::array<Copy, 64> s_copies;
+
+Copy* takeCopy() {
+    for (Copy& copy : s_copies) {
+        if (!copy.isTaken.exchange(true)) {
+            copy.count = 0;
+            return &copy;
+        }
+    }
+    Recorder::passOver();
+    return nullptr;
+}
 
 struct Watched {
     /** Null: free. */
@@ -26,7 +44,10 @@ struct Watched {
     const Watched* length;
     bool isArray;
     bool isLength;
-    std::uint32_t hash;
+    /** Of anything but an array: what it was. */
+    std::int32_t value;
+    /** Of an array: where its numbers are kept; null when there was no room. */
+    Copy* copy;
 };
 
 /** Stands for an address that the library was not given any more. */
@@ -45,27 +66,37 @@ std::int32_t read(const std::int32_t* address) {
     return address != nullptr ? *static_cast<const volatile std::int32_t*>(address) : 0;
 }
 
-/** As many ints as the library reads. */
+/** As many ints of an array as the library reads. */
 std::int32_t lengthOf(const Watched& watched) {
-    if (!watched.isArray) {
-        return 1;
-    }
     return watched.length == nullptr
                ? 0
                : std::clamp(read(watched.length->address.load(std::memory_order_relaxed)), 0, mostInts);
 }
 
-std::uint32_t hashOf(const std::int32_t* values, std::int32_t count) {
-    auto hash = static_cast<std::uint32_t>(count);
-    for (std::int32_t index = 0; index < count; ++index) {
-        hash = (hash ^ static_cast<std::uint32_t>(read(values + index))) * 16777619U;
-    }
-    return hash;
-}
-
 void write(const Watched& watched, const std::int32_t* values, std::int32_t count) {
     Recorder::write({Kind::variableContent, watched.variable, 0, count}, values,
                     static_cast<std::size_t>(count) * sizeof *values);
+}
+
+void writeIfChanged(Watched& watched, const std::int32_t* value) {
+    const std::int32_t now = read(value);
+    if (now != watched.value) {
+        watched.value = now;
+        write(watched, &now, 1);
+    }
+}
+
+/** An array is compared as a whole, and then taken over: what is recorded is what the next one is compared
+ * with. */
+void writeArrayIfChanged(const Watched& watched, const std::int32_t* values) {
+    const std::int32_t count = lengthOf(watched);
+    const auto bytes = static_cast<std::size_t>(count) * sizeof *values;
+    Copy* const copy = watched.copy;
+    if (copy != nullptr && (copy->count != count || std::memcmp(copy->values.data(), values, bytes) != 0)) {
+        copy->count = count;
+        std::memcpy(copy->values.data(), values, bytes);
+        write(watched, copy->values.data(), count);
+    }
 }
 
 /** The one of those that `owner` asked for which `isIt` says; null when there is none. */
@@ -109,12 +140,15 @@ void watch(std::uint16_t variable, std::string_view name, std::uint16_t owner, c
         return;
     }
     watched->variable = variable;
-    watched->isArray = endsWith(name, array);
+    watched->isArray = isArray(name);
     watched->isLength = endsWith(name, size);
     // The library asks for the length first. The content of anything else is in the record of the call.
     watched->length =
         watched->isArray ? findOf(owner, [](const Watched& other) { return other.isLength; }) : nullptr;
-    watched->hash = watched->isArray || content == nullptr ? 0 : hashOf(content, 1);
+    watched->value = read(content);
+    if (watched->isArray && watched->copy == nullptr) {
+        watched->copy = takeCopy();
+    }
     watched->address.store(content != nullptr ? content : &s_nothing, std::memory_order_release);
 }
 
@@ -123,6 +157,10 @@ void forget(std::uint16_t owner) {
     while (next != 0) {
         Watched& watched = s_watched[next - 1];
         next = watched.before;
+        if (watched.copy != nullptr) {
+            watched.copy->isTaken.store(false);
+            watched.copy = nullptr;
+        }
         watched.address.store(nullptr);
     }
 }
@@ -135,11 +173,10 @@ void writeChanges(std::uint16_t owner) {
         if (values == &s_nothing) {
             continue;
         }
-        const std::int32_t length = lengthOf(watched);
-        const std::uint32_t hash = hashOf(values, length);
-        if (hash != watched.hash) {
-            watched.hash = hash;
-            write(watched, values, length);
+        if (watched.isArray) {
+            writeArrayIfChanged(watched, values);
+        } else {
+            writeIfChanged(watched, values);
         }
     }
 }

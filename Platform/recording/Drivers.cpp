@@ -1,6 +1,7 @@
 #include "Drivers.h"
 
 #include "Calls.h"
+#include "Names.h"
 
 #include <algorithm>
 #include <array>
@@ -162,7 +163,7 @@ EDriverResult lookUp(DriverLayerInterface& layer, DriverInterface** out, const c
     if (out == nullptr || name == nullptr) {
         return layer.getDriverInterface(out, name);
     }
-    Entry entry{Kind::driverLookup, Recorder::name(ObjectKind::driver, name)};
+    Entry entry{Kind::driverLookup, Names::numberOf(ObjectKind::driver, name)};
     DriverInterface* const given = realOf(*out);
     DriverInterface* found = given;
     const EDriverResult code = outgoing(entry, [&] { return layer.getDriverInterface(&found, name); });
@@ -215,8 +216,11 @@ class LayerObject final : public IInterface_c {
 public:
     explicit LayerObject(IInterface_c& real) : m_real(real) {}
     void* getCStruct() override {
-        const InPlatform inside;
-        return recordOf(static_cast<DriverLayerInterface*>(m_real.getCStruct()));
+        Entry entry{Kind::driverLayerRecord};
+        void* const real = outgoing(entry, [&] { return m_real.getCStruct(); });
+        entry.a = real != nullptr ? 1 : 0;
+        Recorder::write(entry);
+        return recordOf(static_cast<DriverLayerInterface*>(real));
     }
 
 private:

@@ -143,19 +143,11 @@ EAFResult followCalibration(void* self, int iLow, int iHigh, int qLow, int qHigh
                  {minDelta, static_cast<std::int32_t>(maxIterations), static_cast<std::int32_t>(settleTimeMs),
                   at(iterations), useHighDetector ? 1 : 0}});
     Visit visit(Kind::calibrate, numberOf(self), bytes.data(), bytes.size());
-    try {
-        const EAFResult code = call();
+    return make(visit, call, [&](EAFResult code) {
         const std::array<std::int32_t, 4> found{at(calibratedI), at(calibratedQ), at(maxDelta),
                                                 at(iterations)};
         visit.finish(code, found.data(), sizeof found);
-        return code;
-    } catch (const abi::__forced_unwind&) {
-        visit.unwind();
-        throw;
-    } catch (...) {
-        visit.throwOut();
-        throw;
-    }
+    });
 }
 
 // Behind the symbols
@@ -184,7 +176,11 @@ void* construct(void* self, std::uint16_t number, std::int32_t channel, std::int
     return answer;
 }
 
+/** Whether what is built is recorded; with the first one the recording begins. */
 bool isSeen() {
+    if (Recorder::isAwaited()) {
+        Recorder::begin();
+    }
     return Recorder::isOn() && !t_thread.isInLibrary;
 }
 
@@ -276,27 +272,28 @@ void* compensationCarrier() {
 
 namespace {
 
-Next<void*(void*, unsigned long, std::int32_t)>
+RECORDING_NEXT Next<void*(void*, unsigned long, std::int32_t)>
     s_moduleC1("_ZN16FrequencyHandlerC1EmNS_20FrequencyHandlerTypeE");
-Next<void*(void*, unsigned long, std::int32_t)>
+RECORDING_NEXT Next<void*(void*, unsigned long, std::int32_t)>
     s_moduleC2("_ZN16FrequencyHandlerC2EmNS_20FrequencyHandlerTypeE");
-Next<void*(void*)> s_moduleD1("_ZN16FrequencyHandlerD1Ev");
-Next<void*(void*)> s_moduleD2("_ZN16FrequencyHandlerD2Ev");
-Next<Plain> s_moduleInit("_ZN16FrequencyHandler12onModuleInitEv");
-Next<Plain> s_storageRetrieved("_ZN16FrequencyHandler36onPhaseModuleStorageObjectsRetreivedEv");
-Next<Plain> s_postFrameformat("_ZN16FrequencyHandler26onPhasePostFrameformatLoadEv");
-Next<Carrier> s_setTx("_ZN16FrequencyHandler14setTxFrequencyEm");
-Next<Carrier> s_setRx("_ZN16FrequencyHandler14setRxFrequencyEm");
-Next<Carrier> s_setRf("_ZN2RL16FrequencyHandler6Common16FrequencyHandler14setRfFrequencyEm");
-Next<EAFResult(void*, Observer<IFrequencyHandler>*)> s_registerObserver(
+RECORDING_NEXT Next<void*(void*)> s_moduleD1("_ZN16FrequencyHandlerD1Ev");
+RECORDING_NEXT Next<void*(void*)> s_moduleD2("_ZN16FrequencyHandlerD2Ev");
+RECORDING_NEXT Next<Plain> s_moduleInit("_ZN16FrequencyHandler12onModuleInitEv");
+RECORDING_NEXT Next<Plain>
+    s_storageRetrieved("_ZN16FrequencyHandler36onPhaseModuleStorageObjectsRetreivedEv");
+RECORDING_NEXT Next<Plain> s_postFrameformat("_ZN16FrequencyHandler26onPhasePostFrameformatLoadEv");
+RECORDING_NEXT Next<Carrier> s_setTx("_ZN16FrequencyHandler14setTxFrequencyEm");
+RECORDING_NEXT Next<Carrier> s_setRx("_ZN16FrequencyHandler14setRxFrequencyEm");
+RECORDING_NEXT Next<Carrier> s_setRf("_ZN2RL16FrequencyHandler6Common16FrequencyHandler14setRfFrequencyEm");
+RECORDING_NEXT Next<EAFResult(void*, Observer<IFrequencyHandler>*)> s_registerObserver(
     "_ZN2RL16FrequencyHandler6Common16FrequencyHandler16registerObserverEP8ObserverI17IFrequencyHandlerE");
-Next<EAFResult(void*, IFrequencyObserver*)>
+RECORDING_NEXT Next<EAFResult(void*, IFrequencyObserver*)>
     s_registerRecordNext("_ZN17IFrequencyHandler16registerObserverEPvP18IFrequencyObserver");
-Next<void*(void*, unsigned long)> s_compensationC1("_ZN21CTxIQImbalanceHandlerC1Em");
-Next<void*(void*, unsigned long)> s_compensationC2("_ZN21CTxIQImbalanceHandlerC2Em");
-Next<Plain> s_initialize("_ZN21CTxIQImbalanceHandler10initializeEv");
-Next<Plain> s_compensate("_ZN21CTxIQImbalanceHandler23doImbalanceCompensationEv");
-Next<Carrier> s_compensationCarrier("_ZN21CTxIQImbalanceHandler20onTxFrequencyChangedEm");
+RECORDING_NEXT Next<void*(void*, unsigned long)> s_compensationC1("_ZN21CTxIQImbalanceHandlerC1Em");
+RECORDING_NEXT Next<void*(void*, unsigned long)> s_compensationC2("_ZN21CTxIQImbalanceHandlerC2Em");
+RECORDING_NEXT Next<Plain> s_initialize("_ZN21CTxIQImbalanceHandler10initializeEv");
+RECORDING_NEXT Next<Plain> s_compensate("_ZN21CTxIQImbalanceHandler23doImbalanceCompensationEv");
+RECORDING_NEXT Next<Carrier> s_compensationCarrier("_ZN21CTxIQImbalanceHandler20onTxFrequencyChangedEm");
 
 } // namespace
 

@@ -5,6 +5,8 @@
 #include "Contents.h"
 #include "Drivers.h"
 #include "LibraryDoors.h"
+#include "Names.h"
+#include "Rau.h"
 
 #include <dlfcn.h>
 #include <link.h>
@@ -25,6 +27,7 @@ struct Operation {
 };
 
 struct Object {
+    /** Null: never taken; s_gone: free again. */
     std::atomic<const void*> address;
     ObjectKind kind;
     std::uint16_t number;
@@ -33,31 +36,79 @@ struct Object {
     /** The thread on which it is being built; 0 once it has its table. */
     std::atomic<std::uint8_t> builder;
 };
-std::array<Object, 1024> s_objects;
+constexpr unsigned placeBits = 10;
+std::array<Object, 1U << placeBits> s_objects;
+/** So many places, from where its address points to, an object can be in. */
+constexpr std::size_t mostSteps = 64;
+constexpr char s_gone = 0;
+
+Object& placeOf(const void* address, std::size_t step) {
+    const auto hash = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(address) >> 4U) *
+                      2654435769U; // the golden section of a word: near addresses come to lie far apart
+    return s_objects[((hash >> (32U - placeBits)) + step) % s_objects.size()];
+}
 
 Object* find(const void* address) {
-    for (Object& object : s_objects) {
-        if (object.address.load(std::memory_order_relaxed) == address) {
+    for (std::size_t step = 0; step < mostSteps; ++step) {
+        Object& object = placeOf(address, step);
+        const void* const there = object.address.load(std::memory_order_relaxed);
+        if (there == address) {
             return &object;
+        }
+        if (there == nullptr) {
+            break;
         }
     }
     return nullptr;
 }
 
-Object* add(const void* address, ObjectKind kind, std::uint16_t number) {
-    Object* const there = find(address);
-    for (Object& object : s_objects) {
-        const void* none = nullptr;
-        if (&object == there || (there == nullptr && object.address.compare_exchange_strong(none, address))) {
-            object.kind = kind;
-            object.number = number;
-            object.name = {};
-            object.builder = 0;
-            return &object;
+/** A free place for it; null when there is none. */
+Object* take(const void* address) {
+    for (std::size_t step = 0; step < mostSteps; ++step) {
+        Object& object = placeOf(address, step);
+        for (const void* free : {static_cast<const void*>(nullptr), static_cast<const void*>(&s_gone)}) {
+            if (object.address.compare_exchange_strong(free, address)) {
+                return &object;
+            }
         }
     }
     Recorder::passOver();
     return nullptr;
+}
+
+Object* add(const void* address, ObjectKind kind, std::uint16_t number) {
+    Object* const there = find(address);
+    Object* const object = there != nullptr ? there : take(address);
+    if (object != nullptr) {
+        object->kind = kind;
+        object->number = number;
+        object->name = {};
+        object->builder = 0;
+    }
+    return object;
+}
+
+bool isThere(const Object& object) {
+    const void* const address = object.address.load();
+    return address != nullptr && address != &s_gone;
+}
+
+void remove(Object& object) {
+    object.builder = 0;
+    object.address.store(&s_gone);
+}
+
+/** What was kept for the objects of this number is given back with the last of them. */
+void giveBack(std::uint16_t number) {
+    const bool isLast = std::none_of(s_objects.begin(), s_objects.end(), [&](const Object& object) {
+        return isThere(object) && object.number == number;
+    });
+    if (isLast && number != 0) {
+        Contents::forget(number);
+        Drivers::forget(number);
+        Rau::forget(number);
+        Clients::forgetOwner(number);
+    }
 }
 
 // Tables
@@ -72,6 +123,8 @@ struct Table {
 std::array<Table, 32> s_tables;
 std::atomic<std::size_t> s_tableCount;
 std::array<const void*, 8192> s_words;
+/** What stands in the library's own tables in their place. */
+std::array<const void*, s_words.size()> s_originals;
 std::atomic<std::size_t> s_wordCount;
 
 /** Fills in a copy of the table that `table` points into. */
@@ -90,6 +143,7 @@ bool copyTable(const void* const* table, Table& copy) {
     }
     copy.copy = &s_words[place];
     std::copy(copy.original, copy.original + copy.words, copy.copy);
+    std::copy(copy.original, copy.original + copy.words, &s_originals[place]);
     return true;
 }
 
@@ -140,7 +194,7 @@ void followHandler(const void* address) {
 void followBuiltHandlers() {
     for (Object& object : s_objects) {
         if (object.builder.load(std::memory_order_relaxed) == t_thread.number && t_thread.number != 0 &&
-            object.address.load() != nullptr) {
+            isThere(object)) {
             object.builder.store(0);
             followHandler(object.address.load());
         }
@@ -156,7 +210,7 @@ void publishCanceller(ILoCancellation& canceller, const char* name) {
                                                         {3, LibraryDoors::cancel()},
                                                         {4, LibraryDoors::calibrate()}}};
     if (Object* const object =
-            add(&canceller, ObjectKind::canceller, Recorder::name(ObjectKind::canceller, name))) {
+            add(&canceller, ObjectKind::canceller, Names::numberOf(ObjectKind::canceller, name))) {
         keepName(*object, name);
         follow(&canceller, s_operations);
     }
@@ -173,7 +227,7 @@ void followCompensation(const void* compensation) {
 
 void publishCompensation(ITxIQImbalanceHandler& compensation) {
     if (find(&compensation) == nullptr) {
-        add(&compensation, ObjectKind::compensation, Recorder::name(ObjectKind::compensation, "", -1));
+        add(&compensation, ObjectKind::compensation, Names::numberOf(ObjectKind::compensation, "", -1));
     }
     followCompensation(&compensation);
 }
@@ -181,13 +235,13 @@ void publishCompensation(ITxIQImbalanceHandler& compensation) {
 } // namespace
 
 std::uint16_t addModule(void* address, std::int32_t channel, std::int32_t type) {
-    const std::uint16_t number = Recorder::name(ObjectKind::module, "FrequencyHandler", channel, type);
+    const std::uint16_t number = Names::numberOf(ObjectKind::module, "FrequencyHandler", channel, type);
     add(address, ObjectKind::module, number);
     return number;
 }
 
 std::uint16_t addCompensation(void* address, std::int32_t channel) {
-    const std::uint16_t number = Recorder::name(ObjectKind::compensation, "", channel);
+    const std::uint16_t number = Names::numberOf(ObjectKind::compensation, "", channel);
     add(address, ObjectKind::compensation, number);
     return number;
 }
@@ -199,7 +253,7 @@ void followBuiltCompensation(const void* address) {
 void publish(IInterface* object, const char* name) {
     if (auto* const handler = dynamic_cast<IFrequencyHandler*>(object)) {
         if (Object* const added =
-                add(handler, ObjectKind::handler, Recorder::name(ObjectKind::handler, name))) {
+                add(handler, ObjectKind::handler, Names::numberOf(ObjectKind::handler, name))) {
             keepName(*added, name);
             added->builder = t_thread.number;
         }
@@ -229,19 +283,17 @@ std::uint16_t followBuilt(void* module, std::int32_t channel) {
 
 void withdraw(const char* name) {
     for (Object& object : s_objects) {
-        const void* const address = object.address.load();
-        if (address != nullptr && std::strncmp(object.name.data(), name, object.name.size() - 1) == 0) {
-            Clients::forget(address);
-            object.address.store(nullptr);
+        if (isThere(object) && std::strncmp(object.name.data(), name, object.name.size() - 1) == 0) {
+            Clients::forget(object.address.load());
+            remove(object);
         }
     }
 }
 
 void forget(const void* address) {
-    Contents::forget(numberOf(address));
-    Drivers::forget(numberOf(address));
     if (Object* const object = find(address)) {
-        object->address.store(nullptr);
+        remove(*object);
+        giveBack(object->number);
     }
 }
 
@@ -252,15 +304,8 @@ std::uint16_t numberOf(const void* address) {
 
 void* originalOf(const void* object, std::size_t slot) {
     const void* const* const table = *static_cast<const void* const* const*>(object);
-    const std::size_t known = std::min(s_tableCount.load(std::memory_order_relaxed), s_tables.size());
-    for (std::size_t index = 0; index < known; ++index) {
-        const Table& there = s_tables[index];
-        const auto word = static_cast<std::size_t>(table - there.copy);
-        if (there.copy != nullptr && word < there.words) {
-            return const_cast<void*>(there.original[word + slot]);
-        }
-    }
-    return const_cast<void*>(table[slot]);
+    const auto place = static_cast<std::size_t>(table - s_words.data());
+    return const_cast<void*>(place < s_words.size() ? s_originals[place + slot] : table[slot]);
 }
 
 } // namespace Recording::Objects

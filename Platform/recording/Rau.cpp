@@ -44,6 +44,8 @@ private:
 struct Place {
     std::atomic<IRauHandler*> real;
     std::uint16_t name;
+    /** What found it. */
+    std::uint16_t owner;
     std::atomic<IInterface*> object;
     alignas(Object) std::array<unsigned char, sizeof(Object)> room;
 };
@@ -61,15 +63,25 @@ IInterface* objectOf(IInterface* real, std::uint16_t name) {
         IRauHandler* there = nullptr;
         if (place.real.compare_exchange_strong(there, unit)) {
             place.name = name;
+            place.owner = t_thread.object;
             place.object.store(new (place.room.data()) Object(*unit, name));
             return place.object.load();
         }
-        if (there == unit && place.name == name && place.object.load() != nullptr) {
+        if (there == unit && place.name == name && place.owner == t_thread.object &&
+            place.object.load() != nullptr) {
             return place.object.load();
         }
     }
     Recorder::passOver();
     return real;
+}
+
+void forget(std::uint16_t owner) {
+    for (Place& place : s_objects) {
+        if (place.owner == owner && place.object.exchange(nullptr) != nullptr) {
+            place.real.store(nullptr);
+        }
+    }
 }
 
 } // namespace Recording::Rau

@@ -12,6 +12,9 @@ namespace Recording::Rau {
  * itself when it is no remote radio unit or when there is no room. */
 IInterface* objectOf(IInterface* real, std::uint16_t name);
 
+/** The object `owner` of the library is at its end. */
+void forget(std::uint16_t owner);
+
 } // namespace Recording::Rau
 
 #endif

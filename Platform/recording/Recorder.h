@@ -1,27 +1,15 @@
 #ifndef PLATFORM_RECORDING_RECORDER_H
 #define PLATFORM_RECORDING_RECORDER_H
 
+#include "Slots.h"
+#include "Threads.h"
 #include "recording/RecordingFormat.h"
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 
 namespace Recording {
-
-/** What is known of a thread. */
-struct Thread {
-    /** The library is at work on it, and not the platform that it called. */
-    bool isInLibrary;
-    std::uint8_t number;
-    std::uint8_t depth;
-    /** What the operation belongs to that is going on. */
-    std::uint16_t object;
-    /** The message that it is writing, as Trace.cpp has it. */
-    void* message;
-};
-extern __thread Thread t_thread __attribute__((tls_model("initial-exec")));
 
 /** A record on its way. */
 struct Entry {
@@ -41,14 +29,20 @@ struct Entry {
  */
 class Recorder {
 public:
-    /** Begins to record what the library does whose code has `address` in it, if the environment wants it;
-     * the first time only. */
-    static void begin(const void* address);
+    /** The library has been loaded whose code has `address` in it; the first one is recorded. */
+    static void meet(const void* address);
+    /** Begins to record if the environment wants it, the first time only: nothing is touched by a process
+     * that has the library and no radio. */
+    static void begin();
+    /** The same when it is the library that calls from `caller`; whether it is recorded now. */
+    static bool beginFor(const void* caller);
+    /** The library has not done anything yet. */
+    static bool isAwaited() { return s_isAwaited.load(std::memory_order_relaxed); }
 
-    static bool isOn() { return s_text.size != 0; }
+    static bool isOn() { return s_size.load(std::memory_order_relaxed) != 0; }
     /** The library's code has it in it; never while nothing is recorded. */
     static bool isLibrary(const void* address) {
-        return reinterpret_cast<std::uintptr_t>(address) - s_text.begin < s_text.size;
+        return reinterpret_cast<std::uintptr_t>(address) - s_begin < s_size.load(std::memory_order_relaxed);
     }
 
     static void write(const Entry& entry) {
@@ -57,10 +51,16 @@ public:
     }
     /** The same with bytes, which are cut to what a record holds. */
     static void write(const Entry& entry, const void* bytes, std::size_t count);
-
-    /** The number of a name; 0 when there is no room for more. */
-    static std::uint16_t name(ObjectKind kind, std::string_view text, std::int32_t first = 0,
-                              std::int32_t second = 0);
+    /** The same with bytes behind which there are zeros up to the end of a slot, which costs less. */
+    static void writePadded(const Entry& entry, const char* bytes, std::size_t count) {
+        const std::size_t more = continuationsOf(count);
+        const std::uint64_t sequence = claim(static_cast<std::uint32_t>(more) + 1);
+        for (std::size_t index = 0; index < more; ++index) {
+            const std::uint64_t behind = sequence + 1 + index;
+            fillContinuation(at(behind), behind, bytes + index * continuationBytes);
+        }
+        fill(at(sequence), sequence, entry, more, secondOf(entry.outcome, count));
+    }
 
     /** Something could not be recorded for want of room. */
     static void passOver();
@@ -68,14 +68,9 @@ public:
     static std::uint64_t now();
 
 private:
-    struct Text {
-        std::uintptr_t begin;
-        std::size_t size;
-    };
-
-    static bool open(const void* library);
+    static void stop();
     static void leaveToTheParent();
-    static void describe(std::size_t bytes, const void* library);
+    static void describe(char* file, std::size_t bytes);
 
     static std::uint64_t claim(std::uint32_t slots) {
         return s_claimed->fetch_add(slots, std::memory_order_relaxed);
@@ -83,16 +78,12 @@ private:
     static Slot& at(std::uint64_t sequence) {
         return s_slots[sequence < s_beginning ? sequence : s_beginning + ((sequence - s_beginning) & s_mask)];
     }
-    static std::atomic<std::uint32_t>& commitOf(Slot& slot) {
-        return reinterpret_cast<std::atomic<std::uint32_t>&>(slot.commit);
-    }
     static void fill(Slot& slot, std::uint64_t sequence, const Entry& entry, std::size_t more,
                      std::uint16_t second) {
-        commitOf(slot).store(0, std::memory_order_relaxed);
-        std::atomic_thread_fence(std::memory_order_release);
+        openSlot(slot);
         const Thread& thread = t_thread;
         slot.kind = static_cast<std::uint8_t>(entry.kind);
-        slot.thread = thread.number != 0 ? thread.number : numberThread();
+        slot.thread = thread.number != 0 ? thread.number : Threads::takeNumber();
         slot.depth = thread.depth;
         slot.more = static_cast<std::uint8_t>(more);
         slot.object = entry.object;
@@ -102,21 +93,18 @@ private:
         slot.b = entry.b;
         slot.c = entry.c;
         slot.d = entry.d;
-        commitOf(slot).store(commitMark(sequence, false), std::memory_order_release);
+        closeSlot(slot, sequence, false);
     }
-    static void fillContinuation(Slot& slot, std::uint64_t sequence, const char* bytes, std::size_t count);
-    static std::uint8_t numberThread();
-    static bool writeName(std::uint16_t number, ObjectKind kind, std::string_view text, std::int32_t first,
-                          std::int32_t second);
 
-    static Text s_text;
+    static std::atomic<bool> s_isAwaited;
+    /** Where the library's code lies, and how long it is while it is recorded. */
+    static std::uintptr_t s_begin;
+    static std::atomic<std::size_t> s_size;
     static std::atomic<std::uint64_t>* s_claimed;
+    static std::atomic<std::uint32_t>* s_passedOver;
     static Slot* s_slots;
     static std::uint64_t s_beginning;
     static std::uint64_t s_mask;
-    static char* s_file;
-    static std::size_t s_fileBytes;
-    static std::size_t s_nameSlots;
     static std::uint64_t s_started;
 };
 

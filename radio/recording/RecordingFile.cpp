@@ -50,27 +50,32 @@ std::size_t slotsFor(std::size_t bytes) {
     return (bytes + continuationBytes - 1) / continuationBytes;
 }
 
-/** How many bytes a record of the kind has, as the operation ended; nothing: any number. */
-std::optional<std::size_t> bytesOf(const Slot& slot, Outcome outcome) {
+/** Whether a record of the kind may have so many bytes, as the operation ended. */
+bool mayHave(const Slot& slot, Outcome outcome, std::size_t count) {
+    const auto kind = static_cast<Kind>(slot.kind);
     if (outcome == Outcome::threwException) {
-        return {}; // what the exception says
+        return true; // what the exception says
     }
-    if (outcome != Outcome::returned && static_cast<Kind>(slot.kind) != Kind::traceMessage) {
-        return 0;
+    if (outcome != Outcome::returned && kind != Kind::traceMessage) {
+        return count == 0;
     }
-    switch (static_cast<Kind>(slot.kind)) {
+    switch (kind) {
     case Kind::calibrate:
-        return 44;
+        return count == 44;
     case Kind::finished:
-        return slot.a == static_cast<std::int32_t>(Kind::calibrate) ? 16 : 0;
+        return count == (slot.a == static_cast<std::int32_t>(Kind::calibrate) ? 16 : 0);
     case Kind::variableContent:
-        return slot.a >= 0 && slot.a <= 1023 ? static_cast<std::size_t>(slot.a) * 4
-                                             : ::Recording::mostBytes + 1;
+        return slot.a >= 0 && slot.a <= 1023 && count == static_cast<std::size_t>(slot.a) * 4;
+    case Kind::moduleRegister:
+        return slot.b >= 0 && static_cast<std::size_t>(slot.b) <= ::Recording::mostPhases &&
+               count - static_cast<std::size_t>(slot.b) * 4 <= ::Recording::mostModuleName;
+    case Kind::callbackRegister:
+        return count % 4 == 0 && count <= ::Recording::mostPhases * 4;
     case Kind::driverWriteBuffer:
     case Kind::traceMessage:
-        return {};
+        return true;
     default:
-        return 0;
+        return count == 0;
     }
 }
 
@@ -299,7 +304,7 @@ Record RecordingFile::recordOf(std::uint64_t sequence, const Slot& slot) const {
     if (slot.more != slotsFor(count)) {
         refuse(offset + 7, "as many slots as " + std::to_string(count) + " bytes take");
     }
-    if (bytesOf(slot, static_cast<Outcome>(outcome)).value_or(count) != count) {
+    if (!mayHave(slot, static_cast<Outcome>(outcome), count)) {
         refuse(offset + 10, "as many bytes as the kind " + std::to_string(slot.kind) + " has, found " +
                                 std::to_string(count));
     }

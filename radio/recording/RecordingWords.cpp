@@ -1,8 +1,11 @@
 #include "radio/recording/RecordingWords.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace Radio::Recordings {
+
+using ::Recording::mostPhases;
 
 std::string_view toString(Kind kind) { // NOLINT(readability-function-size): a word for each
     switch (kind) {
@@ -104,6 +107,8 @@ std::string_view toString(Kind kind) { // NOLINT(readability-function-size): a w
         return "trace-end";
     case Kind::observerTold:
         return "observer-told";
+    case Kind::driverLayerRecord:
+        return "driver-layer-record";
     }
     return "";
 }
@@ -155,6 +160,25 @@ std::string_view toString(Outcome outcome) {
 
 bool isIncoming(Kind kind) {
     return kind < Kind::finished;
+}
+
+std::vector<std::uint32_t> phasesOf(const Record& record) {
+    std::vector<std::uint32_t> phases;
+    const std::size_t count = record.bytes.size() / sizeof(std::int32_t);
+    // Those of a module have its name behind them.
+    const std::size_t most = record.kind == Kind::moduleRegister
+                                 ? std::min<std::size_t>(static_cast<std::uint32_t>(record.b), mostPhases)
+                                 : mostPhases;
+    while (record.outcome == Outcome::returned && phases.size() < std::min(count, most)) {
+        phases.push_back(static_cast<std::uint32_t>(record.number(phases.size())));
+    }
+    return phases;
+}
+
+std::string moduleNameOf(const Record& record) {
+    return record.outcome == Outcome::returned
+               ? record.bytes.substr(phasesOf(record).size() * sizeof(std::int32_t))
+               : "";
 }
 
 namespace {

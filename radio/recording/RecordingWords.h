@@ -17,6 +17,11 @@ std::string_view toString(Outcome outcome);
 /** Something comes into the library. */
 bool isIncoming(Kind kind);
 
+/** The phases that a module, or a callback, is registered for, as far as the record has them. */
+std::vector<std::uint32_t> phasesOf(const Record& record);
+/** What a module that is registered calls itself. */
+std::string moduleNameOf(const Record& record);
+
 /** What an observer belongs to; null for anything else, and when nobody knows it. */
 const Object* ownerOf(const RecordingFile& file, const Object& object);
 

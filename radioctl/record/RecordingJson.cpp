@@ -37,8 +37,13 @@ Members membersOf(Kind kind) {
         return {{"value", "by_record", "before", nullptr}};
     case Kind::tableLookup:
     case Kind::brokerLookup:
-    case Kind::brokerGet:
+    case Kind::brokerOpen:
+    case Kind::driverLayerRecord:
         return {{"found", nullptr, nullptr, nullptr}};
+    case Kind::brokerGet:
+        return {{"found", "own_handle", nullptr, nullptr}};
+    case Kind::brokerClose:
+        return {{"own_handle", nullptr, nullptr, nullptr}};
     case Kind::tableLinear:
         return {{"x", "value", "before", nullptr}};
     case Kind::tableBilinear:
@@ -46,11 +51,12 @@ Members membersOf(Kind kind) {
     case Kind::variableGet:
         return {{"found", "has_content", "value", nullptr}};
     case Kind::variableAddress:
-        return {{"found", "value", nullptr, nullptr}};
+        return {{"found", "value", "reserved", nullptr}};
+    case Kind::moduleRegister:
     case Kind::moduleRegisterC:
         return {{"module", nullptr, nullptr, nullptr}};
     case Kind::callbackRegister:
-        return {{"module", "order", "priority", nullptr}};
+        return {{"module", "order", "priority", "reserved"}};
     case Kind::temperatureRegister:
         return {{"by_record", nullptr, nullptr, nullptr}};
     case Kind::traceLevel:
@@ -95,6 +101,11 @@ Json bytesIn(const Record& record) {
 void addBytes(Json& event, const Record& record) {
     if (record.outcome == Outcome::threwException || record.kind == Kind::traceMessage) {
         event["text"] = record.bytes;
+    } else if (record.kind == Kind::moduleRegister || record.kind == Kind::callbackRegister) {
+        event["phases"] = phasesOf(record);
+        if (record.kind == Kind::moduleRegister) {
+            event["module_name"] = moduleNameOf(record);
+        }
     } else if (record.kind == Kind::driverWriteBuffer) {
         event["bytes"] = bytesIn(record);
     } else if (!record.bytes.empty()) {

@@ -159,6 +159,14 @@ bool mattersToAPerson(const Record& record) {
     return record.kind != Kind::traceLevel && isFailure(record.code) && !(isLookup && record.code == isNone);
 }
 
+std::string phasesText(const Record& record) {
+    std::string text;
+    for (const std::uint32_t phase : phasesOf(record)) {
+        text += (text.empty() ? ", phases " : ",") + std::to_string(phase);
+    }
+    return text;
+}
+
 /** What a call was given and what it answered, beside its code. */
 std::string callText(const Record& record) {
     const auto number = [](std::int32_t value) { return std::to_string(value); };
@@ -176,9 +184,15 @@ std::string callText(const Record& record) {
     case Kind::brokerLookup:
     case Kind::brokerGet:
         return record.a != 0 ? "" : ": nothing";
+    case Kind::driverLayerRecord:
+        return record.a != 0 ? "" : ": nothing";
+    case Kind::moduleRegister:
+        return " " + number(record.a) + " " + harmless(moduleNameOf(record)) + phasesText(record);
     case Kind::moduleRegisterC:
-    case Kind::callbackRegister:
         return " " + number(record.a);
+    case Kind::callbackRegister:
+        return " " + number(record.a) + ", order " + number(record.b) + ", priority " + number(record.c) +
+               phasesText(record);
     default:
         return "";
     }
@@ -290,9 +304,6 @@ std::string whatText(const RecordingFile& file, const Seen& seen) {
     case Kind::variableGet:
     case Kind::variableAddress:
         return text + (record.a != 0 ? callText(record) : ": nothing");
-    case Kind::callbackRegister:
-        return text + callText(record) + ", order " + std::to_string(record.b) + ", priority " +
-               std::to_string(record.c);
     case Kind::temperatureRegister:
         return text + (record.a != 0 ? " by its record" : "");
     default:

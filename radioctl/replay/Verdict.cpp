@@ -69,7 +69,7 @@ void readNow(const Lines& lines, Verdict& verdict) {
     int objectKind = 0;
     int number = 0;
     Recordings::Record& now = verdict.now;
-    words >> kind >> outcome >> now.code >> now.a >> now.b >> now.c >> objectKind >> number;
+    words >> kind >> outcome >> now.code >> now.a >> now.b >> now.c >> objectKind >> number >> now.d;
     now.kind = static_cast<Recordings::Kind>(kind);
     now.outcome = static_cast<Recordings::Outcome>(outcome);
     now.bytes = bytesOf(textIn(lines, "now_bytes"));

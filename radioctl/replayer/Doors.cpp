@@ -117,7 +117,9 @@ bool isFollowedBy(Kind kind) {
 
 class DriverLayer final : public IInterface_c {
 public:
-    void* getCStruct() override { return isFollowedBy(Kind::driverLookup) ? &s_driverLayer : nullptr; }
+    void* getCStruct() override {
+        return recorded({Kind::driverLayerRecord}).a != 0 ? &s_driverLayer : nullptr;
+    }
 };
 
 // Temperatures
@@ -172,11 +174,11 @@ class Something final : public IInterface {};
 constexpr const char* remoteUnit = "IRauHandler";
 
 IInterface* find(const std::string& name) {
+    static Something s_something;
     if (name == "IDriverLayer") {
         static DriverLayer s_layer;
-        return &s_layer;
+        return isFollowedBy(Kind::driverLayerRecord) ? static_cast<IInterface*>(&s_layer) : &s_something;
     }
-    static Something s_something;
     if (name == "ITemperatureHandler") {
         static TemperatureService s_service;
         return isFollowedBy(Kind::temperatureRegister) ? static_cast<IInterface*>(&s_service) : &s_something;
@@ -193,6 +195,28 @@ IInterface* find(const std::string& name) {
     }
     const auto found = published.find(name);
     return found != published.end() && found->second != nullptr ? found->second : &s_something;
+}
+
+/** What a C client is given. */
+void* findRecord(const std::string& name) {
+    if (name == "IDriverLayer") {
+        return isFollowedBy(Kind::driverLookup) ? &s_driverLayer : nullptr;
+    }
+    auto* const found = dynamic_cast<IInterface_c*>(find(name));
+    return found != nullptr ? found->getCStruct() : nullptr;
+}
+
+/** The handle of the broker that was given last. */
+void* s_broker;
+
+std::string bytesOf(const unsigned long* phases, unsigned long count) {
+    std::string bytes;
+    for (unsigned long index = 0;
+         phases != nullptr && index < std::min<unsigned long>(count, Recording::mostPhases); ++index) {
+        const auto phase = static_cast<std::uint32_t>(phases[index]);
+        bytes.append(reinterpret_cast<const char*>(&phase), sizeof phase);
+    }
+    return bytes;
 }
 
 } // namespace
@@ -244,27 +268,46 @@ IInterface* InterfaceBroker::findInterface(const std::string& name) {
 EAFResult CInterfaceBroker_GetInstance(void** broker) {
     const Record record = recorded({Kind::brokerOpen});
     if (isSuccess(record.code) && broker != nullptr) {
-        *broker = &Stage::get();
+        s_broker = record.a != 0 ? &Stage::get() : nullptr;
+        *broker = s_broker;
     }
     return codeOf<EAFResult>(record);
 }
 
-EAFResult CInterfaceBroker_GetInterface(void* /*broker*/, const char* name, void** iface) {
-    const Record record = recorded(namedCall(Kind::brokerGet, ObjectKind::interface, name));
+EAFResult CInterfaceBroker_GetInterface(void* broker, const char* name, void** iface) {
+    Call call = namedCall(Kind::brokerGet, ObjectKind::interface, name);
+    call.b = broker == s_broker ? 1 : 0;
+    const Record record = recorded(call);
     if (record.a != 0) {
-        auto* const found = dynamic_cast<IInterface_c*>(find(name));
-        *iface = found != nullptr ? found->getCStruct() : nullptr;
+        *iface = findRecord(name);
     } else if (record.code == 0) {
         *iface = nullptr;
     }
     return codeOf<EAFResult>(record);
 }
 
-EAFResult CInterfaceBroker_DestroyInstance(void* /*broker*/) {
-    return codeOf<EAFResult>(recorded({Kind::brokerClose}));
+EAFResult CInterfaceBroker_DestroyInstance(void* broker) {
+    Call call{Kind::brokerClose};
+    call.a = broker == s_broker ? 1 : 0;
+    return codeOf<EAFResult>(recorded(call));
 }
 
 // Module manager
+
+namespace {
+
+/** What the contract keeps to itself of a module, by the one way that the language leaves. */
+template <auto filter, auto count>
+struct FilterOf {
+    friend void describe(const ModuleInterface& module, Call& call) {
+        call.bytes = bytesOf(module.*filter, module.*count);
+        call.b = static_cast<std::int32_t>(call.bytes.size() / sizeof(std::int32_t));
+    }
+};
+void describe(const ModuleInterface& module, Call& call);
+template struct FilterOf<&ModuleInterface::m_phaseFilter, &ModuleInterface::m_phaseCount>;
+
+} // namespace
 
 // The contract gives the name by reference. NOLINTNEXTLINE(modernize-pass-by-value)
 ModuleInterface::ModuleInterface(unsigned moduleId, const std::string& moduleName, unsigned channel,
@@ -326,6 +369,9 @@ CModuleManager& CModuleManager::GetInstance() {
 EAFResult CModuleManager::RegisterModule(ModuleInterface* module) {
     Call call{Kind::moduleRegister, ObjectKind::module};
     call.number = static_cast<std::int32_t>(module->getModuleChannel());
+    call.a = static_cast<std::int32_t>(module->getModuleId());
+    describe(*module, call);
+    call.bytes += module->getModuleName().substr(0, Recording::mostModuleName);
     // A phase may reach it before the registration is over.
     const auto next = Player::current()->peekCall();
     if (next && next->kind == Kind::moduleRegister && next->object != nullptr) {
@@ -348,13 +394,15 @@ EAFResult CModuleManager_RegisterModule(unsigned moduleId, const char* moduleNam
 
 EAFResult CModuleManager_RegisterCallback(unsigned moduleId, const char* callbackName, unsigned order,
                                           ModuleCallbackRecord* callback, ECallbackPriority priority,
-                                          unsigned /*reserved*/, const unsigned long* /*phases*/,
-                                          unsigned long /*phaseCount*/) {
+                                          unsigned reserved, const unsigned long* phases,
+                                          unsigned long phaseCount) {
     Call call = namedCall(Kind::callbackRegister, ObjectKind::callback, callbackName);
     call.number = static_cast<std::int32_t>(moduleId);
     call.a = call.number;
     call.b = static_cast<std::int32_t>(order);
     call.c = priority;
+    call.d = static_cast<std::int32_t>(reserved);
+    call.bytes = bytesOf(phases, phaseCount);
     Stage::get().callbacks[{call.number, call.name}] = callback;
     return codeOf<EAFResult>(recorded(call));
 }
@@ -375,14 +423,13 @@ EAFResult CStorageManager_GetVariableByName(const char* name, StorageVariable** 
 }
 
 EAFResult CStorageManager_GetVariableContentAddressByName(const char* name, void** contentAddress,
-                                                          int /*reserved*/) {
-    const Record record = recorded(namedCall(Kind::variableAddress, ObjectKind::variable, name));
-    const std::string_view whole = name;
-    constexpr std::string_view array = ".array";
-    const bool isArray = whole.size() >= array.size() && whole.substr(whole.size() - array.size()) == array;
+                                                          int reserved) {
+    Call call = namedCall(Kind::variableAddress, ObjectKind::variable, name);
+    call.c = reserved;
+    const Record record = recorded(call);
     if (record.a != 0) {
         Variable& variable = Stage::get().variable(name);
-        if (!isArray) {
+        if (!Recording::isArray(name)) {
             variable.content[0] = record.b;
         }
         *contentAddress = variable.content.data();

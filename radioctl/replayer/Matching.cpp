@@ -12,6 +12,7 @@ struct Arguments {
     bool b = false;
     bool c = false;
     bool bytes = false;
+    bool d = false;
 };
 
 Arguments argumentsOf(Kind kind) {
@@ -24,13 +25,20 @@ Arguments argumentsOf(Kind kind) {
     case Kind::driverWriteBuffer:
         return {true, true, false, true};
     case Kind::driverRead:
+    case Kind::brokerGet:
         return {false, true, false, false};
+    case Kind::variableAddress:
+        return {false, false, true, false};
+    case Kind::moduleRegister:
+        return {true, true, false, true};
     case Kind::tableLinear:
+    case Kind::brokerClose:
     case Kind::moduleRegisterC:
     case Kind::temperatureRegister:
     case Kind::traceLevel:
         return {true, false, false, false};
     case Kind::callbackRegister:
+        return {true, true, true, true, true};
     case Kind::observerTold:
         return {true, true, true, false};
     case Kind::traceMessage:
@@ -93,6 +101,7 @@ bool isSameCall(const Record& recorded, const Call& now) {
     const Arguments arguments = argumentsOf(now.kind);
     return isSameThing(recorded, now) && (!arguments.a || recorded.a == now.a) &&
            (!arguments.b || recorded.b == now.b) && (!arguments.c || recorded.c == now.c) &&
+           (!arguments.d || recorded.d == now.d) &&
            (!arguments.bytes || !hasBytes(recorded) || recorded.bytes == cut(now));
 }
 

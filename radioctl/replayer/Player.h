@@ -34,6 +34,7 @@ struct Call {
     Outcome outcome = Outcome::returned;
     /** Of observers, and of what has no name: the number of the object; of a module: its channel. */
     std::int32_t number = 0;
+    std::int32_t d = 0;
 };
 
 /** What an operation of the library gives. */

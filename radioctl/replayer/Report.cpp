@@ -48,7 +48,7 @@ void Report::add(const Call& now) {
     std::string words;
     for (const std::int32_t word :
          {static_cast<std::int32_t>(now.kind), static_cast<std::int32_t>(now.outcome), now.code, now.a, now.b,
-          now.c, static_cast<std::int32_t>(now.objectKind), now.number}) {
+          now.c, static_cast<std::int32_t>(now.objectKind), now.number, now.d}) {
         words += (words.empty() ? "" : " ") + std::to_string(word);
     }
     add("now", words);

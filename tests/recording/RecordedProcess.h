@@ -12,6 +12,7 @@
 #include <fstream>
 #include <iterator>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -34,6 +35,9 @@ protected:
         std::string errors;
     };
 
+    /** A process with the minimal platform. */
+    static std::string radio(const std::string& what) { return std::string(RECORDED_RADIO) + " " + what; }
+
     /** What a shell makes of `command`, in which the name of a program stands alone. */
     Ending shell(const std::string& before, const std::string& command) const {
         const std::string whole = "cd " + m_directory.string() + "; " + before + " " + EMULATOR + " " +
@@ -50,6 +54,16 @@ protected:
 
     Radio::Recordings::RecordingFile recording() const {
         return Radio::Recordings::readRecording((m_directory / "recording").string());
+    }
+    /** What there is in the directory beside what the shell has written. */
+    std::set<std::string> files() const {
+        std::set<std::string> found;
+        for (const auto& entry : std::filesystem::directory_iterator(m_directory)) {
+            found.insert(entry.path().filename().string());
+        }
+        found.erase("output");
+        found.erase("errors");
+        return found;
     }
     bool isRecorded() const { return std::filesystem::exists(m_directory / "recording"); }
 
@@ -73,6 +87,9 @@ protected:
     std::string contentOf(const std::string& file) const {
         std::ifstream stream(m_directory / file, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    void put(const std::string& file, const std::string& content) const {
+        std::ofstream(m_directory / file, std::ios::binary) << content;
     }
     const std::filesystem::path& directory() const { return m_directory; }
 

@@ -12,24 +12,33 @@
 #include "IRauHandler.h"
 #include "InterfaceBroker.h"
 
+#include <fcntl.h>
 #include <pthread.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
+#include <map>
+#include <new>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace {
 
 using Handler = RL::FrequencyHandler::Common::FrequencyHandler;
 
-/** A module of channel 1, up. */
+/** A module, of channel 1 if not said otherwise, up. */
 class Radio {
 public:
-    explicit Radio(::FrequencyHandler::FrequencyHandlerType type)
-        : m_module(new ::FrequencyHandler(1, type)) {
+    explicit Radio(::FrequencyHandler::FrequencyHandlerType type, unsigned long channel = 1)
+        : m_module(new ::FrequencyHandler(channel, type)) {
         for (const unsigned long phase : {11UL, 5UL, 20UL}) {
             static_cast<void>(m_module->onPhaseActivation(phase, ECallbackPriority{3}));
         }
@@ -180,6 +189,120 @@ int tuneInAChild() {
     return EXIT_SUCCESS;
 }
 
+/** A child that drives a radio of its own, which its parent never did. */
+int buildInAChild() {
+    const pid_t child = fork();
+    if (child == 0) {
+        Radio(::FrequencyHandler::RfModule).tune(7442000);
+        static_cast<void>(std::fflush(stdout));
+        _exit(EXIT_SUCCESS);
+    }
+    static_cast<void>(waitpid(child, nullptr, 0));
+    return EXIT_SUCCESS;
+}
+
+/** Somebody cuts the recording short in the middle of it. */
+int goOnWithoutTheFile() {
+    Radio radio(::FrequencyHandler::RfModule);
+    radio.tune(7442000);
+    std::printf("cut %d\n", truncate("recording", 0));
+    for (unsigned long carrier = 7442001; carrier < 7442004; ++carrier) {
+        radio.tune(carrier);
+    }
+    show();
+    return EXIT_SUCCESS;
+}
+
+struct Mapping {
+    char* memory;
+    std::size_t bytes;
+};
+Mapping s_mapping;
+
+void handleOwnFault(int /*signal*/, siginfo_t* info, void* /*context*/) {
+    const bool isOwn = info->si_addr == s_mapping.memory;
+    static_cast<void>(mmap(s_mapping.memory, s_mapping.bytes, PROT_READ | PROT_WRITE,
+                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0));
+    static_cast<void>(write(STDOUT_FILENO, isOwn ? "own\n" : "not\n", 4));
+}
+
+/** Memory whose file is cut short before anybody looks at it. */
+void makeMapping() {
+    s_mapping.bytes = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const int file = open("mapped", O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    static_cast<void>(ftruncate(file, static_cast<off_t>(s_mapping.bytes)));
+    s_mapping.memory =
+        static_cast<char*>(mmap(nullptr, s_mapping.bytes, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0));
+    static_cast<void>(ftruncate(file, 0));
+}
+
+/** A process that has a handler of its own for the faults of its own memory. */
+int faultInOwnMemory() {
+    struct sigaction own {};
+    own.sa_flags = SA_SIGINFO;
+    own.sa_sigaction = &handleOwnFault;
+    static_cast<void>(sigaction(SIGBUS, &own, nullptr));
+    Radio radio(::FrequencyHandler::RfModule);
+    static_cast<void>(truncate("recording", 0));
+    radio.tune(7442000);
+    static_cast<void>(std::fflush(stdout));
+    makeMapping();
+    *s_mapping.memory = 1;
+    radio.tune(7442001);
+    return EXIT_SUCCESS;
+}
+
+/** One that leaves its faults to the system. */
+int dieOfAFault() {
+    Radio radio(::FrequencyHandler::RfModule);
+    makeMapping();
+    *s_mapping.memory = 1;
+    return EXIT_SUCCESS;
+}
+
+/** A frequency change of one channel begins and ends while that of another one waits for its hardware. */
+int tuneAtOnce() {
+    Radio one(::FrequencyHandler::RfModule);
+    Radio two(::FrequencyHandler::RfModule, 2);
+    static Radio* s_two;
+    s_two = &two;
+    bare().driver.write = [](void*, int value) {
+        if (value == 7442000) {
+            std::thread([] { s_two->tune(7484000); }).join();
+        }
+        return EDriverResult{0};
+    };
+    std::thread([&one] { one.tune(7442000); }).join();
+    return EXIT_SUCCESS;
+}
+
+/** Many threads, one after the other. */
+int tuneOnThreads(int count) {
+    Radio radio(::FrequencyHandler::RfModule);
+    for (int index = 0; index < count; ++index) {
+        std::thread([&] { radio.tune(7442000UL + static_cast<unsigned long>(index)); }).join();
+    }
+    return EXIT_SUCCESS;
+}
+
+/** Compensations that are built, initialised, and destroyed one after the other, each at a place of its own.
+ */
+int compensate(int count) {
+    struct Place {
+        alignas(CTxIQImbalanceHandler) std::array<unsigned char, sizeof(CTxIQImbalanceHandler)> room;
+    };
+    std::vector<Place> places(static_cast<std::size_t>(count));
+    for (Place& place : places) {
+        auto* const compensation = new (place.room.data()) CTxIQImbalanceHandler(1);
+        static_cast<void>(compensation->initialize());
+        const ModuleCallbackRecord& callback = *bare().phaseCallback;
+        const EAFResult code = callback.onPhaseActivation(callback.context, 11, ECallbackPriority{3});
+        std::printf("answered %d\n", static_cast<int>(code));
+        compensation->~CTxIQImbalanceHandler();
+    }
+    return EXIT_SUCCESS;
+}
+
 /** Until somebody kills it. */
 int tuneForEver() {
     Radio radio(::FrequencyHandler::RfModule);
@@ -194,23 +317,22 @@ int tuneForEver() {
 
 int main(int count, char** arguments) {
     const std::string what = count > 1 ? arguments[1] : "";
-    if (what == "tune") {
-        return tune(count > 2 ? std::atoi(arguments[2]) : 1); // NOLINT(cert-err34-c)
-    }
-    if (what == "unit") {
-        return tuneRemoteUnit();
-    }
-    if (what == "throw") {
-        return throwInTheDriver();
-    }
-    if (what == "cancel") {
-        return cancelInTheDriver();
-    }
-    if (what == "phases") {
-        return callBackInEveryPhase();
-    }
-    if (what == "fork") {
-        return tuneInAChild();
-    }
-    return what == "for-ever" ? tuneForEver() : EXIT_FAILURE;
+    const int often = count > 2 ? std::atoi(arguments[2]) : 1; // NOLINT(cert-err34-c)
+    const std::map<std::string, std::function<int()>> known{{"tune", [=] { return tune(often); }},
+                                                            {"unit", &tuneRemoteUnit},
+                                                            {"throw", &throwInTheDriver},
+                                                            {"cancel", &cancelInTheDriver},
+                                                            {"phases", &callBackInEveryPhase},
+                                                            {"fork", &tuneInAChild},
+                                                            {"build-in-child", &buildInAChild},
+                                                            {"cut-short", &goOnWithoutTheFile},
+                                                            {"own-fault", &faultInOwnMemory},
+                                                            {"fault", &dieOfAFault},
+                                                            {"at-once", &tuneAtOnce},
+                                                            {"threads", [=] { return tuneOnThreads(often); }},
+                                                            {"compensate", [=] { return compensate(often); }},
+                                                            {"nothing", [] { return EXIT_SUCCESS; }},
+                                                            {"for-ever", &tuneForEver}};
+    const auto found = known.find(what);
+    return found != known.end() ? found->second() : EXIT_FAILURE;
 }

@@ -161,7 +161,8 @@ enum class Kind : std::uint8_t {
     tableBilinear,
     /** a: 1 when a record was given, b: 1 when it has a content, c: the content. */
     variableGet,
-    /** a: 1 when an address was given, b: the first int there, which for an array is not looked at: 0. */
+    /** a: 1 when an address was given, b: the first int there, which for an array is not looked at: 0;
+     * c: what was said in the place that is reserved. */
     variableAddress,
     /** What the library will find through an address, when it is not what was last recorded. a: how many
      * ints; bytes. Not a call. */
@@ -172,15 +173,20 @@ enum class Kind : std::uint8_t {
     /** a: 1 when something was found. */
     brokerLookup,
     moduleManagerInstance,
+    /** a: its identifier. Bytes: the phases that it wants, b of them, 4 bytes each, and its name. */
     moduleRegister,
     moduleUnregister,
     /** a: number of the module. */
     moduleRegisterC,
-    /** a: number of the module, b: order, c: priority. */
+    /** a: number of the module, b: order, c: priority, d: what was said in the place that is reserved. Bytes:
+     * the phases, 4 bytes each. */
     callbackRegister,
+    /** a: 1 when a handle was given. */
     brokerOpen,
-    /** a: 1 when a record was given. */
+    /** a: 1 when a record was given, b: 1 when it was asked with the handle that its thread was given last.
+     */
     brokerGet,
+    /** a: the same as b. */
     brokerClose,
     /** a: 0 by the operation of the class, 1 by the C record. */
     temperatureRegister,
@@ -194,8 +200,10 @@ enum class Kind : std::uint8_t {
     traceEnd,
     /** a, c: the carrier, lower and upper 32 bits; for C clients b: channel. */
     observerTold,
+    /** The object of the driver layer was asked for its record. a: 1 when there is one. */
+    driverLayerRecord,
 };
-constexpr auto lastKind = Kind::observerTold;
+constexpr auto lastKind = Kind::driverLayerRecord;
 
 /** How it ended. */
 enum class Outcome : std::uint16_t {
@@ -242,8 +250,17 @@ struct Slot {
 };
 static_assert(sizeof(Slot) == slotBytes);
 
+/** Whether a variable is an array, whose length is in another one: the end of its name says so. */
+constexpr bool isArray(std::string_view variable) {
+    constexpr std::string_view end = ".array";
+    return variable.size() >= end.size() && variable.substr(variable.size() - end.size()) == end;
+}
+
 /** Bytes of a record beyond these are cut off. */
 constexpr std::size_t mostBytes = 4095;
+/** Of phases for which something is registered, and of the name of a module, there are so many. */
+constexpr std::size_t mostPhases = 64;
+constexpr std::size_t mostModuleName = 64;
 
 constexpr std::uint16_t secondOf(Outcome outcome, std::size_t bytes) {
     return static_cast<std::uint16_t>(bytes << 4U | static_cast<unsigned>(outcome));

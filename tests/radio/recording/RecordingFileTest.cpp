@@ -203,6 +203,15 @@ TEST(RecordingFile, RecordsThatNobodyWritesAreRefused) {
     EXPECT_EQ(
         complaintAbout(MadeUpRecording(8, 4, 4).record(Kind::driverWrite, 0, 0, 0, 0, 0, 0, 0, "x").bytes()),
         "a.rec: at byte 4362: expected as many bytes as the kind 41 has, found 1");
+    // Two phases take 8 bytes, and there are whole ones only.
+    EXPECT_EQ(complaintAbout(MadeUpRecording(8, 4, 4)
+                                 .record(Kind::moduleRegister, 0, 0, 19000, 2, 0, 0, 0, "1234567")
+                                 .bytes()),
+              "a.rec: at byte 4362: expected as many bytes as the kind 55 has, found 7");
+    EXPECT_EQ(
+        complaintAbout(
+            MadeUpRecording(8, 4, 4).record(Kind::callbackRegister, 0, 0, 0, 0, 0, 0, 0, "12345").bytes()),
+        "a.rec: at byte 4362: expected as many bytes as the kind 58 has, found 5");
     EXPECT_EQ(complaintAbout(MadeUpRecording(8, 4, 4).record(Kind::finished, 0, 0, 31).bytes()),
               "a.rec: at byte 4368: expected the kind of what has ended, found 31");
     EXPECT_EQ(complaintAbout(MadeUpRecording(8, 4, 4)
