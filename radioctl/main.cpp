@@ -2,6 +2,7 @@
 #include "radioctl/calibrate/QualificationCommandLine.h"
 #include "radioctl/check/CheckCommandLine.h"
 #include "radioctl/completion/CompletionCommandLine.h"
+#include "radioctl/describe/DescribeCommandLine.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/options/ExitCodes.h"
 #include "radioctl/options/Values.h"
@@ -38,14 +39,16 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     Tables::TablesCommandLine tables(program);
     Recordings::RecordCommandLine record(program);
     Replaying::ReplayCommandLine replay(program);
+    Describing::DescribeCommandLine describe(program);
     CompletionCommandLine completion(program);
     parser.endHelpWith(exitCodeHelp);
 
     if (const auto isGood = parser.parse(withUnitsJoined(argumentCount, arguments))) {
         return *isGood ? ExitCode::good : ExitCode::wrongCommandLine;
     }
-    const std::array<CommandLine::Verb*, 10> verbs{&run,         &check,  &plan,   &thermal, &qualification,
-                                                   &calibration, &tables, &record, &replay,  &completion};
+    const std::array<CommandLine::Verb*, 11> verbs{&run,           &check,       &plan,      &thermal,
+                                                   &qualification, &calibration, &tables,    &record,
+                                                   &replay,        &describe,    &completion};
     for (CommandLine::Verb* const verb : verbs) {
         if (verb->isCalled()) {
             return verb->run(json);

@@ -87,7 +87,7 @@ struct Told {
 
 template <typename Call>
 void tell(std::uint16_t object, unsigned long carrier, unsigned long channel, Call call) {
-    const Entry entry{Kind::observerTold, object, 0, lower(carrier), lower(channel)};
+    const Entry entry{Kind::observerTold, object, 0, lower(carrier), lower(channel), upper(carrier)};
     static_cast<void>(outgoing(entry, [&] {
         call();
         return 0;

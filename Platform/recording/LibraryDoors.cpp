@@ -363,7 +363,11 @@ EAFResult openRegisterRecord(void* handler, IFrequencyObserver* observer) {
 }
 RADIO_API void* SYMBOL(openCompensationC1(void*, unsigned long), "_ZN21CTxIQImbalanceHandlerC1Em");
 void* openCompensationC1(void* self, unsigned long channel) {
-    return constructCompensation(s_compensationC1, self, channel);
+    void* const built = constructCompensation(s_compensationC1, self, channel);
+    if (isSeen()) {
+        Objects::followBuiltCompensation(self);
+    }
+    return built;
 }
 RADIO_API void* SYMBOL(openCompensationC2(void*, unsigned long), "_ZN21CTxIQImbalanceHandlerC2Em");
 void* openCompensationC2(void* self, unsigned long channel) {

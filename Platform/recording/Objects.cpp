@@ -162,15 +162,20 @@ void publishCanceller(ILoCancellation& canceller, const char* name) {
     }
 }
 
-void publishCompensation(ITxIQImbalanceHandler& compensation) {
+/** Its operations, its end among them, are recorded from now on. */
+void followCompensation(const void* compensation) {
     static const std::array<Operation, 4> s_operations{{{0, LibraryDoors::destroyCompensation(0)},
                                                         {1, LibraryDoors::destroyCompensation(1)},
                                                         {2, LibraryDoors::compensate()},
                                                         {3, LibraryDoors::compensationCarrier()}}};
+    follow(compensation, s_operations);
+}
+
+void publishCompensation(ITxIQImbalanceHandler& compensation) {
     if (find(&compensation) == nullptr) {
         add(&compensation, ObjectKind::compensation, Recorder::name(ObjectKind::compensation, "", -1));
     }
-    follow(&compensation, s_operations);
+    followCompensation(&compensation);
 }
 
 } // namespace
@@ -185,6 +190,10 @@ std::uint16_t addCompensation(void* address, std::int32_t channel) {
     const std::uint16_t number = Recorder::name(ObjectKind::compensation, "", channel);
     add(address, ObjectKind::compensation, number);
     return number;
+}
+
+void followBuiltCompensation(const void* address) {
+    followCompensation(address);
 }
 
 void publish(IInterface* object, const char* name) {

@@ -21,6 +21,8 @@ namespace Recording::Objects {
 std::uint16_t addModule(void* address, std::int32_t channel, std::int32_t type);
 /** A CTxIQImbalanceHandler that is being built at `address`. */
 std::uint16_t addCompensation(void* address, std::int32_t channel);
+/** A compensation has its table; one that is never published ends, too. */
+void followBuiltCompensation(const void* address);
 /** An object that the library publishes under the name with the number `name`. A handler is not wholly built
  * then, and gets its table from followBuilt(). */
 void publish(IInterface* object, const char* name);

@@ -1,7 +1,12 @@
-// Recordings, and what radioctl record show and record diff make of them. Of the header, the empty end is
-// left out of an input.
+// Recordings, and what radioctl record show, record diff and describe make of them. Of the header, the empty
+// end is left out of an input.
 
 #include "Rules.h"
+#include "radio/board/BoardFile.h"
+#include "radio/board/BoardNames.h"
+#include "radio/description/Description.h"
+#include "radio/language/CommandCheck.h"
+#include "radio/language/CommandParser.h"
 #include "radio/recording/Comparison.h"
 #include "radio/recording/RecordingFile.h"
 #include "radioctl/record/ComparisonReport.h"
@@ -137,6 +142,21 @@ void compare(const std::string& bytes, Shown way) {
     compare(other, again, {1, "channel.1.tx.rf.frequency", 0.5, 100.0}, way);
 }
 
+/** What is described can be used, and so can its script on it. */
+void describe(RecordingFile& file) {
+    const Radio::Describing::Description description =
+        Radio::Describing::describe(file, fileName, "at some time");
+    const Radio::Board board =
+        Radio::readBoard(description.board, "radio.toml", [](const auto&) { return std::nullopt; });
+    const Radio::CommandCheck check(board);
+    std::istringstream lines(description.script);
+    for (std::string line; std::getline(lines, line);) {
+        if (const auto command = Radio::parseCommand(line)) {
+            check.check(*command);
+        }
+    }
+}
+
 } // namespace
 
 int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
@@ -155,6 +175,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
             showJson(file);
         }
         compare(bytes, way);
+        describe(file);
     });
     return 0;
 }

@@ -22,7 +22,7 @@ _radioctl()
     command=
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case $word in
-            run | console | check | completion | explain | audit | thermal | qualify | calibrate | lint | why | show | replay)
+            run | console | check | completion | explain | audit | thermal | qualify | calibrate | lint | why | show | replay | describe)
                 command=$word
                 break
                 ;;
@@ -43,7 +43,7 @@ _radioctl()
         return
     fi
 
-    if [[ $previous == --junit ]]; then
+    if [[ $previous == --junit || $previous == --script ]]; then
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
         compopt -o filenames 2> /dev/null
         return
@@ -66,6 +66,7 @@ _radioctl()
             why) word="--help --json --channel --frequency --temperature" ;;
             show) word="--help --json --verbose --channel --driver --from --to" ;;
             replay) word="--help --json --jobs --timeout" ;;
+            describe) word="--help --json --script" ;;
             check) word="--help --json --all --strict --hardware" ;;
             completion | lint) word="--help --json" ;;
             *) word="--help --json --version" ;;
@@ -89,12 +90,12 @@ _radioctl()
             compgen -f -X '!*.csv' -- "$current"
             compgen -d -- "$current"
         ) ;;
-        show | record-diff | replay) mapfile -t matches < <(compgen -f -- "$current") ;;
+        show | record-diff | replay | describe) mapfile -t matches < <(compgen -f -- "$current") ;;
         plan) mapfile -t COMPREPLY < <(compgen -W "explain audit" -- "$current") && return ;;
         tables) mapfile -t COMPREPLY < <(compgen -W "lint diff why" -- "$current") && return ;;
         record) mapfile -t COMPREPLY < <(compgen -W "show diff" -- "$current") && return ;;
         completion) mapfile -t COMPREPLY < <(compgen -W "bash" -- "$current") && return ;;
-        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal qualify calibrate tables record replay completion" -- "$current") && return ;;
+        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal qualify calibrate tables record replay describe completion" -- "$current") && return ;;
     esac
     # Has bash put a backslash before the spaces of a name, and a slash behind a directory.
     compopt -o filenames 2> /dev/null

@@ -17,7 +17,8 @@ using Commands = std::vector<std::string_view>;
 const Commands& allCommands() {
     static const Commands all = {"run",        "console",     "check",       "plan explain", "plan audit",
                                  "thermal",    "qualify",     "calibrate",   "tables lint",  "tables diff",
-                                 "tables why", "record show", "record diff", "replay",       "completion"};
+                                 "tables why", "record show", "record diff", "replay",       "describe",
+                                 "completion"};
     return all;
 }
 
@@ -125,7 +126,9 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::unusableInput,
          {"tables lint", "tables diff", "tables why"},
          "a table cannot be used, or there are none to look at"},
-        {ExitCode::unusableInput, {"record show", "record diff", "replay"}, "a recording cannot be used"},
+        {ExitCode::unusableInput,
+         {"record show", "record diff", "replay", "describe"},
+         "a recording cannot be used"},
         {ExitCode::unusableInput, {"thermal", "calibrate"}, "gnuplot is missing"},
         {ExitCode::unusableInput,
          {"run", "console", "plan audit", "qualify", "calibrate"},

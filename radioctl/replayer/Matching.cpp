@@ -20,7 +20,6 @@ Arguments argumentsOf(Kind kind) {
     case Kind::tableBilinear:
     case Kind::rauTx:
     case Kind::rauRx:
-    case Kind::observerTold:
         return {true, true, false, false};
     case Kind::driverWriteBuffer:
         return {true, true, false, true};
@@ -32,6 +31,7 @@ Arguments argumentsOf(Kind kind) {
     case Kind::traceLevel:
         return {true, false, false, false};
     case Kind::callbackRegister:
+    case Kind::observerTold:
         return {true, true, true, false};
     case Kind::traceMessage:
         return {true, false, false, true};

@@ -129,12 +129,17 @@ void notifyTemperature(const Record& begin) {
 
 // Observers of carriers
 
+void setCarrier(Call& told, std::uint64_t carrier) {
+    told.a = static_cast<std::int32_t>(static_cast<std::uint32_t>(carrier));
+    told.c = static_cast<std::int32_t>(static_cast<std::uint32_t>(carrier >> 32U));
+}
+
 class ClassObserver final : public Observer<IFrequencyHandler> {
 public:
     explicit ClassObserver(std::int32_t number) : m_number(number) {}
     void onChange(IFrequencyHandler* subject) override {
         Call told{Kind::observerTold, ObjectKind::observer};
-        told.a = static_cast<std::int32_t>(static_cast<std::uint32_t>(subject->getFrequency()));
+        setCarrier(told, subject->getFrequency());
         told.number = m_number;
         static_cast<void>(player().answer(told));
     }
@@ -145,7 +150,7 @@ private:
 
 void changeFrequency(void* context, unsigned long channel, unsigned long frequency) {
     Call told{Kind::observerTold, ObjectKind::observerC};
-    told.a = static_cast<std::int32_t>(static_cast<std::uint32_t>(frequency));
+    setCarrier(told, frequency);
     told.b = static_cast<std::int32_t>(static_cast<std::uint32_t>(channel));
     told.number = *static_cast<const std::int32_t*>(context);
     static_cast<void>(player().answer(told));
@@ -173,10 +178,9 @@ EAFResult observeAsC(const Record& begin) {
 /** The library has not written there. */
 constexpr int untouched = -2147483647;
 
-/** Whether its end comes without a call: then it was given a null pointer. */
+/** Whether a failed end comes without a call, but for a message: then it was given a null pointer. */
 bool isRefused() {
-    const auto next = player().peek();
-    return next && next->kind == Kind::finished && next->code != 0;
+    return player().endsAtOnce();
 }
 
 Answer calibrate(const Record& begin) {

@@ -15,6 +15,11 @@ namespace Replayer {
 
 namespace {
 
+bool isTrace(const Record& record) {
+    return record.kind == Kind::traceLevel || record.kind == Kind::traceMessage ||
+           record.kind == Kind::traceEnd;
+}
+
 bool isCall(const Record& record) {
     return record.kind != Kind::variableContent && record.kind != Kind::finished;
 }
@@ -123,15 +128,33 @@ std::optional<Record> Player::peek() const {
 std::optional<Record> Player::peekCall() const {
     const auto& sequences = m_ofThread[m_thread];
     const std::size_t depth = m_operations.size();
+    bool isToldOfClosing = false;
     for (std::size_t next = m_lived[m_thread]; next < sequences.size(); ++next) {
         Record record = m_file.at(sequences[next]);
         const bool isInside = record.depth > depth || Radio::Recordings::isIncoming(record.kind) ||
                               (record.kind == Kind::finished && record.depth >= depth);
-        if (!isInside && record.kind != Kind::variableContent && record.kind != Kind::brokerClose) {
+        if (record.kind == Kind::brokerClose) {
+            isToldOfClosing = record.outcome != Outcome::returned;
+        } else if (!isInside && record.kind != Kind::variableContent &&
+                   !(isToldOfClosing && isTrace(record))) {
             return record;
         }
     }
     return {};
+}
+
+bool Player::endsAtOnce() const {
+    const auto& sequences = m_ofThread[m_thread];
+    for (std::size_t next = m_lived[m_thread]; next < sequences.size(); ++next) {
+        const Record record = m_file.at(sequences[next]);
+        if (record.kind == Kind::finished) {
+            return record.code != 0;
+        }
+        if (!isTrace(record)) {
+            return false;
+        }
+    }
+    return false;
 }
 
 void Player::consume() {

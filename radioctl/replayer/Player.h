@@ -69,8 +69,11 @@ public:
     /** What comes next on the thread that is being lived; nothing at the end. */
     std::optional<Record> peek() const;
     /** The next call of the operation that goes on, or its end. What began inside a call is passed over, and
-     * so is the broker's being given back: it says nothing of what the broker gave. */
+     * so is the broker's being given back, and what is traced of it when it throws: it says nothing of what
+     * the broker gave. */
     std::optional<Record> peekCall() const;
+    /** Whether the operation that has begun fails with nothing but messages before its end. */
+    bool endsAtOnce() const;
     /** In the middle of a platform's operation: makes what it called, and gives its end. */
     Record makeUntilEnd();
 

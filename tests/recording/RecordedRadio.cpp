@@ -6,6 +6,7 @@
 #include "BarePlatform.h"
 #include "CCalibrationHandler.h"
 #include "CStorageManager.h"
+#include "CTxIQImbalanceHandler.h"
 #include "FrequencyHandler.h"
 #include "FrequencyHandler_Common.h"
 #include "IRauHandler.h"
@@ -149,6 +150,21 @@ int cancelInTheDriver() {
     return EXIT_SUCCESS;
 }
 
+/** A platform that calls back in every phase, whatever was asked for. */
+int callBackInEveryPhase() {
+    CTxIQImbalanceHandler compensation(1);
+    static_cast<void>(compensation.initialize());
+    const ModuleCallbackRecord& callback = *bare().phaseCallback;
+    for (const unsigned long phase : {5UL, 20UL, 11UL, 0UL}) {
+        std::printf("answered %d\n", static_cast<int>(callback.onPhaseActivation(callback.context, phase,
+                                                                                 ECallbackPriority{3})));
+    }
+    const ITemperatureObserver& observer = *bare().temperatureObserver;
+    observer.notifyTemperature(observer.context, 30);
+    show();
+    return EXIT_SUCCESS;
+}
+
 /** A child of the process tunes its copy of the radio. */
 int tuneInAChild() {
     Radio radio(::FrequencyHandler::RfModule);
@@ -189,6 +205,9 @@ int main(int count, char** arguments) {
     }
     if (what == "cancel") {
         return cancelInTheDriver();
+    }
+    if (what == "phases") {
+        return callBackInEveryPhase();
     }
     if (what == "fork") {
         return tuneInAChild();

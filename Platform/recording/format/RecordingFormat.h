@@ -192,7 +192,7 @@ enum class Kind : std::uint8_t {
     /** a: level, b: line; bytes: the text. */
     traceMessage,
     traceEnd,
-    /** a: carrier, for C clients b: channel. */
+    /** a, c: the carrier, lower and upper 32 bits; for C clients b: channel. */
     observerTold,
 };
 constexpr auto lastKind = Kind::observerTold;

@@ -77,6 +77,14 @@ public:
             sequence < m_beginning ? sequence : m_beginning + (sequence - m_beginning) % m_ring;
         return Recording::headerBytes + static_cast<std::size_t>(m_names + place) * 32U;
     }
+    std::uint64_t claimed() const { return m_claimed; }
+    std::uint32_t wordAt(std::size_t at) const {
+        std::uint32_t number = 0;
+        for (unsigned index = 4; index-- > 0;) {
+            number = number << 8U | static_cast<std::uint8_t>(m_bytes[at + index]);
+        }
+        return number;
+    }
     const std::string& bytes() const { return m_bytes; }
 
 private:

@@ -75,7 +75,8 @@ TEST_F(MannersTest, UnknownCommandsAndOptionsHaveTheNearestOne) {
     for (const auto& [words, complaint] : std::vector<std::pair<std::vector<std::string>, std::string>>{
              {{"calibrat", "board.toml"},
               "unknown command \"calibrat\" (did you mean \"calibrate\"?), expected one of "
-              "run, console, check, plan, thermal, qualify, calibrate, tables, record, replay, completion"},
+              "run, console, check, plan, thermal, qualify, calibrate, tables, record, "
+              "replay, describe, completion"},
              {{"plan", "explian"},
               "unknown command \"explian\" (did you mean \"explain\"?), expected one of explain, "
               "audit"},
@@ -105,6 +106,7 @@ TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
                                                       {"record", "show", "--help"},
                                                       {"record", "diff", "--help"},
                                                       {"replay", "--help"},
+                                                      {"describe", "--help"},
                                                       {"completion", "--help"}}) {
         EXPECT_THAT(runProgram({arguments}).output, Not(testing::ContainsRegex("[^\n]{80}")));
     }
