@@ -110,21 +110,6 @@ void select(RecordingFile& file) {
     }
 }
 
-/** What is described can be used, and so can its script on it. */
-void describe(RecordingFile& file) {
-    const Radio::Describing::Description description =
-        Radio::Describing::describe(file, fileName, "at some time");
-    const Radio::Board board =
-        Radio::readBoard(description.board, "radio.toml", [](const auto&) { return std::nullopt; });
-    const Radio::CommandCheck check(board);
-    std::istringstream lines(description.script);
-    for (std::string line; std::getline(lines, line);) {
-        if (const auto command = Radio::parseCommand(line)) {
-            check.check(*command);
-        }
-    }
-}
-
 /** Every operation of either side is counted once, and shown without anything that a terminal obeys. */
 void compare(RecordingFile& before, RecordingFile& after, const Wanted& wanted, Shown way) {
     const Comparison comparison(before, after, wanted);
@@ -157,6 +142,21 @@ void compare(const std::string& bytes, Shown way) {
     compare(other, again, {1, "channel.1.tx.rf.frequency", 0.5, 100.0}, way);
 }
 
+/** What is described can be used, and so can its script on it. */
+void describe(RecordingFile& file) {
+    const Radio::Describing::Description description =
+        Radio::Describing::describe(file, fileName, "at some time");
+    const Radio::Board board =
+        Radio::readBoard(description.board, "radio.toml", [](const auto&) { return std::nullopt; });
+    const Radio::CommandCheck check(board);
+    std::istringstream lines(description.script);
+    for (std::string line; std::getline(lines, line);) {
+        if (const auto command = Radio::parseCommand(line)) {
+            check.check(*command);
+        }
+    }
+}
+
 } // namespace
 
 int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
@@ -176,6 +176,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
         }
         describe(file);
         compare(bytes, way);
+        describe(file);
     });
     return 0;
 }

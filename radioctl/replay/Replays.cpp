@@ -49,6 +49,10 @@ void Outputs::add(int output) const {
     static_cast<void>(epoll_ctl(m_all, EPOLL_CTL_ADD, output, &event));
 }
 
+void Outputs::remove(int output) const {
+    static_cast<void>(epoll_ctl(m_all, EPOLL_CTL_DEL, output, nullptr));
+}
+
 std::vector<int> Outputs::await(const Interrupt& interrupt, std::chrono::milliseconds time) const {
     std::array<epoll_event, 64> events{};
     if (!interrupt.waitForInput(m_all, time)) {
@@ -126,6 +130,7 @@ void Replays::read(int output) {
     if (one == m_running.end() || one->process.readMore(one->said)) {
         return;
     }
+    m_outputs.remove(output);
     const int ending = one->process.end();
     m_done[one->index] = readVerdict(m_options.files[one->index], one->said, ending);
     m_running.erase(one);
@@ -136,6 +141,7 @@ void Replays::endOverdue() {
     for (std::size_t place = m_running.size(); place-- > 0;) {
         const Running& one = m_running[place];
         if (Clock::now() >= one.deadline) {
+            m_outputs.remove(one.process.output());
             m_done[one.index] = readVerdict(m_options.files[one.index], "", -SIGXCPU);
             m_running.erase(m_running.begin() + static_cast<std::ptrdiff_t>(place));
         }

@@ -24,6 +24,8 @@ public:
     ~Outputs();
 
     void add(int output) const;
+    /** To be called before it is closed: a process that is just being started may still hold it. */
+    void remove(int output) const;
     /** Those that have more to say; none when somebody has asked the program to leave, or after `time`. */
     std::vector<int> await(const Interrupt& interrupt, std::chrono::milliseconds time) const;
 

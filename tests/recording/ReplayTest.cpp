@@ -411,10 +411,10 @@ TEST_F(ReplayTest, UnreadableOneAmongHundredsIsNamedAndTheOthersAreReplayed) {
     const Ending ending = replay("*.rec");
     EXPECT_THAT(ending.errors, MatchesRegex("radioctl: 300.rec: [^\n]*\n"));
     EXPECT_THAT(ending.output,
-                AllOf(StartsWith("100.rec: identical, 42 calls\n101.rec: identical, 42 calls\n"),
-                      HasSubstr("\n299.rec: identical, 42 calls\n301.rec: identical, 42 calls\n"),
+                AllOf(StartsWith("100.rec: identical, 44 calls\n101.rec: identical, 44 calls\n"),
+                      HasSubstr("\n299.rec: identical, 44 calls\n301.rec: identical, 44 calls\n"),
                       EndsWith("\n400 recordings: 399 identical, 0 identical up to a gap, "
-                               "0 different, 0 stopped, 1 unusable; 16758 calls\n")));
+                               "0 different, 0 stopped, 1 unusable; 17556 calls\n")));
     EXPECT_EQ(ending.exitCode, 3);
 }
 
@@ -602,13 +602,17 @@ namespace {
 class ReplayersTest : public ReplayTest {
 protected:
     void replaceReplayer(const std::string& script) const {
-        std::filesystem::copy_file(RADIOCTL_PROGRAM, directory() / "radioctl");
-        write("radioctl-replay", "#!/bin/sh\n" + script + "\n");
-        std::filesystem::permissions(directory() / "radioctl-replay", std::filesystem::perms::owner_all);
+        const std::filesystem::path program = RADIOCTL_PROGRAM;
+        std::filesystem::create_directory(directory() / "bin");
+        std::filesystem::copy_file(program, directory() / "bin/radioctl");
+        std::filesystem::create_directory_symlink(
+            std::filesystem::canonical(program.parent_path() / "../lib"), directory() / "lib");
+        write("bin/radioctl-replay", "#!/bin/sh\n" + script + "\n");
+        std::filesystem::permissions(directory() / "bin/radioctl-replay", std::filesystem::perms::owner_all);
     }
     Ending replayWith(const std::string& script, const std::string& words) const {
         replaceReplayer(script);
-        return unrecorded("./radioctl replay " + words);
+        return unrecorded("bin/radioctl replay " + words);
     }
 };
 
@@ -651,7 +655,7 @@ TEST_F(ReplayersTest, FewerAtATimeWhenThereIsNoRoomForSoMany) {
     for (int file = 0; file < 20; ++file) {
         files += " radio.rec";
     }
-    const Ending ending = shell("ulimit -n 16;", "./radioctl replay --jobs 200" + files);
+    const Ending ending = shell("ulimit -n 16;", "bin/radioctl replay --jobs 200" + files);
     EXPECT_THAT(ending.output,
                 EndsWith("\n20 recordings: 20 identical, 0 identical up to a gap, 0 different, "
                          "0 stopped, 0 unusable; 140 calls\n"));
@@ -661,7 +665,7 @@ TEST_F(ReplayersTest, FewerAtATimeWhenThereIsNoRoomForSoMany) {
 TEST_F(ReplayersTest, ReplayerEndsWhenRadioctlIsKilled) {
     replaceReplayer("echo $$ > pid.new; mv pid.new pid; exec sleep 1000");
     const Ending ending =
-        shell("", "./radioctl replay radio.rec & radioctl=$!\n"
+        shell("", "bin/radioctl replay radio.rec & radioctl=$!\n"
                   "for wait in $(seq 300); do [ -s pid ] && break; sleep 0.1; done\n"
                   "kill -KILL $radioctl\n"
                   "for wait in $(seq 100); do\n"
