@@ -176,7 +176,6 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
         }
         describe(file);
         compare(bytes, way);
-        describe(file);
     });
     return 0;
 }
