@@ -91,13 +91,13 @@ bool forget(Unknown unknown) {
         BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EINVAL),
     };
     if (unknown == Unknown::renamingToNewAndLinks) {
-        for (const unsigned link : {
+        for (const long link : {
 #ifdef SYS_link
-                 SYS_link,
+                 long{SYS_link},
 #endif
-                 SYS_linkat}) {
+                 long{SYS_linkat}}) {
             filter.push_back(BPF_STMT(BPF_LD | BPF_W | BPF_ABS, number));
-            filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, link, 0, 1));
+            filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(link), 0, 1));
             filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM));
         }
     }
