@@ -95,7 +95,7 @@ void findAllNext(const void* address) {
     if (platform == nullptr) {
         s_scope = scopeOf(baseOf(address));
     }
-    for (NextPlace* place = firstNext; place < endOfNexts; ++place) {
+    for (NextPlace* place = firstNext; place != endOfNexts; ++place) {
         place->found.store(lookForNext(place->name), std::memory_order_relaxed);
     }
     pin(address);

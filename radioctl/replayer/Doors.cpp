@@ -298,14 +298,14 @@ namespace {
 
 /** What the contract keeps to itself of a module, by the one way that the language leaves. */
 template <auto filter, auto count>
-struct FilterOf {
+struct PublishedFilterOf {
     friend void describe(const ModuleInterface& module, Call& call) {
         call.bytes = bytesOf(module.*filter, module.*count);
         call.b = static_cast<std::int32_t>(call.bytes.size() / sizeof(std::int32_t));
     }
 };
 void describe(const ModuleInterface& module, Call& call);
-template struct FilterOf<&ModuleInterface::m_phaseFilter, &ModuleInterface::m_phaseCount>;
+template struct PublishedFilterOf<&ModuleInterface::m_phaseFilter, &ModuleInterface::m_phaseCount>;
 
 } // namespace
 

@@ -6,7 +6,7 @@
 set -eu
 recording=$1 recording_emulator=$2 replaying=$3 replaying_emulator=$4 kept=${5:-}
 [ -x "$recording/bin/recorded_life" ] || { echo "$recording/bin/recorded_life is not built"; exit 1; }
-[ -x "$replaying/bin/radioctl-replay" ] || { echo "$replaying/bin/radioctl-replay is not built"; exit 1; }
+[ -x "$replaying/libexec/radioctl/radioctl-replay" ] || { echo "$replaying/libexec/radioctl/radioctl-replay is not built"; exit 1; }
 
 directory=$(mktemp -d)
 trap 'rm -rf "$directory"' EXIT
@@ -15,7 +15,7 @@ trap 'rm -rf "$directory"' EXIT
 lived=0
 for file in "$directory"/*.rec; do
     # shellcheck disable=SC2086
-    said=$($replaying_emulator "$replaying/bin/radioctl-replay" -- "$file" || true)
+    said=$($replaying_emulator "$replaying/libexec/radioctl/radioctl-replay" -- "$file" || true)
     case $said in
     "outcome identical"*) lived=$((lived + 1)) ;;
     *) echo "$(basename "$file"): $said"; exit 1 ;;
