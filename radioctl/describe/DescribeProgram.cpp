@@ -45,7 +45,22 @@ void showSummary(const Options& options, const Description& description) {
     std::cerr << line << "\n";
 }
 
+/** Why the script cannot be written where it is to be; empty when it can. */
+std::string whyNoScript(const Options& options) {
+    if (!options.script.empty() && isSameFile(options.script, options.file)) {
+        return "--script: " + options.script + " is the recording, expected a file of its own";
+    }
+    if (!options.script.empty() && isStandardOutput(options.script)) {
+        return "--script: " + options.script + " is where the board goes, expected a file of its own";
+    }
+    return {};
+}
+
 int describe(const Options& options) {
+    const std::string wrong = whyNoScript(options);
+    if (!wrong.empty()) {
+        return refuse(wrong, options.json, ExitCode::wrongCommandLine);
+    }
     Recordings::RecordingFile file = Recordings::readRecording(options.file);
     const Description description =
         Describing::describe(file, options.file, Recordings::timeText(file.header().started));

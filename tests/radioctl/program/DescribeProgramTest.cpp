@@ -115,6 +115,20 @@ TEST_F(DescribeProgramTest, RecordingThatIsBrokenLeavesTheScriptAsItWas) {
     EXPECT_EQ(textOf("radio.script"), "as it was\n");
 }
 
+TEST_F(DescribeProgramTest, ScriptIsNotWrittenOverTheRecordingNorIntoTheBoard) {
+    const std::string bytes = made().bytes();
+    write("radio.rec", bytes);
+    const Ending over = runProgram({{"describe", "radio.rec", "--script", "./radio.rec"}});
+    EXPECT_EQ(over.errors, "radioctl: --script: ./radio.rec is the recording, expected a file of its own\n");
+    EXPECT_EQ(over.exitCode, 2);
+    EXPECT_EQ(textOf("radio.rec"), bytes);
+    const Ending into = runProgram({{"describe", "radio.rec", "--script", "/dev/stdout"}});
+    EXPECT_EQ(into.errors,
+              "radioctl: --script: /dev/stdout is where the board goes, expected a file of its own\n");
+    EXPECT_EQ(into.output, "");
+    EXPECT_EQ(into.exitCode, 2);
+}
+
 TEST_F(DescribeProgramTest, ScriptThatCannotBeWrittenIsRefusedBeforeTheBoard) {
     write("radio.rec", made().bytes());
     expectRefusal({"describe", "radio.rec", "--script", "nowhere/radio.script"},
