@@ -2,6 +2,7 @@
 
 #include "radio/board/BoardCheck.h"
 #include "radio/board/BoardNames.h"
+#include "radio/calibration/Reservations.h"
 #include "radio/files/AtomicFile.h"
 #include "radio/files/InputError.h"
 #include "radio/session/BootedRadio.h"
@@ -9,7 +10,6 @@
 #include "radioctl/bench/HardwareUse.h"
 #include "radioctl/calibrate/Attendant.h"
 #include "radioctl/calibrate/CalibrationReport.h"
-#include "radioctl/calibrate/Reservations.h"
 #include "radioctl/calibrate/page/CalibrationPage.h"
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/options/ExitCode.h"

@@ -1,7 +1,7 @@
 #include "radioctl/console/LineEditor.h"
 
+#include "radio/files/StateFolder.h"
 #include "radio/language/Completion.h"
-#include "radioctl/console/StateFolder.h"
 
 #include <sys/ioctl.h>
 #include <sys/stat.h>
