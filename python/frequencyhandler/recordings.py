@@ -1,0 +1,127 @@
+"""Recordings: what passed between a library and its platform, read record by record."""
+
+from __future__ import annotations
+
+from dataclasses import dataclass
+from types import TracebackType
+from typing import Any, Iterator, Optional, Tuple, Type
+
+from . import _engine
+from ._arguments import PathLike, path
+from .errors import ClosedError
+
+__all__ = ["read", "Recording", "Header", "Object", "Record", "Losses"]
+
+
+@dataclass(frozen=True)
+class Header:
+    """What the beginning of a recording says of it; None where nothing is known. ``started_ns`` is in nanoseconds since 1970,
+    ``passed_over`` how many things were not recorded for want of room."""
+
+    version: int
+    word_bits: int
+    process: int
+    started_ns: int
+    build_id: Optional[str]
+    machine: Optional[str]
+    library: Optional[str]
+    unit: Optional[str]
+    board: Optional[str]
+    program: Optional[str]
+    passed_over: int
+
+
+@dataclass(frozen=True)
+class Object:
+    """Something that records speak of."""
+
+    number: int
+    kind: str
+    name: str
+    channel: Optional[int]
+
+
+@dataclass(frozen=True)
+class Record:
+    """One record: ``kind`` is its word, "tune-tx" or "driver-write" for example; ``incoming`` what comes into the library.
+    What ``numbers`` and ``data`` mean depends on the kind."""
+
+    sequence: int
+    kind: str
+    incoming: bool
+    thread: int
+    depth: int
+    object_kind: Optional[str]
+    object: Optional[str]
+    channel: Optional[int]
+    outcome: str
+    code: int
+    numbers: Tuple[int, int, int, int]
+    data: bytes
+
+
+@dataclass(frozen=True)
+class Losses:
+    """What is not there any more: slots that newer ones took the place of, and those that nobody finished."""
+
+    overwritten: int
+    unfinished: int
+
+
+class Recording:
+    """A recording, which can be gone through as often as wanted: ``for record in recording``."""
+
+    def __init__(self, file: PathLike) -> None:
+        name = path("file", file)
+        self._file = name.decode("utf-8", "surrogateescape")
+        self._engine: Optional[_engine.Recording] = _engine.Recording(name)
+
+    def _open(self) -> _engine.Recording:
+        if self._engine is None:
+            raise ClosedError(f"the recording {self._file} is closed")
+        return self._engine
+
+    @property
+    def header(self) -> Header:
+        """What its beginning says of it."""
+        return Header(**self._open().header())
+
+    @property
+    def objects(self) -> Tuple[Object, ...]:
+        """What it speaks of."""
+        return tuple(Object(*given) for given in self._open().objects())
+
+    @property
+    def losses(self) -> Losses:
+        """What is not there any more, as far as it was gone through."""
+        return Losses(*self._open().losses())
+
+    def __iter__(self) -> Iterator[Record]:
+        self._open().rewind()
+        while True:
+            given = self._open().next()
+            if given is None:
+                return
+            yield Record(*given)
+
+    def close(self) -> None:
+        """Lets go of its memory. The second time does nothing."""
+        self._engine = None
+
+    def __enter__(self) -> Recording:
+        self._open()
+        return self
+
+    def __exit__(self, kind: Optional[Type[BaseException]], error: Optional[BaseException],
+                 trace: Optional[TracebackType]) -> None:
+        self.close()
+
+    def __repr__(self) -> str:
+        if self._engine is None:
+            return f"<Recording {self._file!r}, closed>"
+        return f"<Recording {self._file!r}: {len(self.objects)} objects>"
+
+
+def read(file: PathLike) -> Recording:
+    """Reads a recording. Raises :class:`InputError` with what no recorder writes."""
+    return Recording(file)
