@@ -88,7 +88,7 @@ def explain(board: BoardLike, direction: str, channel: int, carrier: Frequency) 
     :class:`InputError` for a board with errors, :class:`RadioError` for one that does not boot and :class:`BusyError`
     while a radio is open.
 
-    >>> explanation = explain("microwave-if-8ghz.toml", "tx", 1, "8.0 GHz")
+    >>> explanation = explain("microwave-if-8ghz.toml", "tx", 1, "7.75 GHz")
     >>> explanation.is_good, explanation.error_hz
     (True, 0)
     """

@@ -306,8 +306,9 @@ class Radio:
         way = checked_direction(direction)
         number = whole("channel", channel, CHANNELS)
         frequency = khz("carrier", carrier)
+        flag("check", check)
         report = self._engine.tune(way, number, frequency, flag("force", force))
-        return self._done(f"tune {way} {number} {frequency}", report, flag("check", check))
+        return self._done(f"tune {way} {number} {frequency}", report, check)
 
     def sweep(self, direction: str, channel: int, first: Frequency, last: Frequency, step: Frequency, *,
               dwell: float = 0.0, force: bool = False) -> Outcome:
