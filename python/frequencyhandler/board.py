@@ -106,7 +106,7 @@ class Tables(MutableMapping[str, Table]):
         self._engine = engine
 
     def __getitem__(self, name: str) -> Table:
-        if name not in self:
+        if not isinstance(name, str) or name not in self:
             raise KeyError(name)
         axis1, axis2, values, file, column, _ = self._engine.table(name)
         return Table(axis1, axis2, values, file, column)
@@ -139,7 +139,7 @@ class Tables(MutableMapping[str, Table]):
         return len(self._engine.tables())
 
     def __contains__(self, name: object) -> bool:
-        return name in self._engine.tables()
+        return isinstance(name, str) and name in self._engine.tables()
 
     def __repr__(self) -> str:
         return f"<{len(self)} tables of {self._engine.file}>"

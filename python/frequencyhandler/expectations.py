@@ -32,23 +32,23 @@ def side_by_side(writes: Sequence[AlignedWrite]) -> str:
                      for mark, row in zip(marks, rows))
 
 
+def judge(command: str, judgement: Tuple[bool, str, str, Sequence[AlignedWrite]]) -> None:
+    """Raises :class:`ExpectationFailed` for an expectation that did not hold."""
+    held, expected, found, writes = judgement
+    if held:
+        return
+    message = f"{command}: expected {expected}, found {found}"
+    if writes:
+        message = f"{command.split()[0]} writes: what was written differs\n{side_by_side(writes)}"
+    raise ExpectationFailed(message, expected, found, writes)
+
+
 class Expectations:
     """What can be expected of a radio and of its last command, the start-up at first. Each raises
     :class:`ExpectationFailed` unless it holds."""
 
     def __init__(self, act: Callable[[List[str]], Any]) -> None:
         self._act = act
-
-    @staticmethod
-    def judge(command: str, judgement: Tuple[bool, str, str, Sequence[AlignedWrite]]) -> None:
-        """Raises unless it held."""
-        held, expected, found, writes = judgement
-        if held:
-            return
-        message = f"{command}: expected {expected}, found {found}"
-        if writes:
-            message = f"{command.split()[0]} writes: what was written differs\n{side_by_side(writes)}"
-        raise ExpectationFailed(message, expected, found, writes)
 
     def driver(self, name: str, value: int) -> None:
         """A driver has this value; of real hardware it is read."""
@@ -82,7 +82,7 @@ class Expectations:
 
     def no_trace(self, part: str = "") -> None:
         """It did not; without a text, it traced nothing."""
-        self._act(["expect", "no", "trace", *([text("part", part)] if part != "" else [])])
+        self._act(["expect", "no", "trace", *([text("part", part)] if text("part", part) else [])])
 
     def writes(self, writes: Writes) -> None:
         """The last command wrote so many values, or exactly these in this order: pairs of driver and value, or a mapping.

@@ -13,7 +13,7 @@ from ._arguments import (CHANNELS, INT32, INT64, UINT32, Frequency, direction as
 from .board import BoardLike, engine_of
 from .errors import ArgumentError, ClosedError, CommandFailed, RadioError, finish
 from .events import Event, Listing, Outcome, Phase, Trace, event
-from .expectations import Expectations
+from .expectations import Expectations, judge
 
 __all__ = ["Radio", "Driver", "Drivers", "Variables", "Fault", "Faults", "Events", "Subscription"]
 
@@ -73,7 +73,7 @@ class Drivers(Mapping[str, Driver]):
 
     def __getitem__(self, name: str) -> Driver:
         self._radio._require_open()
-        if name not in self._known:
+        if not isinstance(name, str) or name not in self._known:
             raise KeyError(name)
         return Driver(self._radio, name)
 
@@ -96,7 +96,7 @@ class Variables(Mapping[str, Tuple[int, ...]]):
 
     def __getitem__(self, name: str) -> Tuple[int, ...]:
         self._radio._require_open()
-        if name not in self._names:
+        if not isinstance(name, str) or name not in self._names:
             raise KeyError(name)
         return tuple(self._radio._engine.variable(name))
 
@@ -148,7 +148,7 @@ class Faults(Sequence[Any]):
         """Has the platform answer calls of ``operation`` ("driver-write") on ``object`` (empty: on any) with ``code``, so
         many times or until it is cleared. With a code that has no bit 0x8000 the call is carried out all the same."""
         words = ["fault", text("operation", operation)]
-        words += [text("object", object)] if object != "" else []
+        words += [text("object", object)] if text("object", object) else []
         words.append(str(whole("code", code, (0, 0x7FFFFFFF))))
         words += [] if times is None else [str(whole("times", times, UINT32)), "times"]
         return self._radio._act(words)
@@ -156,7 +156,7 @@ class Faults(Sequence[Any]):
     def clear(self, operation: str = "", object: str = "") -> Outcome:
         """Takes faults back: all, all of an operation, or that of an object."""
         words = ["clear", text("operation", operation) or "all"]
-        return self._radio._act(words + ([text("object", object)] if object != "" else []))
+        return self._radio._act(words + ([text("object", object)] if text("object", object) else []))
 
     @contextmanager
     def injected(self, operation: str, object: str = "", code: int = 0x8000) -> Iterator[None]:
@@ -409,7 +409,7 @@ class Radio:
             self._tell(outcome)
         finish(outcome, raised)
         if judgement is not None:
-            Expectations.judge(command, judgement)
+            judge(command, judgement)
         if check and not outcome.ok:
             raise CommandFailed(_failure(outcome), outcome)
         return outcome

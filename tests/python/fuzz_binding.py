@@ -4,6 +4,7 @@ kind that it may be, and the interpreter is still there. Meant for the sanitized
     python3 tests/python/fuzz_binding.py [SECONDS] [SEED]
 """
 
+import inspect
 import os
 import random
 import shutil
@@ -18,7 +19,7 @@ import frequencyhandler as fh
 from frequencyhandler import _engine, events, plan, recordings, tables, thermal
 
 #: What anybody may be told; anything else is a fault of the package.
-ALLOWED = (fh.Error, KeyError, TypeError, MemoryError, OverflowError, UnicodeError)
+ALLOWED = (fh.Error, KeyError, ZeroDivisionError, TypeError, MemoryError, OverflowError, UnicodeError)
 #: Beside these the engine itself, which nobody calls, may say what pybind11 and the standard library do.
 ALLOWED_OF_THE_ENGINE = ALLOWED + (ValueError, RuntimeError, IndexError, AttributeError)
 
@@ -28,6 +29,21 @@ WORDS = ["tx", "rx", "", "7.442 GHz", "7442000", "channel.1.tx.rf.frequency", "d
          "temperature", "observe", "interface", "IDriverLayer", "absent", "present", "set", "wait", "sweep", "quit"]
 NUMBERS = [0, 1, 2, 3, -1, 9, 20, 25, 60, 100, 7442000, 17727500, 2**31 - 1, 2**31, -(2**31), 2**32, 2**63, -(2**63), 2**64,
            10**30, 0.5, -0.0, float("nan"), float("inf"), 1e300, True, False]
+
+#: What arguments of these names may well be.
+PLAUSIBLE = {
+    "direction": ["tx", "rx"], "channel": [1, 2], "carrier": [7442000, "17.7275 GHz", 0, 2**32 - 1],
+    "first": [7442000, 18000000], "last": [7443000, 17990000], "step": [1000, "1 MHz"], "seconds": [0, 0.5, 3600],
+    "operation": ["driver-write", "driver-read", "table-bilinear", "variable-get", "broker-get", ""], "object": [""],
+    "code": [0x8000, 0x8001, 0, 1], "name": ["init", "frame-format", 5, "channel.1.tx.rf.frequency"], "values": [1, [1, 2]],
+    "value": [0, 1, -1, 2**31 - 1], "command": ["tune tx 1 7442000", "show drivers", "repeat 3 tune tx 1 7442000", "quit",
+                                                "temperature 20", "show leakage", "observe rx 2", "fault broker-get 0x8000"],
+    "result": ["ok", "failed", 0], "writes": [0, 1, [("channel.1.tx.rf.frequency", 7442000)]], "temperature": [25, -33],
+    "callback": [repr, lambda happened: None, lambda happened: 1 / 0], "log": [([0, 5], [20, 21])],
+    "board": ["lo-leakage-18ghz.toml", "iq-compensation-18ghz.toml", "rf-module-7ghz.toml"],
+    "file": ["lo-leakage-18ghz.toml", "logs/day-cycle.csv"], "tables": ["lo-leakage-18ghz.channel-1.csv"],
+    "before": ["lo-leakage-18ghz.toml"], "after": ["lo-leakage-18ghz.channel-1.csv", "lo-leakage-18ghz.toml"],
+}
 
 
 class Hostile:
@@ -89,8 +105,17 @@ class Fuzzer:
         items = [self.value(depth + 1) for _ in range(self.random.randrange(4))]
         return self.random.choice([list, tuple])(items)
 
-    def arguments(self):
-        return [self.value() for _ in range(self.random.randrange(5))]
+    def arguments(self, made):
+        """As many as it takes, most often, and about half of them of the kind that it takes."""
+        try:
+            names = [name for name, one in inspect.signature(made).parameters.items()
+                     if one.kind in (one.POSITIONAL_ONLY, one.POSITIONAL_OR_KEYWORD)]
+        except (TypeError, ValueError):
+            names = [None] * self.random.randrange(6)
+        if self.random.random() < 0.1:
+            names = names[:-1] if self.random.random() < 0.5 else names + [None]
+        return [self.random.choice(PLAUSIBLE[name]) if name in PLAUSIBLE and self.random.random() < 0.7 else self.value()
+                for name in names]
 
     def keywords(self, names):
         return {name: self.value() for name in names if self.random.random() < 0.15}
@@ -109,7 +134,7 @@ class Fuzzer:
             owner = self.random.choice([radio, radio, radio, radio.faults, radio.expect, radio.variables, radio.drivers])
             if owner is radio and self.random.random() < 0.3 and radio.drivers:
                 owner = radio.drivers[self.random.choice(list(radio.drivers))]
-            names = [name for name in dir(type(owner)) if not name.startswith("_")]
+            names = [name for name in dir(type(owner)) if not name.startswith("_") and name not in ("index", "count")]
             return getattr(owner, self.random.choice(names)), ["force", "check", "times", "below", "code", "dwell"]
         if self.radio is not None:
             self.radio.close()
@@ -156,7 +181,7 @@ class Fuzzer:
                 made, names = self.target()
                 keywords = self.keywords(names)
             if callable(made):
-                made = made(*self.arguments(), **keywords)
+                made = made(*self.arguments(made), **keywords)
             if self.random.random() < 0.1:
                 repr(made)
             if isinstance(made, fh.Radio):
