@@ -1,0 +1,58 @@
+"""Recordings, read record by record."""
+
+import os
+import subprocess
+
+import pytest
+
+from frequencyhandler import ClosedError, InputError, recordings
+
+
+@pytest.fixture
+def recording(boards, tmp_path):
+    """What passed while radioctl tuned a radio."""
+    script = tmp_path / "script"
+    script.write_text("tune tx 1 7442000\ntune rx 2 7281000\n")
+    environment = {name: value for name, value in os.environ.items() if name not in ("LD_PRELOAD", "PYTHONMALLOC")}
+    library = os.path.join(os.environ["RADIO_BUILD"], "lib", "librecordingplatform.so")
+    done = subprocess.run([os.environ["RADIOCTL"], "run", str(boards / "rf-module-7ghz.toml"), str(script)],
+                          capture_output=True, text=True,
+                          env=dict(environment, LD_PRELOAD=library, RADIO_RECORDING=str(tmp_path / "radio.rec")))
+    if not (tmp_path / "radio.rec").exists():
+        pytest.fail(f"nothing was recorded: {done.stdout}{done.stderr}")
+    return tmp_path / "radio.rec"
+
+
+def test_records_are_those_that_the_program_shows(recording):
+    with recordings.read(recording) as read:
+        tunes = [record for record in read if record.kind in ("tune-tx", "tune-rx")]
+        assert [(record.kind, record.channel, record.numbers[0]) for record in tunes] == [
+            ("tune-tx", 1, 7442000), ("tune-rx", 2, 7281000)]
+        assert all(record.incoming for record in tunes)
+        assert any(record.kind == "driver-write" and record.object == "channel.1.tx.rf.frequency" for record in read)
+        assert read.losses == recordings.Losses(0, 0)
+        assert read.header.word_bits == 64 and read.header.program
+        assert {one.kind for one in read.objects}
+
+
+def test_recording_can_be_gone_through_again(recording):
+    read = recordings.read(recording)
+    assert [record.sequence for record in read] == [record.sequence for record in read]
+
+
+def test_closed_recording_says_so(recording):
+    with recordings.read(recording) as read:
+        records = iter(read)
+        next(records)
+    with pytest.raises(ClosedError, match="is closed"):
+        next(records)
+    with pytest.raises(ClosedError):
+        read.header
+    assert repr(read).endswith(", closed>")
+
+
+def test_what_no_recorder_writes_is_refused_with_its_place(recording):
+    recording.write_bytes(recording.read_bytes()[:100])
+    with pytest.raises(InputError) as caught:
+        recordings.read(recording)
+    assert caught.value.file == str(recording)
