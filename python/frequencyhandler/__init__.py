@@ -15,10 +15,12 @@ from __future__ import annotations
 from . import _engine, calibration, errors, events, plan, recordings, tables, thermal
 from .board import Board, Channel, Limits, Raster, Table
 from .calibration import calibrate, qualify
+from .drivers import Driver
 from .errors import (ArgumentError, ArgumentTypeError, BusyError, ChoiceError, ClosedError, CommandFailed, Error,
                      ExpectationFailed, InputError, Interrupted, RadioError)
+from .faults import Fault
 from .progress import Progress
-from .radio import Driver, Fault, Radio
+from .radio import Radio
 from .verdict import Finding, Verdict
 
 __version__ = _engine.version

@@ -98,4 +98,5 @@ def function(name: str, value: Any) -> Optional[Callable[..., Any]]:
     """Something that can be called, or None."""
     if value is not None and not callable(value):
         raise wrong_type(name, value, "a function or None")
-    return value  # type: ignore[no-any-return]
+    called: Optional[Callable[..., Any]] = value
+    return called

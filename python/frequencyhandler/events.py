@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from dataclasses import dataclass
-from typing import Any, Callable, Dict, NamedTuple, Optional, Sequence, Tuple, Type, Union
+from typing import Any, Callable, Dict, NamedTuple, Optional, Sequence, Tuple, Union
 
 __all__ = ["Write", "FailedWrite", "Call", "Trace", "Notified", "Phase", "PhaseStep", "Warned", "HardwareNews", "Sensed",
            "Event"]
@@ -203,6 +203,3 @@ class Outcome:
         result = "ok" if self.code == 0 else f"0x{self.code & 0xFFFFFFFF:04x}"
         writes = " ".join(f"{driver}={value}" for driver, value in self.writes)
         return f"<{self.command}: {result}{', ' + self.note if self.note else ''}; {writes or 'no writes'}>"
-
-
-Kinds = Tuple[Type[Any], ...]

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import importlib
 import sys
 import threading
 from types import TracebackType
@@ -71,12 +72,12 @@ class Reporter:
 
     def _show(self, progress: Progress) -> None:
         try:
-            from tqdm import tqdm  # type: ignore[import]
+            bars = importlib.import_module("tqdm")
         except ImportError:
             self._show_line(progress)
             return
         if self._bar is None:
-            self._bar = tqdm(total=progress.total, unit=f" {progress.unit}", leave=False)
+            self._bar = bars.tqdm(total=progress.total, unit=f" {progress.unit}", leave=False)
         self._bar.total = progress.total
         self._bar.set_postfix_str(progress.note, refresh=False)
         self._bar.update(progress.done - self._bar.n)

@@ -2,15 +2,18 @@
 
 from __future__ import annotations
 
+import json
+import shutil
+import subprocess
 from dataclasses import dataclass
 from types import TracebackType
-from typing import Any, Iterator, Optional, Tuple, Type
+from typing import Any, Dict, Iterator, Optional, Tuple, Type
 
 from . import _engine
-from ._arguments import PathLike, path
-from .errors import ClosedError
+from ._arguments import PathLike, path, shown, text
+from .errors import ArgumentError, ClosedError, RadioError
 
-__all__ = ["read", "Recording", "Header", "Object", "Record", "Losses"]
+__all__ = ["read", "replay", "Recording", "Header", "Object", "Record", "Losses", "Replayed"]
 
 
 @dataclass(frozen=True)
@@ -125,3 +128,50 @@ class Recording:
 def read(file: PathLike) -> Recording:
     """Reads a recording. Raises :class:`InputError` with what no recorder writes."""
     return Recording(file)
+
+
+@dataclass(frozen=True)
+class Replayed:
+    """What the library at hand did with one recording. ``outcome`` is "identical", "identical_until_gap", "different",
+    "stopped" or "unusable", for the latter two with a ``reason``; ``calls`` were the same, of ``recorded_calls``.
+    ``difference`` tells where it went another way ("recorded", "now", ...), or is None."""
+
+    file: str
+    outcome: str
+    calls: int
+    recorded_calls: int
+    reason: Optional[str]
+    difference: Optional[Dict[str, Any]]
+
+    @property
+    def is_same(self) -> bool:
+        """The library did what it did then, as far as the recording goes."""
+        return self.outcome in ("identical", "identical_until_gap")
+
+
+def _replayed(event: Dict[str, Any]) -> Replayed:
+    known = ("schema", "event", "file", "outcome", "calls", "recorded_calls", "reason")
+    rest = {name: value for name, value in event.items() if name not in known}
+    return Replayed(event["file"], event["outcome"], event["calls"], event["recorded_calls"], event.get("reason"),
+                    rest or None)
+
+
+def replay(*files: PathLike, radioctl: str = "radioctl") -> Tuple[Replayed, ...]:
+    """Has the library live recordings again, each in a process of its own, and says where it goes another way.
+
+    The processes are ``radioctl``'s, which is looked for in PATH: a crash of the library is a result there, and not the end
+    of this one. Raises :class:`ArgumentError` without files or ``radioctl``, :class:`RadioError` when that does not answer.
+    Ctrl-C ends them.
+    """
+    names = [path("files", file) for file in files]
+    if not names:
+        raise ArgumentError("files: none, expected at least one recording")
+    program = shutil.which(text("radioctl", radioctl))
+    if program is None:
+        raise ArgumentError(f"radioctl: {shown(radioctl)} was not found, expected the program or its path")
+    done = subprocess.run([program, "replay", "--json", "--", *names], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    events = [json.loads(line) for line in done.stdout.splitlines()]
+    results = tuple(_replayed(event) for event in events if event["event"] == "replayed_recording")
+    if len(results) != len(names):
+        raise RadioError(f"radioctl replay: {done.stderr.decode(errors='replace').strip() or 'no answer'}")
+    return results

@@ -5,7 +5,7 @@ import subprocess
 
 import pytest
 
-from frequencyhandler import ClosedError, InputError, recordings
+from frequencyhandler import ArgumentError, ClosedError, InputError, recordings
 
 
 @pytest.fixture
@@ -56,3 +56,18 @@ def test_what_no_recorder_writes_is_refused_with_its_place(recording):
     with pytest.raises(InputError) as caught:
         recordings.read(recording)
     assert caught.value.file == str(recording)
+
+
+def test_library_does_again_what_it_did(recording, monkeypatch, tmp_path):
+    monkeypatch.delenv("LD_PRELOAD", raising=False)
+    (tmp_path / "none.rec").write_bytes(b"none")
+    same, none = recordings.replay(recording, tmp_path / "none.rec", radioctl=os.environ["RADIOCTL"])
+    assert same.is_same and same.outcome == "identical" and same.calls == same.recorded_calls > 0
+    assert not none.is_same and none.outcome == "unusable" and none.reason
+
+
+def test_replay_without_its_program_says_so(recording):
+    with pytest.raises(ArgumentError, match="expected the program"):
+        recordings.replay(recording, radioctl="no-such-program")
+    with pytest.raises(ArgumentError, match="at least one recording"):
+        recordings.replay()
