@@ -1,4 +1,4 @@
-"""Runs the examples in the package's documentation beside the boards that they are about."""
+"""Runs the examples in the package and in docs/python.md beside the boards that they are about."""
 
 import doctest
 import importlib
@@ -21,6 +21,9 @@ with tempfile.TemporaryDirectory() as folder:
             outcome = doctest.testmod(importlib.import_module(name))
             tried += outcome.attempted
             failed += outcome.failed
+    page = doctest.testfile(os.path.join(os.environ["RADIO_DOCS"], "python.md"), module_relative=False)
+    tried += page.attempted
+    failed += page.failed
     os.chdir("/")
 print(f"{tried} examples, {failed} failed")
 sys.exit(failed != 0 or tried < 20)
