@@ -5,8 +5,8 @@
 
 namespace Radio {
 
-/** Where programs that drive radios keep what they are to know the next time: below $XDG_STATE_HOME or ~/.local/state. Empty
- * when neither is known. */
+/** Where programs that drive radios keep what they are to know the next time: below $XDG_STATE_HOME or
+ * ~/.local/state. Empty when neither is known. */
 std::filesystem::path stateFolder();
 
 } // namespace Radio
