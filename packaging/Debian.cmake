@@ -6,6 +6,9 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "frequency service of a microwave radio un
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL runtime development)
+if(FREQUENCYHANDLER_HAS_PYTHON)
+    list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -31,5 +34,18 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "Headers of the frequency service and of the contracts with its platform, and
 what CMake and pkg-config need to find them.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "frequencyhandler (= ${PROJECT_VERSION})")
+
+# For the Python that it was built for: an extension module is for one version.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-frequencyhandler)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION "The frequency service for Python
+Radio units described, booted, driven, audited and calibrated from Python, with
+arrays of numpy, and fixtures for acceptance tests by pytest.")
+math(EXPR next_minor "${Python_VERSION_MINOR} + 1")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "frequencyhandler (= ${PROJECT_VERSION}), python3-numpy, python3 (>= ${Python_VERSION_MAJOR}.${Python_VERSION_MINOR}~), python3 (<< ${Python_VERSION_MAJOR}.${next_minor})")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-pytest, python3-tqdm, python3-matplotlib")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA "${CMAKE_CURRENT_LIST_DIR}/python/postinst;${CMAKE_CURRENT_LIST_DIR}/python/prerm")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 include(CPack)

@@ -451,8 +451,7 @@ std::vector<Finding> checkBoard(const Board& board) {
     return Checker(board).run();
 }
 
-Board loadUsableBoard(const std::filesystem::path& file) {
-    Board board = loadBoard(file);
+void requireUsable(const Board& board) {
     const std::vector<Finding> findings = checkBoard(board);
     const auto error = std::find_if(findings.begin(), findings.end(), [](const Finding& finding) {
         return finding.severity == Severity::error;
@@ -460,6 +459,11 @@ Board loadUsableBoard(const std::filesystem::path& file) {
     if (error != findings.end()) {
         throw InputError(error->place, error->text + " (\"radioctl check\" has the whole list)");
     }
+}
+
+Board loadUsableBoard(const std::filesystem::path& file) {
+    Board board = loadBoard(file);
+    requireUsable(board);
     return board;
 }
 

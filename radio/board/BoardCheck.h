@@ -16,6 +16,9 @@ namespace Radio {
  */
 std::vector<Finding> checkBoard(const Board& board);
 
+/** Throws InputError for the first error that checkBoard() finds. */
+void requireUsable(const Board& board);
+
 /** Reads a board like loadBoard(), and throws InputError also for the first error that checkBoard() finds. */
 Board loadUsableBoard(const std::filesystem::path& file);
 

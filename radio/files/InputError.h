@@ -23,7 +23,18 @@ std::string toString(const Place& place);
 class InputError : public std::runtime_error {
 public:
     InputError(const Place& place, const std::string& message)
-        : std::runtime_error(toString(place) + ": " + message) {}
+        : std::runtime_error(toString(place) + ": " + message),
+          m_place(place),
+          m_text(message) {}
+
+    /** Where it is, for whoever shows places in a way of their own. */
+    const Place& place() const { return m_place; }
+    /** What the message says behind the place. */
+    const std::string& text() const { return m_text; }
+
+private:
+    Place m_place;
+    std::string m_text;
 };
 
 /** Input that was not waited for, since the process is to end: a signal came. */

@@ -3,6 +3,7 @@
 #include "ResultCode.h"
 #include "radio/board/BoardNames.h"
 #include "radio/board/HardwareRanges.h"
+#include "radio/files/StateFolder.h"
 #include "radio/text/Words.h"
 
 #include <algorithm>
@@ -107,6 +108,14 @@ std::vector<Devices::ExitWrite> Bench::leave() {
         }
     }
     return writes;
+}
+
+std::filesystem::path folderOfMarks() {
+    std::filesystem::path folder = stateFolder();
+    if (folder.empty()) {
+        throw InputError({"HOME", 0}, "is not set, expected a home in which to mark that hardware is in use");
+    }
+    return folder;
 }
 
 std::vector<std::string> driversWithoutHardware(const Board& board) {

@@ -56,6 +56,9 @@ private:
     bool m_isHeld = false;
 };
 
+/** Where programs mark which devices they drive. Throws InputError where there is no home for that. */
+std::filesystem::path folderOfMarks();
+
 /** What an attribute gets when a driver is written. */
 struct AttributeWrite {
     /** For people, "synthesiser: adf4371/out:altvoltage0/frequency" for example. */

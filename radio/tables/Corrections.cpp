@@ -8,6 +8,7 @@
 #include "standalone/Interpolation.h"
 
 #include <limits>
+#include <utility>
 
 namespace Radio::Tables {
 
@@ -21,8 +22,9 @@ bool hasTwoAxes(const TableDescription* table) {
     return table != nullptr && table->isThere() && !table->table.axis2.empty();
 }
 
-Source readBoardSource(const std::filesystem::path& file) {
-    Source source{file, {}, loadBoard(file)};
+Source sourceInside(Board board) {
+    const std::filesystem::path file = board.file;
+    Source source{file, {}, std::move(board)};
     for (const ChannelDescription& channel : source.board->channels) {
         const TableDescription* const i = findCancellationTable(*source.board, channel.number, "I");
         const TableDescription* const q = findCancellationTable(*source.board, channel.number, "Q");
@@ -58,7 +60,11 @@ bool isBoardFile(const std::filesystem::path& file) {
 }
 
 Source readSource(const std::filesystem::path& file) {
-    return isBoardFile(file) ? readBoardSource(file) : readCsvSource(file);
+    return isBoardFile(file) ? sourceInside(loadBoard(file)) : readCsvSource(file);
+}
+
+Source sourceOf(const Board& board) {
+    return sourceInside(board);
 }
 
 } // namespace Radio::Tables

@@ -38,6 +38,9 @@ bool isBoardFile(const std::filesystem::path& file);
  */
 Source readSource(const std::filesystem::path& file);
 
+/** The corrections of a board as it is in memory. Throws InputError when it has none. */
+Source sourceOf(const Board& board);
+
 } // namespace Radio::Tables
 
 #endif

@@ -1,26 +1,11 @@
 #include "radioctl/bench/HardwareUse.h"
 
 #include "ResultCode.h"
-#include "radio/files/InputError.h"
-#include "radioctl/console/StateFolder.h"
 
 #include <algorithm>
 #include <csignal>
-#include <filesystem>
 
 namespace Radio {
-
-namespace {
-
-std::filesystem::path folderOfMarks() {
-    std::filesystem::path folder = stateFolder();
-    if (folder.empty()) {
-        throw InputError({"HOME", 0}, "is not set, expected a home in which to mark that hardware is in use");
-    }
-    return folder;
-}
-
-} // namespace
 
 HardwareUse::HardwareUse(const Board& board, const HardwareOptions& options, std::ostream& out, bool json)
     : m_report(out, json) {

@@ -2,6 +2,8 @@
 
 #include "radio/board/BoardCheck.h"
 #include "radio/board/BoardNames.h"
+#include "radio/calibration/OwnFiles.h"
+#include "radio/calibration/Reservations.h"
 #include "radio/files/AtomicFile.h"
 #include "radio/files/InputError.h"
 #include "radio/session/BootedRadio.h"
@@ -9,7 +11,6 @@
 #include "radioctl/bench/HardwareUse.h"
 #include "radioctl/calibrate/Attendant.h"
 #include "radioctl/calibrate/CalibrationReport.h"
-#include "radioctl/calibrate/Reservations.h"
 #include "radioctl/calibrate/page/CalibrationPage.h"
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/options/ExitCode.h"
@@ -18,33 +19,13 @@
 #include "radioctl/report/Progress.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
-#include <utility>
-#include <vector>
 
 namespace Radio::Calibration {
 
 namespace {
-
-namespace fs = std::filesystem;
-
-/** What is written and what is read cannot all be meant; empty when it can. */
-std::string whyNoFiles(const std::vector<std::pair<const char*, fs::path>>& files) {
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        for (std::size_t j = 0; j < i; ++j) {
-            const auto& [what, file] = files[i];
-            const auto& [other, otherFile] = files[j];
-            if (!file.empty() && !otherFile.empty() && isSameFile(file, otherFile)) {
-                return std::string(what) + ": " + harmless(file.string()) + " is " + other +
-                       ", expected a file of its own";
-            }
-        }
-    }
-    return {};
-}
 
 /** How the message of an outcome goes on. */
 std::string wayOnText(const std::string& wayOn) {
@@ -58,17 +39,6 @@ std::string wayOnText(const std::string& wayOn) {
         return "; --resume goes on once it can be written";
     }
     return wayOn == "put away" ? "; --restart keeps the journal as a backup and begins anew" : "";
-}
-
-/** A journal that makes room is not to be one of the files that the board needs. */
-std::string whyNoJournal(const Board& board, const fs::path& journal) {
-    for (const TableDescription& table : board.tables) {
-        if (!table.file.empty() && isSameFile(journal, table.file)) {
-            return "the journal: " + harmless(journal.string()) +
-                   " is a table of the board, expected a file of its own";
-        }
-    }
-    return {};
 }
 
 /** Who chose the method of a calibration, as a message goes on. */
@@ -188,10 +158,10 @@ int CalibrationProgram::run() {
     if (!m_options.html.empty()) {
         Page::requireGnuplot();
     }
-    std::string wrong = whyNoFiles({{"the board", board.file},
-                                    {"the journal", run.journalFile()},
-                                    {"the tables", run.tablesFile()},
-                                    {"--html", m_options.html}});
+    std::string wrong = whyNotOwnFiles({{"the board", board.file},
+                                        {"the journal", run.journalFile()},
+                                        {"the tables", run.tablesFile()},
+                                        {"--html", m_options.html}});
     if (wrong.empty()) {
         wrong = whyNoJournal(board, run.journalFile());
     }

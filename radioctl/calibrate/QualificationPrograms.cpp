@@ -2,10 +2,10 @@
 
 #include "radio/board/BoardCheck.h"
 #include "radio/board/BoardNames.h"
+#include "radio/calibration/Reservations.h"
 #include "radio/text/Words.h"
 #include "radioctl/bench/HardwareUse.h"
 #include "radioctl/calibrate/QualificationReport.h"
-#include "radioctl/calibrate/Reservations.h"
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/report/JsonLine.h"

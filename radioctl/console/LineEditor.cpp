@@ -1,8 +1,8 @@
 #include "radioctl/console/LineEditor.h"
 
+#include "radio/files/StateFolder.h"
 #include "radio/language/Completion.h"
 #include "radioctl/console/CrashGuard.h"
-#include "radioctl/console/StateFolder.h"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>

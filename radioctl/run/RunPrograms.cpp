@@ -1,14 +1,12 @@
 #include "radioctl/run/RunPrograms.h"
 
-#include "radio/board/BoardDemand.h"
 #include "radio/board/BoardFile.h"
-#include "radio/board/HardwareRanges.h"
 #include "radio/board/PlatformWords.h"
 #include "radio/files/AtomicFile.h"
 #include "radio/files/InputError.h"
 #include "radio/files/TextFile.h"
 #include "radio/language/Script.h"
-#include "radio/plan/TuneCheck.h"
+#include "radio/plan/Guard.h"
 #include "radio/session/Bench.h"
 #include "radio/session/ScriptLine.h"
 #include "radio/session/Session.h"
@@ -29,11 +27,8 @@
 #include <csignal>
 #include <functional>
 #include <iostream>
-#include <iterator>
-#include <map>
 #include <optional>
 #include <string>
-#include <variant>
 
 namespace Radio {
 
@@ -63,6 +58,7 @@ public:
           m_isDryRun(options.hardware.dryRun),
           m_reporter(reporter),
           m_hardware(board, options.hardware, std::cout, options.json),
+          m_guard(board, m_hardware.isReal() && board.hardware.description.sensor.has_value()),
           m_session(board, reporter, options.trace, m_hardware.hardware()) {
         if (options.hardware.dryRun) {
             reporter.showAttributes([&board](const std::string& driver, std::int64_t value) {
@@ -85,17 +81,13 @@ public:
 
 private:
     std::string whyNot(const Action& action);
-    std::string whyNotTune(const Tune& tune);
-    std::string whyNotTemperature(int degrees) const;
-    void noteWaiting(const SetVariable& command);
     void sense(std::optional<int> degrees);
 
     const Board& m_board;
     bool m_isDryRun;
-    /** Variables that were changed, and the phases for which the handlers wait to take them over. */
-    std::map<std::string, std::string> m_waiting;
     Reporter& m_reporter;
     HardwareUse m_hardware;
+    Plan::Guard m_guard;
     Session m_session;
 };
 
@@ -115,49 +107,7 @@ std::string Drive::whyNot(const Action& action) {
     if (m_hardware.isReal()) {
         m_hardware.hardware()->setForced(isForced(action));
     }
-    return std::visit(
-        Visitor{
-            [this](const Tune& tune) { return whyNotTune(tune); },
-            [this](const WriteDriver& write) { return Radio::whyNotWrite(m_board, write.name, write.value); },
-            [this](const SetTemperature& temperature) { return whyNotTemperature(temperature.degrees); },
-            [this](const SetVariable& set) {
-                noteWaiting(set);
-                return std::string();
-            },
-            [this](const RunPhase& run) {
-                for (auto entry = m_waiting.begin(); entry != m_waiting.end();) {
-                    entry = phaseFromString(entry->second) == run.phase ? m_waiting.erase(entry)
-                                                                        : std::next(entry);
-                }
-                return std::string();
-            },
-            [](const auto& /*other*/) { return std::string(); }},
-        action);
-}
-
-/** A carrier is judged by the variables as they are, which have to be those that its handler knows. */
-std::string Drive::whyNotTune(const Tune& tune) {
-    if (!m_waiting.empty()) {
-        const auto& [variable, phase] = *m_waiting.begin();
-        return inQuotes(variable) + " was changed, and the handlers take it over in the next phase " + phase +
-               ": what the carrier comes to is not known";
-    }
-    Standalone::Platform& platform = m_session.radio().platform();
-    return Plan::whyNotTune(m_board, platform, tune.direction, tune.channel, tune.frequency);
-}
-
-std::string Drive::whyNotTemperature(int degrees) const {
-    if (m_hardware.isReal() && m_board.hardware.description.sensor) {
-        return "the temperature is that of the sensor, which is told again as soon as it changes";
-    }
-    return Plan::whyNotTemperature(m_board, degrees);
-}
-
-void Drive::noteWaiting(const SetVariable& command) {
-    const std::string_view phase = phaseThatCopies(command.name, m_board);
-    if (!phase.empty()) {
-        m_waiting[command.name] = phase;
-    }
+    return m_guard.whyNot(action, m_session.radio().platform());
 }
 
 void Drive::idle() {

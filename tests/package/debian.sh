@@ -1,10 +1,11 @@
 #!/bin/sh
-# debian.sh CPACK BUILD VERSION ARCHITECTURE RECORDED UNPACKED
+# debian.sh CPACK BUILD VERSION ARCHITECTURE RECORDED UNPACKED [PYTHON]
 #
 # Makes the Debian packages of BUILD, looks at what would keep them from being installed and used, holds the lists of
-# their files against RECORDED.runtime and RECORDED.development, and unpacks both into UNPACKED.
+# their files against RECORDED.runtime, RECORDED.development and, where there is one for PYTHON, such as 3.11,
+# RECORDED.python, and unpacks them into UNPACKED.
 set -eu
-cpack=$1 build=$2 version=$3 architecture=$4 recorded=$5 unpacked=$6
+cpack=$1 build=$2 version=$3 architecture=$4 recorded=$5 unpacked=$6 python_version=${7:-}
 fail() {
     echo "$1"
     exit 1
@@ -23,19 +24,34 @@ for library in libc6 libstdc++6 libgcc-s1 libedit2 libtomlplusplus3 libiio0 libs
 done
 [ "$(dpkg-deb --field "$development" Depends)" = "frequencyhandler (= $version)" ] || fail "$development: depends"
 
+packages="$runtime $development"
+if [ -n "$python_version" ]; then
+    python=packages/python3-frequencyhandler_${version}_$architecture.deb
+    packages="$packages $python"
+    depends=$(dpkg-deb --field "$python" Depends)
+    for package in "frequencyhandler (= $version)" python3-numpy "python3 (>= $python_version~)" "python3 (<< 3.$((${python_version#3.} + 1)))"; do
+        echo "$depends" | tr ',' '\n' | grep -qxF -e "$package" -e " $package" ||
+            fail "$python does not depend on $package, but on: $depends"
+    done
+    for script in postinst prerm; do
+        dpkg-deb --info "$python" $script | sh -n || fail "$python: $script"
+    done
+fi
+
 shlibs=$(dpkg-deb --info "$runtime" shlibs)
 echo "$shlibs" | grep -qx "libFrequencyHandler 0 frequencyhandler (>= $version)" ||
     fail "who builds against $runtime will depend on: $shlibs"
 
 files() {
-    dpkg-deb --fsys-tarfile "$1" | tar --list | grep -v '/$' | sed 's/^\.//; s/Config-[a-z]*\.cmake$/Config-(build type).cmake/' | LC_ALL=C sort
+    dpkg-deb --fsys-tarfile "$1" | tar --list | grep -v '/$' | sed 's/^\.//; s/Config-[a-z]*\.cmake$/Config-(build type).cmake/; s/_engine\.cpython-[^/]*\.so$/_engine.(python).so/' | LC_ALL=C sort
 }
 files "$runtime" | diff "$recorded.runtime" - || fail "$runtime has other files than $recorded.runtime says"
 files "$development" | diff "$recorded.development" - || fail "$development has other files than $recorded.development says"
+[ -z "$python_version" ] || files "$python" | diff "$recorded.python" - || fail "$python has other files than $recorded.python says"
 
 # Files are root's, writable by nobody else, and name no place outside the package.
 rm -rf "$unpacked"
-for package in "$runtime" "$development"; do
+for package in $packages; do
     dpkg-deb --contents "$package" | grep -vE '^([-d]rwxr-xr-x|-rw-r--r--|lrwxrwxrwx) root/root ' &&
         fail "$package: owners or permissions"
     dpkg-deb --extract "$package" "$unpacked"

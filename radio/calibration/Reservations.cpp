@@ -1,4 +1,4 @@
-#include "radioctl/calibrate/Reservations.h"
+#include "radio/calibration/Reservations.h"
 
 #include "radio/plan/TuneCheck.h"
 #include "radio/session/BootedRadio.h"

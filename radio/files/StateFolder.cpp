@@ -1,4 +1,4 @@
-#include "radioctl/console/StateFolder.h"
+#include "radio/files/StateFolder.h"
 
 #include <cstdlib>
 

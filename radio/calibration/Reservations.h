@@ -1,5 +1,5 @@
-#ifndef RADIOCTL_CALIBRATE_RESERVATIONS_H
-#define RADIOCTL_CALIBRATE_RESERVATIONS_H
+#ifndef RADIO_CALIBRATION_RESERVATIONS_H
+#define RADIO_CALIBRATION_RESERVATIONS_H
 
 #include "radio/board/Board.h"
 #include "radio/calibration/Calibration.h"

@@ -1,0 +1,15 @@
+#include "python/binding/Binding.h"
+#include "python/binding/Errors.h"
+
+PYBIND11_MODULE(_engine, module) {
+    module.doc() = "The engines behind the package frequencyhandler, which is what programs use.";
+    module.attr("version") = FREQUENCYHANDLER_VERSION;
+    Radio::Python::translateErrors();
+    Radio::Python::bindBoards(module);
+    Radio::Python::bindRadios(module);
+    Radio::Python::bindPlan(module);
+    Radio::Python::bindTables(module);
+    Radio::Python::bindThermal(module);
+    Radio::Python::bindCalibration(module);
+    Radio::Python::bindRecordings(module);
+}

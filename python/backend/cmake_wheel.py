@@ -1,0 +1,96 @@
+"""Makes a wheel with CMake, for pip: PEP 517, and nothing but the standard library.
+
+It has the extension module, the package around it, and the two shared libraries of the project that the module needs; those
+of others are the system's. FREQUENCYHANDLER_BUILD names a build directory that is built already, whose files are then taken.
+"""
+
+import base64
+import hashlib
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import sysconfig
+import tarfile
+import tempfile
+import zipfile
+
+TOP = pathlib.Path(__file__).resolve().parents[2]
+NAME = "frequencyhandler"
+
+
+def version():
+    """As CMakeLists.txt has it."""
+    return re.search(r"project\(\w+ VERSION ([0-9.]+)", (TOP / "CMakeLists.txt").read_text()).group(1)
+
+
+def tag():
+    """For which Python, which interface of it and which system the wheel is."""
+    python = f"cp{sys.version_info.major}{sys.version_info.minor}"
+    return f"{python}-{python}-{re.sub('[^a-zA-Z0-9]', '_', sysconfig.get_platform())}"
+
+
+def run(*command):
+    """What goes wrong ends the build, with what was said of it."""
+    subprocess.run([str(word) for word in command], check=True)
+
+
+def build():
+    """A build directory with everything that the wheel has."""
+    given = os.environ.get("FREQUENCYHANDLER_BUILD")
+    if given:
+        return pathlib.Path(given)
+    directory = TOP / "build" / f"wheel-{tag()}"
+    run("cmake", "-S", TOP, "-B", directory, "-DCMAKE_BUILD_TYPE=Release", "-DFREQUENCYHANDLER_TESTS=OFF",
+        f"-DPython_EXECUTABLE={sys.executable}")
+    run("cmake", "--build", directory, "--target", "python_engine", "--parallel")
+    return directory
+
+
+def contents(stage):
+    """What is in the wheel: names and files. A library goes by the name that the loader looks for."""
+    links = {path.resolve() for path in stage.rglob("*") if path.is_symlink()}
+    root = next(stage.rglob(NAME)).parent
+    for path in sorted(root.rglob("*")):
+        if path.is_file() and (path.is_symlink() or path.resolve() not in links):
+            yield path.relative_to(root).as_posix(), path.read_bytes()
+
+
+def digest(data):
+    """As RECORD has it."""
+    return "sha256=" + base64.urlsafe_b64encode(hashlib.sha256(data).digest()).rstrip(b"=").decode()
+
+
+def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
+    """The hook of PEP 517; gives the name of the wheel."""
+    info = f"{NAME}-{version()}.dist-info"
+    name = f"{NAME}-{version()}-{tag()}.whl"
+    directory = build()
+    with tempfile.TemporaryDirectory() as stage:
+        for component in ("python", "wheel"):
+            run("cmake", "--install", directory, "--component", component, "--prefix", stage, "--strip")
+        files = dict(contents(pathlib.Path(stage)))
+    if f"{info}/METADATA" not in files:
+        raise SystemExit("the build has no package for Python: python3-dev or pybind11-dev is missing")
+    files[f"{info}/WHEEL"] = (f"Wheel-Version: 1.0\nGenerator: cmake_wheel\nRoot-Is-Purelib: false\nTag: {tag()}\n").encode()
+    record = "".join(f"{file},{digest(data)},{len(data)}\n" for file, data in files.items()) + f"{info}/RECORD,,\n"
+    files[f"{info}/RECORD"] = record.encode()
+    with zipfile.ZipFile(pathlib.Path(wheel_directory) / name, "w", zipfile.ZIP_DEFLATED) as wheel:
+        for file, data in files.items():
+            entry = zipfile.ZipInfo(file)
+            entry.compress_type = zipfile.ZIP_DEFLATED
+            entry.external_attr = (0o755 if ".so" in file else 0o644) << 16
+            wheel.writestr(entry, data)
+    return name
+
+
+def build_sdist(sdist_directory, config_settings=None):
+    """The hook of PEP 517: the sources as they are, without what was built."""
+    base = f"{NAME}-{version()}"
+    name = f"{base}.tar.gz"
+    with tarfile.open(pathlib.Path(sdist_directory) / name, "w:gz") as archive:
+        for path in sorted(TOP.iterdir()):
+            if path.name not in ("build", ".git", ".cache"):
+                archive.add(path, f"{base}/{path.name}")
+    return name

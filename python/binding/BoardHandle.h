@@ -1,0 +1,44 @@
+#ifndef PYTHON_BINDING_BOARDHANDLE_H
+#define PYTHON_BINDING_BOARDHANDLE_H
+
+#include "python/binding/Values.h"
+#include "radio/board/Board.h"
+#include "radio/board/Finding.h"
+#include "radio/board/PlatformWords.h"
+#include "radio/board/Verdict.h"
+
+#include <memory>
+#include <string>
+
+namespace Radio::Python {
+
+/** A board as Python has it. What is made of it has a copy of its own: a board may be changed meanwhile. */
+struct BoardHandle {
+    Board board;
+
+    std::shared_ptr<const Board> copy() const { return std::make_shared<const Board>(board); }
+};
+
+/** For messages, "a radio of board.toml". */
+std::string named(const char* what, const Board& board);
+
+/** Lets other threads of the interpreter go on while `work` is done; gives what it gives. */
+template <typename Work>
+auto unlocked(const Work& work) {
+    const py::gil_scoped_release release;
+    return work();
+}
+
+/** Throws WordError for a channel that the board does not have. */
+const ChannelDescription& channelOf(const Board& board, int number);
+/** "tx" or "rx"; throws WordError for another word. */
+Direction directionOf(const std::string& word);
+
+/** (severity, (file, line), text) for each. */
+py::list toPython(const std::vector<Finding>& findings);
+/** As frequencyhandler/verdict.py takes it. */
+py::dict toPython(const Verdict& verdict);
+
+} // namespace Radio::Python
+
+#endif

@@ -1,0 +1,184 @@
+#include "ResultCode.h"
+#include "python/binding/Binding.h"
+#include "python/binding/BoardHandle.h"
+#include "python/binding/CalibrationValues.h"
+#include "python/binding/Orders.h"
+#include "python/binding/Patience.h"
+#include "python/binding/Stage.h"
+#include "radio/board/BoardCheck.h"
+#include "radio/board/BoardNames.h"
+#include "radio/calibration/OwnFiles.h"
+#include "radio/calibration/Reservations.h"
+#include "radio/files/AtomicFile.h"
+#include "radio/session/Bench.h"
+#include "radio/text/WordError.h"
+#include "radio/text/Words.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace Radio::Python {
+
+namespace {
+
+/** What becomes of connections shows in the points: what could not be measured, failed. */
+class Silence final : public Devices::HardwareListener {
+public:
+    void lost(const std::string& /*device*/, const std::string& /*why*/) override {}
+    void back(const std::string& /*device*/) override {}
+    void failed(const std::string& /*driver*/, const std::string& /*attribute*/,
+                std::int32_t /*code*/) override {}
+    void sensorFailed(const std::string& /*why*/) override {}
+};
+
+/** The hardware of a calibration, if it has any; left properly on every way out. */
+class Hardware {
+public:
+    Hardware(const Board& board, bool isHardware, bool isForced) {
+        if (isHardware) {
+            m_bench = std::make_unique<Bench>(board, m_silence, folderOfMarks());
+            m_bench->begin();
+            m_bench->hardware().setForced(isForced);
+        }
+    }
+    Hardware(const Hardware&) = delete;
+    Hardware& operator=(const Hardware&) = delete;
+    ~Hardware() = default; // the bench leaves
+
+    Calibration::CalibrationBench bench() {
+        return m_bench ? Calibration::benchOf(m_bench->hardware()) : Calibration::CalibrationBench();
+    }
+    /** False when something could not be written that was to be in the end. */
+    bool leave() {
+        const std::vector<Devices::ExitWrite> writes =
+            m_bench ? m_bench->leave() : std::vector<Devices::ExitWrite>();
+        return std::all_of(writes.begin(), writes.end(),
+                           [](const Devices::ExitWrite& write) { return isSuccess(write.code); });
+    }
+
+private:
+    Silence m_silence;
+    std::unique_ptr<Bench> m_bench;
+};
+
+/** Tells Python what a calibration tells. */
+class Listener final : public Calibration::CalibrationListener {
+public:
+    Listener(Patience& patience, py::object onPoint, py::object onQualified)
+        : m_patience(patience),
+          m_onPoint(std::move(onPoint)),
+          m_onQualified(std::move(onQualified)) {}
+
+    void begins(const Board& /*board*/, const Calibration::Result& /*result*/,
+                std::size_t /*known*/) override {}
+    void qualified(const Calibration::Qualification& qualification) override {
+        tell(m_onQualified, qualification);
+    }
+    void calibrated(const Calibration::Point& point) override { tell(m_onPoint, point); }
+    bool goOn(const Calibration::CalibrationProgress& progress) override {
+        m_last = progress;
+        return m_patience.goOn([&] { return py::make_tuple(toPython(progress)); });
+    }
+    py::tuple last() const { return py::make_tuple(toPython(m_last)); }
+
+private:
+    template <typename What>
+    void tell(const py::object& listener, const What& what) {
+        m_patience.call([&] {
+            if (!listener.is_none()) {
+                listener(toPython(what));
+            }
+        });
+    }
+
+    Patience& m_patience;
+    py::object m_onPoint;
+    py::object m_onQualified;
+    Calibration::CalibrationProgress m_last;
+};
+
+void refuse(const std::string& why) {
+    if (!why.empty()) {
+        throw WordError(why);
+    }
+}
+
+/** What radioctl looks at before it calibrates, in the same order. */
+void requireMeant(const Board& board, const Calibration::CalibrationOrder& order,
+                  const Calibration::CalibrationRun& run, bool isForced) {
+    refuse(Calibration::whyNotOwnFiles(
+        {{"the board", board.file}, {"the journal", run.journalFile()}, {"the tables", run.tablesFile()}}));
+    refuse(Calibration::whyNoJournal(board, run.journalFile()));
+    if (order.beginning == Calibration::Beginning::offline) {
+        return;
+    }
+    refuse(whyNotWithMethod(order.wishes, run.settings().method));
+    requireWritable(run.tablesFile());
+    if (order.isHardware && !isForced) {
+        const std::string reservation = Calibration::reservationAgainst(board, run.settings(), true);
+        refuse(reservation.empty() ? "" : reservation + ", expected force=True where that is meant");
+    }
+}
+
+/** (outcome, why not left properly or None, put-away backup or None, raised). */
+py::tuple calibrate(const BoardHandle& handle, const py::dict& given, const py::dict& listeners) {
+    const auto board = handle.copy();
+    static_cast<void>(channelOf(*board, given["channel"].cast<int>()));
+    const Calibration::CalibrationOrder order = calibrationOrderOf(given);
+    const bool isForced = given["force"].cast<bool>();
+    Patience patience(listeners["progress"], listeners["cancel"]);
+    Listener listener(patience, listeners["on_point"], listeners["on_qualified"]);
+    const Stage stage(named("a calibration", *board));
+    bool hasLeft = true;
+    std::string backup;
+    const Calibration::CalibrationOutcome outcome = unlocked([&] {
+        requireUsable(*board);
+        Calibration::CalibrationRun run(*board, order);
+        requireMeant(*board, order, run, isForced);
+        run.prepare();
+        Hardware hardware(*board, order.isHardware, isForced);
+        run.open();
+        backup = run.putAway().backup;
+        Calibration::CalibrationOutcome result = run.run(listener, hardware.bench());
+        hasLeft = hardware.leave();
+        return result;
+    });
+    patience.finish(listener.last());
+    return py::make_tuple(toPython(outcome), hasLeft, orNone(std::string_view(backup)), patience.raised());
+}
+
+/** (carrier in kHz, degrees, detector, qualification, whether left properly, raised). */
+py::tuple qualify(const BoardHandle& handle, const py::dict& given, const py::object& cancel) {
+    const auto board = handle.copy();
+    static_cast<void>(channelOf(*board, given["channel"].cast<int>()));
+    const Calibration::QualificationOrder order = qualificationOrderOf(given);
+    const bool isForced = given["force"].cast<bool>();
+    Patience patience(py::none(), cancel);
+    const Stage stage(named("a qualification", *board));
+    bool hasLeft = true;
+    const Calibration::ChannelQualification found = unlocked([&] {
+        requireUsable(*board);
+        Calibration::ChannelQualifier qualifier(*board, order);
+        if (order.isHardware && !isForced) {
+            const std::string reservation =
+                Calibration::reservationAgainst(*board, qualifier.settings(), false);
+            refuse(reservation.empty() ? "" : reservation + ", expected force=True where that is meant");
+        }
+        Hardware hardware(*board, order.isHardware, isForced);
+        Calibration::ChannelQualification result =
+            qualifier.run([&patience] { return patience.goOn(); }, hardware.bench());
+        hasLeft = hardware.leave();
+        return result;
+    });
+    return py::make_tuple(found.frequency, found.temperature, text(found.detector), toPython(found.result),
+                          hasLeft, patience.raised());
+}
+
+} // namespace
+
+void bindCalibration(py::module_& module) {
+    module.def("calibrate", &calibrate);
+    module.def("qualify", &qualify);
+}
+
+} // namespace Radio::Python

@@ -1,0 +1,53 @@
+#ifndef PYTHON_BINDING_PATIENCE_H
+#define PYTHON_BINDING_PATIENCE_H
+
+#include "python/binding/Values.h"
+
+#include <chrono>
+#include <functional>
+#include <optional>
+
+namespace Radio::Python {
+
+/**
+ * What long work asks whether to go on: it looks for signals, tells progress and hears of cancellation, not
+ * more often than anybody would notice. What Python raises meanwhile ends the work as a cancellation does,
+ * and is kept for who asked for the work, who has its result then, too.
+ *
+ * Made and destroyed with the interpreter's lock; asked without it, on the thread that works.
+ */
+class Patience {
+public:
+    /** `progress` is called with what `tell` gives, `cancel` without anything, where they are not None. */
+    explicit Patience(py::object progress = py::none(), py::object cancel = py::none());
+
+    /** Asked again and again. `tell` makes the arguments of `progress`, and is called with the interpreter's
+     * lock. */
+    bool goOn(const std::function<py::tuple()>& tell);
+    bool goOn() {
+        return goOn([] { return py::tuple(); });
+    }
+    /** Calls into Python from work that goes on: what is raised is kept, and ends the work. */
+    void call(const std::function<void()>& what);
+
+    /** Tells progress a last time, however short ago it was told. With the interpreter's lock. */
+    void finish(const py::tuple& arguments);
+    /** What Python raised meanwhile, or None. With the interpreter's lock. */
+    py::object raised() const;
+    bool isOver() const { return m_isCancelled || m_error.has_value(); }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    void look(const std::function<py::tuple()>& tell);
+
+    py::object m_progress;
+    py::object m_cancel;
+    Clock::time_point m_next;
+    bool m_isCancelled = false;
+    std::optional<py::error_already_set> m_error;
+};
+
+} // namespace Radio::Python
+
+#endif

@@ -1,0 +1,121 @@
+"""The drivers and the variables of a radio that is up."""
+
+from __future__ import annotations
+
+from typing import TYPE_CHECKING, Any, Iterator, Mapping, Sequence, Tuple, Union
+
+from ._arguments import INT32, INT64, flag, text, whole, wrong_type
+from .errors import ArgumentError
+from .events import Outcome
+
+if TYPE_CHECKING:
+    from .radio import Radio
+
+__all__ = ["Driver", "Drivers", "Variables"]
+
+
+class Driver:
+    """A driver of a radio, read and written past all handlers, as a client of the driver layer does."""
+
+    def __init__(self, radio: Radio, name: str) -> None:
+        self._radio = radio
+        self._name = name
+
+    @property
+    def name(self) -> str:
+        """Its name."""
+        return self._name
+
+    @property
+    def value(self) -> int:
+        """What was written or read last, in the driver's unit; asks nobody."""
+        return int(self._radio._engine.driver(self._name)[0])
+
+    @property
+    def writes(self) -> int:
+        """How many writes succeeded."""
+        return int(self._radio._engine.driver(self._name)[1])
+
+    @property
+    def is_real(self) -> bool:
+        """Real hardware stands behind it."""
+        return bool(self._radio._engine.driver(self._name)[2])
+
+    def read(self) -> int:
+        """Its value, read through its record, in its unit. Raises :class:`CommandFailed` with the driver's code."""
+        value = self._radio._act(["read", self._name]).value
+        assert value is not None  # a read that gives none has failed
+        return value
+
+    def write(self, value: int, *, force: bool = False) -> Outcome:
+        """Writes a value of up to 32 bits, or up to 64 to a driver that takes Hz. Raises :class:`CommandFailed` with the
+        driver's code, and on hardware for a value outside its range, unless it is forced."""
+        words = ["write", self._name, str(whole("value", value, INT64))]
+        return self._radio._act(words + ["force"] * flag("force", force))
+
+    def __repr__(self) -> str:
+        if self._radio.is_closed:
+            return f"<Driver {self._name!r} of a closed radio>"
+        return f"<Driver {self._name!r}: {self.value}>"
+
+
+class Drivers(Mapping[str, Driver]):
+    """The drivers of a radio, by name."""
+
+    def __init__(self, radio: Radio, names: Sequence[str]) -> None:
+        self._radio = radio
+        self._names = tuple(names)
+        self._known = frozenset(names)
+
+    def __getitem__(self, name: str) -> Driver:
+        self._radio._require_open()
+        if not isinstance(name, str) or name not in self._known:
+            raise KeyError(name)
+        return Driver(self._radio, name)
+
+    def __iter__(self) -> Iterator[str]:
+        return iter(self._names)
+
+    def __len__(self) -> int:
+        return len(self._names)
+
+    def __repr__(self) -> str:
+        return f"<{len(self)} drivers of {self._radio!r}>"
+
+
+class Variables(Mapping[str, Tuple[int, ...]]):
+    """The variables of a radio's database, by name; each has one value or more."""
+
+    def __init__(self, radio: Radio, names: Sequence[str]) -> None:
+        self._radio = radio
+        self._names = tuple(names)
+
+    def __getitem__(self, name: str) -> Tuple[int, ...]:
+        self._radio._require_open()
+        if not isinstance(name, str) or name not in self._names:
+            raise KeyError(name)
+        return tuple(self._radio._engine.variable(name))
+
+    def __setitem__(self, name: str, values: Union[int, Sequence[int]]) -> None:
+        self.set(name, values)
+
+    def set(self, name: str, values: Union[int, Sequence[int]]) -> Outcome:
+        """Changes a variable; fewer values than it has places leave the others. The outcome's note says which phase takes
+        it over, if one has to."""
+        given: Any = values
+        if isinstance(given, (str, bytes, Mapping)) or not (hasattr(given, "__iter__") or hasattr(given, "__index__")):
+            raise wrong_type("values", given, "a whole number, or several")
+        items = list(given) if hasattr(given, "__iter__") else [given]
+        if not items:
+            raise ArgumentError("values: none, expected at least one")
+        written = ",".join(str(whole("values", value, INT32)) for value in items)
+        return self._radio._act(["set", text("name", name), written])
+
+    def __iter__(self) -> Iterator[str]:
+        return iter(self._names)
+
+    def __len__(self) -> int:
+        return len(self._names)
+
+    def __repr__(self) -> str:
+        return f"<{len(self)} variables of {self._radio!r}>"

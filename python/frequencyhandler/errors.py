@@ -1,0 +1,140 @@
+"""What can go wrong, as exceptions.
+
+Every exception of the package is an :class:`Error`, and beside that what Python has for its kind: a :class:`ValueError`, a
+:class:`TypeError`, a :class:`RuntimeError` or an :class:`AssertionError`. Whoever has to do with a file finds ``file``,
+``line`` and ``expected`` in it.
+"""
+
+from __future__ import annotations
+
+from typing import Any, Optional, Sequence, Tuple
+
+__all__ = [
+    "Error", "ArgumentError", "ArgumentTypeError", "InputError", "ChoiceError", "RadioError", "CommandFailed",
+    "ClosedError", "BusyError", "ExpectationFailed", "Interrupted",
+]
+
+#: A file and a line in it; the line is None for the file as a whole.
+Place = Tuple[Optional[str], Optional[int]]
+#: A driver, the value that was expected of it, and the one that was found; None: there is none at this place.
+AlignedWrite = Tuple[str, Optional[int], Optional[int]]
+
+
+def expected_in(message: str) -> str | None:
+    """What a message says was expected, or None.
+
+    >>> expected_in("channel 3: no such channel, expected one of 1, 2")
+    'one of 1, 2'
+    >>> expected_in("cannot be read") is None
+    True
+    """
+    _, found, expected = message.rpartition("expected ")
+    return expected if found else None
+
+
+class Error(Exception):
+    """Whatever this package raises of its own."""
+
+    def __init__(self, message: str, *rest: Any) -> None:
+        super().__init__(message)
+        self._given = (message, *rest)
+
+    def __reduce__(self) -> Tuple[Any, Tuple[Any, ...]]:
+        # They cross to other processes, which calibrate batches, with all that they have.
+        return type(self), self._given
+
+
+class ArgumentError(Error, ValueError):
+    """A value that cannot be used; nothing was done.
+
+    ``expected`` is what could have been, as a text, or None.
+    """
+
+    def __init__(self, message: str) -> None:
+        super().__init__(message)
+        self.expected = expected_in(message)
+
+
+class ArgumentTypeError(Error, TypeError):
+    """A value of a type that cannot be used; nothing was done. ``expected`` as in :class:`ArgumentError`."""
+
+    def __init__(self, message: str) -> None:
+        super().__init__(message)
+        self.expected = expected_in(message)
+
+
+class InputError(Error, ValueError):
+    """A file, or a board, that cannot be used.
+
+    ``file`` and ``line`` say where, ``text`` what, and ``expected`` what should be there; each but ``text`` may be None.
+    """
+
+    def __init__(self, message: str, place: Place, text: str) -> None:
+        super().__init__(message, place, text)
+        self.file, self.line = place
+        self.text = text
+        self.expected = expected_in(text)
+
+
+class ChoiceError(InputError):
+    """Input that could be used if something had been asked for otherwise.
+
+    ``choice`` names what: "temperatures", "step", "restart"; ``among`` says which values there are, and may be empty.
+    """
+
+    def __init__(self, message: str, place: Place, text: str, choice: str, among: str) -> None:
+        super().__init__(message, place, text)
+        self._given = (message, place, text, choice, among)
+        self.choice = choice
+        self.among = among
+
+
+class RadioError(Error, RuntimeError):
+    """A radio that did not come up, or did not take what it was told."""
+
+
+class CommandFailed(RadioError):
+    """A command that a radio carried out and that failed. ``outcome`` has all that came of it."""
+
+    def __init__(self, message: str, outcome: Any) -> None:
+        super().__init__(message, outcome)
+        self.outcome = outcome
+
+
+class ClosedError(Error, RuntimeError):
+    """Something is used that was closed."""
+
+
+class BusyError(Error, RuntimeError):
+    """There is one radio at a time in a process, and it does one thing at a time."""
+
+
+class ExpectationFailed(Error, AssertionError):
+    """An expectation that does not hold.
+
+    ``expected`` and ``found`` are texts. Where writes were expected, ``writes`` has both lists side by side, as
+    (driver, expected, found), and the message shows them.
+    """
+
+    def __init__(self, message: str, expected: str, found: str, writes: Sequence[AlignedWrite] = ()) -> None:
+        super().__init__(message, expected, found, writes)
+        self.expected = expected
+        self.found = found
+        self.writes = tuple(writes)
+
+
+class Interrupted(KeyboardInterrupt):
+    """Ctrl-C ended long work. Nothing is lost: ``result`` has what came of it so far."""
+
+    def __init__(self, result: Any) -> None:
+        super().__init__("interrupted; the exception's result has what came of it so far")
+        self.result = result
+
+
+def finish(result: Any, raised: BaseException | None) -> None:
+    """Raises what ended long work, if anything did, with what came of it so far."""
+    if raised is None:
+        return
+    if isinstance(raised, KeyboardInterrupt):
+        raise Interrupted(result) from raised
+    raise raised

@@ -1,0 +1,205 @@
+"""What a radio tells while it works, in the order in which it happens."""
+
+from __future__ import annotations
+
+from dataclasses import dataclass
+from typing import Any, Callable, Dict, NamedTuple, Optional, Sequence, Tuple, Union
+
+__all__ = ["Write", "FailedWrite", "Call", "Trace", "Notified", "Phase", "PhaseStep", "Warned", "HardwareNews", "Sensed",
+           "Event"]
+
+
+class Write(NamedTuple):
+    """A value that reached hardware, in the driver's unit. Carriers of remote radio units go by names such as
+    "IRauHandler_1.tx". As a tuple it is the pair (driver, value)."""
+
+    driver: str
+    value: int
+
+
+class FailedWrite(NamedTuple):
+    """A value that the hardware refused, with the driver's code."""
+
+    driver: str
+    value: int
+    code: int
+
+
+class Call(NamedTuple):
+    """Another call of the library to its platform; told to who asks for it with ``calls=True``."""
+
+    operation: str
+    object: str
+    value: int
+    code: int
+
+
+class Trace(NamedTuple):
+    """A trace message; ``level`` is "error", "warning", "notice" or "information"."""
+
+    level: str
+    text: str
+    source: str
+
+
+class Notified(NamedTuple):
+    """A frequency handler told an observer its carrier, in kHz."""
+
+    direction: str
+    channel: int
+    carrier_khz: int
+    through_c: bool
+
+
+class PhaseStep(NamedTuple):
+    """The turn of one module in a phase, with its result code."""
+
+    module: str
+    channel: int
+    code: int
+
+
+class Phase(NamedTuple):
+    """A start-up phase, and the modules that had their turn; the last may have failed."""
+
+    number: int
+    meaning: str
+    succeeded: bool
+    steps: Tuple[PhaseStep, ...]
+
+
+class Warned(NamedTuple):
+    """What is about to be done, or was, should perhaps not be."""
+
+    text: str
+
+
+class HardwareNews(NamedTuple):
+    """What became of real hardware: ``kind`` is "lost" or "back" for a device, "failed" for a driver, whose attribute is in
+    ``why``, or "sensor"."""
+
+    kind: str
+    what: str
+    why: str
+    code: int
+
+
+class Sensed(NamedTuple):
+    """The temperature that a real sensor gave, in degrees Celsius, and how many observers were told."""
+
+    degrees: int
+    told: int
+
+
+Event = Union[Write, FailedWrite, Call, Trace, Notified, Phase, Warned, HardwareNews, Sensed]
+
+
+def _write(driver: str, value: int, code: int) -> Event:
+    return FailedWrite(driver, value, code) if code & 0x8000 else Write(driver, value)
+
+
+def _phase(number: int, meaning: str, succeeded: bool, steps: Sequence[Any]) -> Event:
+    return Phase(number, meaning, succeeded, tuple(PhaseStep(*step) for step in steps))
+
+
+_MAKERS: Dict[str, Callable[..., Event]] = {
+    "write": _write, "call": Call, "trace": Trace, "notified": Notified, "phase": _phase, "warning": Warned,
+    "hardware": HardwareNews, "sensed": Sensed,
+}
+
+
+def event(given: Tuple[Any, ...]) -> Event:
+    """An event of what the engine tells.
+
+    >>> event(("write", "channel.1.tx.rf.frequency", 7442000, 0))
+    Write(driver='channel.1.tx.rf.frequency', value=7442000)
+    """
+    return _MAKERS[given[0]](*given[1:])
+
+
+@dataclass(frozen=True)
+class Listing:
+    """A list of what a radio has."""
+
+    title: str
+    columns: Tuple[str, ...]
+    rows: Tuple[Tuple[Any, ...], ...]
+
+
+class Outcome:
+    """What came of one command. As a sequence it has the writes that reached hardware: ``for driver, value in outcome``.
+
+    ``command`` is what was carried out, ``code`` the result, of which bit 0x8000 says failure, and ``note`` what else
+    there is to know, or empty. ``value`` is what was read, of a read; ``events`` has all that happened.
+    """
+
+    __slots__ = ("command", "code", "note", "value", "listing", "_given", "_events")
+
+    def __init__(self, command: str, code: int, note: str, events: Sequence[Tuple[Any, ...]], value: Optional[int] = None,
+                 listing: Optional[Listing] = None) -> None:
+        self.command = command
+        self.code = code
+        self.note = note
+        self.value = value
+        self.listing = listing
+        self._given: Optional[Sequence[Tuple[Any, ...]]] = events
+        self._events: Tuple[Event, ...] = ()
+
+    @property
+    def events(self) -> Tuple[Event, ...]:
+        """All that happened, in order."""
+        if self._given is not None:
+            self._events = tuple(map(event, self._given))
+            self._given = None
+        return self._events
+
+    @property
+    def ok(self) -> bool:
+        """It did not fail. A carrier that hardware refused is no failure of the tune: see :attr:`failed_writes`."""
+        return not self.code & 0x8000
+
+    @property
+    def writes(self) -> Tuple[Write, ...]:
+        """What reached hardware, in order."""
+        return tuple(item for item in self.events if isinstance(item, Write))
+
+    @property
+    def failed_writes(self) -> Tuple[FailedWrite, ...]:
+        """What hardware refused."""
+        return tuple(item for item in self.events if isinstance(item, FailedWrite))
+
+    @property
+    def traces(self) -> Tuple[str, ...]:
+        """The texts of the trace messages."""
+        return tuple(item.text for item in self.events if isinstance(item, Trace))
+
+    @property
+    def notifications(self) -> Tuple[Notified, ...]:
+        """Who was told which carrier."""
+        return tuple(item for item in self.events if isinstance(item, Notified))
+
+    @property
+    def warnings(self) -> Tuple[str, ...]:
+        """What speaks against it."""
+        return tuple(item.text for item in self.events if isinstance(item, Warned))
+
+    def __iter__(self) -> Any:
+        return iter(self.writes)
+
+    def __len__(self) -> int:
+        return len(self.writes)
+
+    def __bool__(self) -> bool:
+        return self.ok
+
+    def __getitem__(self, driver: str) -> int:
+        """The last value that was written to a driver; raises KeyError when none was."""
+        for write in reversed(self.writes):
+            if write.driver == driver:
+                return write.value
+        raise KeyError(driver)
+
+    def __repr__(self) -> str:
+        result = "ok" if self.code == 0 else f"0x{self.code & 0xFFFFFFFF:04x}"
+        writes = " ".join(f"{driver}={value}" for driver, value in self.writes)
+        return f"<{self.command}: {result}{', ' + self.note if self.note else ''}; {writes or 'no writes'}>"

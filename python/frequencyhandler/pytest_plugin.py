@@ -1,0 +1,85 @@
+"""Fixtures for acceptance tests of a radio.
+
+They are there with ``pytest -p frequencyhandler.pytest_plugin``, or ``pytest_plugins = ["frequencyhandler.pytest_plugin"]``
+in a conftest.py; installed from a wheel or a package, they are there without either. Which board a test is about, a fixture
+``board_file`` says that the tests have themselves, or ``--board FILE``; ``--hardware`` runs them on the real radio.
+"""
+
+from __future__ import annotations
+
+from typing import Any, Iterator, List, Optional, Tuple
+
+import pytest
+
+from .board import Board
+from .events import FailedWrite, Write
+from .radio import Radio
+
+
+def pytest_addoption(parser: pytest.Parser) -> None:
+    """Adds --board and --hardware."""
+    group = parser.getgroup("frequencyhandler")
+    group.addoption("--board", metavar="FILE", help="the board that tests are about")
+    group.addoption("--hardware", action="store_true", help="drive its real hardware, and skip tests that mock it")
+
+
+@pytest.fixture
+def board_file(request: pytest.FixtureRequest) -> str:
+    """The board file: that of --board, unless the tests have a fixture of this name."""
+    file: Optional[str] = request.config.getoption("--board")
+    if file is None:
+        pytest.fail("which board? Expected --board FILE, or a fixture board_file", pytrace=False)
+    return file
+
+
+@pytest.fixture
+def board(board_file: Any) -> Board:
+    """The board of :func:`board_file`, to be changed before the radio boots."""
+    return Board.load(board_file)
+
+
+@pytest.fixture
+def radio(request: pytest.FixtureRequest, board: Board) -> Iterator[Radio]:
+    """A radio that is up, and closed when the test is over; with --hardware the real one."""
+    with Radio(board, hardware=request.config.getoption("--hardware")) as opened:
+        yield opened
+
+
+class MockedHardware:
+    """What stands in for hardware: what is written to it, and how it fails."""
+
+    def __init__(self, radio: Radio) -> None:
+        self.radio = radio
+        self._events = radio.events(Write, FailedWrite)
+        self._seen: List[Any] = []
+
+    def _all(self) -> List[Any]:
+        self._seen += self._events
+        return self._seen
+
+    @property
+    def writes(self) -> Tuple[Write, ...]:
+        """What reached hardware since the test began, in order."""
+        return tuple(item for item in self._all() if isinstance(item, Write))
+
+    @property
+    def refused(self) -> Tuple[FailedWrite, ...]:
+        """What it refused."""
+        return tuple(item for item in self._all() if isinstance(item, FailedWrite))
+
+    def refuse(self, driver: str, code: int = 0x8001, *, times: Optional[int] = None) -> None:
+        """From now on a driver refuses what is written to it, so many times or always."""
+        self.radio.faults.inject("driver-write", driver, code, times=times)
+
+    def forget(self) -> None:
+        """What was written counts no more."""
+        self._all()
+        self._seen = []
+
+
+@pytest.fixture
+def mocked_hardware(request: pytest.FixtureRequest, radio: Radio) -> MockedHardware:
+    """Hardware that is none, under the same :func:`radio`. With --hardware the test is skipped, with that reason."""
+    if request.config.getoption("--hardware"):
+        pytest.skip("the test has hardware fail, and --hardware drives the real one")
+    return MockedHardware(radio)

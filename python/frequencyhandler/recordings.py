@@ -1,0 +1,177 @@
+"""Recordings: what passed between a library and its platform, read record by record."""
+
+from __future__ import annotations
+
+import json
+import shutil
+import subprocess
+from dataclasses import dataclass
+from types import TracebackType
+from typing import Any, Dict, Iterator, Optional, Tuple, Type
+
+from . import _engine
+from ._arguments import PathLike, path, shown, text
+from .errors import ArgumentError, ClosedError, RadioError
+
+__all__ = ["read", "replay", "Recording", "Header", "Object", "Record", "Losses", "Replayed"]
+
+
+@dataclass(frozen=True)
+class Header:
+    """What the beginning of a recording says of it; None where nothing is known. ``started_ns`` is in nanoseconds since 1970,
+    ``passed_over`` how many things were not recorded for want of room."""
+
+    version: int
+    word_bits: int
+    process: int
+    started_ns: int
+    build_id: Optional[str]
+    machine: Optional[str]
+    library: Optional[str]
+    unit: Optional[str]
+    board: Optional[str]
+    program: Optional[str]
+    passed_over: int
+
+
+@dataclass(frozen=True)
+class Object:
+    """Something that records speak of."""
+
+    number: int
+    kind: str
+    name: str
+    channel: Optional[int]
+
+
+@dataclass(frozen=True)
+class Record:
+    """One record: ``kind`` is its word, "tune-tx" or "driver-write" for example; ``incoming`` what comes into the library.
+    What ``numbers`` and ``data`` mean depends on the kind."""
+
+    sequence: int
+    kind: str
+    incoming: bool
+    thread: int
+    depth: int
+    object_kind: Optional[str]
+    object: Optional[str]
+    channel: Optional[int]
+    outcome: str
+    code: int
+    numbers: Tuple[int, int, int, int]
+    data: bytes
+
+
+@dataclass(frozen=True)
+class Losses:
+    """What is not there any more: slots that newer ones took the place of, and those that nobody finished."""
+
+    overwritten: int
+    unfinished: int
+
+
+class Recording:
+    """A recording, which can be gone through as often as wanted: ``for record in recording``."""
+
+    def __init__(self, file: PathLike) -> None:
+        name = path("file", file)
+        self._file = name.decode("utf-8", "surrogateescape")
+        self._engine: Optional[_engine.Recording] = _engine.Recording(name)
+
+    def _open(self) -> _engine.Recording:
+        if self._engine is None:
+            raise ClosedError(f"the recording {self._file} is closed")
+        return self._engine
+
+    @property
+    def header(self) -> Header:
+        """What its beginning says of it."""
+        return Header(**self._open().header())
+
+    @property
+    def objects(self) -> Tuple[Object, ...]:
+        """What it speaks of."""
+        return tuple(Object(*given) for given in self._open().objects())
+
+    @property
+    def losses(self) -> Losses:
+        """What is not there any more, as far as it was gone through."""
+        return Losses(*self._open().losses())
+
+    def __iter__(self) -> Iterator[Record]:
+        self._open().rewind()
+        while True:
+            given = self._open().next()
+            if given is None:
+                return
+            yield Record(*given)
+
+    def close(self) -> None:
+        """Lets go of its memory. The second time does nothing."""
+        self._engine = None
+
+    def __enter__(self) -> Recording:
+        self._open()
+        return self
+
+    def __exit__(self, kind: Optional[Type[BaseException]], error: Optional[BaseException],
+                 trace: Optional[TracebackType]) -> None:
+        self.close()
+
+    def __repr__(self) -> str:
+        if self._engine is None:
+            return f"<Recording {self._file!r}, closed>"
+        return f"<Recording {self._file!r}: {len(self.objects)} objects>"
+
+
+def read(file: PathLike) -> Recording:
+    """Reads a recording. Raises :class:`InputError` with what no recorder writes."""
+    return Recording(file)
+
+
+@dataclass(frozen=True)
+class Replayed:
+    """What the library at hand did with one recording. ``outcome`` is "identical", "identical_until_gap", "different",
+    "stopped" or "unusable", for the latter two with a ``reason``; ``calls`` were the same, of ``recorded_calls``.
+    ``difference`` tells where it went another way ("recorded", "now", ...), or is None."""
+
+    file: str
+    outcome: str
+    calls: int
+    recorded_calls: int
+    reason: Optional[str]
+    difference: Optional[Dict[str, Any]]
+
+    @property
+    def is_same(self) -> bool:
+        """The library did what it did then, as far as the recording goes."""
+        return self.outcome in ("identical", "identical_until_gap")
+
+
+def _replayed(event: Dict[str, Any]) -> Replayed:
+    known = ("schema", "event", "file", "outcome", "calls", "recorded_calls", "reason")
+    rest = {name: value for name, value in event.items() if name not in known}
+    return Replayed(event["file"], event["outcome"], event["calls"], event["recorded_calls"], event.get("reason"),
+                    rest or None)
+
+
+def replay(*files: PathLike, radioctl: str = "radioctl") -> Tuple[Replayed, ...]:
+    """Has the library live recordings again, each in a process of its own, and says where it goes another way.
+
+    The processes are ``radioctl``'s, which is looked for in PATH: a crash of the library is a result there, and not the end
+    of this one. Raises :class:`ArgumentError` without files or ``radioctl``, :class:`RadioError` when that does not answer.
+    Ctrl-C ends them.
+    """
+    names = [path("files", file) for file in files]
+    if not names:
+        raise ArgumentError("files: none, expected at least one recording")
+    program = shutil.which(text("radioctl", radioctl))
+    if program is None:
+        raise ArgumentError(f"radioctl: {shown(radioctl)} was not found, expected the program or its path")
+    done = subprocess.run([program, "replay", "--json", "--", *names], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    events = [json.loads(line) for line in done.stdout.splitlines()]
+    results = tuple(_replayed(event) for event in events if event["event"] == "replayed_recording")
+    if len(results) != len(names):
+        raise RadioError(f"radioctl replay: {done.stderr.decode(errors='replace').strip() or 'no answer'}")
+    return results

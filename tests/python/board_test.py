@@ -1,0 +1,100 @@
+"""Boards, read and changed in memory."""
+
+import numpy as np
+import pytest
+
+from frequencyhandler import ArgumentError, ArgumentTypeError, Board, InputError, Radio, Table
+
+I_TABLE = "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I"
+
+
+def test_wrong_file_says_file_line_and_what_was_expected(tmp_path):
+    file = tmp_path / "wrong.toml"
+    file.write_text('name = "x"\nchannels = 3\n')
+    with pytest.raises(InputError) as caught:
+        Board.load(file)
+    assert caught.value.file == str(file)
+    assert caught.value.line == 2
+    assert caught.value.expected
+    assert str(caught.value) == f"{file}:2: {caught.value.text}"
+
+
+def test_channels_limits_and_rasters_are_those_of_the_file(leaking):
+    assert [(one.number, one.type, one.has_leakage) for one in leaking.channels] == [
+        (1, "microwave-hz", True), (2, "microwave-hz", True)]
+    assert leaking.limits.temperature == (-33, 55)
+    assert leaking.limits.leakage_dbc == -74.0
+    assert leaking.limits.if_pll_khz is None
+    assert leaking.rasters[0].rows[0] == ("tx", 17727500, 27500, 35)
+
+
+def test_check_finds_what_the_board_lacks(boards):
+    file = boards / "rf-module-7ghz.toml"
+    file.write_text(file.read_text().replace("channel.1.tx.rf.frequency", "channel.1.tx.rf.frequenzy"))
+    found = Board.load(file).check()
+    assert any(finding.severity in ("error", "warning") and "channel.1.tx.rf.frequency" in finding.text
+               for finding in found)
+    assert all(finding.file == str(file) for finding in found)
+
+
+def test_tables_are_arrays_of_int32(leaking):
+    table = leaking.tables[I_TABLE]
+    assert table.values.dtype == np.int32
+    assert table.values.shape == (table.axis1.size, table.axis2.size)
+    assert table.column == "i"
+    assert table.file.endswith("lo-leakage-18ghz.channel-1.csv")
+
+
+def test_changed_table_is_what_the_next_radio_writes(leaking):
+    table = leaking.tables[I_TABLE]
+    leaking.tables[I_TABLE] = table.axis1, table.axis2, np.full_like(table.values, 77)
+    with Radio(leaking) as radio:
+        radio.temperature = 25
+        assert radio.tune("tx", 1, "17.7275 GHz")["channel.1.tx.rf.mixer.i"] == 77
+
+
+def test_radio_that_is_up_keeps_its_tables(leaking):
+    with Radio(leaking) as radio:
+        radio.temperature = 25
+        before = radio.tune("tx", 1, "17.7275 GHz")["channel.1.tx.rf.mixer.i"]
+        table = leaking.tables[I_TABLE]
+        leaking.tables[I_TABLE] = Table(table.axis1, table.axis2, table.values + 100)
+        radio.tune("tx", 1, "17.755 GHz")
+        assert radio.tune("tx", 1, "17.7275 GHz")["channel.1.tx.rf.mixer.i"] == before
+
+
+def test_array_that_was_given_can_be_changed_without_changing_the_board(leaking):
+    leaking.tables[I_TABLE].values[:] = 0
+    assert leaking.tables[I_TABLE].values.any()
+
+
+def test_copy_has_tables_of_its_own(leaking):
+    other = leaking.copy()
+    other.tables["new"] = [1, 2], None, [3, 4]
+    assert "new" in other.tables
+    assert "new" not in leaking.tables
+    assert other.tables["new"].axis2 is None
+
+
+@pytest.mark.parametrize("table, kind", [
+    (([2, 1], None, [0, 0]), ArgumentError),
+    (([1, 1], None, [0, 0]), ArgumentError),
+    (([1, 2], None, [0, 0, 0]), ArgumentError),
+    (([1, 2], [1], [0, 0]), ArgumentError),
+    (([], None, []), ArgumentTypeError),
+    (([1, 2], None, [0, 2**31]), ArgumentError),
+    (([1, 2], None, [0.5, 1.0]), ArgumentTypeError),
+    (([1, 2], None, [[1], [2, 3]]), ArgumentError),
+    ("table", ArgumentTypeError),
+    (([1, 2], None), ArgumentTypeError),
+])
+def test_what_is_no_table_is_refused_and_nothing_changed(leaking, table, kind):
+    with pytest.raises(kind) as caught:
+        leaking.tables["new"] = table
+    assert "expected" in str(caught.value)
+    assert "new" not in leaking.tables
+
+
+def test_repr_says_what_it_is(leaking):
+    assert repr(leaking).startswith("<Board '") and "2 channels" in repr(leaking)
+    assert repr(leaking.tables).startswith("<4 tables of ")

@@ -1,0 +1,93 @@
+"""The examples do what they say."""
+
+import os
+import signal
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+import pytest
+
+EXAMPLES = Path(__file__).parents[2] / "examples"
+
+
+def run(*arguments, **options):
+    return subprocess.run([sys.executable, *map(str, arguments)], capture_output=True, text=True, **options)
+
+
+def test_bring_up_shows_what_reached_the_hardware(boards):
+    done = run(EXAMPLES / "bring_up.py", boards / "rf-module-7ghz.toml")
+    assert (done.returncode, done.stderr) == (0, "")
+    assert "tx 1, 7442000 kHz\n  channel.1.tx.rf.frequency = 7442000\n" in done.stdout
+
+
+def test_bring_up_of_every_board(boards):
+    for board in sorted(boards.glob("*.toml")):
+        done = run(EXAMPLES / "bring_up.py", board)
+        assert done.returncode == 0, (board, done.stdout, done.stderr)
+
+
+def test_bring_up_names_a_board_that_it_cannot_read(tmp_path):
+    done = run(EXAMPLES / "bring_up.py", tmp_path / "none.toml")
+    assert done.returncode == 2
+    assert done.stderr.startswith(f"bring_up: {tmp_path}/none.toml: ")
+
+
+@pytest.fixture
+def units(boards):
+    """Two units of one design, whose serial numbers differ."""
+    text = (boards / "lo-leakage-18ghz.toml").read_text()
+    files = []
+    for serial in ("unit-1", "unit-2"):
+        file = boards / f"{serial}.toml"
+        file.write_text("\n".join(line for line in text.splitlines() if not line.startswith("serial")) + "\n")
+        files.append(file)
+    return files
+
+
+def test_batch_is_calibrated_and_drawn(units, tmp_path):
+    done = run(EXAMPLES / "calibrate_batch.py", "--out", tmp_path / "out", *units)
+    assert (done.returncode, done.stderr) == (0, "")
+    assert done.stdout.count("PASS: ") == 2
+    assert (tmp_path / "out" / "batch.png").read_bytes().startswith(b"\x89PNG")
+    assert (tmp_path / "out" / "unit-1.csv").exists()
+
+
+def test_interrupted_batch_goes_on(units, tmp_path):
+    command = [sys.executable, EXAMPLES / "calibrate_batch.py", "--out", tmp_path / "out", *units]
+    process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, start_new_session=True)
+    deadline = time.monotonic() + 60
+    while not list(tmp_path.glob("out/*.journal")) and time.monotonic() < deadline:
+        time.sleep(0.02)
+    os.killpg(process.pid, signal.SIGINT)
+    process.communicate(timeout=60)
+    assert process.returncode in (0, 128 + signal.SIGINT)
+    done = run(*command[1:])
+    assert done.stdout.count("PASS: ") == 2, done.stderr
+
+
+def test_acceptance_test_passes(boards):
+    done = run("-m", "pytest", "-q", "-p", "no:cacheprovider", "-p", "frequencyhandler.pytest_plugin", "--board",
+               boards / "rf-module-7ghz.toml", EXAMPLES / "test_acceptance.py")
+    assert done.returncode == 0, done.stdout
+    assert "6 passed, 1 skipped" in done.stdout or "7 passed" in done.stdout
+
+
+def test_acceptance_test_skips_mocks_on_hardware_with_a_reason(boards, tmp_path):
+    (tmp_path / "tx").write_text("0\n")
+    with open(boards / "rf-module-7ghz.toml", "a") as file:
+        file.write(f'[hardware."channel.1.tx.rf.frequency"]\nwrite = "{tmp_path}/tx"\n')
+    done = run("-m", "pytest", "-q", "-rs", "-p", "no:cacheprovider", "-p", "frequencyhandler.pytest_plugin", "--hardware",
+               "--board", boards / "rf-module-7ghz.toml", EXAMPLES / "test_acceptance.py",
+               env=dict(os.environ, XDG_STATE_HOME=str(tmp_path)))
+    assert done.returncode == 0, done.stdout
+    assert "--hardware drives the real one" in done.stdout
+    assert (tmp_path / "tx").read_text() == "7582000\n"
+
+
+def test_fixtures_want_to_know_the_board(tmp_path):
+    (tmp_path / "test_it.py").write_text("def test_it(radio):\n    pass\n")
+    done = run("-m", "pytest", "-q", "-p", "no:cacheprovider", "-p", "frequencyhandler.pytest_plugin", tmp_path / "test_it.py")
+    assert done.returncode == 1
+    assert "which board? Expected --board FILE" in done.stdout

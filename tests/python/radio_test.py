@@ -1,0 +1,163 @@
+"""A radio that is up, and one that is not any more."""
+
+import gc
+import threading
+
+import pytest
+
+from frequencyhandler import (ArgumentError, Board, BusyError, ClosedError, CommandFailed, Radio, RadioError, plan)
+
+
+def test_tune_gives_what_was_written(radio):
+    outcome = radio.tune("tx", 1, "7.442 GHz")
+    assert outcome.writes == (("channel.1.tx.rf.frequency", 7442000),)
+    assert outcome["channel.1.tx.rf.frequency"] == 7442000
+    assert outcome.ok and outcome.code == 0
+    assert outcome.notifications[0].carrier_khz == 7442000
+    assert radio.frequency("tx", 1) == 7442000
+
+
+@pytest.mark.parametrize("carrier", [7442000, "7442000", "7442000 kHz", "7442 MHz", "7.442GHz"])
+def test_carrier_is_khz_or_a_text_with_a_unit(radio, carrier):
+    assert radio.tune("tx", 1, carrier)["channel.1.tx.rf.frequency"] == 7442000
+
+
+def test_refused_write_is_no_failure_of_the_tune_but_is_said(radio):
+    radio.faults.inject("driver-write", "channel.1.tx.rf.frequency", 0x8001)
+    outcome = radio.tune("tx", 1, 7442000)
+    assert outcome.ok
+    assert outcome.writes == ()
+    assert outcome.failed_writes == (("channel.1.tx.rf.frequency", 7442000, 0x8001),)
+    assert outcome.traces == (
+        "Write to driver failed for channel.1.Tx.rf.frequency (EDriverResult = 0x8001)",)
+
+
+def test_drivers_are_read_and_written(radio):
+    driver = radio.drivers["channel.1.tx.rf.frequency"]
+    driver.write(7000000)
+    assert driver.value == driver.read() == 7000000
+    assert driver.writes == 1
+    assert not driver.is_real
+    assert repr(driver) == "<Driver 'channel.1.tx.rf.frequency': 7000000>"
+
+
+def test_failing_driver_raises_with_its_code(radio):
+    driver = radio.drivers["channel.1.tx.rf.frequency"]
+    with radio.faults.injected("driver-read", driver.name, 0x8005):
+        with pytest.raises(CommandFailed) as caught:
+            driver.read()
+    assert caught.value.outcome.code == 0x8005
+    assert len(radio.faults) == 0
+
+
+def test_faults_are_listed_with_their_turns(radio):
+    radio.faults.inject("driver-write", times=2)
+    assert radio.faults[0] == ("driver-write", "", 0x8000, 2)
+    radio.tune("tx", 1, 7442000)
+    assert radio.faults[0].times == 1
+    radio.faults.clear()
+    assert list(radio.faults) == []
+
+
+def test_temperature_is_none_until_it_is_told(radio):
+    assert radio.temperature is None
+    radio.temperature = -5
+    assert radio.temperature == -5
+
+
+def test_phases_of_the_start_up_and_after(radio):
+    assert [phase.number for phase in radio.phases] == [11, 5, 20]
+    radio.phase("frame-format")
+    radio.phase(11)
+    assert [phase.number for phase in radio.phases] == [11, 5, 20, 20, 11]
+    assert all(phase.succeeded for phase in radio.phases)
+
+
+def test_variables_are_read_and_set(boards):
+    with Radio(boards / "microwave-if-8ghz.toml") as radio:
+        name = next(iter(radio.variables))
+        values = radio.variables[name]
+        outcome = radio.variables.set(name, [value + 1 for value in values])
+        assert radio.variables[name] == tuple(value + 1 for value in values)
+        assert "phase" in outcome.note
+
+
+def test_one_radio_at_a_time_in_a_process(board_file):
+    with Radio(board_file):
+        with pytest.raises(BusyError, match="one radio at a time in a process"):
+            Radio(board_file)
+        with pytest.raises(BusyError):
+            plan.explain(board_file, "tx", 1, 7442000)
+    with Radio(board_file):
+        pass
+
+
+def test_radio_that_nobody_has_any_more_is_closed(board_file):
+    Radio(board_file)
+    gc.collect()
+    Radio(board_file).close()
+
+
+def test_everything_says_that_it_is_closed(board_file):
+    with Radio(board_file) as radio:
+        driver = radio.drivers["channel.1.tx.rf.frequency"]
+        faults, variables, expect, drivers = radio.faults, radio.variables, radio.expect, radio.drivers
+    radio.close()
+    for use in (lambda: radio.tune("tx", 1, 7442000), driver.read, lambda: driver.write(1), lambda: driver.value,
+                lambda: len(faults), lambda: faults.inject("driver-write"), lambda: drivers["x"],
+                lambda: variables["x"], lambda: expect.result("ok"), lambda: radio.temperature,
+                lambda: radio.frequency("tx", 1), lambda: radio.phase(11), lambda: radio.leakage(1),
+                radio.__enter__):
+        with pytest.raises(ClosedError, match="is closed"):
+            use()
+    assert repr(radio).endswith(", closed>")
+    assert "closed" in repr(driver) and "closed" in repr(faults) and "closed" in repr(drivers)
+
+
+def test_start_up_that_fails_raises_unless_that_is_wanted(board_file):
+    with open(board_file, "a") as file:
+        file.write('\n[interfaces]\n"IDriverLayer" = "absent"\n')
+    with pytest.raises(RadioError, match="the radio did not boot: "):
+        Radio(board_file)
+    with Radio(board_file, must_boot=False) as radio:
+        assert not radio.boot.ok
+        radio.expect.result("failed")
+        assert not radio.phases[-1].succeeded
+
+
+def test_radio_in_use_by_another_thread_turns_away(radio):
+    """While a callback of an audit runs, the process has its radio; while a command runs, so has the thread."""
+    turned_away = []
+
+    def other():
+        try:
+            radio.tune("rx", 1, 7000000)
+        except BusyError as error:
+            turned_away.append(error)
+
+    threads = [threading.Thread(target=other) for _ in range(8)]
+    for thread in threads:
+        thread.start()
+    for _ in range(200):
+        try:
+            radio.tune("tx", 1, 7442000)
+        except BusyError as error:
+            turned_away.append(error)
+    for thread in threads:
+        thread.join()
+    assert radio.tune("tx", 1, 7442000).ok  # however that went, nothing is in the way afterwards
+    assert all("in the middle of something" in str(error) for error in turned_away)
+
+
+def test_commands_of_the_language_and_their_lists(radio):
+    assert radio.execute("observe tx 1").ok
+    listing = radio.execute("show drivers").listing
+    assert "channel.1.tx.rf.frequency" in [row[0] for row in listing.rows]
+    with pytest.raises(ArgumentError, match="unknown command"):
+        radio.execute("tuna tx 1 7442000")
+
+
+def test_sweep_and_wait(radio):
+    outcome = radio.sweep("tx", 1, "7.42 GHz", "7.43 GHz", "5 MHz")
+    assert [value for _, value in outcome] == [7420000, 7425000, 7430000]
+    assert radio.wait(1.5).ok

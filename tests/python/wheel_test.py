@@ -1,0 +1,57 @@
+"""A wheel, made by pip without a network, and installed where nothing else is."""
+
+import os
+import subprocess
+import sys
+from pathlib import Path
+
+import pytest
+
+TOP = Path(__file__).parents[2]
+CHECK = """
+import frequencyhandler, sys
+with frequencyhandler.Radio(sys.argv[1]) as radio:
+    print(radio.tune("tx", 1, "7.442 GHz")["channel.1.tx.rf.frequency"])
+print(frequencyhandler.__file__)
+print(*sorted({line.split()[-1] for line in open("/proc/self/maps") if "libStandalonePlatform" in line or "libRadio" in line}))
+"""
+
+
+@pytest.fixture(scope="module")
+def installed(tmp_path_factory):
+    folder = tmp_path_factory.mktemp("site")
+    build = os.environ["RADIO_BUILD"]
+    done = subprocess.run(
+        [sys.executable, "-m", "pip", "install", "--no-index", "--no-deps", "--quiet", "--disable-pip-version-check",
+         "--no-warn-script-location", "--target", folder, TOP],
+        capture_output=True, text=True,
+        env=dict(os.environ, FREQUENCYHANDLER_BUILD=build, PIP_NO_CACHE_DIR="1", PIP_ROOT_USER_ACTION="ignore"))
+    assert done.returncode == 0, done.stderr
+    return folder
+
+
+def run(installed, *arguments):
+    return subprocess.run([sys.executable, *map(str, arguments)], capture_output=True, text=True,
+                          env=dict(os.environ, PYTHONPATH=str(installed)), cwd=installed)
+
+
+def test_it_has_its_libraries_beside_it(installed, board_file):
+    done = run(installed, "-c", CHECK, board_file)
+    assert done.returncode == 0, done.stderr
+    carrier, package, libraries = done.stdout.splitlines()
+    assert carrier == "7442000"
+    assert package == f"{installed}/frequencyhandler/__init__.py"
+    assert [Path(library).parent for library in libraries.split()] == [installed / "frequencyhandler"] * 2
+
+
+def test_pytest_finds_the_fixtures_by_itself(installed, board_file):
+    done = run(installed, "-m", "pytest", "-q", "-p", "no:cacheprovider", "--board", board_file,
+               TOP / "examples" / "test_acceptance.py")
+    assert done.returncode == 0, done.stdout + done.stderr
+
+
+def test_it_says_that_it_is_typed(installed):
+    assert (installed / "frequencyhandler" / "py.typed").exists()
+    assert (installed / "frequencyhandler" / "_engine.pyi").exists()
+    metadata = next(installed.glob("frequencyhandler-*.dist-info")) / "METADATA"
+    assert "Requires-Dist: numpy" in metadata.read_text()
