@@ -41,6 +41,7 @@ void raiseKnown(const std::exception_ptr& thrown) {
 } // namespace
 
 void translateErrors() {
+    // As pybind11 wants it. NOLINTNEXTLINE(performance-unnecessary-value-param)
     py::register_exception_translator([](std::exception_ptr thrown) {
         if (thrown) {
             raiseKnown(thrown);

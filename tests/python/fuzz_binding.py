@@ -117,7 +117,12 @@ class Fuzzer:
         return [self.random.choice(PLAUSIBLE[name]) if name in PLAUSIBLE and self.random.random() < 0.7 else self.value()
                 for name in names]
 
-    def keywords(self, names):
+    def keywords(self, made, names):
+        try:
+            names = [name for name, one in inspect.signature(made).parameters.items() if one.kind == one.KEYWORD_ONLY] or (
+                names if made == self.calibrate else [])
+        except (TypeError, ValueError):
+            pass
         return {name: self.value() for name in names if self.random.random() < 0.15}
 
     def open_radio(self):
@@ -179,7 +184,7 @@ class Fuzzer:
                 made, keywords = self.engine_target(), {}
             else:
                 made, names = self.target()
-                keywords = self.keywords(names)
+                keywords = self.keywords(made, names) if callable(made) else {}
             if callable(made):
                 made = made(*self.arguments(made), **keywords)
             if self.random.random() < 0.1:
