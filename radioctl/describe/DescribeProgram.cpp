@@ -3,9 +3,9 @@
 #include "radio/description/Description.h"
 #include "radio/files/AtomicFile.h"
 #include "radio/files/Json.h"
+#include "radio/recording/RecordingTime.h"
 #include "radio/text/Words.h"
 #include "radioctl/options/ExitCode.h"
-#include "radioctl/record/RecordingTime.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/Output.h"
 

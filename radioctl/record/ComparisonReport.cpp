@@ -1,10 +1,10 @@
 #include "radioctl/record/ComparisonReport.h"
 
+#include "radio/recording/RecordingTime.h"
 #include "radio/recording/RecordingWords.h"
 #include "radio/text/Words.h"
 #include "radioctl/record/RecordingJson.h"
 #include "radioctl/record/RecordingText.h"
-#include "radioctl/record/RecordingTime.h"
 #include "radioctl/report/JsonLine.h"
 
 namespace Radio::Recordings {

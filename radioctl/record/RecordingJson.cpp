@@ -1,8 +1,8 @@
 #include "radioctl/record/RecordingJson.h"
 
 #include "ResultCode.h"
+#include "radio/recording/RecordingTime.h"
 #include "radio/recording/RecordingWords.h"
-#include "radioctl/record/RecordingTime.h"
 #include "radioctl/report/JsonLine.h"
 
 #include <array>

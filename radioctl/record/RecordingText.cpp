@@ -3,9 +3,9 @@
 #include "ResultCode.h"
 #include "radio/board/Board.h"
 #include "radio/board/PlatformWords.h"
+#include "radio/recording/RecordingTime.h"
 #include "radio/recording/RecordingWords.h"
 #include "radio/text/Words.h"
-#include "radioctl/record/RecordingTime.h"
 
 #include <algorithm>
 #include <iomanip>

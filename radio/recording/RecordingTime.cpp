@@ -1,4 +1,4 @@
-#include "radioctl/record/RecordingTime.h"
+#include "radio/recording/RecordingTime.h"
 
 #include <array>
 #include <ctime>
