@@ -12,4 +12,5 @@ PYBIND11_MODULE(_engine, module) {
     Radio::Python::bindThermal(module);
     Radio::Python::bindCalibration(module);
     Radio::Python::bindRecordings(module);
+    Radio::Python::bindDescriptions(module);
 }

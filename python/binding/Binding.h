@@ -14,6 +14,7 @@ void bindTables(pybind11::module_& module);
 void bindThermal(pybind11::module_& module);
 void bindCalibration(pybind11::module_& module);
 void bindRecordings(pybind11::module_& module);
+void bindDescriptions(pybind11::module_& module);
 
 } // namespace Radio::Python
 

@@ -1,9 +1,11 @@
 #include "python/binding/Binding.h"
 #include "python/binding/BoardHandle.h"
+#include "radio/recording/Comparison.h"
 #include "radio/recording/RecordingFile.h"
 #include "radio/recording/RecordingWords.h"
 
 #include <utility>
+#include <vector>
 
 namespace Radio::Python {
 
@@ -54,10 +56,108 @@ py::list objectsOf(const Recordings::RecordingFile& file) {
     return list;
 }
 
+using RecordingCounts = Recordings::Counts;
+using RecordingDifference = Recordings::Difference;
+
+/** An operation that differs, with the calls in it that do. */
+struct ComparedOperation {
+    RecordingDifference operation;
+    std::vector<RecordingDifference> calls;
+    RecordingCounts counts;
+};
+
+/** Two recordings, and what they have otherwise. */
+struct ComparedFiles {
+    ComparedFiles(const std::string& one, const std::string& other, const Recordings::Wanted& wanted)
+        : before(Recordings::readRecording(one)),
+          after(Recordings::readRecording(other)),
+          comparison(before, after, wanted) {}
+
+    Recordings::RecordingFile before;
+    Recordings::RecordingFile after;
+    Recordings::Comparison comparison;
+};
+
+/** At most `limit`, and so many calls of each. */
+std::vector<ComparedOperation> operationsOf(const Recordings::Comparison& comparison, std::size_t limit) {
+    std::vector<ComparedOperation> operations;
+    comparison.operations([&](const RecordingDifference& operation) {
+        if (operations.size() == limit) {
+            return false;
+        }
+        ComparedOperation& told = operations.emplace_back();
+        told.operation = operation;
+        told.counts = comparison.calls(operation, [&](const RecordingDifference& call) {
+            if (told.calls.size() == limit) {
+                return false;
+            }
+            told.calls.push_back(call);
+            return true;
+        });
+        return true;
+    });
+    return operations;
+}
+
+py::tuple countsTuple(const RecordingCounts& counts) {
+    return py::make_tuple(counts.same, counts.different, counts.onlyBefore, counts.onlyAfter);
+}
+
+/** (record or None, record or None). */
+py::tuple pairOf(const ComparedFiles& compared, const RecordingDifference& difference) {
+    const auto side = [](const Recordings::RecordingFile& file, const std::optional<Recordings::Seen>& seen) {
+        return seen ? py::object(recordTuple(file, seen->record)) : py::object(py::none());
+    };
+    return py::make_tuple(side(compared.before, difference.before), side(compared.after, difference.after));
+}
+
+py::list operationList(const ComparedFiles& compared, const std::vector<ComparedOperation>& operations) {
+    py::list list;
+    for (const ComparedOperation& one : operations) {
+        py::list calls;
+        for (const RecordingDifference& call : one.calls) {
+            calls.append(pairOf(compared, call));
+        }
+        list.append(py::make_tuple(pairOf(compared, one.operation), calls, countsTuple(one.counts)));
+    }
+    return list;
+}
+
+py::tuple lossesOf(const Recordings::ComparedRecording& recording) {
+    return py::make_tuple(recording.losses().overwritten, recording.losses().unfinished);
+}
+
+/** ((what, before, after)..., (kind, name, is in before, is asked for by the other)..., (operation, calls,
+ * counts)..., counts, (losses, losses)). */
+py::tuple diffRecordings(const std::string& before, const std::string& after,
+                         const std::optional<int>& channel, const std::string& driver, std::size_t limit) {
+    const Recordings::Wanted wanted{channel, driver, {}, {}};
+    std::vector<ComparedOperation> operations;
+    const auto compared = unlocked([&] {
+        auto made = std::make_unique<ComparedFiles>(before, after, wanted);
+        operations = operationsOf(made->comparison, limit);
+        return made;
+    });
+    const Recordings::Comparison& comparison = compared->comparison;
+    py::list header;
+    for (const Recordings::HeaderDifference& one : comparison.header()) {
+        header.append(py::make_tuple(text(one.what), text(one.before), text(one.after)));
+    }
+    py::list objects;
+    for (const Recordings::ObjectDifference& one : comparison.objects()) {
+        objects.append(py::make_tuple(text(Recordings::toString(one.kind)), text(one.name), one.isInBefore,
+                                      one.isAskedForByTheOther));
+    }
+    return py::make_tuple(header, objects, operationList(*compared, operations),
+                          countsTuple(comparison.operations()),
+                          py::make_tuple(lossesOf(comparison.before()), lossesOf(comparison.after())));
+}
+
 } // namespace
 
 void bindRecordings(py::module_& module) {
     using Recordings::RecordingFile;
+    module.def("diff_recordings", &diffRecordings);
     py::class_<RecordingFile>(module, "Recording", "A recording, read from the beginning to the end.")
         .def(py::init([](const std::string& file) {
             return unlocked(

@@ -1,4 +1,4 @@
-"""Recordings: what passed between a library and its platform, read record by record."""
+"""Recordings: what passed between a library and its platform, read record by record, compared, lived again, and described."""
 
 from __future__ import annotations
 
@@ -10,10 +10,15 @@ from types import TracebackType
 from typing import Any, Dict, Iterator, Optional, Tuple, Type
 
 from . import _engine
-from ._arguments import PathLike, path, shown, text
+from ._arguments import CHANNELS, INT64, PathLike, path, shown, text, whole
+from .description import Description, describe
 from .errors import ArgumentError, ClosedError, RadioError
 
-__all__ = ["read", "replay", "Recording", "Header", "Object", "Record", "Losses", "Replayed"]
+__all__ = ["read", "diff", "describe", "replay", "Recording", "Header", "Object", "Record", "Losses", "Difference",
+           "OperationDifference", "ObjectDifference", "Counts", "Description", "Replayed"]
+
+#: A record of the first recording and what belongs to it in the second; None: there is nothing on that side.
+Pair = Tuple[Optional["Record"], Optional["Record"]]
 
 
 @dataclass(frozen=True)
@@ -128,6 +133,89 @@ class Recording:
 def read(file: PathLike) -> Recording:
     """Reads a recording. Raises :class:`InputError` with what no recorder writes."""
     return Recording(file)
+
+
+@dataclass(frozen=True)
+class Counts:
+    """How many belong together and are the same, how many differ, and how many only one recording has."""
+
+    same: int
+    different: int
+    only_before: int
+    only_after: int
+
+    @property
+    def is_different(self) -> bool:
+        """Something differs, or is there on one side alone."""
+        return bool(self.different or self.only_before or self.only_after)
+
+
+@dataclass(frozen=True)
+class ObjectDifference:
+    """Something that one radio has and the other has not: ``only_in`` is "before" or "after". ``asked_for_by_other`` says
+    that the library looked for it there, too."""
+
+    kind: str
+    name: str
+    only_in: str
+    asked_for_by_other: bool
+
+
+@dataclass(frozen=True)
+class OperationDifference:
+    """An operation that differs, or something that happened outside of any: what it begins with on both sides, the
+    ``calls`` in it that differ, and the ``counts`` of all its calls."""
+
+    before: Optional[Record]
+    after: Optional[Record]
+    calls: Tuple[Pair, ...]
+    counts: Counts
+
+
+@dataclass(frozen=True)
+class Difference:
+    """What two recordings have otherwise. ``header`` has what their beginnings say, (before, after) by "library", "unit" and
+    so on; ``operations`` the first that differ, and ``counts`` how many there are; ``losses`` what is not there any more in
+    either. As a condition it is true when operations differ."""
+
+    header: Dict[str, Tuple[str, str]]
+    objects: Tuple[ObjectDifference, ...]
+    operations: Tuple[OperationDifference, ...]
+    counts: Counts
+    losses: Tuple[Losses, Losses]
+
+    def __bool__(self) -> bool:
+        return self.counts.is_different
+
+    def __repr__(self) -> str:
+        counts = self.counts
+        return (f"<Difference: {counts.same} operations the same, {counts.different} different, {counts.only_before} only "
+                f"before, {counts.only_after} only after>")
+
+
+def _record(given: Optional[Tuple[Any, ...]]) -> Optional[Record]:
+    return None if given is None else Record(*given)
+
+
+def _pair(given: Tuple[Any, Any]) -> Pair:
+    return _record(given[0]), _record(given[1])
+
+
+def diff(before: PathLike, after: PathLike, *, channel: Optional[int] = None, driver: str = "",
+         limit: int = 1000) -> Difference:
+    """Compares two recordings, all of them or what belongs to one channel or one driver. Operations are aligned by what is
+    done with what; threads, times and numbers of objects do not count. At most ``limit`` operations are told, and so many
+    calls of each; all are counted. Raises :class:`InputError` with what no recorder writes."""
+    header, objects, operations, counts, losses = _engine.diff_recordings(
+        path("before", before), path("after", after), None if channel is None else whole("channel", channel, CHANNELS),
+        text("driver", driver), whole("limit", limit, (0, INT64[1])))
+    return Difference(
+        {what: (one, other) for what, one, other in header},
+        tuple(ObjectDifference(kind, name, "before" if is_in_before else "after", asked)
+              for kind, name, is_in_before, asked in objects),
+        tuple(OperationDifference(*_pair(operation), tuple(map(_pair, calls)), Counts(*numbers))
+              for operation, calls, numbers in operations),
+        Counts(*counts), (Losses(*losses[0]), Losses(*losses[1])))
 
 
 @dataclass(frozen=True)

@@ -12,6 +12,7 @@ import frequencyhandler as fh
 from frequencyhandler import ArgumentError, ArgumentTypeError, InputError, plan, recordings, tables, thermal
 
 OPEN = []
+KEPT = Path(__file__).parents[1] / "recording" / "kept" / "rf-module-7ghz.rec"
 FREQUENCY = "channel.1.tx.rf.frequency"
 
 
@@ -132,6 +133,16 @@ WITHOUT_A_RADIO = list(itertools.chain(
     table(lambda board, value: recordings.read(value), ArgumentTypeError, *NO_PATHS),
     table(lambda board, value: recordings.read(value), ArgumentError, *BAD_PATHS),
     table(lambda board, value: recordings.read(value), InputError, "/", "/no/such/file", "/dev/null", Path(__file__)),
+    table(lambda board, value: recordings.describe(value), ArgumentTypeError, *NO_PATHS),
+    table(lambda board, value: recordings.describe(value), InputError, "/", "/no/such/file", "/dev/null", Path(__file__)),
+    table(lambda board, value: recordings.describe(KEPT).save(value), ArgumentTypeError, *NO_PATHS),
+    table(lambda board, value: recordings.describe(KEPT).save("b", value), ArgumentError, *BAD_PATHS),
+    table(lambda board, value: recordings.diff(KEPT, value), ArgumentTypeError, *NO_PATHS),
+    table(lambda board, value: recordings.diff(value, KEPT), InputError, "/no/such/file", Path(__file__)),
+    table(lambda board, value: recordings.diff(KEPT, KEPT, channel=value), ArgumentTypeError, "1", 1.0, True),
+    table(lambda board, value: recordings.diff(KEPT, KEPT, channel=value), ArgumentError, *OUT_OF_RANGE),
+    table(lambda board, value: recordings.diff(KEPT, KEPT, driver=value), ArgumentTypeError, *NO_TEXTS),
+    table(lambda board, value: recordings.diff(KEPT, KEPT, limit=value), ArgumentError, -1, 2**63, 2**64),
 ))
 
 
@@ -185,5 +196,5 @@ def test_of_a_board(shared_board, monkeypatch, what, value, kind):
     assert before == sorted(path.name for path in folder.iterdir())
 
 
-def test_there_are_more_than_two_hundred():
-    assert len(ON_A_RADIO) + len(WITHOUT_A_RADIO) > 200
+def test_there_are_more_than_four_hundred():
+    assert len(ON_A_RADIO) + len(WITHOUT_A_RADIO) > 400

@@ -42,7 +42,8 @@ PLAUSIBLE = {
     "callback": [repr, lambda happened: None, lambda happened: 1 / 0], "log": [([0, 5], [20, 21])],
     "board": ["lo-leakage-18ghz.toml", "iq-compensation-18ghz.toml", "rf-module-7ghz.toml"],
     "file": ["lo-leakage-18ghz.toml", "logs/day-cycle.csv"], "tables": ["lo-leakage-18ghz.channel-1.csv"],
-    "before": ["lo-leakage-18ghz.toml"], "after": ["lo-leakage-18ghz.channel-1.csv", "lo-leakage-18ghz.toml"],
+    "recording": ["radio.rec", "other.rec"], "script": ["s", "b"], "driver": ["", "channel.1.tx.rf.frequency"],
+    "before": ["lo-leakage-18ghz.toml", "radio.rec"], "after": ["lo-leakage-18ghz.channel-1.csv", "lo-leakage-18ghz.toml", "other.rec"],
 }
 
 
@@ -147,6 +148,7 @@ class Fuzzer:
         return self.random.choice([
             (plan.explain, []), (tables.lint, []), (tables.diff, ["model", "channel"]), (tables.why, []),
             (thermal.replay, ["carriers", "keep", "cancel"]), (thermal.read_log, []), (recordings.read, []),
+            (recordings.diff, ["channel", "driver", "limit"]), (recordings.describe, []), (self.save, []),
             (fh.qualify, ["settle_time", "detector", "cancel"]), (fh.Board.load, []), (fh.Radio, ["trace", "calls"]),
             (board.tables.__setitem__, []), (board.tables.__getitem__, []), (board.copy, []), (board.check, []),
             (self.calibrate, ["method", "probes", "band", "step", "temperatures", "i_range", "q_range", "shrink", "min_delta",
@@ -160,6 +162,12 @@ class Fuzzer:
                                 journal=os.path.join(folder, "j"), tables=os.path.join(folder, "t"), cancel=lambda: True,
                                 **keywords)
 
+    def save(self, recording, script):
+        """Into a folder of its own; whatever a script is called, there."""
+        with tempfile.TemporaryDirectory(dir=self.folder) as folder:
+            return recordings.describe(recording).save(os.path.join(folder, "b"),
+                                                       os.path.join(folder, os.path.basename(script)))
+
     def engine_target(self):
         """Something of the module itself, past all that the package looks at."""
         if self.random.random() < 0.4:
@@ -168,7 +176,7 @@ class Fuzzer:
         if self.radio is not None:
             self.radio.close()
         names = [name for name in dir(_engine) if not name.startswith("_")
-                 and name not in ("calibrate", "audit", "qualify", "version")]
+                 and name not in ("calibrate", "audit", "qualify", "save_description", "version")]
         made = getattr(_engine, self.random.choice(names))
         if made is _engine.Board:
             board = _engine.Board.load(self.random.choice(self.boards))
@@ -213,6 +221,9 @@ def main():
     random.seed(seed)
     with tempfile.TemporaryDirectory() as folder:
         shutil.copytree(os.environ["RADIO_BOARDS"], folder, dirs_exist_ok=True)
+        kept = os.path.join(os.path.dirname(os.path.abspath(__file__)), os.pardir, "recording", "kept")
+        shutil.copy(os.path.join(kept, "rf-module-7ghz.rec"), os.path.join(folder, "radio.rec"))
+        shutil.copy(os.path.join(kept, "life-numbers.rec"), os.path.join(folder, "other.rec"))
         os.chdir(folder)
         fuzzer = Fuzzer(folder, seed)
         end = time.monotonic() + seconds

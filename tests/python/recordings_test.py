@@ -1,4 +1,4 @@
-"""Recordings, read record by record."""
+"""Recordings, read record by record, compared, described and lived again."""
 
 import os
 import shutil
@@ -6,7 +6,7 @@ from pathlib import Path
 
 import pytest
 
-from frequencyhandler import ArgumentError, ClosedError, InputError, recordings
+from frequencyhandler import ArgumentError, Board, ClosedError, InputError, Radio, recordings
 
 
 KEPT = Path(__file__).parents[1] / "recording" / "kept" / "rf-module-7ghz.rec"
@@ -68,3 +68,95 @@ def test_replay_without_its_program_says_so(recording):
         recordings.replay(recording, radioctl="no-such-program")
     with pytest.raises(ArgumentError, match="at least one recording"):
         recordings.replay()
+
+
+def test_described_board_does_what_was_recorded():
+    description = recordings.describe(KEPT)
+    assert (description.channels, description.drivers, description.variables, description.tables) == (2, 4, 0, 0)
+    assert description.unknown == ()
+    board = description.load()
+    assert board.check() == () and [channel.type for channel in board.channels] == ["rf-module", "rf-module"]
+    commands = [line for line in description.script.splitlines() if line and not line.startswith("#")]
+    assert "tune tx 1 7442000 kHz" in commands and sum(line.startswith("expect") for line in commands) > 5
+    with Radio(board) as radio:
+        for command in commands:
+            radio.execute(command, check=False)  # expectations hold or raise
+        assert radio.frequency("tx", 1) == 7442000
+
+
+def test_description_says_what_the_recording_does_not():
+    description = recordings.describe(KEPT.with_name("minimal-loaded.rec"))
+    assert description.unknown == (
+        "the type of channel 1, which was concluded",
+        "which answers are those of Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I",
+        "which answers are those of Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.Q")
+    assert "2 tables; not known: the type of channel 1, which was concluded, " in repr(description)
+
+
+def test_description_is_saved_as_board_and_script(tmp_path):
+    description = recordings.describe(KEPT)
+    description.save(tmp_path / "board.toml")
+    assert [path.name for path in tmp_path.iterdir()] == ["board.toml"]
+    description.save(tmp_path / "board.toml", tmp_path / "radio.script")
+    assert (tmp_path / "board.toml").read_text() == description.board
+    assert (tmp_path / "radio.script").read_text() == description.script
+    assert Board.load(tmp_path / "board.toml").check() == ()
+
+
+def test_neither_is_saved_where_one_cannot_be(tmp_path):
+    board = tmp_path / "board.toml"
+    board.write_text("as it was")
+    description = recordings.describe(KEPT)
+    with pytest.raises(InputError, match="cannot be written"):
+        description.save(board, tmp_path / "nowhere" / "radio.script")
+    with pytest.raises(InputError, match="cannot be written"):
+        description.save(tmp_path / "nowhere" / "board.toml", tmp_path / "radio.script")
+    assert board.read_text() == "as it was" and list(tmp_path.iterdir()) == [board]
+
+
+def test_nothing_is_saved_over_the_recording_or_over_each_other(recording, tmp_path):
+    before = recording.read_bytes()
+    description = recordings.describe(recording)
+    for places in [(recording,), (tmp_path / "b", recording), (tmp_path / "b", tmp_path / "b")]:
+        with pytest.raises(ArgumentError, match="expected a file of its own"):
+            description.save(*places)
+    assert recording.read_bytes() == before and list(tmp_path.iterdir()) == [recording]
+
+
+def test_recording_without_channels_is_not_described():
+    with pytest.raises(InputError, match="no channel is in it") as caught:
+        recordings.describe(KEPT.with_name("minimal-phases.rec"))
+    assert caught.value.expected == "one that was built or initialised"
+
+
+def test_recording_does_not_differ_from_itself():
+    difference = recordings.diff(KEPT, KEPT)
+    assert not difference and difference.counts == recordings.Counts(23, 0, 0, 0)
+    assert (difference.header, difference.objects, difference.operations) == ({}, (), ())
+
+
+def test_difference_is_told_call_by_call():
+    difference = recordings.diff(KEPT.with_name("minimal-cancel.rec"), KEPT.with_name("minimal-throw.rec"))
+    assert difference and difference.counts == recordings.Counts(6, 2, 0, 0)
+    first, second = difference.operations
+    assert first.before.kind == first.after.kind == "tune-tx"
+    assert (first.before.numbers[0], second.before.numbers[0]) == (7442000, 7442001)
+    write, other = first.calls[0]
+    assert (write.kind, write.object, write.outcome) == ("driver-write", "channel.1.tx.rf.frequency", "cancelled")
+    assert (other.kind, other.object, other.outcome) == ("driver-write", "channel.1.tx.rf.frequency", "threw")
+    assert first.calls[1][0] is None and first.calls[1][1].kind == "trace-level"
+
+
+def test_difference_is_of_what_is_wanted():
+    before, after = KEPT, KEPT.with_name("ka-band-28ghz.rec")
+    few = recordings.diff(before, after, limit=1)
+    assert len(few.operations) == 1 and few.counts == recordings.Counts(2, 7, 14, 2)
+    assert {one.before.channel for one in recordings.diff(before, after, channel=2).operations} == {2}
+    only = [one.name for one in few.objects if one.kind == "driver" and one.only_in == "before"]
+    assert only == ["channel.1.rx.rf.frequency", "channel.1.tx.rf.frequency", "channel.2.rx.rf.frequency",
+                    "channel.2.tx.rf.frequency"]
+
+
+def test_machines_differ_in_the_header_and_in_nothing_else():
+    difference = recordings.diff(KEPT, KEPT.with_name("rf-module-7ghz.armhf.rec"))
+    assert not difference and difference.header["machine"] == ("x86_64", "arm")

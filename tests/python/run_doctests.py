@@ -1,4 +1,4 @@
-"""Runs the examples in the package and in docs/python.md beside the boards that they are about."""
+"""Runs the examples in the package and in docs/python.md beside the boards and recordings that they are about."""
 
 import doctest
 import importlib
@@ -14,6 +14,8 @@ tried = failed = 0
 with tempfile.TemporaryDirectory() as folder:
     boards = os.path.join(folder, "boards")
     shutil.copytree(os.environ["RADIO_BOARDS"], boards)
+    # As they lie in the project, seen from the boards.
+    shutil.copytree(os.environ["RADIO_RECORDINGS"], os.path.join(folder, "tests", "recording", "kept"))
     os.chdir(boards)
     names = [module.name for module in pkgutil.iter_modules(frequencyhandler.__path__, "frequencyhandler.")]
     for name in ["frequencyhandler", *names]:
