@@ -12,6 +12,10 @@ Celsius, and arrays are numpy's. A first try::
 
 from __future__ import annotations
 
+from ._loading import require_own_platform
+
+require_own_platform()
+
 from . import _engine, calibration, errors, events, plan, recordings, tables, thermal
 from .board import Board, Channel, Limits, Raster, Table
 from .calibration import calibrate, qualify

@@ -40,8 +40,10 @@ public:
      * value is written. */
     Json(std::initializer_list<Member> members);
 
+    // Braces would be a list of elements. NOLINTBEGIN(modernize-return-braced-init-list)
     static Json array(std::initializer_list<Json> elements = {}) { return Json(std::vector<Json>(elements)); }
     static Json object() { return Json(std::initializer_list<Member>()); }
+    // NOLINTEND(modernize-return-braced-init-list)
 
     /** Adds to an array. For arrays only: throws std::bad_variant_access otherwise. */
     void push_back(Json element);

@@ -1,6 +1,9 @@
 """A radio that is up, and one that is not any more."""
 
 import gc
+import os
+import subprocess
+import sys
 import threading
 
 import pytest
@@ -90,6 +93,15 @@ def test_one_radio_at_a_time_in_a_process(board_file):
             plan.explain(board_file, "tx", 1, 7442000)
     with Radio(board_file):
         pass
+
+
+def test_recorder_before_the_process_is_an_exception_and_no_crash():
+    before = [os.environ["LD_PRELOAD"]] if "LD_PRELOAD" in os.environ else []
+    done = subprocess.run([sys.executable, "-c", "import frequencyhandler"], capture_output=True, text=True,
+                          env=dict(os.environ, LD_PRELOAD=":".join([*before, os.environ["RADIO_RECORDER"]])))
+    assert done.returncode == 1
+    assert done.stderr.splitlines()[-1] == ("ImportError: a recorder or another platform was loaded before the interpreter, "
+                                            "expected a process without it (LD_PRELOAD)")
 
 
 def test_radio_that_nobody_has_any_more_is_closed(board_file):

@@ -1,0 +1,16 @@
+"""Looked at before the extension module is loaded, which would end the process."""
+
+import ctypes
+
+#: By an operation of the contracts and by one of its own, the platform that the module brings.
+_OF_THE_CONTRACTS = "CInterfaceBroker_GetInstance"
+_OF_THE_PLATFORM = "_ZN10Standalone13allOperationsEv"
+
+
+def require_own_platform() -> None:
+    """Raises ImportError where something loaded before the interpreter, such as a recorder, stands between the library and its
+    platform: it looks for that behind itself, where modules of Python are not found."""
+    loaded = ctypes.CDLL(None)
+    if hasattr(loaded, _OF_THE_CONTRACTS) and not hasattr(loaded, _OF_THE_PLATFORM):
+        raise ImportError("a recorder or another platform was loaded before the interpreter, expected a process without "
+                          "it (LD_PRELOAD)", name=__package__)
