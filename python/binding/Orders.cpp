@@ -53,7 +53,7 @@ void take(const py::dict& given, const char* key, const Range& bounds, bool mayB
     if (value.is_none()) {
         return;
     }
-    const py::tuple ends = value.cast<py::tuple>();
+    const auto ends = value.cast<py::tuple>();
     range = Range{within(ends[0], key, bounds), within(ends[1], key, bounds)};
     if (range->low > range->high || (range->low == range->high && !mayBeEqual)) {
         throw WordError(std::string(key) + ": " + std::to_string(range->low) + " and " +
