@@ -18,6 +18,8 @@ std::string rangeText(std::int64_t low, std::int64_t high) {
     return std::to_string(low) + (low == high ? "" : " to " + std::to_string(high));
 }
 
+constexpr const char* whenLate = " when the radio started; later it was";
+
 class BoardWriter {
 public:
     BoardWriter(const Inventory& inventory, std::vector<std::string>& notes)
@@ -45,6 +47,8 @@ private:
     /** What was asked for and is not there, as a comment. */
     template <typename List, typename IsThere>
     void writeMissing(const List& list, IsThere isThere);
+    template <typename List>
+    void noteLate(const List& list);
 
     const Inventory& m_inventory;
     std::vector<std::string>& m_notes;
@@ -137,8 +141,17 @@ void BoardWriter::writeMissing(const List& list, IsThere isThere) {
     const char* heading = "# Asked for, and not there:\n";
     for (const auto& seen : list) {
         if (!isThere(seen)) {
-            m_out << heading << "#     " << seen.name << "\n";
+            m_out << heading << "#     " << seen.name << (seen.isLate ? whenLate : "") << "\n";
             heading = "";
+        }
+    }
+}
+
+template <typename List>
+void BoardWriter::noteLate(const List& list) {
+    for (const auto& seen : list) {
+        if (seen.isLate) {
+            m_notes.push_back(seen.name + ", which the start-up did not find");
         }
     }
 }
@@ -154,6 +167,7 @@ void BoardWriter::writeDrivers() {
         }
     }
     writeMissing(m_inventory.drivers(), [](const SeenDriver& driver) { return driver.isThere(); });
+    noteLate(m_inventory.drivers());
 }
 
 /** "written 3 times, -5 to 7" */
@@ -212,6 +226,7 @@ void BoardWriter::writeVariables() {
         }
     }
     writeMissing(m_inventory.variables(), [](const SeenVariable& variable) { return variable.isThere; });
+    noteLate(m_inventory.variables());
 }
 
 void BoardWriter::writeVariable(const SeenVariable& variable) {
@@ -244,12 +259,13 @@ void BoardWriter::writeTables() {
             m_out << "\n# "
                   << (table.isTooLarge ? "Asked at too many places for a board file: "
                                        : "Asked for, and not there: ")
-                  << table.name << "\n";
+                  << table.name << (table.isLate ? whenLate : "") << "\n";
         }
         if (table.isTooLarge) {
             m_notes.push_back("what is in " + table.name + ", which was asked at too many places");
         }
     }
+    noteLate(m_inventory.tables());
 }
 
 void BoardWriter::writeTable(const SeenTable& table) {

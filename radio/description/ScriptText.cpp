@@ -9,7 +9,6 @@
 #include "radio/text/Words.h"
 
 #include <algorithm>
-#include <array>
 
 namespace Radio::Describing {
 
@@ -17,19 +16,6 @@ namespace {
 
 /** What a script can have at most, and what is left for the line that says so. */
 constexpr std::size_t mostScript = (std::size_t{16} << 20U) - 65536;
-
-constexpr std::array<std::pair<Kind, std::int32_t>, 3> modulePhases{
-    {{Kind::moduleInit, 11}, {Kind::storageRetrieved, 5}, {Kind::postFrameformat, 20}}};
-
-/** The phase in which an operation is what a module does; 0: in none. */
-std::int32_t phaseOf(const Record& began) {
-    if (began.kind == Kind::callbackPhase) {
-        return began.a;
-    }
-    const auto found = std::find_if(modulePhases.begin(), modulePhases.end(),
-                                    [&](const auto& phase) { return phase.first == began.kind; });
-    return found == modulePhases.end() ? 0 : found->second;
-}
 
 std::string wordOfPhase(std::int32_t phase) {
     return phase == 11 ? "init" : phase == 5 ? "storage" : "frame-format";
@@ -80,6 +66,7 @@ public:
 
 private:
     void take(const Deed& deed);
+    bool stopsAtLate(const Deed& deed);
     void takeLife(const Deed& deed);
     void takePhase(const Deed& deed);
     void takeTune(const Deed& deed);
@@ -123,7 +110,6 @@ private:
     std::set<const Object*> m_observers;
     std::set<const Object*> m_modules;
     std::set<const Object*> m_callbacks;
-    std::set<std::pair<bool, int>> m_built;
 
     // The start-up that a run makes by itself.
     bool m_isStarting = true;
@@ -161,6 +147,15 @@ std::string ScriptWriter::write(const std::vector<std::string>& origin) {
 void ScriptWriter::take(const Deed& deed) {
     if (deed.isBehindGap) {
         stop("Behind it the recording has a gap.", "what was done behind the gap of the recording");
+        return;
+    }
+    if (deed.isOfAnotherLife) {
+        const std::string channel = "channel " + std::to_string(deed.began ? deed.began->object->first : 0);
+        stop("Behind it " + channel + " is built once more, which no script does.",
+             "what was done after " + channel + " was built once more");
+        return;
+    }
+    if (stopsAtLate(deed)) {
         return;
     }
     for (const Record& call : deed.calls) {
@@ -213,12 +208,19 @@ void ScriptWriter::takeLife(const Deed& deed) {
         m_modules.erase(object);
         return;
     }
-    const bool isModule = object->kind == Recordings::ObjectKind::module;
-    if (deed.kind() == Kind::construct && !m_built.emplace(isModule, object->first).second) {
-        const std::string channel = "channel " + std::to_string(object->first);
-        stop("Behind it " + channel + " is built once more, which no script does.",
-             "what was done after " + channel + " was built once more");
+}
+
+/** What the start-up did not find is not on the board, and no command puts it there. */
+bool ScriptWriter::stopsAtLate(const Deed& deed) {
+    const auto late = std::find_if(deed.calls.begin(), deed.calls.end(),
+                                   [this](const Record& call) { return m_inventory.isLate(call); });
+    if (late == deed.calls.end()) {
+        return false;
     }
+    const std::string& name = late->object->name;
+    stop("Behind it there is " + name + ", which the start-up did not find; no script adds it.",
+         "what was done once there was " + name);
+    return true;
 }
 
 void ScriptWriter::takePhase(const Deed& deed) {

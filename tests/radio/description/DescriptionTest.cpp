@@ -18,6 +18,7 @@ using Recordings::Kind;
 using Recordings::ObjectKind;
 using Recordings::Outcome;
 using testing::AllOf;
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -270,6 +271,51 @@ TEST(Description, ScriptEndsWhereAChannelIsBuiltOnceMore) {
                 AllOf(EndsWith("\n# Behind it channel 1 is built once more, which no script does.\n"),
                       Not(HasSubstr("7449000"))));
     EXPECT_THAT(radio.describe().unknown, ElementsAre("what was done after channel 1 was built once more"));
+}
+
+TEST(Description, BoardHasNothingOfWhatAChannelThatIsBuiltOnceMoreFinds) {
+    Radio radio;
+    radio.build(1).init(1);
+    radio.made().name(ObjectKind::driver, 17, "channel.1.other");
+    radio.begin(Kind::construct, 10, 1, 1).end(Kind::construct, 10);
+    radio.begin(Kind::moduleInit, 10).call(Kind::driverLookup, 17, 0, 1, whole).end(Kind::moduleInit, 10);
+    radio.build(2).init(2);
+    const Description description = radio.describe();
+    EXPECT_THAT(description.board, Not(AnyOf(HasSubstr("other"), HasSubstr("number = 2"))));
+    EXPECT_EQ(description.channels, 1U);
+    EXPECT_EQ(description.drivers, 2U);
+}
+
+TEST(Description, WhatTheStartUpDidNotFindIsNotThereAndEndsTheScript) {
+    Radio radio;
+    radio.build(1);
+    radio.made().name(ObjectKind::table, 17, "Channel.1.Table");
+    radio.begin(Kind::moduleInit, 10).call(Kind::tableLookup, 17, 0x8001).end(Kind::moduleInit, 10);
+    radio.tune(1, 7442000);
+    radio.begin(Kind::setTx, 10, 7449000).call(Kind::tableLookup, 17, 0, 1).end(Kind::setTx, 10);
+    const Description description = radio.describe();
+    EXPECT_EQ(description.tables, 0U);
+    EXPECT_THAT(description.board,
+                HasSubstr("\n# Asked for, and not there: Channel.1.Table when the radio started; later it "
+                          "was\n"));
+    EXPECT_THAT(description.unknown, ElementsAre("Channel.1.Table, which the start-up did not find",
+                                                 "what was done once there was Channel.1.Table"));
+    EXPECT_EQ(radio.script(),
+              std::string(start) +
+                  "\ntune tx 1 7442000 kHz\nexpect writes channel.1.tx.rf.frequency=7442000\n"
+                  "\n# Behind it there is Channel.1.Table, which the start-up did not find; no "
+                  "script adds it.\n");
+}
+
+// A script can have the lookup of a command fail.
+TEST(Description, WhatACommandDoesNotFindAtFirstIsThere) {
+    Radio radio;
+    radio.build(1).init(1);
+    radio.made().name(ObjectKind::table, 17, "Channel.1.Table");
+    radio.begin(Kind::setTx, 10, 7442000).call(Kind::tableLookup, 17, 0x8001).end(Kind::setTx, 10);
+    radio.begin(Kind::setTx, 10, 7449000).call(Kind::tableLookup, 17, 0, 1).end(Kind::setTx, 10);
+    EXPECT_EQ(radio.describe().tables, 1U);
+    EXPECT_THAT(radio.script(), HasSubstr("\nfault table-lookup Channel.1.Table 0x8001 once\n"));
 }
 
 TEST(Description, OperationsOfThreadsStandInTheOrderInWhichTheyBegan) {
