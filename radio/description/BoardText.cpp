@@ -79,6 +79,11 @@ void BoardWriter::writeHead(const Recordings::Header& header, const std::vector<
         m_notes.emplace_back(
             "what happened in the gap of the recording (a larger RADIO_RECORDING_SIZE leaves none)");
     }
+    if (m_inventory.namesLeftOut() != 0) {
+        const std::string names = counted(m_inventory.namesLeftOut(), "name");
+        m_out << "# Left out, since nothing on a board can be called so: " << names << ".\n";
+        m_notes.push_back("what has " + names + " that nothing on a board can have");
+    }
     m_out << "\n";
     m_out << "name = " << tomlText(header.board.empty() ? "Radio described from a recording" : header.board)
           << "\n";

@@ -39,16 +39,18 @@ double doubleAt(const std::string& bytes, std::size_t at) {
 
 namespace {
 
-/** The next thing that the library did was to say that something is wrong. */
+/** The next thing that the library did was to say that something is wrong. The platform has levels of its own
+ * for most messages; what comes without such a level is always a complaint. */
 bool isComplainedOf(const std::vector<Record>& calls, std::size_t place) {
     constexpr std::int32_t notice = 0x100;
     constexpr std::int32_t information = 0x800;
-    std::int32_t level = information;
+    bool hasLevel = false;
     for (std::size_t next = place + 1; next < calls.size(); ++next) {
         const Record& call = calls[next];
         if (call.kind == Kind::traceLevel) {
-            level = call.code;
-        } else if (call.kind == Kind::traceMessage && level != notice && level != information) {
+            hasLevel = true;
+        } else if (call.kind == Kind::traceMessage &&
+                   (!hasLevel || (call.a != notice && call.a != information))) {
             return true;
         } else if (call.kind != Kind::brokerClose && call.kind != Kind::traceMessage &&
                    call.kind != Kind::traceEnd) {
@@ -96,6 +98,10 @@ bool isCancellationTable(std::string_view name) {
 Standalone::Presence presenceIn(const std::vector<Record>& calls, std::size_t place) {
     const Record& lookup = calls[place];
     if (lookup.a != 0) {
+        const Record* const next = place + 1 < calls.size() ? &calls[place + 1] : nullptr;
+        if (next != nullptr && next->kind == Kind::driverLayerRecord && next->a == 0) {
+            return Standalone::Presence::nullRecord;
+        }
         // There is something of the name that is not what it should be.
         return isComplainedOf(calls, place) ? Standalone::Presence::foreign : Standalone::Presence::present;
     }
@@ -259,6 +265,12 @@ void Inventory::look(const Record& call) {
         return;
     }
     if (!isName(call.object->name)) {
+        const bool isOfBoard = call.object->kind == Recordings::ObjectKind::driver ||
+                               call.object->kind == Recordings::ObjectKind::variable ||
+                               call.object->kind == Recordings::ObjectKind::table;
+        if (isOfBoard) {
+            m_namesLeftOut.insert(call.object);
+        }
         return;
     }
     lookForLate(call);

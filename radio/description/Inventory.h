@@ -139,6 +139,8 @@ public:
     /** The lowest and the highest that was told. */
     const std::optional<Range>& temperatures() const { return m_temperatures; }
     bool hasGap() const { return m_hasGap; }
+    /** So many drivers, variables and tables are left out, since nothing on a board can be called so. */
+    std::size_t namesLeftOut() const { return m_namesLeftOut.size(); }
     /** A lookup that gives what the start-up did not find. */
     bool isLate(const Record& call) const;
 
@@ -188,6 +190,7 @@ private:
     /** The channels that did something. */
     std::set<int> m_seenChannels;
     std::set<const Object*> m_seenObjects;
+    std::set<const Object*> m_namesLeftOut;
     /** What each was started with, while nothing but the start-up was done. */
     std::set<std::pair<const Object*, std::int32_t>> m_started;
     /** What the start-up looked up first in vain; by what it is, and its name. */
