@@ -133,8 +133,9 @@ const std::vector<Kept>& allKept() {
         {"life-carriers",
          "2 channels, 11 drivers, 10 variables, 4 tables; not known: a raster of channel 0, receiver, a "
          "raster of channel 0, transmitter, a raster of channel 1, receiver, a raster of channel 1, "
-         "transmitter, a command for tune-rx, a command for tune-tx, a command for tune-handler, a command "
-         "that is for some of the channels alone, what was done after channel 1 was built once more",
+         "transmitter, the start-up of some of the channels, a command for tune-rx, a command for tune-tx, a "
+         "command for tune-handler, a command that is for some of the channels alone, what was done after "
+         "channel 1 was built once more",
          20, 93, "board.toml: good\n", writtenPast},
         {"life-exceptions",
          "1 channel, 12 drivers, 12 variables, 4 tables; not known: what was done after channel 1 was built "

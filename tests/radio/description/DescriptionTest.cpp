@@ -429,6 +429,15 @@ TEST(Description, PhaseThatFailedForAnotherChannelAloneExpectsNoWrites) {
                                                    "phase init\nexpect result failed\n");
 }
 
+TEST(Description, StartUpOfSomeChannelsExpectsNoWrites) {
+    Radio radio;
+    radio.build(1).build(2).init(1).tune(1, 7442000);
+    EXPECT_EQ(radio.script(), "\n# The start-up, which a run makes by itself.\n"
+                              "# Not all channels were started; a run starts all of them.\n"
+                              "expect result ok\n"
+                              "\ntune tx 1 7442000 kHz\nexpect writes channel.1.tx.rf.frequency=7442000\n");
+}
+
 // The second channel has not registered its observer yet; that of a run has.
 TEST(Description, TemperatureIsToldToAllChannelsOfTheBoard) {
     Radio radio;
