@@ -193,7 +193,7 @@ private:
     std::set<const Object*> m_namesLeftOut;
     /** What each was started with, while nothing but the start-up was done. */
     std::set<std::pair<const Object*, std::int32_t>> m_started;
-    /** What the start-up looked up first in vain; by what it is, and its name. */
+    /** Whether the start-up found it when it first looked it up; by what it is, and its name. */
     std::map<std::pair<Recordings::ObjectKind, std::string>, bool> m_found;
     bool m_isStarting = true;
     bool m_hasGap = false;

@@ -79,7 +79,7 @@ private:
 
     void begin(const Deed& deed, std::int32_t key, std::string line);
     bool joins(const Deed& deed, std::int32_t key, const std::vector<std::string>& before) const;
-    void add(const Deed& deed, std::vector<std::string> before);
+    void add(const Deed& deed, const std::vector<std::string>& before);
     void addChange(const std::string& line);
     void addAnswer(const Record& call);
     bool isOnBoard(const Record& write) const;
@@ -228,14 +228,14 @@ void ScriptWriter::takePhase(const Deed& deed) {
         takeWords(deed, "Phase " + std::to_string(phase) + " of no command");
         return;
     }
-    std::vector<std::string> before = changesBefore(deed);
+    const std::vector<std::string> before = changesBefore(deed);
     if (coversAtStart(deed, phase, before)) {
         return;
     }
     if (!joins(deed, phase, before)) {
         begin(deed, phase, "phase " + wordOfPhase(phase));
     }
-    add(deed, std::move(before));
+    add(deed, before);
 }
 
 /** A run makes each phase once by itself before its script begins. */
@@ -271,16 +271,16 @@ void ScriptWriter::takeTune(const Deed& deed) {
         takeWords(deed, "No command tunes to " + std::to_string(carrier) + " kHz");
         return;
     }
-    std::vector<std::string> before = changesBefore(deed);
+    const std::vector<std::string> before = changesBefore(deed);
     begin(deed, 0,
           std::string("tune ") + (deed.kind() == Kind::setTx ? "tx " : "rx ") +
               std::to_string(*channelOf(deed)) + " " + std::to_string(carrier) + " kHz");
-    add(deed, std::move(before));
+    add(deed, before);
 }
 
 void ScriptWriter::takeTemperature(const Deed& deed) {
     const std::int32_t degrees = deed.began->a;
-    std::vector<std::string> before = changesBefore(deed);
+    const std::vector<std::string> before = changesBefore(deed);
     if (!joins(deed, degrees, before)) {
         if (m_temperature == degrees) {
             takeWords(deed, "The same temperature again, which a run tells nobody");
@@ -293,7 +293,7 @@ void ScriptWriter::takeTemperature(const Deed& deed) {
         begin(deed, degrees, "temperature " + std::to_string(degrees));
         m_temperature = degrees;
     }
-    add(deed, std::move(before));
+    add(deed, before);
 }
 
 void ScriptWriter::takeObserve(const Deed& deed) {
@@ -357,7 +357,7 @@ bool ScriptWriter::joins(const Deed& deed, std::int32_t key, const std::vector<s
     });
 }
 
-void ScriptWriter::add(const Deed& deed, std::vector<std::string> before) {
+void ScriptWriter::add(const Deed& deed, const std::vector<std::string>& before) {
     Step& step = *m_step;
     if (step.isFailed && step.kind == Kind::phase) {
         step.comments.emplace_back("It went on behind what failed; a run does not.");
