@@ -131,8 +131,9 @@ std::atomic<std::size_t> s_wordCount;
 bool copyTable(const void* const* table, Table& copy) {
     Dl_info info{};
     ElfW(Sym)* symbol = nullptr;
-    if (dladdr1(table, &info, reinterpret_cast<void**>(&symbol), RTLD_DL_SYMENT) == 0 || symbol == nullptr ||
-        info.dli_sname == nullptr || std::strncmp(info.dli_sname, "_ZTV", 4) != 0) {
+    if (dladdr1(static_cast<const void*>(table), &info, reinterpret_cast<void**>(&symbol), RTLD_DL_SYMENT) ==
+            0 ||
+        symbol == nullptr || info.dli_sname == nullptr || std::strncmp(info.dli_sname, "_ZTV", 4) != 0) {
         return false;
     }
     copy.original = static_cast<const void* const*>(info.dli_saddr);

@@ -18,6 +18,8 @@ std::string rangeText(std::int64_t low, std::int64_t high) {
     return std::to_string(low) + (low == high ? "" : " to " + std::to_string(high));
 }
 
+constexpr const char* whenLate = " when the radio started; later it was";
+
 class BoardWriter {
 public:
     BoardWriter(const Inventory& inventory, std::vector<std::string>& notes)
@@ -45,6 +47,8 @@ private:
     /** What was asked for and is not there, as a comment. */
     template <typename List, typename IsThere>
     void writeMissing(const List& list, IsThere isThere);
+    template <typename List>
+    void noteLate(const List& list);
 
     const Inventory& m_inventory;
     std::vector<std::string>& m_notes;
@@ -74,6 +78,11 @@ void BoardWriter::writeHead(const Recordings::Header& header, const std::vector<
         m_out << "# The recording has a gap: the ring turned over. What happened in it is not known.\n";
         m_notes.emplace_back(
             "what happened in the gap of the recording (a larger RADIO_RECORDING_SIZE leaves none)");
+    }
+    if (m_inventory.namesLeftOut() != 0) {
+        const std::string names = counted(m_inventory.namesLeftOut(), "name");
+        m_out << "# Left out, since nothing on a board can be called so: " << names << ".\n";
+        m_notes.push_back("what has " + names + " that nothing on a board can have");
     }
     m_out << "\n";
     m_out << "name = " << tomlText(header.board.empty() ? "Radio described from a recording" : header.board)
@@ -137,8 +146,17 @@ void BoardWriter::writeMissing(const List& list, IsThere isThere) {
     const char* heading = "# Asked for, and not there:\n";
     for (const auto& seen : list) {
         if (!isThere(seen)) {
-            m_out << heading << "#     " << seen.name << "\n";
+            m_out << heading << "#     " << seen.name << (seen.isLate ? whenLate : "") << "\n";
             heading = "";
+        }
+    }
+}
+
+template <typename List>
+void BoardWriter::noteLate(const List& list) {
+    for (const auto& seen : list) {
+        if (seen.isLate) {
+            m_notes.push_back(seen.name + ", which the start-up did not find");
         }
     }
 }
@@ -154,6 +172,7 @@ void BoardWriter::writeDrivers() {
         }
     }
     writeMissing(m_inventory.drivers(), [](const SeenDriver& driver) { return driver.isThere(); });
+    noteLate(m_inventory.drivers());
 }
 
 /** "written 3 times, -5 to 7" */
@@ -212,6 +231,7 @@ void BoardWriter::writeVariables() {
         }
     }
     writeMissing(m_inventory.variables(), [](const SeenVariable& variable) { return variable.isThere; });
+    noteLate(m_inventory.variables());
 }
 
 void BoardWriter::writeVariable(const SeenVariable& variable) {
@@ -244,12 +264,13 @@ void BoardWriter::writeTables() {
             m_out << "\n# "
                   << (table.isTooLarge ? "Asked at too many places for a board file: "
                                        : "Asked for, and not there: ")
-                  << table.name << "\n";
+                  << table.name << (table.isLate ? whenLate : "") << "\n";
         }
         if (table.isTooLarge) {
             m_notes.push_back("what is in " + table.name + ", which was asked at too many places");
         }
     }
+    noteLate(m_inventory.tables());
 }
 
 void BoardWriter::writeTable(const SeenTable& table) {

@@ -99,7 +99,11 @@ void Deeds::begin(Record record) {
         around.back()->isOver = true;
         around.pop_back();
     }
+    if (record.kind == Kind::construct && record.object != nullptr) {
+        m_isOfAnotherLife |= !m_built.emplace(record.object->kind, record.object->first).second;
+    }
     auto entry = std::make_unique<Entry>();
+    entry->deed.isOfAnotherLife = m_isOfAnotherLife;
     entry->deed.isInside = std::any_of(around.begin(), around.end(),
                                        [](const Entry* other) { return other->deed.kind() != Kind::phase; });
     entry->deed.isBehindGap = m_isBehindGap;
@@ -138,6 +142,7 @@ void Deeds::closeAll() {
             m_entries.push_back(std::make_unique<Entry>());
             m_entries.back()->deed.calls = std::exchange(strays, {});
             m_entries.back()->deed.isBehindGap = m_isBehindGap;
+            m_entries.back()->deed.isOfAnotherLife = m_isOfAnotherLife;
             m_entries.back()->isOver = true;
         }
     }

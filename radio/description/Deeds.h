@@ -7,6 +7,8 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <set>
+#include <utility>
 #include <vector>
 
 namespace Radio::Describing {
@@ -29,6 +31,8 @@ struct Deed {
     bool isInside = false;
     /** The gap of the ring lies before it. */
     bool isBehindGap = false;
+    /** It is a channel, or what compensates one, that is built once more, or comes behind such. */
+    bool isOfAnotherLife = false;
 
     /** What it is; `finished` for one without a beginning. */
     Kind kind() const { return began ? began->kind : Kind::finished; }
@@ -63,6 +67,9 @@ private:
     /** Calls that stand before an operation, which they are told of with. */
     std::array<std::vector<Record>, 256> m_strays;
     std::unique_ptr<Entry> m_given;
+    /** The channels that were built, and those of what compensates them. */
+    std::set<std::pair<Recordings::ObjectKind, std::int32_t>> m_built;
+    bool m_isOfAnotherLife = false;
     bool m_isBehindGap = false;
     bool m_isAtEnd = false;
 };

@@ -6,6 +6,7 @@
 #include "radio/recording/RecordingWords.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <string_view>
 
@@ -38,16 +39,18 @@ double doubleAt(const std::string& bytes, std::size_t at) {
 
 namespace {
 
-/** The next thing that the library did was to say that something is wrong. */
+/** The next thing that the library did was to say that something is wrong. The platform has levels of its own
+ * for most messages; what comes without such a level is always a complaint. */
 bool isComplainedOf(const std::vector<Record>& calls, std::size_t place) {
     constexpr std::int32_t notice = 0x100;
     constexpr std::int32_t information = 0x800;
-    std::int32_t level = information;
+    bool hasLevel = false;
     for (std::size_t next = place + 1; next < calls.size(); ++next) {
         const Record& call = calls[next];
         if (call.kind == Kind::traceLevel) {
-            level = call.code;
-        } else if (call.kind == Kind::traceMessage && level != notice && level != information) {
+            hasLevel = true;
+        } else if (call.kind == Kind::traceMessage &&
+                   (!hasLevel || (call.a != notice && call.a != information))) {
             return true;
         } else if (call.kind != Kind::brokerClose && call.kind != Kind::traceMessage &&
                    call.kind != Kind::traceEnd) {
@@ -57,7 +60,29 @@ bool isComplainedOf(const std::vector<Record>& calls, std::size_t place) {
     return false;
 }
 
+bool isLookup(Kind kind) {
+    return kind == Kind::driverLookup || kind == Kind::tableLookup || kind == Kind::variableGet ||
+           kind == Kind::variableAddress;
+}
+
+/** Tables may be given without a handle. */
+bool isGiven(const Record& lookup) {
+    return isDone(lookup) && (lookup.a != 0 || lookup.kind == Kind::tableLookup);
+}
+
+constexpr std::array<std::pair<Kind, std::int32_t>, 3> modulePhases{
+    {{Kind::moduleInit, 11}, {Kind::storageRetrieved, 5}, {Kind::postFrameformat, 20}}};
+
 } // namespace
+
+std::int32_t phaseOf(const Record& began) {
+    if (began.kind == Kind::callbackPhase) {
+        return began.a;
+    }
+    const auto found = std::find_if(modulePhases.begin(), modulePhases.end(),
+                                    [&](const auto& phase) { return phase.first == began.kind; });
+    return found == modulePhases.end() ? 0 : found->second;
+}
 
 bool isName(std::string_view name) {
     constexpr std::size_t longest = 200;
@@ -73,6 +98,10 @@ bool isCancellationTable(std::string_view name) {
 Standalone::Presence presenceIn(const std::vector<Record>& calls, std::size_t place) {
     const Record& lookup = calls[place];
     if (lookup.a != 0) {
+        const Record* const next = place + 1 < calls.size() ? &calls[place + 1] : nullptr;
+        if (next != nullptr && next->kind == Kind::driverLayerRecord && next->a == 0) {
+            return Standalone::Presence::nullRecord;
+        }
         // There is something of the name that is not what it should be.
         return isComplainedOf(calls, place) ? Standalone::Presence::foreign : Standalone::Presence::present;
     }
@@ -140,6 +169,10 @@ Inventory::Inventory(RecordingFile& file) : m_file(file) {
     Deeds deeds(file);
     while (const Deed* const deed = deeds.next()) {
         m_hasGap |= deed->isBehindGap;
+        if (deed->isBehindGap || deed->isOfAnotherLife) {
+            break;
+        }
+        lookAtStart(*deed);
         look(*deed);
         for (std::size_t place = 0; place < deed->calls.size(); ++place) {
             look(deed->calls[place]);
@@ -161,6 +194,32 @@ Seen& Inventory::find(std::vector<Seen>& list, std::map<std::string, std::size_t
     return list[place->second];
 }
 
+/** The start-up is that of a script: each phase once, before anything else. */
+void Inventory::lookAtStart(const Deed& deed) {
+    if (!deed.began || deed.kind() == Kind::phase || deed.kind() == Kind::construct ||
+        deed.kind() == Kind::destroy || deed.kind() == Kind::compensationInitialize ||
+        deed.kind() == Kind::registerObserver) {
+        return;
+    }
+    const std::int32_t phase = phaseOf(*deed.began);
+    m_isStarting = m_isStarting && phase != 0 && m_started.emplace(deed.began->object, phase).second;
+}
+
+/** Behind the start-up a script can say that a lookup fails; what the start-up did not find is not there. */
+void Inventory::lookForLate(const Record& call) {
+    if (isLookup(call.kind) && m_isStarting) {
+        m_found.emplace(std::pair(call.object->kind, call.object->name), isGiven(call));
+    }
+}
+
+bool Inventory::isLate(const Record& call) const {
+    if (!isLookup(call.kind) || call.object == nullptr || !isGiven(call)) {
+        return false;
+    }
+    const auto first = m_found.find({call.object->kind, call.object->name});
+    return first != m_found.end() && !first->second;
+}
+
 void Inventory::look(const Deed& deed) {
     if (!deed.began) {
         return;
@@ -168,6 +227,10 @@ void Inventory::look(const Deed& deed) {
     const Record& began = *deed.began;
     const std::optional<int> channel =
         began.object != nullptr ? Recordings::channelOf(m_file, *began.object) : std::nullopt;
+    m_seenObjects.insert(began.object);
+    if (channel) {
+        m_seenChannels.insert(*channel);
+    }
     if (channel && (began.kind == Kind::setTx || began.kind == Kind::setRx)) {
         m_carriers[{*channel, began.kind == Kind::setTx}].insert(began.carrier());
     } else if (began.kind == Kind::temperature) {
@@ -202,8 +265,15 @@ void Inventory::look(const Record& call) {
         return;
     }
     if (!isName(call.object->name)) {
+        const bool isOfBoard = call.object->kind == Recordings::ObjectKind::driver ||
+                               call.object->kind == Recordings::ObjectKind::variable ||
+                               call.object->kind == Recordings::ObjectKind::table;
+        if (isOfBoard) {
+            m_namesLeftOut.insert(call.object);
+        }
         return;
     }
+    lookForLate(call);
     switch (call.object->kind) {
     case Recordings::ObjectKind::driver:
         lookAtDriver(call);
@@ -232,6 +302,7 @@ void Inventory::lookAtInterface(const std::vector<Record>& calls, std::size_t pl
 
 void Inventory::lookAtDriver(const Record& call) {
     SeenDriver& driver = find(m_drivers, m_driverPlaces, call.object->name);
+    driver.isLate |= isLate(call);
     if (call.kind == Kind::driverLookup && call.a != 0 && isDone(call)) {
         driver.hasChanged |= driver.offers && *driver.offers != call.b;
         driver.offers = driver.offers.value_or(call.b);
@@ -261,6 +332,7 @@ void Inventory::lookAtWrite(SeenDriver& driver, const Record& call) {
 
 void Inventory::lookAtVariable(const Record& call) {
     SeenVariable& variable = find(m_variables, m_variablePlaces, call.object->name);
+    variable.isLate |= isLate(call);
     std::vector<std::int32_t> content;
     if (call.kind == Kind::variableContent) {
         for (std::size_t index = 0; index < call.bytes.size() / 4; ++index) {
@@ -288,6 +360,7 @@ void Inventory::lookAtVariable(const Record& call) {
 
 void Inventory::lookAtTable(const Record& call) {
     SeenTable& table = find(m_tables, m_tablePlaces, call.object->name);
+    table.isLate |= isLate(call);
     if (!isDone(call)) {
         return;
     }
@@ -332,14 +405,14 @@ void Inventory::leaveOut() {
     for (SeenVariable& array : m_variables) {
         const SeenVariable* const size = array.isArray() ? variable(array.name + "size") : nullptr;
         array.isTooLong = size != nullptr && size->most > mostPlaces;
-        array.isThere &= !array.isTooLong;
+        array.isThere &= !array.isTooLong && !array.isLate;
         if (array.isThere && size != nullptr) {
             array.places = std::max(array.places, static_cast<std::size_t>(std::max(size->most, 2)));
         }
     }
     for (SeenTable& table : m_tables) {
         table.isTooLarge = nodesOf(table.answers) > mostNodes;
-        table.isThere &= !table.isTooLarge;
+        table.isThere &= !table.isTooLarge && !table.isLate;
     }
 }
 
@@ -349,7 +422,7 @@ void Inventory::conclude(const RecordingFile& file) {
     leaveOut();
     for (const Object& object : file.objects()) {
         if (object.kind != Recordings::ObjectKind::module || object.first < 0 ||
-            channel(object.first) != nullptr) {
+            m_seenChannels.count(object.first) == 0 || channel(object.first) != nullptr) {
             continue;
         }
         SeenChannel seen;
@@ -366,8 +439,8 @@ void Inventory::conclude(const RecordingFile& file) {
     }
     for (const Object& object : file.objects()) {
         for (SeenChannel& seen : m_channels) {
-            seen.iqCompensation |=
-                object.kind == Recordings::ObjectKind::compensation && object.first == seen.number;
+            seen.iqCompensation |= object.kind == Recordings::ObjectKind::compensation &&
+                                   object.first == seen.number && m_seenObjects.count(&object) != 0;
         }
     }
 }

@@ -26,6 +26,8 @@ bool isCancellationTable(std::string_view name);
 /** A lookup of an interface that comes from the platform: its driver layer, its temperature service, a remote
  * radio unit. */
 bool asksForPlatform(const Record& record);
+/** The phase in which an operation is what a module does; 0: in none. */
+std::int32_t phaseOf(const Record& began);
 /** A write of a driver or a carrier of a remote radio unit. */
 bool isWrite(const Record& record);
 /** It returned, with a code that is a success. */
@@ -58,7 +60,9 @@ struct SeenDriver {
     std::int32_t lowestRead = 0;
     std::int32_t highestRead = 0;
 
-    bool isThere() const { return offers.has_value() || writes + refused + reads != 0; }
+    bool isThere() const { return !isLate && (offers.has_value() || writes + refused + reads != 0); }
+    /** The start-up did not find it, and something later did. */
+    bool isLate = false;
     /** What is not offered: a combination of Standalone::DriverWord. */
     unsigned missingWords() const;
 };
@@ -74,6 +78,8 @@ struct SeenVariable {
     bool hasChanged = false;
     /** The highest number that stood in its first place. */
     std::int32_t most = 0;
+    /** The start-up did not find it, and something later did; it is not there then. */
+    bool isLate = false;
     /** It has more places than a board file should; it is not there then. */
     bool isTooLong = false;
 
@@ -83,6 +89,8 @@ struct SeenVariable {
 struct SeenTable {
     std::string name;
     bool isThere = false;
+    /** The start-up did not find it, and something later did; it is not there then. */
+    bool isLate = false;
     /** It was given without a handle, so that nothing tells of which table an answer was. */
     bool hasNoHandle = false;
     bool hasTwoAxes = false;
@@ -114,7 +122,8 @@ using Carriers = std::map<std::pair<int, bool>, std::set<std::uint64_t>>;
 
 class Inventory {
 public:
-    /** Goes through the whole recording. */
+    /** Goes through the recording as far as a script can: to its gap, or to where a channel is built once
+     * more. */
     explicit Inventory(RecordingFile& file);
 
     const std::vector<SeenChannel>& channels() const { return m_channels; }
@@ -130,6 +139,10 @@ public:
     /** The lowest and the highest that was told. */
     const std::optional<Range>& temperatures() const { return m_temperatures; }
     bool hasGap() const { return m_hasGap; }
+    /** So many drivers, variables and tables are left out, since nothing on a board can be called so. */
+    std::size_t namesLeftOut() const { return m_namesLeftOut.size(); }
+    /** A lookup that gives what the start-up did not find. */
+    bool isLate(const Record& call) const;
 
     const SeenChannel* channel(int number) const;
     const SeenDriver* driver(const std::string& name) const;
@@ -142,6 +155,8 @@ private:
     template <typename Seen>
     Seen& find(std::vector<Seen>& list, std::map<std::string, std::size_t>& places, const std::string& name);
 
+    void lookAtStart(const Deed& deed);
+    void lookForLate(const Record& call);
     void look(const Deed& deed);
     void lookAtSearch(const Deed& deed);
     void look(const Record& call);
@@ -172,6 +187,15 @@ private:
     std::map<std::string, std::size_t> m_variablePlaces;
     std::map<std::string, std::size_t> m_tablePlaces;
     std::map<std::string, std::size_t> m_interfacePlaces;
+    /** The channels that did something. */
+    std::set<int> m_seenChannels;
+    std::set<const Object*> m_seenObjects;
+    std::set<const Object*> m_namesLeftOut;
+    /** What each was started with, while nothing but the start-up was done. */
+    std::set<std::pair<const Object*, std::int32_t>> m_started;
+    /** Whether the start-up found it when it first looked it up; by what it is, and its name. */
+    std::map<std::pair<Recordings::ObjectKind, std::string>, bool> m_found;
+    bool m_isStarting = true;
     bool m_hasGap = false;
 };
 

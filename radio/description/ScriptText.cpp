@@ -9,7 +9,6 @@
 #include "radio/text/Words.h"
 
 #include <algorithm>
-#include <array>
 
 namespace Radio::Describing {
 
@@ -17,19 +16,6 @@ namespace {
 
 /** What a script can have at most, and what is left for the line that says so. */
 constexpr std::size_t mostScript = (std::size_t{16} << 20U) - 65536;
-
-constexpr std::array<std::pair<Kind, std::int32_t>, 3> modulePhases{
-    {{Kind::moduleInit, 11}, {Kind::storageRetrieved, 5}, {Kind::postFrameformat, 20}}};
-
-/** The phase in which an operation is what a module does; 0: in none. */
-std::int32_t phaseOf(const Record& began) {
-    if (began.kind == Kind::callbackPhase) {
-        return began.a;
-    }
-    const auto found = std::find_if(modulePhases.begin(), modulePhases.end(),
-                                    [&](const auto& phase) { return phase.first == began.kind; });
-    return found == modulePhases.end() ? 0 : found->second;
-}
 
 std::string wordOfPhase(std::int32_t phase) {
     return phase == 11 ? "init" : phase == 5 ? "storage" : "frame-format";
@@ -65,7 +51,10 @@ struct Step {
     std::set<const Object*> told;
     std::vector<Write> writes;
     bool isFailed = false;
+    /** A run gets the same writes. */
     bool isExpected = true;
+    /** Whether a run is answered so too cannot be told. */
+    bool isUncertain = false;
 };
 
 class ScriptWriter {
@@ -80,6 +69,7 @@ public:
 
 private:
     void take(const Deed& deed);
+    bool stopsAtLate(const Deed& deed);
     void takeLife(const Deed& deed);
     void takePhase(const Deed& deed);
     void takeTune(const Deed& deed);
@@ -89,7 +79,8 @@ private:
 
     void begin(const Deed& deed, std::int32_t key, std::string line);
     bool joins(const Deed& deed, std::int32_t key, const std::vector<std::string>& before) const;
-    void add(const Deed& deed, std::vector<std::string> before);
+    void add(const Deed& deed, const std::vector<std::string>& before);
+    void addChange(const std::string& line);
     void addAnswer(const Record& call);
     bool isOnBoard(const Record& write) const;
     bool coversAtStart(const Deed& deed, std::int32_t phase, const std::vector<std::string>& before);
@@ -100,8 +91,10 @@ private:
 
     void flush();
     void flushStart();
+    bool hasStartedSome() const;
     void checkTold();
     std::size_t everybody() const;
+    bool hasToldTheFirst() const;
     void put(const std::string& line);
     /** Ends the script. */
     void stop(const std::string& why, const std::string& unknown);
@@ -121,15 +114,15 @@ private:
     std::map<std::string, Standalone::Presence> m_presences;
     std::optional<std::int32_t> m_temperature;
     std::set<const Object*> m_observers;
-    std::set<const Object*> m_modules;
     std::set<const Object*> m_callbacks;
-    std::set<std::pair<bool, int>> m_built;
 
     // The start-up that a run makes by itself.
     bool m_isStarting = true;
     bool m_hasStarted = false;
     bool m_isStartFailed = false;
     bool m_isStartExpected = true;
+    /** What the start-up was answered no script can say. */
+    bool m_isAdrift = false;
     std::set<std::pair<const Object*, std::int32_t>> m_startedPhases;
     std::map<std::int32_t, std::vector<Write>> m_startWrites;
 };
@@ -144,11 +137,6 @@ std::string ScriptWriter::write(const std::vector<std::string>& origin) {
     for (const SeenInterface& interface : m_inventory.interfaces()) {
         m_presences[interface.name] = interface.presence;
     }
-    for (const Object& object : m_file.objects()) {
-        if (object.kind == Recordings::ObjectKind::module && m_inventory.channel(object.first) != nullptr) {
-            m_modules.insert(&object);
-        }
-    }
     Deeds deeds(m_file);
     while (const Deed* const deed = m_isOver ? nullptr : deeds.next()) {
         take(*deed);
@@ -161,6 +149,15 @@ std::string ScriptWriter::write(const std::vector<std::string>& origin) {
 void ScriptWriter::take(const Deed& deed) {
     if (deed.isBehindGap) {
         stop("Behind it the recording has a gap.", "what was done behind the gap of the recording");
+        return;
+    }
+    if (deed.isOfAnotherLife) {
+        const std::string channel = "channel " + std::to_string(deed.began ? deed.began->object->first : 0);
+        stop("Behind it " + channel + " is built once more, which no script does.",
+             "what was done after " + channel + " was built once more");
+        return;
+    }
+    if (stopsAtLate(deed)) {
         return;
     }
     for (const Record& call : deed.calls) {
@@ -207,18 +204,22 @@ void ScriptWriter::take(const Deed& deed) {
 
 /** A run builds its radio once, and observes each handler as a class does. */
 void ScriptWriter::takeLife(const Deed& deed) {
-    const Object* const object = deed.began->object;
     if (deed.kind() == Kind::destroy) {
         flush();
-        m_modules.erase(object);
-        return;
     }
-    const bool isModule = object->kind == Recordings::ObjectKind::module;
-    if (deed.kind() == Kind::construct && !m_built.emplace(isModule, object->first).second) {
-        const std::string channel = "channel " + std::to_string(object->first);
-        stop("Behind it " + channel + " is built once more, which no script does.",
-             "what was done after " + channel + " was built once more");
+}
+
+/** What the start-up did not find is not on the board, and no command puts it there. */
+bool ScriptWriter::stopsAtLate(const Deed& deed) {
+    const auto late = std::find_if(deed.calls.begin(), deed.calls.end(),
+                                   [this](const Record& call) { return m_inventory.isLate(call); });
+    if (late == deed.calls.end()) {
+        return false;
     }
+    const std::string& name = late->object->name;
+    stop("Behind it there is " + name + ", which the start-up did not find; no script adds it.",
+         "what was done once there was " + name);
+    return true;
 }
 
 void ScriptWriter::takePhase(const Deed& deed) {
@@ -227,14 +228,14 @@ void ScriptWriter::takePhase(const Deed& deed) {
         takeWords(deed, "Phase " + std::to_string(phase) + " of no command");
         return;
     }
-    std::vector<std::string> before = changesBefore(deed);
+    const std::vector<std::string> before = changesBefore(deed);
     if (coversAtStart(deed, phase, before)) {
         return;
     }
     if (!joins(deed, phase, before)) {
         begin(deed, phase, "phase " + wordOfPhase(phase));
     }
-    add(deed, std::move(before));
+    add(deed, before);
 }
 
 /** A run makes each phase once by itself before its script begins. */
@@ -256,6 +257,7 @@ bool ScriptWriter::coversAtStart(const Deed& deed, std::int32_t phase,
     if (!m_faults.take().empty()) {
         note("the answers that failed during the start-up");
         m_isStartExpected = false;
+        m_isAdrift = true;
     }
     m_isStartFailed = deed.ended && !isDone(*deed.ended);
     m_isStarting = !m_isStartFailed;
@@ -269,16 +271,16 @@ void ScriptWriter::takeTune(const Deed& deed) {
         takeWords(deed, "No command tunes to " + std::to_string(carrier) + " kHz");
         return;
     }
-    std::vector<std::string> before = changesBefore(deed);
+    const std::vector<std::string> before = changesBefore(deed);
     begin(deed, 0,
           std::string("tune ") + (deed.kind() == Kind::setTx ? "tx " : "rx ") +
               std::to_string(*channelOf(deed)) + " " + std::to_string(carrier) + " kHz");
-    add(deed, std::move(before));
+    add(deed, before);
 }
 
 void ScriptWriter::takeTemperature(const Deed& deed) {
     const std::int32_t degrees = deed.began->a;
-    std::vector<std::string> before = changesBefore(deed);
+    const std::vector<std::string> before = changesBefore(deed);
     if (!joins(deed, degrees, before)) {
         if (m_temperature == degrees) {
             takeWords(deed, "The same temperature again, which a run tells nobody");
@@ -291,11 +293,19 @@ void ScriptWriter::takeTemperature(const Deed& deed) {
         begin(deed, degrees, "temperature " + std::to_string(degrees));
         m_temperature = degrees;
     }
-    add(deed, std::move(before));
+    add(deed, before);
 }
 
 void ScriptWriter::takeObserve(const Deed& deed) {
     const bool isRx = deed.began->object->name.rfind("IFrequencyHandler_Rx", 0) == 0;
+    if (deed.ended && !isDone(*deed.ended)) {
+        begin(deed, 0, "");
+        m_step->isExpected = false;
+        m_step->comments.push_back("A C client of channel " + std::to_string(*channelOf(deed)) +
+                                   " was refused, for which there is no command.");
+        note("a command for a C client that is refused");
+        return;
+    }
     begin(deed, 0, std::string("observe ") + (isRx ? "rx " : "tx ") + std::to_string(*channelOf(deed)));
     add(deed, {});
 }
@@ -322,6 +332,7 @@ void ScriptWriter::begin(const Deed& deed, std::int32_t key, std::string line) {
     m_step->kind = phaseOf(*deed.began) != 0 ? Kind::phase : deed.kind();
     m_step->key = key;
     m_step->line = std::move(line);
+    m_step->isExpected = !m_isAdrift;
     if (deed.isInside) {
         m_step->comments.emplace_back("It was done inside what stands before it.");
         note("the right place for what was done inside something else");
@@ -335,7 +346,7 @@ void ScriptWriter::begin(const Deed& deed, std::int32_t key, std::string line) {
 /** The platform tells all modules one after the other what is one command. */
 bool ScriptWriter::joins(const Deed& deed, std::int32_t key, const std::vector<std::string>& before) const {
     const Kind kind = phaseOf(*deed.began) != 0 ? Kind::phase : deed.kind();
-    if (!m_step || m_step->kind != kind || m_step->key != key || m_step->isFailed ||
+    if (!m_step || m_step->kind != kind || m_step->key != key ||
         m_step->told.count(deed.began->object) != 0) {
         return false;
     }
@@ -346,9 +357,15 @@ bool ScriptWriter::joins(const Deed& deed, std::int32_t key, const std::vector<s
     });
 }
 
-void ScriptWriter::add(const Deed& deed, std::vector<std::string> before) {
+void ScriptWriter::add(const Deed& deed, const std::vector<std::string>& before) {
     Step& step = *m_step;
-    step.before.insert(step.before.end(), before.begin(), before.end());
+    if (step.isFailed && step.kind == Kind::phase) {
+        step.comments.emplace_back("It went on behind what failed; a run does not.");
+        step.isExpected = false;
+    }
+    for (const std::string& line : before) {
+        addChange(line);
+    }
     step.told.insert(deed.began->object);
     for (const Record& call : deed.calls) {
         addAnswer(call);
@@ -356,6 +373,25 @@ void ScriptWriter::add(const Deed& deed, std::vector<std::string> before) {
     const bool isKnown = deed.ended && deed.ended->outcome == Outcome::returned;
     step.isFailed |= isKnown && isFailure(deed.ended->code);
     step.isExpected &= isKnown;
+}
+
+/** What changes twice inside one command is as it was in the end. */
+void ScriptWriter::addChange(const std::string& line) {
+    Step& step = *m_step;
+    const std::string start = line.substr(0, line.find(' ', line.find(' ') + 1) + 1);
+    const auto other =
+        std::find_if(step.before.begin(), step.before.end(),
+                     [&start](const std::string& before) { return before.rfind(start, 0) == 0; });
+    if (other == step.before.end()) {
+        step.before.push_back(line);
+        return;
+    }
+    *other = line;
+    step.comments.push_back(start.substr(start.find(' ') + 1) +
+                            "changed inside it, which no script does: nothing is expected.");
+    step.isExpected = false;
+    step.isUncertain = true;
+    note("what changed inside a command");
 }
 
 void ScriptWriter::addAnswer(const Record& call) {
@@ -371,7 +407,7 @@ void ScriptWriter::addAnswer(const Record& call) {
     if (call.outcome != Outcome::returned && call.object != nullptr) {
         const bool isCancelled = call.outcome == Outcome::unwound;
         step.comments.push_back(
-            call.object->name +
+            (call.object->name.empty() ? "an observer" : call.object->name) +
             (isCancelled
                  ? " cancelled the thread"
                  : " threw " + (call.bytes.empty() ? std::string("something") : inQuotes(call.bytes))) +
@@ -471,7 +507,7 @@ void ScriptWriter::flush() {
     } else {
         put(m_step->line);
     }
-    if (m_step->isFailed && !m_step->line.empty()) {
+    if (m_step->isFailed && !m_step->isUncertain && !m_step->line.empty()) {
         put("expect result failed");
     }
     if (m_step->isExpected) {
@@ -480,10 +516,11 @@ void ScriptWriter::flush() {
     m_step.reset();
 }
 
-/** A run tells all that are there. */
+/** A run tells all that are there, up to the first module that fails. */
 void ScriptWriter::checkTold() {
     const std::size_t all = everybody();
-    if (all == 0 || m_step->isFailed || m_step->line.empty() || m_step->told.size() >= all) {
+    if (all == 0 || m_step->line.empty() || m_step->told.size() >= all ||
+        (m_step->isFailed && hasToldTheFirst())) {
         return;
     }
     m_step->comments.push_back("It was told to " + std::to_string(m_step->told.size()) + " of " +
@@ -495,12 +532,42 @@ void ScriptWriter::checkTold() {
 /** To how many the step is told by a run; 0: to one that it names. */
 std::size_t ScriptWriter::everybody() const {
     if (m_step->kind == Kind::temperature) {
-        return m_observers.size();
+        return std::max(m_observers.size(), m_inventory.channels().size());
     }
     if (m_step->kind != Kind::phase) {
         return 0;
     }
-    return m_modules.size() + (m_step->key == 11 ? m_callbacks.size() : 0);
+    return m_inventory.channels().size() + (m_step->key == 11 ? m_callbacks.size() : 0);
+}
+
+/** Those that were told are the ones that a run tells before the others. */
+bool ScriptWriter::hasToldTheFirst() const {
+    std::size_t told = 0;
+    for (const SeenChannel& channel : m_inventory.channels()) {
+        const bool isTold = std::any_of(m_step->told.begin(), m_step->told.end(), [&](const Object* object) {
+            return object->kind == Recordings::ObjectKind::module && object->first == channel.number;
+        });
+        if (!isTold) {
+            break;
+        }
+        ++told;
+    }
+    const auto modules = std::count_if(m_step->told.begin(), m_step->told.end(), [](const Object* object) {
+        return object->kind == Recordings::ObjectKind::module;
+    });
+    return told == static_cast<std::size_t>(modules);
+}
+
+/** Not all. */
+bool ScriptWriter::hasStartedSome() const {
+    std::set<std::int32_t> started;
+    for (const auto& [object, phase] : m_startedPhases) {
+        if (object != nullptr && object->kind == Recordings::ObjectKind::module) {
+            started.insert(object->first);
+        }
+    }
+    return std::any_of(m_inventory.channels().begin(), m_inventory.channels().end(),
+                       [&](const SeenChannel& channel) { return started.count(channel.number) == 0; });
 }
 
 void ScriptWriter::flushStart() {
@@ -511,6 +578,19 @@ void ScriptWriter::flushStart() {
     m_hasStarted = false;
     put("");
     put("# The start-up, which a run makes by itself.");
+    if (m_isAdrift && m_isStartFailed) {
+        stop("It failed for answers that no script gives it; that of a run may not.",
+             "what was done after the start-up failed");
+        return;
+    }
+    if (m_isAdrift) {
+        put("# It met answers that no script gives it: what is written is not expected from here on.");
+    }
+    if (!m_isStartFailed && hasStartedSome()) {
+        put("# Not all channels were started; a run starts all of them.");
+        note("the start-up of some of the channels");
+        m_isStartExpected = false;
+    }
     put(m_isStartFailed ? "expect result failed" : "expect result ok");
     if (m_isStartExpected) {
         std::vector<Write> writes;

@@ -8,17 +8,10 @@ namespace Radio::Describing {
 
 namespace {
 
-/** Files are UTF-8, and names are ASCII: what is neither is no name that a library asked for. */
-std::string inAscii(std::string_view text) {
-    std::string result(text);
-    std::replace_if(
-        result.begin(), result.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; }, '?');
-    return result;
-}
-
+/** Files are UTF-8: of what is not, the bytes are spelt out. */
 std::string withMarks(std::string_view text) {
     std::string quoted = "\"";
-    for (const char character : harmless(inAscii(text))) {
+    for (const char character : harmless(text)) {
         if (character == '"' || character == '\\') {
             quoted += '\\';
         }
@@ -41,7 +34,7 @@ std::string scriptWord(std::string_view text) {
 }
 
 std::string commentText(std::string_view text) {
-    return harmless(inAscii(text));
+    return harmless(text);
 }
 
 std::string tomlNumbers(const std::int32_t* numbers, std::size_t count) {

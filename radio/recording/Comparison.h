@@ -44,6 +44,8 @@ struct Counts {
     std::uint64_t onlyAfter = 0;
 
     bool isDifferent() const { return different + onlyBefore + onlyAfter != 0; }
+    /** There was nothing on either side. */
+    bool isNothing() const { return same == 0 && !isDifferent(); }
 };
 
 /**

@@ -129,6 +129,7 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::unusableInput,
          {"record show", "record diff", "replay", "describe"},
          "a recording cannot be used"},
+        {ExitCode::unusableInput, {"record diff"}, "nothing was compared"},
         {ExitCode::unusableInput, {"thermal", "calibrate"}, "gnuplot is missing"},
         {ExitCode::unusableInput,
          {"run", "console", "plan audit", "qualify", "calibrate"},

@@ -1,5 +1,6 @@
 #include "radioctl/record/RecordPrograms.h"
 
+#include "radio/text/Words.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/record/ComparisonReport.h"
 #include "radioctl/record/RecordingJson.h"
@@ -33,6 +34,11 @@ int compare(const DiffOptions& options) {
     const ComparisonStyle style{options.before, options.after, static_cast<std::uint64_t>(options.limit),
                                 options.verbose};
     options.json ? writeJson(std::cout, comparison, style) : writeText(std::cout, comparison, style);
+    if (comparison.operations().isNothing()) {
+        return refuse(harmless(options.before) + " and " + harmless(options.after) +
+                          ": nothing was compared, expected operations that were asked for in one of them",
+                      options.json, ExitCode::unusableInput);
+    }
     return comparison.operations().isDifferent() ? ExitCode::different : ExitCode::good;
 }
 

@@ -18,6 +18,7 @@ using Recordings::Kind;
 using Recordings::ObjectKind;
 using Recordings::Outcome;
 using testing::AllOf;
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -272,6 +273,52 @@ TEST(Description, ScriptEndsWhereAChannelIsBuiltOnceMore) {
     EXPECT_THAT(radio.describe().unknown, ElementsAre("what was done after channel 1 was built once more"));
 }
 
+TEST(Description, BoardHasNothingOfWhatAChannelThatIsBuiltOnceMoreFinds) {
+    Radio radio;
+    radio.build(1).init(1);
+    radio.made().name(ObjectKind::driver, 17, "channel.1.other");
+    radio.begin(Kind::construct, 10, 1, 1).end(Kind::construct, 10);
+    radio.begin(Kind::moduleInit, 10).call(Kind::driverLookup, 17, 0, 1, whole).end(Kind::moduleInit, 10);
+    radio.build(2).init(2);
+    const Description description = radio.describe();
+    EXPECT_THAT(description.board, Not(AnyOf(HasSubstr("other"), HasSubstr("number = 2"))));
+    EXPECT_EQ(description.channels, 1U);
+    EXPECT_EQ(description.drivers, 2U);
+}
+
+TEST(Description, WhatTheStartUpDidNotFindIsNotThereAndEndsTheScript) {
+    Radio radio;
+    radio.build(1);
+    radio.made().name(ObjectKind::table, 17, "Channel.1.Table");
+    radio.begin(Kind::moduleInit, 10).call(Kind::tableLookup, 17, 0x8001);
+    radio.call(Kind::driverLookup, 11, 0, 1, whole).call(Kind::driverLookup, 12, 0, 1, whole);
+    radio.end(Kind::moduleInit, 10).tune(1, 7442000);
+    radio.begin(Kind::setTx, 10, 7449000).call(Kind::tableLookup, 17, 0, 1).end(Kind::setTx, 10);
+    const Description description = radio.describe();
+    EXPECT_EQ(description.tables, 0U);
+    EXPECT_THAT(description.board,
+                HasSubstr("\n# Asked for, and not there: Channel.1.Table when the radio started; later it "
+                          "was\n"));
+    EXPECT_THAT(description.unknown, ElementsAre("Channel.1.Table, which the start-up did not find",
+                                                 "what was done once there was Channel.1.Table"));
+    EXPECT_EQ(radio.script(),
+              std::string(start) +
+                  "\ntune tx 1 7442000 kHz\nexpect writes channel.1.tx.rf.frequency=7442000\n"
+                  "\n# Behind it there is Channel.1.Table, which the start-up did not find; no "
+                  "script adds it.\n");
+}
+
+// A script can have the lookup of a command fail.
+TEST(Description, WhatACommandDoesNotFindAtFirstIsThere) {
+    Radio radio;
+    radio.build(1).init(1);
+    radio.made().name(ObjectKind::table, 17, "Channel.1.Table");
+    radio.begin(Kind::setTx, 10, 7442000).call(Kind::tableLookup, 17, 0x8001).end(Kind::setTx, 10);
+    radio.begin(Kind::setTx, 10, 7449000).call(Kind::tableLookup, 17, 0, 1).end(Kind::setTx, 10);
+    EXPECT_EQ(radio.describe().tables, 1U);
+    EXPECT_THAT(radio.script(), HasSubstr("\nfault table-lookup Channel.1.Table 0x8001 once\n"));
+}
+
 TEST(Description, OperationsOfThreadsStandInTheOrderInWhichTheyBegan) {
     Radio radio;
     radio.build(1).build(2).init(1).init(2).begin(Kind::setTx, 10, 7442000);
@@ -311,7 +358,154 @@ TEST(Description, NameThatNoLibraryAsksForIsPassedOver) {
     radio.made().name(ObjectKind::driver, 17, "a\nb = {}\n[x]");
     radio.begin(Kind::setTx, 10, 7442000).call(Kind::driverWrite, 17, 0, 1).end(Kind::setTx, 10);
     EXPECT_THAT(radio.describe().board, Not(HasSubstr("[x]")));
+    EXPECT_THAT(radio.describe().unknown, ElementsAre("what has 1 name that nothing on a board can have"));
     EXPECT_THAT(radio.script(), EndsWith("\ntune tx 1 7442000 kHz\n"));
+}
+
+// How a platform writes its levels is its own: the library asks for one for most messages, and then says the
+// answer.
+TEST(Description, RemoteRadioUnitOfWhichTheLibraryComplainsIsForeign) {
+    Radio radio;
+    radio.build(1).init(1);
+    radio.made().name(ObjectKind::interface, 2, "IRauHandler_1");
+    radio.made().name(ObjectKind::interface, 3, "IRauHandler_2");
+    radio.made().name(ObjectKind::interface, 4, "IRauHandler_3");
+    radio.begin(Kind::moduleInit, 10);
+    radio.call(Kind::brokerLookup, 2, 0, 1).call(Kind::traceMessage, 0, 0, 0x4, 30); // no level was asked for
+    radio.call(Kind::brokerLookup, 3, 0, 1).call(Kind::traceLevel, 0, 0x800, 9);
+    radio.call(Kind::traceMessage, 0, 0, 0x4, 30); // another one than it was answered
+    radio.call(Kind::brokerLookup, 4, 0, 1).call(Kind::traceLevel, 0, 0x800, 9);
+    radio.call(Kind::traceMessage, 0, 0, 0x800, 30).end(Kind::moduleInit, 10);
+    EXPECT_THAT(radio.describe().board, HasSubstr("\n\"IRauHandler_1\" = \"foreign\"\n"
+                                                  "\"IRauHandler_2\" = \"foreign\"\n"
+                                                  "\"IRauHandler_3\" = \"present\"\n"));
+}
+
+TEST(Description, DriverLayerWithoutARecordIsSaidToBe) {
+    Radio radio;
+    radio.build(1).init(1).begin(Kind::moduleInit, 10);
+    radio.call(Kind::brokerLookup, 1, 0, 1).call(Kind::driverLayerRecord, 0, 0, 0);
+    radio.end(Kind::moduleInit, 10, 0x8000);
+    EXPECT_THAT(radio.script(), EndsWith("\ninterface IDriverLayer null-record\n"
+                                         "phase init\n"
+                                         "expect result failed\n"
+                                         "expect writes 0\n"));
+}
+
+TEST(Description, InterfaceThatIsAbsentForOneLookupExpectsNothing) {
+    Radio radio;
+    radio.build(1).init(1).begin(Kind::moduleInit, 10);
+    radio.call(Kind::brokerLookup, 1, 0x8001).call(Kind::brokerLookup, 1, 0, 1);
+    radio.end(Kind::moduleInit, 10, 0x8000);
+    EXPECT_THAT(radio.script(),
+                EndsWith("\n# IDriverLayer changed inside it, which no script does: nothing is expected.\n"
+                         "interface IDriverLayer present\n"
+                         "phase init\n"));
+    EXPECT_THAT(radio.describe().unknown, ElementsAre("what changed inside a command"));
+}
+
+// A run stops at the first module that fails.
+TEST(Description, PhaseThatWentOnBehindAFailureExpectsNoWrites) {
+    Radio radio;
+    radio.build(1).build(2).init(1).init(2);
+    radio.begin(Kind::moduleInit, 10).end(Kind::moduleInit, 10, 0x8000).init(2);
+    EXPECT_EQ(radio.script(), std::string(start) + "\n# It went on behind what failed; a run does not.\n"
+                                                   "phase init\n"
+                                                   "expect result failed\n");
+}
+
+TEST(Description, PhaseThatFailedForTheFirstChannelIsNotToldToTheOthers) {
+    Radio radio;
+    radio.build(1).build(2).init(1).init(2);
+    radio.begin(Kind::moduleInit, 10).end(Kind::moduleInit, 10, 0x8000);
+    EXPECT_EQ(radio.script(), std::string(start) + "\nphase init\nexpect result failed\nexpect writes 0\n");
+}
+
+TEST(Description, PhaseThatFailedForAnotherChannelAloneExpectsNoWrites) {
+    Radio radio;
+    radio.build(1).build(2).init(1).init(2);
+    radio.begin(Kind::moduleInit, 20).end(Kind::moduleInit, 20, 0x8000);
+    EXPECT_EQ(radio.script(), std::string(start) + "\n# It was told to 1 of 2; a run tells all of them.\n"
+                                                   "phase init\nexpect result failed\n");
+}
+
+TEST(Description, StartUpOfSomeChannelsExpectsNoWrites) {
+    Radio radio;
+    radio.build(1).build(2).init(1).tune(1, 7442000);
+    EXPECT_EQ(radio.script(), "\n# The start-up, which a run makes by itself.\n"
+                              "# Not all channels were started; a run starts all of them.\n"
+                              "expect result ok\n"
+                              "\ntune tx 1 7442000 kHz\nexpect writes channel.1.tx.rf.frequency=7442000\n");
+}
+
+// The second channel has not registered its observer yet; that of a run has.
+TEST(Description, TemperatureIsToldToAllChannelsOfTheBoard) {
+    Radio radio;
+    radio.build(1).build(2).init(1).tell(1, 25).init(2);
+    EXPECT_THAT(radio.script(),
+                HasSubstr("\n# It was told to 1 of 2; a run tells all of them.\ntemperature 25\n\n"));
+}
+
+TEST(Description, StartUpThatMetAFailureIsNotFollowedByExpectedWrites) {
+    Radio radio;
+    radio.build(1).begin(Kind::moduleInit, 10);
+    radio.call(Kind::brokerLookup, 1, 0, 1).call(Kind::driverLookup, 11, 0, 1, whole);
+    radio.call(Kind::driverLookup, 12, 0, 1, whole).call(Kind::temperatureRegister, 13, 0x8001);
+    radio.end(Kind::moduleInit, 10).tune(1, 7442000);
+    EXPECT_EQ(radio.script(),
+              "\n# The start-up, which a run makes by itself.\n"
+              "# It met answers that no script gives it: what is written is not expected from here on.\n"
+              "expect result ok\n"
+              "\ntune tx 1 7442000 kHz\n");
+    EXPECT_THAT(radio.describe().unknown, ElementsAre("the answers that failed during the start-up"));
+}
+
+TEST(Description, ScriptEndsAtAStartUpThatFailedForWhatNoScriptSays) {
+    Radio radio;
+    radio.build(1).begin(Kind::moduleInit, 10);
+    radio.call(Kind::brokerLookup, 1, 0, 1).call(Kind::driverLookup, 11, 0, 1, whole);
+    radio.call(Kind::driverLookup, 12, 0, 1, whole).call(Kind::temperatureRegister, 13, 0x8001);
+    radio.end(Kind::moduleInit, 10, 0x8000).tune(1, 7442000);
+    EXPECT_EQ(radio.script(), "\n# The start-up, which a run makes by itself.\n"
+                              "\n# It failed for answers that no script gives it; that of a run may not.\n");
+}
+
+TEST(Description, ClientThatIsRefusedHasNoCommand) {
+    Radio radio;
+    radio.build(1).init(1).begin(Kind::registerObserverC, 15).end(Kind::registerObserverC, 15, 0x8000);
+    EXPECT_EQ(radio.script(), std::string(start) +
+                                  "\n# A C client of channel 1 was refused, for which there is "
+                                  "no command.\n");
+    EXPECT_THAT(radio.describe().unknown, ElementsAre("a command for a C client that is refused"));
+}
+
+TEST(Description, BoardThatCheckRefusesIsNamed) {
+    Radio radio;
+    radio.build(1).begin(Kind::moduleInit, 10).call(Kind::driverLookup, 12, 0, 1, whole);
+    radio.call(Kind::driverLookup, 11, 0x8001).end(Kind::moduleInit, 10, 0x8000);
+    EXPECT_THAT(radio.describe().unknown,
+                ElementsAre("a board that check accepts (driver \"channel.1.tx.rf.frequency\" is missing; "
+                            "channel 1 (rf-module) cannot start without it)"));
+}
+
+TEST(Description, NamesStayAsTheyAreInUtf8) {
+    Radio radio;
+    radio.build(1).init(1);
+    radio.made().text(::Recording::At::unit, "7-\xff").text(::Recording::At::board, "Hochf\xc3\xbchler");
+    EXPECT_THAT(radio.describe().board,
+                HasSubstr("\nname = \"Hochf\xc3\xbchler\"\nserial = \"7-\\\\xff\"\n"));
+    EXPECT_THAT(findingsOn(radio.describe()), IsEmpty());
+}
+
+TEST(Description, ObserverThatThrewHasNoNameButIsCalledOne) {
+    Radio radio;
+    radio.build(1).init(1);
+    radio.made().name(ObjectKind::observer, 17, "", 15);
+    radio.begin(Kind::setTx, 10, 7442000);
+    radio.made().record(Kind::observerTold, 17, 0, 7442000, 0, 0, 0, 1, "out of order",
+                        Outcome::threwException);
+    radio.end(Kind::setTx, 10);
+    EXPECT_THAT(radio.script(), HasSubstr("\n# an observer threw \"out of order\": it fails"));
 }
 
 } // namespace Radio::Describing

@@ -72,6 +72,16 @@ TEST_F(RecordProgramTest, TimesAreCountedFromEachBeginning) {
                 EndsWith("\n0 operations the same, 0 different, 0 only in a.rec, 0 only in b.rec\n"));
 }
 
+TEST_F(RecordProgramTest, NothingThatWasComparedIsNoSuccess) {
+    const Ending ending = diff({"--driver", "nonsense", "a.rec", "b.rec"});
+    EXPECT_THAT(ending.output,
+                EndsWith("\n0 operations the same, 0 different, 0 only in a.rec, 0 only in b.rec\n"));
+    EXPECT_EQ(ending.errors,
+              "radioctl: a.rec and b.rec: nothing was compared, expected operations that were asked "
+              "for in one of them\n");
+    EXPECT_EQ(ending.exitCode, 3);
+}
+
 TEST_F(RecordProgramTest, LimitOfNothingLeavesTheSummary) {
     EXPECT_EQ(diff({"--limit", "0", "a.rec", "b.rec"}).output,
               "a.rec -> b.rec\n"

@@ -84,7 +84,6 @@ INSTANTIATE_TEST_SUITE_P(Of, PipeWithoutAWriterTest,
                                 std::vector<const char*>{"thermal", "board.toml", "pipe"},
                                 std::vector<const char*>{"plan", "audit", "pipe"},
                                 std::vector<const char*>{"tables", "lint", "pipe"},
-                                std::vector<const char*>{"record", "show", "pipe"},
                                 std::vector<const char*>{"calibrate", "pipe", "--channel", "1"}),
                          [](const testing::TestParamInfo<std::vector<const char*>>& test) {
                              const std::string verb = test.param.front();
