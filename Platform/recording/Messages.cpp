@@ -144,7 +144,7 @@ void format(Place& place, const std::ios& as) {
     stream.flags(as.flags());
     stream.precision(as.precision());
     stream.width(as.width());
-    stream.fill(as.fill());
+    static_cast<void>(stream.fill(as.fill()));
     if (!stream.good()) {
         stream.clear();
     }

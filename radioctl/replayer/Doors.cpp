@@ -189,8 +189,9 @@ IInterface* find(const std::string& name) {
         if (isFollowedBy(Kind::traceMessage)) {
             return &s_something;
         }
-        if (published.count(name) == 0) {
-            published[name] = new RemoteUnit(name);
+        const auto [unit, isNew] = published.try_emplace(name, nullptr);
+        if (isNew) {
+            unit->second = new RemoteUnit(name);
         }
     }
     const auto found = published.find(name);

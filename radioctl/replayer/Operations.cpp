@@ -7,6 +7,7 @@
 #include "radioctl/replayer/Stage.h"
 
 #include <cstring>
+#include <deque>
 
 namespace Replayer {
 
@@ -164,8 +165,9 @@ EAFResult observe(const Record& begin) {
 }
 
 EAFResult observeAsC(const Record& begin) {
-    auto* const number = new std::int32_t(begin.a);
-    IFrequencyObserver observer{number, &changeFrequency};
+    // Observers are never withdrawn.
+    static std::deque<std::int32_t> numbers;
+    IFrequencyObserver observer{&numbers.emplace_back(begin.a), &changeFrequency};
     IFrequencyObserver* const given = begin.a != 0 ? &observer : nullptr;
     if (begin.object == nullptr) {
         return IFrequencyHandler::registerObserver(nullptr, given);

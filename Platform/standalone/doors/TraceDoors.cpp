@@ -37,7 +37,7 @@ public:
         stream.flags(m_flags);
         stream.precision(m_precision);
         stream.width(m_width);
-        stream.fill(m_fill);
+        static_cast<void>(stream.fill(m_fill));
     }
 
 private:
