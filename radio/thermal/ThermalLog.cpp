@@ -73,7 +73,12 @@ ThermalLog readThermalLog(const std::filesystem::path& file) {
     }
     if (std::filesystem::exists(file, error) && !std::filesystem::is_regular_file(file, error)) {
         // What comes through a pipe may not come at all.
-        std::istringstream stream(readTextFile(file, longestPipe, "a temperature log"));
+        const std::string text = readTextFile(file, longestPipe, "a temperature log");
+        if (text.size() > longestPipe) {
+            throw InputError({file.string(), 0},
+                             "gives more than 256 MiB, expected a shorter log, or a file");
+        }
+        std::istringstream stream(text);
         return readThermalLog(stream, file.string());
     }
     errno = 0;
