@@ -15,6 +15,14 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_SYSTEM_PROCESSOR STREQUAL "arm
     target_compile_options(project_options INTERFACE -Wno-psabi)
 endif()
 
+# Where the C library's own times and offsets have 32 bits, those of platforms and programs have 64: files over 2 GiB, dates
+# after 2038, and files whose number needs more than 32 bits. The library has none of them, and its interface and its size
+# are recorded: a target can say KEEPS_C_TYPES of itself.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    target_compile_definitions(project_options INTERFACE
+        "$<$<NOT:$<BOOL:$<TARGET_PROPERTY:KEEPS_C_TYPES>>>:_FILE_OFFSET_BITS=64;_TIME_BITS=64>")
+endif()
+
 if(FREQUENCYHANDLER_SANITIZERS)
     set(sanitize -fsanitize=${FREQUENCYHANDLER_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     if(CMAKE_SYSTEM_PROCESSOR STREQUAL "arm")

@@ -17,7 +17,35 @@ import sys
 from frequencyhandler import Board, ChoiceError, Error, calibrate
 
 
+class Worker:
+    """A process that calibrates one unit after the other, until Ctrl-C: then not the next one either, which it has already."""
+
+    is_busy = False
+    is_over = False
+
+    @classmethod
+    def begin(cls):
+        signal.signal(signal.SIGINT, cls.end)
+
+    @classmethod
+    def end(cls, *_):
+        cls.is_over = True
+        if cls.is_busy:
+            raise KeyboardInterrupt
+
+
 def calibrate_unit(file, channel, folder):
+    """The result of one unit, in a worker."""
+    if Worker.is_over:
+        raise KeyboardInterrupt
+    Worker.is_busy = True
+    try:
+        return calibrate_or_resume(file, channel, folder)
+    finally:
+        Worker.is_busy = False
+
+
+def calibrate_or_resume(file, channel, folder):
     """The result of one unit: resumed where a journal is, begun where none is."""
     unit = pathlib.Path(file).stem
     files = {"journal": folder / f"{unit}.journal", "tables": folder / f"{unit}.csv"}
@@ -53,28 +81,30 @@ def main():
     options = parser.parse_args()
     options.out.mkdir(parents=True, exist_ok=True)
     results = {}
-    good = True
-    with concurrent.futures.ProcessPoolExecutor(options.jobs) as pool:
-        waiting = [pool.submit(calibrate_unit, file, options.channel, options.out) for file in options.boards]
+    code = 0
+    pool = concurrent.futures.ProcessPoolExecutor(options.jobs, initializer=Worker.begin)
+    waiting = [pool.submit(calibrate_unit, file, options.channel, options.out) for file in options.boards]
+    try:
         for done in concurrent.futures.as_completed(waiting):
             try:
                 unit, result = done.result()
             except Error as error:
                 print(f"calibrate_batch: {error}", file=sys.stderr)
-                good = False
+                code = 1
                 continue
             results[unit] = result
-            good = good and result.is_good
+            code = code if result.is_good else 1
             print(f"{unit}: {result.verdict}")
+    except KeyboardInterrupt:
+        print("calibrate_batch: interrupted; the same command goes on", file=sys.stderr)
+        code = 128 + signal.SIGINT
+    finally:
+        pool.shutdown(cancel_futures=True)
     if results:
         draw(results, options.out / "batch.png")
         print(f"drawn: {options.out / 'batch.png'}")
-    return 0 if good else 1
+    return code
 
 
 if __name__ == "__main__":
-    try:
-        sys.exit(main())
-    except KeyboardInterrupt:
-        print("calibrate_batch: interrupted; the same command goes on", file=sys.stderr)
-        sys.exit(128 + signal.SIGINT)
+    sys.exit(main())

@@ -23,10 +23,15 @@ typedef CalibrationTable* CalibrationTableHandle;
  */
 RADIO_API ECHResult CCalibrationHandler_GetTable(const char* tableName, CalibrationTableHandle* out);
 
-/** Stores the value of a table with one axis at `x`, linearly interpolated, in `*y`. */
+/**
+ * Stores the value of a table with one axis at `x`, linearly interpolated, in `*y`. What it is beyond the
+ * ends of the axis is the calibration handler's choice. A null `table` is a failure, for which `*y` is left
+ * alone.
+ */
 RADIO_API ECHResult CCalibrationTable_LinearInterpolate(CalibrationTableHandle table, int x, int* y);
 
-/** Stores the value of a table with two axes at (`x1`, `x2`), bilinearly interpolated, in `*y`. */
+/** Stores the value of a table with two axes at (`x1`, `x2`), bilinearly interpolated, in `*y`; otherwise the
+ * same. */
 RADIO_API ECHResult CCalibrationTable_BiLinearInterpolate(CalibrationTableHandle table, int x1, int x2,
                                                           int* y);
 

@@ -12,7 +12,7 @@
  * names, on a thread of its own choice and never two at a time for one module. Supplied by the platform: its
  * versions of the operations do nothing and answer 0, except for onPhaseActivation.
  */
-class RADIO_API ModuleInterface {
+class RADIO_CLASS ModuleInterface {
 public:
     /**
      * `phaseFilter` is an array of `phaseCount` phase identifiers that lives as long as the module;
@@ -52,7 +52,7 @@ private:
 
 /** Drives the registered modules through the platform's phases. It owns none of them. Supplied by the
  * platform. */
-class RADIO_API CModuleManager {
+class RADIO_CLASS CModuleManager {
 public:
     CModuleManager(const CModuleManager&) = delete;
     CModuleManager& operator=(const CModuleManager&) = delete;

@@ -3,7 +3,8 @@
  *
  * The interface "IDriverLayer" of the broker derives from IInterface_c; its C record is a
  * DriverLayerInterface. All records belong to the driver layer and stay where they are as long as it does;
- * their users keep pointers and free nothing.
+ * their users keep pointers and free nothing. When the driver layer comes to its end, so do its records: a
+ * pointer that was kept beyond that, to a record or to what stands in its context, must not be used.
  *
  * Usable from C99 and from C++17 on.
  */

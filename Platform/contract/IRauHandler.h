@@ -5,7 +5,7 @@
 #include "ResultCode.h"
 
 /** Any radio that is reached through an interface of its own. Supplied by the platform. */
-class RADIO_API IRadio : public virtual IInterface {
+class RADIO_CLASS IRadio : public virtual IInterface {
 public:
     ~IRadio() override;
 };
@@ -14,7 +14,7 @@ public:
  * A remote radio unit, registered in the broker as "IRauHandler", followed by "_" and the channel number when
  * that is not 0. Supplied by the platform.
  */
-class RADIO_API IRauHandler : public virtual IRadio {
+class RADIO_CLASS IRauHandler : public virtual IRadio {
 public:
     ~IRauHandler() override;
 

@@ -8,7 +8,7 @@
 
 /** Holds the temperature observers of a service, in the order in which they were registered. */
 template <typename HandlerType>
-class RADIO_API TempSubject {
+class RADIO_CLASS TempSubject {
 protected:
     TempSubject() = default;
     ~TempSubject() = default;
@@ -17,7 +17,7 @@ protected:
 };
 
 /** The temperature service, registered in the broker as "ITemperatureHandler". Supplied by the platform. */
-class RADIO_API ITemperatureHandler : public TempSubject<ITemperatureHandler>, public IInterface_c {
+class RADIO_CLASS ITemperatureHandler : public TempSubject<ITemperatureHandler>, public IInterface_c {
 public:
     ~ITemperatureHandler() override;
 

@@ -7,7 +7,7 @@
 #include <string>
 
 /** Publishes interfaces under names and finds them again. It owns none of them. Supplied by the platform. */
-class RADIO_API InterfaceBroker {
+class RADIO_CLASS InterfaceBroker {
 public:
     InterfaceBroker(const InterfaceBroker&) = delete;
     InterfaceBroker& operator=(const InterfaceBroker&) = delete;

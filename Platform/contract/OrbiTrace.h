@@ -13,7 +13,7 @@ enum OrbiTraceLevel : std::int32_t {};
  * One source of trace messages with a threshold of its own. Meant to be a static object: it is built before
  * `main` and destroyed at program exit. Supplied by the platform.
  */
-class RADIO_API OrbiTrace {
+class RADIO_CLASS OrbiTrace {
 public:
     /** `name` must outlive the object; `level` is the initial threshold. */
     OrbiTrace(const char* name, OrbiTraceLevel level);
@@ -28,9 +28,12 @@ public:
 
     /**
      * Opens one message and returns the stream for its text, which is closed with a newline and a flush.
-     * `sourceFile` must stay valid until the flush. One message at a time in the process.
+     * `sourceFile` must stay valid until the flush. One message at a time on a thread; where channels are
+     * driven on threads of their own, as many at a time as there are threads.
      */
     std::ostream& beginLogMsg(OrbiTraceLevel level, const char* sourceFile, int line);
+    /** Closes it. Not called after every message, so that nothing may wait for it: what was flushed stands.
+     */
     void endLogMsg();
 
 private:

@@ -38,12 +38,20 @@ if [ -n "$python_version" ]; then
     done
 fi
 
+# Debug symbols are in a package of their own, under the name by which a debugger looks for them.
+symbols=packages/frequencyhandler-dbgsym_${version}_$architecture.ddeb
+build_id=$(readelf --notes "$build"/lib*/libFrequencyHandler.so.0 "$build"/lib/*/libFrequencyHandler.so.0 2>/dev/null |
+    sed -n 's/^ *Build ID: //p' | head -n 1)
+dpkg-deb --fsys-tarfile "$symbols" |
+    tar --extract --to-stdout "./usr/lib/debug/.build-id/$(echo "$build_id" | cut -c 1-2)/$(echo "$build_id" | cut -c 3-).debug" >symbols
+readelf --symbols --wide symbols | grep -q tellZeroFactor || fail "$symbols does not have the functions of the library"
+
 shlibs=$(dpkg-deb --info "$runtime" shlibs)
 echo "$shlibs" | grep -qx "libFrequencyHandler 0 frequencyhandler (>= $version)" ||
     fail "who builds against $runtime will depend on: $shlibs"
 
 files() {
-    dpkg-deb --fsys-tarfile "$1" | tar --list | grep -v '/$' | sed 's/^\.//; s/Config-[a-z]*\.cmake$/Config-(build type).cmake/; s/_engine\.cpython-[^/]*\.so$/_engine.(python).so/' | LC_ALL=C sort
+    dpkg-deb --fsys-tarfile "$1" | tar --list | grep -v '/$' | sed 's/^\.//; s/Targets-[a-z]*\.cmake$/Targets-(build type).cmake/; s/_engine\.cpython-[^/]*\.so$/_engine.(python).so/' | LC_ALL=C sort
 }
 files "$runtime" | diff "$recorded.runtime" - || fail "$runtime has other files than $recorded.runtime says"
 files "$development" | diff "$recorded.development" - || fail "$development has other files than $recorded.development says"

@@ -1,4 +1,5 @@
 #include "PlatformFixture.h"
+#include "tests/support/Sanitized.h"
 
 #include <array>
 
@@ -30,6 +31,40 @@ TEST_F(DriverLayerTest, RecordStaysWhereItIsWhenDriversAreAdded) {
         driver(("driver." + std::to_string(i)).c_str());
     }
     EXPECT_EQ(&driver("lo"), &lo);
+}
+
+/** A client that outlives the platform. */
+class LateClientTest : public ::testing::Test {
+protected:
+    LateClientTest() {
+        Standalone::Platform platform;
+        kept = platform.drivers().add("lo").record();
+        copied = *kept;
+    }
+    void SetUp() override {
+        if (!isSanitized) {
+            GTEST_SKIP() << "only AddressSanitizer sees that memory of others is used";
+        }
+    }
+
+    DriverInterface* kept = nullptr;
+    DriverInterface copied{};
+};
+
+TEST_F(LateClientTest, RecordThatWasKeptBeyondThePlatformsEndIsPoisoned) {
+    EXPECT_DEATH(kept->write(kept->context, 5), "heap-use-after-free");
+}
+
+TEST_F(LateClientTest, ContextThatWasKeptBeyondThePlatformsEndIsPoisoned) {
+    EXPECT_DEATH(copied.write(copied.context, 5), "heap-use-after-free");
+}
+
+TEST_F(LateClientTest, WhatIsPoisonedIsNobodyElsesMemory) {
+    Standalone::Platform other;
+    for (int i = 0; i < 1000; ++i) {
+        EXPECT_NE(other.drivers().add("driver." + std::to_string(i)).record(), kept);
+    }
+    EXPECT_DEATH(kept->write(kept->context, 5), "heap-use-after-free");
 }
 
 TEST_F(DriverLayerTest, UnknownNameFailsAndLeavesTheOutputUntouched) {

@@ -13,7 +13,7 @@
  * pointer beyond the module's life. All operations are to be called on a thread on which the frequency does
  * not change at the same time: nothing here is locked.
  */
-class RADIO_API IFrequencyHandler : public IInterface_c, public Subject<IFrequencyHandler> {
+class RADIO_CLASS IFrequencyHandler : public IInterface_c, public Subject<IFrequencyHandler> {
 public:
     ~IFrequencyHandler() override = default;
 

@@ -13,7 +13,7 @@
  * interfaces derive from it virtually. The name is informative only; the broker's own key is the name given
  * at registration.
  */
-class RADIO_API IInterface {
+class RADIO_CLASS IInterface {
 public:
     IInterface() = default;
     explicit IInterface(std::string name) : m_interfaceName(std::move(name)) {}

@@ -9,7 +9,7 @@
  * The object keeps a C record, whose layout is the business of the interface, and gives out its address.
  * The C view of the broker hands that address to its clients.
  */
-class RADIO_API IInterface_c : public virtual IInterface {
+class RADIO_CLASS IInterface_c : public virtual IInterface {
 public:
     ~IInterface_c() override = default;
 

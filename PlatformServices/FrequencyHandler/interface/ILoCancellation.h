@@ -9,7 +9,7 @@
  * "ILoCancellation_" + channel. Owned by the frequency module of the channel. The operations of one object
  * must not overlap.
  */
-class RADIO_API ILoCancellation : public virtual IInterface {
+class RADIO_CLASS ILoCancellation : public virtual IInterface {
 public:
     ~ILoCancellation() override = default;
 

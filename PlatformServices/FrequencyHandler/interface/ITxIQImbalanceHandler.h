@@ -15,7 +15,7 @@ enum ESimulatorMode : int32_t {};
  *
  * The operations of one object must not overlap: nothing is locked. Each returns 0 or a failing code.
  */
-class RADIO_API ITxIQImbalanceHandler : public IInterface {
+class RADIO_CLASS ITxIQImbalanceHandler : public IInterface {
 public:
     ~ITxIQImbalanceHandler() override = default;
 

@@ -5,7 +5,7 @@
 
 /** Is told of the changes of a subject with which it is registered; owned by whoever made it. */
 template <typename SubjectType>
-class RADIO_API Observer {
+class RADIO_CLASS Observer {
 public:
     Observer() = default;
     Observer(const Observer&) = delete;

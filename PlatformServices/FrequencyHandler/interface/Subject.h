@@ -7,7 +7,7 @@
 
 /** Holds the observers of a subject, in the order in which they were registered. It does not own them. */
 template <typename SubjectType>
-class RADIO_API Subject {
+class RADIO_CLASS Subject {
 protected:
     Subject() = default;
     ~Subject() = default;

@@ -10,6 +10,7 @@
 #include <memory>
 
 class LoCancellation;
+struct FrequencyHandlerModule;
 namespace RL::FrequencyHandler::Common {
 class FrequencyHandler;
 }
@@ -23,7 +24,7 @@ class FrequencyHandler;
  * Phase callbacks, frequency changes and temperature notifications must not overlap: nothing is locked. The
  * platform must have stopped notifying temperatures before it destroys the module.
  */
-class RADIO_API FrequencyHandler : public ModuleInterface {
+class RADIO_CLASS FrequencyHandler : public ModuleInterface {
 public:
     /** The board fitted. A number outside this list builds no handlers, and the module then answers 0x8000.
      */
@@ -67,6 +68,7 @@ public:
     static void staticNotifyTemperature(void* context, int temperature);
 
 private:
+    friend struct ::FrequencyHandlerModule;
     using DirectionHandler = RL::FrequencyHandler::Common::FrequencyHandler;
 
     void build(std::int32_t channel, FrequencyHandlerType type);

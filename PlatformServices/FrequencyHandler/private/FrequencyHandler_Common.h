@@ -18,7 +18,7 @@ namespace RL::FrequencyHandler::Common {
  * Owned by the frequency module of the channel. Nothing is locked: phase callbacks, frequency changes and
  * registrations of one handler must not overlap.
  */
-class RADIO_API FrequencyHandler : public IFrequencyHandler {
+class RADIO_CLASS FrequencyHandler : public IFrequencyHandler {
 public:
     /**
      * Publishes the handler as "IFrequencyHandler_" + `name`, followed by "_" and the channel as a signed

@@ -1,6 +1,7 @@
 #include "FrequencyHandler_MicrowaveBoard.h"
 
 #include "Guard.h"
+#include "Refusal.h"
 #include "Trace.h"
 
 #include <algorithm>
@@ -202,7 +203,7 @@ EAFResult FrequencyHandler::tellZeroFactor() const {
     FH_TRACE(m_trace, TraceCode::error,
              "channel.%d.%s.rf.pll needs a mixer multiplication factor other than 0", channelNumber(),
              m_name.c_str());
-    return ResultFailed;
+    return refused(this);
 }
 
 std::uint32_t FrequencyHandler::getBbFrequency() const {
@@ -212,7 +213,7 @@ std::uint32_t FrequencyHandler::getBbFrequency() const {
 // Hardware write. Its steps are inlined, which takes the instructions of a call off each.
 
 EAFResult FrequencyHandler::writeFrequencyToHW(unsigned long frequency) {
-    return guarded<m_trace>("writeFrequencyToHW", [this, frequency] {
+    return guardedWrite<m_trace>(this, [this, frequency] {
         auto carrier = static_cast<std::uint32_t>(frequency);
         std::uint32_t dspOffset = 0;
         if (m_useCsOffsetArray && isRx()) {
@@ -220,7 +221,8 @@ EAFResult FrequencyHandler::writeFrequencyToHW(unsigned long frequency) {
             if (isFailure(applyChannelSpacingOffset(offset))) {
                 return ResultFailed;
             }
-            // The default is added like any other offset; only the DSP is told 0 for it. Both are deliberate.
+            // The default is added like any other offset; only the DSP is told 0 for it. Both are
+            // deliberate.
             carrier += word(offset);
         }
         if (m_useDspRxFreqOffset && canWrite(m_dspOffsetDriver) && isRx()) {
@@ -280,7 +282,7 @@ EAFResult FrequencyHandler::findChannelSpacingOffset(std::int32_t& offset) const
     if (arraySize == nullptr || (entries > 0 && array == nullptr)) {
         FH_TRACE(m_trace, TraceCode::error, "channel.%d.rx.rf.frequency.cs.offset.array was not found",
                  channelNumber());
-        return ResultFailed;
+        return refused(this);
     }
     const auto size = static_cast<std::size_t>(std::max(entries, 0));
     for (std::size_t i = 0; i < size; i += 2) {
@@ -290,7 +292,7 @@ EAFResult FrequencyHandler::findChannelSpacingOffset(std::int32_t& offset) const
         if (i + 1 == size) {
             FH_TRACE(m_trace, TraceCode::error,
                      "channel.%d.rx.rf.frequency.cs.offset.array ends inside a pair", channelNumber());
-            return ResultFailed;
+            return refused(this);
         }
         FH_TRACE(m_trace, TraceCode::information, "%s: Array(CS)=%i, Array(Foffset)=%i", "writeFrequencyToHW",
                  array[i], array[i + 1]);
@@ -317,7 +319,7 @@ EAFResult FrequencyHandler::applyHalfSpacingOffset(std::int32_t& offset) {
         });
     if (entry == halfSpacings.end()) {
         FH_TRACE(m_trace, TraceCode::error, "Unhandled channelspacetype %d", m_channelSpacing);
-        return ResultFailed;
+        return refused(this);
     }
     FH_TRACE(m_trace, TraceCode::information, "channel.%d.dsp.rx.freq.offset = %d", channelNumber(),
              entry->dspOffset);
@@ -331,7 +333,7 @@ EAFResult FrequencyHandler::writeDspOffset(std::int32_t offset) {
         FH_TRACE(m_trace, code,
                  "Write to driver failed for channel.%d.dsp.rx.freq.offset (EDriverResult = 0x%x)",
                  channelNumber(), static_cast<unsigned>(code));
-        return ResultFailed;
+        return refused(this, code);
     }
     return ResultOk;
 }
@@ -346,7 +348,7 @@ EAFResult FrequencyHandler::writeDspOffset(std::int32_t offset) {
         FH_TRACE(m_trace, code,
                  "Write to driver failed for channel.%d.%s.if.frequency (EDriverResult = 0x%x)",
                  channelNumber(), m_name.c_str(), static_cast<unsigned>(code));
-        return ResultFailed;
+        return refused(this, code);
     }
     return ResultOk;
 }
@@ -360,7 +362,7 @@ inline EAFResult FrequencyHandler::writeRfLoInKHz(std::uint32_t rfPll) {
         FH_TRACE(m_trace, code,
                  "Write to driver failed for channel.%d.%s.rf.lo.frequency (EDriverResult = 0x%x)",
                  channelNumber(), m_name.c_str(), static_cast<unsigned>(code));
-        return ResultFailed;
+        return refused(this, code);
     }
     return ResultOk;
 }
@@ -376,7 +378,7 @@ inline EAFResult FrequencyHandler::writeRfLoInHz(std::uint64_t rfPll) {
         FH_TRACE(m_trace, code,
                  "Write to driver failed for channel.%d.%s.rf.lo.frequency.in.hz (EDriverResult = 0x%x)",
                  channelNumber(), m_name.c_str(), static_cast<unsigned>(code));
-        return ResultFailed;
+        return refused(this, code);
     }
     return ResultOk;
 }
@@ -396,7 +398,7 @@ inline EAFResult FrequencyHandler::writeChargePump(std::uint32_t carrier) {
         FH_TRACE(m_trace, code,
                  "Unable to write to driver channel.%d.%s.rf.pll.config (EDriverResult = 0x%x)",
                  channelNumber(), m_name.c_str(), static_cast<unsigned>(code));
-        return ResultFailed;
+        return refused(this, code);
     }
     return ResultOk;
 }

@@ -31,7 +31,7 @@ private:
  *
  * Drivers, tables and live variable contents belong to the platform.
  */
-class RADIO_API FrequencyHandler : public Common::FrequencyHandler {
+class RADIO_CLASS FrequencyHandler : public Common::FrequencyHandler {
 public:
     /**
      * The four flags tell how the board is built:

@@ -2,6 +2,7 @@
 
 #include "Guard.h"
 #include "InterfaceBroker.h"
+#include "Refusal.h"
 #include "Trace.h"
 
 #include <string_view>
@@ -56,19 +57,19 @@ EAFResult FrequencyHandler::writeFrequencyToHW(unsigned long frequency) {
     if (m_pRauHandler == nullptr) {
         return tellMissingRau();
     }
-    return guarded<m_trace>("writeFrequencyToHW", [this, frequency] {
+    return guardedWrite<m_trace>(this, [this, frequency] {
         const auto carrier = static_cast<std::uint32_t>(frequency);
         const EAFResult code = std::string_view(m_direction) == "Rx"
                                    ? m_pRauHandler->setRxRadioFrequency(carrier)
                                    : m_pRauHandler->setTxRadioFrequency(carrier);
-        return isSuccess(code) ? ResultOk : ResultFailed;
+        return isSuccess(code) ? ResultOk : refused(this, code);
     });
 }
 
 EAFResult FrequencyHandler::tellMissingRau() const {
     FH_TRACE(m_trace, TraceCode::error, "writeFrequencyToHW called without IRauHandler for direction %s",
              m_direction.c_str());
-    return ResultFailed;
+    return refused(this);
 }
 
 } // namespace RL::FrequencyHandler::Rau

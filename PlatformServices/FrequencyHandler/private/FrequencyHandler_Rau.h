@@ -7,7 +7,7 @@
 namespace RL::FrequencyHandler::Rau {
 
 /** The synthesisers of a remote radio unit belong to another service: each carrier is passed on to it. */
-class RADIO_API FrequencyHandler : public Common::FrequencyHandler {
+class RADIO_CLASS FrequencyHandler : public Common::FrequencyHandler {
 public:
     /** Looks nothing up yet. */
     FrequencyHandler(const std::string& name, int channel);

@@ -2,6 +2,7 @@
 
 #include "DriverLookup.h"
 #include "Guard.h"
+#include "Refusal.h"
 #include "Trace.h"
 
 namespace RL::FrequencyHandler::RfModule {
@@ -44,7 +45,7 @@ EAFResult FrequencyHandler::writeFrequencyToHW(unsigned long frequency) {
     if (!canWrite(rfFrequencyDriver)) {
         return tellMissingDriver();
     }
-    return guarded<m_trace>("writeFrequencyToHW", [this, carrier] {
+    return guardedWrite<m_trace>(this, [this, carrier] {
         const EDriverResult code = rfFrequencyDriver->write(rfFrequencyDriver->context, carrier);
         return isSuccess(code) ? ResultOk : tellFailedWrite(code);
     });
@@ -61,7 +62,7 @@ EAFResult FrequencyHandler::tellMissingDriver() const {
 EAFResult FrequencyHandler::tellFailedWrite(EDriverResult code) const {
     FH_TRACE(m_trace, code, "Write to driver failed for channel.%d.%s.rf.frequency (EDriverResult = 0x%x)",
              channelNumber(), m_direction.c_str(), static_cast<unsigned>(code));
-    return ResultFailed;
+    return refused(this, code);
 }
 
 } // namespace RL::FrequencyHandler::RfModule

@@ -10,7 +10,7 @@ namespace RL::FrequencyHandler::RfModule {
  * The RF module takes the wanted carrier as it is: each direction has one driver, to which the carrier is
  * written unchanged, in kHz.
  */
-class RADIO_API FrequencyHandler : public Common::FrequencyHandler {
+class RADIO_CLASS FrequencyHandler : public Common::FrequencyHandler {
 public:
     /** Looks nothing up yet. */
     FrequencyHandler(const std::string& name, int channel);

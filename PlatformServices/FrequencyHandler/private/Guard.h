@@ -5,6 +5,7 @@
 #ifndef FREQUENCYHANDLER_PRIVATE_GUARD_H
 #define FREQUENCYHANDLER_PRIVATE_GUARD_H
 
+#include "Refusal.h"
 #include "ResultCode.h"
 #include "Trace.h"
 
@@ -22,6 +23,13 @@ template <OrbiTrace& trace>
     tellThrown(trace, operation);
 }
 
+/** The same of a write to the hardware of `handler`. */
+template <OrbiTrace& trace>
+[[gnu::cold, gnu::noinline]] void tellThrownByWrite(const Common::FrequencyHandler* handler) {
+    tellThrown(trace, "writeFrequencyToHW");
+    static_cast<void>(refused(handler));
+}
+
 /** Carries out `work` and gives its result; when it throws, 0x8000, and one error trace says what failed. */
 template <OrbiTrace& trace, typename Work>
 [[gnu::always_inline]] inline EAFResult guarded(const char* operation, Work work) {
@@ -29,6 +37,17 @@ template <OrbiTrace& trace, typename Work>
         return work();
     } catch (...) {
         tellThrown<trace>(operation);
+    }
+    return ResultFailed;
+}
+
+/** The same for writeFrequencyToHW() of `handler`. */
+template <OrbiTrace& trace, typename Work>
+[[gnu::always_inline]] inline EAFResult guardedWrite(const Common::FrequencyHandler* handler, Work work) {
+    try {
+        return work();
+    } catch (...) {
+        tellThrownByWrite<trace>(handler);
     }
     return ResultFailed;
 }

@@ -16,7 +16,7 @@
  * Owned by the frequency module. Drivers and tables belong to the platform. The operations of one object must
  * not overlap; a calibration blocks its thread.
  */
-class RADIO_API LoCancellation : public virtual ILoCancellation {
+class RADIO_CLASS LoCancellation : public virtual ILoCancellation {
 public:
     /** Makes no call to the platform. */
     explicit LoCancellation(unsigned int channel);

@@ -19,7 +19,7 @@
  * It reaches the platform through its flat functions only. Once initialised, an object must live as long as
  * the platform may call it: there is no way to shut it down, and its destructor unregisters nothing.
  */
-class RADIO_API CTxIQImbalanceHandler : public ITxIQImbalanceHandler {
+class RADIO_CLASS CTxIQImbalanceHandler : public ITxIQImbalanceHandler {
 public:
     /** Registers nothing yet. */
     explicit CTxIQImbalanceHandler(unsigned long channel);

@@ -1,0 +1,32 @@
+#ifndef PLATFORM_CONFORMANCE_LOOK_H
+#define PLATFORM_CONFORMANCE_LOOK_H
+
+#include "conformance/Rule.h"
+
+#include <cstdint>
+#include <string>
+
+namespace Conformance {
+
+enum class State : std::uint8_t {
+    holds,
+    broken,
+    unseen, ///< nobody can tell
+};
+
+/** What came of a look at a rule. */
+struct Finding {
+    State state = State::holds;
+    /** Why it does not hold, or cannot be looked at; empty: it holds. */
+    std::string why{};
+};
+
+/** In this process. */
+Finding lookHere(const Rule& rule, Adapter& adapter);
+/** In a fork of this process: a crash, or what does not come back within 20 s, is a rule that does not
+ * hold. */
+Finding lookApart(const Rule& rule, Adapter& adapter);
+
+} // namespace Conformance
+
+#endif

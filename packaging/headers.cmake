@@ -1,0 +1,15 @@
+# Installed headers find each other by where they lie, whatever somebody has on the path before them that is called the
+# same. Run by the installation, which sets `installed` to their folder.
+file(GLOB headers RELATIVE ${installed} ${installed}/*/*.h)
+foreach(header IN LISTS headers)
+    file(READ ${installed}/${header} text)
+    set(written "${text}")
+    foreach(other IN LISTS headers)
+        cmake_path(GET other FILENAME name)
+        string(REPLACE "#include \"${name}\"" "#include \"../${other}\"" text "${text}")
+        string(REPLACE "#include \"${other}\"" "#include \"../${other}\"" text "${text}")
+    endforeach()
+    if(NOT text STREQUAL written)
+        file(WRITE ${installed}/${header} "${text}")
+    endif()
+endforeach()

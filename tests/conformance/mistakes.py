@@ -1,0 +1,156 @@
+#!/usr/bin/env python3
+"""mistakes.py COMPILER MINIMAL ARCHIVE INCLUDE...
+
+Makes one mistake after the other in a copy of the minimal platform in the folder MINIMAL, puts that before the rules in
+ARCHIVE, and looks whether the rule that says so is named, and the platform refused. Exits with 1 unless each is found.
+"""
+
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+from concurrent.futures import ThreadPoolExecutor
+
+# What is written wrongly, what is written in its place, and the rule that has to find it.
+MISTAKES = [
+    ("sources depend on static objects that come later", "trace.early-sources-work",
+     "OrbiTrace::OrbiTrace(const char* name, OrbiTraceLevel level) : m_name(name), m_level(level) {}",
+     "static std::vector<const char*> names;\n"
+     "OrbiTrace::OrbiTrace(const char* name, OrbiTraceLevel level) : m_name(name), m_level(level) { names.push_back(name); }",
+     "return stream << m_name", "return stream << names.at(0)"),
+    ("sources depend on static objects that are gone", "trace.sources-outlive-main",
+     "OrbiTrace::~OrbiTrace() = default;",
+     "static std::set<int>* open = new std::set<int>{1};\n"
+     "static struct Closing { ~Closing() { delete open; open = nullptr; } } closing;\n"
+     "OrbiTrace::~OrbiTrace() { if (open->empty()) { m_name = nullptr; } }"),
+    ("a message that is not ended is thrown away", "trace.unended-messages-arrive",
+     "return stream << m_name", "kept<std::ostringstream>().str({}); return kept<std::ostringstream>() << m_name",
+     "void OrbiTrace::endLogMsg() {}", "void OrbiTrace::endLogMsg() { std::clog << kept<std::ostringstream>().str(); }"),
+    ("a lock is held from the beginning of a message to its end", "trace.unended-messages-hold-nobody-up",
+     "return stream << m_name", "kept<std::recursive_mutex>().lock(); return stream << m_name",
+     "void OrbiTrace::endLogMsg() {}", "void OrbiTrace::endLogMsg() { kept<std::recursive_mutex>().unlock(); }"),
+    ("threads write into one stream", "trace.messages-of-threads-stay-whole",
+     "thread_local Message message;", "static auto& message = *std::clog.rdbuf();",
+     "thread_local std::ostream", "static std::ostream"),
+    ("errors are the least of all", "trace.errors-are-worst", "isFailure(level) ? 1 :", "isFailure(level) ? 9 :"),
+    ("a broker for each thread", "broker.is-one", "static InterfaceBroker broker;",
+     "static thread_local InterfaceBroker broker;"),
+    ("names are cut", "broker.names-are-whole", "interfaces.emplace(name, iface)",
+     "interfaces.emplace(name.substr(0, 64), iface)"),
+    ("what is absent is something", "broker.absent-name-finds-nothing",
+     "return found != nullptr ? *found : nullptr;",
+     "return found != nullptr ? *found : state().interfaces.begin()->second;"),
+    ("nothing is withdrawn", "broker.withdrawn-is-not-found", "state().interfaces.erase(name) != 0", "!name.empty()"),
+    ("nobody hears what was withdrawn", "broker.withdrawing-tells-what", "*removed = findInterface(name);", ""),
+    ("the driver layer is not published", "broker.publishes-driver-layer",
+     'registerInterface("IDriverLayer"', 'registerInterface("IDriverlayer"'),
+    ("the C view gives the object", "c-broker.record-is-given", "found->getCStruct()", "static_cast<void*>(found)"),
+    ("the C view succeeds without a record", "c-broker.absent-record-is-none",
+     "*iface = found != nullptr ? found->getCStruct() : nullptr;",
+     "*iface = found != nullptr ? found->getCStruct() : broker;"),
+    ("handles run out", "c-broker.handles-come-back", "*broker = &InterfaceBroker::getInstance();",
+     "static int left = 100; if (left-- == 0) { return ResultFailed; } *broker = &InterfaceBroker::getInstance();"),
+    ("modules are forgotten", "modules.phases-reach-modules", "state().modules.push_back(module);", "(void)module;"),
+    ("modules that left are called", "modules.gone-modules-are-left-alone",
+     "modules.erase(std::remove(modules.begin(), modules.end(), module), modules.end());",
+     "(void)module; modules.size();"),
+    ("modules are called in every phase", "modules.other-phases-do-not",
+     "if (module->wantsPhase(phase) && ", "if (",
+     "return phase == 11 ", "return phase == 12 ? onModuleInit() : phase == 11 "),
+    ("two phases are exchanged", "modules.activation-calls-the-operation", "phase == 5 ", "phase == 6 "),
+    ("a callback's record is copied", "c-modules.record-is-kept-by-address",
+     "Callback{record, priority", "Callback{new ModuleCallbackRecord(*record), priority"),
+    ("callbacks have the order of their registration", "c-modules.callbacks-have-their-order",
+     "std::pair(id, order)", "std::pair(id, 0U * order)"),
+    ("callbacks do not get their priority", "c-modules.callbacks-are-called", "phase, callback.priority)",
+     "phase, ECallbackPriority{0})"),
+    ("an identifier can be taken twice", "c-modules.identifier-is-registered-once",
+     "state().identifiers.insert(id).second", "id != 0"),
+    ("records have contents of their own", "storage.both-are-one",
+     "return CStorageManager_GetVariableContentAddressByName(name, &record.content, 0);",
+     "const auto code = CStorageManager_GetVariableContentAddressByName(name, &record.content, 0);\n"
+     "    record.content = record.content ? new int(*static_cast<int*>(record.content)) : nullptr; return code;"),
+    ("contents are copies", "storage.address-stays", "*address = find(variables(), name);",
+     "const int* found = find(variables(), name); *address = found ? new int(*found) : nullptr;"),
+    ("lines are steps", "calibration.between-is-straight",
+     "part1 == 0.0 ? along(n1)", "part1 != 1.0 ? along(n1)"),
+    ("axes are exchanged", "calibration.axes-have-their-order", "reinterpret_cast<const Table*>(table), x1, x2)",
+     "reinterpret_cast<const Table*>(table), x2, x1)"),
+    ("a null table is looked into", "calibration.null-is-refused", "if (table == nullptr) {", "if (false) {"),
+    ("temperatures are tenths of degrees", "temperature.changes-are-told", "observer->context, degrees)",
+     "observer->context, degrees * 10)"),
+    ("only the first observer is told", "temperature.all-are-told",
+     "notifyTemperature(observer->context, degrees);", "notifyTemperature(observer->context, degrees);\n break;"),
+    ("the temperature service has no C record", "temperature.c-view-registers", "m_pCStruct = &temperatureRecord;", ""),
+    ("what is absent is a driver", "drivers.absent-is-none",
+     "*out = driver != nullptr ? &driver->record : nullptr;",
+     "static DriverInterface none{}; *out = driver != nullptr ? &driver->record : &none;",
+     "EDriverResult{driver != nullptr ? 0 : notFound}", "EDriverResult{0}"),
+    ("values are cut to 16 bits", "drivers.write-reaches", ": value;", ": static_cast<std::int16_t>(value);"),
+    ("drivers share their hardware", "drivers.are-apart", "Driver& driver = drivers()[name];",
+     "Driver& driver = drivers()[name] = drivers()[name.substr(0, 12)]; static Driver& first = driver;",
+     "driver.record = {&driver,", "driver.record = {&first,"),
+    ("bytes are turned round", "drivers.buffer-reaches", "driver.bytes.assign(bytes, bytes + count);",
+     "driver.bytes.assign(std::reverse_iterator(bytes + count), std::reverse_iterator(bytes));"),
+    ("a reading has its sign lost", "drivers.read-gives", "*value = driver.value;",
+     "*value = driver.value < 0 ? -driver.value : driver.value;"),
+    ("every refusal is the same", "drivers.codes-come-through", ": value;\n    return EDriverResult{driver.failure};",
+     ": value;\n    return EDriverResult{driver.failure != 0 ? 0x8000 : 0};"),
+    ("a context is looked for by what it is", "drivers.record-is-an-argument-too",
+     "driver.record = {&driver,", "static std::map<std::string, Driver*> places; places[name] = &driver;\n"
+     "    driver.record = {&places[name],",
+     "auto& driver = *static_cast<Driver*>(context);\n    driver.value",
+     "auto& driver = **static_cast<Driver**>(context);\n    driver.value"),
+]
+
+
+def sources(minimal):
+    return [minimal / name for name in ("MinimalPlatform.cpp", "MinimalDrivers.cpp", "MinimalTables.cpp")]
+
+
+def changed(source, replacements):
+    for old, new in zip(replacements[::2], replacements[1::2]):
+        if source.count(old) != 1:
+            sys.exit(f"{source.count(old)} times in the minimal platform, expected once: {old}")
+        source = source.replace(old, new)
+    return source
+
+
+def look(compiler, minimal, archive, includes, folder, mistake):
+    """What is wrong with how the mistake was met; empty: nothing."""
+    what, rule, *replacements = mistake
+    stem = pathlib.Path(folder) / rule
+    source = stem.with_name(stem.name + ".cpp")
+    source.write_text("#include <sstream>\n#include <iterator>\n"
+                      + changed("".join(file.read_text() for file in sources(minimal)), replacements))
+    program = str(stem) + ".program"
+    subprocess.run([compiler, "-std=c++17", "-O0", "-w", "-o", program, str(source), folder + "/adapter.o", archive,
+                    "-I", str(minimal), *includes, "-pthread"], check=True)
+    run = subprocess.run([program, "--json"], capture_output=True, text=True, timeout=120, check=False)
+    states = {one["rule"]: one["state"] for one in map(json.loads, run.stdout.splitlines())}
+    broken = [name for name, state in states.items() if state == "BROKEN"]
+    print(f"{what}: {', '.join(broken)}", flush=True)
+    # A platform that crashes when the process ends does so here, too.
+    if run.returncode == 0 or rule not in broken:
+        return f"{what}: ended with {run.returncode}, expected 1 and {rule} among the broken rules: {broken}"
+    return ""
+
+
+def main(compiler, minimal, archive, *directories):
+    minimal = pathlib.Path(minimal)
+    includes = [word for directory in directories for word in ("-I", directory)]
+    with tempfile.TemporaryDirectory() as folder:
+        subprocess.run([compiler, "-std=c++17", "-O0", "-c", "-o", folder + "/adapter.o", str(minimal / "MinimalAdapter.cpp"),
+                        *includes], check=True)
+        with ThreadPoolExecutor(os.cpu_count()) as workers:
+            wrong = [text for text in workers.map(
+                lambda mistake: look(compiler, minimal, archive, includes, folder, mistake), MISTAKES) if text]
+    print(f"{len(MISTAKES)} mistakes, {len(MISTAKES) - len(wrong)} found")
+    if wrong:
+        sys.exit("\n".join(wrong))
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])

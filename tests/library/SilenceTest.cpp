@@ -1,0 +1,117 @@
+// What says nothing at the threshold with which the library begins, as docs/loading.md lists it, and what
+// says more than one expects. The numbers stand for themselves: a carrier of 7442 MHz, an IF of 140 MHz.
+
+#include "CTxIQImbalanceHandler.h"
+#include "FrequencyHandler_c.h"
+#include "InterfaceBroker.h"
+#include "ModuleTest.h"
+
+using Standalone::Operation;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class SilenceTest : public ModuleTest {
+protected:
+    // That of the library's sources, which wants notices and errors.
+    SilenceTest() { platform.trace().setThreshold(Standalone::TraceLevel::notice); }
+};
+
+TEST_F(SilenceTest, RfModuleTunedBeforePhase11AnswersZeroAndWritesAndSaysNothing) {
+    build(FrequencyHandlerRfModule);
+    forget();
+    EXPECT_EQ(module->setTxFrequency(7442000), ResultOk);
+    EXPECT_EQ(module->setRxFrequency(7603000), ResultOk);
+    EXPECT_THAT(writes(), IsEmpty());
+    EXPECT_THAT(traces(), IsEmpty());
+    EXPECT_EQ(frequencyOf("Tx"), 7442000U);
+}
+
+TEST_F(SilenceTest, RfModuleWithoutADriverSaysSoAtTheInformationLevelAlone) {
+    platform.trace().setThreshold(Standalone::TraceLevel::information);
+    build(FrequencyHandlerRfModule);
+    forget();
+    EXPECT_EQ(module->setTxFrequency(7442000), ResultOk);
+    EXPECT_THAT(traces(), ElementsAre("information: setTxFrequency 7442000",
+                                      "information: Write frequency to HW 7442000 for direction Tx",
+                                      "information: Unable to write to rfFrequencyDriver for direction Tx"));
+}
+
+TEST_F(SilenceTest, WhatWasNotWrittenForWantOfADriverWasNotRefusedEither) {
+    FrequencyHandlerModule* cModule = nullptr;
+    ASSERT_EQ(FrequencyHandler_Create(1, FrequencyHandlerRfModule, &cModule), ResultOk);
+    FrequencyHandlerTuning tuning{1, ResultFailed, 3};
+    EXPECT_EQ(FrequencyHandler_Tune(cModule, FrequencyHandlerTx, 7442000), ResultOk);
+    EXPECT_EQ(FrequencyHandler_GetTuning(cModule, FrequencyHandlerTx, &tuning), ResultOk);
+    EXPECT_EQ(tuning.result, ResultOk);
+    EXPECT_EQ(tuning.code, 0);
+    FrequencyHandler_Destroy(cModule);
+    EXPECT_THAT(writes(), IsEmpty());
+}
+
+TEST_F(SilenceTest, ReceiverOfAMicrowaveBoardTunedBeforePhase11MissesItsTableAlone) {
+    build(FrequencyHandlerMicrowaveBoardHz);
+    forget();
+    EXPECT_EQ(module->setRxFrequency(7603000), ResultOk);
+    EXPECT_THAT(writes(), IsEmpty());
+    EXPECT_THAT(traces(),
+                ElementsAre("error: Unable to fetch value from table "
+                            "Channel.1.Rx.Rf.Pll.Frequency.To.Chargepump.Setting (ECHResult = 0x8003)"));
+}
+
+TEST_F(SilenceTest, TransmitterOfAMicrowaveBoardTunedBeforePhase11MissesItsTables) {
+    build(FrequencyHandlerMicrowaveBoardHz);
+    forget();
+    EXPECT_EQ(module->setTxFrequency(7442000), ResultOk);
+    EXPECT_THAT(writes(), IsEmpty());
+    EXPECT_THAT(
+        traces(),
+        ElementsAre("error: Unable to fetch value from table "
+                    "Channel.1.Tx.Rf.Pll.Frequency.To.Chargepump.Setting (ECHResult = 0x8003)",
+                    "error: Unable to fetch value from table "
+                    "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I (ECHResult = 0x8003)",
+                    "error: Unable to fetch value from table "
+                    "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.Q (ECHResult = 0x8003)"));
+}
+
+TEST_F(SilenceTest, CompensationNamesNeitherDriverNorTableThatItMisses) {
+    addCompensation(1);
+    CTxIQImbalanceHandler handler(1);
+    fail(Operation::driverLookup, "channel.1.dsp.tx.dc.compensation.q", 0x8001);
+    EXPECT_EQ(CTxIQImbalanceHandler::onPhaseActivation(&handler, 11, ECallbackPriority{3}), ResultFailed);
+    EXPECT_THAT(traces(), ElementsAre("error: CTxIQImbalanceHandler failed to get driver interface"));
+}
+
+TEST_F(SilenceTest, UnknownTypeIsSaidAtTheInformationLevelAlone) {
+    build(6);
+    EXPECT_THAT(traces(), IsEmpty());
+    EXPECT_EQ(module->setTxFrequency(7442000), ResultFailed);
+    EXPECT_THAT(traces(), ElementsAre("error: setTxFrequency called on a module without handlers"));
+}
+
+TEST_F(SilenceTest, OptionalVariablesThatAreMissingAreErrorsAtEachBoot) {
+    fail(Operation::variableGet, "channel.1.tx.rf.spectruminverted", 0x8001);
+    fail(Operation::variableGet, "channel.1.tx.baseband.spectruminverted", 0x8001);
+    build(FrequencyHandlerMicrowaveBoardHz);
+    EXPECT_TRUE(run(11));
+    forget();
+    EXPECT_TRUE(run(5));
+    EXPECT_THAT(traces(),
+                ElementsAre("error: Could not get the variable channel.1.tx.rf.spectruminverted from "
+                            "the database",
+                            "error: Could not get the variable "
+                            "channel.1.tx.baseband.spectruminverted from the database"));
+}
+
+TEST_F(SilenceTest, TwoModulesOfOneChannelHaveOneNameAndTheFirstToGoTakesItAway) {
+    build(FrequencyHandlerRfModule);
+    auto second = std::make_unique<::FrequencyHandler>(1, ::FrequencyHandler::RfModule);
+    EXPECT_EQ(module->setTxFrequency(7442000), ResultOk);
+    EXPECT_EQ(second->setTxFrequency(7484000), ResultOk);
+    EXPECT_EQ(frequencyOf("Tx"), 7442000U);
+    second.reset();
+    EXPECT_EQ(InterfaceBroker::getInstance().findInterface("IFrequencyHandler_Tx_1"), nullptr);
+}
+
+} // namespace
