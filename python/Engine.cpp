@@ -3,7 +3,7 @@
 
 PYBIND11_MODULE(_engine, module) {
     module.doc() = "The engines behind the package frequencyhandler, which is what programs use.";
-    module.attr("version") = FREQUENCYHANDLER_VERSION;
+    module.attr("version") = FREQUENCYHANDLER_VERSION_TEXT;
     Radio::Python::translateErrors();
     Radio::Python::bindBoards(module);
     Radio::Python::bindRadios(module);

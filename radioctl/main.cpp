@@ -1,3 +1,4 @@
+#include "radio/files/AtomicFile.h"
 #include "radio/files/TextFile.h"
 #include "radioctl/calibrate/CalibrationCommandLine.h"
 #include "radioctl/calibrate/QualificationCommandLine.h"
@@ -71,6 +72,7 @@ int main(int argc, char** argv) {
     // be told.
     static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
     Radio::setReadingWait(&Radio::waitForReading);
+    Radio::setFileRemark(&Radio::warnOnce);
     try {
         return Radio::checkedOutput(Radio::runCommandLine(argc, argv));
     } catch (const std::exception& error) {

@@ -1,5 +1,6 @@
 #include "devices/Connector.h"
 
+#include "devices/Patience.h"
 #include "devices/Threads.h"
 
 #include <cerrno>
@@ -39,7 +40,11 @@ Connector::~Connector() {
     }
     stop();
     std::unique_lock lock(m_shared->mutex);
-    const bool hasEnded = m_shared->changed.wait_until(lock, m_end, [this] { return m_shared->hasEnded; });
+    const Patience patience(m_end);
+    while (!m_shared->hasEnded && !patience.isOver()) {
+        m_shared->changed.wait_until(lock, patience.nextLook());
+    }
+    const bool hasEnded = m_shared->hasEnded;
     lock.unlock();
     if (hasEnded) {
         m_thread.join();
@@ -88,8 +93,12 @@ std::unique_ptr<Link> Connector::take() {
 Opened Connector::await(std::uint64_t attempt, Clock::time_point deadline, bool insists) {
     Shared& shared = *m_shared;
     std::unique_lock lock(shared.mutex);
-    const bool isTold = shared.changed.wait_until(
-        lock, deadline, [&] { return shared.isReady || (!insists && shared.done >= attempt); });
+    const auto isOfUse = [&] { return shared.isReady || (!insists && shared.done >= attempt); };
+    const Patience patience(deadline);
+    while (!isOfUse() && !patience.isOver()) {
+        shared.changed.wait_until(lock, patience.nextLook());
+    }
+    const bool isTold = isOfUse();
     if (shared.isReady || shared.done >= attempt || (isTold && !insists)) {
         return {nullptr, shared.opened.error, shared.opened.why};
     }

@@ -7,6 +7,7 @@
 #include "devices/FileAttribute.h"
 #include "devices/HeldListener.h"
 #include "devices/Links.h"
+#include "devices/Patience.h"
 #include "devices/SensorReader.h"
 
 #include <algorithm>
@@ -201,6 +202,7 @@ bool Hardware::State::isWithinReach(const DriverHardware& hardware) {
 /** What is within reach is written before anything that is not is waited for, and nobody is told of either
  * before both were tried: a transmitter must not stay on for the sake of another, or of a terminal. */
 std::vector<ExitWrite> Hardware::State::leave() {
+    const Insistence insistence;
     m_listener.hold();
     std::vector<ExitWrite> writes;
     std::vector<DriverAttribute*> drivers;

@@ -123,6 +123,16 @@ private:
     std::unique_ptr<State> m_state;
 };
 
+/** Asked every now and then while a device is waited for, on any thread; false: nobody wants to wait any
+ * longer. */
+using GoesOn = bool (*)();
+/**
+ * How this process waits for devices: what it waits for is given up, as late, half a second after `goesOn`
+ * says so, however long the device may take. What leave() writes is waited for all the same, as long as its
+ * device may take: a transmitter must not stay on. Null, as at the beginning: every device has its time.
+ */
+RADIO_API void setPatience(GoesOn goesOn);
+
 /** The attribute's text for a driver's value: "6300000000" for 6300000 with the scale 1000. Nothing when the
  * value cannot be said exactly enough, beyond 2^53. */
 RADIO_API std::optional<std::string> textFor(std::int64_t value, const Conversion& conversion);

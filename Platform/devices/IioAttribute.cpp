@@ -3,25 +3,26 @@
 #include "devices/FileAttribute.h"
 
 #include <array>
+#include <memory>
 
 namespace Devices {
 
 int IioAttribute::write(const std::string& number) {
     const std::string line = number + '\n';
-    return m_session.carryOut([&] {
-        return m_channel != nullptr ? iio_channel_attr_write_raw(m_channel, m_name, line.data(), line.size())
-                                    : iio_device_attr_write_raw(m_device, m_name, line.data(), line.size());
+    return m_session.carryOut([line, device = m_device, channel = m_channel, name = m_name] {
+        return channel != nullptr ? iio_channel_attr_write_raw(channel, name, line.data(), line.size())
+                                  : iio_device_attr_write_raw(device, name, line.data(), line.size());
     });
 }
 
 int IioAttribute::read(std::string& text) {
-    std::array<char, 4096> got{};
-    const int error = m_session.carryOut([&] {
-        return m_channel != nullptr ? iio_channel_attr_read(m_channel, m_name, got.data(), got.size() - 1)
-                                    : iio_device_attr_read(m_device, m_name, got.data(), got.size() - 1);
+    const auto got = std::make_shared<std::array<char, 4096>>();
+    const int error = m_session.carryOut([got, device = m_device, channel = m_channel, name = m_name] {
+        return channel != nullptr ? iio_channel_attr_read(channel, name, got->data(), got->size() - 1)
+                                  : iio_device_attr_read(device, name, got->data(), got->size() - 1);
     });
     if (error == 0) {
-        text = got.data();
+        text = got->data();
     }
     return error;
 }

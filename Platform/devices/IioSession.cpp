@@ -1,6 +1,10 @@
 #include "devices/IioSession.h"
 
+#include <condition_variable>
+#include <mutex>
 #include <string_view>
+#include <thread>
+#include <utility>
 
 namespace Devices {
 
@@ -29,7 +33,7 @@ bool isOfTransport(int error) {
 } // namespace
 
 IioSession::IioSession(iio_context* context, std::chrono::milliseconds timeLimit)
-    : m_context(context),
+    : m_context(context, Deleter()),
       m_timeLimit(timeLimit),
       m_isLocal(std::string_view(iio_context_get_name(context)) == "local"),
       m_isUsb(std::string_view(iio_context_get_name(context)) == "usb") {
@@ -41,6 +45,46 @@ void IioSession::Deleter::operator()(iio_context* context) const {
     BrokenPipeGuard guard; // it takes leave of a server, which may have gone
     guard.failed();
     iio_context_destroy(context);
+}
+
+ssize_t IioSession::carryOutHere(const std::function<ssize_t()>& call) {
+    const Quiet quiet;
+    BrokenPipeGuard guard;
+    const ssize_t result = call();
+    if (result < 0) {
+        guard.failed();
+    }
+    return result;
+}
+
+/** libiio waits for its server whatever happens: somebody else does that, and is left to himself when nobody
+ * wants the answer any more. Nothing then. */
+std::optional<ssize_t> IioSession::carryOutAside(std::function<ssize_t()> call) {
+    struct Shared {
+        std::mutex mutex;
+        std::condition_variable changed;
+        std::optional<ssize_t> result;
+    };
+    const auto shared = std::make_shared<Shared>();
+    std::thread thread = startThread([shared, context = m_context, call = std::move(call)] {
+        const ssize_t result = carryOutHere(call);
+        const std::lock_guard lock(shared->mutex);
+        shared->result = result;
+        shared->changed.notify_all();
+    });
+    const Patience patience;
+    std::unique_lock lock(shared->mutex);
+    while (!shared->result && !patience.isOver()) {
+        shared->changed.wait_until(lock, patience.nextLook());
+    }
+    const std::optional<ssize_t> result = shared->result;
+    lock.unlock();
+    if (result) {
+        thread.join();
+    } else {
+        thread.detach();
+    }
+    return result;
 }
 
 int IioSession::judge(int error, Clock::duration elapsed) {

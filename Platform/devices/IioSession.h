@@ -1,14 +1,18 @@
 #ifndef PLATFORM_DEVICES_IIOSESSION_H
 #define PLATFORM_DEVICES_IIOSESSION_H
 
+#include "devices/Patience.h"
 #include "devices/Quiet.h"
 #include "devices/Threads.h"
 
 #include <iio.h>
+#include <sys/types.h>
 
 #include <cerrno>
 #include <chrono>
+#include <functional>
 #include <memory>
+#include <optional>
 
 namespace Devices {
 
@@ -22,7 +26,8 @@ public:
     bool isLocal() const { return m_isLocal; }
     bool isBroken() const { return m_isBroken; }
 
-    /** Carries out `call`, which gives a length, or an error number below 0; 0, or an error number. */
+    /** Carries out `call`, which gives a length, or an error number below 0; 0, or an error number. It may be
+     * left to itself when nobody wants to wait for a server: what it uses must live as long as it does. */
     template <typename Call>
     int carryOut(Call call) {
         if (m_isLocal) {
@@ -32,15 +37,14 @@ public:
         if (m_isBroken) {
             return ENOTCONN;
         }
-        const Quiet quiet;
-        BrokenPipeGuard guard;
         const Clock::time_point begin = Clock::now();
-        const auto result = call();
-        if (result >= 0) {
-            return 0;
+        const std::optional<ssize_t> result =
+            Patience::isLimited() ? carryOutAside(call) : carryOutHere(call);
+        if (!result) {
+            m_isBroken = true;
+            return ETIMEDOUT;
         }
-        guard.failed();
-        return judge(static_cast<int>(-result), Clock::now() - begin);
+        return *result >= 0 ? 0 : judge(static_cast<int>(-*result), Clock::now() - begin);
     }
 
 private:
@@ -50,9 +54,12 @@ private:
         void operator()(iio_context* context) const;
     };
 
+    static ssize_t carryOutHere(const std::function<ssize_t()>& call);
+    std::optional<ssize_t> carryOutAside(std::function<ssize_t()> call);
     int judge(int error, Clock::duration elapsed);
 
-    std::unique_ptr<iio_context, Deleter> m_context;
+    /** Of a call that was left to itself as well. */
+    std::shared_ptr<iio_context> m_context;
     std::chrono::milliseconds m_timeLimit;
     bool m_isLocal;
     bool m_isUsb;

@@ -1,5 +1,7 @@
 #include "devices/ScpiStream.h"
 
+#include "devices/Patience.h"
+
 #include <asio/buffer.hpp>
 #include <asio/connect.hpp>
 #include <asio/error.hpp>
@@ -38,7 +40,10 @@ std::error_code ScpiStream::perform(Clock::time_point deadline, Start start) {
     std::optional<std::error_code> result;
     start([&result](const std::error_code& error, const auto&... /*what*/) { result = error; });
     m_context.restart();
-    m_context.run_until(deadline);
+    const Patience patience(deadline);
+    while (!result && !patience.isOver()) {
+        m_context.run_until(patience.nextLook());
+    }
     if (!result) {
         std::error_code ignored;
         static_cast<void>(m_socket.close(ignored));

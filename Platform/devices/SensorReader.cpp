@@ -1,6 +1,7 @@
 #include "devices/SensorReader.h"
 
 #include "devices/DeviceCodes.h"
+#include "devices/Patience.h"
 #include "devices/Threads.h"
 
 #include <cerrno>
@@ -48,7 +49,11 @@ SensorReader::~SensorReader() {
     }
     stop();
     std::unique_lock lock(m_shared->mutex);
-    const bool hasEnded = m_shared->changed.wait_until(lock, m_end, [this] { return m_shared->hasEnded; });
+    const Patience patience(m_end);
+    while (!m_shared->hasEnded && !patience.isOver()) {
+        m_shared->changed.wait_until(lock, patience.nextLook());
+    }
+    const bool hasEnded = m_shared->hasEnded;
     lock.unlock();
     if (hasEnded) {
         m_thread.join();
@@ -87,7 +92,11 @@ SensorReading SensorReader::readNow() {
     std::unique_lock lock(shared.mutex);
     const std::uint64_t question = ++shared.asked;
     shared.changed.notify_all();
-    if (!shared.changed.wait_for(lock, m_timeLimit, [&] { return shared.answered >= question; })) {
+    const Patience patience(Clock::now() + m_timeLimit);
+    while (shared.answered < question && !patience.isOver()) {
+        shared.changed.wait_until(lock, patience.nextLook());
+    }
+    if (shared.answered < question) {
         return {0, meaningOf(codeOf(ETIMEDOUT)), shared.last.count};
     }
     return shared.last;

@@ -5,6 +5,7 @@
 #include "Visibility.h"
 #include "standalone/Calls.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -47,7 +48,12 @@ public:
     Driver& operator=(const Driver&) = delete;
 
     const std::string& name() const { return m_name; }
-    /** The record that the driver layer gives out. Its address never changes. */
+    /**
+     * The record that the driver layer gives out. Its address never changes, and it is the driver's: when the
+     * platform has come to its end, neither the record nor its context may be used. AddressSanitizer finds
+     * who does, also when other memory was asked for since: what was freed is poisoned, and nobody's for a
+     * while.
+     */
     DriverInterface* record() { return &m_record.words; }
     /** The words that are null in the record: a combination of DriverWord. */
     unsigned missingWords() const { return m_missingWords; }

@@ -3,6 +3,7 @@
 
 #include "Rules.h"
 #include "radio/board/BoardFile.h"
+#include "radio/language/Completion.h"
 #include "radio/language/Script.h"
 #include "radio/session/ScriptLine.h"
 #include "radio/session/Session.h"
@@ -48,7 +49,18 @@ void requireHarmlessLines(const std::string& text) {
     }
 }
 
+/** What a prompt would offer of the board. */
+void requireHarmlessOffers(const BoardNames& names) {
+    for (const std::string_view line : {"tune tx ", "set ", "write ", "interface ", "fault driver-write "}) {
+        for (const std::string& offer : complete(line, names).candidates) {
+            Fuzz::require(Fuzz::isHarmless(offer), "what is offered has nothing in it that a terminal obeys",
+                          offer);
+        }
+    }
+}
+
 void requireJsonLines(const std::string& text) {
+    requireHarmlessLines(text);
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
         Fuzz::require(nlohmann::json::accept(line), "each line is one JSON value", line);
@@ -69,6 +81,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
         })) {
         return 0;
     }
+    requireHarmlessOffers(CommandCheck(*board).names());
     Script script;
     // No file is opened.
     const ScriptReader included = [](const auto& /*file*/) { return "wait 1\n"; };

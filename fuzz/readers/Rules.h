@@ -27,10 +27,49 @@ inline unsigned linesOf(std::string_view text) {
     return static_cast<unsigned>(std::count(text.begin(), text.end(), '\n')) + 1;
 }
 
+/** Whether a terminal would show a line as it is. Told a second time, not as the program tells it: what is no
+ * UTF-8 counts as obeyed, too, since a byte of it may be a control of an eight-bit terminal. */
 inline bool isHarmless(std::string_view text) {
-    return std::none_of(text.begin(), text.end(), [](char character) {
-        return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
-    });
+    for (std::size_t at = 0; at < text.size();) {
+        const auto byte = [&](std::size_t behind) {
+            return at + behind < text.size() ? static_cast<unsigned char>(text[at + behind]) : 0U;
+        };
+        const auto isMore = [&](std::size_t count) {
+            for (std::size_t n = 1; n <= count; ++n) {
+                if ((byte(n) & 0xC0U) != 0x80U) {
+                    return false;
+                }
+            }
+            return true;
+        };
+        const unsigned first = byte(0);
+        if (first < 0x80) {
+            if (first < 0x20 || first == 0x7F) {
+                return false;
+            }
+            at += 1;
+        } else if (first >= 0xC2 && first <= 0xDF && isMore(1)) {
+            const unsigned code = (first & 0x1FU) << 6U | (byte(1) & 0x3FU);
+            if (code < 0xA0 || code == 0x61C) {
+                return false;
+            }
+            at += 2;
+        } else if (first >= 0xE0 && first <= 0xEF && isMore(2)) {
+            const unsigned code = (first & 0xFU) << 12U | (byte(1) & 0x3FU) << 6U | (byte(2) & 0x3FU);
+            const bool isTurned = code == 0x200E || code == 0x200F || (code >= 0x2028 && code <= 0x202E) ||
+                                  (code >= 0x2066 && code <= 0x2069);
+            if (code < 0x800 || (code >= 0xD800 && code <= 0xDFFF) || isTurned) {
+                return false;
+            }
+            at += 3;
+        } else if (first >= 0xF0 && first <= 0xF4 && isMore(3) && (first != 0xF0 || byte(1) >= 0x90) &&
+                   (first != 0xF4 || byte(1) <= 0x8F)) {
+            at += 4;
+        } else {
+            return false;
+        }
+    }
+    return true;
 }
 
 /** `text` is the content of `name`, of which `message` speaks. */

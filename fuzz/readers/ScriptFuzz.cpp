@@ -2,9 +2,14 @@
 
 #include "Rules.h"
 #include "radio/board/BoardFile.h"
+#include "radio/files/Json.h"
 #include "radio/language/Script.h"
 #include "radio/session/ScriptLine.h"
 #include "radio/text/Tokenizer.h"
+#include "radio/text/WordError.h"
+#include "radio/text/Words.h"
+
+#include <filesystem>
 
 namespace {
 
@@ -71,16 +76,43 @@ void requireRules(const ScriptLine& line) {
                   "words in quotation marks mean the same", inQuotes);
 }
 
+/** No file is opened. */
+std::string readNothing(const std::filesystem::path& /*file*/) {
+    return "wait 1\n";
+}
+
+/** What a prompt would show of a line that is refused. */
+void requireHarmlessPrompt(std::string_view text) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    try {
+        static_cast<void>(readLines(line, Place{"", 1}, check(), readNothing));
+    } catch (const WordError& error) {
+        Fuzz::require(Fuzz::isHarmless(error.what()), "a message has nothing in it that a terminal obeys",
+                      error.what());
+    } catch (const InputError& error) {
+        Fuzz::require(Fuzz::isHarmless(error.what()), "a message has nothing in it that a terminal obeys",
+                      error.what());
+    }
+}
+
+/** What is shown of a line that is carried out, or that did not hold. */
+void requireHarmlessEcho(const ScriptLine& line) {
+    const std::string shown = harmless(line.text) + " " + toString(line.place);
+    Fuzz::require(Fuzz::isHarmless(shown), "a line is shown with nothing in it that a terminal obeys", shown);
+    const std::string json = toText(Json{{"text", line.text}});
+    Fuzz::require(Fuzz::isHarmless(json), "JSON has nothing in it that a terminal obeys", json);
+}
+
 } // namespace
 
 int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
+    requireHarmlessPrompt(text);
     Script script;
-    // No file is opened.
-    const ScriptReader included = [](const auto& /*file*/) { return "wait 1\n"; };
-    if (Fuzz::accepts(fileName, text, [&] { script = readScript(text, fileName, check(), included); })) {
+    if (Fuzz::accepts(fileName, text, [&] { script = readScript(text, fileName, check(), readNothing); })) {
         for (const ScriptLine& line : script) {
             requireRules(line);
+            requireHarmlessEcho(line);
         }
     }
     return 0;

@@ -21,8 +21,9 @@ NAME = "frequencyhandler"
 
 
 def version():
-    """As CMakeLists.txt has it."""
-    return re.search(r"project\(\w+ VERSION ([0-9.]+)", (TOP / "CMakeLists.txt").read_text()).group(1)
+    """As the headers of the library have it."""
+    header = (TOP / "PlatformServices/FrequencyHandler/interface/FrequencyHandlerVersion.h").read_text()
+    return ".".join(re.findall(r"_VERSION_(?:MAJOR|MINOR|PATCH) (\d+)$", header, re.MULTILINE))
 
 
 def tag():

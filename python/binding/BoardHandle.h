@@ -1,6 +1,7 @@
 #ifndef PYTHON_BINDING_BOARDHANDLE_H
 #define PYTHON_BINDING_BOARDHANDLE_H
 
+#include "python/binding/Unlocked.h"
 #include "python/binding/Values.h"
 #include "radio/board/Board.h"
 #include "radio/board/Finding.h"
@@ -21,13 +22,6 @@ struct BoardHandle {
 
 /** For messages, "a radio of board.toml". */
 std::string named(const char* what, const Board& board);
-
-/** Lets other threads of the interpreter go on while `work` is done; gives what it gives. */
-template <typename Work>
-auto unlocked(const Work& work) {
-    const py::gil_scoped_release release;
-    return work();
-}
 
 /** Throws WordError for a channel that the board does not have. */
 const ChannelDescription& channelOf(const Board& board, int number);

@@ -171,8 +171,9 @@ py::list toPython(const std::vector<Finding>& findings) {
 }
 
 void bindBoards(py::module_& module) {
-    py::class_<BoardHandle>(module, "Board", "A board as it is in memory.")
-        .def_static("load",
+    py::class_<BoardHandle> type(module, "Board", "A board as it is in memory.");
+    madeByTheModuleAlone(type);
+    type.def_static("load",
                     [](const std::string& file) {
                         return unlocked([&file] { return BoardHandle{loadBoard(file)}; });
                     })

@@ -64,17 +64,18 @@ private:
 /** Tells Python what a calibration tells. */
 class Listener final : public Calibration::CalibrationListener {
 public:
-    Listener(Patience& patience, py::object onPoint, py::object onQualified)
-        : m_patience(patience),
-          m_onPoint(std::move(onPoint)),
-          m_onQualified(std::move(onQualified)) {}
+    Listener(Patience& patience, py::object onPoint) : m_patience(patience), m_onPoint(std::move(onPoint)) {}
 
     void begins(const Board& /*board*/, const Calibration::Result& /*result*/,
                 std::size_t /*known*/) override {}
-    void qualified(const Calibration::Qualification& qualification) override {
-        tell(m_onQualified, qualification);
+    void qualified(const Calibration::Qualification& /*qualification*/) override {}
+    void calibrated(const Calibration::Point& point) override {
+        m_patience.call([&] {
+            if (!m_onPoint.is_none()) {
+                m_onPoint(toPython(point));
+            }
+        });
     }
-    void calibrated(const Calibration::Point& point) override { tell(m_onPoint, point); }
     bool goOn(const Calibration::CalibrationProgress& progress) override {
         m_last = progress;
         return m_patience.goOn([&] { return py::make_tuple(toPython(progress)); });
@@ -82,18 +83,8 @@ public:
     py::tuple last() const { return py::make_tuple(toPython(m_last)); }
 
 private:
-    template <typename What>
-    void tell(const py::object& listener, const What& what) {
-        m_patience.call([&] {
-            if (!listener.is_none()) {
-                listener(toPython(what));
-            }
-        });
-    }
-
     Patience& m_patience;
     py::object m_onPoint;
-    py::object m_onQualified;
     Calibration::CalibrationProgress m_last;
 };
 
@@ -103,38 +94,41 @@ void refuse(const std::string& why) {
     }
 }
 
-/** What radioctl looks at before it calibrates, in the same order. */
-void requireMeant(const Board& board, const Calibration::CalibrationOrder& order,
-                  const Calibration::CalibrationRun& run, bool isForced) {
+/** What is looked at before anything is measured. Gives what a reservation of the board says against it,
+ * where it is done all the same: in a simulation, or forced. */
+std::string requireMeant(const Board& board, const Calibration::CalibrationOrder& order,
+                         const Calibration::CalibrationRun& run, bool isForced) {
     refuse(Calibration::whyNotOwnFiles(
         {{"the board", board.file}, {"the journal", run.journalFile()}, {"the tables", run.tablesFile()}}));
     refuse(Calibration::whyNoJournal(board, run.journalFile()));
     if (order.beginning == Calibration::Beginning::offline) {
-        return;
+        return {};
     }
     refuse(whyNotWithMethod(order.wishes, run.settings().method));
     requireWritable(run.tablesFile());
+    std::string reservation = Calibration::reservationAgainst(board, run.settings(), order.isHardware);
     if (order.isHardware && !isForced) {
-        const std::string reservation = Calibration::reservationAgainst(board, run.settings(), true);
         refuse(reservation.empty() ? "" : reservation + ", expected force=True where that is meant");
     }
+    return reservation;
 }
 
-/** (outcome, why not left properly or None, put-away backup or None, raised). */
+/** (outcome, whether left properly, put-away backup or None, reservation or None, raised). */
 py::tuple calibrate(const BoardHandle& handle, const py::dict& given, const py::dict& listeners) {
     const auto board = handle.copy();
     static_cast<void>(channelOf(*board, given["channel"].cast<int>()));
     const Calibration::CalibrationOrder order = calibrationOrderOf(given);
     const bool isForced = given["force"].cast<bool>();
     Patience patience(listeners["progress"], listeners["cancel"]);
-    Listener listener(patience, listeners["on_point"], listeners["on_qualified"]);
+    Listener listener(patience, listeners["on_point"]);
     const Stage stage(named("a calibration", *board));
     bool hasLeft = true;
     std::string backup;
+    std::string reservation;
     const Calibration::CalibrationOutcome outcome = unlocked([&] {
         requireUsable(*board);
         Calibration::CalibrationRun run(*board, order);
-        requireMeant(*board, order, run, isForced);
+        reservation = requireMeant(*board, order, run, isForced);
         run.prepare();
         Hardware hardware(*board, order.isHardware, isForced);
         run.open();
@@ -144,7 +138,8 @@ py::tuple calibrate(const BoardHandle& handle, const py::dict& given, const py::
         return result;
     });
     patience.finish(listener.last());
-    return py::make_tuple(toPython(outcome), hasLeft, orNone(std::string_view(backup)), patience.raised());
+    return patience.sealed(py::make_tuple(toPython(outcome), hasLeft, orNone(std::string_view(backup)),
+                                          orNone(std::string_view(reservation)), py::none()));
 }
 
 /** (carrier in kHz, degrees, detector, qualification, whether left properly, raised). */
@@ -170,8 +165,8 @@ py::tuple qualify(const BoardHandle& handle, const py::dict& given, const py::ob
         hasLeft = hardware.leave();
         return result;
     });
-    return py::make_tuple(found.frequency, found.temperature, text(found.detector), toPython(found.result),
-                          hasLeft, patience.raised());
+    return patience.sealed(py::make_tuple(found.frequency, found.temperature, text(found.detector),
+                                          toPython(found.result), hasLeft, py::none()));
 }
 
 } // namespace

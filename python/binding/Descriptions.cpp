@@ -1,5 +1,6 @@
 #include "python/binding/Binding.h"
 #include "python/binding/BoardHandle.h"
+#include "python/binding/Reading.h"
 #include "radio/board/BoardFile.h"
 #include "radio/calibration/OwnFiles.h"
 #include "radio/description/Description.h"
@@ -12,8 +13,8 @@ namespace Radio::Python {
 namespace {
 
 py::dict describeRecording(const std::string& name) {
-    const Describing::Description description = unlocked([&name] {
-        Recordings::RecordingFile file = Recordings::readRecording(name);
+    const Describing::Description description = patiently([&name](const std::function<void()>& tick) {
+        Recordings::RecordingFile file = readPatiently(name, tick);
         return Describing::describe(file, name, Recordings::timeText(file.header().started));
     });
     py::dict dict;

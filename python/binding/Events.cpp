@@ -4,6 +4,8 @@
 #include "radio/session/Command.h"
 #include "radio/session/HardwareWrite.h"
 
+#include <algorithm>
+
 namespace Radio::Python {
 
 namespace {
@@ -56,10 +58,17 @@ py::tuple toPython(const Event& event) {
         event);
 }
 
-py::list toPython(const std::vector<Event>& events) {
-    py::list list(events.size());
-    for (std::size_t i = 0; i < events.size(); ++i) {
-        list[i] = toPython(events[i]);
+bool EventList::hasPhases() const {
+    return std::any_of(m_events.begin(), m_events.end(), [](const Event& event) {
+        return std::holds_alternative<Standalone::PhaseReport>(event);
+    });
+}
+
+py::list EventList::tuples(std::size_t first, std::size_t count) const {
+    const std::size_t begin = std::min(first, size());
+    py::list list(std::min(count, size() - begin));
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        list[i] = toPython(m_events[begin + i]);
     }
     return list;
 }

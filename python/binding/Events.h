@@ -35,7 +35,21 @@ using Event = std::variant<Standalone::Call, Standalone::TraceMessage, Notificat
 
 /** A tuple that begins with the word for its kind. */
 py::tuple toPython(const Event& event);
-py::list toPython(const std::vector<Event>& events);
+
+/** What happened during one command, of which tuples are made when somebody wants to see them. */
+class EventList {
+public:
+    explicit EventList(std::vector<Event> events) : m_events(std::move(events)) {}
+
+    std::size_t size() const { return m_events.size(); }
+    bool hasPhases() const;
+    /** Of at most `count` events from the one at `first`. */
+    py::list tuples(std::size_t first, std::size_t count) const;
+
+private:
+    std::vector<Event> m_events;
+};
+
 /** (held, expected, found, writes): of writes that were not those expected, (driver, expected, found) for
  * each. */
 py::tuple toPython(const Judgement& judgement);

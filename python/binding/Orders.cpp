@@ -147,7 +147,7 @@ Calibration::CalibrationOrder calibrationOrderOf(const py::dict& given) {
     order.qualifies = flagOf(given, "qualify");
     order.isRealTime = flagOf(given, "real_time");
     order.isHardware = flagOf(given, "hardware");
-    order.version = FREQUENCYHANDLER_VERSION;
+    order.version = FREQUENCYHANDLER_VERSION_TEXT;
     order.station = stringOf(given, "station");
     if (order.beginning == Calibration::Beginning::offline && (order.isHardware || order.journal.empty())) {
         throw WordError(

@@ -1,5 +1,10 @@
 #include "python/binding/Patience.h"
 
+#include "python/binding/Errors.h"
+#include "python/binding/Unlocked.h"
+
+#include <unistd.h>
+
 #include <utility>
 
 namespace Radio::Python {
@@ -14,7 +19,8 @@ constexpr std::chrono::milliseconds interval(50);
 Patience::Patience(py::object progress, py::object cancel)
     : m_progress(std::move(progress)),
       m_cancel(std::move(cancel)),
-      m_next(Clock::now() + interval) {}
+      m_next(Clock::now() + interval),
+      m_process(getpid()) {}
 
 bool Patience::goOn(const std::function<py::tuple()>& tell) {
     if (isOver()) {
@@ -23,6 +29,10 @@ bool Patience::goOn(const std::function<py::tuple()>& tell) {
     const Clock::time_point now = Clock::now();
     if (now < m_next) {
         return true;
+    }
+    if (isLeaving()) {
+        m_isCancelled = true;
+        return false;
     }
     call([&] { look(tell); });
     m_next = Clock::now() + interval;
@@ -33,7 +43,12 @@ void Patience::call(const std::function<void()>& what) {
     if (m_error) {
         return;
     }
+    requireInterpreter();
     const py::gil_scoped_acquire lock;
+    keep(what);
+}
+
+void Patience::keep(const std::function<void()>& what) {
     try {
         what();
     } catch (py::error_already_set& error) {
@@ -48,22 +63,43 @@ void Patience::look(const std::function<py::tuple()>& tell) {
     if (!m_progress.is_none()) {
         m_progress(*tell());
     }
-    m_isCancelled = !m_cancel.is_none() && py::bool_(m_cancel());
+    m_isCancelled = m_process != getpid() || (!m_cancel.is_none() && py::bool_(m_cancel()));
 }
 
 void Patience::finish(const py::tuple& arguments) {
-    if (m_progress.is_none() || m_error) {
-        return;
-    }
-    try {
-        m_progress(*arguments);
-    } catch (py::error_already_set& error) {
-        m_error.emplace(std::move(error));
+    if (!m_progress.is_none() && !m_error) {
+        keep([&] { m_progress(*arguments); });
     }
 }
 
-py::object Patience::raised() const {
-    return m_error ? py::object(m_error->value()) : py::object(py::none());
+py::object Patience::raised() {
+    if (!m_error) {
+        keep([] {
+            if (PyErr_CheckSignals() != 0) {
+                throw py::error_already_set();
+            }
+        });
+    }
+    if (!m_error) {
+        return py::none();
+    }
+    const py::object error = m_error->value();
+    if (m_error->trace()) { // people look for where in their own function it was
+        PyException_SetTraceback(error.ptr(), m_error->trace().ptr());
+    }
+    return error;
+}
+
+py::tuple Patience::sealed(py::tuple made) {
+    made[made.size() - 1] = raised();
+    return made;
+}
+
+void Patience::rethrow() {
+    if (m_error) {
+        throw py::error_already_set(std::move(*m_error));
+    }
+    throw Closed("the interpreter is about to end, expected nothing to be begun any more");
 }
 
 } // namespace Radio::Python

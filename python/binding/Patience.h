@@ -3,6 +3,8 @@
 
 #include "python/binding/Values.h"
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <functional>
 #include <optional>
@@ -32,18 +34,26 @@ public:
 
     /** Tells progress a last time, however short ago it was told. With the interpreter's lock. */
     void finish(const py::tuple& arguments);
-    /** What Python raised meanwhile, or None. With the interpreter's lock. */
-    py::object raised() const;
+    /** What Python raised meanwhile, or None; looks for signals a last time, so that one that came at the end
+     * of the work has its result, too. With the interpreter's lock. */
+    py::object raised();
+    /** `made` with that in place of its last item. To be called when everything else is made. */
+    py::tuple sealed(py::tuple made);
+    /** Throws what Python raised, or Closed: for work that has nothing to show before it is done. */
+    [[noreturn]] void rethrow();
     bool isOver() const { return m_isCancelled || m_error.has_value(); }
 
 private:
     using Clock = std::chrono::steady_clock;
 
     void look(const std::function<py::tuple()>& tell);
+    void keep(const std::function<void()>& what);
 
     py::object m_progress;
     py::object m_cancel;
     Clock::time_point m_next;
+    /** A child that was forked from within the work does not go on with it. */
+    const pid_t m_process;
     bool m_isCancelled = false;
     std::optional<py::error_already_set> m_error;
 };

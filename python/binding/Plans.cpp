@@ -114,8 +114,8 @@ py::tuple audit(const BoardHandle& handle, const py::object& dtype, const py::ob
     for (const RowResult& row : result.rows) {
         rows.append(rowDict(row));
     }
-    return py::make_tuple(result.end == AuditEnd::complete, rows, result.carriers, result.outside,
-                          result.seconds, records.array(), patience.raised());
+    return patience.sealed(py::make_tuple(result.end == AuditEnd::complete, rows, result.carriers,
+                                          result.outside, result.seconds, records.array(), py::none()));
 }
 
 } // namespace

@@ -12,11 +12,13 @@
 #include "radio/session/Session.h"
 #include "radio/session/SessionListener.h"
 
+#include <unistd.h>
+
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -34,14 +36,23 @@ struct Report {
     py::object raised = py::none();
 };
 
+/** What the end of a radio came to. */
+struct Farewell {
+    std::vector<Devices::ExitWrite> writes{};
+    std::vector<Event> events{};
+};
+
 /**
  * A radio that is up, driven from Python by any thread, but by one at a time: who comes meanwhile is turned
- * away. What happens is gathered, and told when the command is done, with the interpreter's lock.
+ * away. What happens is gathered, and told when the command is done, with the interpreter's lock. All of it
+ * is called with that lock.
+ *
+ * In a child of the process that booted it, the radio is closed, and its hardware is the parent's.
  */
 class RadioHandle final : public SessionListener, public Devices::HardwareListener {
 public:
-    /** Boots, on hardware if so. `calls`: all calls to the platform are told, not just writes. With the
-     * interpreter's lock, which it lets go while it boots. Throws Busy and InputError. */
+    /** Boots, on hardware if so, and lets the interpreter's lock go meanwhile. `calls`: all calls to the
+     * platform are told, not just writes. Throws Busy, InputError and what a signal raised meanwhile. */
     RadioHandle(std::shared_ptr<const Board> board, bool isHardware, OrbiTraceLevel trace, bool calls);
     RadioHandle(const RadioHandle&) = delete;
     RadioHandle& operator=(const RadioHandle&) = delete;
@@ -51,31 +62,64 @@ public:
     /** What the start-up was. */
     Report takeBoot() { return std::move(m_boot); }
     /** Carries out one command of the language, given as its words. Throws WordError for one that makes no
-     * sense. */
+     * sense, or that is for people. */
     Report execute(std::vector<std::string> words);
     /** The same for a tune, without words. */
     Report tune(Direction direction, int channel, std::uint32_t carrier, bool isForced);
-    /** Leaves the hardware, if there is any, and gives back what was written then. Nothing the second time.
-     */
-    std::vector<Devices::ExitWrite> close();
+    /** Looks what became of real hardware and its sensor since. */
+    std::vector<Event> poll();
+    /** Ends what another thread drives, leaves the hardware, if there is any, and gives back what was written
+     * then. Nothing the second time. Throws Busy when the thread itself is in the middle of something. */
+    Farewell close();
 
-    bool isClosed() const { return m_isClosed; }
+    bool isClosed() const { return m_isClosed || m_process != getpid(); }
+    bool isOnHardware() const { return m_isOnHardware; }
     /** What the start-up phases came to. */
     bool isUp() const { return m_isUp; }
+    /** In a child, after the process was forked: leaves the parent's hardware alone. */
+    static void forgetInChild();
 
     /** Looks at the radio, which nobody else does meanwhile; throws Closed and Busy. */
     template <typename Look>
     auto look(const Look& work) {
-        const std::unique_lock<std::mutex> use = take();
+        const Use use(*this);
         return work(m_session->radio());
     }
     const Board& board() const { return *m_board; }
 
 private:
-    /** The one that drives the radio has this. Throws Closed and Busy. */
-    std::unique_lock<std::mutex> take();
+    /** The one that drives the radio has this. */
+    class Use {
+    public:
+        /** Throws Closed and Busy. */
+        explicit Use(RadioHandle& handle);
+        Use(const Use&) = delete;
+        Use& operator=(const Use&) = delete;
+        ~Use() { m_handle.m_user = {}; }
+
+    private:
+        RadioHandle& m_handle;
+    };
+
+    /** What is asked whether to go on with a command, as long as the object lives. */
+    class Asking {
+    public:
+        Asking(RadioHandle& handle, Patience& patience) : m_handle(handle) { handle.m_patience = &patience; }
+        Asking(const Asking&) = delete;
+        Asking& operator=(const Asking&) = delete;
+        ~Asking() { m_handle.m_patience = nullptr; }
+
+    private:
+        RadioHandle& m_handle;
+    };
+
     Report carryOut(const Command& command);
+    void boot(bool isHardware, OrbiTraceLevel trace);
     void begin();
+    bool goesOn();
+    void awaitUser();
+    /** Takes the radio down and leaves its hardware to the parent. */
+    void abandon();
     void idle();
     void sense(std::optional<int> degrees);
     std::string whyNot(const Action& action);
@@ -114,8 +158,15 @@ private:
 
     const std::shared_ptr<const Board> m_board;
     const bool m_tellsCalls;
-    std::mutex m_use;
-    std::atomic<bool> m_isClosed{false};
+    const bool m_isOnHardware;
+    const pid_t m_process;
+    /** The thread that drives the radio; that of nobody, when nobody does. */
+    std::thread::id m_user;
+    bool m_isClosed = false;
+    /** Whoever drives the radio is to come to an end. */
+    std::atomic<bool> m_isClosing{false};
+    /** For that reason a command has come to its end. */
+    bool m_isCutShort = false;
     Report m_report;
     Report m_boot;
     bool m_isUp = false;

@@ -2,8 +2,11 @@
 #include "python/binding/Binding.h"
 #include "python/binding/BoardHandle.h"
 #include "python/binding/RadioHandle.h"
+#include "python/binding/Unlocked.h"
+#include "radio/board/BoardCheck.h"
 #include "radio/board/PlatformWords.h"
 #include "radio/text/Frequency.h"
+#include "radio/text/NearestName.h"
 #include "radio/text/WordError.h"
 #include "radio/text/Words.h"
 
@@ -15,10 +18,15 @@ namespace Radio::Python {
 
 namespace {
 
+/** None when nothing happened. */
+py::object listOf(std::vector<Event>& events) {
+    return events.empty() ? py::object(py::none()) : py::cast(EventList(std::move(events)));
+}
+
 /** (code, note, events, reading, judgement, listing, raised); what there is none of, is None. */
-py::tuple reportTuple(const Report& report) {
+py::tuple reportTuple(Report report) {
     return py::make_tuple(
-        report.code, text(report.note), toPython(report.events),
+        report.code, text(report.note), listOf(report.events),
         report.reading ? py::object(py::int_(report.reading->value)) : py::object(py::none()),
         report.judgement ? py::object(toPython(*report.judgement)) : py::object(py::none()),
         report.listing ? py::object(toPython(*report.listing)) : py::object(py::none()), report.raised);
@@ -62,18 +70,6 @@ py::list faults(RadioHandle& handle) {
     });
 }
 
-/** (direction, channel, through C, notifications, carrier in kHz). */
-py::list observers(RadioHandle& handle) {
-    return handle.look([](RadioUnit& radio) {
-        py::list list;
-        for (const RadioUnit::ObserverState& state : radio.observers()) {
-            list.append(py::make_tuple(text(toString(state.direction)), state.channel, state.throughC,
-                                       state.notifications, state.frequency));
-        }
-        return list;
-    });
-}
-
 /** The modelled level of a channel's LO leakage, in dBc; None without a carrier. */
 py::object leakage(RadioHandle& handle, int channel) {
     static_cast<void>(channelOf(handle.board(), channel));
@@ -88,32 +84,46 @@ py::object leakage(RadioHandle& handle, int channel) {
 }
 
 std::unique_ptr<RadioHandle> open(const BoardHandle& board, bool isHardware, const std::string& trace,
-                                  bool calls) {
+                                  bool calls, bool mustBoot) {
     const std::optional<OrbiTraceLevel> level = traceLevelFromString(trace);
     if (!level) {
         throw WordError(inQuotes(trace) + " is no trace level, expected one of " +
                         joined(traceLevelWords(), ", "));
     }
-    return std::make_unique<RadioHandle>(board.copy(), isHardware, *level, calls);
+    const auto copy = board.copy();
+    if (mustBoot) {
+        unlocked([&copy] { requireUsable(*copy); });
+    }
+    return std::make_unique<RadioHandle>(copy, isHardware, *level, calls);
 }
 
-py::list exitWrites(const std::vector<Devices::ExitWrite>& writes) {
-    py::list list;
-    for (const Devices::ExitWrite& write : writes) {
-        list.append(py::make_tuple(text(write.driver), write.value, write.code));
+/** ((driver, value, code)..., events or None). */
+py::tuple close(RadioHandle& handle) {
+    Farewell farewell = handle.close();
+    py::list writes;
+    for (const Devices::ExitWrite& write : farewell.writes) {
+        writes.append(py::make_tuple(text(write.driver), write.value, write.code));
     }
-    return list;
+    return py::make_tuple(writes, listOf(farewell.events));
 }
 
 /** In kHz, of a text such as "7.442 GHz". */
 std::uint32_t kHzOf(const std::string& written) {
-    const std::size_t blank = written.find(' ');
-    return blank == std::string::npos ? parseFrequency(written, "")
-                                      : parseFrequency(written.substr(0, blank), written.substr(blank + 1));
+    const char* const blanks = " \t";
+    const std::size_t begin = written.find_first_not_of(blanks);
+    if (begin == std::string::npos) {
+        return parseFrequency(written, "");
+    }
+    const std::string trimmed = written.substr(begin, written.find_last_not_of(blanks) + 1 - begin);
+    const std::size_t end = trimmed.find_first_of(blanks);
+    const std::size_t unit = trimmed.find_first_not_of(blanks, end);
+    return unit == std::string::npos ? parseFrequency(trimmed, "")
+                                     : parseFrequency(trimmed.substr(0, end), trimmed.substr(unit));
 }
 
 void bindLooks(py::class_<RadioHandle>& type) {
     type.def_property_readonly("is_closed", &RadioHandle::isClosed)
+        .def_property_readonly("is_on_hardware", &RadioHandle::isOnHardware)
         .def_property_readonly("is_up", &RadioHandle::isUp)
         .def_property_readonly("temperature",
                                [](RadioHandle& handle) {
@@ -131,15 +141,18 @@ void bindLooks(py::class_<RadioHandle>& type) {
         .def("driver", &driver)
         .def("variable", &variable)
         .def("faults", &faults)
-        .def("observers", &observers)
         .def("leakage", &leakage);
 }
 
 } // namespace
 
 void bindRadios(py::module_& module) {
+    py::class_<EventList> events(module, "Events", "What happened during one command.");
+    events.def("__len__", &EventList::size)
+        .def_property_readonly("has_phases", &EventList::hasPhases)
+        .def("tuples", &EventList::tuples);
     py::class_<RadioHandle> type(module, "Radio", "A radio that is up.");
-    type.def(py::init(&open))
+    type.def_static("open", &open)
         .def("boot", [](RadioHandle& handle) { return reportTuple(handle.takeBoot()); })
         .def("execute",
              [](RadioHandle& handle, const std::vector<std::string>& words) {
@@ -150,9 +163,22 @@ void bindRadios(py::module_& module) {
                 bool isForced) {
                  return reportTuple(handle.tune(directionOf(direction), channel, carrier, isForced));
              })
-        .def("close", [](RadioHandle& handle) { return exitWrites(handle.close()); });
+        .def("poll",
+             [](RadioHandle& handle) {
+                 std::vector<Event> happened = handle.poll();
+                 return listOf(happened);
+             })
+        .def("close", &close);
     bindLooks(type);
+    madeByTheModuleAlone(events);
+    madeByTheModuleAlone(type);
     module.def("khz", &kHzOf);
+    module.def("leave", &leave);
+    module.def("forked", [] {
+        forgetOtherThreads();
+        RadioHandle::forgetInChild();
+    });
+    module.def("nearest", &nearestName);
 }
 
 } // namespace Radio::Python

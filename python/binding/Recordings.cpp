@@ -1,9 +1,15 @@
 #include "python/binding/Binding.h"
 #include "python/binding/BoardHandle.h"
+#include "python/binding/Reading.h"
 #include "radio/recording/Comparison.h"
 #include "radio/recording/RecordingFile.h"
 #include "radio/recording/RecordingWords.h"
+#include "radio/text/Words.h"
 
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -42,9 +48,60 @@ py::tuple recordTuple(const Recordings::RecordingFile& file, const Recordings::R
         py::make_tuple(record.a, record.b, record.c, record.d), py::bytes(record.bytes));
 }
 
-py::object next(Recordings::RecordingFile& file) {
-    const std::optional<Recordings::Record> record = file.next();
-    return record ? py::object(recordTuple(file, *record)) : py::object(py::none());
+/** One that is gone through by several at a time. */
+struct ReadRecording {
+    explicit ReadRecording(Recordings::RecordingFile read) : file(std::move(read)) {}
+
+    Recordings::RecordingFile file;
+    /** The number of the cursor for which the file was read last. */
+    std::uint64_t reader = 0;
+    std::uint64_t cursors = 0;
+    /** What was missing as far as the farthest of them has come. */
+    Recordings::Losses losses;
+    std::uint64_t farthest = 0;
+};
+
+/** Where somebody is in a recording. */
+struct Cursor {
+    std::uint64_t number = 0;
+    std::optional<std::uint64_t> given;
+    Recordings::Losses losses;
+    bool isOver = false;
+};
+
+void takeUp(ReadRecording& recording, const Cursor& cursor) {
+    if (recording.reader == cursor.number) {
+        return;
+    }
+    recording.reader = cursor.number;
+    if (cursor.given) {
+        recording.file.goTo(*cursor.given);
+        static_cast<void>(recording.file.next());
+    } else {
+        recording.file.rewind();
+    }
+}
+
+py::object next(ReadRecording& recording, Cursor& cursor) {
+    if (cursor.isOver) {
+        return py::none();
+    }
+    takeUp(recording, cursor);
+    const Recordings::Losses before = recording.file.losses();
+    const std::optional<Recordings::Record> record = recording.file.next();
+    cursor.losses.overwritten += recording.file.losses().overwritten - before.overwritten;
+    cursor.losses.unfinished += recording.file.losses().unfinished - before.unfinished;
+    const std::uint64_t at = record ? record->sequence : std::numeric_limits<std::uint64_t>::max();
+    if (at >= recording.farthest) {
+        recording.farthest = at;
+        recording.losses = cursor.losses;
+    }
+    if (!record) {
+        cursor.isOver = true;
+        return py::none();
+    }
+    cursor.given = record->sequence;
+    return recordTuple(recording.file, *record);
 }
 
 py::list objectsOf(const Recordings::RecordingFile& file) {
@@ -68,9 +125,10 @@ struct ComparedOperation {
 
 /** Two recordings, and what they have otherwise. */
 struct ComparedFiles {
-    ComparedFiles(const std::string& one, const std::string& other, const Recordings::Wanted& wanted)
-        : before(Recordings::readRecording(one)),
-          after(Recordings::readRecording(other)),
+    ComparedFiles(const std::string& one, const std::string& other, const Recordings::Wanted& wanted,
+                  const std::function<void()>& tick)
+        : before(readPatiently(one, tick)),
+          after(readPatiently(other, tick)),
           comparison(before, after, wanted) {}
 
     Recordings::RecordingFile before;
@@ -133,8 +191,12 @@ py::tuple diffRecordings(const std::string& before, const std::string& after,
                          const std::optional<int>& channel, const std::string& driver, std::size_t limit) {
     const Recordings::Wanted wanted{channel, driver, {}, {}};
     std::vector<ComparedOperation> operations;
-    const auto compared = unlocked([&] {
-        auto made = std::make_unique<ComparedFiles>(before, after, wanted);
+    const auto compared = patiently([&](const std::function<void()>& tick) {
+        auto made = std::make_unique<ComparedFiles>(before, after, wanted, tick);
+        if (made->comparison.operations().isNothing()) {
+            throw InputError({before, 0}, "nothing was compared with " + harmless(after) +
+                                              ", expected operations that were asked for in one of them");
+        }
         operations = operationsOf(made->comparison, limit);
         return made;
     });
@@ -156,20 +218,29 @@ py::tuple diffRecordings(const std::string& before, const std::string& after,
 } // namespace
 
 void bindRecordings(py::module_& module) {
-    using Recordings::RecordingFile;
     module.def("diff_recordings", &diffRecordings);
-    py::class_<RecordingFile>(module, "Recording", "A recording, read from the beginning to the end.")
-        .def(py::init([](const std::string& file) {
-            return unlocked(
-                [&file] { return std::make_unique<RecordingFile>(Recordings::readRecording(file)); });
-        }))
-        .def("header", &headerOf)
-        .def("objects", &objectsOf)
+    const py::class_<Cursor> cursor(module, "Cursor", "Where somebody is in a recording.");
+    py::class_<ReadRecording> type(module, "Recording", "A recording, read from the beginning to the end.");
+    type.def_static("read",
+                    [](const std::string& file) {
+                        return patiently([&file](const std::function<void()>& tick) {
+                            return std::make_unique<ReadRecording>(readPatiently(file, tick));
+                        });
+                    })
+        .def("header", [](const ReadRecording& recording) { return headerOf(recording.file); })
+        .def("objects", [](const ReadRecording& recording) { return objectsOf(recording.file); })
+        .def("cursor",
+             [](ReadRecording& recording) {
+                 Cursor made;
+                 made.number = ++recording.cursors;
+                 return made;
+             })
         .def("next", &next)
-        .def("rewind", &RecordingFile::rewind)
-        .def("losses", [](const RecordingFile& file) {
-            return py::make_tuple(file.losses().overwritten, file.losses().unfinished);
+        .def("losses", [](const ReadRecording& recording) {
+            return py::make_tuple(recording.losses.overwritten, recording.losses.unfinished);
         });
+    madeByTheModuleAlone(cursor);
+    madeByTheModuleAlone(type);
 }
 
 } // namespace Radio::Python

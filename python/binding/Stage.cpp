@@ -2,30 +2,40 @@
 
 #include "python/binding/Errors.h"
 
-#include <mutex>
+#include <unistd.h>
 
 namespace Radio::Python {
 
 namespace {
 
-std::mutex guard;
 /** Empty: nobody is there. */
-std::string current;
+std::string occupant;
+/** In which process that is. */
+pid_t occupied = 0;
 
 } // namespace
 
-Stage::Stage(const std::string& what) {
-    const std::lock_guard<std::mutex> lock(guard);
-    if (!current.empty()) {
-        throw Busy("there is one radio at a time in a process, and it is " + current +
+Stage::Stage(const std::string& what) : m_process(getpid()) {
+    if (!occupant.empty() && occupied != m_process) {
+        throw Busy("this process was forked in the middle of " + occupant +
+                   ", expected one that is started anew, as by the method \"spawn\"");
+    }
+    if (!occupant.empty()) {
+        throw Busy("there is one radio at a time in a process, and it is " + occupant +
                    ", expected that to be closed or done first");
     }
-    current = what;
+    occupant = what;
+    occupied = m_process;
 }
 
 Stage::~Stage() {
-    const std::lock_guard<std::mutex> lock(guard);
-    current.clear();
+    if (m_process == getpid()) {
+        occupant.clear();
+    }
+}
+
+void Stage::adopt() {
+    m_process = getpid();
 }
 
 } // namespace Radio::Python

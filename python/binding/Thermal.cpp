@@ -100,10 +100,10 @@ py::tuple replay(const BoardHandle& handle, const Seconds& seconds, const Degree
     for (const Thermal::ChannelTotals& channel : totals.channels) {
         channels.append(totalsDict(channel));
     }
-    return py::make_tuple(result.isComplete, totals.samples, totals.notifications, channels,
-                          totals.complaints, orNone(std::string_view(totals.firstComplaint)),
-                          toPython(Thermal::verdictOn(result, board->limits)), result.seconds,
-                          records.array(), patience.raised());
+    return patience.sealed(py::make_tuple(result.isComplete, totals.samples, totals.notifications, channels,
+                                          totals.complaints, orNone(std::string_view(totals.firstComplaint)),
+                                          toPython(Thermal::verdictOn(result, board->limits)), result.seconds,
+                                          records.array(), py::none()));
 }
 
 } // namespace

@@ -19,6 +19,14 @@ py::list texts(const std::vector<std::string>& items) {
     return list;
 }
 
+void madeByTheModuleAlone(const py::object& type) {
+    auto* const made = reinterpret_cast<PyTypeObject*>(type.ptr());
+    made->tp_new = [](PyTypeObject* wanted, PyObject* /*arguments*/, PyObject* /*keywords*/) -> PyObject* {
+        PyErr_Format(PyExc_TypeError, "%s: cannot be made by itself", wanted->tp_name);
+        return nullptr;
+    };
+}
+
 py::tuple toPython(const Place& place) {
     return py::make_tuple(orNone(std::string_view(place.file)),
                           place.line == 0 ? py::object(py::none()) : py::object(py::int_(place.line)));

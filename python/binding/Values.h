@@ -53,6 +53,9 @@ py::list numbers(const std::vector<Number>& items) {
     return list;
 }
 
+/** Has `type(...)` and `type.__new__(type)` refuse: objects without anything in them would be made. */
+void madeByTheModuleAlone(const py::object& type);
+
 /** (file, line), of which either may be None. */
 py::tuple toPython(const Place& place);
 

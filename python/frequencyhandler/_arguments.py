@@ -4,10 +4,13 @@ from __future__ import annotations
 
 import operator
 import os
-from typing import Any, Callable, Iterable, Optional, Tuple, Union
+from typing import Any, Callable, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
+
+import numpy as np
+import numpy.typing as npt
 
 from . import _engine
-from .errors import ArgumentError, ArgumentTypeError
+from .errors import ArgumentError, ArgumentTypeError, UnknownName
 
 PathLike = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 #: A frequency: a whole number of kHz, or a text with a unit, such as "7.442 GHz".
@@ -25,6 +28,7 @@ def shown(value: Any) -> str:
         text = ascii(value)
     except Exception:  # what it says of itself is its own affair
         text = object.__repr__(value)
+    text = "".join(letter if letter.isprintable() else ascii(letter)[1:-1] for letter in text[:61])
     return text if len(text) <= 60 else text[:57] + "..."
 
 
@@ -35,12 +39,55 @@ def wrong_type(name: str, value: Any, expected: str) -> ArgumentTypeError:
 
 def whole(name: str, value: Any, bounds: Tuple[int, int]) -> int:
     """A whole number from the first to the second of ``bounds``; numpy's do as well."""
-    if isinstance(value, bool) or not hasattr(type(value), "__index__"):
+    if isinstance(value, (bool, np.bool_, np.ndarray)) or not hasattr(type(value), "__index__"):
         raise wrong_type(name, value, "a whole number")
-    number = operator.index(value)
+    try:
+        number = operator.index(value)
+    except Exception as error:
+        raise wrong_type(name, value, "a whole number") from error
     if not bounds[0] <= number <= bounds[1]:
         raise ArgumentError(f"{name}: {shown(number)}, expected from {bounds[0]} to {bounds[1]}")
     return number
+
+
+def several(name: str, value: Any) -> List[Any]:
+    """A list of what may be one item or several; one at least, and each still to be looked at."""
+    if isinstance(value, np.ndarray):
+        return several(name, value.tolist())
+    if isinstance(value, (str, bytes, Mapping)) or not (hasattr(value, "__iter__") or hasattr(value, "__index__")):
+        raise wrong_type(name, value, "a whole number, or several")
+    try:
+        items = list(value) if hasattr(value, "__iter__") else [value]
+    except Exception as error:
+        raise wrong_type(name, value, "a whole number, or several") from error
+    if not items:
+        raise ArgumentError(f"{name}: none, expected at least one")
+    return items
+
+
+def whole_numbers(name: str, value: Any, dimensions: Tuple[int, ...], bounds: Tuple[int, int]) -> npt.NDArray[Any]:
+    """An array of whole numbers within ``bounds``, with so many dimensions."""
+    if isinstance(value, np.ma.MaskedArray) and bool(np.any(value.mask)):
+        raise ArgumentError(f"{name}: an array with a mask, expected a value in every place")
+    try:
+        array = np.asarray(value)
+    except Exception as error:
+        raise ArgumentError(f"{name}: {shown(value)}, expected an array of whole numbers") from error
+    if array.dtype.kind not in "iu":
+        raise wrong_type(name, value, "an array of whole numbers")
+    if array.ndim not in dimensions:
+        raise ArgumentError(f"{name}: an array with the shape {array.shape}, expected "
+                            f"{' or '.join(map(str, dimensions))} dimensions")
+    if array.size and (int(array.min()) < bounds[0] or int(array.max()) > bounds[1]):
+        raise ArgumentError(f"{name}: expected numbers from {bounds[0]} to {bounds[1]}")
+    return array
+
+
+def unknown_name(kind: str, name: Any, known: Sequence[str]) -> UnknownName:
+    """For a name that a mapping does not have, with the one that was perhaps meant."""
+    nearest = _engine.nearest(name, list(known)) if isinstance(name, str) and name.isprintable() else None
+    meant = f' (did you mean "{nearest}"?)' if nearest is not None else ""
+    return UnknownName(f"unknown {kind} {shown(name)}{meant}", nearest)
 
 
 def text(name: str, value: Any, among: Iterable[str] = ()) -> str:

@@ -10,8 +10,8 @@ import numpy as np
 import numpy.typing as npt
 
 from . import _engine
-from ._arguments import INT32, PathLike, path, shown, text, wrong_type
-from .errors import ArgumentError
+from ._arguments import INT32, PathLike, path, shown, text, unknown_name, whole_numbers, wrong_type
+from .errors import ArgumentError, ArgumentTypeError
 from .verdict import Finding, findings
 
 __all__ = ["Board", "Channel", "Limits", "Raster", "Table", "Tables"]
@@ -81,38 +81,43 @@ class Table:
 
 def _whole_numbers(name: str, value: Any, dimensions: Tuple[int, ...]) -> npt.NDArray[np.int32]:
     """``value`` as an array of int32, with nothing lost."""
-    try:
-        array = np.asarray(value)
-    except ValueError:
-        raise ArgumentError(f"{name}: {shown(value)}, expected an array of whole numbers") from None
-    if array.dtype.kind not in "iu":
-        raise wrong_type(name, value, "an array of whole numbers")
-    if array.ndim not in dimensions:
-        raise ArgumentError(f"{name}: an array with the shape {array.shape}, expected "
-                            f"{' or '.join(map(str, dimensions))} dimensions")
-    if array.size and (int(array.min()) < INT32[0] or int(array.max()) > INT32[1]):
-        raise ArgumentError(f"{name}: expected numbers from {INT32[0]} to {INT32[1]}")
-    return np.ascontiguousarray(array, dtype=np.int32)
+    return np.ascontiguousarray(whole_numbers(name, value, dimensions, INT32), dtype=np.int32)
 
 
 class Tables(MutableMapping[str, Table]):
     """The calibration tables of a board, by name, read and replaced in memory; the files stay as they are.
 
     A table is assigned as a :class:`Table` or as (axis 1, axis 2, values), axis 2 being None for one axis. What was
-    booted of the board before has the tables that were there then. Tables cannot be taken away.
+    booted of the board before has the tables that were there then. :meth:`add` gives the board a new one; tables cannot be
+    taken away, which raises :class:`ArgumentTypeError`.
     """
+
+    __slots__ = ("_engine",)
 
     def __init__(self, engine: _engine.Board) -> None:
         self._engine = engine
 
     def __getitem__(self, name: str) -> Table:
+        """Raises :class:`UnknownName`, a KeyError, for one that the board does not have."""
         if not isinstance(name, str) or name not in self:
-            raise KeyError(name)
+            raise unknown_name("table", name, self._engine.tables())
         axis1, axis2, values, file, column, _ = self._engine.table(name)
         return Table(axis1, axis2, values, file, column)
 
     def __setitem__(self, name: str, table: Union[Table, Tuple[Any, Any, Any]]) -> None:
-        text("name", name)
+        """Puts a table in the place of the one with this name. Raises :class:`UnknownName`, a KeyError, for one that the
+        board does not have: see :meth:`add`."""
+        if not isinstance(name, str) or name not in self:
+            raise unknown_name("table", name, self._engine.tables())
+        self._set(name, table)
+
+    def add(self, name: str, table: Union[Table, Tuple[Any, Any, Any]]) -> None:
+        """Gives the board a table that it does not have yet."""
+        if text("name", name) in self:
+            raise ArgumentError(f"name: the board has {shown(name)}, expected another name, or tables[name] = ...")
+        self._set(name, table)
+
+    def _set(self, name: str, table: Union[Table, Tuple[Any, Any, Any]]) -> None:
         if isinstance(table, Table):
             parts: Tuple[Any, Any, Any] = (table.axis1, table.axis2, table.values)
         elif isinstance(table, tuple) and len(table) == 3:
@@ -130,7 +135,7 @@ class Tables(MutableMapping[str, Table]):
         self._engine.set_table(name, axis1, axis2, values)
 
     def __delitem__(self, name: str) -> None:
-        raise ArgumentError(f"{shown(name)}: expected the tables of a board to stay")
+        raise ArgumentTypeError(f"{shown(name)}: expected the tables of a board to stay")
 
     def __iter__(self) -> Iterator[str]:
         return iter(self._engine.tables())
@@ -158,6 +163,8 @@ class Board:
     >>> board
     <Board 'rf-module-7ghz.toml': 2 channels, 4 drivers, 0 tables>
     """
+
+    __slots__ = ("_engine",)
 
     def __init__(self, engine: _engine.Board) -> None:
         if not isinstance(engine, _engine.Board):

@@ -4,8 +4,10 @@ from __future__ import annotations
 
 from typing import Any, Callable, Dict, Optional, Sequence, Tuple
 
+import numpy as np
+
 from . import _engine
-from ._arguments import CHANNELS, INT64, Frequency, PathLike, flag, function, khz, path, text, whole, wrong_type
+from ._arguments import CHANNELS, INT64, Frequency, PathLike, flag, function, khz, path, several, text, whole, wrong_type
 from .board import BoardLike, engine_of
 from .calibration_results import (POINT, CalibrationResult, ChannelQualification, Point, Probe, Qualification, Summary,
                                   Worst, point, qualification, result as result_of)
@@ -31,11 +33,9 @@ def _number(name: str, value: Any) -> int:
 def _numbers(name: str, value: Any) -> Optional[Tuple[int, ...]]:
     if value is None:
         return None
-    if isinstance(value, (str, bytes)) or not hasattr(value, "__iter__"):
+    if isinstance(value, np.ndarray) and value.ndim == 0 or not hasattr(value, "__iter__"):
         raise wrong_type(name, value, "whole numbers")
-    numbers = tuple(_number(name, one) for one in value)
-    if not numbers:
-        raise ArgumentError(f"{name}: none, expected at least one")
+    numbers = tuple(_number(name, one) for one in several(name, value))
     return numbers
 
 
@@ -64,6 +64,18 @@ def _note(given: Dict[str, Any]) -> str:
     if given["highest_reading"] is not None:
         return f"last readings up to {given['highest_reading']}"
     return "" if given["worst_dbc"] is None else f"leakage up to {given['worst_dbc']:.2f} dBc"
+
+
+def _end(result: Any, raised: Optional[BaseException], work: str, file: str, has_left: bool) -> None:
+    left = None if has_left else RadioError(f"{file}: what was to be written in the end failed")
+    try:
+        finish(result, raised, work)
+    except BaseException as error:
+        if left is not None:
+            error.add_note(str(left))
+        raise
+    if left is not None:
+        raise left
 
 
 def calibrate(board: BoardLike, channel: int, *, method: Optional[str] = None, probes: Optional[int] = None,
@@ -127,13 +139,10 @@ def calibrate(board: BoardLike, channel: int, *, method: Optional[str] = None, p
             "progress": None if reporter.counting is None else tell,
             "cancel": cancelling(cancel),
             "on_point": None if tell_point is None else lambda given: tell_point(point(given)),
-            "on_qualified": None,
         }
-        given, has_left, put_away, raised = _engine.calibrate(engine, order, listeners)
-    result = result_of(given, put_away)
-    finish(result, raised)
-    if not has_left:
-        raise RadioError(f"{engine.file}: what was to be written in the end failed")
+        given, has_left, put_away, reservation, raised = _engine.calibrate(engine, order, listeners)
+    result = result_of(given, put_away, reservation)
+    _end(result, raised, "the calibration", engine.file, has_left)
     return result
 
 
@@ -158,7 +167,5 @@ def qualify(board: BoardLike, channel: int, *, settle_time: Optional[int] = None
     }
     carrier, temperature, name, given, has_left, raised = _engine.qualify(engine, order, cancelling(cancel))
     result = ChannelQualification(carrier, temperature, name, qualification(given))
-    finish(result, raised)
-    if not has_left:
-        raise RadioError(f"{engine.file}: what was to be written in the end failed")
+    _end(result, raised, "the qualification", engine.file, has_left)
     return result

@@ -113,7 +113,8 @@ class Summary:
 
 
 def _summary(given: Dict[str, Any]) -> Summary:
-    return Summary(**{name: Worst(*value) if isinstance(value, tuple) else value for name, value in given.items()})
+    fields: Dict[str, Any] = {name: Worst(*value) if isinstance(value, tuple) else value for name, value in given.items()}
+    return Summary(**fields)
 
 
 @dataclass(frozen=True, eq=False)
@@ -123,7 +124,11 @@ class CalibrationResult:
     ``complete`` says that all points were calibrated; ``trouble`` and ``refusal`` why not, if something went wrong, and
     ``way_on`` how to go on ("resume", "room", "measure", "put away"). ``tables`` is the file that was stored, or None, and
     ``backup`` what the old one is called now. Every probe is in the ``journal``, also of a calibration that was ended:
-    ``beginning="resume"`` goes on from there.
+    ``beginning="resume"`` goes on from there. ``reservation`` is what the board says against a calibration that was done all
+    the same, in a simulation or forced, or None.
+
+    ``is_good`` says that nothing went wrong, all points have corrections, tables that were asked for could be made of them,
+    and no limit of the board is missed.
     """
 
     complete: bool
@@ -155,6 +160,7 @@ class CalibrationResult:
     unchanged: bool
     is_good: bool
     journal_backup: Optional[str]
+    reservation: Optional[str]
 
     @property
     def array(self) -> npt.NDArray[np.void]:
@@ -171,14 +177,15 @@ class CalibrationResult:
                 f"{self.verdict.kind or 'no verdict'}{end}>")
 
 
-def result(given: Dict[str, Any], journal_backup: Optional[str]) -> CalibrationResult:
+def result(given: Dict[str, Any], journal_backup: Optional[str], reservation: Optional[str]) -> CalibrationResult:
+    """What a calibration came to, of what the engine gives."""
     for name in ("points", "tries", "nodes"):
         given[name] = tuple(map(point, given[name]))
     if given["qualification"] is not None:
         given["qualification"] = qualification(given["qualification"])
     given["summary"] = _summary(given["summary"])
     given["verdict"] = verdict(given["verdict"])
-    return CalibrationResult(journal_backup=journal_backup, **given)
+    return CalibrationResult(journal_backup=journal_backup, reservation=reservation, **given)
 
 
 @dataclass(frozen=True)

@@ -4,8 +4,8 @@ from __future__ import annotations
 
 from typing import TYPE_CHECKING, Any, Iterator, Mapping, Sequence, Tuple, Union
 
-from ._arguments import INT32, INT64, flag, text, whole, wrong_type
-from .errors import ArgumentError
+from ._arguments import INT32, INT64, flag, several, text, unknown_name, whole
+from .errors import BusyError
 from .events import Outcome
 
 if TYPE_CHECKING:
@@ -14,8 +14,20 @@ if TYPE_CHECKING:
 __all__ = ["Driver", "Drivers", "Variables"]
 
 
+class Names:
+    """Names in their order, and quickly found."""
+
+    __slots__ = ("names", "known")
+
+    def __init__(self, names: Sequence[str]) -> None:
+        self.names = tuple(names)
+        self.known = frozenset(names)
+
+
 class Driver:
     """A driver of a radio, read and written past all handlers, as a client of the driver layer does."""
+
+    __slots__ = ("_radio", "_name")
 
     def __init__(self, radio: Radio, name: str) -> None:
         self._radio = radio
@@ -50,34 +62,41 @@ class Driver:
     def write(self, value: int, *, force: bool = False) -> Outcome:
         """Writes a value of up to 32 bits, or up to 64 to a driver that takes Hz. Raises :class:`CommandFailed` with the
         driver's code, and on hardware for a value outside its range, unless it is forced."""
+        self._radio._require_open()
         words = ["write", self._name, str(whole("value", value, INT64))]
         return self._radio._act(words + ["force"] * flag("force", force))
 
     def __repr__(self) -> str:
         if self._radio.is_closed:
             return f"<Driver {self._name!r} of a closed radio>"
-        return f"<Driver {self._name!r}: {self.value}>"
+        try:
+            return f"<Driver {self._name!r}: {self.value}>"
+        except BusyError:
+            return f"<Driver {self._name!r} of a radio in use>"
 
 
 class Drivers(Mapping[str, Driver]):
     """The drivers of a radio, by name."""
 
-    def __init__(self, radio: Radio, names: Sequence[str]) -> None:
+    __slots__ = ("_radio", "_names")
+
+    def __init__(self, radio: Radio, names: Names) -> None:
         self._radio = radio
-        self._names = tuple(names)
-        self._known = frozenset(names)
+        self._names = names
 
     def __getitem__(self, name: str) -> Driver:
+        """Raises :class:`UnknownName`, a KeyError, for one that the board does not have."""
         self._radio._require_open()
-        if not isinstance(name, str) or name not in self._known:
-            raise KeyError(name)
+        if not isinstance(name, str) or name not in self._names.known:
+            raise unknown_name("driver", name, self._names.names)
         return Driver(self._radio, name)
 
     def __iter__(self) -> Iterator[str]:
-        return iter(self._names)
+        self._radio._require_open()
+        return iter(self._names.names)
 
     def __len__(self) -> int:
-        return len(self._names)
+        return len(self._names.names)
 
     def __repr__(self) -> str:
         return f"<{len(self)} drivers of {self._radio!r}>"
@@ -86,14 +105,17 @@ class Drivers(Mapping[str, Driver]):
 class Variables(Mapping[str, Tuple[int, ...]]):
     """The variables of a radio's database, by name; each has one value or more."""
 
-    def __init__(self, radio: Radio, names: Sequence[str]) -> None:
+    __slots__ = ("_radio", "_names")
+
+    def __init__(self, radio: Radio, names: Names) -> None:
         self._radio = radio
-        self._names = tuple(names)
+        self._names = names
 
     def __getitem__(self, name: str) -> Tuple[int, ...]:
+        """Raises :class:`UnknownName`, a KeyError, for one that the board does not have."""
         self._radio._require_open()
-        if not isinstance(name, str) or name not in self._names:
-            raise KeyError(name)
+        if not isinstance(name, str) or name not in self._names.known:
+            raise unknown_name("variable", name, self._names.names)
         return tuple(self._radio._engine.variable(name))
 
     def __setitem__(self, name: str, values: Union[int, Sequence[int]]) -> None:
@@ -102,20 +124,17 @@ class Variables(Mapping[str, Tuple[int, ...]]):
     def set(self, name: str, values: Union[int, Sequence[int]]) -> Outcome:
         """Changes a variable; fewer values than it has places leave the others. The outcome's note says which phase takes
         it over, if one has to."""
-        given: Any = values
-        if isinstance(given, (str, bytes, Mapping)) or not (hasattr(given, "__iter__") or hasattr(given, "__index__")):
-            raise wrong_type("values", given, "a whole number, or several")
-        items = list(given) if hasattr(given, "__iter__") else [given]
-        if not items:
-            raise ArgumentError("values: none, expected at least one")
+        self._radio._require_open()
+        items = several("values", values)
         written = ",".join(str(whole("values", value, INT32)) for value in items)
         return self._radio._act(["set", text("name", name), written])
 
     def __iter__(self) -> Iterator[str]:
-        return iter(self._names)
+        self._radio._require_open()
+        return iter(self._names.names)
 
     def __len__(self) -> int:
-        return len(self._names)
+        return len(self._names.names)
 
     def __repr__(self) -> str:
         return f"<{len(self)} variables of {self._radio!r}>"

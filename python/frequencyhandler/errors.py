@@ -1,7 +1,7 @@
 """What can go wrong, as exceptions.
 
 Every exception of the package is an :class:`Error`, and beside that what Python has for its kind: a :class:`ValueError`, a
-:class:`TypeError`, a :class:`RuntimeError` or an :class:`AssertionError`. Whoever has to do with a file finds ``file``,
+:class:`TypeError`, a :class:`KeyError`, a :class:`RuntimeError` or an :class:`AssertionError`. Whoever has to do with a file finds ``file``,
 ``line`` and ``expected`` in it.
 """
 
@@ -10,7 +10,7 @@ from __future__ import annotations
 from typing import Any, Optional, Sequence, Tuple
 
 __all__ = [
-    "Error", "ArgumentError", "ArgumentTypeError", "InputError", "ChoiceError", "RadioError", "CommandFailed",
+    "Error", "ArgumentError", "ArgumentTypeError", "UnknownName", "InputError", "ChoiceError", "RadioError", "CommandFailed",
     "ClosedError", "BusyError", "ExpectationFailed", "Interrupted",
 ]
 
@@ -61,6 +61,17 @@ class ArgumentTypeError(Error, TypeError):
     def __init__(self, message: str) -> None:
         super().__init__(message)
         self.expected = expected_in(message)
+
+
+class UnknownName(Error, KeyError):
+    """A name that a mapping does not have. ``expected`` is the name that was perhaps meant, or None."""
+
+    def __init__(self, message: str, expected: Optional[str] = None) -> None:
+        super().__init__(message, expected)
+        self.expected = expected
+
+    def __str__(self) -> str:
+        return str(self._given[0])  # a KeyError would put it in quotes
 
 
 class InputError(Error, ValueError):
@@ -126,15 +137,19 @@ class ExpectationFailed(Error, AssertionError):
 class Interrupted(KeyboardInterrupt):
     """Ctrl-C ended long work. Nothing is lost: ``result`` has what came of it so far."""
 
-    def __init__(self, result: Any) -> None:
-        super().__init__("interrupted; the exception's result has what came of it so far")
+    def __init__(self, result: Any, work: str = "the work") -> None:
+        super().__init__(f"{work} was interrupted; the exception's result has what came of it so far")
         self.result = result
+        self._work = work
+
+    def __reduce__(self) -> Tuple[Any, Tuple[Any, ...]]:
+        return type(self), (self.result, self._work)
 
 
-def finish(result: Any, raised: BaseException | None) -> None:
+def finish(result: Any, raised: BaseException | None, work: str) -> None:
     """Raises what ended long work, if anything did, with what came of it so far."""
     if raised is None:
         return
     if isinstance(raised, KeyboardInterrupt):
-        raise Interrupted(result) from raised
+        raise Interrupted(result, work) from raised
     raise raised

@@ -3,7 +3,9 @@
 from __future__ import annotations
 
 from dataclasses import dataclass
-from typing import Any, Callable, Dict, NamedTuple, Optional, Sequence, Tuple, Union
+from typing import Any, Callable, Dict, Iterator, NamedTuple, Optional, Sequence, Tuple, Union
+
+from . import _engine
 
 __all__ = ["Write", "FailedWrite", "Call", "Trace", "Notified", "Phase", "PhaseStep", "Warned", "HardwareNews", "Sensed",
            "Event"]
@@ -117,6 +119,16 @@ def event(given: Tuple[Any, ...]) -> Event:
     return _MAKERS[given[0]](*given[1:])
 
 
+def events_of(given: Optional[_engine.Events]) -> Iterator[Event]:
+    """The events of what an engine gives, a few thousand at a time: other threads have their turn in between."""
+    for first in range(0, 0 if given is None else len(given), _AT_A_TIME):
+        assert given is not None
+        yield from map(event, given.tuples(first, _AT_A_TIME))
+
+
+_AT_A_TIME = 4096
+
+
 @dataclass(frozen=True)
 class Listing:
     """A list of what a radio has."""
@@ -127,7 +139,9 @@ class Listing:
 
 
 class Outcome:
-    """What came of one command. As a sequence it has the writes that reached hardware: ``for driver, value in outcome``.
+    """What came of one command. It goes through the writes that reached hardware, ``for driver, value in outcome``, of which
+    ``len(outcome)`` says how many; ``outcome["name"]`` is the last value that was written to a driver, and ``"name" in
+    outcome`` says whether one was. As a condition it is true unless the command failed.
 
     ``command`` is what was carried out, ``code`` the result, of which bit 0x8000 says failure, and ``note`` what else
     there is to know, or empty. ``value`` is what was read, of a read; ``events`` has all that happened.
@@ -135,21 +149,24 @@ class Outcome:
 
     __slots__ = ("command", "code", "note", "value", "listing", "_given", "_events")
 
-    def __init__(self, command: str, code: int, note: str, events: Sequence[Tuple[Any, ...]], value: Optional[int] = None,
-                 listing: Optional[Listing] = None) -> None:
+    def __init__(self, command: str, code: int, note: str, events: Union[None, _engine.Events, Tuple[Event, ...]],
+                 value: Optional[int] = None, listing: Optional[Listing] = None) -> None:
         self.command = command
         self.code = code
         self.note = note
         self.value = value
         self.listing = listing
-        self._given: Optional[Sequence[Tuple[Any, ...]]] = events
-        self._events: Tuple[Event, ...] = ()
+        self._given = events if isinstance(events, _engine.Events) else None
+        self._events: Tuple[Event, ...] = events if isinstance(events, tuple) else ()
+
+    def __reduce__(self) -> Tuple[Any, Tuple[Any, ...]]:
+        return Outcome, (self.command, self.code, self.note, self.events, self.value, self.listing)
 
     @property
     def events(self) -> Tuple[Event, ...]:
         """All that happened, in order."""
         if self._given is not None:
-            self._events = tuple(map(event, self._given))
+            self._events = tuple(events_of(self._given))
             self._given = None
         return self._events
 
@@ -183,8 +200,12 @@ class Outcome:
         """What speaks against it."""
         return tuple(item.text for item in self.events if isinstance(item, Warned))
 
-    def __iter__(self) -> Any:
+    def __iter__(self) -> Iterator[Write]:
         return iter(self.writes)
+
+    def __contains__(self, item: object) -> bool:
+        """A driver was written to, or this very :class:`Write` is among the writes."""
+        return any(item == write.driver if isinstance(item, str) else item == write for write in self.writes)
 
     def __len__(self) -> int:
         return len(self.writes)

@@ -2,10 +2,15 @@
 
 from __future__ import annotations
 
-from typing import Any, Callable, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
+from typing import TYPE_CHECKING, Any, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
+
+import numpy as np
 
 from ._arguments import CHANNELS, INT64, UINT32, Frequency, direction as checked_direction, khz, text, whole, wrong_type
 from .errors import AlignedWrite, ExpectationFailed
+
+if TYPE_CHECKING:
+    from .radio import Radio
 
 __all__ = ["Expectations"]
 
@@ -47,8 +52,14 @@ class Expectations:
     """What can be expected of a radio and of its last command, the start-up at first. Each raises
     :class:`ExpectationFailed` unless it holds."""
 
-    def __init__(self, act: Callable[[List[str]], Any]) -> None:
-        self._act = act
+    __slots__ = ("_radio",)
+
+    def __init__(self, radio: Radio) -> None:
+        radio._require_open()
+        self._radio = radio
+
+    def _act(self, words: List[str]) -> None:
+        self._radio._act(words)
 
     def driver(self, name: str, value: int) -> None:
         """A driver has this value; of real hardware it is read."""
@@ -87,15 +98,15 @@ class Expectations:
     def writes(self, writes: Writes) -> None:
         """The last command wrote so many values, or exactly these in this order: pairs of driver and value, or a mapping.
         What differs is shown side by side."""
-        if isinstance(writes, (str, bytes)) or not (hasattr(writes, "__index__") or hasattr(writes, "__iter__")):
-            raise wrong_type("writes", writes, "a number, or pairs of driver and value")
-        if hasattr(writes, "__index__"):
+        if hasattr(writes, "__index__") and not isinstance(writes, np.ndarray):
             self._act(["expect", "writes", str(whole("writes", writes, UINT32))])
             return
         pairs: Any = writes.items() if isinstance(writes, Mapping) else writes
+        if isinstance(pairs, (str, bytes)) or not hasattr(pairs, "__iter__"):
+            raise wrong_type("writes", writes, "a number, or pairs of driver and value")
         words = []
         for pair in pairs:
-            if not isinstance(pair, tuple) or len(pair) != 2:
+            if not isinstance(pair, (tuple, list)) or len(pair) != 2:
                 raise wrong_type("writes", pair, "pairs of driver and value")
             words.append(f"{text('driver', pair[0])}={whole('value', pair[1], INT64)}")
         self._act(["expect", "writes", *(words or ["0"])])
@@ -105,3 +116,6 @@ class Expectations:
         if isinstance(below, bool) or not isinstance(below, (int, float)):
             raise wrong_type("below", below, "a level in dBc")
         self._act(["expect", "leakage", str(whole("channel", channel, CHANNELS)), "below", f"{below:.6f}"])
+
+    def __repr__(self) -> str:
+        return f"<Expectations of {self._radio!r}>"

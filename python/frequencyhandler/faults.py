@@ -3,9 +3,10 @@
 from __future__ import annotations
 
 from contextlib import contextmanager
-from typing import TYPE_CHECKING, Any, Iterator, List, NamedTuple, Optional, Sequence
+from typing import TYPE_CHECKING, Iterator, List, NamedTuple, Optional, Sequence, Union, overload
 
 from ._arguments import UINT32, text, whole
+from .errors import BusyError
 from .events import Outcome
 
 if TYPE_CHECKING:
@@ -24,8 +25,10 @@ class Fault(NamedTuple):
     times: Optional[int]
 
 
-class Faults(Sequence[Any]):
+class Faults(Sequence[Fault]):
     """The faults of a radio's platform, oldest first."""
+
+    __slots__ = ("_radio",)
 
     def __init__(self, radio: Radio) -> None:
         self._radio = radio
@@ -36,6 +39,7 @@ class Faults(Sequence[Any]):
     def inject(self, operation: str, object: str = "", code: int = 0x8000, *, times: Optional[int] = None) -> Outcome:
         """Has the platform answer calls of ``operation`` ("driver-write") on ``object`` (empty: on any) with ``code``, so
         many times or until it is cleared. With a code that has no bit 0x8000 the call is carried out all the same."""
+        self._radio._require_open()
         words = ["fault", text("operation", operation)]
         words += [text("object", object)] if text("object", object) else []
         words.append(str(whole("code", code, (0, 0x7FFFFFFF))))
@@ -44,24 +48,45 @@ class Faults(Sequence[Any]):
 
     def clear(self, operation: str = "", object: str = "") -> Outcome:
         """Takes faults back: all, all of an operation, or that of an object."""
+        self._radio._require_open()
         words = ["clear", text("operation", operation) or "all"]
         return self._radio._act(words + ([text("object", object)] if text("object", object) else []))
 
     @contextmanager
     def injected(self, operation: str, object: str = "", code: int = 0x8000) -> Iterator[None]:
-        """A fault as long as the block lasts."""
+        """A fault as long as the block lasts; others of the same operation and object are there afterwards as before."""
         self.inject(operation, object, code)
         try:
             yield
         finally:
             if not self._radio.is_closed:
-                self.clear(operation, object)
+                self._take(Fault(operation, object, code, None))
 
-    def __getitem__(self, index: Any) -> Any:
+    def _take(self, fault: Fault) -> None:
+        others = [other for other in self._all() if other.operation == fault.operation]
+        if fault in others:  # unless somebody cleared it
+            del others[len(others) - 1 - others[::-1].index(fault)]
+            self.clear(fault.operation)
+            for other in others:
+                self.inject(*other[:3], times=other.times)
+
+    @overload
+    def __getitem__(self, index: int) -> Fault: ...
+
+    @overload
+    def __getitem__(self, index: slice) -> List[Fault]: ...
+
+    def __getitem__(self, index: Union[int, slice]) -> Union[Fault, List[Fault]]:
+        """The fault at a place, or those of a slice, as they are now."""
         return self._all()[index]
 
     def __len__(self) -> int:
         return len(self._all())
 
     def __repr__(self) -> str:
-        return "<Faults of a closed radio>" if self._radio.is_closed else f"<Faults: {self._all()}>"
+        if self._radio.is_closed:
+            return "<Faults of a closed radio>"
+        try:
+            return f"<Faults: {self._all()}>"
+        except BusyError:
+            return "<Faults of a radio in use>"

@@ -2,9 +2,12 @@
 
 from __future__ import annotations
 
+import threading
 from collections import deque
-from typing import TYPE_CHECKING, Any, Callable, Deque, Iterator, Tuple, Type
+from typing import TYPE_CHECKING, Any, Callable, Deque, Iterator, List, Optional, Sequence, Tuple, Type
+from weakref import WeakSet
 
+from .errors import BusyError, RadioError
 from .events import Event
 
 if TYPE_CHECKING:
@@ -12,44 +15,158 @@ if TYPE_CHECKING:
 
 __all__ = ["Events", "Subscription"]
 
+#: So many commands may functions carry out that are told of the events of one: more go in a circle.
+FURTHER = 1000
+
 
 class Subscription:
     """A function that is told of events, until it is cancelled."""
 
-    def __init__(self, radio: Radio, callback: Callable[[Event], Any], kinds: Tuple[Type[Any], ...]) -> None:
-        self._radio = radio
+    __slots__ = ("_listeners", "_callback", "_kinds")
+
+    def __init__(self, listeners: Listeners, callback: Callable[[Event], Any], kinds: Tuple[Type[Any], ...]) -> None:
+        self._listeners = listeners
         self._callback = callback
         self._kinds = kinds
 
     def cancel(self) -> None:
         """It is told nothing any more. The second time does nothing."""
-        if self in self._radio._subscriptions:
-            self._radio._subscriptions.remove(self)
+        self._listeners.remove(self)
 
     def tell(self, happened: Event) -> None:
         """Passes an event on, if it is of the kinds that were asked for."""
         if not self._kinds or isinstance(happened, self._kinds):
             self._callback(happened)
 
+    def __repr__(self) -> str:
+        of = " or ".join(kind.__name__ for kind in self._kinds) or "all events"
+        return f"<Subscription of {of}{'' if self._listeners.has(self) else ', cancelled'}>"
+
+
+class Listeners:
+    """Who is told of the events of one radio. What functions are told waits in a queue, so that all are told in the order
+    in which things happened, also when one of them drives the radio; iterators have theirs at once."""
+
+    __slots__ = ("_subscriptions", "_iterators", "_waiting", "_lock", "_teller", "_further")
+
+    def __init__(self) -> None:
+        self._subscriptions: List[Subscription] = []
+        self._iterators: WeakSet[Events] = WeakSet()
+        self._waiting: Deque[Event] = deque()
+        self._lock = threading.Lock()
+        self._teller: Optional[int] = None
+        self._further = 0
+
+    def add(self, callback: Callable[[Event], Any], kinds: Tuple[Type[Any], ...]) -> Subscription:
+        subscription = Subscription(self, callback, kinds)
+        self._subscriptions.append(subscription)
+        return subscription
+
+    def remove(self, subscription: Subscription) -> None:
+        if subscription in self._subscriptions:
+            self._subscriptions.remove(subscription)
+
+    def has(self, subscription: Subscription) -> bool:
+        return subscription in self._subscriptions
+
+    def add_iterator(self, events: Events) -> None:
+        self._iterators.add(events)
+
+    def remove_iterator(self, events: Events) -> None:
+        self._iterators.discard(events)
+
+    def are_there(self) -> bool:
+        return bool(self._subscriptions or self._iterators)
+
+    def tell(self, happened: Sequence[Event]) -> None:
+        """Tells all of them, and raises the first of what they raise. Within one of them, and while another thread
+        tells, the events are told behind those that wait."""
+        for events in tuple(self._iterators):
+            events.gather(happened)
+        if self._subscriptions and self._begin(happened):
+            try:
+                first = self._tell_waiting()
+            except BaseException:  # an interrupt, or a program that cannot go on: nobody is told any more
+                self._end()
+                raise
+            if first is not None:
+                raise first
+
+    def _begin(self, happened: Sequence[Event]) -> bool:
+        me = threading.get_ident()
+        with self._lock:
+            if self._teller is None:
+                self._teller = me
+                self._further = 0
+                self._waiting.extend(happened)
+                return True
+            if self._teller == me:
+                self._further += 1
+                if self._further > FURTHER:
+                    self._waiting.clear()
+                    raise RadioError(f"functions that are told of events have driven the radio {FURTHER} times, expected "
+                                     "them to come to an end")
+            self._waiting.extend(happened)
+            return False
+
+    def _end(self) -> None:
+        with self._lock:
+            self._waiting.clear()
+            self._teller = None
+
+    def _next(self) -> Optional[Event]:
+        with self._lock:
+            if self._waiting:
+                return self._waiting.popleft()
+            self._teller = None
+            return None
+
+    def _tell_waiting(self) -> Optional[Exception]:
+        first: Optional[Exception] = None
+        while True:
+            happened = self._next()
+            if happened is None:
+                return first
+            for subscription in tuple(self._subscriptions):
+                try:
+                    subscription.tell(happened)
+                except RecursionError:
+                    raise
+                except Exception as error:  # the others are told all the same
+                    first = first or error
+
 
 class Events(Iterator[Event]):
     """Events of a radio from when it was made, each given once. It ends where nothing more has happened yet, and goes on
-    when something has. What was not fetched when the radio was closed is still there."""
+    when something has: a ``for`` over it goes through what is there. What was not fetched when the radio was closed is still
+    there. It gathers as long as anybody has it, or until :meth:`close`."""
+
+    __slots__ = ("_waiting", "_radio", "_kinds", "__weakref__")
 
     def __init__(self, radio: Radio, kinds: Tuple[Type[Any], ...]) -> None:
         self._waiting: Deque[Event] = deque()
         self._radio = radio
-        self._subscription = Subscription(radio, self._waiting.append, kinds)
-        radio._subscriptions.append(self._subscription)
+        self._kinds = kinds
+        radio._listeners.add_iterator(self)
+
+    def gather(self, happened: Sequence[Event]) -> None:
+        """Keeps those of the kinds that were asked for."""
+        kinds = self._kinds
+        self._waiting.extend([item for item in happened if isinstance(item, kinds)] if kinds else happened)
 
     def __next__(self) -> Event:
+        if not self._waiting:
+            try:
+                self._radio._poll()
+            except BusyError:  # who drives it is told what happens meanwhile, and this then
+                pass
         if not self._waiting:
             raise StopIteration
         return self._waiting.popleft()
 
     def close(self) -> None:
         """Gathers nothing any more."""
-        self._subscription.cancel()
+        self._radio._listeners.remove_iterator(self)
         self._waiting.clear()
 
     def __repr__(self) -> str:

@@ -180,5 +180,5 @@ def audit(board: BoardLike, *, keep: bool = True, progress: ProgressLike = None,
         complete, rows, count, outside, seconds, carriers, raised = _engine.audit(
             engine, dtype, reporter.counting, cancelling(cancel))
     result = AuditResult(complete, tuple(_row(row) for row in rows), count, outside, seconds, carriers)
-    finish(result, raised)
+    finish(result, raised, "the audit")
     return result

@@ -22,7 +22,7 @@ class Progress(NamedTuple):
     note: str = ""
 
 
-#: True shows a bar on standard error, by tqdm where that is installed; a function is called with a :class:`Progress`, a
+#: True shows a bar on standard error, if the process has one, by tqdm where that is installed; a function is called with a :class:`Progress`, a
 #: few times a second and a last time at the end. What it raises ends the work, and is raised in its place.
 ProgressLike = Union[None, bool, Callable[[Progress], Any]]
 #: Something that is set, or says True, once the work is to end: it then gives what it has.
@@ -44,7 +44,7 @@ class Reporter:
             raise wrong_type("progress", value, "True, False, None or a function")
         self._bar: Any = None
         self._unit = unit
-        self._tell = self._show if value is True else value or None
+        self._tell = (self._show if sys.stderr is not None else None) if value is True else value or None
         self._shown = ""
 
     def __enter__(self) -> Reporter:
@@ -54,7 +54,7 @@ class Reporter:
                  trace: Optional[TracebackType]) -> None:
         if self._bar is not None:
             self._bar.close()
-        elif self._shown:
+        elif self._shown and sys.stderr is not None:
             print(file=sys.stderr)
 
     @property

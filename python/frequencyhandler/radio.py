@@ -2,19 +2,23 @@
 
 from __future__ import annotations
 
+import atexit
+import os
+import warnings
+import weakref
 from types import TracebackType
-from typing import Any, Callable, List, Optional, Sequence, Tuple, Type, Union
+from typing import Any, Callable, List, Optional, Sequence, Tuple, Type, Union, get_args
 
 from . import _engine
 from ._arguments import (CHANNELS, UINT32, Frequency, direction as checked_direction, flag, function, khz, shown, text,
                          whole, wrong_type)
 from .board import BoardLike, engine_of
-from .drivers import Drivers, Variables
+from .drivers import Drivers, Names, Variables
 from .errors import ArgumentError, ClosedError, CommandFailed, RadioError, finish
-from .events import Event, Listing, Outcome, Phase, Trace
+from .events import Event, Listing, Outcome, Phase, Trace, events_of
 from .expectations import Expectations, judge
 from .faults import Faults
-from .listening import Events, Subscription
+from .listening import Events, Listeners, Subscription
 
 __all__ = ["Radio"]
 
@@ -40,23 +44,37 @@ class Radio:
     frequencyhandler.errors.ClosedError: the radio of rf-module-7ghz.toml is closed
     """
 
+    __slots__ = {
+        "boot": "What the start-up came to, an :class:`frequencyhandler.events.Outcome`.",
+        "_file": None, "_engine": None, "_drivers": None, "_variables": None, "_channels": None, "_listeners": None,
+        "_phases": None, "__weakref__": None,
+    }
+
     def __init__(self, board: BoardLike, hardware: bool = False, *, trace: str = "notice", calls: bool = False,
                  must_boot: bool = True) -> None:
         flag("must_boot", must_boot)
         description = engine_of(board)
-        self._subscriptions: List[Subscription] = []
         self._file = description.file
-        self._engine = _engine.Radio(description, flag("hardware", hardware), text("trace", trace), flag("calls", calls))
-        self._drivers = Drivers(self, description.drivers())
-        self._variables = Variables(self, description.variables())
-        self._channels = {channel[0] for channel in description.channels()}
+        self._drivers = Names(description.drivers())
+        self._variables = Names(description.variables())
+        self._channels = len(description.channels())
+        self._listeners = Listeners()
+        self._phases: List[Phase] = []
+        self._engine = _engine.Radio.open(description, flag("hardware", hardware), text("trace", trace),
+                                          flag("calls", calls), must_boot)
+        try:
+            self._begin(must_boot)
+        except BaseException:  # whoever keeps the exception keeps what was begun, too
+            self._engine.close()
+            raise
+
+    def _begin(self, must_boot: bool) -> None:
+        _booted.add(self)
         code, note, events, *_ = self._engine.boot()
-        #: What the start-up came to.
         self.boot = Outcome("boot", code, note, events)
-        self._phases = [item for item in self.boot.events if isinstance(item, Phase)]
+        self._phases += [item for item in self.boot.events if isinstance(item, Phase)]
         if must_boot and not self._engine.is_up:
             complaints = [item.text for item in self.boot.events if isinstance(item, Trace) and item.level == "error"]
-            self._engine.close()
             raise RadioError(": ".join([self._file, "the radio did not boot", *complaints[:1]]))
 
     def __enter__(self) -> Radio:
@@ -67,17 +85,28 @@ class Radio:
                  trace: Optional[TracebackType]) -> None:
         try:
             self.close()
-        except RadioError:
-            if error is None:  # what went wrong in the block is said rather than this
+        except Exception as failed:
+            if error is None:
                 raise
+            error.add_note(f"and then: {failed}")  # what went wrong in the block is said rather than this
+
+    def __del__(self) -> None:
+        engine = getattr(self, "_engine", None)
+        if engine is not None and not engine.is_closed:
+            warnings.warn(f"the radio of {self._file} was not closed", ResourceWarning, source=self)
+            self.close()
 
     def close(self) -> None:
-        """Leaves the radio; hardware gets what it is to have in the end. The second time does nothing. Raises
-        :class:`RadioError` when some of that could not be written."""
-        failed = [f"{driver}={value} (0x{code & 0xFFFFFFFF:04x})"
-                  for driver, value, code in self._engine.close() if code & 0x8000]
-        if failed:
-            raise RadioError(f"{self._file}: what was to be written in the end failed: {', '.join(failed)}")
+        """Leaves the radio; hardware gets what it is to have in the end. What another thread does with the radio comes to an
+        end before, as by Ctrl-C. The second time does nothing. Raises :class:`RadioError` when some of that could not be
+        written."""
+        writes, events = self._engine.close()
+        failed = [f"{driver}={value} (0x{code & 0xFFFFFFFF:04x})" for driver, value, code in writes if code & 0x8000]
+        try:
+            self._tell(tuple(events_of(events)))
+        finally:
+            if failed:
+                raise RadioError(f"{self._file}: what was to be written in the end failed: {', '.join(failed)}")
 
     @property
     def is_closed(self) -> bool:
@@ -100,6 +129,7 @@ class Radio:
         ...     radio.tune("tx", 1, 7442000).writes
         (Write(driver='channel.1.tx.rf.frequency', value=7442000),)
         """
+        self._require_open()
         way = checked_direction(direction)
         number = whole("channel", channel, CHANNELS)
         frequency = khz("carrier", carrier)
@@ -110,6 +140,7 @@ class Radio:
     def sweep(self, direction: str, channel: int, first: Frequency, last: Frequency, step: Frequency, *,
               dwell: float = 0.0, force: bool = False) -> Outcome:
         """Sets one carrier after the other, up or down, and stays ``dwell`` seconds at each. There are at most 1000000."""
+        self._require_open()
         words = ["sweep", checked_direction(direction), str(whole("channel", channel, CHANNELS)),
                  *(str(khz(name, value)) for name, value in (("first", first), ("last", last), ("step", step))),
                  _seconds("dwell", dwell)]
@@ -117,6 +148,7 @@ class Radio:
 
     def wait(self, seconds: float) -> Outcome:
         """Lets time pass, at most one hour: on hardware it is waited for, otherwise what is modelled settles at once."""
+        self._require_open()
         return self._act(["wait", _seconds("seconds", seconds)])
 
     def execute(self, command: Union[str, Sequence[str]], *, check: bool = True) -> Outcome:
@@ -124,6 +156,7 @@ class Radio:
         words with blanks in them need the list. Raises :class:`ArgumentError` for one that makes no sense,
         :class:`ExpectationFailed` for an expectation that does not hold, :class:`CommandFailed` unless ``check`` is
         False."""
+        self._require_open()
         if isinstance(command, str):
             words = text("command", command).split()
         elif isinstance(command, (list, tuple)):
@@ -136,41 +169,47 @@ class Radio:
 
     def phase(self, name: Union[str, int]) -> Outcome:
         """Runs a start-up phase again over all channels: "init", "storage" or "frame-format", or 11, 5 or 20."""
+        self._require_open()
         word = str(whole("name", name, UINT32)) if not isinstance(name, str) else text("name", name)
         return self._act(["phase", word])
 
     @property
     def phases(self) -> Tuple[Phase, ...]:
         """The phases that were run, those of the start-up first."""
+        self._require_open()
         return tuple(self._phases)
 
     @property
     def temperature(self) -> Optional[int]:
         """In degrees Celsius; None before anybody told one. Setting it, from -100 to 200, tells its observers. On hardware
-        it is that of the sensor."""
+        it is that of the sensor, as it was last read by the board's interval."""
+        self._poll()
         return self._engine.temperature
 
     @temperature.setter
     def temperature(self, degrees: int) -> None:
+        self._require_open()
         self._act(["temperature", str(whole("temperature", degrees, (-100, 200)))])
 
     def frequency(self, direction: str, channel: int) -> int:
         """The carrier that a frequency handler reports, in kHz; 0 before the first."""
+        self._require_open()
         return self._engine.frequency(checked_direction(direction), whole("channel", channel, CHANNELS))
 
     def leakage(self, channel: int) -> Optional[float]:
         """The modelled LO leakage of a channel as it is now, in dBc; None without a carrier."""
+        self._require_open()
         return self._engine.leakage(whole("channel", channel, CHANNELS))
 
     @property
     def drivers(self) -> Drivers:
         """Its drivers, by name."""
-        return self._drivers
+        return Drivers(self, self._drivers)
 
     @property
     def variables(self) -> Variables:
         """The variables of its database, by name."""
-        return self._variables
+        return Variables(self, self._variables)
 
     @property
     def faults(self) -> Faults:
@@ -180,54 +219,57 @@ class Radio:
     @property
     def expect(self) -> Expectations:
         """Expectations of the radio and its last command, which raise :class:`ExpectationFailed`."""
-        return Expectations(self._act)
+        return Expectations(self)
 
     def events(self, *kinds: Type[Any]) -> Events:
         """An iterator over the events from now on, of these classes only, if any are named."""
+        self._require_open()
         return Events(self, _kinds(kinds))
 
     def on_event(self, callback: Callable[[Event], Any], *kinds: Type[Any]) -> Subscription:
         """Has ``callback`` told of events, in their order, once the command is done in which they happened; it may drive
-        the radio. What it raises is raised by the command, when all were told."""
+        the radio, up to 1000 times for one command, and is told what happens then behind what waits. What it raises is
+        raised by the command, when all were told."""
+        self._require_open()
         if function("callback", callback) is None:
             raise wrong_type("callback", callback, "a function")
-        subscription = Subscription(self, callback, _kinds(kinds))
-        self._subscriptions.append(subscription)
-        return subscription
+        return self._listeners.add(callback, _kinds(kinds))
 
     def _act(self, words: List[str], check: bool = True) -> Outcome:
+        self._require_open()
         return self._done(" ".join(words), self._engine.execute(words), check)
 
     def _done(self, command: str, report: Any, check: bool) -> Outcome:
         code, note, events, value, judgement, listing, raised = report
         shown_list = Listing(listing[0], tuple(listing[1]), tuple(map(tuple, listing[2]))) if listing else None
         outcome = Outcome(command, code, note, events, value, shown_list)
-        if self._subscriptions or len(events) > 0 and any(item[0] == "phase" for item in events):
-            self._tell(outcome)
-        finish(outcome, raised)
+        if events is not None and (events.has_phases or self._listeners.are_there()):
+            try:
+                self._tell(outcome.events)
+            except Exception:
+                finish(outcome, raised, command)  # an interrupt goes before what a function raised
+                raise
+        finish(outcome, raised, command)
         if judgement is not None:
             judge(command, judgement)
         if check and not outcome.ok:
             raise CommandFailed(_failure(outcome), outcome)
         return outcome
 
-    def _tell(self, outcome: Outcome) -> None:
-        first: Optional[BaseException] = None
-        for happened in outcome.events:
-            if isinstance(happened, Phase):
-                self._phases.append(happened)
-            for subscription in tuple(self._subscriptions):
-                try:
-                    subscription.tell(happened)
-                except Exception as error:  # the others are told all the same
-                    first = first or error
-        if first is not None:
-            raise first
+    def _poll(self) -> None:
+        """Looks what became of real hardware and its sensor since, and tells."""
+        if self._engine.is_on_hardware and not self.is_closed:
+            self._tell(tuple(events_of(self._engine.poll())))
+
+    def _tell(self, happened: Sequence[Event]) -> None:
+        self._phases += [item for item in happened if isinstance(item, Phase)]
+        if happened and self._listeners.are_there():
+            self._listeners.tell(happened)
 
     def __repr__(self) -> str:
         if self.is_closed:
             return f"<Radio {self._file!r}, closed>"
-        return f"<Radio {self._file!r}: {len(self._channels)} channels, {len(self._drivers)} drivers>"
+        return f"<Radio {self._file!r}: {self._channels} channels, {len(self._drivers.names)} drivers>"
 
 
 def _failure(outcome: Outcome) -> str:
@@ -237,8 +279,8 @@ def _failure(outcome: Outcome) -> str:
 
 def _kinds(kinds: Tuple[Type[Any], ...]) -> Tuple[Type[Any], ...]:
     for kind in kinds:
-        if not isinstance(kind, type):
-            raise wrong_type("kinds", kind, "classes of events")
+        if kind not in get_args(Event):
+            raise wrong_type("kinds", kind, "classes of events, such as events.Write")
     return kinds
 
 
@@ -248,3 +290,21 @@ def _seconds(name: str, value: float) -> str:
     if not 0 <= value <= 3600:
         raise ArgumentError(f"{name}: {shown(value)}, expected from 0 to 3600")
     return f"{value:.6f}".rstrip("0").rstrip(".") or "0"
+
+
+#: Those that are up, or were and are still known.
+_booted: weakref.WeakSet[Radio] = weakref.WeakSet()
+
+
+def _leave() -> None:
+    # Before the interpreter ends: what threads do that are left to themselves, and what hardware is to have in the end.
+    try:
+        _engine.leave()
+    finally:
+        for radio in tuple(_booted):
+            if not radio.is_closed:
+                radio.__del__()
+
+
+atexit.register(_leave)
+os.register_at_fork(after_in_child=_engine.forked)

@@ -3,16 +3,19 @@
 from __future__ import annotations
 
 import json
+import os
 import shutil
+import signal
 import subprocess
+import tempfile
 from dataclasses import dataclass
 from types import TracebackType
-from typing import Any, Dict, Iterator, Optional, Tuple, Type
+from typing import Any, Dict, Iterator, List, Optional, Tuple, Type
 
 from . import _engine
 from ._arguments import CHANNELS, INT64, PathLike, path, shown, text, whole
 from .description import Description, describe
-from .errors import ArgumentError, ClosedError, RadioError
+from .errors import ArgumentError, ClosedError, RadioError, finish
 
 __all__ = ["read", "diff", "describe", "replay", "Recording", "Header", "Object", "Record", "Losses", "Difference",
            "OperationDifference", "ObjectDifference", "Counts", "Description", "Replayed"]
@@ -77,12 +80,14 @@ class Losses:
 
 
 class Recording:
-    """A recording, which can be gone through as often as wanted: ``for record in recording``."""
+    """A recording, which can be gone through as often as wanted, by several at a time: ``for record in recording``."""
+
+    __slots__ = ("_file", "_engine")
 
     def __init__(self, file: PathLike) -> None:
         name = path("file", file)
         self._file = name.decode("utf-8", "surrogateescape")
-        self._engine: Optional[_engine.Recording] = _engine.Recording(name)
+        self._engine: Optional[_engine.Recording] = _engine.Recording.read(name)
 
     def _open(self) -> _engine.Recording:
         if self._engine is None:
@@ -101,13 +106,16 @@ class Recording:
 
     @property
     def losses(self) -> Losses:
-        """What is not there any more, as far as it was gone through."""
+        """What is not there any more, as far as it was gone through by whoever came farthest."""
         return Losses(*self._open().losses())
 
     def __iter__(self) -> Iterator[Record]:
-        self._open().rewind()
+        """Its records from the first, each time anew."""
+        return self._records(self._open().cursor())
+
+    def _records(self, cursor: _engine.Cursor) -> Iterator[Record]:
         while True:
-            given = self._open().next()
+            given = self._open().next(cursor)
             if given is None:
                 return
             yield Record(*given)
@@ -172,7 +180,7 @@ class OperationDifference:
     counts: Counts
 
 
-@dataclass(frozen=True)
+@dataclass(frozen=True, eq=False)
 class Difference:
     """What two recordings have otherwise. ``header`` has what their beginnings say, (before, after) by "library", "unit" and
     so on; ``operations`` the first that differ, and ``counts`` how many there are; ``losses`` what is not there any more in
@@ -205,7 +213,8 @@ def diff(before: PathLike, after: PathLike, *, channel: Optional[int] = None, dr
          limit: int = 1000) -> Difference:
     """Compares two recordings, all of them or what belongs to one channel or one driver. Operations are aligned by what is
     done with what; threads, times and numbers of objects do not count. At most ``limit`` operations are told, and so many
-    calls of each; all are counted. Raises :class:`InputError` with what no recorder writes."""
+    calls of each; all are counted. Raises :class:`InputError` with what no recorder writes, and when nothing was compared:
+    neither has an operation of that channel or driver. Ctrl-C ends it."""
     header, objects, operations, counts, losses = _engine.diff_recordings(
         path("before", before), path("after", after), None if channel is None else whole("channel", channel, CHANNELS),
         text("driver", driver), whole("limit", limit, (0, INT64[1])))
@@ -218,16 +227,19 @@ def diff(before: PathLike, after: PathLike, *, channel: Optional[int] = None, dr
         Counts(*counts), (Losses(*losses[0]), Losses(*losses[1])))
 
 
-@dataclass(frozen=True)
+@dataclass(frozen=True, eq=False)
 class Replayed:
     """What the library at hand did with one recording. ``outcome`` is "identical", "identical_until_gap", "different",
     "stopped" or "unusable", for the latter two with a ``reason``; ``calls`` were the same, of ``recorded_calls``.
-    ``difference`` tells where it went another way ("recorded", "now", ...), or is None."""
+    ``not_compared`` calls could not be compared, and ``passed_over`` things were not recorded for want of room.
+    ``difference`` tells where it went another way ("recorded", "now", ...), or is None where it did not."""
 
     file: str
     outcome: str
     calls: int
     recorded_calls: int
+    not_compared: int
+    passed_over: int
     reason: Optional[str]
     difference: Optional[Dict[str, Any]]
 
@@ -237,29 +249,57 @@ class Replayed:
         return self.outcome in ("identical", "identical_until_gap")
 
 
-def _replayed(event: Dict[str, Any]) -> Replayed:
-    known = ("schema", "event", "file", "outcome", "calls", "recorded_calls", "reason")
-    rest = {name: value for name, value in event.items() if name not in known}
-    return Replayed(event["file"], event["outcome"], event["calls"], event["recorded_calls"], event.get("reason"),
-                    rest or None)
+_OF_REPLAYED = ("outcome", "calls", "recorded_calls", "not_compared", "passed_over")
 
 
-def replay(*files: PathLike, radioctl: str = "radioctl") -> Tuple[Replayed, ...]:
+def _replayed(file: str, event: Dict[str, Any]) -> Replayed:
+    rest = {name: value for name, value in event.items()
+            if name not in (*_OF_REPLAYED, "schema", "event", "file", "reason")}
+    return Replayed(file=file, **{name: event[name] for name in _OF_REPLAYED}, reason=event.get("reason"),
+                    difference=rest or None)
+
+
+def _results(process: subprocess.Popen[bytes], files: List[str], results: List[Replayed]) -> None:
+    assert process.stdout is not None
+    for line in process.stdout:
+        event = json.loads(line)
+        if event["event"] == "replayed_recording":
+            results.append(_replayed(files[len(results)], event))
+
+
+def replay(*files: PathLike, radioctl: PathLike = "radioctl") -> Tuple[Replayed, ...]:
     """Has the library live recordings again, each in a process of its own, and says where it goes another way.
 
-    The processes are ``radioctl``'s, which is looked for in PATH: a crash of the library is a result there, and not the end
-    of this one. Raises :class:`ArgumentError` without files or ``radioctl``, :class:`RadioError` when that does not answer.
-    Ctrl-C ends them.
+    The processes are those of the program ``radioctl``, which is looked for in PATH unless a path is given, and which is
+    installed beside this package or apart from it; a wheel does not have it. A crash of the library is a result there, and
+    not the end of this process. Raises :class:`ArgumentError` without files or ``radioctl``, :class:`RadioError` when that
+    answers otherwise than it should. Ctrl-C ends them, and raises :class:`Interrupted`, whose ``result`` has those that were
+    done.
     """
     names = [path("files", file) for file in files]
     if not names:
         raise ArgumentError("files: none, expected at least one recording")
-    program = shutil.which(text("radioctl", radioctl))
+    program = shutil.which(os.fsdecode(path("radioctl", radioctl)))
     if program is None:
         raise ArgumentError(f"radioctl: {shown(radioctl)} was not found, expected the program or its path")
-    done = subprocess.run([program, "replay", "--json", "--", *names], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-    events = [json.loads(line) for line in done.stdout.splitlines()]
-    results = tuple(_replayed(event) for event in events if event["event"] == "replayed_recording")
+    results: List[Replayed] = []
+    with tempfile.TemporaryFile() as said, \
+            subprocess.Popen([program, "replay", "--json", "--", *names], stdout=subprocess.PIPE, stderr=said) as process:
+        try:
+            _results(process, [name.decode("utf-8", "surrogateescape") for name in names], results)
+        except KeyboardInterrupt as raised:
+            process.send_signal(signal.SIGINT)
+            process.wait()
+            finish(tuple(results), raised, "the replay")
+        except (ValueError, LookupError, TypeError) as error:
+            process.kill()
+            raise RadioError(f"radioctl replay: an answer that is none, expected that of {shown(program)}") from error
+        except BaseException:
+            process.kill()
+            raise
+        process.wait()
+        said.seek(0)
+        complaint = said.read().decode(errors="replace").strip()
     if len(results) != len(names):
-        raise RadioError(f"radioctl replay: {done.stderr.decode(errors='replace').strip() or 'no answer'}")
-    return results
+        raise RadioError(f"radioctl replay: {complaint or 'no answer'}")
+    return tuple(results)

@@ -10,7 +10,7 @@ import numpy as np
 import numpy.typing as npt
 
 from . import _engine
-from ._arguments import CHANNELS, Frequency, PathLike, flag, khz, path, shown, whole, wrong_type
+from ._arguments import CHANNELS, Frequency, PathLike, flag, khz, path, whole, whole_numbers, wrong_type
 from .board import BoardLike, engine_of
 from .errors import ArgumentError, finish
 from .progress import CancelLike, ProgressLike, Reporter, cancelling
@@ -57,11 +57,9 @@ def _log(log: LogLike) -> Log:
         raise wrong_type("log", log, "a path, or two arrays: seconds and degrees")
     arrays = []
     for name, value, low, high in (("seconds", log[0], 0, 10**12), ("degrees", log[1], -100, 200)):
-        array = np.asarray(value)
-        if array.dtype.kind not in "iu" or array.ndim != 1:
-            raise wrong_type(name, value, "an array of whole numbers with one dimension")
-        if not array.size or int(array.min()) < low or int(array.max()) > high:
-            raise ArgumentError(f"{name}: {shown(value)}, expected at least one number, from {low} to {high}")
+        array = whole_numbers(name, value, (1,), (low, high))
+        if not array.size:
+            raise ArgumentError(f"{name}: none, expected at least one")
         arrays.append(array)
     seconds, degrees = arrays
     if seconds.size != degrees.size:
@@ -160,5 +158,5 @@ def replay(board: BoardLike, log: LogLike, *, carriers: Optional[Mapping[int, Fr
             engine, seconds, degrees, wanted, dtype, reporter.counting, cancelling(cancel))
     result = ReplayResult(complete, samples, notifications, tuple(_channel(one) for one in channels), complaints, first,
                           verdict(judged), took, moments)
-    finish(result, raised)
+    finish(result, raised, "the replay")
     return result

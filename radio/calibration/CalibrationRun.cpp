@@ -224,11 +224,11 @@ void CalibrationRun::beginJournal() {
         m_isBegun = true;
         return;
     }
-    const Journal old = Journal::hold(m_journalFile);
+    Journal old = Journal::hold(m_journalFile);
     requireNoLoss();
     m_putAway.backup = moveToBackup(m_journalFile).string();
     try {
-        m_journal.emplace(Journal::begin(m_journalFile, header()));
+        m_journal.emplace(Journal::begin(m_journalFile, header(), old));
     } catch (const InputError&) {
         moveBack(m_putAway.backup, m_journalFile);
         throw;
@@ -333,7 +333,8 @@ CalibrationOutcome CalibrationRun::run(CalibrationListener& listener, const Cali
         }
     }
     const LeakageSummary& summary = m_outcome.summary;
-    m_outcome.isGood = m_outcome.refusal.empty() && summary.failed == 0 &&
+    m_outcome.isGood = m_outcome.isComplete && m_outcome.refusal.empty() && m_outcome.trouble.empty() &&
+                       summary.failed == 0 &&
                        (summary.edge == 0 || m_order.acceptsEdge || m_tables.empty()) &&
                        result.verdict != VerdictKind::fail && isFitHeld(result);
     return std::move(m_outcome);

@@ -144,8 +144,8 @@ struct CalibrationOutcome {
     bool isUnchanged = false;
     /** Where the probes are; empty when the journal was taken back with a refusal. */
     std::string journal{};
-    /** All points have corrections, tables that were asked for could be made of them, and no limit of the
-     * board is missed. */
+    /** Nothing went wrong, all points have corrections, tables that were asked for could be made of them, and
+     * no limit of the board is missed. */
     bool isGood = false;
 };
 

@@ -345,7 +345,8 @@ Journal::Journal(fs::path file, int flags) : m_file(std::move(file)) {
 
 Journal::Journal(Journal&& other) noexcept
     : m_file(std::move(other.m_file)),
-      m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+      m_descriptor(std::exchange(other.m_descriptor, -1)),
+      m_lock(std::move(other.m_lock)) {}
 
 Journal::~Journal() {
     if (m_descriptor != -1) {
@@ -354,10 +355,23 @@ Journal::~Journal() {
 }
 
 Journal Journal::begin(const fs::path& file, const JournalHeader& header) {
-    AtomicFile beginning(file);
-    beginning.stream() << toText(toJson(header)) << "\n";
-    beginning.commitNew();
+    {
+        AtomicFile beginning(file);
+        beginning.stream() << toText(toJson(header)) << "\n";
+        beginning.commitNew();
+    }
     return open(file);
+}
+
+Journal Journal::begin(const fs::path& file, const JournalHeader& header, Journal& held) {
+    {
+        AtomicFile beginning(file);
+        beginning.stream() << toText(toJson(header)) << "\n";
+        beginning.commitNew();
+    }
+    Journal journal(file, O_RDWR | O_APPEND);
+    journal.m_lock = std::move(held.m_lock);
+    return journal;
 }
 
 Journal Journal::open(const fs::path& file) {
@@ -378,12 +392,28 @@ void Journal::keepToItself() {
     if (fstat(m_descriptor, &opened) != 0 || !S_ISREG(opened.st_mode)) {
         fail("no ordinary file, expected a calibration journal");
     }
-    if (flock(m_descriptor, LOCK_EX | LOCK_NB) != 0) {
-        fail(errno == EWOULDBLOCK ? anotherUsesIt : "cannot be locked: " + reasonText(errno));
-    }
+    takeLock();
     // Whoever had it until now may have put it away as a backup.
     if (stat(m_file.c_str(), &named) != 0 || named.st_dev != opened.st_dev || named.st_ino != opened.st_ino) {
         fail(anotherUsesIt);
+    }
+}
+
+void Journal::takeLock() {
+    switch (m_lock.take(m_file, m_descriptor)) {
+    case LockFile::Answer::taken:
+        return;
+    case LockFile::Answer::heldByAnother:
+        fail(anotherUsesIt);
+    case LockFile::Answer::notAllowed:
+        fail("is locked by another user, or was: " + m_file.string() +
+             ".lock cannot be opened: " + reasonText(errno));
+    case LockFile::Answer::impossible:
+        break;
+    }
+    // Where no file can be made, the journal itself has to do.
+    if (flock(m_descriptor, LOCK_EX | LOCK_NB) != 0) {
+        fail(errno == EWOULDBLOCK ? anotherUsesIt : "cannot be locked: " + reasonText(errno));
     }
 }
 

@@ -2,6 +2,7 @@
 #define RADIO_CALIBRATION_JOURNAL_H
 
 #include "radio/calibration/Calibration.h"
+#include "radio/calibration/LockFile.h"
 #include "radio/files/InputError.h"
 #include "radio/files/Json.h"
 
@@ -90,6 +91,8 @@ class Journal {
 public:
     /** Begins a journal where there is no file. Throws InputError when there is one, or writing fails. */
     static Journal begin(const std::filesystem::path& file, const JournalHeader& header);
+    /** The same in the place of one that was held and put away, whose lock it takes over. */
+    static Journal begin(const std::filesystem::path& file, const JournalHeader& header, Journal& held);
     /** Opens one that is there, finished or not. Throws InputError when that cannot be done, when the file is
      * no ordinary one, and when another calibration has it open. */
     static Journal open(const std::filesystem::path& file);
@@ -123,12 +126,14 @@ private:
 
     /** Sees that it is an ordinary file, which nobody else has open. */
     void keepToItself();
+    void takeLock();
     void append(const Json& event);
     [[noreturn]] void failWriting(int reason);
     [[noreturn]] void fail(const std::string& what) const;
 
     std::filesystem::path m_file;
     int m_descriptor = -1;
+    LockFile m_lock;
     bool m_isFull = false;
 };
 

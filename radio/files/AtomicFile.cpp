@@ -2,14 +2,17 @@
 
 #include "radio/files/InputError.h"
 #include "radio/files/Rename.h"
+#include "radio/text/Words.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 namespace Radio {
@@ -40,7 +43,41 @@ bool mayReplace(const fs::path& place, const struct stat& file) {
     return user == 0 || user == file.st_uid || user == directory.st_uid;
 }
 
+constexpr std::string_view ending = ".part";
+constexpr std::size_t randomLetters = 6;
+
+FileRemark toldTo = nullptr;
+
+void tell(const std::string& remark) {
+    if (toldTo != nullptr) {
+        toldTo(harmless(remark));
+    }
+}
+
+/** Whether a file is called as one that becomes `name` when it is whole. */
+bool isPartOf(const std::string& file, const std::string& name) {
+    return file.size() == name.size() + 1 + randomLetters + ending.size() && file.rfind(name + ".", 0) == 0 &&
+           file.compare(file.size() - ending.size(), ending.size(), ending) == 0;
+}
+
+/** Whether a file is an ordinary one of this user's, which nobody writes any more. */
+bool isLeft(const fs::path& file) {
+    const int descriptor = open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    struct stat status {};
+    const bool isOwn = descriptor != -1 && fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
+                       status.st_uid == geteuid();
+    const bool isFree = isOwn && flock(descriptor, LOCK_SH | LOCK_NB) == 0;
+    if (descriptor != -1) {
+        close(descriptor);
+    }
+    return isFree;
+}
+
 } // namespace
+
+void setFileRemark(FileRemark remark) {
+    toldTo = remark;
+}
 
 AtomicFile::AtomicFile(const fs::path& place) : m_name(place) {
     std::error_code error;
@@ -82,9 +119,28 @@ void AtomicFile::openDirectly(int descriptor) {
 }
 
 void AtomicFile::createBeside() {
-    std::string name = m_place.string() + ".XXXXXX";
-    openDirectly(mkostemp(name.data(), O_CLOEXEC));
+    remarkOnWhatWasLeft();
+    std::string name = m_place.string() + ".XXXXXX" + std::string(ending);
+    openDirectly(mkostemps(name.data(), static_cast<int>(ending.size()), O_CLOEXEC));
     m_beside = name;
+    // Until it is in its place, so that it is not taken for one that was left.
+    static_cast<void>(flock(m_descriptor, LOCK_EX | LOCK_NB));
+}
+
+void AtomicFile::remarkOnWhatWasLeft() const {
+    const fs::path parent = m_place.parent_path();
+    std::error_code error;
+    if (toldTo == nullptr) {
+        return;
+    }
+    fs::directory_iterator entry(parent.empty() ? "." : parent, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        const fs::path file = parent / entry->path().filename();
+        if (isPartOf(file.filename().string(), m_place.filename().string()) && isLeft(file)) {
+            tell(file.string() + " was left behind by a run that was killed while it wrote " +
+                 m_name.string() + "; it may be deleted");
+        }
+    }
 }
 
 /** Has the file the owner, the group and the permissions of the one that it replaces, or of any new one. */
@@ -102,6 +158,20 @@ void AtomicFile::takeOver() {
     const bool isOwners =
         fstat(m_descriptor, &now) == 0 && now.st_uid == old.st_uid && now.st_gid == old.st_gid;
     static_cast<void>(fchmod(m_descriptor, old.st_mode & (isOwners ? 07777U : 01777U)));
+    if (!isOwners) {
+        remarkOnOwners({old.st_uid, old.st_gid});
+    }
+}
+
+void AtomicFile::remarkOnOwners(const std::pair<unsigned, unsigned>& before) const {
+    const auto text = [](const std::pair<unsigned, unsigned>& owners) {
+        return "user " + std::to_string(owners.first) + " and group " + std::to_string(owners.second);
+    };
+    struct stat now {};
+    if (fstat(m_descriptor, &now) == 0) {
+        tell(m_name.string() + " belongs to " + text({now.st_uid, now.st_gid}) + " now, and no longer to " +
+             text(before) + ", whom this user may not give it to");
+    }
 }
 
 void AtomicFile::commit() {
@@ -111,6 +181,7 @@ void AtomicFile::commit() {
             fail("could not be written", errno);
         }
         m_beside.clear();
+        static_cast<void>(flock(m_descriptor, LOCK_UN));
         // The name is there in any case; that it stays there after a power failure is asked for, not insisted
         // on.
         static_cast<void>(syncDirectoryOf(m_place));
@@ -124,6 +195,7 @@ void AtomicFile::commitNew() {
             fail("could not be written", errno);
         }
         m_beside.clear();
+        static_cast<void>(flock(m_descriptor, LOCK_UN));
         static_cast<void>(syncDirectoryOf(m_place));
     }
 }

@@ -5,6 +5,8 @@
 
 #include <filesystem>
 #include <ostream>
+#include <string>
+#include <utility>
 
 namespace Radio {
 
@@ -17,7 +19,11 @@ namespace Radio {
  * and the one that standard output leads to, is written directly.
  *
  * The file keeps the permissions of the one that it replaces, and its group and owner as far as this user may
- * give them; to whom a file belongs that is not the same any more, that does not have its set-id bits.
+ * give them, which is remarked where he may not; to whom a file belongs that is not the same any more, that
+ * does not have its set-id bits.
+ *
+ * Who is killed meanwhile leaves NAME.XXXXXX.part behind. Whoever writes the same file the next time remarks
+ * that; what is being written just now counts as none.
  */
 class AtomicFile {
 public:
@@ -40,6 +46,8 @@ private:
     void openDirectly(int descriptor);
     void createBeside();
     void takeOver();
+    void remarkOnOwners(const std::pair<unsigned, unsigned>& before) const;
+    void remarkOnWhatWasLeft() const;
     void writeAll();
     bool isStillBeside() const;
 
@@ -52,6 +60,11 @@ private:
     int m_descriptor = -1;
     DescriptorStream m_stream;
 };
+
+/** Is told what a user should know of a file that was written, or that is there. */
+using FileRemark = void (*)(const std::string& remark);
+/** Who is told in this process; null, as at the beginning: nobody. */
+void setFileRemark(FileRemark remark);
 
 /** Throws InputError when nothing can be written to `file`; writes nothing. An empty name is good. */
 void requireWritable(const std::filesystem::path& file);

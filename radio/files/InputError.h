@@ -22,10 +22,8 @@ std::string toString(const Place& place);
  */
 class InputError : public std::runtime_error {
 public:
-    InputError(const Place& place, const std::string& message)
-        : std::runtime_error(toString(place) + ": " + message),
-          m_place(place),
-          m_text(message) {}
+    /** What is said of the place is made harmless. */
+    InputError(const Place& place, const std::string& message);
 
     /** Where it is, for whoever shows places in a way of their own. */
     const Place& place() const { return m_place; }

@@ -1,5 +1,7 @@
 #include "radio/files/Json.h"
 
+#include "radio/text/Words.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -55,7 +57,7 @@ Json& Json::operator[](std::string_view name) {
 }
 
 std::string toText(const Json& json) {
-    return json.visit(Writer()).dump(-1, ' ', false, Written::error_handler_t::replace);
+    return harmlessJson(json.visit(Writer()).dump(-1, ' ', false, Written::error_handler_t::replace));
 }
 
 bool isUtf8(std::string_view text) {

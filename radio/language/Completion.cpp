@@ -142,7 +142,7 @@ Completion complete(std::string_view line, const BoardNames& names) {
             continue;
         }
         for (std::string& offer : offers(info.usage, before, word, names)) {
-            if (offer.compare(0, word.size(), word) == 0) {
+            if (offer.compare(0, word.size(), word) == 0 && harmless(offer) == offer) {
                 completion.candidates.push_back(std::move(offer));
             }
         }

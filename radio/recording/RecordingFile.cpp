@@ -19,6 +19,9 @@ using ::Recording::slotBytes;
 
 namespace {
 
+/** Often enough that nobody waits, and too seldom to be noticed. */
+constexpr std::uint32_t recordsPerTick = 4096;
+
 constexpr std::array<char, 17> hexDigits{"0123456789abcdef"};
 
 std::uint8_t byteAt(std::string_view bytes, std::size_t offset) {
@@ -262,6 +265,9 @@ bool RecordingFile::continues(std::uint64_t sequence, std::size_t more) const {
 }
 
 std::optional<Record> RecordingFile::next() {
+    if (m_tick && ++m_records % recordsPerTick == 0) {
+        m_tick();
+    }
     while (m_at < m_claimed) {
         // Between the beginning, which stays, and the ring is what the ring has overwritten.
         if (m_at >= m_shares.beginning && m_claimed - m_at > m_shares.ring) {

@@ -5,9 +5,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /** What a recorder wrote while a radio was at work: docs/recording.md. */
@@ -111,6 +113,8 @@ public:
     /** next() gives the record with this number, which it has given before. Losses go on being counted. */
     void goTo(std::uint64_t sequence) { m_at = sequence; }
     const Losses& losses() const { return m_losses; }
+    /** Is called every few thousand records; what it throws, next() throws. */
+    void setTick(std::function<void()> tick) { m_tick = std::move(tick); }
 
 private:
     ::Recording::Slot slotAt(std::size_t offset) const;
@@ -135,6 +139,8 @@ private:
     std::uint64_t m_claimed = 0;
     std::uint64_t m_at = 0;
     Losses m_losses;
+    std::function<void()> m_tick;
+    std::uint32_t m_records = 0;
 };
 
 /** The recording in a file. */

@@ -23,8 +23,8 @@ void BootedRadio::requireUp() const {
 }
 
 void BootedRadio::fail(const std::string& what) const {
-    throw RadioError(harmless(m_board) + ": " + what +
-                     (m_complaints.empty() ? "" : ": " + m_complaints.front()));
+    throw RadioError(
+        harmless(m_board + ": " + what + (m_complaints.empty() ? "" : ": " + m_complaints.front())));
 }
 
 RadioEvents BootedRadio::events() {

@@ -1,7 +1,10 @@
 #ifndef RADIO_TEXT_WORDERROR_H
 #define RADIO_TEXT_WORDERROR_H
 
+#include "radio/text/Words.h"
+
 #include <stdexcept>
+#include <string>
 
 namespace Radio {
 
@@ -11,7 +14,8 @@ namespace Radio {
  */
 class WordError : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    /** What is said is made harmless. */
+    explicit WordError(const std::string& message) : std::runtime_error(harmless(message)) {}
 };
 
 } // namespace Radio

@@ -58,10 +58,9 @@ bool isControl(std::uint32_t character) {
     return isCode || isDirection || isLineEnd;
 }
 
-} // namespace
-
-std::string harmless(std::string_view text) {
-    constexpr std::string_view digits = "0123456789abcdef";
+/** `text` with what `write` makes of each character that is not shown as it is, and of each byte of none. */
+template <typename Write>
+std::string withoutControls(std::string_view text, Write write) {
     std::string result;
     while (!text.empty()) {
         const Character first = firstOf(text);
@@ -69,16 +68,35 @@ std::string harmless(std::string_view text) {
         text.remove_prefix(bytes.size());
         if (first.length != 0 && !isControl(first.number)) {
             result += bytes;
-            continue;
-        }
-        for (const char character : bytes) {
-            const auto byte = static_cast<unsigned char>(character);
-            result += "\\x";
-            result += digits[byte / 16U];
-            result += digits[byte % 16U];
+        } else {
+            write(result, first.number, bytes);
         }
     }
     return result;
+}
+
+constexpr std::string_view hexDigits = "0123456789abcdef";
+
+} // namespace
+
+std::string harmless(std::string_view text) {
+    return withoutControls(text, [](std::string& result, std::uint32_t /*number*/, std::string_view bytes) {
+        for (const char character : bytes) {
+            const auto byte = static_cast<unsigned char>(character);
+            result += {'\\', 'x', hexDigits[byte / 16U], hexDigits[byte % 16U]};
+        }
+    });
+}
+
+std::string harmlessJson(std::string_view json) {
+    return withoutControls(json, [](std::string& result, std::uint32_t number, std::string_view bytes) {
+        // None of them is beyond four digits.
+        const std::uint32_t code = bytes.size() == 1 ? static_cast<unsigned char>(bytes.front()) : number;
+        result += "\\u";
+        for (const unsigned shift : {12U, 8U, 4U, 0U}) {
+            result += hexDigits[code >> shift & 0xFU];
+        }
+    });
 }
 
 std::string inQuotes(std::string_view word) {

@@ -59,7 +59,7 @@ Json orNull(std::optional<bool> value) {
 } // namespace
 
 void HardwareReport::line(const std::string& text) {
-    m_out << text << "\n" << std::flush;
+    m_out << harmless(text) << "\n" << std::flush;
 }
 
 void HardwareReport::begins(const Board& board, const HardwareOptions& options) {

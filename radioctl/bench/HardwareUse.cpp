@@ -1,6 +1,9 @@
 #include "radioctl/bench/HardwareUse.h"
 
 #include "ResultCode.h"
+#include "devices/Hardware.h"
+#include "radio/files/InputError.h"
+#include "radioctl/console/Interrupt.h"
 
 #include <algorithm>
 #include <csignal>
@@ -14,6 +17,7 @@ HardwareUse::HardwareUse(const Board& board, const HardwareOptions& options, std
         return;
     }
     static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+    Devices::setPatience(&Interrupt::isWaitedOn);
     m_bench.emplace(board, *this, folderOfMarks());
     if (const Interrupt* const interrupt = Interrupt::current()) {
         m_output.emplace(*interrupt);
@@ -22,7 +26,20 @@ HardwareUse::HardwareUse(const Board& board, const HardwareOptions& options, std
     if (!m_bench->leftBehind().empty()) {
         m_report.leftBehind(m_bench->leftBehind());
     }
-    m_bench->begin();
+    begin();
+}
+
+/** What was not waited for since a signal came is no fault of the hardware. */
+void HardwareUse::begin() {
+    try {
+        m_bench->begin();
+    } catch (const InputError& error) {
+        const Interrupt* const interrupt = Interrupt::current();
+        if (interrupt != nullptr && interrupt->signal() != 0) {
+            throw GivenUp(error.place(), interrupt->signal());
+        }
+        throw;
+    }
 }
 
 HardwareUse::~HardwareUse() {

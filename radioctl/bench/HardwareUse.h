@@ -53,6 +53,8 @@ public:
     void sensorFailed(const std::string& why) override { m_report.sensorFailed(why); }
 
 private:
+    void begin();
+
     HardwareReport m_report;
     std::optional<PatientOutput> m_output;
     std::optional<Bench> m_bench;

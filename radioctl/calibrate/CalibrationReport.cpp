@@ -190,8 +190,8 @@ void CalibrationText::awaits(const AwaitedTemperature& awaited, bool isBeginning
 
 void CalibrationText::begins(const Board& board, const Result& result, std::size_t knownProbes) {
     const Settings& settings = result.settings;
-    m_out << board.name << " (" << board.file.string() << "), serial " << harmless(result.serial)
-          << "\nChannel " << settings.channel << ": " << askedText(settings) << "\n";
+    m_out << harmless(board.name + " (" + board.file.string() + "), serial " + result.serial) << "\nChannel "
+          << settings.channel << ": " << askedText(settings) << "\n";
     if (result.isHardware) {
         m_out << temperatureText(board, result) << "\n";
         if (settings.method == CalibrationMethod::fit && settings.temperatures.size() > 1) {

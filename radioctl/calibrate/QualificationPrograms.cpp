@@ -29,7 +29,7 @@ void report(const QualificationOptions& options, const Board& board, const Chann
     }
     std::cout << harmless(board.name) << " (" << harmless(board.file.string()) << ")\nChannel "
               << options.order.wishes.channel << ": " << found.frequency << " kHz, " << found.temperature
-              << " degrees, by " << found.detector << "\n"
+              << " degrees, by " << harmless(found.detector) << "\n"
               << qualificationText(result) << counted(result.taken, "reading") << " taken.\n"
               << std::flush;
 }

@@ -3,6 +3,7 @@
 #include <poll.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 
 namespace Radio {
@@ -38,6 +39,28 @@ bool isIgnored(int number) {
 
 const Interrupt* Interrupt::s_current = nullptr;
 
+namespace {
+
+/** Whether there is an object, and which signals it holds back. */
+std::atomic<bool> isHolding{false};
+sigset_t heldBack{};
+
+int signalAmong(const sigset_t& held) {
+    if (signalThatCame != 0) {
+        return signalThatCame;
+    }
+    sigset_t pending{};
+    sigpending(&pending);
+    for (const int number : leavingSignals) {
+        if (sigismember(&held, number) == 1 && sigismember(&pending, number) == 1) {
+            return number;
+        }
+    }
+    return 0;
+}
+
+} // namespace
+
 Interrupt::Interrupt() {
     s_current = this;
     sigemptyset(&m_held);
@@ -50,25 +73,22 @@ Interrupt::Interrupt() {
     handle(SIGCONT, noteContinuation);
     sigaddset(&m_held, SIGCONT);
     sigprocmask(SIG_BLOCK, &m_held, &m_maskBefore);
+    heldBack = m_held;
+    isHolding = true;
 }
 
 Interrupt::~Interrupt() {
     s_current = nullptr;
+    isHolding = false;
     sigprocmask(SIG_SETMASK, &m_maskBefore, nullptr);
 }
 
 int Interrupt::signal() const {
-    if (signalThatCame != 0) {
-        return signalThatCame;
-    }
-    sigset_t pending{};
-    sigpending(&pending);
-    for (const int number : leavingSignals) {
-        if (sigismember(&m_held, number) == 1 && sigismember(&pending, number) == 1) {
-            return number;
-        }
-    }
-    return 0;
+    return signalAmong(m_held);
+}
+
+bool Interrupt::isWaitedOn() {
+    return !isHolding || signalAmong(heldBack) == 0;
 }
 
 void Interrupt::forget() {

@@ -13,7 +13,7 @@ namespace Radio::CommandLine {
 namespace {
 
 std::string failureMessage(const CLI::App* /*app*/, const CLI::Error& error) {
-    return std::string("radioctl: ") + error.what() + "\nRun with --help for more information.\n";
+    return "radioctl: " + harmless(error.what()) + "\nRun with --help for more information.\n";
 }
 
 /** The commands below `app`; groups of options are none. */

@@ -1,6 +1,7 @@
 #include "radioctl/page/Gnuplot.h"
 
 #include "radio/files/InputError.h"
+#include "radio/text/Words.h"
 #include "radioctl/console/Child.h"
 #include "radioctl/console/Interrupt.h"
 
@@ -11,7 +12,9 @@
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <system_error>
+#include <vector>
 
 namespace Radio::Page {
 
@@ -23,6 +26,18 @@ namespace {
 
 std::string reasonText(int reason) {
     return std::generic_category().message(reason);
+}
+
+/** The lines of a text that say something. */
+std::string inOneLine(const std::string& text) {
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) {
+        if (line.find_first_not_of(" \t\r") != std::string::npos) {
+            lines.push_back(line);
+        }
+    }
+    return joined(lines, "; ");
 }
 
 /** A file without a name, gone when it is closed: unlike a pipe it never makes the other side wait. */
@@ -84,7 +99,7 @@ std::string runGnuplot(const std::string& script) {
     const ScratchFile errors;
     input.fill(script);
     if (exitCodeOf({input.descriptor(), output.descriptor(), errors.descriptor()}) != 0) {
-        fail("failed: " + errors.content());
+        fail("failed: " + inOneLine(errors.content()));
     }
     return output.content();
 }

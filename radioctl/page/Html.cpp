@@ -1,5 +1,7 @@
 #include "radioctl/page/Html.h"
 
+#include "radio/text/Words.h"
+
 namespace Radio::Page {
 
 namespace {
@@ -44,7 +46,7 @@ h1, h2, figcaption, .note { break-after: avoid; }
 
 std::string inHtml(std::string_view text) {
     std::string html;
-    for (const char character : text) {
+    for (const char character : harmless(text)) {
         switch (character) {
         case '&':
             html += "&amp;";
@@ -56,7 +58,7 @@ std::string inHtml(std::string_view text) {
             html += "&gt;";
             break;
         default:
-            html += static_cast<unsigned char>(character) < ' ' || character == '\x7f' ? '?' : character;
+            html += character;
         }
     }
     return html;

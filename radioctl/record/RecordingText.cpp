@@ -366,7 +366,7 @@ void RecordingText::begin(const std::string& name) {
     m_out << harmless(name) << ": recorded " << timeText(header.started) << " of " << harmless(header.program)
           << " (" << harmless(header.machine) << ", " << header.wordBits << " bits)\n  library "
           << harmless(header.library) << ", build id "
-          << (header.buildId.empty() ? "unknown" : header.buildId) << "\n";
+          << (header.buildId.empty() ? "unknown" : harmless(header.buildId)) << "\n";
     if (!header.unit.empty()) {
         m_out << "  unit " << harmless(header.unit) << "\n";
     }

@@ -71,13 +71,13 @@ Told tellOr(const Verdict& verdict) {
 void showDifference(const Verdict& verdict) {
     const Told told = tellOr(verdict);
     if (!told.operation.empty()) {
-        std::cout << "  in operation " << verdict.operation << ": " << told.operation << "\n";
+        std::cout << "  in operation " << verdict.operation << ": " << harmless(told.operation) << "\n";
     }
     for (const std::string& line : told.before) {
-        std::cout << "    " << line << "\n";
+        std::cout << "    " << harmless(line) << "\n";
     }
     if (!told.recorded.empty()) {
-        std::cout << "  recorded: " << told.recorded << "\n";
+        std::cout << "  recorded: " << harmless(told.recorded) << "\n";
     }
     std::cout << "  now:      " << harmless(told.now) << "\n";
     if (verdict.difference == Difference::more) {

@@ -20,8 +20,8 @@ void showFinding(const Finding& finding, bool json) {
                                   {"line", finding.place.line},
                                   {"text", finding.text}});
     } else {
-        std::cout << toString(finding.place) << ": " << toString(finding.severity) << ": " << finding.text
-                  << "\n";
+        std::cout << toString(finding.place) << ": " << toString(finding.severity) << ": "
+                  << harmless(finding.text) << "\n";
     }
 }
 

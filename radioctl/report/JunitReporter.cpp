@@ -1,7 +1,6 @@
 #include "radioctl/report/JunitReporter.h"
 
 #include "ResultCode.h"
-#include "radio/files/Json.h"
 #include "radio/text/Words.h"
 
 #include <algorithm>
@@ -22,9 +21,9 @@ std::size_t lengthBehind(unsigned char first) {
 std::string_view firstCharacter(std::string_view text) {
     const auto first = static_cast<unsigned char>(text.front());
     const std::string_view character = text.substr(0, lengthBehind(first));
-    const bool isControl = first < ' ' && first != '\t' && first != '\n' && first != '\r';
     const bool isNone = character == "\xEF\xBF\xBE" || character == "\xEF\xBF\xBF";
-    return isControl || isNone || !isUtf8(character) ? std::string_view() : character;
+    const bool isBlank = first == '\t' || first == '\n' || first == '\r';
+    return isNone || (!isBlank && harmless(character) != character) ? std::string_view() : character;
 }
 
 std::string escaped(std::string_view character) {

@@ -12,6 +12,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <set>
 #include <string_view>
 
 namespace Radio {
@@ -33,7 +34,14 @@ std::unique_ptr<Reporter> makeReporter(bool json, bool verbose, bool echo) {
 
 void complain(const std::string& message) {
     std::cout << std::flush;
-    std::cerr << "radioctl: " << message << "\n";
+    std::cerr << "radioctl: " << harmless(message) << "\n";
+}
+
+void warnOnce(const std::string& remark) {
+    static std::set<std::string> told;
+    if (told.insert(remark).second) {
+        complain("warning: " + remark);
+    }
 }
 
 int refuse(const std::string& message, bool json, int exitCode) {

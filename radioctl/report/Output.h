@@ -21,6 +21,9 @@ std::unique_ptr<Reporter> makeReporter(bool json, bool verbose, bool echo);
 /** Tells people, on standard error, what is wrong with their input. */
 void complain(const std::string& message);
 
+/** Tells people, on standard error, what they should know; the same thing once. */
+void warnOnce(const std::string& remark);
+
 /** Complains, with `json` as an "error" event on standard output as well; gives `exitCode`. */
 int refuse(const std::string& message, bool json, int exitCode);
 

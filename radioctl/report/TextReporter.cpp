@@ -11,6 +11,7 @@
 #include <array>
 #include <filesystem>
 #include <iomanip>
+#include <sstream>
 
 namespace Radio {
 
@@ -33,7 +34,7 @@ std::string channelList(const std::vector<unsigned>& channels) {
 std::string cellText(const Listing::Cell& cell) {
     return std::visit(Visitor{[](std::int64_t number) { return std::to_string(number); },
                               [](double level) { return inTwoDecimals(level); },
-                              [](const std::string& text) { return text; },
+                              [](const std::string& text) { return harmless(text); },
                               [](std::monostate) { return std::string("-"); },
                               [](const std::vector<std::int32_t>& values) {
                                   std::vector<std::string> items;
@@ -122,9 +123,10 @@ std::string TextReporter::answer(std::int32_t code) const {
 
 void TextReporter::boardLoaded(const Board& board) {
     m_boardFile = harmless(board.file.string());
-    m_out << board.name << " (" << m_boardFile << ")\n";
-    if (!board.description.empty()) {
-        m_out << "  " << board.description << "\n";
+    m_out << harmless(board.name) << " (" << m_boardFile << ")\n";
+    std::istringstream description(board.description);
+    for (std::string line; std::getline(description, line);) {
+        m_out << "  " << harmless(line) << "\n";
     }
     std::vector<std::pair<std::string_view, std::vector<unsigned>>> byType;
     for (const ChannelDescription& channel : board.channels) {
@@ -154,7 +156,7 @@ void TextReporter::phaseFinished(const Standalone::PhaseReport& report) {
     std::string name;
     const auto showGood = [&] {
         if (!good.empty()) {
-            m_out << "  " << name << ", " << channelList(good) << ": ok\n";
+            m_out << "  " << harmless(name) << ", " << channelList(good) << ": ok\n";
         }
         good.clear();
     };
@@ -164,7 +166,7 @@ void TextReporter::phaseFinished(const Standalone::PhaseReport& report) {
         }
         name = step.moduleName;
         if (isFailure(step.code)) {
-            m_out << "  " << name << ", channel " << step.channel << ": "
+            m_out << "  " << harmless(name) << ", channel " << step.channel << ": "
                   << failure("FAILED " + codeText(step.code)) << "\n";
         } else {
             good.push_back(step.channel);
@@ -195,7 +197,7 @@ void TextReporter::commandFinished(std::int32_t code, const std::string& note) {
         m_out << indent << "result" << answer(code) << "\n";
     }
     if (!note.empty()) {
-        m_out << indent << note << "\n";
+        m_out << indent << harmless(note) << "\n";
     }
     m_out << std::flush;
 }
@@ -205,7 +207,7 @@ void TextReporter::called(const Standalone::Call& call) {
         showWrite(call);
     } else if (m_style.verbose || mattersToAPerson(call)) {
         m_out << indent << Standalone::toString(call.operation) << (call.object.empty() ? "" : " ")
-              << call.object << answer(call.code) << "\n";
+              << harmless(call.object) << answer(call.code) << "\n";
     }
 }
 
@@ -215,7 +217,7 @@ void TextReporter::showWrite(const Standalone::Call& call) {
     } else {
         m_out << "  -";
     }
-    m_out << "  " << destination(call) << " <- " << call.value;
+    m_out << "  " << harmless(destination(call)) << " <- " << call.value;
     if (call.operation == Standalone::Operation::driverWriteBuffer) {
         m_out << " (" << counted(call.bytes.size(), "byte") << ")";
     }
@@ -237,7 +239,7 @@ void TextReporter::traced(const Standalone::TraceMessage& message) {
         text += " [" + std::filesystem::path(message.file).filename().string() + ":" +
                 std::to_string(message.line) + "]";
     }
-    m_out << indent << painted(paint, text) << "\n";
+    m_out << indent << painted(paint, harmless(text)) << "\n";
 }
 
 void TextReporter::notified(const Notification& notification) {
@@ -251,11 +253,11 @@ void TextReporter::valueRead(const Reading& reading) {
     if (reading.seconds) {
         m_out << std::setw(8) << inDecimals(*reading.seconds, 1) << " s  ";
     }
-    m_out << reading.driver << " = " << reading.value << "\n" << std::flush;
+    m_out << harmless(reading.driver) << " = " << reading.value << "\n" << std::flush;
 }
 
 void TextReporter::warned(const std::string& text) {
-    m_out << indent << painted(Paint::warning, "warning: " + text) << "\n";
+    m_out << indent << painted(Paint::warning, "warning: " + harmless(text)) << "\n";
 }
 
 void TextReporter::judged(const ScriptLine& line, const Judgement& judgement) {
@@ -265,7 +267,8 @@ void TextReporter::judged(const ScriptLine& line, const Judgement& judgement) {
         m_out << "  " << failure("FAILED") << "  " << shown(line)
               << (line.place.file.empty() ? "" : "  (" + toString(line.place) + ")") << "\n";
         if (judgement.writes.empty()) {
-            m_out << "          expected " << judgement.expected << ", found " << judgement.found << "\n";
+            m_out << "          expected " << harmless(judgement.expected) << ", found "
+                  << harmless(judgement.found) << "\n";
         } else {
             showWrites(judgement.writes);
         }
@@ -296,8 +299,8 @@ void TextReporter::showWrites(const std::vector<AlignedWrite>& writes) {
         }
         tellSkipped();
         const AlignedWrite& write = writes[at];
-        lines.push_back(
-            {write.isSame() ? " " : "!", write.driver, valueText(write.expected), valueText(write.found)});
+        lines.push_back({write.isSame() ? " " : "!", harmless(write.driver), valueText(write.expected),
+                         valueText(write.found)});
     }
     tellSkipped();
     const auto widths = columnWidths(lines);

@@ -1,9 +1,11 @@
 #include "radioctl/report/TextTable.h"
 
+#include "radio/text/Words.h"
 #include "radioctl/report/Wrapped.h"
 
 #include <algorithm>
 #include <numeric>
+#include <string_view>
 #include <utility>
 
 namespace Radio {
@@ -17,7 +19,26 @@ constexpr std::size_t remarkIndent = 6;
 /** A column is not made narrower than this; what then does not fit does not fit. */
 constexpr std::size_t narrowest = 16;
 
+/** As harmless(), but for the space that is put in place of others. */
+std::string harmlessCell(std::string_view cell) {
+    std::string text;
+    for (std::size_t begin = 0; begin <= cell.size();) {
+        const std::size_t end = std::min(cell.find(unbreakableSpace, begin), cell.size());
+        text += harmless(cell.substr(begin, end - begin));
+        text.append(end == cell.size() ? 0 : 1, unbreakableSpace);
+        begin = end + 1;
+    }
+    return text;
+}
+
 } // namespace
+
+void TextTable::add(std::vector<std::string> cells) {
+    for (std::string& cell : cells) {
+        cell = harmlessCell(cell);
+    }
+    m_lines.push_back({std::move(cells), false});
+}
 
 bool TextTable::isRight(std::size_t column) const {
     return std::find(m_rightColumns.begin(), m_rightColumns.end(), column) != m_rightColumns.end();

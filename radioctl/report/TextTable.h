@@ -12,8 +12,9 @@ namespace Radio {
 /** Lines whose cells stand below each other. */
 class TextTable {
 public:
-    /** Adds a line; its cells may be fewer than those of other lines. */
-    void add(std::vector<std::string> cells) { m_lines.push_back({std::move(cells), false}); }
+    /** Adds a line; its cells may be fewer than those of other lines. Whatever is in them is made harmless.
+     */
+    void add(std::vector<std::string> cells);
     /** Adds a line that stands above what is added next, with no columns of its own. */
     void addHeading(std::string text) { m_lines.push_back({{std::move(text)}, true}); }
     /** Has the cells of a column, counted from 0, end below each other: for numbers. */

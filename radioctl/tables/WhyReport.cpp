@@ -48,7 +48,7 @@ void writeLookup(std::ostream& out, const Lookup& lookup) {
 }
 
 void writeBranch(std::ostream& out, const BranchReason& branch) {
-    out << "\n" << branch.branch << ": table " << branch.table;
+    out << "\n" << branch.branch << ": table " << harmless(branch.table);
     if (!branch.file.empty()) {
         out << ", from " << harmless(branch.file) << ", column " << harmless(branch.column);
     }
@@ -56,10 +56,10 @@ void writeBranch(std::ostream& out, const BranchReason& branch) {
     if (branch.lookup) {
         writeLookup(out, *branch.lookup);
     } else {
-        out << "  No value: " << branch.whyNoValue << ". The library writes 0 then.\n";
+        out << "  No value: " << harmless(branch.whyNoValue) << ". The library writes 0 then.\n";
     }
     if (branch.written) {
-        out << "  " << branch.driver << " <- " << *branch.written
+        out << "  " << harmless(branch.driver) << " <- " << *branch.written
             << (isFailure(branch.code) ? "  FAILED " + codeText(branch.code) : "") << "\n";
     }
 }
@@ -97,11 +97,11 @@ Json jsonOf(const BranchReason& branch) {
 } // namespace
 
 void writeText(std::ostream& out, const Board& board, const Reason& reason) {
-    out << board.name << " (" << harmless(board.file.string()) << ")\n  tx " << reason.channel.number << ", "
-        << Radio::toString(reason.channel.type) << ": " << reason.carrier << " kHz at " << reason.temperature
-        << " degrees\n";
+    out << harmless(board.name + " (" + board.file.string() + ")") << "\n  tx " << reason.channel.number
+        << ", " << Radio::toString(reason.channel.type) << ": " << reason.carrier << " kHz at "
+        << reason.temperature << " degrees\n";
     if (!reason.whyNone.empty()) {
-        out << "\n" << reason.whyNone << "\n";
+        out << "\n" << harmless(reason.whyNone) << "\n";
     }
     for (const BranchReason& branch : reason.branches) {
         writeBranch(out, branch);
@@ -112,10 +112,10 @@ void writeText(std::ostream& out, const Board& board, const Reason& reason) {
             << " with both corrections 0.\n";
     }
     for (const std::string& complaint : reason.complaints) {
-        out << "The library reports: " << complaint << "\n";
+        out << "The library reports: " << harmless(complaint) << "\n";
     }
     for (const std::string& disagreement : reason.disagreements) {
-        out << "DIFFERENT " << disagreement << "\n";
+        out << "DIFFERENT " << harmless(disagreement) << "\n";
     }
     if (reason.disagreements.empty()) {
         out << (reason.branches.empty() ? "The library wrote no correction.\n"

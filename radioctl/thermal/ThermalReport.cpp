@@ -64,8 +64,8 @@ std::string stepText(const DriverTotals& driver) {
 }
 
 void ThermalText::finished(const ReplayTotals& totals, const ReplayEnd& end) {
-    m_out << m_subject.board.name << " (" << m_subject.board.file.string() << ")\n"
-          << m_subject.logFile << ": " << counted(m_subject.log.size(), "sample") << " in "
+    m_out << harmless(m_subject.board.name + " (" + m_subject.board.file.string() + ")") << "\n"
+          << harmless(m_subject.logFile) << ": " << counted(m_subject.log.size(), "sample") << " in "
           << m_subject.log.back().seconds - m_subject.log.front().seconds << " s, "
           << temperatureSpan(m_subject.log) << "\n\n";
     writeText(m_out, end.verdict);
@@ -88,7 +88,7 @@ void ThermalText::finished(const ReplayTotals& totals, const ReplayEnd& end) {
     }
     if (totals.complaints != 0) {
         m_out << "The radio complained " << counted(totals.complaints, "time")
-              << ", first: " << totals.firstComplaint << "\n";
+              << ", first: " << harmless(totals.firstComplaint) << "\n";
     }
     m_out << counted(totals.samples, "sample") << " in " << inTwoDecimals(end.seconds)
           << " s: " << counted(totals.notifications, "notification") << ", " << counted(writes, "write")

@@ -26,8 +26,16 @@ class Hostile:
         raise RuntimeError("no words")
 
 
+class RaisingIndex:
+    """A number that raises when it is asked for."""
+
+    def __index__(self):
+        raise RuntimeError("no number")
+
+
 # What no number, text, path or flag is, and in which way.
-NO_NUMBERS = [None, "one", 1.0, True, [], {}, b"1", object(), Hostile(), float("nan"), np.float64(1)]
+NO_NUMBERS = [None, "one", 1.0, True, [], {}, b"1", object(), Hostile(), float("nan"), np.float64(1), np.True_,
+              np.array([1, 2]), np.array(1), RaisingIndex()]
 NO_TEXTS = [None, 1, 1.5, b"tx", [], object(), Hostile()]
 NO_FLAGS = [None, 0, 1, "yes", [], 1.0]
 NO_PATHS = [None, 1, 1.5, [], object(), Hostile()]
@@ -55,8 +63,9 @@ ON_A_RADIO = list(itertools.chain(
     table(lambda radio, value: radio.drivers[FREQUENCY].write(value), ArgumentError, 2**63, -(2**63) - 1, 10**100),
     table(lambda radio, value: radio.drivers[value], KeyError, "no such driver", "", 1, None, b"x"),
     table(lambda radio, value: radio.variables[value], KeyError, "no such variable", "", 1, None),
-    table(lambda radio, value: radio.variables.set("nothing", value), ArgumentTypeError, None, 1.5, "1", [1.5], [None]),
-    table(lambda radio, value: radio.variables.set("nothing", value), ArgumentError, 1, [], [2**31], [1, 2]),
+    table(lambda radio, value: radio.variables.set("nothing", value), ArgumentTypeError, None, 1.5, "1", [1.5], [None],
+          np.array(1.5), np.array([[1]]), RaisingIndex()),
+    table(lambda radio, value: radio.variables.set("nothing", value), ArgumentError, 1, [], [2**31], [1, 2], np.array(5)),
     table(lambda radio, value: setattr(radio, "temperature", value), ArgumentTypeError, *NO_NUMBERS),
     table(lambda radio, value: setattr(radio, "temperature", value), ArgumentError, -101, 201, 2**40),
     table(lambda radio, value: radio.phase(value), ArgumentError, "", "start", 1, 2**32, -1),
@@ -104,7 +113,9 @@ WITHOUT_A_RADIO = list(itertools.chain(
     table(lambda board, value: tables.why(board, 1, 17727500, value), ArgumentError, -101, 201, 2**40),
     table(lambda board, value: tables.why(board, value, 17727500, 20), ArgumentError, 9, *OUT_OF_RANGE),
     table(lambda board, value: thermal.replay(board, value), ArgumentTypeError, None, 1, [], ([0],), ([0.5], [1]),
-          ([[0]], [[1]]), ("x", "y")),
+          ("x", "y")),
+    table(lambda board, value: thermal.replay(board, value), ArgumentError, ([[0]], [[1]]), ([[0], [1, 2]], [1, 2]),
+          ([0], [201]), ([1, 0], [20, 20]), (np.ma.array([0, 1], mask=[0, 1]), [20, 21])),
     table(lambda board, value: thermal.replay(board, ([0], [20]), carriers=value), ArgumentTypeError, 1, [1], "x",
           {"1": 1}, {1: 1.5}),
     table(lambda board, value: thermal.replay(board, ([0], [20]), carriers=value), ArgumentError, {9: 1}, {1: -1}),
@@ -114,7 +125,8 @@ WITHOUT_A_RADIO = list(itertools.chain(
     table(lambda board, value: fh.calibrate(board, 1, band=value), ArgumentTypeError, 1, "18 GHz", (1,), (1.5, 2), (1, 2, 3)),
     table(lambda board, value: fh.calibrate(board, 1, band=value), ArgumentError, (0, 1), (2, 1), (1, 2**31)),
     table(lambda board, value: fh.calibrate(board, 1, temperatures=value), ArgumentError, [], [-101], [201], [1, 1]),
-    table(lambda board, value: fh.calibrate(board, 1, temperatures=value), ArgumentTypeError, 20, "20", [1.5], [None]),
+    table(lambda board, value: fh.calibrate(board, 1, temperatures=value), ArgumentTypeError, 20, "20", [1.5], [None],
+          np.array(25), {25: 1}),
     table(lambda board, value: fh.calibrate(board, 1, i_range=value), ArgumentError, (1, 1), (2, 1), (0, 10**10)),
     table(lambda board, value: fh.calibrate(board, 1, shrink=value), ArgumentError, 0, 1, -1, float("nan")),
     table(lambda board, value: fh.calibrate(board, 1, shrink=value), ArgumentTypeError, "0.5", True, []),
@@ -138,6 +150,8 @@ WITHOUT_A_RADIO = list(itertools.chain(
     table(lambda board, value: recordings.describe(KEPT).save(value), ArgumentTypeError, *NO_PATHS),
     table(lambda board, value: recordings.describe(KEPT).save("b", value), ArgumentError, *BAD_PATHS),
     table(lambda board, value: recordings.diff(KEPT, value), ArgumentTypeError, *NO_PATHS),
+    table(lambda board, value: recordings.replay(KEPT, radioctl=value), ArgumentTypeError, *NO_PATHS),
+    table(lambda board, value: recordings.replay(KEPT, radioctl=value), ArgumentError, *BAD_PATHS, "/no/such/program"),
     table(lambda board, value: recordings.diff(value, KEPT), InputError, "/no/such/file", Path(__file__)),
     table(lambda board, value: recordings.diff(KEPT, KEPT, channel=value), ArgumentTypeError, "1", 1.0, True),
     table(lambda board, value: recordings.diff(KEPT, KEPT, channel=value), ArgumentError, *OUT_OF_RANGE),
@@ -150,6 +164,7 @@ def refuses(what, subject, value, kind):
     with pytest.raises(kind) as caught:
         what(subject, value)
     if kind is KeyError:
+        assert type(caught.value) is fh.UnknownName
         return
     assert type(caught.value) is kind
     message = str(caught.value)

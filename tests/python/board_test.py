@@ -3,7 +3,7 @@
 import numpy as np
 import pytest
 
-from frequencyhandler import ArgumentError, ArgumentTypeError, Board, InputError, Radio, Table
+from frequencyhandler import ArgumentError, ArgumentTypeError, Board, InputError, Radio, Table, UnknownName
 
 I_TABLE = "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I"
 
@@ -70,7 +70,7 @@ def test_array_that_was_given_can_be_changed_without_changing_the_board(leaking)
 
 def test_copy_has_tables_of_its_own(leaking):
     other = leaking.copy()
-    other.tables["new"] = [1, 2], None, [3, 4]
+    other.tables.add("new", ([1, 2], None, [3, 4]))
     assert "new" in other.tables
     assert "new" not in leaking.tables
     assert other.tables["new"].axis2 is None
@@ -90,7 +90,7 @@ def test_copy_has_tables_of_its_own(leaking):
 ])
 def test_what_is_no_table_is_refused_and_nothing_changed(leaking, table, kind):
     with pytest.raises(kind) as caught:
-        leaking.tables["new"] = table
+        leaking.tables.add("new", table)
     assert "expected" in str(caught.value)
     assert "new" not in leaking.tables
 
@@ -98,3 +98,29 @@ def test_what_is_no_table_is_refused_and_nothing_changed(leaking, table, kind):
 def test_repr_says_what_it_is(leaking):
     assert repr(leaking).startswith("<Board '") and "2 channels" in repr(leaking)
     assert repr(leaking.tables).startswith("<4 tables of ")
+
+
+def test_misspelt_table_is_not_added(leaking):
+    table = leaking.tables[I_TABLE]
+    with pytest.raises(UnknownName) as caught:
+        leaking.tables[I_TABLE + "x"] = table
+    assert caught.value.expected == I_TABLE
+    with pytest.raises(UnknownName):
+        leaking.tables["x"]
+    with pytest.raises(ArgumentError, match="expected another name"):
+        leaking.tables.add(I_TABLE, table)
+    with pytest.raises(TypeError):
+        del leaking.tables[I_TABLE]
+    assert len(leaking.tables) == 4
+
+
+def test_table_with_places_that_have_no_value_is_refused(leaking):
+    table = leaking.tables[I_TABLE]
+    with pytest.raises(ArgumentError, match="an array with a mask"):
+        leaking.tables[I_TABLE] = table.axis1, table.axis2, np.ma.masked_array(table.values, mask=table.values != 0)
+    leaking.tables[I_TABLE] = table.axis1, table.axis2, np.ma.masked_array(table.values)
+
+
+def test_misspelt_property_of_a_board_is_not_taken(leaking):
+    with pytest.raises(AttributeError):
+        leaking.nam = "x"

@@ -1,5 +1,6 @@
 """Calibrations, whole, ended and gone on with."""
 
+import shutil
 import threading
 import time
 
@@ -27,6 +28,21 @@ def test_fit_holds_the_limits_and_stores_the_tables(leaking, tmp_path):
     assert "PASS" in repr(result)
 
 
+def test_cancelled_calibration_is_not_good(leaking, tmp_path):
+    part = calibrate(leaking, 1, journal=tmp_path / "j", tables=tmp_path / "t.csv", cancel=lambda: True)
+    assert not part.complete and not part.is_good
+
+
+def test_calibration_whose_tables_cannot_be_stored_is_not_good(leaking, tmp_path):
+    (tmp_path / "away").mkdir()
+
+    def take_away(point):
+        shutil.rmtree(tmp_path / "away", ignore_errors=True)
+
+    lost = calibrate(leaking, 1, journal=tmp_path / "j", tables=tmp_path / "away" / "t.csv", on_point=take_away)
+    assert lost.trouble is not None and lost.tables is None and not lost.is_good
+
+
 def test_cancelled_calibration_goes_on_where_it_was(leaking, tmp_path):
     stop = threading.Event()
     files = dict(journal=tmp_path / "j", tables=tmp_path / "t.csv")
@@ -45,6 +61,7 @@ def test_cancelled_calibration_goes_on_where_it_was(leaking, tmp_path):
     part = calibrate(leaking, 1, on_point=on_point, cancel=cancel, accept_fail=True, **files, **slow)
     assert not part.complete and 2 <= len(seen) < part.wanted
     assert part.tables is None and part.journal == str(tmp_path / "j")
+    assert not part.is_good
     with pytest.raises(ChoiceError) as caught:
         calibrate(leaking, 1, **files, **slow)
     assert "resume" in caught.value.choice

@@ -29,3 +29,17 @@ def board_file(boards):
 def leaking(boards):
     """A board whose LO leakage is modelled."""
     return Board.load(boards / "lo-leakage-18ghz.toml")
+
+
+@pytest.fixture
+def bench(tmp_path, board_file, monkeypatch):
+    """A board on a bench, with a power amplifier that is switched off in the end."""
+    monkeypatch.setenv("XDG_STATE_HOME", str(tmp_path / "state"))
+    for name in ("tx", "amplifier"):
+        (tmp_path / name).write_text("0\n")
+    with open(board_file, "a") as file:
+        file.write('"amplifier" = {}\n'
+                   f'[hardware."channel.1.tx.rf.frequency"]\nwrite = "{tmp_path}/tx"\nscale = 1000\n'
+                   "range = [7428000, 7582000]\n"
+                   f'[hardware."amplifier"]\nwrite = "{tmp_path}/amplifier"\non_exit = 0\nrange = [0, 1]\n')
+    return board_file

@@ -16,6 +16,7 @@ def test_what_holds_says_nothing(radio):
     radio.expect.writes(1)
     radio.expect.writes({"channel.1.tx.rf.frequency": 7442000})
     radio.expect.writes([("channel.1.tx.rf.frequency", 7442000)])
+    radio.expect.writes([["channel.1.tx.rf.frequency", 7442000]])
     radio.expect.no_trace()
     radio.expect.result(0)
 
@@ -65,3 +66,7 @@ def test_exceptions_cross_to_other_processes(radio):
         radio.expect.writes(2)
     copy = pickle.loads(pickle.dumps(caught.value))
     assert (type(copy), str(copy), copy.found) == (ExpectationFailed, str(caught.value), caught.value.found)
+
+
+def test_expectations_say_of_which_radio(radio):
+    assert repr(radio.expect) == f"<Expectations of {radio!r}>"

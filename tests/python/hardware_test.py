@@ -1,24 +1,12 @@
 """A radio whose drivers are real: files, which the kernel's drivers are as well."""
 
-import os
+import subprocess
+import sys
+import time
 
 import pytest
 
-from frequencyhandler import BusyError, CommandFailed, InputError, Radio, RadioError, events
-
-
-@pytest.fixture
-def bench(tmp_path, board_file, monkeypatch):
-    """A board on a bench, with a power amplifier that is switched off in the end."""
-    monkeypatch.setenv("XDG_STATE_HOME", str(tmp_path / "state"))
-    for name in ("tx", "amplifier"):
-        (tmp_path / name).write_text("0\n")
-    with open(board_file, "a") as file:
-        file.write('"amplifier" = {}\n'
-                   f'[hardware."channel.1.tx.rf.frequency"]\nwrite = "{tmp_path}/tx"\nscale = 1000\n'
-                   "range = [7428000, 7582000]\n"
-                   f'[hardware."amplifier"]\nwrite = "{tmp_path}/amplifier"\non_exit = 0\nrange = [0, 1]\n')
-    return board_file
+from frequencyhandler import CommandFailed, InputError, Radio, RadioError, events
 
 
 def test_carrier_reaches_the_hardware_in_its_own_unit(bench, tmp_path):
@@ -61,6 +49,39 @@ def test_device_that_is_not_there_is_said_before_anything_is_written(bench, tmp_
     Radio(bench, hardware=True).close()
 
 
+@pytest.fixture
+def with_sensor(bench, tmp_path):
+    (tmp_path / "degrees").write_text("25000\n")
+    with open(bench, "a") as file:
+        file.write(f'[sensor]\nread = "{tmp_path}/degrees"\nscale = 0.001\ninterval = 100\n')
+    return bench
+
+
+def until(what):
+    """Whether it comes to that within ten seconds."""
+    end = time.monotonic() + 10
+    while not what() and time.monotonic() < end:
+        time.sleep(0.02)
+    return what()
+
+
+def test_temperature_is_that_of_the_sensor_now(with_sensor, tmp_path):
+    with Radio(with_sensor, hardware=True) as radio:
+        told = radio.events(events.Sensed)
+        assert radio.temperature == 25
+        (tmp_path / "degrees").write_text("40000\n")
+        assert until(lambda: radio.temperature == 40)
+        assert [one.degrees for one in told] == [40]
+
+
+def test_iterator_tells_what_became_of_the_hardware_meanwhile(with_sensor, tmp_path):
+    with Radio(with_sensor, hardware=True) as radio:
+        told, seen = radio.events(events.Sensed), []
+        (tmp_path / "degrees").write_text("41000\n")
+        assert until(lambda: seen.extend(told) or seen)
+        assert [one.degrees for one in seen] == [41]
+
+
 def test_what_could_not_be_written_in_the_end_is_said(bench, tmp_path):
     radio = Radio(bench, hardware=True)
     told = radio.events(events.HardwareNews)
@@ -69,7 +90,7 @@ def test_what_could_not_be_written_in_the_end_is_said(bench, tmp_path):
     with pytest.raises(RadioError, match="amplifier=0"):
         radio.close()
     assert radio.is_closed
-    assert list(told) == []
+    assert [(news.kind, news.what) for news in told] == [("failed", "amplifier")]
     radio.close()
 
 
@@ -79,13 +100,12 @@ def test_board_without_hardware_is_said(boards):
 
 
 def test_device_that_another_program_drives_is_not_taken(bench):
+    take = f"from frequencyhandler import *\nRadio({str(bench)!r}, hardware=True).close()"
+
+    def other_program():
+        return subprocess.run([sys.executable, "-c", take], capture_output=True, text=True)
+
     with Radio(bench, hardware=True):
-        child = os.fork()
-        if child == 0:
-            code = 1
-            try:
-                Radio(bench, hardware=True)
-            except (InputError, BusyError):
-                code = 0
-            os._exit(code)
-        assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 0
+        done = other_program()
+        assert done.returncode == 1 and "InputError" in done.stderr.splitlines()[-1]
+    assert other_program().returncode == 0

@@ -1,17 +1,27 @@
 """Ctrl-C ends long work, and loses nothing."""
 
 import os
+import pickle
 import signal
 import threading
 import time
+import traceback
 
 import pytest
 
-from frequencyhandler import Interrupted, Radio, calibrate, plan, thermal
+from frequencyhandler import Interrupted, Radio, _engine, calibrate, plan, qualify, thermal
 
 
-def interrupt_from(progress_or_delay):
-    threading.Timer(progress_or_delay, os.kill, (os.getpid(), signal.SIGINT)).start()
+def interrupting():
+    """A progress; once it was told, another thread sends Ctrl-C."""
+    begun = threading.Event()
+
+    def interrupt():
+        begun.wait()
+        os.kill(os.getpid(), signal.SIGINT)
+
+    threading.Thread(target=interrupt, daemon=True).start()
+    return lambda state: begun.set()
 
 
 @pytest.fixture
@@ -33,11 +43,11 @@ def test_interrupted_audit_has_its_carriers(long_audit):
 
 
 def test_interrupt_comes_soon(long_audit):
-    interrupt_from(0.1)
+    progress = interrupting()
     begun = time.monotonic()
     with pytest.raises(Interrupted):
         for _ in range(100):
-            plan.audit(long_audit, keep=False)
+            plan.audit(long_audit, keep=False, progress=progress)
     assert time.monotonic() - begun < 5
 
 
@@ -61,27 +71,67 @@ def test_other_handlers_of_signals_have_their_say(long_audit):
 
     before = signal.signal(signal.SIGINT, leave)
     try:
-        interrupt_from(0.05)
         with pytest.raises(Leave):
-            for _ in range(100):
-                plan.audit(long_audit, keep=False)
+            plan.audit(long_audit, keep=False, progress=interrupting())
     finally:
         signal.signal(signal.SIGINT, before)
 
 
 def test_radio_is_free_afterwards(long_audit, board_file):
-    interrupt_from(0.05)
     with pytest.raises(Interrupted):
-        for _ in range(100):
-            plan.audit(long_audit, keep=False)
+        plan.audit(long_audit, keep=False, progress=interrupting())
     with Radio(board_file) as radio:
         assert radio.tune("tx", 1, 7442000).ok
 
 
 def test_replay_in_another_thread_is_cancelled_by_an_event(boards):
-    stop = threading.Event()
-    stop.set()
+    begun, stop, results = threading.Event(), threading.Event(), []
     seconds = list(range(200000))
     degrees = [20 + second % 2 for second in seconds]
-    result = thermal.replay(boards / "iq-compensation-18ghz.toml", (seconds, degrees), cancel=stop)
-    assert not result.complete and result.samples < 200000
+    work = threading.Thread(target=lambda: results.append(thermal.replay(
+        boards / "iq-compensation-18ghz.toml", (seconds, degrees), cancel=stop, progress=lambda state: begun.set())))
+    work.start()
+    assert begun.wait(60)
+    stop.set()
+    work.join()
+    result, = results
+    assert not result.complete and 0 < result.samples < 200000
+
+
+def test_interrupt_in_short_work_has_its_result(boards):
+    file = boards / "microwave-hz-23ghz.toml"
+    whole = plan.audit(file)
+
+    def interrupted(state):  # at the end at the latest
+        if state.done == state.total:
+            os.kill(os.getpid(), signal.SIGINT)
+
+    with pytest.raises(Interrupted, match="^the audit was interrupted") as caught:
+        plan.audit(file, progress=interrupted)
+    assert caught.value.result.complete and caught.value.result.count == whole.count
+
+
+def test_what_a_function_raises_tells_where(long_audit):
+    def here(state):
+        raise ZeroDivisionError
+
+    with pytest.raises(ZeroDivisionError) as caught:
+        plan.audit(long_audit, progress=here)
+    assert "here" in [frame.name for frame in traceback.extract_tb(caught.value.__traceback__)]
+    with pytest.raises(ZeroDivisionError) as caught:
+        plan.audit(long_audit, cancel=lambda: 1 / 0)
+    assert "<lambda>" in [frame.name for frame in traceback.extract_tb(caught.value.__traceback__)]
+
+
+def test_interrupt_crosses_to_other_processes():
+    caught = pickle.loads(pickle.dumps(Interrupted([1, 2], "the audit")))
+    assert caught.result == [1, 2] and str(caught).startswith("the audit was interrupted")
+
+
+def test_hardware_that_was_not_left_is_said_with_the_interrupt(leaking, monkeypatch):
+    engine = _engine.qualify
+    monkeypatch.setattr(_engine, "qualify", lambda *given: (*engine(*given)[:4], False, KeyboardInterrupt()))
+    with pytest.raises(Interrupted, match="^the qualification was interrupted") as caught:
+        qualify(leaking, 1)
+    assert caught.value.__notes__ == [f"{leaking.file}: what was to be written in the end failed"]
+    assert caught.value.result.result.is_good

@@ -1,14 +1,15 @@
 """A radio that is up, and one that is not any more."""
 
-import gc
 import os
+import pickle
 import subprocess
 import sys
 import threading
 
 import pytest
 
-from frequencyhandler import (ArgumentError, Board, BusyError, ClosedError, CommandFailed, Radio, RadioError, plan)
+from frequencyhandler import (ArgumentError, ArgumentTypeError, Board, BusyError, ClosedError, CommandFailed, InputError, Radio,
+                              UnknownName, _engine, plan)
 
 
 def test_tune_gives_what_was_written(radio):
@@ -62,6 +63,79 @@ def test_faults_are_listed_with_their_turns(radio):
     assert list(radio.faults) == []
 
 
+def test_fault_of_a_block_leaves_the_others_as_they_were(radio):
+    driver = "channel.1.tx.rf.frequency"
+    radio.faults.inject("driver-write", driver, 0x8001, times=3)
+    radio.faults.inject("driver-write", driver, 0x8002)
+    before = list(radio.faults)
+    with radio.faults.injected("driver-write"):
+        assert len(radio.faults) == 3
+    assert list(radio.faults) == before
+    with radio.faults.injected("driver-write", driver, 0x8002):
+        pass
+    assert list(radio.faults) == before
+    with radio.faults.injected("driver-write", driver, 0x8003):
+        radio.faults.clear()
+        radio.faults.inject("driver-read", driver)
+    assert list(radio.faults) == [("driver-read", driver, 0x8000, None)]
+
+
+def test_misspelt_name_is_told_what_was_perhaps_meant(radio):
+    with pytest.raises(KeyError) as caught:
+        radio.drivers["channel.1.tx.rf.frequncy"]
+    assert isinstance(caught.value, UnknownName) and caught.value.expected == "channel.1.tx.rf.frequency"
+    assert str(caught.value) == ("unknown driver 'channel.1.tx.rf.frequncy' (did you mean "
+                                 '"channel.1.tx.rf.frequency"?)')
+    with pytest.raises(UnknownName) as caught:
+        radio.variables["x"]
+    assert (str(caught.value), caught.value.expected) == ("unknown variable 'x'", None)
+    assert pickle.loads(pickle.dumps(caught.value)).args == caught.value.args
+    assert radio.drivers.get("x") is None and "x" not in radio.drivers
+
+
+def test_misspelt_property_is_not_taken(radio):
+    for what, name in ((radio, "temprature"), (radio.drivers["channel.1.tx.rf.frequency"], "valu"), (radio.faults, "times"),
+                       (radio.expect, "write"), (radio.events(), "kind")):
+        with pytest.raises(AttributeError):
+            setattr(what, name, 25)
+
+
+def test_outcome_is_asked_by_names_of_drivers(radio):
+    outcome = radio.tune("tx", 1, 7442000)
+    assert "channel.1.tx.rf.frequency" in outcome and "channel.2.tx.rf.frequency" not in outcome
+    assert ("channel.1.tx.rf.frequency", 7442000) in outcome and ("channel.1.tx.rf.frequency", 1) not in outcome
+    other = pickle.loads(pickle.dumps(outcome))
+    assert (other.command, other.events, other.code) == (outcome.command, outcome.events, 0)
+
+
+def test_what_is_shown_of_a_radio_in_use_does_not_want_it(radio):
+    driver, faults = radio.drivers["channel.1.tx.rf.frequency"], radio.faults
+    ready, ends = threading.Event(), threading.Event()
+
+    def sweep():
+        ready.set()
+        radio.sweep("rx", 1, 7000000, 7999999, 1)
+
+    said = set()
+    work = threading.Thread(target=sweep)
+    work.start()
+    while work.is_alive():
+        said |= {repr(driver), repr(faults)}
+        ends.wait(0.01)
+    assert "<Driver 'channel.1.tx.rf.frequency' of a radio in use>" in said
+    assert "<Faults of a radio in use>" in said
+
+
+def test_values_are_shown_with_nothing_that_a_terminal_obeys(radio):
+    class Loud:
+        def __repr__(self):
+            return "\x1b[31mred\nline\x9b"
+
+    with pytest.raises(ArgumentTypeError) as caught:
+        radio.wait(Loud())
+    assert str(caught.value) == "seconds: \\x1b[31mred\\nline\\x9b, expected a number of seconds"
+
+
 def test_temperature_is_none_until_it_is_told(radio):
     assert radio.temperature is None
     radio.temperature = -5
@@ -104,12 +178,6 @@ def test_recorder_before_the_process_is_an_exception_and_no_crash():
                                             "expected a process without it (LD_PRELOAD)")
 
 
-def test_radio_that_nobody_has_any_more_is_closed(board_file):
-    Radio(board_file)
-    gc.collect()
-    Radio(board_file).close()
-
-
 def test_everything_says_that_it_is_closed(board_file):
     with Radio(board_file) as radio:
         driver = radio.drivers["channel.1.tx.rf.frequency"]
@@ -118,23 +186,48 @@ def test_everything_says_that_it_is_closed(board_file):
     for use in (lambda: radio.tune("tx", 1, 7442000), driver.read, lambda: driver.write(1), lambda: driver.value,
                 lambda: len(faults), lambda: faults.inject("driver-write"), lambda: drivers["x"],
                 lambda: variables["x"], lambda: expect.result("ok"), lambda: radio.temperature,
-                lambda: radio.frequency("tx", 1), lambda: radio.phase(11), lambda: radio.leakage(1),
-                radio.__enter__):
+                lambda: radio.frequency("tx", 1), lambda: radio.phase(11), lambda: radio.leakage(9),
+                lambda: radio.tune("tx", 9, 1), lambda: radio.execute("tuna"), lambda: radio.frequency("tx", 9),
+                lambda: radio.events(), lambda: radio.on_event(print), lambda: radio.phases, lambda: list(drivers),
+                lambda: list(variables), lambda: variables.set("x", 1), lambda: radio.wait(-1), lambda: radio.expect,
+                lambda: radio.sweep("up", 9, 0, 0, 0), lambda: setattr(radio, "temperature", "x"), radio.__enter__):
         with pytest.raises(ClosedError, match="is closed"):
             use()
     assert repr(radio).endswith(", closed>")
     assert "closed" in repr(driver) and "closed" in repr(faults) and "closed" in repr(drivers)
 
 
+def test_board_with_errors_is_refused_with_its_place(board_file):
+    board_file.write_text(board_file.read_text().replace("channel.1.tx.rf.frequency", "channel.1.tx.rf.frequenzy"))
+    with pytest.raises(InputError) as caught:
+        Radio(board_file)
+    assert caught.value.file == str(board_file) and "channel.1.tx.rf.frequency" in caught.value.text
+    Radio(board_file, must_boot=False).close()
+
+
+@pytest.mark.parametrize("kind", ["Board", "Radio", "Events", "Recording", "Cursor"])
+def test_objects_of_the_engine_are_not_made_without_anything_in_them(kind):
+    made = getattr(_engine, kind)
+    for make in (made, lambda: made.__new__(made), lambda: object.__new__(made)):
+        with pytest.raises(TypeError):
+            make()
+
+
 def test_start_up_that_fails_raises_unless_that_is_wanted(board_file):
     with open(board_file, "a") as file:
         file.write('\n[interfaces]\n"IDriverLayer" = "absent"\n')
-    with pytest.raises(RadioError, match="the radio did not boot: "):
+    with pytest.raises(InputError, match='interface "IDriverLayer" is absent') as caught:
         Radio(board_file)
+    assert (caught.value.file, caught.value.line) == (str(board_file), 29)
     with Radio(board_file, must_boot=False) as radio:
         assert not radio.boot.ok
         radio.expect.result("failed")
         assert not radio.phases[-1].succeeded
+
+
+@pytest.mark.parametrize("carrier", [" 7.442 GHz", "7.442  GHz", "7.442\tGHz ", "7.442GHz", "7442000"])
+def test_blanks_around_a_carrier_do_not_matter(radio, carrier):
+    assert radio.tune("tx", 1, carrier)["channel.1.tx.rf.frequency"] == 7442000
 
 
 def test_radio_in_use_by_another_thread_turns_away(radio):
@@ -165,6 +258,15 @@ def test_commands_of_the_language_and_their_lists(radio):
     assert "channel.1.tx.rf.frequency" in [row[0] for row in listing.rows]
     with pytest.raises(ArgumentError, match="unknown command"):
         radio.execute("tuna tx 1 7442000")
+
+
+@pytest.mark.parametrize("word, said", [("quit", "close()"), ("exit", "close()"), ("help", "a command"), ("help tune", "a command")])
+def test_what_is_for_a_prompt_is_refused_and_nothing_is_over(radio, word, said):
+    with pytest.raises(ArgumentError) as caught:
+        radio.execute(word)
+    assert said in caught.value.expected
+    assert len(radio.execute("repeat 3 tune tx 1 7442000")) == 3
+    assert len(radio.sweep("tx", 1, 7442000, 7443000, 1000)) == 2
 
 
 def test_sweep_and_wait(radio):

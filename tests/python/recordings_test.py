@@ -6,7 +6,7 @@ from pathlib import Path
 
 import pytest
 
-from frequencyhandler import ArgumentError, Board, ClosedError, InputError, Radio, recordings
+from frequencyhandler import ArgumentError, Board, ClosedError, InputError, Interrupted, Radio, RadioError, recordings
 
 
 KEPT = Path(__file__).parents[1] / "recording" / "kept" / "rf-module-7ghz.rec"
@@ -37,6 +37,23 @@ def test_recording_can_be_gone_through_again(recording):
     assert [record.sequence for record in read] == [record.sequence for record in read]
 
 
+def test_recording_is_gone_through_by_several_at_a_time(recording):
+    read = recordings.read(recording)
+    records = [record.sequence for record in read]
+    assert [(one.sequence, other.sequence) for one, other in zip(read, read)] == list(zip(records, records))
+    half = iter(read)
+    first = [next(half).sequence, next(half).sequence]
+    assert [record.sequence for record in read] == records
+    assert first + [record.sequence for record in half] == records
+
+
+def test_losses_are_counted_once(recording):
+    read = recordings.read(KEPT.with_name("minimal-cancel.rec"))
+    for _ in range(3):
+        list(zip(read, read))
+    assert read.losses == recordings.Losses(0, 0)
+
+
 def test_closed_recording_says_so(recording):
     with recordings.read(recording) as read:
         records = iter(read)
@@ -60,7 +77,55 @@ def test_library_does_again_what_it_did(recording, monkeypatch, tmp_path):
     (tmp_path / "none.rec").write_bytes(b"none")
     same, none = recordings.replay(recording, tmp_path / "none.rec", radioctl=os.environ["RADIOCTL"])
     assert same.is_same and same.outcome == "identical" and same.calls == same.recorded_calls > 0
+    assert (same.not_compared, same.passed_over, same.difference) == (0, 0, None)
     assert not none.is_same and none.outcome == "unusable" and none.reason
+    assert none.difference is None and len({same, none}) == 2
+
+
+def test_replayed_recording_goes_by_the_name_that_was_given(recording, monkeypatch):
+    monkeypatch.delenv("LD_PRELOAD", raising=False)
+    other = os.fsencode(recording.parent) + b"/\xff.rec"
+    shutil.copy(recording, other)
+    assert os.fsencode(recordings.replay(other, radioctl=Path(os.environ["RADIOCTL"]))[0].file) == other
+
+
+@pytest.fixture
+def instead_of_radioctl(tmp_path):
+    """A program that does as a test wants."""
+    def make(*lines):
+        file = tmp_path / "instead"
+        file.write_text("#!/bin/sh\n" + "\n".join(lines) + "\n")
+        file.chmod(0o755)
+        return file
+    return make
+
+
+ANSWER = ('{"schema":1,"event":"replayed_recording","file":"x","outcome":"different","calls":3,"recorded_calls":7,'
+          '"not_compared":1,"passed_over":2,"now":"driver-write"}')
+
+
+def test_where_a_replay_goes_another_way_is_the_difference(recording, instead_of_radioctl):
+    given, = recordings.replay(recording, radioctl=instead_of_radioctl(f"echo '{ANSWER}'"))
+    assert (given.file, given.outcome, given.calls, given.recorded_calls) == (str(recording), "different", 3, 7)
+    assert (given.not_compared, given.passed_over, given.difference) == (1, 2, {"now": "driver-write"})
+
+
+@pytest.mark.parametrize("answer", ["hello", "[]", "{}", "1", '{"event": "replayed_recording"}'])
+def test_answer_that_is_none_is_said(recording, instead_of_radioctl, answer):
+    with pytest.raises(RadioError, match="an answer that is none"):
+        recordings.replay(recording, radioctl=instead_of_radioctl(f"echo '{answer}'"))
+
+
+def test_program_that_gives_up_has_its_say(recording, instead_of_radioctl):
+    with pytest.raises(RadioError, match="radioctl replay: not today"):
+        recordings.replay(recording, radioctl=instead_of_radioctl("echo not today >&2"))
+
+
+def test_interrupted_replay_has_what_was_done(recording, instead_of_radioctl):
+    program = instead_of_radioctl(f"echo '{ANSWER}'", "sleep 1", "kill -INT $PPID", "exec sleep 100")
+    with pytest.raises(Interrupted, match="the replay was interrupted") as caught:
+        recordings.replay(recording, recording, radioctl=program)
+    assert [one.calls for one in caught.value.result] == [3]
 
 
 def test_replay_without_its_program_says_so(recording):
@@ -155,6 +220,14 @@ def test_difference_is_of_what_is_wanted():
     only = [one.name for one in few.objects if one.kind == "driver" and one.only_in == "before"]
     assert only == ["channel.1.rx.rf.frequency", "channel.1.tx.rf.frequency", "channel.2.rx.rf.frequency",
                     "channel.2.tx.rf.frequency"]
+
+
+@pytest.mark.parametrize("wanted", [{"driver": "nope"}, {"channel": 77}])
+def test_nothing_compared_is_no_equality(wanted):
+    with pytest.raises(InputError, match="nothing was compared") as caught:
+        recordings.diff(KEPT, KEPT, **wanted)
+    assert caught.value.file == str(KEPT)
+    assert caught.value.expected == "operations that were asked for in one of them"
 
 
 def test_machines_differ_in_the_header_and_in_nothing_else():

@@ -1,4 +1,4 @@
-"""A wheel, made by pip without a network, and installed where nothing else is."""
+"""A wheel, made by pip without a network, and installed where nothing else is; and what CMake installs."""
 
 import os
 import subprocess
@@ -55,3 +55,24 @@ def test_it_says_that_it_is_typed(installed):
     assert (installed / "frequencyhandler" / "_engine.pyi").exists()
     metadata = next(installed.glob("frequencyhandler-*.dist-info")) / "METADATA"
     assert "Requires-Dist: numpy" in metadata.read_text()
+
+
+@pytest.mark.parametrize("prefix, folder", [
+    ("/usr/local", "/usr/local/lib/python{}.{}/dist-packages"),
+    ("/usr", "/usr/lib/python3/dist-packages"),
+])
+def test_cmake_installs_it_where_python_looks(prefix, folder, tmp_path, board_file):
+    build = os.environ["RADIO_BUILD"]
+    done = subprocess.run(["cmake", "--install", build, "--component", "python", "--prefix", prefix],
+                          capture_output=True, text=True, env=dict(os.environ, DESTDIR=str(tmp_path)))
+    assert done.returncode == 0, done.stderr
+    place = folder.format(*sys.version_info)
+    without = {name: value for name, value in os.environ.items() if name != "PYTHONPATH"}
+    looked = subprocess.run([sys.executable, "-c", "import sys; print(*sys.path, sep='\\n')"], capture_output=True, text=True,
+                            env=without).stdout.splitlines()
+    if "/usr/lib/python3/dist-packages" in looked:  # Debian's interpreter, for which it is built
+        assert place in looked or not os.path.exists(place)
+    imported = subprocess.run([sys.executable, "-c", "import frequencyhandler; print(frequencyhandler.__file__)"], text=True,
+                              capture_output=True, env=dict(without, PYTHONPATH=f"{tmp_path}{place}",
+                                                            LD_LIBRARY_PATH=f"{build}/lib"))
+    assert imported.stdout.strip() == f"{tmp_path}{place}/frequencyhandler/__init__.py", imported.stderr

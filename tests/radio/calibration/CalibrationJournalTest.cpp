@@ -1,9 +1,15 @@
 #include "radio/calibration/Journal.h"
+#include "radio/files/Backup.h"
+#include "tests/radio/support/DiskSteps.h"
 #include "tests/radio/support/FileSizeLimit.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -42,10 +48,12 @@ protected:
         return {"Test radio", "T-1", "2026-03-01T09:30:00Z", "0.1.0", "0123456789abcdef", settings};
     }
     void write(const std::string& text) const { std::ofstream(file, std::ios::binary) << text; }
-    std::string text() const {
-        std::ifstream stream(file, std::ios::binary);
+    std::string text() const { return text(file); }
+    static std::string text(const std::filesystem::path& of) {
+        std::ifstream stream(of, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
+    std::string name() const { return file.filename().string(); }
     /** What is said about a journal whose second line is `line`, and whose third one is good. */
     std::string complaintAbout(const std::string& line) const {
         std::filesystem::remove(file);
@@ -111,6 +119,98 @@ TEST_F(CalibrationJournal, ProbeIsInTheFileAtOnce) {
     Journal journal = Journal::begin(file, header());
     journal.enter(18000000, -10, {7, 8, 9});
     EXPECT_THAT(text(), HasSubstr(R"({"khz":18000000,"degrees":-10,"i":7,"q":8,"reading":9,"time":")"));
+}
+
+TEST_F(CalibrationJournal, IsOnTheDiskBeforeTheFirstProbe) {
+    DiskSteps::forget();
+    const Journal journal = Journal::begin(file, header());
+    const std::string size = std::to_string(text().size());
+    EXPECT_EQ(DiskSteps::taken(),
+              (std::vector<std::string>{"sync " + name() + ".part, " + size + " bytes",
+                                        "rename " + name() + ".part to " + name(), "sync folder"}));
+}
+
+TEST_F(CalibrationJournal, EachProbeIsOnTheDiskBeforeTheNextOne) {
+    Journal journal = Journal::begin(file, header());
+    for (const std::int32_t i : {7, 70, 700}) {
+        DiskSteps::forget();
+        journal.enter(18000000, -10, {i, 8, 9});
+        EXPECT_EQ(DiskSteps::taken(), (std::vector<std::string>{"sync " + name() + ", " +
+                                                                std::to_string(text().size()) + " bytes"}));
+    }
+}
+
+TEST_F(CalibrationJournal, OneThatIsPutAwayIsThereUnderEitherNameWhenThePowerGoes) {
+    Journal::begin(file, header()).enter(18000000, -10, {7, 8, 9});
+    const std::string old = text();
+    const std::string backup = file.string() + ".~1~";
+    // Its name, the folder, the text of the new one, its name, the folder, and none of them.
+    for (const unsigned step : {1U, 2U, 3U, 4U, 5U, 0U}) {
+        const pid_t child = fork();
+        if (child == 0) {
+            DiskSteps::forget();
+            DiskSteps::endInPlaceOf(step);
+            Journal held = Journal::hold(file);
+            moveToBackup(file);
+            { const Journal journal = Journal::begin(file, header(), held); }
+            _exit(0);
+        }
+        waitpid(child, nullptr, 0);
+        EXPECT_EQ(text(step == 1 ? file : std::filesystem::path(backup)), old) << step;
+        EXPECT_EQ(std::filesystem::exists(file), step == 1 || step == 5 || step == 0) << step;
+        if (step != 1) {
+            EXPECT_NO_THROW(Journal::hold(backup)) << step; // its lock is free
+            std::filesystem::rename(backup, file);
+        }
+    }
+}
+
+TEST_F(CalibrationJournal, LockThatWasLeftWhenThePowerWentIsTakenOver) {
+    { Journal::begin(file, header()); }
+    const pid_t child = fork();
+    if (child == 0) {
+        DiskSteps::forget();
+        DiskSteps::endInPlaceOf(1);
+        Journal::open(file).finish();
+    }
+    waitpid(child, nullptr, 0);
+    EXPECT_TRUE(std::filesystem::exists(file.string() + ".lock"));
+    Journal::open(file).enter(18000000, -10, {7, 8, 9});
+    EXPECT_FALSE(std::filesystem::exists(file.string() + ".lock"));
+}
+
+TEST_F(CalibrationJournal, WhoMayOnlyReadItKeepsNobodyFromIt) {
+    { Journal::begin(file, header()); }
+    const int reader = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(reader, LOCK_EX), 0);
+    Journal::open(file).enter(18000000, -10, {7, 8, 9});
+    EXPECT_EQ(readJournal(file).probes.size(), 1U);
+    close(reader);
+}
+
+TEST_F(CalibrationJournal, TakesOverTheLockOfOneThatIsPutAway) {
+    { Journal::begin(file, header()); }
+    Journal held = Journal::hold(file);
+    std::filesystem::rename(file, file.string() + ".old");
+    const Journal journal = Journal::begin(file, header(), held);
+    EXPECT_THROW(Journal::open(file), InputError);
+}
+
+TEST_F(CalibrationJournal, OverTwoGibibytesIsGoneOnWith) {
+    { Journal::begin(file, header()); }
+    const std::uintmax_t before = text().size();
+    if (truncate(file.c_str(), off_t{3} << 30U) != 0) { // it has a hole in it
+        GTEST_SKIP() << "no file of 3 GiB can be made here";
+    }
+    {
+        Journal journal = Journal::open(file);
+        EXPECT_EQ(std::filesystem::file_size(file), 3221225472U);
+        journal.cutOff((std::uintmax_t{3} << 30U) - 1);
+        EXPECT_EQ(std::filesystem::file_size(file), 3221225471U);
+        journal.cutOff(before);
+        journal.enter(18000000, -10, {7, 8, 9});
+    }
+    EXPECT_EQ(readJournal(file).probes.size(), 1U);
 }
 
 TEST_F(CalibrationJournal, KnowsThatItIsFinished) {
@@ -423,6 +523,10 @@ TEST_F(CalibrationJournal, DateAndToolMayDiffer) {
 TEST(UtcText, IsThatOfTheSecond) {
     EXPECT_EQ(utcText(std::chrono::system_clock::from_time_t(0)), "1970-01-01T00:00:00Z");
     EXPECT_EQ(utcText(std::chrono::system_clock::from_time_t(86399)), "1970-01-01T23:59:59Z");
+    // Beyond what 32 bits count.
+    const std::chrono::system_clock::time_point begin;
+    EXPECT_EQ(utcText(begin + std::chrono::seconds(2147483648)), "2038-01-19T03:14:08Z");
+    EXPECT_EQ(utcText(begin + std::chrono::seconds(4102444800)), "2100-01-01T00:00:00Z");
 }
 
 TEST(UtcText, HasMillisecondsWhenAskedTo) {

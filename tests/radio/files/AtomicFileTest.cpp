@@ -3,6 +3,7 @@
 #include "radio/files/InputError.h"
 #include "tests/radio/files/OwnDirectory.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <grp.h>
 #include <gtest/gtest.h>
@@ -10,7 +11,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <csignal>
+#include <cstdint>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -142,6 +147,105 @@ TEST_F(AtomicFileTest, LongTextIsWrittenWhole) {
     EXPECT_EQ(contentOf("out.csv"), text);
 }
 
+/** What was remarked, which a function without an object is told. */
+std::string remarks;
+
+class RemarkTest : public AtomicFileTest {
+protected:
+    RemarkTest() {
+        remarks.clear();
+        setFileRemark([](const std::string& remark) { remarks += remark + "\n"; });
+    }
+    ~RemarkTest() override { setFileRemark(nullptr); }
+};
+
+/** A process that is killed while it writes. */
+void writeAndBeKilled(const fs::path& file) {
+    const pid_t child = fork();
+    if (child == 0) {
+        AtomicFile atomic(file);
+        atomic.stream() << "half" << std::flush;
+        static_cast<void>(kill(getpid(), SIGKILL));
+    }
+    waitpid(child, nullptr, 0);
+}
+
+/** The name of what is there beside `file`. */
+std::string besideOf(const std::string& file) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(".")) {
+        if (entry.path().filename().string().rfind(file + ".", 0) == 0) {
+            return entry.path().filename().string();
+        }
+    }
+    return {};
+}
+
+TEST_F(RemarkTest, WhatAKilledRunLeftIsNamedByTheNextOneThatWritesTheSameFile) {
+    writeAndBeKilled("out.csv");
+    const std::string left = besideOf("out.csv");
+    EXPECT_THAT(left, testing::MatchesRegex("out\\.csv\\.......\\.part"));
+    EXPECT_EQ(remarks, "");
+    write("other.csv", "x");
+    EXPECT_EQ(remarks, "");
+    write("out.csv", "new\n");
+    EXPECT_EQ(remarks, left + " was left behind by a run that was killed while it wrote out.csv; it may be "
+                              "deleted\n");
+    EXPECT_TRUE(fs::exists(left));
+}
+
+TEST_F(RemarkTest, WhatIsBeingWrittenJustNowWasNotLeft) {
+    const AtomicFile other("out.csv");
+    write("out.csv", "new\n");
+    EXPECT_EQ(remarks, "");
+}
+
+TEST_F(RemarkTest, FilesThatAreCalledOtherwiseWereNotLeft) {
+    for (const char* const name : {"out.csv.backup", "out.csv.12345.part", "out.csv.1234567.part",
+                                   "out.csv.part", "out.csvx123456.part"}) {
+        std::ofstream(name) << "x";
+    }
+    fs::create_directory("out.csv.123456.part");
+    write("out.csv", "new\n");
+    EXPECT_EQ(remarks, "");
+}
+
+TEST_F(RemarkTest, OwnersThatStayAreNotRemarked) {
+    write("out.csv", "old\n");
+    write("out.csv", "new\n");
+    EXPECT_EQ(remarks, "");
+}
+
+/** Whatever a number of the C library's has on this processor. */
+TEST_F(RemarkTest, OffsetsTimesAndNumbersOfFilesHave64Bits) {
+    EXPECT_EQ(sizeof(off_t), 8U);
+    EXPECT_EQ(sizeof(time_t), 8U);
+    EXPECT_EQ(sizeof(ino_t), 8U);
+    EXPECT_EQ(sizeof(timespec::tv_sec), 8U);
+}
+
+TEST_F(AtomicFileTest, FileOverTwoGibibytesIsReplacedLikeAnyOther) {
+    write("out.csv", "old\n");
+    ASSERT_EQ(chmod("out.csv", 0640), 0);
+    // It has a hole in it, and takes no room.
+    if (truncate("out.csv", off_t{3} << 30U) != 0) {
+        GTEST_SKIP() << "no file of 3 GiB can be made here";
+    }
+    EXPECT_TRUE(isSameFile("out.csv", "./out.csv"));
+    write("out.csv", "new\n");
+    EXPECT_EQ(contentOf("out.csv"), "new\n");
+    EXPECT_EQ(fs::status("out.csv").permissions(), static_cast<fs::perms>(0640));
+}
+
+TEST_F(AtomicFileTest, FileOfADateAfter2038IsReplacedLikeAnyOther) {
+    write("out.csv", "old\n");
+    const std::array<timespec, 2> late{{{4102444800, 0}, {4102444800, 0}}}; // 2100
+    if (utimensat(AT_FDCWD, "out.csv", late.data(), 0) != 0) {
+        GTEST_SKIP() << "no such date can be given to a file here";
+    }
+    write("out.csv", "new\n");
+    EXPECT_EQ(contentOf("out.csv"), "new\n");
+}
+
 /** The tests of what belongs to whom run as a user who can give files away. */
 class OwnersTest : public AtomicFileTest {
 public:
@@ -195,6 +299,19 @@ TEST_F(OwnersTest, SetIdBitsAreNotAnotherUsers) {
     EXPECT_EQ(status.st_uid, 1U);
     EXPECT_EQ(status.st_gid, someGroup);
     EXPECT_EQ(status.st_mode & 07777U, 0755U);
+}
+
+TEST_F(OwnersTest, OwnerThatCannotBeKeptIsRemarked) {
+    write("out.csv", "old\n");
+    ASSERT_EQ(chown("out.csv", someUser, someGroup), 0);
+    ASSERT_EQ(chmod(".", 0777), 0);
+    asAnother(1, 2, [] {
+        remarks.clear();
+        setFileRemark([](const std::string& remark) { remarks += remark + "\n"; });
+        write("out.csv", "new\n");
+        return remarks == "out.csv belongs to user 1 and group 2 now, and no longer to user 12345 and group "
+                          "23456, whom this user may not give it to\n";
+    });
 }
 
 TEST_F(OwnersTest, WhatOnlyItsOwnerMayReplaceIsRefusedAtOnce) {

@@ -5,6 +5,13 @@
 namespace Radio {
 namespace {
 
+TEST(InputErrorTest, WhatATerminalWouldObeyIsInNoMessage) {
+    const InputError error({"a\x1b", 3}, "b\nc\xC2\x9B");
+    EXPECT_STREQ(error.what(), "a\\x1b:3: b\\x0ac\\xc2\\x9b");
+    EXPECT_EQ(error.text(), "b\\x0ac\\xc2\\x9b");
+    EXPECT_EQ(error.place().file, "a\x1b");
+}
+
 TEST(InputErrorTest, PlaceAndTextAreToldApart) {
     const InputError error({"board.toml", 3}, "no name, expected one");
     EXPECT_STREQ(error.what(), "board.toml:3: no name, expected one");

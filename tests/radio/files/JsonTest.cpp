@@ -81,6 +81,7 @@ TEST(JsonText, QuotesAndBackslashesAreEscaped) {
 TEST(JsonText, ControlCharactersAreEscaped) {
     EXPECT_EQ(toText("\b\t\n\f\r"), R"("\b\t\n\f\r")");
     EXPECT_EQ(toText("\x01\x1b[2J\x1f"), R"("\u0001\u001b[2J\u001f")");
+    EXPECT_EQ(toText("\x7f\xC2\x9B\xE2\x80\xAE\xE2\x80\xA8"), R"("\u007f\u009b\u202e\u2028")");
     EXPECT_EQ(toText(std::string_view("a\0b", 3)), R"("a\u0000b")");
 }
 

@@ -45,6 +45,16 @@ TEST_F(CompletionTest, CompletesNamesOfTheBoard) {
     EXPECT_THAT(at("expect writes channel.1.r").candidates, ElementsAre("channel.1.rx.rf.frequency="));
 }
 
+TEST_F(CompletionTest, WhatATerminalWouldObeyIsNotOffered) {
+    m_board.drivers.push_back({"channel.1.t\xC2\x9B"
+                               "31m",
+                               0,
+                               0,
+                               {}});
+    m_board.drivers.push_back({"channel.1.t\xE2\x80\xAE", 0, 0, {}});
+    EXPECT_THAT(at("expect driver channel.1.t").candidates, ElementsAre("channel.1.tx.rf.frequency"));
+}
+
 TEST_F(CompletionTest, CompletesOperationsAndTheirObjects) {
     EXPECT_THAT(at("fault driver-w").candidates, ElementsAre("driver-write", "driver-write-buffer"));
     EXPECT_THAT(at("clear a").candidates, ElementsAre("all"));

@@ -5,6 +5,17 @@
 namespace Radio {
 namespace {
 
+TEST(Harmless, ValueOfAStringInJsonStaysWhatItWas) {
+    EXPECT_EQ(harmlessJson("{\"K\xC3\xB6ln\":\"a\xC2\x9B\"}"), "{\"K\xC3\xB6ln\":\"a\\u009b\"}");
+    EXPECT_EQ(harmlessJson("\xE2\x80\xAE\xD8\x9C\x7f"), "\\u202e\\u061c\\u007f");
+}
+
+TEST(Harmless, WhatWentThroughOnceIsNotChangedAnyMore) {
+    const std::string once = harmless("a\x1b\xC2\x9B\xE2\x80\xAE\xFF\\x1b");
+    EXPECT_EQ(once, "a\\x1b\\xc2\\x9b\\xe2\\x80\\xae\\xff\\x1b");
+    EXPECT_EQ(harmless(once), once);
+}
+
 TEST(Decimals, AreAsManyAsAreAskedFor) {
     EXPECT_EQ(inDecimals(-71.236, 1), "-71.2");
     EXPECT_EQ(inDecimals(3.0, 3), "3.000");

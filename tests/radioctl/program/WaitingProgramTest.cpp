@@ -1,3 +1,6 @@
+#include "tests/devices/Instrument.h"
+#include "tests/radio/support/HardwareBoard.h"
+#include "tests/radioctl/program/HardwareTest.h"
 #include "tests/radioctl/program/ProgramTest.h"
 
 #include <gmock/gmock.h>
@@ -12,6 +15,7 @@
 #include <fstream>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -92,6 +96,18 @@ INSTANTIATE_TEST_SUITE_P(Of, PipeWithoutAWriterTest,
                                         : verb;
                          });
 
+TEST_F(WaitingProgramTest, PipeIsNoRecordingAndNotWaitedFor) {
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    for (const std::vector<std::string>& verb :
+         {std::vector<std::string>{"record", "show"}, {"describe"}, {"replay"}}) {
+        std::vector<std::string> arguments = verb;
+        arguments.emplace_back("pipe");
+        const Ending ending = runProgram({arguments});
+        EXPECT_EQ(ending.errors, "radioctl: pipe: is no file, expected a recording\n");
+        EXPECT_EQ(ending.exitCode, 3);
+    }
+}
+
 TEST_F(WaitingProgramTest, PipeThatIsWrittenIsRead) {
     ASSERT_EQ(mkfifo("pipe", 0600), 0);
     Process radioctl(Invocation{{"run", "board.toml", "pipe"}});
@@ -123,7 +139,7 @@ TEST_F(WaitingProgramTest, FailureOfGnuplotIsSeenWhereSigchldIsIgnored) {
     Process radioctl(withGnuplot(thermal(), "echo no terminal >&2; exit 1"));
     static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
     const Ending ending = radioctl.finish();
-    EXPECT_EQ(ending.errors, "radioctl: --html: the plots need gnuplot, which failed: no terminal\n\n");
+    EXPECT_EQ(ending.errors, "radioctl: --html: the plots need gnuplot, which failed: no terminal\n");
     EXPECT_EQ(ending.exitCode, 3);
     EXPECT_EQ(contentOf("page.html"), "good page");
 }
@@ -135,5 +151,110 @@ TEST_F(WaitingProgramTest, GnuplotThatDrawsNothingIsSaid) {
     EXPECT_EQ(ending.exitCode, 3);
     EXPECT_EQ(contentOf("page.html"), "good page");
 }
+
+/** Every wait that a person can meet, and each signal that asks the program to leave. */
+struct AWait {
+    const char* name;
+    std::vector<std::string> arguments;
+    /** On standard output, once it waits or is about to; empty: nothing is. */
+    std::string shown;
+    /** How long it may take from there. */
+    std::chrono::milliseconds more{0};
+};
+
+void PrintTo(const AWait& wait, std::ostream* out) {
+    *out << wait.name;
+}
+
+class EveryWaitTest : public HardwareTest, public testing::WithParamInterface<std::tuple<AWait, int>> {
+protected:
+    EveryWaitTest() {
+        for (const char* const file : {"lo", "i", "q"}) {
+            write(file, "0\n");
+        }
+        write("detector", "500\n");
+        write("temperature", "21\n");
+        write("files.toml", hardwareBoard(folder()));
+        write("attended.toml", hardwareBoardWithoutSensor(folder()));
+        write("silent.toml", onInstrument());
+        write("model.toml", leakageBoard());
+        write("model-files.toml", boardOnFiles());
+        // What is shown of the first command says that the second one is about to begin.
+        const std::string first = "tune tx 1 7442000\n";
+        write("wait", first + "wait 60 min\n");
+        write("sweep", first + "sweep tx 1 7442000 7443000 1 60 s\n");
+        write("repeat", first + "repeat 1000 wait 60 min\n");
+        write("watch", first + "watch amplifier for 60 min\n");
+        write("read", "tune tx 1 18 GHz\nread channel.1.tx.rf.detector.v\n");
+    }
+    /** The same radio, whose detector is read of an instrument that says nothing, and may take an hour. */
+    std::string onInstrument() const {
+        std::string board = hardwareBoardWithoutSensor(folder());
+        const std::size_t begin = board.find("[hardware.\"channel.1.tx.rf.detector.v\"]");
+        return board.substr(0, begin) +
+               "[hardware.\"channel.1.tx.rf.detector.v\"]\ndevice = \"meter\"\nread = "
+               "\"DET?\"\n[devices]\nmeter = { scpi = \"" +
+               m_silent.address() + "\", time_limit = 600000 }\n";
+    }
+
+    DeviceTests::Instrument m_silent{[](const std::string&) { return DeviceTests::Reaction{}; }};
+};
+
+TEST_P(EveryWaitTest, EndsSoonAfterASignal) {
+    const auto& [wait, signal] = GetParam();
+    Process process(invoke(wait.arguments));
+    ASSERT_TRUE(process.waitUntilItCatches(signal));
+    ASSERT_TRUE(wait.shown.empty() || process.waitFor(wait.shown));
+    std::this_thread::sleep_for(std::chrono::milliseconds(300) + wait.more);
+    const auto begin = std::chrono::steady_clock::now();
+    process.signal(signal);
+    const Ending ending = process.finish();
+    const auto took = std::chrono::steady_clock::now() - begin;
+    EXPECT_EQ(ending.exitCode, 128 + signal) << ending.output << ending.errors;
+    // A second, and what a busy computer adds.
+    EXPECT_LT(std::chrono::duration_cast<std::chrono::milliseconds>(took).count(), 4000)
+        << ending.output << ending.errors;
+}
+
+const std::vector<AWait> everyWait{
+    {"temperatureOfAChamber",
+     {"calibrate", "--hardware", "files.toml", "--channel", "1", "--temperatures", "25", "--no-qualify"},
+     "waiting for 25 degrees, now "},
+    {"personWhoSaysTheTemperature",
+     {"calibrate", "--hardware", "attended.toml", "--channel", "1", "--temperatures", "25", "--attended",
+      "--no-qualify"},
+     "Bring the radio to 25 degrees"},
+    {"silentInstrumentOfACalibration",
+     {"calibrate", "--hardware", "silent.toml", "--channel", "1", "--temperatures", "25", "--no-qualify",
+      "--method", "search"},
+     "\nChannel 1: "},
+    {"silentInstrumentOfAQualification",
+     {"qualify", "--hardware", "silent.toml", "--channel", "1"},
+     "HARDWARE"},
+    {"silentInstrumentOfARun", {"run", "--hardware", "silent.toml", "read"}, "told its observer"},
+    {"settleTimeOnHardware",
+     {"calibrate", "--hardware", "attended.toml", "--channel", "1", "--temperatures", "25", "--no-qualify",
+      "--method", "search", "--settle-time", "60000"},
+     "\nChannel 1: "},
+    {"settleTimeOfTheModel",
+     {"calibrate", "model.toml", "--channel", "1", "--real-time", "--no-qualify", "--settle-time", "60000"},
+     "\nChannel 1: "},
+    {"waitOnHardware", {"run", "--hardware", "model-files.toml", "wait"}, "told its observer"},
+    {"sweepOnHardware", {"run", "--hardware", "model-files.toml", "sweep"}, "told its observer"},
+    {"repetitionOnHardware", {"run", "--hardware", "model-files.toml", "repeat"}, "told its observer"},
+    {"watchOnHardware", {"run", "--hardware", "model-files.toml", "watch"}, "told its observer"},
+    {"scriptOnStandardInput", {"run", "model-files.toml", "-"}, ""},
+    {"linesOnStandardInput", {"console", "model-files.toml"}, "The radio is up.\n"},
+    {"linesOnStandardInputOnHardware", {"console", "--hardware", "model-files.toml"}, "The radio is up.\n"}};
+
+INSTANTIATE_TEST_SUITE_P(Of, EveryWaitTest,
+                         testing::Combine(testing::ValuesIn(everyWait), Values(SIGINT, SIGTERM, SIGHUP)),
+                         [](const auto& test) {
+                             const int signal = std::get<1>(test.param);
+                             return std::string(std::get<0>(test.param).name) + (signal == SIGINT ? "AtSigint"
+                                                                                 : signal == SIGTERM
+                                                                                     ? "AtSigterm"
+                                                                                     : "AtSighup");
+                         });
 
 } // namespace

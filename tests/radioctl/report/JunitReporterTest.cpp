@@ -143,6 +143,7 @@ TEST_F(JunitReporterTest, XmlHasNothingInItThatNoDocumentMayHave) {
     EXPECT_EQ(inXml("<a b=\"c\" & 'd'>"), "&lt;a b=&quot;c&quot; &amp; 'd'&gt;");
     EXPECT_EQ(inXml("a\tb\nc\rd"), "a&#9;b&#10;c&#13;d");
     EXPECT_EQ(inXml(std::string_view("\0\x1b[2J", 5)), "\\x00\\x1b[2J");
+    EXPECT_EQ(inXml("\x7f\xC2\x9B\xE2\x80\xAE"), "\\x7f\\xc2\\x9b\\xe2\\x80\\xae");
     EXPECT_EQ(inXml("\xC3\xA4 \xE2\x82\xAC \xF0\x9F\x93\xA1"), "\xC3\xA4 \xE2\x82\xAC \xF0\x9F\x93\xA1");
     EXPECT_EQ(inXml("\xC3(\xFF\x80"), "\\xc3(\\xff\\x80");
     EXPECT_EQ(inXml("\xED\xA0\x80"), "\\xed\\xa0\\x80");
