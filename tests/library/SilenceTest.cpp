@@ -41,11 +41,12 @@ TEST_F(SilenceTest, RfModuleWithoutADriverSaysSoAtTheInformationLevelAlone) {
 TEST_F(SilenceTest, WhatWasNotWrittenForWantOfADriverWasNotRefusedEither) {
     FrequencyHandlerModule* cModule = nullptr;
     ASSERT_EQ(FrequencyHandler_Create(1, FrequencyHandlerRfModule, &cModule), ResultOk);
-    FrequencyHandlerTuning tuning{1, ResultFailed, 3};
+    FrequencyHandlerTuning tuning{1, ResultFailed, 3, 4};
     EXPECT_EQ(FrequencyHandler_Tune(cModule, FrequencyHandlerTx, 7442000), ResultOk);
     EXPECT_EQ(FrequencyHandler_GetTuning(cModule, FrequencyHandlerTx, &tuning), ResultOk);
     EXPECT_EQ(tuning.result, ResultOk);
     EXPECT_EQ(tuning.code, 0);
+    EXPECT_EQ(tuning.written, 0); // the one sign of it
     FrequencyHandler_Destroy(cModule);
     EXPECT_THAT(writes(), IsEmpty());
 }
