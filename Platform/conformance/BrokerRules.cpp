@@ -34,7 +34,10 @@ InterfaceBroker& broker() {
 }
 
 void publish(const std::string& name, IInterface& thing) {
-    hold(isSuccess(broker().registerInterface(name, &thing)), "publishing " + name + " fails");
+    constexpr std::size_t readable = 60;
+    const std::string shown =
+        name.size() > readable ? "a name of " + std::to_string(name.size()) + " letters" : name;
+    hold(isSuccess(broker().registerInterface(name, &thing)), "publishing " + shown + " fails");
 }
 
 void isOne(Adapter& /*adapter*/) {

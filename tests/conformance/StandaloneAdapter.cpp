@@ -81,5 +81,5 @@ private:
 
 int main(int argc, char** argv) {
     StandaloneAdapter adapter;
-    return Conformance::run(adapter, argc, argv);
+    Conformance::run(adapter, argc, argv);
 }
