@@ -121,6 +121,42 @@ void publishesTemperature(Adapter& /*adapter*/) {
          "no \"ITemperatureHandler\" of that type is found");
 }
 
+void entryMayHoldNothing(Adapter& /*adapter*/) {
+    static_cast<void>(broker().registerInterface("INothing_Of_Conformance", nullptr)); // or it is refused
+    hold(broker().findInterface("INothing_Of_Conformance") == nullptr, "something is found");
+    hold(broker().getInterface<Thing>("INothing_Of_Conformance") == nullptr, "something is seen");
+}
+
+void withdrawingNothingHarmsNothing(Adapter& /*adapter*/) {
+    Thing thing;
+    publish("IThing_Of_Conformance", thing);
+    static_cast<void>(broker().unregisterInterface("INobody_Published_This", nullptr));
+    static_cast<void>(broker().unregisterInterface("IThing_Of_Conformance_", nullptr));
+    hold(broker().findInterface("IThing_Of_Conformance") == &thing,
+         "after a name was withdrawn that nobody took, another is not found");
+}
+
+/** Says when it goes. */
+class Mortal : public virtual IInterface {
+public:
+    explicit Mortal(bool& isGone) : m_isGone(isGone) {}
+    Mortal(const Mortal&) = delete;
+    Mortal& operator=(const Mortal&) = delete;
+    ~Mortal() override { m_isGone = true; }
+
+private:
+    bool& m_isGone;
+};
+
+void ownsNothing(Adapter& /*adapter*/) {
+    bool isGone = false;
+    auto* const thing = new Mortal(isGone); // NOLINT(cppcoreguidelines-owning-memory): whoever takes it
+    publish("IThing_Of_Conformance", *thing);
+    static_cast<void>(broker().unregisterInterface("IThing_Of_Conformance", nullptr));
+    hold(!isGone, "what was withdrawn is destroyed");
+    delete thing; // NOLINT(cppcoreguidelines-owning-memory)
+}
+
 /** A handle, until it is given back. */
 class Handle {
 public:
@@ -150,6 +186,27 @@ void recordIsGiven(Adapter& /*adapter*/) {
 
 void absentRecordIsNone(Adapter& /*adapter*/) {
     hold(Handle().get("INobody_Published_This") == nullptr, "a record is given, and the answer is a success");
+}
+
+void objectWithoutRecordHasNone(Adapter& /*adapter*/) {
+    Thing thing;
+    class Unrecorded : public IInterface_c {
+    } unrecorded;
+    publish("IThing_Of_Conformance", thing);
+    publish("IUnrecorded_Of_Conformance", unrecorded);
+    hold(Handle().get("IThing_Of_Conformance") == nullptr,
+         "a record is given of an object that has no C view");
+    hold(Handle().get("IUnrecorded_Of_Conformance") == nullptr,
+         "a record is given of an object whose record is null");
+}
+
+void handlesAreApart(Adapter& /*adapter*/) {
+    Recorded thing;
+    publish("IThing_Of_Conformance", thing);
+    const Handle stays;
+    { const Handle goes; }
+    hold(stays.get("IThing_Of_Conformance") == thing.record(),
+         "after another handle was given back, nothing is found with this one");
 }
 
 void recordOutlivesHandle(Adapter& /*adapter*/) {
@@ -197,6 +254,14 @@ Rules brokerRules() {
          publishing, withdrawnIsNotFound},
         {"broker.withdrawing-tells-what", "Withdrawing gives back what the entry held, where it is asked.",
          "components that withdraw", withdrawingTellsWhat},
+        {"broker.entry-may-hold-nothing", "Under an entry that holds nothing, nothing is found.", lookingUp,
+         entryMayHoldNothing},
+        {"broker.withdrawing-nothing-harms-nothing",
+         "A name that nobody took can be withdrawn, and others stay.",
+         "FrequencyHandler, LoCancellation: withdrawing handlers that could not be published",
+         withdrawingNothingHarmsNothing},
+        {"broker.owns-nothing", "What is withdrawn is its owner's, and is not destroyed.", publishing,
+         ownsNothing},
         {"broker.types-are-seen", "An object is found as what it is, and not as what it is not.", lookingUp,
          typesAreSeen},
         {"broker.publishes-driver-layer",
@@ -209,6 +274,10 @@ Rules brokerRules() {
         {"c-broker.absent-record-is-none",
          "Under a name that nobody took it fails, or leaves the record null.", lookingUpInC,
          absentRecordIsNone},
+        {"c-broker.object-without-record-has-none", "An object without a C record has none.", lookingUpInC,
+         objectWithoutRecordHasNone},
+        {"c-broker.handles-are-apart", "A handle is good when another was given back.", lookingUpInC,
+         handlesAreApart},
         {"c-broker.record-outlives-handle", "A record is good after the handle was given back.", lookingUpInC,
          recordOutlivesHandle},
         {"c-broker.records-agree", "The C view of \"IDriverLayer\" is the record of the object.",

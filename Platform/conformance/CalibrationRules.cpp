@@ -1,6 +1,7 @@
 #include "CCalibrationHandler.h"
 #include "conformance/Rule.h"
 
+#include <array>
 #include <cstdlib>
 #include <limits>
 
@@ -95,10 +96,32 @@ void betweenIsBilinear(Adapter& adapter) {
 }
 
 void nullIsRefused(Adapter& /*adapter*/) {
-    int y = 0;
+    constexpr int before = 4711;
+    int y = before;
     hold(isFailure(CCalibrationTable_LinearInterpolate(nullptr, 0, &y)), "a line without a table succeeds");
+    holdSame("after a line without a table, the value that it was to store", y, before);
     hold(isFailure(CCalibrationTable_BiLinearInterpolate(nullptr, 0, 0, &y)),
          "a plane without a table succeeds");
+    holdSame("after a plane without a table, the value that it was to store", y, before);
+}
+
+void endsAreAnswered(Adapter& adapter) {
+    constexpr std::array<int, 4> far{std::numeric_limits<int>::min(), -21, 101,
+                                     std::numeric_limits<int>::max()};
+    putLine(adapter);
+    putPlane(adapter);
+    CalibrationTable* const table = findPut(line);
+    CalibrationTable* const both = findPut(plane);
+    for (const int x : far) {
+        int first = 0;
+        int second = 0;
+        hold(CCalibrationTable_LinearInterpolate(table, x, &first) ==
+                     CCalibrationTable_LinearInterpolate(table, x, &second) &&
+                 first == second,
+             "one place beyond the ends, " + std::to_string(x) + ", has two answers");
+        static_cast<void>(CCalibrationTable_BiLinearInterpolate(both, x, 0, &first));
+        static_cast<void>(CCalibrationTable_BiLinearInterpolate(both, 0, x, &first));
+    }
 }
 
 void handlesStay(Adapter& adapter) {
@@ -126,7 +149,13 @@ Rules calibrationRules() {
          corrections, axesHaveTheirOrder},
         {"calibration.between-is-bilinear", "Between four nodes it is interpolated along both axes.",
          corrections, betweenIsBilinear},
-        {"calibration.null-is-refused", "A null handle is a failure, and no crash.", either, nullIsRefused},
+        {"calibration.null-is-refused", "A null handle is a failure that stores nothing, and no crash.",
+         either, nullIsRefused},
+        {"calibration.ends-are-answered",
+         "Beyond the ends of an axis there is an answer, always the same, and no crash: at 0 kHz and 0 "
+         "degrees it "
+         "is asked for before the first carrier and the first temperature.",
+         either, endsAreAnswered},
         {"calibration.handles-stay", "A handle is good as long as the calibration handler is.", either,
          handlesStay},
     };

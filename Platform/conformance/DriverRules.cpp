@@ -45,6 +45,12 @@ void absentIsNone(Adapter& /*adapter*/) {
     hold(find("conformance.nobody.has.this") == nullptr, "a record is given, and the answer is a success");
 }
 
+void haveContext(Adapter& adapter) {
+    const DriverInterface& driver = put(adapter);
+    hold(driver.context != nullptr, "the record has a null context");
+    hold(driver.write != nullptr, "the record has no write");
+}
+
 void recordStays(Adapter& adapter) {
     DriverInterface& first = put(adapter);
     for (int n = 0; n < 100; ++n) {
@@ -124,6 +130,8 @@ Rules driverRules() {
     return {
         {"drivers.absent-is-none", "A driver that is not there gives a failure, or a null record.", lookingUp,
          absentIsNone},
+        {"drivers.have-a-context", "A driver's record has a context, and what it offers.",
+         "all lookups, which take one without a context for missing", haveContext},
         {"drivers.record-stays",
          "A driver's record stays where it is, and works, as long as the driver layer.", lookingUp,
          recordStays},

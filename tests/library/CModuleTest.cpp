@@ -248,6 +248,7 @@ TEST_F(CModuleTest, BoardWhoseLoIsGoneHasNothingOfTheCarrierWhateverElseItHas) {
         bootC(type);
         auto* const lo = platform.drivers().find(isInHz ? "channel.1.tx.rf.lo.frequency.in.hz"
                                                         : "channel.1.tx.rf.lo.frequency");
+        const DriverInterface whole = *lo->record();
         lo->record()->write = nullptr;
         lo->record()->writeBuffer = nullptr;
         expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultOk, 0, 0);
@@ -256,6 +257,7 @@ TEST_F(CModuleTest, BoardWhoseLoIsGoneHasNothingOfTheCarrierWhateverElseItHas) {
         refuse(Operation::driverWrite, "channel.1.tx.rf.pll.config");
         expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultFailed, driversCode, 0);
         platform.calls().clearAll();
+        *lo->record() = whole;
         FrequencyHandler_Destroy(cModule);
         cModule = nullptr;
     }
