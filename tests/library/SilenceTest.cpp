@@ -76,6 +76,30 @@ TEST_F(SilenceTest, TransmitterOfAMicrowaveBoardTunedBeforePhase11MissesItsTable
                     "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.Q (ECHResult = 0x8003)"));
 }
 
+TEST_F(SilenceTest, Phase5OfAReceiverWithOffsetArrayFailsWithoutAWordAtAnyThreshold) {
+    platform.trace().setThreshold(Standalone::TraceLevel::information);
+    for (const char* const variable : {"HwCodeDsp", "channel.1.rx.rf.frequency.cs.offset.arraysize",
+                                       "channel.1.rx.rf.frequency.cs.offset.array"}) {
+        build(FrequencyHandlerMicrowaveBoardHzCsOffset);
+        EXPECT_TRUE(run(11));
+        fail(Operation::variableAddress, variable, 0x8001);
+        forget();
+        EXPECT_FALSE(run(5)) << variable;
+        EXPECT_THAT(traces(), ElementsAre("information: onPhaseModuleStorageObjectsRetreived")) << variable;
+        platform.calls().clearAll();
+    }
+}
+
+TEST_F(SilenceTest, DriverThatLosesItsWriteAfterPhase11IsNotSaid) {
+    boot(FrequencyHandlerMicrowaveBoardIf);
+    for (const char* const driver : {"rf.lo.frequency", "if.frequency", "rf.pll.config", "rf.mixer.i"}) {
+        platform.drivers().find(std::string("channel.1.tx.") + driver)->record()->write = nullptr;
+    }
+    EXPECT_EQ(module->setTxFrequency(7442000), ResultOk);
+    EXPECT_THAT(writes(), ElementsAre("channel.1.tx.rf.mixer.q=12"));
+    EXPECT_THAT(traces(), IsEmpty());
+}
+
 TEST_F(SilenceTest, CompensationNamesNeitherDriverNorTableThatItMisses) {
     addCompensation(1);
     CTxIQImbalanceHandler handler(1);
