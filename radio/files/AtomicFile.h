@@ -27,7 +27,8 @@ namespace Radio {
  */
 class AtomicFile {
 public:
-    /** Opens the file. Throws InputError when it cannot be written there. */
+    /** Opens the file, and waits until somebody reads it if it is a pipe. Throws InputError when it cannot be
+     * written there; GivenUp, also later, when a signal ends a wait. */
     explicit AtomicFile(const std::filesystem::path& place);
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
@@ -43,6 +44,7 @@ public:
 
 private:
     [[noreturn]] void fail(const std::string& what, int reason) const;
+    int openPatiently() const;
     void openDirectly(int descriptor);
     void createBeside();
     void takeOver();
