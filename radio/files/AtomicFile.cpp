@@ -163,11 +163,12 @@ void AtomicFile::remarkOnWhatWasLeft() const {
     }
 }
 
-/** Has the file the owner, the group and the permissions of the one that it replaces, or of any new one. */
-void AtomicFile::takeOver() {
+/** Has the file the owner, the group and the permissions of the one that it replaces, or of any new one and
+ * those that its owner needs. */
+void AtomicFile::takeOver(mode_t needed) {
     struct stat old {};
     if (stat(m_place.c_str(), &old) != 0) {
-        static_cast<void>(fchmod(m_descriptor, usualPermissions()));
+        static_cast<void>(fchmod(m_descriptor, usualPermissions() | needed));
         return;
     }
     // Who may not give a file away keeps it; the group is asked for by itself.
@@ -195,7 +196,7 @@ void AtomicFile::remarkOnOwners(const std::pair<unsigned, unsigned>& before) con
 }
 
 void AtomicFile::commit() {
-    writeAll();
+    writeAll(0);
     if (!m_beside.empty()) {
         if (rename(m_beside.c_str(), m_place.c_str()) != 0) {
             fail("could not be written", errno);
@@ -209,7 +210,7 @@ void AtomicFile::commit() {
 }
 
 void AtomicFile::commitNew() {
-    writeAll();
+    writeAll(S_IRUSR | S_IWUSR);
     if (!m_beside.empty()) {
         if (!renameToNew(m_beside, m_place)) {
             fail("could not be written", errno);
@@ -220,7 +221,7 @@ void AtomicFile::commitNew() {
     }
 }
 
-void AtomicFile::writeAll() {
+void AtomicFile::writeAll(mode_t needed) {
     if (!m_stream.flush()) {
         if (m_stream.signal() != 0) {
             throw GivenUp({m_name.string(), 0}, m_stream.signal());
@@ -230,7 +231,7 @@ void AtomicFile::writeAll() {
     if (m_beside.empty()) {
         return;
     }
-    takeOver();
+    takeOver(needed);
     if (fsync(m_descriptor) != 0) {
         fail("could not be written", errno);
     }

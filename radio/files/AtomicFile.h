@@ -3,6 +3,8 @@
 
 #include "radio/files/DescriptorStream.h"
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <ostream>
 #include <string>
@@ -39,7 +41,8 @@ public:
     /** Puts the file in its place, on the disk. Throws InputError when something could not be written, or
      * when somebody put something else in the place where it was written. */
     void commit();
-    /** The same, where nothing is yet; throws also when something is there by now. */
+    /** The same, where nothing is yet, for a file that is written on: its owner may, whatever the umask says.
+     * Throws also when something is there by now. */
     void commitNew();
 
 private:
@@ -47,10 +50,10 @@ private:
     int openPatiently() const;
     void openDirectly(int descriptor);
     void createBeside();
-    void takeOver();
+    void takeOver(mode_t needed);
     void remarkOnOwners(const std::pair<unsigned, unsigned>& before) const;
     void remarkOnWhatWasLeft() const;
-    void writeAll();
+    void writeAll(mode_t needed);
     bool isStillBeside() const;
 
     /** As the user calls it. */
