@@ -117,7 +117,8 @@ const std::vector<APipe> everyPipe{
     {"boardThatIsAudited", {"plan", "audit", "pipe"}},
     {"boardThatIsExplained", {"plan", "explain", "pipe", "--channel", "1", "--tx", "18 GHz"}},
     {"boardWhoseTablesAreLookedAt", {"tables", "lint", "pipe"}},
-    {"boardWhoseTablesAreExplained", {"tables", "why", "pipe", "--channel", "1", "--frequency", "18 GHz"}},
+    {"boardWhoseTablesAreExplained",
+     {"tables", "why", "pipe", "--channel", "1", "--frequency", "18 GHz", "--temperature", "20"}},
     {"tablesThatAreCompared", {"tables", "diff", "pipe", "model.toml"}},
     {"boardOfAReplay", {"thermal", "pipe", "log.csv"}},
     {"boardThatIsCalibrated", {"calibrate", "pipe", "--channel", "1"}},
@@ -147,6 +148,19 @@ TEST_F(WaitingProgramTest, PipeIsNoJournalAndNotWaitedFor) {
         runProgram({{"calibrate", "model.toml", "--channel", "1", "--out", "t.csv", "--journal", "pipe"}});
     EXPECT_EQ(ending.errors, "radioctl: pipe: no ordinary file, expected a calibration journal\n");
     EXPECT_EQ(ending.exitCode, 3);
+}
+
+TEST_F(WaitingProgramTest, InterruptAtThePromptEndsAnIncludeThatIsWaitedFor) {
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    Process radioctl(Invocation{{"console", "board.toml"}, {}, true});
+    ASSERT_TRUE(radioctl.waitFor("radio> "));
+    radioctl.type("include pipe\n");
+    ASSERT_TRUE(radioctl.waitFor("include pipe"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    radioctl.signal(SIGINT);
+    ASSERT_TRUE(radioctl.waitFor("radio> "));
+    radioctl.type("quit\n");
+    EXPECT_EQ(radioctl.finish().exitCode, 0);
 }
 
 TEST_F(WaitingProgramTest, PipeThatIsReadGetsTheLines) {
