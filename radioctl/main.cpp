@@ -1,10 +1,11 @@
 #include "radio/files/AtomicFile.h"
-#include "radio/files/TextFile.h"
+#include "radio/files/FileWait.h"
 #include "radioctl/calibrate/CalibrationCommandLine.h"
 #include "radioctl/calibrate/QualificationCommandLine.h"
 #include "radioctl/check/CheckCommandLine.h"
 #include "radioctl/completion/CompletionCommandLine.h"
 #include "radioctl/console/Interrupt.h"
+#include "radioctl/console/PatientOutput.h"
 #include "radioctl/describe/DescribeCommandLine.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/options/ExitCodes.h"
@@ -17,9 +18,12 @@
 #include "radioctl/tables/TablesCommandLine.h"
 #include "radioctl/thermal/ThermalCommandLine.h"
 
+#include <unistd.h>
+
 #include <array>
 #include <csignal>
 #include <exception>
+#include <iostream>
 
 namespace Radio {
 
@@ -71,8 +75,11 @@ int main(int argc, char** argv) {
     // How a program ended that this one has started is to be learnt, also when whoever started it asks not to
     // be told.
     static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
-    Radio::setReadingWait(&Radio::waitForReading);
+    Radio::setFileWait(&Radio::waitForFileOrSignal);
     Radio::setFileRemark(&Radio::warnOnce);
+    // As long as signals are held back, nobody who does not read is waited for.
+    const Radio::PatientOutput errors(std::cerr, STDERR_FILENO);
+    const Radio::PatientOutput output(std::cout, STDOUT_FILENO);
     try {
         return Radio::checkedOutput(Radio::runCommandLine(argc, argv));
     } catch (const std::exception& error) {

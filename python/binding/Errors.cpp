@@ -1,11 +1,13 @@
 #include "python/binding/Errors.h"
 
+#include "python/binding/Patience.h"
 #include "python/binding/Values.h"
 #include "radio/files/InputError.h"
 #include "radio/session/BootedRadio.h"
 #include "radio/text/WordError.h"
 
 #include <exception>
+#include <optional>
 
 namespace Radio::Python {
 
@@ -22,6 +24,12 @@ void raise(const char* name, const Arguments&... arguments) {
 void raiseKnown(const std::exception_ptr& thrown) {
     try {
         std::rethrow_exception(thrown);
+    } catch (const GivenUp& error) {
+        if (std::optional<py::error_already_set> raised = takeRaisedInWait()) {
+            raised->restore();
+        } else {
+            raise("ClosedError", text(error.what()));
+        }
     } catch (const ChoiceError& error) {
         raise("ChoiceError", text(error.what()), toPython(error.place()), text(error.text()),
               text(error.choice()), text(error.among()));

@@ -3,8 +3,12 @@
 #include "python/binding/Errors.h"
 #include "python/binding/Unlocked.h"
 
+#include <poll.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <csignal>
 #include <utility>
 
 namespace Radio::Python {
@@ -13,6 +17,24 @@ namespace {
 
 /** Often enough that nobody waits for Ctrl-C, and seldom enough that the lock costs nothing. */
 constexpr std::chrono::milliseconds interval(50);
+
+/** Of the first thread, which alone hears of signals; not destroyed, since the interpreter may be gone then.
+ */
+std::optional<py::error_already_set>& raisedInWait() {
+    static auto* const raised = new std::optional<py::error_already_set>();
+    return *raised;
+}
+
+/** Whether a handler of signals raised something. */
+bool hasRaised() {
+    requireInterpreter();
+    const py::gil_scoped_acquire lock;
+    if (PyErr_CheckSignals() == 0) {
+        return false;
+    }
+    raisedInWait().emplace();
+    return true;
+}
 
 } // namespace
 
@@ -74,6 +96,11 @@ void Patience::finish(const py::tuple& arguments) {
 
 py::object Patience::raised() {
     if (!m_error) {
+        if (std::optional<py::error_already_set> raised = takeRaisedInWait()) {
+            m_error.emplace(std::move(*raised));
+        }
+    }
+    if (!m_error) {
         keep([] {
             if (PyErr_CheckSignals() != 0) {
                 throw py::error_already_set();
@@ -100,6 +127,31 @@ void Patience::rethrow() {
         throw py::error_already_set(std::move(*m_error));
     }
     throw Closed("the interpreter is about to end, expected nothing to be begun any more");
+}
+
+int waitForFileOrPython(FileUse use, int descriptor, std::chrono::milliseconds most) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + most;
+    pollfd wanted{descriptor, static_cast<short>(use == FileUse::reading ? POLLIN : POLLOUT), 0};
+    for (;;) {
+        const int ready = poll(&wanted, 1, static_cast<int>(std::min(most, interval).count()));
+        if (ready > 0) {
+            return 0;
+        }
+        if (isLeaving() && syscall(SYS_gettid) != getpid()) {
+            return SIGTERM;
+        }
+        if (hasRaised()) {
+            return SIGINT;
+        }
+        if (Clock::now() >= end) {
+            return 0;
+        }
+    }
+}
+
+std::optional<py::error_already_set> takeRaisedInWait() {
+    return std::exchange(raisedInWait(), std::nullopt);
 }
 
 } // namespace Radio::Python

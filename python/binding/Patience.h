@@ -2,6 +2,7 @@
 #define PYTHON_BINDING_PATIENCE_H
 
 #include "python/binding/Values.h"
+#include "radio/files/FileWait.h"
 
 #include <sys/types.h>
 
@@ -57,6 +58,13 @@ private:
     bool m_isCancelled = false;
     std::optional<py::error_already_set> m_error;
 };
+
+/** For setFileWait(): Ctrl-C, and what else a handler of signals raises, ends a wait, as the end of the
+ * interpreter does on other threads. Gives a signal then, and keeps what was raised. May be called with the
+ * lock or without. */
+int waitForFileOrPython(FileUse use, int descriptor, std::chrono::milliseconds most);
+/** What was raised while a file was waited for, and nobody took yet. With the interpreter's lock. */
+std::optional<py::error_already_set> takeRaisedInWait();
 
 } // namespace Radio::Python
 

@@ -1,5 +1,6 @@
 #include "radio/files/AtomicFile.h"
 
+#include "radio/files/FileWait.h"
 #include "radio/files/InputError.h"
 #include "radio/files/Rename.h"
 #include "radio/text/Words.h"
@@ -10,6 +11,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <string>
 #include <string_view>
@@ -93,7 +95,7 @@ AtomicFile::AtomicFile(const fs::path& place) : m_name(place) {
     if (isThere && isStandardOutput(place)) {
         openDirectly(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0));
     } else if (isThere && !S_ISREG(status.st_mode)) {
-        openDirectly(open(place.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC));
+        openDirectly(openPatiently());
     } else if (isThere && !mayReplace(m_place, status)) {
         fail("belongs to somebody else, in a directory where only its owner may replace it", 0);
     } else {
@@ -107,6 +109,24 @@ AtomicFile::~AtomicFile() {
     }
     if (m_descriptor != -1) {
         close(m_descriptor);
+    }
+}
+
+/** A pipe is waited for until somebody reads it, or a signal comes. */
+int AtomicFile::openPatiently() const {
+    constexpr std::chrono::milliseconds pause(50);
+    for (;;) {
+        const int descriptor = open(m_name.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+        const int reason = errno;
+        struct stat status {};
+        if (descriptor != -1 || reason != ENXIO || stat(m_name.c_str(), &status) != 0 ||
+            !S_ISFIFO(status.st_mode)) {
+            errno = reason;
+            return descriptor;
+        }
+        if (const int signal = waitForFile(FileUse::writing, -1, pause)) {
+            throw GivenUp({m_name.string(), 0}, signal);
+        }
     }
 }
 
@@ -143,11 +163,12 @@ void AtomicFile::remarkOnWhatWasLeft() const {
     }
 }
 
-/** Has the file the owner, the group and the permissions of the one that it replaces, or of any new one. */
-void AtomicFile::takeOver() {
+/** Has the file the owner, the group and the permissions of the one that it replaces, or of any new one and
+ * those that its owner needs. */
+void AtomicFile::takeOver(mode_t needed) {
     struct stat old {};
     if (stat(m_place.c_str(), &old) != 0) {
-        static_cast<void>(fchmod(m_descriptor, usualPermissions()));
+        static_cast<void>(fchmod(m_descriptor, usualPermissions() | needed));
         return;
     }
     // Who may not give a file away keeps it; the group is asked for by itself.
@@ -175,7 +196,7 @@ void AtomicFile::remarkOnOwners(const std::pair<unsigned, unsigned>& before) con
 }
 
 void AtomicFile::commit() {
-    writeAll();
+    writeAll(0);
     if (!m_beside.empty()) {
         if (rename(m_beside.c_str(), m_place.c_str()) != 0) {
             fail("could not be written", errno);
@@ -189,7 +210,7 @@ void AtomicFile::commit() {
 }
 
 void AtomicFile::commitNew() {
-    writeAll();
+    writeAll(S_IRUSR | S_IWUSR);
     if (!m_beside.empty()) {
         if (!renameToNew(m_beside, m_place)) {
             fail("could not be written", errno);
@@ -200,14 +221,17 @@ void AtomicFile::commitNew() {
     }
 }
 
-void AtomicFile::writeAll() {
+void AtomicFile::writeAll(mode_t needed) {
     if (!m_stream.flush()) {
+        if (m_stream.signal() != 0) {
+            throw GivenUp({m_name.string(), 0}, m_stream.signal());
+        }
         fail("could not be written", m_stream.reason());
     }
     if (m_beside.empty()) {
         return;
     }
-    takeOver();
+    takeOver(needed);
     if (fsync(m_descriptor) != 0) {
         fail("could not be written", errno);
     }
@@ -229,7 +253,15 @@ void AtomicFile::fail(const std::string& what, int reason) const {
 }
 
 void requireWritable(const fs::path& file) {
-    if (!file.empty()) {
+    struct stat status {};
+    const bool isThere = !file.empty() && stat(file.c_str(), &status) == 0;
+    if (isThere && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
+        // Who reads a pipe would take the end of an attempt for that of what is to come.
+        if (access(file.c_str(), W_OK) != 0) {
+            throw InputError({file.string(), 0},
+                             "cannot be written: " + std::generic_category().message(errno));
+        }
+    } else if (!file.empty()) {
         const AtomicFile attempt(file);
     }
 }

@@ -3,6 +3,8 @@
 
 #include "radio/files/DescriptorStream.h"
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <ostream>
 #include <string>
@@ -27,7 +29,8 @@ namespace Radio {
  */
 class AtomicFile {
 public:
-    /** Opens the file. Throws InputError when it cannot be written there. */
+    /** Opens the file, and waits until somebody reads it if it is a pipe. Throws InputError when it cannot be
+     * written there; GivenUp, also later, when a signal ends a wait. */
     explicit AtomicFile(const std::filesystem::path& place);
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
@@ -38,17 +41,19 @@ public:
     /** Puts the file in its place, on the disk. Throws InputError when something could not be written, or
      * when somebody put something else in the place where it was written. */
     void commit();
-    /** The same, where nothing is yet; throws also when something is there by now. */
+    /** The same, where nothing is yet, for a file that is written on: its owner may, whatever the umask says.
+     * Throws also when something is there by now. */
     void commitNew();
 
 private:
     [[noreturn]] void fail(const std::string& what, int reason) const;
+    int openPatiently() const;
     void openDirectly(int descriptor);
     void createBeside();
-    void takeOver();
+    void takeOver(mode_t needed);
     void remarkOnOwners(const std::pair<unsigned, unsigned>& before) const;
     void remarkOnWhatWasLeft() const;
-    void writeAll();
+    void writeAll(mode_t needed);
     bool isStillBeside() const;
 
     /** As the user calls it. */

@@ -115,6 +115,35 @@ TEST_F(LeaveTest, InstrumentThatWasOffAndOnAgainUnnoticedIsWritten) {
               (Lines{"lost amplifier: connection reset by peer (ECONNRESET)", "back amplifier"}));
 }
 
+/** Each time between the write and its answer: the last value may have come, or not. */
+TEST_F(LeaveTest, ConnectionThatBreaksBetweenWriteAndAnswerHasTheWriteRepeated) {
+    addAmplifier(milliseconds(5000));
+    up();
+    EXPECT_EQ(write("power", 1), 0);
+    instrument.heard();
+    instrument.setScript([breaks = 3](const std::string& line) mutable {
+        const bool hangsUp = line == "OUTP 0" && breaks-- > 0;
+        return Reaction{line == "E?" ? "0\n" : "", milliseconds(0), hangsUp};
+    });
+    const auto writes = hardware->leave();
+    ASSERT_EQ(writes.size(), 1U);
+    EXPECT_EQ(writes[0].code, 0);
+    EXPECT_EQ(instrument.heard(), (Lines{"OUTP 0", "OUTP 0", "OUTP 0", "OUTP 0", "E?"}));
+    EXPECT_EQ(instrument.connections(), 4);
+}
+
+TEST_F(LeaveTest, ConnectionThatAlwaysBreaksIsGivenUpAtItsTimeLimit) {
+    addAmplifier(milliseconds(300));
+    up();
+    EXPECT_EQ(write("power", 1), 0);
+    instrument.setScript([](const std::string&) { return Reaction{"", milliseconds(50), true}; });
+    const auto writes = hardware->leave();
+    ASSERT_EQ(writes.size(), 1U);
+    EXPECT_EQ(writes[0].code, 0x8100 + ECONNRESET);
+    EXPECT_GT(instrument.connections(), 2);
+    EXPECT_LT(instrument.connections(), 20);
+}
+
 TEST_F(LeaveTest, WhatIsWithinReachIsWrittenBeforeAnythingIsWaitedFor) {
     description.devices.push_back({"away", Devices::DeviceDescription::Kind::scpi,
                                    "127.0.0.1:" + std::to_string(freePort()), milliseconds(600)});

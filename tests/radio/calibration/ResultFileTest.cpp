@@ -140,6 +140,14 @@ TEST_F(ResultFileTest, SerialStaysOnOneLine) {
     EXPECT_EQ(readBack(result).serial, "A: \"B\", C\\x0a18000000,-33,0,0");
 }
 
+TEST_F(ResultFileTest, TextIsNoFormulaToASpreadsheet) {
+    Result result = someResult();
+    result.serial = "A,=1+1";
+    result.station = "B;@SUM(A1)";
+    EXPECT_NE(written(result).find("# serial: A,'=1+1\n# station: B;'@SUM(A1)\n"), std::string::npos);
+    EXPECT_EQ(readBack(result).serial, "A,'=1+1");
+}
+
 TEST_F(ResultFileTest, PointThatFailedIsNotWritten) {
     Result result = someResult();
     result.points[1].state = PointState::failed;

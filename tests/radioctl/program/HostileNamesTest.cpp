@@ -145,6 +145,7 @@ TEST_F(HostileNamesTest, NamesOfABoardAreShownHarmlesslyByEveryVerb) {
     expectHarmlessBothWays({"check", "board.toml"});
     expectHarmlessBothWays({"check", "--all", "board.toml"});
     expectHarmlessBothWays({"plan", "audit", "board.toml", "--csv", "audit.csv"});
+    expectHarmlessFile("audit.csv");
     expectHarmlessBothWays({"plan", "explain", "board.toml", "--channel", "1", "--tx", "18 GHz"});
     expectHarmlessBothWays({"tables", "lint", "board.toml"});
     expectHarmlessBothWays({"tables", "diff", "board.toml", "board.channel-1.csv"});
@@ -187,6 +188,7 @@ TEST_F(HostileNamesTest, FileNamesAreShownHarmlesslyByEveryVerb) {
     expectHarmlessBothWays({"check", "--hardware", file});
     expectHarmlessBothWays({"run", "--hardware", file, hostile});
     expectHarmlessBothWays({"plan", "audit", file});
+    expectHarmless({"plan", "audit", file, "--csv", "-"});
     expectHarmlessBothWays({"plan", "explain", file, "--channel", "1", "--tx", "18 GHz"});
     expectHarmlessBothWays({"tables", "lint", file, csv});
     expectHarmlessBothWays({"tables", "diff", file, csv});

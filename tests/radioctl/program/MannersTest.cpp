@@ -415,6 +415,15 @@ TEST_F(MannersTest, HistoryIsPutInThePlaceOfALinkAndNotWrittenThroughIt) {
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(other), {}), "precious");
 }
 
+TEST_F(MannersTest, HistoryThatIsAPipeIsNotWaitedFor) {
+    std::filesystem::create_directory("radioctl");
+    ASSERT_EQ(mkfifo("radioctl/history", 0600), 0);
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    process.type(endOfInput);
+    EXPECT_EQ(process.finish().exitCode, 0);
+}
+
 TEST_F(MannersTest, FolderOfTheHistoryIsTheUsersAlone) {
     Process process(consoleAtTerminal());
     ASSERT_TRUE(process.waitFor("radio> "));

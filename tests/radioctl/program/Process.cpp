@@ -201,6 +201,18 @@ bool Process::readMore() {
     return true;
 }
 
+bool Process::waitUntilItEnded() const {
+    for (int turn = 0; turn < 1000; ++turn) {
+        siginfo_t info{};
+        if (waitid(P_PID, static_cast<id_t>(m_pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+            info.si_pid == m_pid) {
+            return true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
+}
+
 bool Process::waitFor(const std::string& text) {
     std::size_t found = m_ending.output.find(text, m_seen);
     while (found == std::string::npos) {
