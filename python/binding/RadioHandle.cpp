@@ -43,11 +43,13 @@ RadioHandle::RadioHandle(std::shared_ptr<const Board> board, bool isHardware, Or
       m_check(*m_board),
       m_stage(named("a radio", *m_board)),
       m_guard(*m_board, isHardware && m_board->hardware.description.sensor.has_value()) {
-    unlocked([&] { boot(isHardware, trace); });
-    m_boot = std::move(m_report);
-    if (PyErr_CheckSignals() != 0) { // the hardware is left by its bench
-        throw py::error_already_set();
+    Patience patience;
+    {
+        const Asking asking(*this, patience);
+        waiting(patience, [&] { boot(isHardware, trace); });
     }
+    m_boot = std::move(m_report);
+    patience.throwRaised(); // the hardware is left by its bench
     theRadio = this;
 }
 
