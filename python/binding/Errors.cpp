@@ -23,18 +23,25 @@ void raise(const char* name, const Arguments&... arguments) {
 
 /** What a message says was expected, or None; not what somebody's own words say, which stand in quotes. */
 py::object expectedIn(std::string_view message) {
-    constexpr std::string_view word = "expected ";
+    constexpr std::string_view word = "expected";
     const auto isQuoted = [message](std::size_t at) {
         return std::count(message.begin(), message.begin() + static_cast<std::ptrdiff_t>(at), '"') % 2 != 0;
     };
+    const auto isWord = [&](std::size_t at) {
+        const std::string_view behind = message.substr(at + word.size());
+        return (at == 0 || message[at - 1] == ' ') && !behind.empty() && (behind[0] == ' ' || behind[0] == ':');
+    };
     std::size_t at = message.rfind(word);
-    while (at != std::string_view::npos && (isQuoted(at) || (at != 0 && message[at - 1] != ' '))) {
+    while (at != std::string_view::npos && (isQuoted(at) || !isWord(at))) {
         at = at == 0 ? std::string_view::npos : message.rfind(word, at - 1);
     }
     if (at == std::string_view::npos) {
         return py::none();
     }
-    const std::size_t begin = at + word.size();
+    const std::size_t begin = message.find_first_not_of(": ", at + word.size());
+    if (begin == std::string_view::npos) {
+        return py::none();
+    }
     std::size_t end = message.find(", found ", begin);
     while (end != std::string_view::npos && isQuoted(end)) {
         end = message.find(", found ", end + 1);

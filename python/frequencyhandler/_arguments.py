@@ -136,7 +136,8 @@ def khz(name: str, value: Any) -> int:
         try:
             return _engine.khz(text(name, value))
         except ArgumentError as error:
-            raise ArgumentError(f"{name}: {error}", error.expected) from None
+            unit = ', or a unit, as in "7.442 GHz"' if error.expected and not any(map(str.isalpha, value)) else ""
+            raise ArgumentError(f"{name}: {error}{unit}", f"{error.expected}{unit}" if unit else error.expected) from None
     if isinstance(value, float):
         raise wrong_type(name, value, 'whole kHz, or a text with a unit such as "7.442 GHz"')
     return whole(name, value, UINT32)

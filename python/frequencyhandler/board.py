@@ -58,7 +58,7 @@ class Raster:
     channel_spacings: Tuple[int, ...]
 
 
-@dataclass(frozen=True, eq=False)
+@dataclass(frozen=True, eq=False, repr=False)
 class Table:
     """A calibration table, with arrays of int32.
 
@@ -78,6 +78,14 @@ class Table:
     def is_there(self) -> bool:
         """False for a table that is to come from a file that is not there: nothing has been calibrated yet."""
         return self.axis1.size > 0
+
+    def __repr__(self) -> str:
+        origin = f" of {self.file!r}" if self.file else ""
+        if not self.is_there:
+            return f"<Table, nothing calibrated yet{origin}>"
+        return (f"<Table of {' x '.join(map(str, self.values.shape))} values from {self.values.min()} to {self.values.max()}, "
+                f"axis 1 from {self.axis1[0]} to {self.axis1[-1]}"
+                f"{'' if self.axis2 is None else f', axis 2 from {self.axis2[0]} to {self.axis2[-1]}'}{origin}>")
 
 
 def _whole_numbers(name: str, value: Any, dimensions: Tuple[int, ...]) -> npt.NDArray[np.int32]:

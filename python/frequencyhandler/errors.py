@@ -75,15 +75,27 @@ class InputError(Error, ValueError):
         self.expected = expected
 
 
+#: What the arguments are with which something is chosen.
+_CHOICES = {
+    "restart": 'beginning="restart" begins anew',
+    "put away": 'beginning="restart" keeps it as a backup and begins anew',
+    "resume or restart": 'beginning="resume" goes on with it, beginning="restart" keeps it as a backup and begins anew',
+    "hardware or restart": 'hardware=True goes on with it, beginning="restart" begins anew',
+}
+
+
 class ChoiceError(InputError):
     """Input that could be used if something had been asked for otherwise.
 
-    ``choice`` names what: "temperatures", "step", "restart"; ``among`` says which values there are, and may be empty.
+    ``choice`` names what: "temperatures", "step", "restart"; ``among`` says which values there are, and may be empty. The
+    message ends with the argument that says it.
     """
 
     def __init__(self, message: str, place: Place, text: str, choice: str, among: str,
                  expected: Optional[str] = None) -> None:
-        super().__init__(message, place, text, expected)
+        argument = choice.replace("-", "_") + "=..." + (f" with {among}" if among else "")
+        way = _CHOICES.get(choice)
+        super().__init__(f"{message}; {way}" if way else f"{message}, or {argument}", place, text, expected or way or argument)
         self._given = (message, place, text, choice, among, expected)
         self.choice = choice
         self.among = among

@@ -263,8 +263,20 @@ def _replayed(file: str, event: Dict[str, Any]) -> Replayed:
                     difference=rest or None)
 
 
-def _results(process: subprocess.Popen[bytes], files: List[str], results: List[Replayed], reporter: Reporter,
-             wants_end: Callable[[], bool]) -> bool:
+def _take(program: str, line: bytes, files: List[str], results: List[Replayed]) -> bool:
+    """Takes a line of what ``program`` answers; whether it was a result."""
+    try:
+        event = json.loads(line)
+        if event["event"] != "replayed_recording":
+            return False
+        results.append(_replayed(files[len(results)], event))
+    except (ValueError, LookupError, TypeError) as error:
+        raise RadioError(f"radioctl replay: an answer that is none, expected that of {shown(program)}") from error
+    return True
+
+
+def _results(process: subprocess.Popen[bytes], program: str, files: List[str], results: List[Replayed],
+             reporter: Reporter, wants_end: Callable[[], bool]) -> bool:
     """Gathers what a process says; whether it came to its end."""
     assert process.stdout is not None
     rest = b""
@@ -274,9 +286,7 @@ def _results(process: subprocess.Popen[bytes], files: List[str], results: List[R
         piece = os.read(process.stdout.fileno(), 65536)
         *lines, rest = (rest + piece).split(b"\n")
         for line in [*lines, rest] if not piece and rest else lines:
-            event = json.loads(line)
-            if event["event"] == "replayed_recording":
-                results.append(_replayed(files[len(results)], event))
+            if _take(program, line, files, results):
                 reporter.tell(Progress(len(results), len(files), "recordings"))
         if not piece:
             return True
@@ -308,8 +318,8 @@ def replay(*files: PathLike, radioctl: PathLike = "radioctl", progress: Progress
     with Reporter(progress, "recordings") as reporter, tempfile.TemporaryFile() as said, \
             subprocess.Popen([program, "replay", "--json", "--", *names], stdout=subprocess.PIPE, stderr=said) as process:
         try:
-            if not _results(process, [name.decode("utf-8", "surrogateescape") for name in names], results, reporter,
-                            wants_end):
+            if not _results(process, program, [name.decode("utf-8", "surrogateescape") for name in names], results,
+                            reporter, wants_end):
                 process.send_signal(signal.SIGINT)
                 process.wait()
                 return tuple(results)
@@ -317,9 +327,6 @@ def replay(*files: PathLike, radioctl: PathLike = "radioctl", progress: Progress
             process.send_signal(signal.SIGINT)
             process.wait()
             finish(tuple(results), raised, "the replay")
-        except (ValueError, LookupError, TypeError) as error:
-            process.kill()
-            raise RadioError(f"radioctl replay: an answer that is none, expected that of {shown(program)}") from error
         except BaseException:
             process.kill()
             raise
