@@ -6,7 +6,7 @@ import math
 import threading
 import time
 from collections import deque
-from typing import TYPE_CHECKING, Any, Callable, Deque, Iterator, List, Optional, Sequence, Tuple, Type
+from typing import TYPE_CHECKING, Any, Callable, Deque, Iterator, List, Optional, Sequence, Tuple, Type, TypeVar
 from weakref import WeakSet
 
 from ._arguments import shown, wrong, wrong_type
@@ -19,6 +19,9 @@ if TYPE_CHECKING:
 
 __all__ = ["Events", "Subscription"]
 
+#: Of the kind that was asked for.
+Happened = TypeVar("Happened", bound=Event)
+
 #: So many commands may functions carry out that are told of the events of one: more go in a circle.
 FURTHER = 1000
 
@@ -28,7 +31,7 @@ class Subscription(Tied):
 
     __slots__ = ("_listeners", "_callback", "_kinds")
 
-    def __init__(self, listeners: Listeners, callback: Callable[[Event], Any], kinds: Tuple[Type[Any], ...]) -> None:
+    def __init__(self, listeners: Listeners, callback: Callable[[Any], Any], kinds: Tuple[Type[Any], ...]) -> None:
         self._listeners = listeners
         self._callback = callback
         self._kinds = kinds
@@ -55,13 +58,13 @@ class Listeners:
 
     def __init__(self) -> None:
         self._subscriptions: List[Subscription] = []
-        self._iterators: WeakSet[Events] = WeakSet()
+        self._iterators: WeakSet[Events[Any]] = WeakSet()
         self._waiting: Deque[Event] = deque()
         self._lock = threading.Lock()
         self._teller: Optional[int] = None
         self._further = 0
 
-    def add(self, callback: Callable[[Event], Any], kinds: Tuple[Type[Any], ...]) -> Subscription:
+    def add(self, callback: Callable[[Any], Any], kinds: Tuple[Type[Any], ...]) -> Subscription:
         subscription = Subscription(self, callback, kinds)
         self._subscriptions.append(subscription)
         return subscription
@@ -73,13 +76,13 @@ class Listeners:
     def has(self, subscription: Subscription) -> bool:
         return subscription in self._subscriptions
 
-    def add_iterator(self, events: Events) -> None:
+    def add_iterator(self, events: Events[Any]) -> None:
         self._iterators.add(events)
 
-    def has_iterator(self, events: Events) -> bool:
+    def has_iterator(self, events: Events[Any]) -> bool:
         return events in self._iterators
 
-    def remove_iterator(self, events: Events) -> None:
+    def remove_iterator(self, events: Events[Any]) -> None:
         self._iterators.discard(events)
 
     def are_there(self) -> bool:
@@ -158,7 +161,7 @@ def _end(name: str, seconds: Optional[float]) -> float:
     return time.monotonic() + min(seconds, threading.TIMEOUT_MAX)
 
 
-class Events(Tied, Iterator[Event]):
+class Events(Tied, Iterator[Happened]):
     """Events of a radio from when it was made, each given once. It ends where nothing more has happened yet, and goes on
     when something has: a ``for`` over it goes through what is there. :meth:`wait` and :meth:`within` wait for what is to
     happen. What was not fetched when the radio was closed is still there. It gathers as long as anybody has it, or until
@@ -167,7 +170,7 @@ class Events(Tied, Iterator[Event]):
     __slots__ = ("_waiting", "_radio", "_kinds", "_changed", "__weakref__")
 
     def __init__(self, radio: Radio, kinds: Tuple[Type[Any], ...]) -> None:
-        self._waiting: Deque[Event] = deque()
+        self._waiting: Deque[Any] = deque()
         self._radio = radio
         self._kinds = kinds
         self._changed = threading.Condition()
@@ -187,14 +190,15 @@ class Events(Tied, Iterator[Event]):
             except (BusyError, ClosedError):  # who drives it is told what happens meanwhile, and this then
                 pass
 
-    def __next__(self) -> Event:
+    def __next__(self) -> Happened:
         self._look()
         try:
-            return self._waiting.popleft()
+            happened: Happened = self._waiting.popleft()
         except IndexError:
             raise StopIteration from None
+        return happened
 
-    def wait(self, timeout: Optional[float] = None) -> Event:
+    def wait(self, timeout: Optional[float] = None) -> Happened:
         """The next event, which is waited for: at most ``timeout`` seconds, or as long as it takes. What real hardware and its
         sensor do happens by itself; all else while another thread drives the radio, and is told when its command is done.
 
@@ -214,7 +218,8 @@ class Events(Tied, Iterator[Event]):
             self._look()
             with self._changed:
                 if self._waiting:
-                    return self._waiting.popleft()
+                    happened: Happened = self._waiting.popleft()
+                    return happened
                 if self._radio.is_closed or not self._radio._listeners.has_iterator(self):
                     raise ClosedError("nothing more happens: the radio or the iterator is closed")
                 left = end - time.monotonic()
@@ -222,12 +227,12 @@ class Events(Tied, Iterator[Event]):
                     raise TimedOut(f"no event within {timeout} s")
                 self._changed.wait(min(left, _TURN))
 
-    def within(self, seconds: float) -> Iterator[Event]:
+    def within(self, seconds: float) -> Iterator[Happened]:
         """The events as they happen, each as soon as it does, until so many seconds are over or the radio is closed."""
         end = _end("seconds", seconds)
         return self._until(end)
 
-    def _until(self, end: float) -> Iterator[Event]:
+    def _until(self, end: float) -> Iterator[Happened]:
         while True:
             try:
                 happened = self.wait(max(0.0, end - time.monotonic()))

@@ -7,7 +7,7 @@ import os
 import warnings
 import weakref
 from types import TracebackType
-from typing import Any, Callable, List, Optional, Sequence, Tuple, Type, Union, get_args
+from typing import Any, Callable, List, Optional, Sequence, Tuple, Type, Union, get_args, overload
 
 from . import _engine
 from ._arguments import (CHANNELS, UINT32, Frequency, direction as checked_direction, flag, function, khz, shown, text,
@@ -19,7 +19,7 @@ from .errors import ClosedError, CommandFailed, RadioError, finish
 from .events import Event, Listing, Outcome, Phase, Trace, events_of
 from .expectations import Expectations, judge
 from .faults import Faults
-from .listening import Events, Listeners, Subscription
+from .listening import Events, Happened, Listeners, Subscription
 
 __all__ = ["Radio"]
 
@@ -222,12 +222,30 @@ class Radio(Tied):
         """Expectations of the radio and its last command, which raise :class:`ExpectationFailed`."""
         return Expectations(self)
 
-    def events(self, *kinds: Type[Any]) -> Events:
+    @overload
+    def events(self) -> Events[Event]: ...
+
+    @overload
+    def events(self, kind: Type[Happened], /) -> Events[Happened]: ...
+
+    @overload
+    def events(self, *kinds: Type[Any]) -> Events[Any]: ...
+
+    def events(self, *kinds: Type[Any]) -> Events[Any]:
         """An iterator over the events from now on, of these classes only, if any are named."""
         self._require_open()
         return Events(self, _kinds(kinds))
 
-    def on_event(self, callback: Callable[[Event], Any], *kinds: Type[Any]) -> Subscription:
+    @overload
+    def on_event(self, callback: Callable[[Event], Any], /) -> Subscription: ...
+
+    @overload
+    def on_event(self, callback: Callable[[Happened], Any], kind: Type[Happened], /) -> Subscription: ...
+
+    @overload
+    def on_event(self, callback: Callable[[Any], Any], *kinds: Type[Any]) -> Subscription: ...
+
+    def on_event(self, callback: Callable[[Any], Any], *kinds: Type[Any]) -> Subscription:
         """Has ``callback`` told of events, in their order, once the command is done in which they happened; it may drive
         the radio, up to 1000 times for one command, and is told what happens then behind what waits. What it raises is
         raised by the command, when all were told."""
