@@ -29,7 +29,8 @@ py::object expectedIn(std::string_view message) {
     };
     const auto isWord = [&](std::size_t at) {
         const std::string_view behind = message.substr(at + word.size());
-        return (at == 0 || message[at - 1] == ' ') && !behind.empty() && (behind[0] == ' ' || behind[0] == ':');
+        return (at == 0 || message[at - 1] == ' ') && !behind.empty() &&
+               (behind[0] == ' ' || behind[0] == ':');
     };
     std::size_t at = message.rfind(word);
     while (at != std::string_view::npos && (isQuoted(at) || !isWord(at))) {
