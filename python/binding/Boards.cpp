@@ -1,5 +1,6 @@
 #include "python/binding/Binding.h"
 #include "python/binding/BoardHandle.h"
+#include "python/binding/Reading.h"
 #include "radio/board/BoardCheck.h"
 #include "radio/board/BoardFile.h"
 #include "radio/board/BoardNames.h"
@@ -175,7 +176,9 @@ void bindBoards(py::module_& module) {
     madeByTheModuleAlone(type);
     type.def_static("load",
                     [](const std::string& file) {
-                        return unlocked([&file] { return BoardHandle{loadBoard(file)}; });
+                        return patiently([&file](const std::function<void()>& /*tick*/) {
+                            return BoardHandle{loadBoard(file)};
+                        });
                     })
         .def("copy", [](const BoardHandle& handle) { return BoardHandle{handle.board}; })
         .def_property_readonly("file",

@@ -1,5 +1,6 @@
 #include "python/binding/Binding.h"
 #include "python/binding/BoardHandle.h"
+#include "python/binding/Reading.h"
 #include "python/binding/Stage.h"
 #include "radio/board/BoardCheck.h"
 #include "radio/board/BoardFile.h"
@@ -36,7 +37,8 @@ Origin originOf(const py::object& given) {
 }
 
 py::list lint(const py::object& given) {
-    return toPython(unlocked([origin = originOf(given)] { return origin.lint(); }));
+    return toPython(patiently(
+        [origin = originOf(given)](const std::function<void()>& /*tick*/) { return origin.lint(); }));
 }
 
 double orNan(const std::optional<double>& level) {
@@ -60,7 +62,7 @@ py::tuple diff(const py::object& before, const py::object& after, const py::obje
     const Origin first = originOf(before);
     const Origin second = originOf(after);
     const Origin third = model.is_none() ? Origin() : originOf(model);
-    const Difference difference = unlocked([&] {
+    const Difference difference = patiently([&](const std::function<void()>& /*tick*/) {
         const Source one = first.source();
         const Source other = second.source();
         std::optional<Board> named;

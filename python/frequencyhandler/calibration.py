@@ -7,11 +7,12 @@ from typing import Any, Callable, Dict, Optional, Sequence, Tuple
 import numpy as np
 
 from . import _engine
-from ._arguments import CHANNELS, INT64, Frequency, PathLike, flag, function, khz, path, several, text, whole, wrong_type
+from ._arguments import (CHANNELS, INT64, Frequency, PathLike, flag, function, khz, path, several, shown, text, whole,
+                         wrong, wrong_type)
 from .board import BoardLike, engine_of
 from .calibration_results import (POINT, CalibrationResult, ChannelQualification, Point, Probe, Qualification, Summary,
                                   Worst, point, qualification, result as result_of)
-from .errors import ArgumentError, RadioError, finish
+from .errors import RadioError, finish
 from .progress import CancelLike, Progress, ProgressLike, Reporter, cancelling
 
 __all__ = ["calibrate", "qualify", "CalibrationResult", "Point", "Probe", "Qualification", "ChannelQualification", "Summary",
@@ -41,7 +42,7 @@ def _numbers(name: str, value: Any) -> Optional[Tuple[int, ...]]:
 
 def _label(name: str, value: Optional[str]) -> Optional[str]:
     if value is not None and (not text(name, value) or not value.isprintable() or len(value) > 200):
-        raise ArgumentError(f"{name}: expected a text of 1 to 200 characters, all of which can be printed")
+        raise wrong(f"{name}: {shown(value)}", "a text of 1 to 200 characters, all of which can be printed")
     return value
 
 
@@ -147,11 +148,12 @@ def calibrate(board: BoardLike, channel: int, *, method: Optional[str] = None, p
 
 
 def qualify(board: BoardLike, channel: int, *, settle_time: Optional[int] = None, detector: Optional[str] = None,
-            real_time: bool = False, hardware: bool = False, force: bool = False,
+            real_time: bool = False, hardware: bool = False, force: bool = False, progress: ProgressLike = None,
             cancel: CancelLike = None) -> ChannelQualification:
     """Measures how fast the detector of a channel settles, how noisy it is, and whether it follows the corrections.
 
-    ``settle_time`` in ms is tried whether it does, ``detector`` is "low" or "high". Raises as :func:`calibrate`.
+    ``settle_time`` in ms is tried whether it does, ``detector`` is "low" or "high". ``progress`` and ``cancel``: see
+    :mod:`frequencyhandler.progress`. Raises as :func:`calibrate`; Ctrl-C raises :class:`Interrupted`.
 
     >>> qualify("lo-leakage-18ghz.toml", 1).result.is_good
     True
@@ -165,7 +167,9 @@ def qualify(board: BoardLike, channel: int, *, settle_time: Optional[int] = None
         "hardware": flag("hardware", hardware),
         "force": flag("force", force),
     }
-    carrier, temperature, name, given, has_left, raised = _engine.qualify(engine, order, cancelling(cancel))
+    with Reporter(progress, "readings") as reporter:
+        carrier, temperature, name, given, has_left, raised = _engine.qualify(engine, order, reporter.counting,
+                                                                              cancelling(cancel))
     result = ChannelQualification(carrier, temperature, name, qualification(given))
     _end(result, raised, "the qualification", engine.file, has_left)
     return result

@@ -5,6 +5,7 @@ from __future__ import annotations
 from typing import TYPE_CHECKING, Any, Iterator, Mapping, Sequence, Tuple, Union
 
 from ._arguments import INT32, INT64, flag, several, text, unknown_name, whole
+from ._tied import Tied
 from .errors import BusyError
 from .events import Outcome
 
@@ -24,7 +25,7 @@ class Names:
         self.known = frozenset(names)
 
 
-class Driver:
+class Driver(Tied):
     """A driver of a radio, read and written past all handlers, as a client of the driver layer does."""
 
     __slots__ = ("_radio", "_name")
@@ -75,7 +76,7 @@ class Driver:
             return f"<Driver {self._name!r} of a radio in use>"
 
 
-class Drivers(Mapping[str, Driver]):
+class Drivers(Tied, Mapping[str, Driver]):
     """The drivers of a radio, by name."""
 
     __slots__ = ("_radio", "_names")
@@ -102,7 +103,7 @@ class Drivers(Mapping[str, Driver]):
         return f"<{len(self)} drivers of {self._radio!r}>"
 
 
-class Variables(Mapping[str, Tuple[int, ...]]):
+class Variables(Tied, Mapping[str, Tuple[int, ...]]):
     """The variables of a radio's database, by name; each has one value or more."""
 
     __slots__ = ("_radio", "_names")

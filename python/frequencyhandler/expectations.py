@@ -7,6 +7,7 @@ from typing import TYPE_CHECKING, Any, Iterable, List, Mapping, Optional, Sequen
 import numpy as np
 
 from ._arguments import CHANNELS, INT64, UINT32, Frequency, direction as checked_direction, khz, text, whole, wrong_type
+from ._tied import Tied
 from .errors import AlignedWrite, ExpectationFailed
 
 if TYPE_CHECKING:
@@ -48,7 +49,7 @@ def judge(command: str, judgement: Tuple[bool, str, str, Sequence[AlignedWrite]]
     raise ExpectationFailed(message, expected, found, writes)
 
 
-class Expectations:
+class Expectations(Tied):
     """What can be expected of a radio and of its last command, the start-up at first. Each raises
     :class:`ExpectationFailed` unless it holds."""
 

@@ -6,6 +6,7 @@ from contextlib import contextmanager
 from typing import TYPE_CHECKING, Iterator, List, NamedTuple, Optional, Sequence, Union, overload
 
 from ._arguments import UINT32, text, whole
+from ._tied import Tied
 from .errors import BusyError
 from .events import Outcome
 
@@ -25,7 +26,7 @@ class Fault(NamedTuple):
     times: Optional[int]
 
 
-class Faults(Sequence[Fault]):
+class Faults(Tied, Sequence[Fault]):
     """The faults of a radio's platform, oldest first."""
 
     __slots__ = ("_radio",)

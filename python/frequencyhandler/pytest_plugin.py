@@ -38,9 +38,16 @@ def board(board_file: Any) -> Board:
     return Board.load(board_file)
 
 
+def _skip_mocks_of_real_hardware(request: pytest.FixtureRequest) -> None:
+    if request.config.getoption("--hardware"):
+        pytest.skip("the test has hardware fail, and --hardware drives the real one")
+
+
 @pytest.fixture
 def radio(request: pytest.FixtureRequest, board: Board) -> Iterator[Radio]:
     """A radio that is up, and closed when the test is over; with --hardware the real one."""
+    if "mocked_hardware" in request.fixturenames:  # before anything is driven
+        _skip_mocks_of_real_hardware(request)
     with Radio(board, hardware=request.config.getoption("--hardware")) as opened:
         yield opened
 
@@ -79,7 +86,7 @@ class MockedHardware:
 
 @pytest.fixture
 def mocked_hardware(request: pytest.FixtureRequest, radio: Radio) -> MockedHardware:
-    """Hardware that is none, under the same :func:`radio`. With --hardware the test is skipped, with that reason."""
-    if request.config.getoption("--hardware"):
-        pytest.skip("the test has hardware fail, and --hardware drives the real one")
+    """Hardware that is none, under the same :func:`radio`, which a test need not ask for: it is the ``radio`` of what it gets.
+    With --hardware the test is skipped, with that reason, and nothing is driven for it."""
+    _skip_mocks_of_real_hardware(request)
     return MockedHardware(radio)

@@ -7,23 +7,24 @@ import os
 import warnings
 import weakref
 from types import TracebackType
-from typing import Any, Callable, List, Optional, Sequence, Tuple, Type, Union, get_args
+from typing import Any, Callable, List, Optional, Sequence, Tuple, Type, Union, get_args, overload
 
 from . import _engine
 from ._arguments import (CHANNELS, UINT32, Frequency, direction as checked_direction, flag, function, khz, shown, text,
-                         whole, wrong_type)
+                         whole, wrong, wrong_type)
+from ._tied import Tied
 from .board import BoardLike, engine_of
 from .drivers import Drivers, Names, Variables
-from .errors import ArgumentError, ClosedError, CommandFailed, RadioError, finish
+from .errors import ClosedError, CommandFailed, RadioError, finish
 from .events import Event, Listing, Outcome, Phase, Trace, events_of
 from .expectations import Expectations, judge
 from .faults import Faults
-from .listening import Events, Listeners, Subscription
+from .listening import Events, Happened, Listeners, Subscription
 
 __all__ = ["Radio"]
 
 
-class Radio:
+class Radio(Tied):
     """Boots a board, and drives what came up until it is closed. One at a time in a process: a second one raises
     :class:`BusyError`, as does one that is used while another thread does.
 
@@ -164,7 +165,7 @@ class Radio:
         else:
             raise wrong_type("command", command, "a text, or a list of words")
         if not words:
-            raise ArgumentError("command: no words, expected a command")
+            raise wrong("command: no words", "a command")
         return self._act(words, flag("check", check))
 
     def phase(self, name: Union[str, int]) -> Outcome:
@@ -221,12 +222,30 @@ class Radio:
         """Expectations of the radio and its last command, which raise :class:`ExpectationFailed`."""
         return Expectations(self)
 
-    def events(self, *kinds: Type[Any]) -> Events:
+    @overload
+    def events(self) -> Events[Event]: ...
+
+    @overload
+    def events(self, kind: Type[Happened], /) -> Events[Happened]: ...
+
+    @overload
+    def events(self, *kinds: Type[Any]) -> Events[Any]: ...
+
+    def events(self, *kinds: Type[Any]) -> Events[Any]:
         """An iterator over the events from now on, of these classes only, if any are named."""
         self._require_open()
         return Events(self, _kinds(kinds))
 
-    def on_event(self, callback: Callable[[Event], Any], *kinds: Type[Any]) -> Subscription:
+    @overload
+    def on_event(self, callback: Callable[[Event], Any], /) -> Subscription: ...
+
+    @overload
+    def on_event(self, callback: Callable[[Happened], Any], kind: Type[Happened], /) -> Subscription: ...
+
+    @overload
+    def on_event(self, callback: Callable[[Any], Any], *kinds: Type[Any]) -> Subscription: ...
+
+    def on_event(self, callback: Callable[[Any], Any], *kinds: Type[Any]) -> Subscription:
         """Has ``callback`` told of events, in their order, once the command is done in which they happened; it may drive
         the radio, up to 1000 times for one command, and is told what happens then behind what waits. What it raises is
         raised by the command, when all were told."""
@@ -288,7 +307,7 @@ def _seconds(name: str, value: float) -> str:
     if isinstance(value, bool) or not isinstance(value, (int, float)):
         raise wrong_type(name, value, "a number of seconds")
     if not 0 <= value <= 3600:
-        raise ArgumentError(f"{name}: {shown(value)}, expected from 0 to 3600")
+        raise wrong(f"{name}: {shown(value)}", "from 0 to 3600")
     return f"{value:.6f}".rstrip("0").rstrip(".") or "0"
 
 

@@ -10,9 +10,9 @@ import numpy as np
 import numpy.typing as npt
 
 from . import _engine
-from ._arguments import CHANNELS, Frequency, PathLike, flag, khz, path, whole, whole_numbers, wrong_type
+from ._arguments import CHANNELS, Frequency, PathLike, flag, khz, path, whole, whole_numbers, wrong, wrong_type
 from .board import BoardLike, engine_of
-from .errors import ArgumentError, finish
+from .errors import finish
 from .progress import CancelLike, ProgressLike, Reporter, cancelling
 from .verdict import Verdict, verdict
 
@@ -59,13 +59,15 @@ def _log(log: LogLike) -> Log:
     for name, value, low, high in (("seconds", log[0], 0, 10**12), ("degrees", log[1], -100, 200)):
         array = whole_numbers(name, value, (1,), (low, high))
         if not array.size:
-            raise ArgumentError(f"{name}: none, expected at least one")
+            raise wrong(f"{name}: none", "at least one")
         arrays.append(array)
     seconds, degrees = arrays
     if seconds.size != degrees.size:
-        raise ArgumentError(f"log: {seconds.size} seconds and {degrees.size} degrees, expected as many of each")
-    if np.any(np.diff(seconds.astype(np.int64)) <= 0):
-        raise ArgumentError("seconds: expected each after the one before it")
+        raise wrong(f"log: {seconds.size} seconds and {degrees.size} degrees", "as many of each")
+    late = np.flatnonzero(np.diff(seconds.astype(np.int64)) <= 0)
+    if late.size:
+        before, after = (int(seconds[late[0] + place]) for place in (0, 1))
+        raise wrong(f"seconds: {after} behind {before}", "each after the one before it")
     return np.ascontiguousarray(seconds, np.int64), np.ascontiguousarray(degrees, np.int32)
 
 

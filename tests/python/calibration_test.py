@@ -64,7 +64,8 @@ def test_cancelled_calibration_goes_on_where_it_was(leaking, tmp_path):
     assert not part.is_good
     with pytest.raises(ChoiceError) as caught:
         calibrate(leaking, 1, **files, **slow)
-    assert "resume" in caught.value.choice
+    assert str(caught.value) == (f'{tmp_path / "j"}: of a calibration that is not finished; beginning="resume" goes on with it, '
+                                 'beginning="restart" keeps it as a backup and begins anew')
     whole = calibrate(leaking, 1, beginning="resume", accept_fail=True, **files, **slow)
     assert whole.complete and whole.known_probes > 0
     again = calibrate(leaking, 1, accept_fail=True, journal=tmp_path / "j2", tables=tmp_path / "t2.csv", **slow)
@@ -120,3 +121,14 @@ def test_chain_is_qualified(leaking):
     assert found.detector == "channel.1.tx.rf.detector.v"
     assert found.result.is_good and found.result.settle_time_ms == 5
     assert found.result.slope == pytest.approx(25, abs=1)
+
+
+def test_qualification_tells_its_readings_and_is_cancelled(leaking):
+    told = []
+    found = qualify(leaking, 1, progress=told.append)
+    assert told[-1] == (found.result.taken, found.result.taken, "readings", "")
+    told.clear()
+    stopped = qualify(leaking, 1, real_time=True, progress=told.append, cancel=lambda: bool(told) and told[-1].done >= 2)
+    assert stopped.result.interrupted and not stopped.result.is_good
+    assert 0 < stopped.result.taken < 32
+    assert {one.total for one in told[:-1]} == {38} and [one.done for one in told] == sorted(one.done for one in told)

@@ -88,6 +88,29 @@ def test_acceptance_test_skips_mocks_on_hardware_with_a_reason(boards, tmp_path)
     assert (tmp_path / "tx").read_text() == "7582000\n"
 
 
+def test_real_hardware_is_not_driven_for_a_mock_that_is_skipped(boards, tmp_path):
+    (tmp_path / "tx").write_text("0\n")
+    with open(boards / "rf-module-7ghz.toml", "a") as file:
+        file.write(f'[hardware."channel.1.tx.rf.frequency"]\nwrite = "{tmp_path}/tx"\non_exit = 7428000\n')
+    (tmp_path / "test_it.py").write_text("def test_both(radio, mocked_hardware):\n    pass\n\n"
+                                         "def test_mock(mocked_hardware):\n    pass\n")
+    done = run("-m", "pytest", "-q", "-p", "no:cacheprovider", "-p", "frequencyhandler.pytest_plugin", "--hardware", "--board",
+               boards / "rf-module-7ghz.toml", tmp_path / "test_it.py", env=dict(os.environ, XDG_STATE_HOME=str(tmp_path)))
+    assert "2 skipped" in done.stdout and (tmp_path / "tx").read_text() == "0\n"
+
+
+def test_mocked_hardware_is_of_use_without_the_radio_by_name(boards, tmp_path):
+    (tmp_path / "test_it.py").write_text(
+        "def test_it(mocked_hardware):\n"
+        "    mocked_hardware.radio.tune('tx', 1, 7442000)\n"
+        "    assert mocked_hardware.writes == (('channel.1.tx.rf.frequency', 7442000),)\n"
+        "    mocked_hardware.forget()\n"
+        "    assert mocked_hardware.writes == mocked_hardware.refused == ()\n")
+    done = run("-m", "pytest", "-q", "-p", "no:cacheprovider", "-p", "frequencyhandler.pytest_plugin", "--board",
+               boards / "rf-module-7ghz.toml", tmp_path / "test_it.py")
+    assert "1 passed" in done.stdout, done.stdout
+
+
 def test_fixtures_want_to_know_the_board(tmp_path):
     (tmp_path / "test_it.py").write_text("def test_it(radio):\n    pass\n")
     done = run("-m", "pytest", "-q", "-p", "no:cacheprovider", "-p", "frequencyhandler.pytest_plugin", tmp_path / "test_it.py")

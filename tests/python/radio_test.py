@@ -1,5 +1,6 @@
 """A radio that is up, and one that is not any more."""
 
+import copy
 import os
 import pickle
 import subprocess
@@ -197,6 +198,15 @@ def test_everything_says_that_it_is_closed(board_file):
     assert "closed" in repr(driver) and "closed" in repr(faults) and "closed" in repr(drivers)
 
 
+def test_what_belongs_to_its_process_says_so_where_it_is_to_leave_it(radio):
+    for what in (radio, radio.drivers, radio.drivers["channel.1.tx.rf.frequency"], radio.variables, radio.faults, radio.expect,
+                 radio.events(), radio.on_event(print)):
+        for leave in (pickle.dumps, copy.copy, copy.deepcopy):
+            with pytest.raises(TypeError, match=f"^{type(what).__name__}: belongs to its process") as caught:
+                leave(what)
+            assert "its board" in caught.value.expected
+
+
 def test_board_with_errors_is_refused_with_its_place(board_file):
     board_file.write_text(board_file.read_text().replace("channel.1.tx.rf.frequency", "channel.1.tx.rf.frequenzy"))
     with pytest.raises(InputError) as caught:
@@ -223,6 +233,19 @@ def test_start_up_that_fails_raises_unless_that_is_wanted(board_file):
         assert not radio.boot.ok
         radio.expect.result("failed")
         assert not radio.phases[-1].succeeded
+
+
+def test_carrier_whose_unit_was_forgotten_is_told_how(radio):
+    with pytest.raises(ArgumentError) as caught:
+        radio.tune("tx", 1, "7.442")
+    assert str(caught.value) == 'carrier: "7.442" has a fraction of a kHz, expected whole kHz, or a unit, as in "7.442 GHz"'
+    assert caught.value.expected == 'whole kHz, or a unit, as in "7.442 GHz"'
+
+
+def test_command_with_a_word_missing_tells_its_form(radio):
+    with pytest.raises(ArgumentError) as caught:
+        radio.execute("tune tx 1")
+    assert caught.value.expected == "tune tx|rx CHANNEL FREQUENCY [kHz|MHz|GHz] [force]"
 
 
 @pytest.mark.parametrize("carrier", [" 7.442 GHz", "7.442  GHz", "7.442\tGHz ", "7.442GHz", "7442000"])
