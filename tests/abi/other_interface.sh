@@ -108,6 +108,8 @@ for what in component records; do
         cp lib$what.so.1 lib$what.so
         refused "loading a $what of the next interface" \
             "symbol lookup error: ./lib$what.so: undefined symbol: FrequencyHandler_BinaryInterface_1" ./linked
+        refused "loading a $what of the next interface at run time" \
+            "undefined symbol: FrequencyHandler_BinaryInterface_1" "$load" "./lib$what.so" "$library"
     fi
     refused "a $what of the next interface" 'undefined reference to .FrequencyHandler_BinaryInterface_1' \
         link 0 "main.cpp ./lib$what.so.1" "$library"
@@ -132,6 +134,8 @@ done
 compile 1 host.cpp "$next" $undefined -o linked
 refused "a program of the next library" \
     'error while loading shared libraries: libFrequencyHandler.so.1: cannot open shared object file' ./linked
+refused "loading the next library at run time" 'libFrequencyHandler.so.1: cannot open shared object file' \
+    "$load" "$platform" libFrequencyHandler.so.1
 # The present platform beside the next library; the other way round is a test of its own.
 refused "a platform that is older than the library" 'undefined symbol: _Z.*B10interface1' \
     "$load" "$platform" "$next"

@@ -163,6 +163,12 @@ MISTAKES = [
     ("records are made anew at each lookup", "drivers.record-stays", "? &driver->record : nullptr;",
      "? new DriverInterface(driver->record) : nullptr;"),
     ("drivers have no context", "drivers.have-a-context", "driver.record = {&driver,", "driver.record = {nullptr,"),
+    ("nothing is found", "broker.finds-what-is-published", "return found != nullptr ? *found : nullptr;", "return nullptr;"),
+    ("the C view copies records", "c-broker.records-agree", "found->getCStruct() : nullptr;",
+     "new DriverLayerInterface(*static_cast<DriverLayerInterface*>(found->getCStruct())) : nullptr;"),
+    ("variables have no content", "storage.content-is-given", "*address = find(variables(), name);", "*address = nullptr;"),
+    ("the first word of a variable's record leads to its content", "storage.record-leads-to-content", "*out = &record;",
+     "*out = reinterpret_cast<StorageVariable*>(&record.content);"),
 ]
 
 

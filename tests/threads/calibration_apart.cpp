@@ -75,9 +75,9 @@ int main(int argc, char** /*argv*/) {
         FrequencyHandler& tuned = argc > 1 ? first : second;
         std::thread calibrating([&isCalibrated, isUp] { isCalibrated = isUp && calibrate(1); });
         std::thread tuning([&tuned] {
-            for (int step = 0; step < 100; ++step) {
-                static_cast<void>(tuned.setTxFrequency(8000000 + 28000UL * (step % 4)));
-                tuned.notifyTemperature(step % 50);
+            for (unsigned step = 0; step < 100; ++step) {
+                static_cast<void>(tuned.setTxFrequency(8000000 + 28000 * (step % 4)));
+                tuned.notifyTemperature(static_cast<int>(step % 50));
             }
         });
         calibrating.join();
