@@ -18,6 +18,7 @@
 #include "radioctl/tables/TablesCommandLine.h"
 #include "radioctl/thermal/ThermalCommandLine.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
@@ -64,10 +65,24 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     return ExitCode::wrongCommandLine;
 }
 
+/**
+ * What is opened next must not become the standard output or error of a program that was started without
+ * them: a message would be written into it. What was closed stays what cannot be read or written.
+ */
+void occupyStandardDescriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) == -1) {
+            // The lowest that is free, which is this one.
+            static_cast<void>(open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+        }
+    }
+}
+
 } // namespace
 } // namespace Radio
 
 int main(int argc, char** argv) {
+    Radio::occupyStandardDescriptors();
     // "radioctl ... | head" is to end quietly, also when whoever started it ignores broken pipes.
     static_cast<void>(std::signal(SIGPIPE, SIG_DFL));
     // A file that may not become larger is to be told as a full disk is, and hardware left as usual.

@@ -146,11 +146,11 @@ TEST_F(HostileNamesTest, NamesOfABoardAreShownHarmlesslyByEveryVerb) {
     expectHarmlessBothWays({"check", "--all", "board.toml"});
     expectHarmlessBothWays({"plan", "audit", "board.toml", "--csv", "audit.csv"});
     expectHarmlessFile("audit.csv");
-    expectHarmlessBothWays({"plan", "explain", "board.toml", "--channel", "1", "--tx", "18 GHz"});
+    expectHarmlessBothWays({"plan", "explain", "board.toml", "--channel", "1", "--tx", "18GHz"});
     expectHarmlessBothWays({"tables", "lint", "board.toml"});
     expectHarmlessBothWays({"tables", "diff", "board.toml", "board.channel-1.csv"});
     expectHarmlessBothWays(
-        {"tables", "why", "board.toml", "--channel", "1", "--frequency", "18 GHz", "--temperature", "25"});
+        {"tables", "why", "board.toml", "--channel", "1", "--frequency", "18GHz", "--temperature", "25"});
     expectHarmlessBothWays({"qualify", "board.toml", "--channel", "1"});
     const Ending calibrated =
         expectHarmless({"calibrate", "board.toml", "--channel", "1", "--restart", "--out", "out.csv",
@@ -189,12 +189,12 @@ TEST_F(HostileNamesTest, FileNamesAreShownHarmlesslyByEveryVerb) {
     expectHarmlessBothWays({"run", "--hardware", file, hostile});
     expectHarmlessBothWays({"plan", "audit", file});
     expectHarmless({"plan", "audit", file, "--csv", "-"});
-    expectHarmlessBothWays({"plan", "explain", file, "--channel", "1", "--tx", "18 GHz"});
+    expectHarmlessBothWays({"plan", "explain", file, "--channel", "1", "--tx", "18GHz"});
     expectHarmlessBothWays({"tables", "lint", file, csv});
     expectHarmlessBothWays({"tables", "diff", file, csv});
     expectHarmlessBothWays(
-        {"tables", "why", file, "--channel", "1", "--frequency", "18 GHz", "--temperature", "25"});
-    expectHarmlessBothWays({"tables", "why", file, "--channel", "7", "--frequency", "18 GHz"});
+        {"tables", "why", file, "--channel", "1", "--frequency", "18GHz", "--temperature", "25"});
+    expectHarmlessBothWays({"tables", "why", file, "--channel", "7", "--frequency", "18GHz"});
     expectHarmlessBothWays({"qualify", file, "--channel", "1"});
     expectHarmlessBothWays({"calibrate", file, "--channel", "1", "--restart", "--out", csv + "2", "--html",
                             hostile + ".html", "--journal", hostile + ".journal"});

@@ -456,6 +456,15 @@ INSTANTIATE_TEST_SUITE_P(By, CrashAtTheTerminalTest, testing::Values(SIGBUS, SIG
                                                             : "SIGQUIT";
                          });
 
+TEST_F(MannersTest, MessageIsNotWrittenIntoAFileThatWasOpenedInThePlaceOfStandardError) {
+    write("script", "bogus\n");
+    Invocation invocation{{"run", "board.toml", "script", "--junit", "report.xml"}};
+    invocation.hasNoErrors = true;
+    EXPECT_EQ(runProgram(invocation).exitCode, 3);
+    std::ifstream report("report.xml");
+    EXPECT_THAT(std::string(std::istreambuf_iterator<char>(report), {}), testing::StartsWith("<?xml"));
+}
+
 TEST_F(MannersTest, OutputThatCannotBeWrittenIsNoSuccess) {
     const Ending ending = runProgram({{"check", "board.toml"}, {}, false, "/dev/full"});
     EXPECT_EQ(ending.errors, "radioctl: standard output cannot be written\n");

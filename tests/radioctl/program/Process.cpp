@@ -114,6 +114,9 @@ void Process::execute(const Invocation& invocation) {
     if (!invocation.inputFile.empty()) {
         dup2(open(invocation.inputFile.c_str(), O_RDONLY), STDIN_FILENO);
     }
+    if (invocation.hasNoErrors) {
+        close(STDERR_FILENO);
+    }
     // Observers that subscribe through C live as long as the process: nobody may delete them.
     setenv("LSAN_OPTIONS", "suppressions=" RADIOCTL_LEAKS ":print_suppressions=0", 1);
     for (const auto& [name, value] : invocation.environment) {

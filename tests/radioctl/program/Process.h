@@ -19,6 +19,8 @@ struct Invocation {
     std::string inputFile{};
     /** A variable that its environment lacks. */
     std::string environmentWithout{};
+    /** It is started without a standard error. */
+    bool hasNoErrors = false;
 };
 
 /** What a program left behind. */
