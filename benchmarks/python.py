@@ -8,6 +8,7 @@ plan.audit() with its array, less those of an interpreter that imports the packa
 second has where those of a tune go, as ratios.
 """
 
+import concurrent.futures
 import os
 import pathlib
 import re
@@ -33,10 +34,10 @@ step = 1
 """
 
 
-def instructions(valgrind, command, environment):
+def instructions(valgrind, command, environment, *options):
     """How many a command takes, as callgrind counts them."""
     with tempfile.TemporaryDirectory() as folder:
-        done = subprocess.run([valgrind, "--tool=callgrind", f"--callgrind-out-file={folder}/out", *command],
+        done = subprocess.run([valgrind, "--tool=callgrind", f"--callgrind-out-file={folder}/out", *options, *command],
                               capture_output=True, text=True, env=environment)
     if done.returncode != 0:
         sys.exit(done.stderr)
@@ -67,11 +68,10 @@ def audit(valgrind, radioctl, package, carriers):
 
 
 def do_tunes(way, count, boards):
-    """So many tunes, in one of the ways; what is counted."""
+    """So many tunes, in one of the ways; they are counted, and nothing before them, which is a hundred times as much."""
     from frequencyhandler import Radio
 
-    with Radio(os.path.join(boards, "rf-module-7ghz.toml")) as radio:
-        engine = radio._engine
+    def do(count):
         if way == "session":
             engine.execute(["sweep", "tx", "1", "7000000", str(7000000 + count - 1), "1"])
         elif way == "module":
@@ -81,16 +81,28 @@ def do_tunes(way, count, boards):
             for i in range(count):
                 radio.tune("tx", 1, 7000000 + i)
 
+    with Radio(os.path.join(boards, "rf-module-7ghz.toml")) as radio:
+        engine = radio._engine
+        do(100)
+        subprocess.run(["callgrind_control", "-i", "on", str(os.getpid())], check=True, stdout=subprocess.DEVNULL)
+        do(count)
+        os._exit(0)
+
 
 def tune(valgrind, package, boards):
     """Where a tune's instructions go: in the session of C++, which gathers its events, with the module, and with the package."""
     environment = dict(os.environ, PYTHONPATH=package, PYTHONDONTWRITEBYTECODE="1", PYTHONHASHSEED="0")
-    few, many = 1, 4001
-    counted = {}
-    for way in ("session", "module", "package"):
-        counted[way] = [instructions(valgrind, [sys.executable, __file__, "--do-tunes", way, str(count), boards], environment)
-                        for count in (few, many)]
-    each = {way: (most - least) / (many - few) for way, (least, most) in counted.items()}
+    few, many = 200, 2200
+
+    def counted(way, count):
+        command = [sys.executable, __file__, "--do-tunes", way, str(count), boards]
+        return instructions(valgrind, command, environment, "--instr-atstart=no")
+
+    each = {}
+    with concurrent.futures.ThreadPoolExecutor() as pool:
+        ways = {way: [pool.submit(counted, way, count) for count in (few, many)] for way in ("session", "module", "package")}
+        for way, (least, most) in ways.items():
+            each[way] = (most.result() - least.result()) / (many - few)
     for way, what in (("session", "the session in C++, a sweep, its events gathered"),
                       ("module", "the module, its report as a tuple"), ("package", "the package, an Outcome")):
         print(f"{what}: {each[way]:.0f} instructions for a tune, {each[way] / each['session']:.2f} times")

@@ -55,6 +55,16 @@ def whole(name: str, value: Any, bounds: Tuple[int, int]) -> int:
     return number
 
 
+def real(name: str, value: Any, expected: str) -> float:
+    """A number, with a fraction or without; numpy's do as well."""
+    if isinstance(value, bool) or not isinstance(value, (int, float, np.integer, np.floating)):
+        raise wrong_type(name, value, expected)
+    try:
+        return float(value)
+    except OverflowError:
+        raise wrong(f"{name}: {shown(value)}", expected) from None
+
+
 def several(name: str, value: Any) -> List[Any]:
     """A list of what may be one item or several; one at least, and each still to be looked at."""
     if isinstance(value, np.ndarray):

@@ -7,7 +7,7 @@ from typing import Any, Callable, Dict, Optional, Sequence, Tuple
 import numpy as np
 
 from . import _engine
-from ._arguments import (CHANNELS, INT64, Frequency, PathLike, flag, function, khz, path, several, shown, text, whole,
+from ._arguments import (CHANNELS, INT64, Frequency, PathLike, flag, function, khz, path, real, several, shown, text, whole,
                          wrong, wrong_type)
 from .board import BoardLike, engine_of
 from .calibration_results import (POINT, CalibrationResult, ChannelQualification, Point, Probe, Qualification, Summary,
@@ -49,9 +49,7 @@ def _label(name: str, value: Optional[str]) -> Optional[str]:
 def _factor(name: str, value: Any) -> Optional[float]:
     if value is None:
         return None
-    if isinstance(value, bool) or not isinstance(value, (int, float)):
-        raise wrong_type(name, value, "a number between 0 and 1, such as 0.75")
-    return float(value)
+    return real(name, value, "a number between 0 and 1, such as 0.75")
 
 
 def _optional(value: Any, name: str) -> Optional[int]:

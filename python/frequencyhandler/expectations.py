@@ -6,7 +6,7 @@ from typing import TYPE_CHECKING, Any, Iterable, List, Mapping, Optional, Sequen
 
 import numpy as np
 
-from ._arguments import CHANNELS, INT64, UINT32, Frequency, direction as checked_direction, khz, text, whole, wrong_type
+from ._arguments import CHANNELS, INT64, UINT32, Frequency, direction as checked_direction, khz, real, text, whole, wrong_type
 from ._tied import Tied
 from .errors import AlignedWrite, ExpectationFailed
 
@@ -114,9 +114,8 @@ class Expectations(Tied):
 
     def leakage(self, channel: int, *, below: float) -> None:
         """The modelled LO leakage of a channel is below this level, in dBc."""
-        if isinstance(below, bool) or not isinstance(below, (int, float)):
-            raise wrong_type("below", below, "a level in dBc")
-        self._act(["expect", "leakage", str(whole("channel", channel, CHANNELS)), "below", f"{below:.6f}"])
+        level = real("below", below, "a level in dBc")
+        self._act(["expect", "leakage", str(whole("channel", channel, CHANNELS)), "below", f"{level:.6f}"])
 
     def __repr__(self) -> str:
         return f"<Expectations of {self._radio!r}>"

@@ -9,7 +9,7 @@ from collections import deque
 from typing import TYPE_CHECKING, Any, Callable, Deque, Iterator, List, Optional, Sequence, Tuple, Type, TypeVar
 from weakref import WeakSet
 
-from ._arguments import shown, wrong, wrong_type
+from ._arguments import real, shown, wrong
 from ._tied import Tied
 from .errors import BusyError, ClosedError, RadioError, TimedOut
 from .events import Event
@@ -154,11 +154,10 @@ def _end(name: str, seconds: Optional[float]) -> float:
     """When so many seconds are over; None: never."""
     if seconds is None and name == "timeout":
         return math.inf
-    if isinstance(seconds, bool) or not isinstance(seconds, (int, float)):
-        raise wrong_type(name, seconds, "a number of seconds" + (", or None" if name == "timeout" else ""))
-    if not seconds >= 0:
+    number = real(name, seconds, "a number of seconds" + (", or None" if name == "timeout" else ""))
+    if not number >= 0:
         raise wrong(f"{name}: {shown(seconds)}", "0 or more seconds")
-    return time.monotonic() + min(seconds, threading.TIMEOUT_MAX)
+    return time.monotonic() + number
 
 
 class Events(Tied, Iterator[Happened]):

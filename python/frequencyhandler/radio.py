@@ -10,7 +10,7 @@ from types import TracebackType
 from typing import Any, Callable, List, Optional, Sequence, Tuple, Type, Union, get_args, overload
 
 from . import _engine
-from ._arguments import (CHANNELS, UINT32, Frequency, direction as checked_direction, flag, function, khz, shown, text,
+from ._arguments import (CHANNELS, UINT32, Frequency, direction as checked_direction, flag, function, khz, real, shown, text,
                          whole, wrong, wrong_type)
 from ._tied import Tied
 from .board import BoardLike, engine_of
@@ -304,11 +304,10 @@ def _kinds(kinds: Tuple[Type[Any], ...]) -> Tuple[Type[Any], ...]:
 
 
 def _seconds(name: str, value: float) -> str:
-    if isinstance(value, bool) or not isinstance(value, (int, float)):
-        raise wrong_type(name, value, "a number of seconds")
-    if not 0 <= value <= 3600:
+    number = real(name, value, "a number of seconds")
+    if not 0 <= number <= 3600:
         raise wrong(f"{name}: {shown(value)}", "from 0 to 3600")
-    return f"{value:.6f}".rstrip("0").rstrip(".") or "0"
+    return f"{number:.6f}".rstrip("0").rstrip(".") or "0"
 
 
 #: Those that are up, or were and are still known.

@@ -7,6 +7,7 @@ import subprocess
 import sys
 import threading
 
+import numpy as np
 import pytest
 
 from frequencyhandler import (ArgumentError, ArgumentTypeError, Board, BusyError, ClosedError, CommandFailed, InputError, Radio,
@@ -296,3 +297,10 @@ def test_sweep_and_wait(radio):
     outcome = radio.sweep("tx", 1, "7.42 GHz", "7.43 GHz", "5 MHz")
     assert [value for _, value in outcome] == [7420000, 7425000, 7430000]
     assert radio.wait(1.5).ok
+
+
+@pytest.mark.parametrize("seconds", [np.int64(2), np.float32(0.5), np.float64(1)])
+def test_times_are_numbers_of_numpy_as_well(radio, seconds):
+    assert radio.wait(seconds).ok
+    with pytest.raises(TimeoutError):
+        radio.events().wait(seconds * 0)
