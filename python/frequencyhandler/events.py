@@ -205,7 +205,9 @@ class Outcome:
 
     def __contains__(self, item: object) -> bool:
         """A driver was written to, or this very :class:`Write` is among the writes."""
-        return any(item == write.driver if isinstance(item, str) else item == write for write in self.writes)
+        if isinstance(item, str):
+            return any(item == write.driver for write in self.writes)
+        return isinstance(item, tuple) and item in self.writes
 
     def __len__(self) -> int:
         return len(self.writes)
@@ -216,7 +218,7 @@ class Outcome:
     def __getitem__(self, driver: str) -> int:
         """The last value that was written to a driver; raises KeyError when none was."""
         for write in reversed(self.writes):
-            if write.driver == driver:
+            if isinstance(driver, str) and write.driver == driver:
                 return write.value
         raise KeyError(driver)
 

@@ -298,7 +298,7 @@ def _failure(outcome: Outcome) -> str:
 
 def _kinds(kinds: Tuple[Type[Any], ...]) -> Tuple[Type[Any], ...]:
     for kind in kinds:
-        if kind not in get_args(Event):
+        if not isinstance(kind, type) or kind not in get_args(Event):
             raise wrong_type("kinds", kind, "classes of events, such as events.Write")
     return kinds
 

@@ -8,8 +8,8 @@ namespace Radio {
 
 enum class FileUse : std::uint8_t { reading, writing };
 
-/** Waits until a descriptor can be used so, but not for longer than `most`; of -1, for so long. Gives 0, or the
- * number of a signal that asks the process to end. */
+/** Waits until a descriptor can be used so, but not for longer than `most`; of -1, for so long. Gives 0, or
+ * the number of a signal that asks the process to end. */
 using FileWait = int (*)(FileUse use, int descriptor, std::chrono::milliseconds most);
 
 /**

@@ -30,7 +30,8 @@ public:
 
     /** The signal that asked the program to leave; 0 for none. */
     int signal() const;
-    /** Whether none has, as far as signals are or were held back; on any thread, also when there is no object.
+    /** Whether none has, as far as signals are or were held back; on any thread, also when there is no
+     * object.
      */
     static bool isWaitedOn();
     /** Forgets a SIGINT that took back a line or ended a command only. */

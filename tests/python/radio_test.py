@@ -106,6 +106,9 @@ def test_outcome_is_asked_by_names_of_drivers(radio):
     outcome = radio.tune("tx", 1, 7442000)
     assert "channel.1.tx.rf.frequency" in outcome and "channel.2.tx.rf.frequency" not in outcome
     assert ("channel.1.tx.rf.frequency", 7442000) in outcome and ("channel.1.tx.rf.frequency", 1) not in outcome
+    assert np.array([1, 2]) not in outcome and 7442000 not in outcome
+    with pytest.raises(KeyError):
+        outcome[np.array([1, 2])]
     other = pickle.loads(pickle.dumps(outcome))
     assert (other.command, other.events, other.code) == (outcome.command, outcome.events, 0)
 

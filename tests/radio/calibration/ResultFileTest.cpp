@@ -137,7 +137,7 @@ TEST_F(ResultFileTest, CarriersAndTemperaturesAreThoseOfThePoints) {
 TEST_F(ResultFileTest, SerialStaysOnOneLine) {
     Result result = someResult();
     result.serial = "A: \"B\", C\n18000000,-33,0,0";
-    EXPECT_EQ(readBack(result).serial, "A: \"B\", C\\x0a18000000,-33,0,0");
+    EXPECT_EQ(readBack(result).serial, "A: \"B\", C\\x0a18000000,'-33,0,0");
 }
 
 TEST_F(ResultFileTest, TextIsNoFormulaToASpreadsheet) {
