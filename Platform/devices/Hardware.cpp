@@ -208,10 +208,9 @@ bool Hardware::State::isWithinReach(const DriverHardware& hardware) {
  */
 std::vector<Connection*> Hardware::State::writeLast(DriverAttribute& driver, ExitWrite& write) {
     const std::vector<Connection*> devices = connectionsOf(driver.hardware());
-    std::vector<std::uint64_t> links;
-    for (Connection* const device : devices) {
-        links.push_back(device->linkInUse());
-    }
+    std::vector<std::uint64_t> links(devices.size());
+    std::transform(devices.begin(), devices.end(), links.begin(),
+                   [](Connection* device) { return device->linkInUse(); });
     write.code = driver.write(write.value);
     std::vector<Connection*> missed;
     for (std::size_t i = 0; write.code != 0 && i < devices.size(); ++i) {
