@@ -98,9 +98,10 @@ TEST_F(SilenceTest, ReceiverWithoutTheContentOfHwCodeDspTakesTheDefaultOffsetWit
     boot(FrequencyHandlerMicrowaveBoardHzCsOffset);
     EXPECT_EQ(module->setRxFrequency(7603000), ResultOk);
     EXPECT_THAT(traces(), IsEmpty());
-    // With the 3 it would be half of 250, 125000. The default of 3000 is in the LO: 7603000 + 3000 - 140000 kHz.
-    EXPECT_EQ(platform.drivers().find("channel.1.dsp.rx.freq.offset")->value(), 0);
-    EXPECT_EQ(platform.drivers().find("channel.1.rx.rf.lo.frequency.in.hz")->value(), 7466000000);
+    // The 3 would have it be half of 250, 125000. The default of 3000 kHz raises the LO, 7603 MHz.
+    EXPECT_THAT(writes(),
+                ElementsAre("channel.1.dsp.rx.freq.offset=0", "channel.1.rx.rf.lo.frequency.in.hz=7606000000",
+                            "channel.1.rx.rf.pll.config=5"));
 }
 
 TEST_F(SilenceTest, TemperatureServiceThatRefusesIsNeverHeardAndNotMissed) {
