@@ -118,8 +118,6 @@ void tell(const Rule& rule, const Finding& finding, bool isJson) {
     std::cout << word << rule.name << '\n';
     if (finding.state != State::holds) {
         std::cout << indent << rule.sentence << '\n' << indent << finding.why << '\n';
-    }
-    if (finding.state == State::broken) {
         std::cout << indent << "On it depends: " << rule.dependent << '\n';
     }
 }

@@ -37,7 +37,9 @@ public:
     }
     bool refuse(const std::string& driver, std::int32_t code) override {
         m_platform->calls().clearAll();
-        for (const auto operation : {Standalone::Operation::driverWrite, Standalone::Operation::driverRead}) {
+        for (const auto operation :
+             {Standalone::Operation::driverWrite, Standalone::Operation::driverWriteBuffer,
+              Standalone::Operation::driverRead}) {
             m_platform->calls().inject({operation, driver, code, std::nullopt, std::nullopt});
         }
         return true;

@@ -1,9 +1,12 @@
 #!/bin/sh
-# options.sh PROGRAM
+# options.sh PROGRAM GUIDE...
 #
-# What PROGRAM, a platform before the rules, does with the words of its command line.
+# What PROGRAM, a platform before the rules, does with the words of its command line; and the rules that each GUIDE names are
+# among those that it lists.
 set -eu
 program=$1
+shift
+guides=$(realpath "$@")
 directory=$(mktemp -d)
 trap 'rm -rf "$directory"' EXIT
 cd "$directory"
@@ -37,3 +40,14 @@ ends 0 '{"rule":"calibration.nodes-are-met","state":"holds",' --json --only cali
 "$program" --list | sed -n 's/^\([a-z]\)/\1/p' >listed
 "$program" | sed -nE 's/^(holds|BROKEN|not seen) +//p' >looked
 diff listed looked
+
+# What guides name is there.
+groups=$(sed 's/\..*//' listed | sort -u | paste -sd '|')
+for guide in $guides; do
+    grep -oE "\`($groups)\\.[a-z-]+\`" "$guide" | tr -d '`' | sort -u >named
+    [ -s named ] || { echo "$guide names no rule"; exit 1; }
+    grep -vxF -f listed named >unknown || continue
+    echo "$guide names what is no rule:"
+    cat unknown
+    exit 1
+done

@@ -84,10 +84,10 @@ RADIO_API EAFResult FrequencyHandler_Tune(FrequencyHandlerModule* module, int32_
 
 /**
  * Stores what came of the last FrequencyHandler_Tune of a direction in `*tuning`, as soon as that has
- * returned. When an observer tunes the direction that it is told of, that one was the last, and stays.
- * 0x8000, and nothing is stored, for a null argument and a `direction` that is none.
- *
- * Of the hardware of the carrier alone: what LO-leakage cancellation writes is not looked at.
+ * returned. When an observer tunes the direction that it is told of, that one was the last, and stays;
+ * the LO-leakage correction comes after it, and is then that of the carrier before, until the temperature
+ * changes. 0x8000, and nothing is stored, for a null argument and a `direction` that is none. Of the hardware
+ * of the carrier alone: what LO-leakage cancellation writes is not looked at.
  */
 RADIO_API EAFResult FrequencyHandler_GetTuning(const FrequencyHandlerModule* module, int32_t direction,
                                                FrequencyHandlerTuning* tuning);
