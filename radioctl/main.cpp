@@ -4,9 +4,11 @@
 #include "radioctl/calibrate/QualificationCommandLine.h"
 #include "radioctl/check/CheckCommandLine.h"
 #include "radioctl/completion/CompletionCommandLine.h"
+#include "radioctl/completion/CompletionWords.h"
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/console/PatientOutput.h"
 #include "radioctl/describe/DescribeCommandLine.h"
+#include "radioctl/new/NewCommandLine.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/options/ExitCodes.h"
 #include "radioctl/options/Values.h"
@@ -39,6 +41,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     CommandLine::Command program = parser.top();
     program.json(json);
     RunCommandLine run(program);
+    NewCommandLine create(program);
     CheckCommandLine check(program);
     Plan::PlanCommandLine plan(program);
     Thermal::ThermalCommandLine thermal(program);
@@ -51,12 +54,15 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     CompletionCommandLine completion(program);
     parser.endHelpWith(exitCodeHelp);
 
+    if (asksForCompletionWords(argumentCount, arguments)) {
+        return printCompletionWords(parser, argumentCount, arguments);
+    }
     if (const auto isGood = parser.parse(withUnitsJoined(argumentCount, arguments))) {
         return *isGood ? ExitCode::good : ExitCode::wrongCommandLine;
     }
-    const std::array<CommandLine::Verb*, 11> verbs{&run,           &check,       &plan,      &thermal,
-                                                   &qualification, &calibration, &tables,    &record,
-                                                   &replay,        &describe,    &completion};
+    const std::array<CommandLine::Verb*, 12> verbs{&run,     &create,        &check,       &plan,
+                                                   &thermal, &qualification, &calibration, &tables,
+                                                   &record,  &replay,        &describe,    &completion};
     for (CommandLine::Verb* const verb : verbs) {
         if (verb->isCalled()) {
             return verb->run(json);
