@@ -68,9 +68,18 @@ def test_radio_that_is_up_keeps_its_tables(leaking):
         assert radio.tune("tx", 1, "17.7275 GHz")["channel.1.tx.rf.mixer.i"] == before
 
 
-def test_array_that_was_given_can_be_changed_without_changing_the_board(leaking):
-    leaking.tables[I_TABLE].values[:] = 0
-    assert leaking.tables[I_TABLE].values.any()
+def test_value_that_would_be_lost_is_refused_by_the_array(leaking):
+    leaking.tables.add("one", ([1, 2], None, [3, 4]))
+    for name in (I_TABLE, "one"):
+        table = leaking.tables[name]
+        for array in (table.axis1, table.axis2, table.values):
+            if array is not None:
+                with pytest.raises(ValueError, match="read-only"):
+                    array[...] = 7
+    copied = leaking.tables["one"].values.copy()
+    copied[0] = 7
+    leaking.tables["one"] = [1, 2], None, copied
+    assert leaking.tables["one"].values.tolist() == [7, 4]
 
 
 def test_copy_has_tables_of_its_own(leaking):
