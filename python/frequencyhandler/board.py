@@ -65,7 +65,7 @@ class Table:
     ``axis1`` has the shape (n,). With one axis ``axis2`` is None and ``values`` has the shape (n,); with two, ``axis2``
     has the shape (m,) and ``values`` (n, m). Tables of the LO cancellation have carriers in kHz on the first axis and
     degrees Celsius on the second; their values are in units of the drivers. ``file`` and ``column`` say which CSV file it
-    was read from, if from one. Those of a board are read-only: what is to be changed is a
+    was read from, if from one and nobody has replaced it since. Those of a board are read-only: what is to be changed is a
     copy, assigned to ``board.tables[name]``.
     """
 

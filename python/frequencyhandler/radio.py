@@ -30,7 +30,8 @@ class Radio(Tied):
     :class:`BusyError`, as does one that is used while another thread does.
 
     ``hardware=True`` drives the real devices of the board, and leaves them properly at the end. SIGTERM and SIGHUP, where
-    nobody handles them, are a SystemExit in the main thread as long as a radio is open that was opened there. ``trace`` is the level of
+    nobody handles them, are a SystemExit in the main thread as long as a radio is open that was opened there; who left a
+    device as it was is a warning of ``boot``. ``trace`` is the level of
     the trace messages that are told ("error" to "information"); ``calls=True`` tells all calls of the library, not writes
     alone. ``must_boot=False`` accepts a start-up that fails, to look into it.
 

@@ -151,6 +151,20 @@ def test_signal_ends_the_program_after_another_thread_has_closed_the_radio(bench
     assert done.returncode == -signal.SIGTERM, done.stderr
 
 
+def test_radio_that_was_left_as_it_was_is_a_warning_of_the_next_start(bench, tmp_path):
+    done = program("import signal\n"
+                   "with Radio(sys.argv[1], hardware=True) as radio:\n"
+                   "    radio.drivers['amplifier'].write(1)\n"
+                   "    os.kill(os.getpid(), signal.SIGKILL)", bench)
+    assert done.returncode == -signal.SIGKILL and amplifier(tmp_path) == "1"
+    with Radio(bench, hardware=True) as radio:
+        said, = radio.boot.warnings
+        assert said.startswith("the radio was left as it was by process ")
+        assert said.endswith(": nothing was switched off then")
+    with Radio(bench, hardware=True) as radio:
+        assert radio.boot.warnings == ()
+
+
 FORKED = """
 with Radio(sys.argv[1], hardware=True) as radio:
     radio.drivers["amplifier"].write(1)
