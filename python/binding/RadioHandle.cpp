@@ -60,6 +60,9 @@ RadioHandle::RadioHandle(std::shared_ptr<const Board> board, bool isHardware, Or
 void RadioHandle::boot(bool isHardware, OrbiTraceLevel trace) {
     if (isHardware) {
         m_bench = std::make_unique<Bench>(*m_board, *this, folderOfMarks());
+        if (const std::string whom = m_bench->leftBehind(); !whom.empty()) {
+            warned("the radio was left as it was by " + whom + ": nothing was switched off then");
+        }
         m_bench->begin();
     }
     m_session = std::make_unique<Session>(*m_board, *this, trace, hardware());

@@ -65,7 +65,8 @@ class Table:
     ``axis1`` has the shape (n,). With one axis ``axis2`` is None and ``values`` has the shape (n,); with two, ``axis2``
     has the shape (m,) and ``values`` (n, m). Tables of the LO cancellation have carriers in kHz on the first axis and
     degrees Celsius on the second; their values are in units of the drivers. ``file`` and ``column`` say which CSV file it
-    was read from, if from one.
+    was read from, if from one and nobody has replaced it since. Those of a board are read-only: what is to be changed is a
+    copy, assigned to ``board.tables[name]``.
     """
 
     axis1: npt.NDArray[np.int32]
@@ -112,6 +113,9 @@ class Tables(Tied, MutableMapping[str, Table]):
         if not isinstance(name, str) or name not in self:
             raise unknown_name("table", name, self._engine.tables())
         axis1, axis2, values, file, column, _ = self._engine.table(name)
+        for array in (axis1, axis2, values):  # copies, in which a value would be lost
+            if array is not None:
+                array.flags.writeable = False
         return Table(axis1, axis2, values, file, column)
 
     def __setitem__(self, name: str, table: Union[Table, Tuple[Any, Any, Any]]) -> None:
@@ -122,8 +126,11 @@ class Tables(Tied, MutableMapping[str, Table]):
         self._set(name, table)
 
     def add(self, name: str, table: Union[Table, Tuple[Any, Any, Any]]) -> None:
-        """Gives the board a table that it does not have yet."""
-        if text("name", name) in self:
+        """Gives the board a table that it does not have yet. Raises :class:`ArgumentError` for a name that it has, and for
+        one that is empty or cannot be printed."""
+        if not text("name", name) or not name.isprintable():
+            raise wrong(f"name: {shown(name)}", "a text that can be printed")
+        if name in self:
             raise wrong(f"name: the board has {shown(name)}", "another name, or tables[name] = ...")
         self._set(name, table)
 
@@ -139,13 +146,15 @@ class Tables(Tied, MutableMapping[str, Table]):
             np.empty(0, np.int32)
         values = _whole_numbers("values", parts[2], (1,) if parts[1] is None else (2,))
         shape = (axis1.size,) if parts[1] is None else (axis1.size, axis2.size)
-        if values.shape != shape or not values.size:
-            raise wrong(f"values: an array with the shape {values.shape}",
-                        f"{shape}, one value for each of at least one node")
+        if values.shape != shape:
+            raise wrong(f"values: an array with the shape {values.shape}", f"{shape}, one value for each node")
+        if not values.size:
+            raise wrong("values: no nodes", "at least one")
         self._engine.set_table(name, axis1, axis2, values)
 
     def __delitem__(self, name: str) -> None:
-        raise ArgumentTypeError(f"{shown(name)}: expected the tables of a board to stay", "the tables of a board to stay")
+        raise ArgumentTypeError(f"{shown(name)}: a table cannot be taken away, expected another one in its place",
+                                "another one in its place")
 
     def __iter__(self) -> Iterator[str]:
         return iter(self._engine.tables())
@@ -179,7 +188,7 @@ class Board:
 
     __slots__ = ("_engine", "_text")
 
-    def __init__(self, engine: _engine.Board, text: Optional[bytes] = None) -> None:
+    def __init__(self, engine: Optional[_engine.Board] = None, text: Optional[bytes] = None) -> None:
         if not isinstance(engine, _engine.Board):
             raise wrong_type("Board", engine, "Board.load(path)")
         self._engine = engine

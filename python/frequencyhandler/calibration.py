@@ -9,6 +9,7 @@ import numpy as np
 from . import _engine
 from ._arguments import (CHANNELS, INT64, Frequency, PathLike, flag, function, khz, path, real, several, shown, text, whole,
                          wrong, wrong_type)
+from ._endings import Ending
 from .board import BoardLike, engine_of
 from .calibration_results import (POINT, CalibrationResult, ChannelQualification, Point, Probe, Qualification, Summary,
                                   Worst, point, qualification, result as result_of)
@@ -94,7 +95,8 @@ def calibrate(board: BoardLike, channel: int, *, method: Optional[str] = None, p
     ``probes`` of a fit, ``band`` and ``step`` in kHz or as texts, ``temperatures`` in degrees Celsius, ``i_range`` and
     ``q_range`` in units of the drivers, ``settle_time`` in ms, ``dwell`` in seconds. ``beginning`` is "fresh", "resume",
     "restart" or "offline", which goes through ``journal`` again and measures nothing. ``tables`` is where they go,
-    otherwise to the file from which the board takes them. ``hardware=True`` calibrates the real radio; nobody is asked for
+    otherwise to the file from which the board takes them, which is replaced; a :class:`Board` that was loaded before keeps
+    those that it had. ``hardware=True`` calibrates the real radio; nobody is asked for
     anything, so temperatures need a chamber or a sensor.
 
     ``on_point`` is called with every :class:`Point`. ``progress`` and ``cancel``: see :mod:`frequencyhandler.progress`.
@@ -139,7 +141,8 @@ def calibrate(board: BoardLike, channel: int, *, method: Optional[str] = None, p
             "cancel": cancelling(cancel),
             "on_point": None if tell_point is None else lambda given: tell_point(point(given)),
         }
-        given, has_left, put_away, reservation, raised = _engine.calibrate(engine, order, listeners)
+        with Ending(hardware):
+            given, has_left, put_away, reservation, raised = _engine.calibrate(engine, order, listeners)
     result = result_of(given, put_away, reservation)
     _end(result, raised, "the calibration", engine.file, has_left)
     return result
@@ -166,8 +169,9 @@ def qualify(board: BoardLike, channel: int, *, settle_time: Optional[int] = None
         "force": flag("force", force),
     }
     with Reporter(progress, "readings") as reporter:
-        carrier, temperature, name, given, has_left, raised = _engine.qualify(engine, order, reporter.counting,
-                                                                              cancelling(cancel))
+        with Ending(hardware):
+            carrier, temperature, name, given, has_left, raised = _engine.qualify(engine, order, reporter.counting,
+                                                                                  cancelling(cancel))
     result = ChannelQualification(carrier, temperature, name, qualification(given))
     _end(result, raised, "the qualification", engine.file, has_left)
     return result

@@ -97,10 +97,11 @@ class Drivers(Tied, Mapping[str, Driver]):
         return iter(self._names.names)
 
     def __len__(self) -> int:
+        self._radio._require_open()
         return len(self._names.names)
 
     def __repr__(self) -> str:
-        return f"<{len(self)} drivers of {self._radio!r}>"
+        return f"<{len(self._names.names)} drivers of {self._radio!r}>"
 
 
 class Variables(Tied, Mapping[str, Tuple[int, ...]]):
@@ -124,7 +125,8 @@ class Variables(Tied, Mapping[str, Tuple[int, ...]]):
 
     def set(self, name: str, values: Union[int, Sequence[int]]) -> Outcome:
         """Changes a variable; fewer values than it has places leave the others. The outcome's note says which phase takes
-        it over, if one has to."""
+        it over, if one has to. Raises :class:`ArgumentError` for a variable that there is none of, and for values that do not
+        fit."""
         self._radio._require_open()
         items = several("values", values)
         written = ",".join(str(whole("values", value, INT32)) for value in items)
@@ -135,7 +137,8 @@ class Variables(Tied, Mapping[str, Tuple[int, ...]]):
         return iter(self._names.names)
 
     def __len__(self) -> int:
+        self._radio._require_open()
         return len(self._names.names)
 
     def __repr__(self) -> str:
-        return f"<{len(self)} variables of {self._radio!r}>"
+        return f"<{len(self._names.names)} variables of {self._radio!r}>"

@@ -39,7 +39,8 @@ class Faults(Tied, Sequence[Fault]):
 
     def inject(self, operation: str, object: str = "", code: int = 0x8000, *, times: Optional[int] = None) -> Outcome:
         """Has the platform answer calls of ``operation`` ("driver-write") on ``object`` (empty: on any) with ``code``, so
-        many times or until it is cleared. With a code that has no bit 0x8000 the call is carried out all the same."""
+        many times or until it is cleared. With a code that has no bit 0x8000 the call is carried out all the same. Raises
+        :class:`ArgumentError` for an operation or object that there is none of."""
         self._radio._require_open()
         words = ["fault", text("operation", operation)]
         words += [text("object", object)] if text("object", object) else []
@@ -48,7 +49,8 @@ class Faults(Tied, Sequence[Fault]):
         return self._radio._act(words)
 
     def clear(self, operation: str = "", object: str = "") -> Outcome:
-        """Takes faults back: all, all of an operation, or that of an object."""
+        """Takes faults back: all, all of an operation, or that of an object. Raises :class:`ArgumentError` for an operation
+        that there is none of."""
         self._radio._require_open()
         words = ["clear", text("operation", operation) or "all"]
         return self._radio._act(words + ([text("object", object)] if text("object", object) else []))
@@ -78,7 +80,7 @@ class Faults(Tied, Sequence[Fault]):
     def __getitem__(self, index: slice) -> List[Fault]: ...
 
     def __getitem__(self, index: Union[int, slice]) -> Union[Fault, List[Fault]]:
-        """The fault at a place, or those of a slice, as they are now."""
+        """The fault at a place, or those of a slice, as they are now. Raises IndexError, as a list does."""
         return self._all()[index]
 
     def __len__(self) -> int:

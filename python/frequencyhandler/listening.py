@@ -47,16 +47,19 @@ class Subscription(Tied):
 
     def __repr__(self) -> str:
         of = " or ".join(kind.__name__ for kind in self._kinds) or "all events"
-        return f"<Subscription of {of}{'' if self._listeners.has(self) else ', cancelled'}>"
+        is_closed = self._listeners.is_closed()
+        return (f"<Subscription of {of}{' of a closed radio' if is_closed else ''}"
+                f"{'' if self._listeners.has(self) else ', cancelled'}>")
 
 
 class Listeners:
     """Who is told of the events of one radio. What functions are told waits in a queue, so that all are told in the order
     in which things happened, also when one of them drives the radio; iterators have theirs at once."""
 
-    __slots__ = ("_subscriptions", "_iterators", "_waiting", "_lock", "_teller", "_further")
+    __slots__ = ("_subscriptions", "_iterators", "_waiting", "_lock", "_teller", "_further", "is_closed")
 
-    def __init__(self) -> None:
+    def __init__(self, is_closed: Callable[[], bool]) -> None:
+        self.is_closed = is_closed
         self._subscriptions: List[Subscription] = []
         self._iterators: WeakSet[Events[Any]] = WeakSet()
         self._waiting: Deque[Event] = deque()
@@ -227,7 +230,8 @@ class Events(Tied, Iterator[Happened]):
                 self._changed.wait(min(left, _TURN))
 
     def within(self, seconds: float) -> Iterator[Happened]:
-        """The events as they happen, each as soon as it does, until so many seconds are over or the radio is closed."""
+        """The events as they happen, each as soon as it does, until so many seconds are over or the radio is closed.
+        Raises :class:`ArgumentError` for a number that is none of seconds."""
         end = _end("seconds", seconds)
         return self._until(end)
 

@@ -10,8 +10,9 @@ from types import TracebackType
 from typing import Any, Callable, List, Optional, Sequence, Tuple, Type, Union, get_args, overload
 
 from . import _engine
-from ._arguments import (CHANNELS, UINT32, Frequency, direction as checked_direction, flag, function, khz, real, shown, text,
+from ._arguments import (CHANNELS, UINT32, Frequency, direction as checked_direction, flag, khz, real, shown, text,
                          whole, wrong, wrong_type)
+from ._endings import Ending, forked
 from ._tied import Tied
 from .board import BoardLike, engine_of
 from .drivers import Drivers, Names, Variables
@@ -28,7 +29,9 @@ class Radio(Tied):
     """Boots a board, and drives what came up until it is closed. One at a time in a process: a second one raises
     :class:`BusyError`, as does one that is used while another thread does.
 
-    ``hardware=True`` drives the real devices of the board, and leaves them properly at the end. ``trace`` is the level of
+    ``hardware=True`` drives the real devices of the board, and leaves them properly at the end. SIGTERM and SIGHUP, where
+    nobody handles them, are a SystemExit in the main thread as long as a radio is open that was opened there; who left a
+    device as it was is a warning of ``boot``. ``trace`` is the level of
     the trace messages that are told ("error" to "information"); ``calls=True`` tells all calls of the library, not writes
     alone. ``must_boot=False`` accepts a start-up that fails, to look into it.
 
@@ -48,7 +51,7 @@ class Radio(Tied):
     __slots__ = {
         "boot": "What the start-up came to, an :class:`frequencyhandler.events.Outcome`.",
         "_file": None, "_engine": None, "_drivers": None, "_variables": None, "_channels": None, "_listeners": None,
-        "_phases": None, "__weakref__": None,
+        "_phases": None, "_ending": None, "__weakref__": None,
     }
 
     def __init__(self, board: BoardLike, hardware: bool = False, *, trace: str = "notice", calls: bool = False,
@@ -59,14 +62,21 @@ class Radio(Tied):
         self._drivers = Names(description.drivers())
         self._variables = Names(description.variables())
         self._channels = len(description.channels())
-        self._listeners = Listeners()
+        here = weakref.ref(self)
+        self._listeners = Listeners(lambda: getattr(here(), "is_closed", True))
         self._phases: List[Phase] = []
-        self._engine = _engine.Radio.open(description, flag("hardware", hardware), text("trace", trace),
-                                          flag("calls", calls), must_boot)
+        given = flag("hardware", hardware), text("trace", trace), flag("calls", calls), must_boot
+        self._ending = Ending(hardware)
         try:
+            self._ending.begin()
+            self._engine = _engine.Radio.open(description, *given)
             self._begin(must_boot)
         except BaseException:  # whoever keeps the exception keeps what was begun, too
-            self._engine.close()
+            try:
+                if hasattr(self, "_engine"):
+                    self._engine.close()
+            finally:
+                self._ending.end()
             raise
 
     def _begin(self, must_boot: bool) -> None:
@@ -95,13 +105,20 @@ class Radio(Tied):
         engine = getattr(self, "_engine", None)
         if engine is not None and not engine.is_closed:
             warnings.warn(f"the radio of {self._file} was not closed", ResourceWarning, source=self)
-            self.close()
+            try:
+                self.close()
+            except ClosedError:  # a thread that is left to itself, while the interpreter ends: that leaves the hardware
+                pass
 
     def close(self) -> None:
         """Leaves the radio; hardware gets what it is to have in the end. What another thread does with the radio comes to an
         end before, as by Ctrl-C. The second time does nothing. Raises :class:`RadioError` when some of that could not be
         written."""
-        writes, events = self._engine.close()
+        try:
+            writes, events = self._engine.close()
+        finally:
+            if self.is_closed:
+                self._ending.end()
         failed = [f"{driver}={value} (0x{code & 0xFFFFFFFF:04x})" for driver, value, code in writes if code & 0x8000]
         try:
             self._tell(tuple(events_of(events)))
@@ -111,8 +128,9 @@ class Radio(Tied):
 
     @property
     def is_closed(self) -> bool:
-        """It was closed."""
-        return self._engine.is_closed
+        """It was closed, or has never come up."""
+        engine: Optional[_engine.Radio] = getattr(self, "_engine", None)
+        return engine is None or engine.is_closed
 
     def _require_open(self) -> None:
         if self.is_closed:
@@ -140,7 +158,8 @@ class Radio(Tied):
 
     def sweep(self, direction: str, channel: int, first: Frequency, last: Frequency, step: Frequency, *,
               dwell: float = 0.0, force: bool = False) -> Outcome:
-        """Sets one carrier after the other, up or down, and stays ``dwell`` seconds at each. There are at most 1000000."""
+        """Sets one carrier after the other, up or down, and stays ``dwell`` seconds at each. There are at most 1000000.
+        Raises as :meth:`tune`; Ctrl-C raises :class:`Interrupted`, whose ``result`` has what was written so far."""
         self._require_open()
         words = ["sweep", checked_direction(direction), str(whole("channel", channel, CHANNELS)),
                  *(str(khz(name, value)) for name, value in (("first", first), ("last", last), ("step", step))),
@@ -148,7 +167,8 @@ class Radio(Tied):
         return self._act(words + ["force"] * flag("force", force))
 
     def wait(self, seconds: float) -> Outcome:
-        """Lets time pass, at most one hour: on hardware it is waited for, otherwise what is modelled settles at once."""
+        """Lets time pass, at most one hour: on hardware it is waited for, otherwise what is modelled settles at once.
+        Raises :class:`ArgumentError` for other times; Ctrl-C raises :class:`Interrupted`."""
         self._require_open()
         return self._act(["wait", _seconds("seconds", seconds)])
 
@@ -169,7 +189,8 @@ class Radio(Tied):
         return self._act(words, flag("check", check))
 
     def phase(self, name: Union[str, int]) -> Outcome:
-        """Runs a start-up phase again over all channels: "init", "storage" or "frame-format", or 11, 5 or 20."""
+        """Runs a start-up phase again over all channels: "init", "storage" or "frame-format", or 11, 5 or 20.
+        Raises :class:`ArgumentError` for another one, and :class:`CommandFailed` when a module fails in it."""
         self._require_open()
         word = str(whole("name", name, UINT32)) if not isinstance(name, str) else text("name", name)
         return self._act(["phase", word])
@@ -193,12 +214,14 @@ class Radio(Tied):
         self._act(["temperature", str(whole("temperature", degrees, (-100, 200)))])
 
     def frequency(self, direction: str, channel: int) -> int:
-        """The carrier that a frequency handler reports, in kHz; 0 before the first."""
+        """The carrier that a frequency handler reports, in kHz; 0 before the first. Raises :class:`ArgumentError` for a channel
+        that the board does not have, and :class:`BusyError`."""
         self._require_open()
         return self._engine.frequency(checked_direction(direction), whole("channel", channel, CHANNELS))
 
     def leakage(self, channel: int) -> Optional[float]:
-        """The modelled LO leakage of a channel as it is now, in dBc; None without a carrier."""
+        """The modelled LO leakage of a channel as it is now, in dBc; None without a carrier. Raises :class:`ArgumentError`
+        for one that is not modelled, and :class:`BusyError`."""
         self._require_open()
         return self._engine.leakage(whole("channel", channel, CHANNELS))
 
@@ -250,15 +273,17 @@ class Radio(Tied):
         the radio, up to 1000 times for one command, and is told what happens then behind what waits. What it raises is
         raised by the command, when all were told."""
         self._require_open()
-        if function("callback", callback) is None:
+        if not callable(callback):
             raise wrong_type("callback", callback, "a function")
         return self._listeners.add(callback, _kinds(kinds))
 
     def _act(self, words: List[str], check: bool = True) -> Outcome:
+        __tracebackhide__ = True  # of pytest: what an expectation raises is about the line of the test
         self._require_open()
         return self._done(" ".join(words), self._engine.execute(words), check)
 
     def _done(self, command: str, report: Any, check: bool) -> Outcome:
+        __tracebackhide__ = True
         code, note, events, value, judgement, listing, raised = report
         shown_list = Listing(listing[0], tuple(listing[1]), tuple(map(tuple, listing[2]))) if listing else None
         outcome = Outcome(command, code, note, events, value, shown_list)
@@ -287,7 +312,7 @@ class Radio(Tied):
 
     def __repr__(self) -> str:
         if self.is_closed:
-            return f"<Radio {self._file!r}, closed>"
+            return f"<Radio {getattr(self, '_file', '')!r}, closed>"
         return f"<Radio {self._file!r}: {self._channels} channels, {len(self._drivers.names)} drivers>"
 
 
@@ -326,3 +351,4 @@ def _leave() -> None:
 
 atexit.register(_leave)
 os.register_at_fork(after_in_child=_engine.forked)
+os.register_at_fork(after_in_child=forked)

@@ -54,7 +54,7 @@ def _log(log: LogLike) -> Log:
     if isinstance(log, (str, bytes, os.PathLike)):
         return read_log(log)
     if not isinstance(log, tuple) or len(log) != 2:
-        raise wrong_type("log", log, "a path, or two arrays: seconds and degrees")
+        raise wrong_type("log", log, "a path, or a tuple of two arrays: (seconds, degrees)")
     arrays = []
     for name, value, low, high in (("seconds", log[0], 0, 10**12), ("degrees", log[1], -100, 200)):
         array = whole_numbers(name, value, (1,), (low, high))
@@ -139,7 +139,7 @@ def replay(board: BoardLike, log: LogLike, *, carriers: Optional[Mapping[int, Fr
            progress: ProgressLike = None, cancel: CancelLike = None) -> ReplayResult:
     """Plays a temperature log to a radio that is booted for it, and watches the channels with IQ compensation.
 
-    ``log`` is a path, or two arrays: seconds, ascending, and whole degrees Celsius. ``carriers`` has a transmit carrier for
+    ``log`` is a path, or a tuple of two arrays: seconds, ascending, and whole degrees Celsius. ``carriers`` has a transmit carrier for
     channels that are not to have the first of their raster. ``keep=False`` keeps no moments. Ctrl-C raises
     :class:`Interrupted`, whose ``result`` has what came of it so far.
 

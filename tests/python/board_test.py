@@ -8,9 +8,10 @@ import sys
 import numpy as np
 import pytest
 
-from frequencyhandler import ArgumentError, ArgumentTypeError, Board, InputError, Radio, Table, UnknownName
+from frequencyhandler import ArgumentError, ArgumentTypeError, Board, InputError, Radio, Table, UnknownName, tables
 
 I_TABLE = "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I"
+Q_TABLE = I_TABLE[:-1] + "Q"
 
 
 def test_wrong_file_says_file_line_and_what_was_expected(tmp_path):
@@ -68,9 +69,31 @@ def test_radio_that_is_up_keeps_its_tables(leaking):
         assert radio.tune("tx", 1, "17.7275 GHz")["channel.1.tx.rf.mixer.i"] == before
 
 
-def test_array_that_was_given_can_be_changed_without_changing_the_board(leaking):
-    leaking.tables[I_TABLE].values[:] = 0
-    assert leaking.tables[I_TABLE].values.any()
+def test_value_that_would_be_lost_is_refused_by_the_array(leaking):
+    leaking.tables.add("one", ([1, 2], None, [3, 4]))
+    for name in (I_TABLE, "one"):
+        table = leaking.tables[name]
+        for array in (table.axis1, table.axis2, table.values):
+            if array is not None:
+                with pytest.raises(ValueError, match="read-only"):
+                    array[...] = 7
+    copied = leaking.tables["one"].values.copy()
+    copied[0] = 7
+    leaking.tables["one"] = [1, 2], None, copied
+    assert leaking.tables["one"].values.tolist() == [7, 4]
+
+
+def test_replaced_table_is_none_of_its_file(leaking):
+    table = leaking.tables[I_TABLE]
+    leaking.tables[I_TABLE] = table
+    assert (leaking.tables[I_TABLE].file, leaking.tables[I_TABLE].column) == (table.file, "i")  # as it was
+    leaking.tables[I_TABLE] = table.axis1, table.axis2, table.values + 10
+    for board in (leaking, leaking.copy(), pickle.loads(pickle.dumps(leaking))):
+        assert (board.tables[I_TABLE].file, board.tables[I_TABLE].column) == (None, None)
+        assert board.tables[Q_TABLE].column == "q"
+        branches = tables.why(board, 1, "17.7275 GHz", 25).branches
+        assert [(one.file, one.column) for one in branches] == [(None, None), (table.file, "q")]
+    assert Board.load(leaking.file).tables[I_TABLE].file == table.file
 
 
 def test_copy_has_tables_of_its_own(leaking):
@@ -106,8 +129,9 @@ def test_repr_says_what_it_is(leaking):
     assert repr(Table(np.array([1, 5], np.int32), None, np.array([-3, 4], np.int32))) == (
         "<Table of 2 values from -3 to 4, axis 1 from 1 to 5>")
     leaking.tables[I_TABLE] = [17000000, 18000000], [-5, 0, 25], [[1, 2, 3], [4, 5, 6]]
-    assert repr(leaking.tables[I_TABLE]).startswith(
-        "<Table of 2 x 3 values from 1 to 6, axis 1 from 17000000 to 18000000, axis 2 from -5 to 25 of '")
+    assert leaking.tables[Q_TABLE].file in repr(leaking.tables[Q_TABLE])
+    assert repr(leaking.tables[I_TABLE]) == (
+        "<Table of 2 x 3 values from 1 to 6, axis 1 from 17000000 to 18000000, axis 2 from -5 to 25>")
 
 
 def test_table_that_is_yet_to_be_calibrated_says_so(boards):

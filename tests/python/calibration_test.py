@@ -28,6 +28,17 @@ def test_fit_holds_the_limits_and_stores_the_tables(leaking, tmp_path):
     assert "PASS" in repr(result)
 
 
+def test_board_that_was_loaded_before_keeps_its_tables(leaking):
+    name = "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I"
+    before = leaking.tables[name]
+    found = calibrate(leaking, 1, accept_fail=True, **SMALL)
+    assert found.tables == before.file
+    after = Board.load(leaking.file).tables[name]
+    assert after.axis1.tolist() == [17727500, 17755000, 17782500, 17810000] and before.axis1.size > 4
+    assert leaking.tables[name].axis1.tolist() == before.axis1.tolist()
+    assert leaking.tables[name].values.tolist() == before.values.tolist()
+
+
 def test_cancelled_calibration_is_not_good(leaking, tmp_path):
     part = calibrate(leaking, 1, journal=tmp_path / "j", tables=tmp_path / "t.csv", cancel=lambda: True)
     assert not part.complete and not part.is_good

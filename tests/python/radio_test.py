@@ -11,7 +11,7 @@ import numpy as np
 import pytest
 
 from frequencyhandler import (ArgumentError, ArgumentTypeError, Board, BusyError, ClosedError, CommandFailed, InputError, Radio,
-                              UnknownName, _engine, plan)
+                              UnknownName, _engine, events, plan)
 
 
 def test_tune_gives_what_was_written(radio):
@@ -307,3 +307,42 @@ def test_times_are_numbers_of_numpy_as_well(radio, seconds):
     assert radio.wait(seconds).ok
     with pytest.raises(TimeoutError):
         radio.events().wait(seconds * 0)
+
+
+def test_radio_that_has_never_come_up_is_closed_and_says_what_it_is():
+    radio = Radio.__new__(Radio)
+    assert radio.is_closed and repr(radio) == "<Radio '', closed>"
+
+
+def test_driver_that_was_not_written_is_an_unknown_name_of_an_outcome(radio):
+    outcome = radio.tune("tx", 1, 7442000)
+    with pytest.raises(UnknownName) as caught:
+        outcome["channel.1.tx.rf.frequenzy"]
+    assert isinstance(caught.value, KeyError) and caught.value.expected == "channel.1.tx.rf.frequency"
+    with pytest.raises(UnknownName):
+        outcome[1]
+
+
+def test_events_of_an_outcome_are_the_same_for_every_thread(radio):
+    for _ in range(50):
+        outcome = radio.tune("tx", 1, 7442000)
+        seen = []
+        threads = [threading.Thread(target=lambda: seen.append(outcome.events)) for _ in range(4)]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        assert len(seen) == 4 and {len(one) for one in seen} == {2}
+
+
+def test_everything_of_a_closed_radio_says_so(board_file):
+    with Radio(board_file) as radio:
+        subscription = radio.on_event(print, events.Write)
+        assert repr(subscription) == "<Subscription of Write>"
+        drivers, variables = radio.drivers, radio.variables
+        assert (len(drivers), len(variables)) == (4, 0)
+    assert repr(subscription) == "<Subscription of Write of a closed radio>"
+    for mapping in (drivers, variables):
+        with pytest.raises(ClosedError):
+            len(mapping)
+    assert repr(drivers) == f"<4 drivers of <Radio {str(board_file)!r}, closed>>"

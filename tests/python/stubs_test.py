@@ -8,7 +8,13 @@ from pathlib import Path
 import pytest
 
 import frequencyhandler
-from frequencyhandler import _engine
+from frequencyhandler import Board, Radio, _engine
+from frequencyhandler.board import Tables
+from frequencyhandler.drivers import Drivers, Variables
+from frequencyhandler.expectations import Expectations
+from frequencyhandler.faults import Faults
+from frequencyhandler.listening import Events
+from frequencyhandler.pytest_plugin import MockedHardware
 
 STUB = Path(inspect.getfile(frequencyhandler)).with_name("_engine.pyi")
 
@@ -84,3 +90,14 @@ def test_difference_is_seen():
         count_of(len, "khz")
     assert count_of(_engine.why, "why") == 4
     assert there()["Radio.tune"] == ("method", 4) and there()["Board.load"] == ("static", 1)
+
+
+@pytest.mark.parametrize("kind", [Radio, Expectations, Faults, Variables, Drivers, Tables, Board, Events, MockedHardware])
+def test_what_takes_arguments_says_what_it_raises(kind):
+    quiet = {"copy", "cancel", "close", "gather", "events", "injected", "count", "index", "get", "tell"}
+    for name, made in vars(kind).items():
+        function = getattr(made, "__func__", made)
+        if name.startswith("_") or name in quiet or not inspect.isfunction(function):
+            continue
+        if len(inspect.signature(function).parameters) > 1:
+            assert re.search(r"[Rr]aise|is\s+raised", function.__doc__), f"{kind.__name__}.{name}"
