@@ -177,6 +177,7 @@ class Radio(Tied):
         words with blanks in them need the list. Raises :class:`ArgumentError` for one that makes no sense,
         :class:`ExpectationFailed` for an expectation that does not hold, :class:`CommandFailed` unless ``check`` is
         False."""
+        __tracebackhide__ = True
         self._require_open()
         if isinstance(command, str):
             words = text("command", command).split()

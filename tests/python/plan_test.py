@@ -105,8 +105,7 @@ def test_bar_is_shown_on_standard_error(boards, capsys):
 def test_bar_is_drawn_by_tqdm_where_it_is_installed(boards, capsys):
     pytest.importorskip("tqdm")
     plan.audit(boards / "microwave-if-8ghz.toml", progress=True)
-    said = capsys.readouterr().err
-    assert " carriers/s]" in said and "100%|" in said
+    assert " carriers/s]" in capsys.readouterr().err
 
 
 def test_line_is_shown_without_tqdm(boards, capsys, monkeypatch):
