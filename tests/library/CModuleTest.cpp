@@ -6,6 +6,7 @@
 #include "InterfaceBroker.h"
 #include "ModuleTest.h"
 
+#include <ostream>
 #include <stdexcept>
 
 using Standalone::Operation;
@@ -158,6 +159,10 @@ struct Refusing {
     const char* object;
     std::int32_t written = 0;
 };
+// Said here, since of a value without words all bytes are printed, with those between its members.
+void PrintTo(const Refusing& refusing, std::ostream* stream) {
+    *stream << "type " << refusing.type << ", " << refusing.object;
+}
 class CModuleRefusalTest : public CModuleTest, public testing::WithParamInterface<Refusing> {};
 
 TEST_P(CModuleRefusalTest, CodeOfWhoeverRefusesIsTold) {
