@@ -102,12 +102,12 @@ py::tuple table(BoardHandle& handle, const std::string& name) {
     const auto columns = static_cast<py::ssize_t>(table.axis2.size());
     const bool hasOne = table.axis2.empty();
     const bool isOfFile = handle.replaced.count(name) == 0;
-    return py::make_tuple(
-        arrayOf(table.axis1, {rows}), hasOne ? py::object(py::none()) : arrayOf(table.axis2, {columns}),
-        arrayOf(table.values,
-                hasOne ? std::vector<py::ssize_t>{rows} : std::vector<py::ssize_t>{rows, columns}),
-        orNone(isOfFile ? described.file.string() : ""), orNone(isOfFile ? described.column : ""),
-        toPython(described.place));
+    return py::make_tuple(arrayOf(table.axis1, {rows}),
+                          hasOne ? py::object(py::none()) : arrayOf(table.axis2, {columns}),
+                          arrayOf(table.values, hasOne ? std::vector<py::ssize_t>{rows}
+                                                       : std::vector<py::ssize_t>{rows, columns}),
+                          orNone(isOfFile ? described.file.string() : ""),
+                          orNone(isOfFile ? described.column : ""), toPython(described.place));
 }
 
 std::vector<std::int32_t> vectorOf(const Numbers& array) {
@@ -122,8 +122,8 @@ bool isSame(const CalibrationTable& one, const CalibrationTable& other) {
     return one.axis1 == other.axis1 && one.axis2 == other.axis2 && one.values == other.values;
 }
 
-/** The table from then on, in place of whatever it was. Where a calibration stores it, and is compared with it,
- * stays the same. `axis2` is empty for a table with one axis. */
+/** The table from then on, in place of whatever it was. Where a calibration stores it, and is compared with
+ * it, stays the same. `axis2` is empty for a table with one axis. */
 void setTable(BoardHandle& handle, const std::string& name, const Numbers& axis1, const Numbers& axis2,
               const Numbers& values) {
     CalibrationTable table{name, vectorOf(axis1), vectorOf(axis2), vectorOf(values)};
