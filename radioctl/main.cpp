@@ -27,6 +27,7 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <new>
 
 namespace Radio {
 
@@ -103,6 +104,9 @@ int main(int argc, char** argv) {
     const Radio::PatientOutput output(std::cout, STDOUT_FILENO);
     try {
         return Radio::checkedOutput(Radio::runCommandLine(argc, argv));
+    } catch (const std::bad_alloc&) {
+        Radio::complain("needs more memory than there is");
+        return Radio::ExitCode::unusableInput;
     } catch (const std::exception& error) {
         Radio::complain(error.what());
         return Radio::ExitCode::unusableInput;

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <iostream>
 #include <string>
+#include <string_view>
 
 namespace Conformance {
 
@@ -105,6 +106,21 @@ std::string quoted(const std::string& text) {
     return result + '"';
 }
 
+/** What somebody else wrote, for a terminal: whatever is no printable ASCII as \xNN. */
+std::string harmless(const std::string& text) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string result;
+    for (const char letter : text) {
+        const auto byte = static_cast<unsigned char>(letter);
+        if (byte >= ' ' && byte < 0x7FU) {
+            result += letter;
+        } else {
+            result += {'\\', 'x', digits[byte / 16U], digits[byte % 16U]};
+        }
+    }
+    return result;
+}
+
 void tell(const Rule& rule, const Finding& finding, bool isJson) {
     if (isJson) {
         std::cout << R"({"rule":)" << quoted(rule.name) << R"(,"state":)" << quoted(wordOf(finding.state))
@@ -128,7 +144,7 @@ int look(Adapter& adapter, int argc, const char* const* argv) {
     try {
         options = read(argc, argv);
     } catch (const std::invalid_argument& error) {
-        std::cerr << "frequencyhandler-conformance: " << error.what() << '\n';
+        std::cerr << "frequencyhandler-conformance: " << harmless(error.what()) << '\n';
         return misused;
     }
     if (options.wantsHelp) {
@@ -138,8 +154,9 @@ int look(Adapter& adapter, int argc, const char* const* argv) {
     const Rules rules = rulesWanted(options.only);
     if (rules.empty() || (options.isHere && rules.size() != 1)) {
         std::cerr << "frequencyhandler-conformance: "
-                  << (rules.empty() ? "no rule begins with \"" + options.only + "\", expected one of --list"
-                                    : "--here is for one rule, expected --only with its whole name")
+                  << (rules.empty()
+                          ? "no rule begins with \"" + harmless(options.only) + "\", expected one of --list"
+                          : "--here is for one rule, expected --only with its whole name")
                   << '\n';
         return misused;
     }

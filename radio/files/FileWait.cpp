@@ -19,7 +19,7 @@ FileWait fileWait = &waitUndisturbed;
 } // namespace
 
 void setFileWait(FileWait wait) {
-    fileWait = wait;
+    fileWait = wait == nullptr ? &waitUndisturbed : wait;
 }
 
 int waitForFile(FileUse use, int descriptor, std::chrono::milliseconds most) {

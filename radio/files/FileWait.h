@@ -14,8 +14,8 @@ using FileWait = int (*)(FileUse use, int descriptor, std::chrono::milliseconds 
 
 /**
  * How this process waits for files that keep it waiting, pipes for example. Whoever holds signals back while
- * it reads or writes has to say so; until then it waits for ever. For the beginning of a program, before any
- * thread reads.
+ * it reads or writes has to say so; until then, and with null, it waits for ever. For the beginning of a
+ * program, before any thread reads.
  */
 void setFileWait(FileWait wait);
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <system_error>
 
 namespace Radio {
@@ -58,7 +59,7 @@ private:
 
 } // namespace
 
-std::string readTextFile(const std::filesystem::path& file, std::size_t most, const std::string& what) {
+std::string readTextFile(const std::filesystem::path& file, std::size_t most, const std::string& what) try {
     const Place whole{file.string(), 0};
     std::error_code ignored;
     if (std::filesystem::is_directory(file, ignored)) {
@@ -80,6 +81,8 @@ std::string readTextFile(const std::filesystem::path& file, std::size_t most, co
         text.resize(before + static_cast<std::size_t>(count));
     }
     return text;
+} catch (const std::bad_alloc&) {
+    throw InputError({file.string(), 0}, "needs more memory than there is");
 }
 
 OrdinaryFile::OrdinaryFile(const std::filesystem::path& file)

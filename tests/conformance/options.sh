@@ -27,6 +27,9 @@ for seconds in 0 -1 1.5 many 86401 99999999999999999999 ''; do
     ends 2 "--deadline $seconds: expected seconds from 1 to 86400" --deadline "$seconds"
 done
 ends 2 'no rule begins with "nothing.", expected one of --list' --only nothing.
+hostile=$(printf 'a\033[31m\302\233\342\200\256\nz')
+ends 2 'not understood: a\x1b[31m\xc2\x9b\xe2\x80\xae\x0az, expected' "$hostile"
+ends 2 'no rule begins with "a\x1b[31m\xc2\x9b\xe2\x80\xae\x0az", expected' --only "$hostile"
 ends 2 '--here is for one rule, expected --only with its whole name' --here
 ends 2 '--here is for one rule, expected --only with its whole name' --here --only trace.
 ends 0 '--deadline N' --help

@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <regex>
 
@@ -440,11 +441,11 @@ TEST_P(CrashAtTheTerminalTest, LeavesItAsItWas) {
     EXPECT_TRUE(process.showsWhatIsTyped());
 }
 
-INSTANTIATE_TEST_SUITE_P(By, CrashAtTheTerminalTest, testing::Values(SIGBUS, SIGABRT, SIGQUIT),
+INSTANTIATE_TEST_SUITE_P(By, CrashAtTheTerminalTest,
+                         testing::Values(SIGBUS, SIGABRT, SIGQUIT, SIGSYS, SIGTRAP, SIGXCPU, SIGPIPE, SIGALRM,
+                                         SIGVTALRM, SIGPROF, SIGUSR1, SIGUSR2),
                          [](const testing::TestParamInfo<int>& test) {
-                             return test.param == SIGBUS    ? "SIGBUS"
-                                    : test.param == SIGABRT ? "SIGABRT"
-                                                            : "SIGQUIT";
+                             return std::string("SIG") + sigabbrev_np(test.param);
                          });
 
 TEST_F(MannersTest, MessageIsNotWrittenIntoAFileThatWasOpenedInThePlaceOfStandardError) {

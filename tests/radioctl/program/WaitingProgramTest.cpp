@@ -72,6 +72,15 @@ protected:
     }
 };
 
+TEST_F(WaitingProgramTest, WhatGnuplotStartedGoesWithIt) {
+    Process radioctl(withGnuplot(thermal(), "sleep 300 & echo $! > started\nwait"));
+    const std::string started = waitForContentOf("started");
+    ASSERT_NE(started, "");
+    radioctl.signal(SIGTERM);
+    EXPECT_EQ(radioctl.finish().exitCode, 143);
+    EXPECT_TRUE(waitUntilGone(std::stoi(started)));
+}
+
 /** A pipe called "pipe" whose other end nobody opens, wherever the command line or a file names one. */
 struct APipe {
     const char* name;
