@@ -14,6 +14,7 @@
 #include "radioctl/replay/ReplayCommandLine.h"
 #include "radioctl/report/Output.h"
 #include "radioctl/run/RunCommandLine.h"
+#include "radioctl/serve/ServeCommandLine.h"
 #include "radioctl/tables/TablesCommandLine.h"
 #include "radioctl/thermal/ThermalCommandLine.h"
 
@@ -39,6 +40,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     Thermal::ThermalCommandLine thermal(program);
     Calibration::QualificationCommandLine qualification(program);
     Calibration::CalibrationCommandLine calibration(program);
+    Serving::ServeCommandLine serve(program);
     Tables::TablesCommandLine tables(program);
     Recordings::RecordCommandLine record(program);
     Replaying::ReplayCommandLine replay(program);
@@ -49,9 +51,9 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     if (const auto isGood = parser.parse(withUnitsJoined(argumentCount, arguments))) {
         return *isGood ? ExitCode::good : ExitCode::wrongCommandLine;
     }
-    const std::array<CommandLine::Verb*, 11> verbs{&run,           &check,       &plan,      &thermal,
-                                                   &qualification, &calibration, &tables,    &record,
-                                                   &replay,        &describe,    &completion};
+    const std::array<CommandLine::Verb*, 12> verbs{&run,           &check,       &plan,   &thermal,
+                                                   &qualification, &calibration, &serve,  &tables,
+                                                   &record,        &replay,      &describe, &completion};
     for (CommandLine::Verb* const verb : verbs) {
         if (verb->isCalled()) {
             return verb->run(json);

@@ -22,7 +22,7 @@ _radioctl()
     command=
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case $word in
-            run | console | check | completion | explain | audit | thermal | qualify | calibrate | lint | why | show | replay | describe)
+            run | console | check | completion | explain | audit | thermal | qualify | calibrate | serve | lint | why | show | replay | describe)
                 command=$word
                 break
                 ;;
@@ -43,7 +43,8 @@ _radioctl()
         return
     fi
 
-    if [[ $previous == --junit || $previous == --script ]]; then
+    if [[ $previous == --junit || $previous == --script || $previous == --state || $previous == --token ||
+        $previous == --certificate || $previous == --key ]]; then
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
         compopt -o filenames 2> /dev/null
         return
@@ -61,6 +62,7 @@ _radioctl()
                 --shrink --min-delta --max-iterations --settle-time --detector --serial --station --journal --out --html
                 --resume --restart --offline --accept-edge --accept-fail --no-qualify --attended --tolerance --dwell
                 --real-time" ;;
+            serve) word="--help --json --hardware --listen --token --certificate --key --name --state --trace" ;;
             tables-diff) word="--help --json --board --channel --all" ;;
             record-diff) word="--help --json --verbose --channel --driver --from --to --limit" ;;
             why) word="--help --json --channel --frequency --temperature" ;;
@@ -81,7 +83,7 @@ _radioctl()
             compgen -f -X '!*.script' -- "$current"
             compgen -d -- "$current"
         ) ;;
-        console | check | explain | audit | qualify | calibrate | why) mapfile -t matches < <(
+        console | check | explain | audit | qualify | calibrate | serve | why) mapfile -t matches < <(
             compgen -f -X '!*.toml' -- "$current"
             compgen -d -- "$current"
         ) ;;
@@ -95,7 +97,7 @@ _radioctl()
         tables) mapfile -t COMPREPLY < <(compgen -W "lint diff why" -- "$current") && return ;;
         record) mapfile -t COMPREPLY < <(compgen -W "show diff" -- "$current") && return ;;
         completion) mapfile -t COMPREPLY < <(compgen -W "bash" -- "$current") && return ;;
-        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal qualify calibrate tables record replay describe completion" -- "$current") && return ;;
+        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal qualify calibrate serve tables record replay describe completion" -- "$current") && return ;;
     esac
     # Has bash put a backslash before the spaces of a name, and a slash behind a directory.
     compopt -o filenames 2> /dev/null

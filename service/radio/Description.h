@@ -1,0 +1,13 @@
+#ifndef SERVICE_RADIO_DESCRIPTION_H
+#define SERVICE_RADIO_DESCRIPTION_H
+
+#include <string_view>
+
+namespace Radio::Service {
+
+/** The interface described in the form of OpenAPI: the content of openapi.json. */
+std::string_view interfaceDescription();
+
+} // namespace Radio::Service
+
+#endif

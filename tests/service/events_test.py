@@ -1,0 +1,118 @@
+"""The events of a served radio, as those see them who follow."""
+import json
+import time
+
+import pytest
+
+from served import Served
+
+
+@pytest.fixture
+def radio(tmp_path):
+    with Served(tmp_path) as served:
+        yield served
+
+
+def number(name):
+    return int(name.split('-')[1])
+
+
+def test_events_of_a_tune_come_in_their_order_with_the_schema(radio):
+    follower = radio.follow()
+    assert follower.head[0] == 'HTTP/1.1 200 OK'
+    assert 'Content-Type: text/event-stream' in follower.head
+    radio.ask('PUT', '/api/channels/1/tx', {'khz': 7472000})
+    events = follower.until('change')
+    assert [event['event'] for _, event in events] == ['command', 'call', 'notified', 'result', 'change']
+    assert {event['schema'] for _, event in events} == {1}
+    assert events[0][1]['text'] == 'tune tx 1 7472000'
+    assert events[1][1]['destination'] == 'channel.1.tx.rf.frequency'
+    assert (events[-1][1]['request'], events[-1][1]['status']) == ('PUT /api/channels/1/tx', 200)
+    numbers = [number(name) for name, _ in events]
+    assert numbers == list(range(numbers[0], numbers[0] + 5))
+
+
+def test_who_comes_back_goes_on_behind_the_last_event(radio):
+    follower = radio.follow()
+    radio.ask('PUT', '/api/temperature', {'degrees': 20})
+    last, _ = follower.until('change')[-1]
+    follower.close()
+    radio.ask('PUT', '/api/temperature', {'degrees': 21})
+    radio.ask('PUT', '/api/temperature', {'degrees': 22})
+    again = radio.follow(last)
+    events = again.until('change') + again.until('change')
+    assert [event['body'] for _, event in events if event['event'] == 'change'] == ['{"degrees": 21}', '{"degrees": 22}']
+    assert number(events[0][0]) == number(last) + 1
+
+
+def test_last_event_of_the_radio_is_where_to_go_on(radio):
+    last = radio.ask('GET', '/api/radio')[1]['last_event']
+    radio.ask('PUT', '/api/temperature', {'degrees': 20})
+    name, event = radio.follow(last).next()
+    assert number(name) == number(last) + 1
+    assert event['event'] == 'command'
+
+
+@pytest.mark.parametrize('last', ['1-1', 'x', '99999999999999999999-5', '-'])
+def test_who_missed_events_is_told_and_given_all_that_are_there(radio, last):
+    follower = radio.follow(last)
+    _, gap = follower.next()
+    assert (gap['kind'], gap['event'], gap['schema']) == ('gap', 'gap', 1)
+    assert number(gap['after']) == 0
+    name, event = follower.next()
+    assert (number(name), event['event']) == (1, 'mode')
+
+
+def test_events_that_are_gone_are_told_as_a_gap(radio):
+    first = radio.ask('GET', '/api/radio')[1]['last_event']
+    connection = radio.connect()
+    request = (f'PUT /api/channels/1/tx HTTP/1.1\r\nHost: 127.0.0.1:{radio.port}\r\nContent-Type: application/json\r\n'
+               'Content-Length: 15\r\n\r\n{"khz":7472000}').encode()
+    for _ in range(45): # some 5 events each, of which 20,000 are kept
+        connection.sendall(request * 100)
+        left = 100
+        while left:
+            left -= connection.recv(1 << 20).count(b'HTTP/1.1 200')
+    _, gap = radio.follow(first).next()
+    assert gap['event'] == 'gap'
+    last = radio.ask('GET', '/api/radio')[1]['last_event']
+    assert 19000 < number(last) - number(gap['after']) <= 20000
+
+
+def test_many_followers_see_the_same(radio):
+    followers = [radio.follow() for _ in range(50)]
+    for degrees in range(20, 40):
+        radio.ask('PUT', '/api/temperature', {'degrees': degrees})
+    seen = []
+    for follower in followers:
+        events = []
+        while len([1 for _, event in events if event['event'] == 'change']) < 20:
+            events += follower.until('change')
+        seen.append(events)
+    assert all(events == seen[0] for events in seen)
+    assert [event['body'] for _, event in seen[0] if event['event'] == 'change'] == [
+        json.dumps({'degrees': degrees}) for degrees in range(20, 40)]
+
+
+def test_follower_that_does_not_read_is_dropped_and_the_others_go_on(radio):
+    lazy = radio.follow()
+    eager = radio.follow()
+    connection = radio.connect()
+    body = '{"khz":7472000}'
+    request = (f'PUT /api/channels/1/tx HTTP/1.1\r\nHost: 127.0.0.1:{radio.port}\r\nContent-Type: application/json\r\n'
+               f'Content-Length: {len(body)}\r\n\r\n{body}').encode()
+    changes = 0
+    for _ in range(100): # 16 MB: more than the kernel keeps for it
+        connection.sendall(request * 200)
+        left = 200
+        while left:
+            left -= connection.recv(1 << 20).count(b'HTTP/1.1 200')
+            assert left >= 0
+        while changes < 200:
+            changes += eager.next()[1]['event'] == 'change'
+        changes = 0
+    deadline = time.monotonic() + 60
+    while lazy.next()[1] is not None and time.monotonic() < deadline:
+        pass
+    assert lazy.next()[1] is None
+    assert radio.ask('GET', '/api/radio')[0] == 200
