@@ -51,8 +51,8 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     if (const auto isGood = parser.parse(withUnitsJoined(argumentCount, arguments))) {
         return *isGood ? ExitCode::good : ExitCode::wrongCommandLine;
     }
-    const std::array<CommandLine::Verb*, 12> verbs{&run,           &check,       &plan,   &thermal,
-                                                   &qualification, &calibration, &serve,  &tables,
+    const std::array<CommandLine::Verb*, 12> verbs{&run,           &check,       &plan,     &thermal,
+                                                   &qualification, &calibration, &serve,    &tables,
                                                    &record,        &replay,      &describe, &completion};
     for (CommandLine::Verb* const verb : verbs) {
         if (verb->isCalled()) {

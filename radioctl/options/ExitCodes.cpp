@@ -15,10 +15,10 @@ namespace {
 using Commands = std::vector<std::string_view>;
 
 const Commands& allCommands() {
-    static const Commands all = {"run",         "console",     "check",      "plan explain",
-                                 "plan audit",  "thermal",     "qualify",    "calibrate",
-                                 "serve",       "tables lint", "tables diff", "tables why", "record show",
-                                 "record diff", "replay",      "describe",   "completion"};
+    static const Commands all = {"run",         "console",    "check",       "plan explain", "plan audit",
+                                 "thermal",     "qualify",    "calibrate",   "serve",        "tables lint",
+                                 "tables diff", "tables why", "record show", "record diff",  "replay",
+                                 "describe",    "completion"};
     return all;
 }
 

@@ -5,9 +5,10 @@
 namespace Radio::Serving {
 
 int serve(const Options& options) {
-    return refuse("serve: this radioctl was built without it, expected the packages libboost-dev and libssl-dev "
-                  "when it is built",
-                  options.json, ExitCode::unusableInput);
+    return refuse(
+        "serve: this radioctl was built without it, expected the packages libboost-dev and libssl-dev "
+        "when it is built",
+        options.json, ExitCode::unusableInput);
 }
 
 } // namespace Radio::Serving

@@ -10,6 +10,7 @@
 #include "radioctl/report/JsonReporter.h"
 #include "radioctl/report/Output.h"
 #include "radioctl/serve/EventLines.h"
+#include "radioctl/serve/ServiceManager.h"
 #include "service/http/Server.h"
 #include "service/radio/EventRing.h"
 #include "service/radio/Resources.h"
@@ -63,11 +64,12 @@ public:
           m_reporter(m_events, false),
           m_state(options.state, m_board),
           m_carriers(m_state.read()),
-          m_server({options.listen, options.token, options.certificate, options.key, options.names},
-                   [this](Request request, std::function<void(Answer)> tell) {
-                       return ask(std::move(request), std::move(tell));
-                   },
-                   m_ring),
+          m_server(
+              {options.listen, options.token, options.certificate, options.key, options.names},
+              [this](Request request, std::function<void(Answer)> tell) {
+                  return ask(std::move(request), std::move(tell));
+              },
+              m_ring),
           m_hardware(m_board, {options.hardware, false}, options.json ? m_events : std::cout, options.json,
                      options.json ? nullptr : &m_events),
           m_radio(
@@ -88,10 +90,12 @@ public:
         if (!m_options.json) {
             std::cout << "Serving " << harmless(m_board.name) << " at " << m_server.address() << std::endl;
         }
+        m_manager.ready("serving " + harmless(m_board.name) + " at " + m_server.address());
         while (m_interrupt.signal() == 0 && std::cout.good()) {
             m_interrupt.waitForInput(m_queue.descriptor(), idleInterval);
             m_queue.work();
             m_radio.idle();
+            m_manager.alive();
         }
         return end();
     }
@@ -114,18 +118,20 @@ private:
                                  {"body", change.body},
                                  {"status", change.status}});
         if (!m_options.json) {
-            std::cout << when << "  " << harmless(change.who + "  " + change.request + " " + change.body) << "  "
-                      << change.status << std::endl;
+            std::cout << when << "  " << harmless(change.who + "  " + change.request + " " + change.body)
+                      << "  " << change.status << std::endl;
         }
     }
 
     /** Requests that came before are answered, and then the radio is left. */
     int end() {
+        m_manager.stopping();
         m_queue.close();
         m_queue.work();
         const bool hasLeft = m_hardware.leave();
         const int exitCode = hasLeft ? ExitCode::good : ExitCode::outsideLimits;
-        writeJsonLine(m_events, {{"event", "ended"}, {"signal", m_interrupt.signal()}, {"exit_code", exitCode}});
+        writeJsonLine(m_events,
+                      {{"event", "ended"}, {"signal", m_interrupt.signal()}, {"exit_code", exitCode}});
         m_server.stop();
         return exitCode;
     }
@@ -144,6 +150,7 @@ private:
     HardwareUse m_hardware;
     ServedRadio m_radio;
     Resources m_resources;
+    ServiceManager m_manager;
 };
 
 } // namespace

@@ -69,12 +69,13 @@ std::optional<Problem> Gate::whyNot(const Way& way, const Claims& claims) const 
     }
     if (claims.origin != nullptr) {
         const std::size_t scheme = claims.origin->find("://");
-        if (scheme == std::string::npos || lowered(claims.origin->substr(scheme + 3)) != lowered(*claims.host)) {
+        if (scheme == std::string::npos ||
+            lowered(claims.origin->substr(scheme + 3)) != lowered(*claims.host)) {
             return Problem(ProblemKind::forbidden, "a page of " + inQuotes(*claims.origin) +
                                                        " asks, expected one of " + inQuotes(*claims.host));
         }
     }
-    if (!m_wantsToken) {
+    if (!m_wantsToken || claims.isForAll) {
         return std::nullopt;
     }
     constexpr std::string_view scheme = "bearer ";
@@ -93,14 +94,14 @@ std::string readToken(const std::string& file) {
     std::string token = readTextFile(file, most, "a token");
     struct stat status {};
     if (stat(file.c_str(), &status) == 0 && (status.st_mode & S_IROTH) != 0) {
-        throw InputError({file, 0}, "can be read by everybody, expected a file for its owner alone (chmod 600)");
+        throw InputError({file, 0},
+                         "can be read by everybody, expected a file for its owner alone (chmod 600)");
     }
     while (!token.empty() && (token.back() == '\n' || token.back() == '\r')) {
         token.pop_back();
     }
-    const bool isPlain = std::all_of(token.begin(), token.end(), [](unsigned char letter) {
-        return letter > ' ' && letter < 0x7F;
-    });
+    const bool isPlain = std::all_of(token.begin(), token.end(),
+                                     [](unsigned char letter) { return letter > ' ' && letter < 0x7F; });
     if (token.size() < least || token.size() > most || !isPlain) {
         throw InputError({file, 0}, "expected one line of " + std::to_string(least) + " to " +
                                         std::to_string(most) + " visible characters without blanks");

@@ -27,6 +27,8 @@ public:
         const std::string* host = nullptr;
         const std::string* origin = nullptr;
         const std::string* authorization = nullptr;
+        /** What is asked for is no secret. */
+        bool isForAll = false;
     };
 
     /** An empty token: none is asked for. `names` are hosts by whose names the service is reached. */

@@ -68,8 +68,9 @@ tcp::endpoint endpointOf(const std::string& listen) {
                           ? parseNumber<unsigned short>(std::string_view(listen).substr(colon + 1))
                           : std::nullopt;
     if (error || !port) {
-        throw InputError({"--listen", 0}, inQuotes(listen) +
-                                              " is no address, expected one such as 127.0.0.1:8080 or [::1]:8080");
+        throw InputError({"--listen", 0},
+                         inQuotes(listen) +
+                             " is no address, expected one such as 127.0.0.1:8080 or [::1]:8080");
     }
     return {address, *port};
 }
@@ -157,7 +158,8 @@ public:
     virtual ~Client() { m_works.m_clients.erase(this); }
 
     virtual void hangUp() = 0;
-    /** Of one who follows events: writes what is new, unless it still writes; `isBeat`: at least a comment. */
+    /** Of one who follows events: writes what is new, unless it still writes; `isBeat`: at least a comment.
+     */
     virtual void pump(bool isBeat) = 0;
 
 protected:
@@ -222,9 +224,8 @@ private:
         m_parser->body_limit(mostBodyBytes);
         socket().expires_after(headerTime);
         http::async_read_header(m_stream, m_buffer, *m_parser,
-                                [self = this->shared_from_this()](const beast::error_code& error, std::size_t) {
-                                    self->headerCame(error);
-                                });
+                                [self = this->shared_from_this()](const beast::error_code& error,
+                                                                  std::size_t) { self->headerCame(error); });
     }
 
     const std::string* header(http::field field, std::string& kept) const {
@@ -243,7 +244,8 @@ private:
         const bool hasTwoHosts = m_parser->get().count(http::field::host) > 1;
         return this->m_works.m_gate.whyNot(
             m_way, {hasTwoHosts ? nullptr : header(http::field::host, host),
-                    header(http::field::origin, origin), header(http::field::authorization, authorization)});
+                    header(http::field::origin, origin), header(http::field::authorization, authorization),
+                    m_parser->get().target() == beast::string_view(pagePath.data(), pagePath.size())});
     }
 
     void headerCame(const beast::error_code& error) {
@@ -261,12 +263,13 @@ private:
         if (beast::iequals(m_parser->get()[http::field::expect], "100-continue")) {
             m_text = "HTTP/1.1 100 Continue\r\n\r\n";
             socket().expires_after(writeTime);
-            net::async_write(m_stream, net::buffer(m_text),
-                             [self = this->shared_from_this()](const beast::error_code& failure, std::size_t) {
-                                 if (!failure) {
-                                     self->readBody();
-                                 }
-                             });
+            net::async_write(
+                m_stream, net::buffer(m_text),
+                [self = this->shared_from_this()](const beast::error_code& failure, std::size_t) {
+                    if (!failure) {
+                        self->readBody();
+                    }
+                });
             return;
         }
         readBody();
@@ -324,9 +327,8 @@ private:
     void ask(Request request) {
         const bool isTaken =
             this->m_works.m_ask(std::move(request), [self = this->shared_from_this()](Answer answer) {
-                net::post(self->m_works.m_context, [self, answer = std::move(answer)] {
-                    self->write(answer);
-                });
+                net::post(self->m_works.m_context,
+                          [self, answer = std::move(answer)] { self->write(answer); });
             });
         if (!isTaken) {
             Answer answer = Problem(ProblemKind::busy, "too many requests wait for the radio").answer();
@@ -354,7 +356,8 @@ private:
             response->body() = answer.body;
         }
         socket().expires_after(writeTime);
-        auto written = [self = this->shared_from_this(), response](const beast::error_code& error, std::size_t) {
+        auto written = [self = this->shared_from_this(), response](const beast::error_code& error,
+                                                                   std::size_t) {
             if (error) {
                 return;
             }
@@ -365,8 +368,7 @@ private:
             }
         };
         if (m_isHead) {
-            const auto serializer =
-                std::make_shared<http::response_serializer<http::string_body>>(*response);
+            const auto serializer = std::make_shared<http::response_serializer<http::string_body>>(*response);
             http::async_write_header(m_stream, *serializer,
                                      [serializer, written](const beast::error_code& error, std::size_t size) {
                                          written(error, size);
@@ -376,7 +378,8 @@ private:
         }
     }
 
-    /** What the client still sends is read for a while, so that it sees the answer and no broken connection. */
+    /** What the client still sends is read for a while, so that it sees the answer and no broken connection.
+     */
     void close() {
         beast::error_code ignored;
         socket().socket().shutdown(tcp::socket::shutdown_send, ignored);
@@ -386,12 +389,13 @@ private:
 
     void drain() {
         m_buffer.clear();
-        socket().async_read_some(m_buffer.prepare(mostHeaderBytes),
-                                 [self = this->shared_from_this()](const beast::error_code& error, std::size_t) {
-                                     if (!error) {
-                                         self->drain();
-                                     }
-                                 });
+        socket().async_read_some(
+            m_buffer.prepare(mostHeaderBytes),
+            [self = this->shared_from_this()](const beast::error_code& error, std::size_t) {
+                if (!error) {
+                    self->drain();
+                }
+            });
     }
 
     void follow() {
@@ -425,15 +429,16 @@ private:
     void watch() {
         socket().expires_never();
         m_buffer.clear();
-        m_stream.async_read_some(m_buffer.prepare(mostHeaderBytes),
-                                 [self = this->shared_from_this()](const beast::error_code& error, std::size_t) {
-                                     if (error) {
-                                         self->m_isFollowing = false;
-                                         self->hangUp();
-                                     } else {
-                                         self->watch();
-                                     }
-                                 });
+        m_stream.async_read_some(
+            m_buffer.prepare(mostHeaderBytes),
+            [self = this->shared_from_this()](const beast::error_code& error, std::size_t) {
+                if (error) {
+                    self->m_isFollowing = false;
+                    self->hangUp();
+                } else {
+                    self->watch();
+                }
+            });
     }
 
     void writeText() {
@@ -516,7 +521,8 @@ void Server::Works::start() {
     accept();
     beat();
     m_thread = std::thread([this] {
-        // What goes wrong with one connection, for want of memory for example, is no reason to leave the others.
+        // What goes wrong with one connection, for want of memory for example, is no reason to leave the
+        // others.
         for (;;) {
             try {
                 m_context.run();
@@ -550,9 +556,8 @@ void Server::Works::stop() {
 }
 
 void Server::Works::accept() {
-    m_acceptor.async_accept([this](const beast::error_code& error, tcp::socket socket) {
-        accepted(error, std::move(socket));
-    });
+    m_acceptor.async_accept(
+        [this](const beast::error_code& error, tcp::socket socket) { accepted(error, std::move(socket)); });
 }
 
 void Server::Works::accepted(const beast::error_code& error, tcp::socket socket) {

@@ -24,8 +24,8 @@ struct ServerOptions {
 };
 
 /**
- * Carries requests and answers over HTTP, and events to those who follow them, on a thread of its own. What it
- * reads is bounded in size and time, and so is what it keeps for who does not read.
+ * Carries requests and answers over HTTP, and events to those who follow them, on a thread of its own. What
+ * it reads is bounded in size and time, and so is what it keeps for who does not read.
  */
 class Server {
 public:

@@ -23,9 +23,9 @@ std::string rangeText(std::int64_t low, std::int64_t high) {
 }
 
 std::int64_t integerOf(const Value& value, const std::string& name, std::int64_t low, std::int64_t high) {
-    const bool isTooLarge = value.is_number_unsigned() &&
-                            value.get<std::uint64_t>() >
-                                static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+    const bool isTooLarge =
+        value.is_number_unsigned() &&
+        value.get<std::uint64_t>() > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
     if (!value.is_number_integer() || isTooLarge || value.get<std::int64_t>() < low ||
         value.get<std::int64_t>() > high) {
         fail(name, rangeText(low, high));

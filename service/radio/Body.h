@@ -1,8 +1,8 @@
 #ifndef SERVICE_RADIO_BODY_H
 #define SERVICE_RADIO_BODY_H
 
-#include <cstdint>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>

@@ -9,6 +9,7 @@
 #include "radio/text/Words.h"
 #include "service/radio/Body.h"
 #include "service/radio/Description.h"
+#include "service/radio/Metrics.h"
 #include "service/radio/Problem.h"
 
 #include <algorithm>
@@ -34,7 +35,8 @@ struct Route {
     Asked asked;
 };
 
-constexpr std::array<Route, 23> routes{{
+constexpr std::array<Route, 25> routes{{
+    {"GET", pagePath, nullptr},
     {"GET", descriptionPath, nullptr},
     {"GET", eventsPath, nullptr},
     {"GET", "/api/radio", &Resources::radioState},
@@ -58,6 +60,7 @@ constexpr std::array<Route, 23> routes{{
     {"GET", "/api/phases", &Resources::phases},
     {"POST", "/api/phases/{phase}", &Resources::runPhase},
     {"GET", "/api/limits", &Resources::limits},
+    {"GET", "/metrics", &Resources::metrics},
 }};
 
 /** The value of a digit of a hexadecimal number; nothing for another character. */
@@ -144,7 +147,8 @@ std::pair<const Route*, Names> find(const Request& request) {
 
 /** The members of the body; throws Problem where it is no JSON. */
 Body bodyOf(const Request& request) {
-    const std::string_view type = std::string_view(request.contentType).substr(0, request.contentType.find(';'));
+    const std::string_view type =
+        std::string_view(request.contentType).substr(0, request.contentType.find(';'));
     if (type != "application/json") {
         throw Problem(ProblemKind::unsupportedMediaType,
                       "expected the header \"Content-Type: application/json\"");
@@ -173,8 +177,7 @@ Answer answerOf(const Problem& problem) {
     if (problem.kind() == ProblemKind::methodNotAllowed) {
         constexpr std::string_view before = "\"allow\":\"";
         const std::size_t begin = answer.body.find(before) + before.size();
-        answer.headers.emplace_back("Allow",
-                                    answer.body.substr(begin, answer.body.find('"', begin) - begin));
+        answer.headers.emplace_back("Allow", answer.body.substr(begin, answer.body.find('"', begin) - begin));
     }
     return answer;
 }
@@ -209,9 +212,11 @@ Json resultJson(const Result& result) {
         notified.push_back(
             {{"direction", toString(one.direction)}, {"channel", one.channel}, {"khz", one.frequency}});
     }
-    return {{"code", result.code},   {"ok", isSuccess(result.code)}, {"note", result.note},
-            {"value", orNull(result.value)}, {"warnings", result.warnings},  {"writes", writes},
-            {"failures", failures},  {"trace", traces},              {"notified", notified}};
+    return {{"code", result.code},         {"ok", isSuccess(result.code)},
+            {"note", result.note},         {"value", orNull(result.value)},
+            {"warnings", result.warnings}, {"writes", writes},
+            {"failures", failures},        {"trace", traces},
+            {"notified", notified}};
 }
 
 Json driverJson(const ServedRadio& radio, const Standalone::Driver& driver) {
@@ -263,6 +268,16 @@ std::optional<Answer> answerDescriptions(const Route& route) {
     if (route.path == descriptionPath) {
         return Answer{200, "application/json", std::string(interfaceDescription()), {}};
     }
+    if (route.path == pagePath) {
+        // It is one file, and asks nobody but this service.
+        return Answer{200,
+                      "text/html; charset=utf-8",
+                      std::string(page()),
+                      {{"Content-Security-Policy",
+                        "default-src 'none'; style-src 'unsafe-inline'; script-src 'unsafe-inline'; "
+                        "connect-src 'self'; img-src data:; base-uri 'none'; form-action 'none'; "
+                        "frame-ancestors 'none'"}}};
+    }
     return std::nullopt;
 }
 
@@ -292,10 +307,11 @@ Answer Resources::answer(const Request& request) {
             return Problem(ProblemKind::internal, error.what()).answer();
         }
     }();
+    ++m_answered[answer.status];
     if (methodOf(request) != "GET") {
         constexpr std::size_t most = 200;
-        m_changed({request.who, request.method + " " + request.path, request.body.substr(0, most),
-                   answer.status});
+        m_changed(
+            {request.who, request.method + " " + request.path, request.body.substr(0, most), answer.status});
     }
     return answer;
 }
@@ -312,8 +328,7 @@ Answer Resources::dispatch(const Request& request) {
 Answer Resources::carriedOut(const Action& action, const std::string& text, int status) {
     const Result result = m_radio.carryOut(action, text);
     if (result.isRefused) {
-        throw Problem(ProblemKind::refused,
-                      result.warnings.empty() ? result.note : result.warnings.back(),
+        throw Problem(ProblemKind::refused, result.warnings.empty() ? result.note : result.warnings.back(),
                       {{"result", resultJson(result)}});
     }
     if (isFailure(result.code)) {
@@ -385,9 +400,9 @@ Json Resources::channelState(const ChannelDescription& channel) {
         "bb.iq.coarse.dc.i.v.adjust",
         "bb.iq.coarse.dc.q.v.adjust",
     };
-    constexpr std::array<const char*, 4> compensations{
-        "dc.compensation.i", "dc.compensation.q", "quadrature.gain.offset.compensation",
-        "quadrature.phase.offset.compensation"};
+    constexpr std::array<const char*, 4> compensations{"dc.compensation.i", "dc.compensation.q",
+                                                       "quadrature.gain.offset.compensation",
+                                                       "quadrature.phase.offset.compensation"};
     Json corrected = Json::array();
     const auto add = [&](const std::string& name) {
         if (const Standalone::Driver* const driver = m_radio.platform().drivers().find(name)) {
@@ -442,8 +457,8 @@ Answer Resources::tune(const Request& request, const Names& names) {
     const bool isForced = body.flag("force");
     body.end();
     return carriedOut(Tune{*direction, channel.number, khz, isForced},
-                      "tune " + names[1] + " " + std::to_string(channel.number) + " " +
-                          std::to_string(khz) + forceText(isForced));
+                      "tune " + names[1] + " " + std::to_string(channel.number) + " " + std::to_string(khz) +
+                          forceText(isForced));
 }
 
 Answer Resources::temperature(const Request& /*request*/, const Names& /*names*/) {
@@ -583,8 +598,9 @@ Answer Resources::clearFaults(const Request& request, const Names& /*names*/) {
 
 Answer Resources::phases(const Request& /*request*/, const Names& /*names*/) {
     Json list = Json::array();
-    for (const Standalone::Phase phase : {Standalone::phaseModuleInit, Standalone::phaseStorageObjectsRetrieved,
-                                          Standalone::phasePostFrameformatLoad}) {
+    for (const Standalone::Phase phase :
+         {Standalone::phaseModuleInit, Standalone::phaseStorageObjectsRetrieved,
+          Standalone::phasePostFrameformatLoad}) {
         Json modules = Json::array();
         const auto report = m_radio.phases().find(phase);
         if (report != m_radio.phases().end()) {
@@ -622,6 +638,56 @@ Answer Resources::limits(const Request& /*request*/, const Names& /*names*/) {
                        {"leakage_improvement_db", orNull(limits.leakageImprovement)},
                        {"image_dbc", orNull(limits.image)},
                        {"carrier_leakage_dbc", orNull(limits.carrierLeakage)}});
+}
+
+Answer Resources::metrics(const Request& /*request*/, const Names& /*names*/) {
+    const Board& board = m_radio.board();
+    Metrics metrics;
+    metrics.family("radio_info", "gauge", "The radio that is served.");
+    metrics.sample(1, {{"name", board.name},
+                       {"serial", board.serial},
+                       {"mode", m_radio.isOnHardware() ? "hardware" : "simulation"}});
+    metrics.family("radio_carrier_hertz", "gauge", "The carrier that a channel was tuned to.");
+    for (const ChannelDescription& channel : board.channels) {
+        for (const Direction direction : {Direction::tx, Direction::rx}) {
+            const auto khz = m_radio.radio().frequency(direction, channel.number);
+            if (khz != 0) {
+                metrics.sample(
+                    static_cast<double>(khz) * 1000.0,
+                    {{"channel", std::to_string(channel.number)}, {"direction", toString(direction)}});
+            }
+        }
+    }
+    if (const auto degrees = m_radio.platform().temperature().temperature()) {
+        metrics.family("radio_temperature_celsius", "gauge", "The temperature that the radio was told.");
+        metrics.sample(*degrees);
+    }
+    metrics.family("radio_lo_leakage_dbc", "gauge", "The modelled LO leakage of a channel that is tuned.");
+    for (const auto& [channel, transmitter] : m_radio.radio().transmitters()) {
+        if (transmitter->surroundings().carrier != 0) {
+            metrics.sample(transmitter->level(), {{"channel", std::to_string(channel)}});
+        }
+    }
+    metrics.family("radio_driver_writes_total", "counter", "Writes to a driver that succeeded.");
+    for (const auto& [name, driver] : m_radio.platform().drivers().drivers()) {
+        metrics.sample(static_cast<double>(driver->writes()), {{"driver", name}});
+    }
+    metrics.family("radio_failures_total", "counter", "Writes and reads that failed, by their code.");
+    for (const auto& [failure, count] : m_radio.failures()) {
+        metrics.sample(static_cast<double>(count), {{"operation", Standalone::toString(failure.operation)},
+                                                    {"object", failure.object},
+                                                    {"code", codeText(failure.code)}});
+    }
+    metrics.family("radio_faults", "gauge", "Faults that are injected at the moment.");
+    metrics.sample(static_cast<double>(m_radio.platform().calls().faults().size()));
+    metrics.family("radio_events_total", "counter", "Events that were told.");
+    metrics.sample(static_cast<double>(m_events.last()));
+    metrics.family("radio_requests_total", "counter",
+                   "Requests that reached the radio, by the status of the answer.");
+    for (const auto& [status, count] : m_answered) {
+        metrics.sample(static_cast<double>(count), {{"status", std::to_string(status)}});
+    }
+    return {200, "text/plain; version=0.0.4; charset=utf-8", metrics.text(), {}};
 }
 
 } // namespace Radio::Service

@@ -5,7 +5,9 @@
 #include "service/radio/Exchange.h"
 #include "service/radio/ServedRadio.h"
 
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,6 +25,8 @@ struct Change {
     int status = 0;
 };
 
+/** The page, which has nothing of the radio in it and asks for a token itself where there is one. */
+constexpr std::string_view pagePath = "/";
 /** Where clients follow the events, which is for who carries answers to do. */
 constexpr std::string_view eventsPath = "/api/events";
 
@@ -69,6 +73,7 @@ public:
     Answer phases(const Request& request, const Names& names);
     Answer runPhase(const Request& request, const Names& names);
     Answer limits(const Request& request, const Names& names);
+    Answer metrics(const Request& request, const Names& names);
 
 private:
     Answer dispatch(const Request& request);
@@ -81,6 +86,8 @@ private:
     ServedRadio& m_radio;
     const EventRing& m_events;
     std::function<void(const Change&)> m_changed;
+    /** How often each status was answered. */
+    std::map<int, std::uint64_t> m_answered;
 };
 
 } // namespace Radio::Service

@@ -11,9 +11,11 @@ namespace Radio::Service {
 /** Hands everything on, and keeps what belongs to the action that is being carried out. */
 class ServedRadio::Witness final : public SessionListener {
 public:
-    Witness(SessionListener& next, std::map<unsigned long, Standalone::PhaseReport>& phases)
+    Witness(SessionListener& next, std::map<unsigned long, Standalone::PhaseReport>& phases,
+            std::map<Failure, std::uint64_t>& failures)
         : m_next(next),
-          m_phases(phases) {}
+          m_phases(phases),
+          m_failures(failures) {}
 
     /** Where what happens belongs to from now on; null: nowhere. */
     void setResult(Result* result) { m_result = result; }
@@ -37,8 +39,11 @@ public:
             m_result->writes.emplace_back(destination(call), call.value);
         }
         const bool isOfHardware = isWrite(call) || call.operation == Standalone::Operation::driverRead;
-        if (m_result != nullptr && isOfHardware && isFailure(call.code)) {
-            m_result->failures.push_back(call);
+        if (isOfHardware && isFailure(call.code)) {
+            count(call);
+            if (m_result != nullptr) {
+                m_result->failures.push_back(call);
+            }
         }
         m_next.called(call);
     }
@@ -73,8 +78,16 @@ public:
     void helpWanted(const std::string& about) override { m_next.helpWanted(about); }
 
 private:
+    void count(const Standalone::Call& call) {
+        constexpr std::size_t most = 1000;
+        const Failure failure{call.operation, call.object, call.code};
+        const bool isNew = m_failures.count(failure) == 0;
+        ++m_failures[isNew && m_failures.size() >= most ? Failure{} : failure];
+    }
+
     SessionListener& m_next;
     std::map<unsigned long, Standalone::PhaseReport>& m_phases;
+    std::map<Failure, std::uint64_t>& m_failures;
     Result* m_result = nullptr;
 };
 
@@ -86,7 +99,7 @@ ServedRadio::ServedRadio(const Board& board, SessionListener& listener, Sensed s
       m_state(state),
       m_check(board),
       m_guard(board, hardware != nullptr && board.hardware.description.sensor.has_value()),
-      m_witness(std::make_unique<Witness>(listener, m_phases)),
+      m_witness(std::make_unique<Witness>(listener, m_phases, m_failures)),
       m_session(std::make_unique<Session>(board, *m_witness, shownTrace, hardware)) {
     m_session->setGuard([this](const Action& action) { return whyNot(action); });
     m_session->setRefusing(true);

@@ -16,6 +16,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -70,6 +71,19 @@ public:
 
     /** What came of tuning a channel the last time, in either direction; null when nobody has. */
     const Result* lastTuned(int channel) const;
+    /** What of the hardware failed, and how: operation, object and code. */
+    struct Failure {
+        Standalone::Operation operation;
+        std::string object;
+        std::int32_t code;
+
+        bool operator<(const Failure& other) const {
+            return std::tie(operation, object, code) < std::tie(other.operation, other.object, other.code);
+        }
+    };
+    /** How often each did since the service began; of 1,000 at most, and what is more counts as one of no
+     * object. */
+    const std::map<Failure, std::uint64_t>& failures() const { return m_failures; }
     /** How the last run of each phase went. */
     const std::map<unsigned long, Standalone::PhaseReport>& phases() const { return m_phases; }
 
@@ -87,6 +101,7 @@ private:
     CommandCheck m_check;
     Plan::Guard m_guard;
     std::map<unsigned long, Standalone::PhaseReport> m_phases;
+    std::map<Failure, std::uint64_t> m_failures;
     std::map<int, Result> m_tuned;
     std::unique_ptr<Witness> m_witness;
     std::unique_ptr<Session> m_session;

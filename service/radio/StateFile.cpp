@@ -37,9 +37,8 @@ Carriers StateFile::parse(const std::string& text) const {
     }
     Carriers carriers;
     for (const Direction direction : directions) {
-        for (const auto& [channel, khz] :
-             body.numbersByName(std::string(toString(direction)).c_str(), 1,
-                                std::numeric_limits<std::uint32_t>::max())) {
+        for (const auto& [channel, khz] : body.numbersByName(std::string(toString(direction)).c_str(), 1,
+                                                             std::numeric_limits<std::uint32_t>::max())) {
             const auto number = parseNumber<int>(channel);
             if (!number || findChannel(m_board, *number) == nullptr) {
                 throw std::invalid_argument("channel " + inQuotes(channel) + ": the board has none such");

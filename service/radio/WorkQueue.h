@@ -17,7 +17,8 @@ public:
     WorkQueue& operator=(const WorkQueue&) = delete;
     ~WorkQueue();
 
-    /** On any thread: false, and nothing will be done, when there is too much to do already or all is over. */
+    /** On any thread: false, and nothing will be done, when there is too much to do already or all is over.
+     */
     bool add(std::function<void()> work);
     /** Can be read while there is something to do. */
     int descriptor() const { return m_descriptor; }

@@ -1,8 +1,10 @@
 """What a served radio does, and what is told of it."""
+import http.client
 import json
 import os
 import re
 import signal
+import socket
 import subprocess
 
 import pytest
@@ -164,8 +166,7 @@ def test_carriers_come_back_after_a_restart(tmp_path):
         served.ask('PUT', '/api/channels/1/tx', {'khz': 7472000})
         with open(state, encoding='utf-8') as file:
             assert json.load(file) == {'version': 1, 'name': 'Served radio', 'serial': 'S1', 'tx': {'1': 7472000}, 'rx': {}}
-        served.process.kill()
-        served.process.communicate()
+        served.stop(signal.SIGKILL)
     with Served(tmp_path, '--state', state) as served:
         channel = served.ask('GET', '/api/channels/1')[1]
         assert channel['tx_khz'] == 7472000
@@ -225,12 +226,17 @@ def test_sensor_tells_the_temperature(tmp_path):
 
 
 def test_standard_output_that_nobody_reads_ends_it(tmp_path):
-    with Served(tmp_path) as served:
-        served.process.stdout.close()
-        served.ask('PUT', '/api/temperature', {'degrees': 20})
-        assert served.process.wait(30) == 3
-        assert 'standard output' in served.process.stderr.read()
-        served.process.stdout = None
+    with Served(tmp_path):
+        board = str(tmp_path / 'board.toml')
+    with subprocess.Popen([RADIOCTL, 'serve', board, '--listen', '127.0.0.1:0'], stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE, text=True) as process:
+        process.stdout.readline()
+        port = int(re.search(r':(\d+)/', process.stdout.readline())[1])
+        process.stdout.close()
+        connection = http.client.HTTPConnection('127.0.0.1', port, timeout=30)
+        connection.request('PUT', '/api/temperature', '{"degrees":20}', {'Content-Type': 'application/json'})
+        assert process.wait(30) == 3
+        assert 'standard output' in process.stderr.read()
 
 
 def test_help_has_its_options():
@@ -238,3 +244,64 @@ def test_help_has_its_options():
     for option in ('--hardware', '--listen', '--token', '--certificate', '--key', '--name', '--state', '--trace', '--json'):
         assert option in text
     assert '  4    the radio did not boot' in text
+
+
+def test_metrics_follow_the_radio(radio):
+    radio.ask('PUT', '/api/channels/1/tx', {'khz': 7472000})
+    radio.ask('PUT', '/api/temperature', {'degrees': 20})
+    radio.ask('POST', '/api/faults', {'operation': 'driver-write', 'object': TX, 'code': 0x8001})
+    radio.ask('PUT', '/api/channels/1/tx', {'khz': 7500000})
+    radio.ask('PUT', '/api/channels/1/tx', {'khz': 7472000})
+    lines = radio.ask('GET', '/metrics')[1].splitlines()
+    for line in ('radio_info{name="Served radio",serial="S1",mode="simulation"} 1',
+                 'radio_carrier_hertz{channel="1",direction="tx"} 7472000000',
+                 'radio_temperature_celsius 20', f'radio_driver_writes_total{{driver="{TX}"}} 1',
+                 f'radio_failures_total{{operation="driver-write",object="{TX}",code="0x8001"}} 2',
+                 'radio_faults 1', 'radio_requests_total{status="200"} 4', 'radio_requests_total{status="201"} 1'):
+        assert line in lines
+    names = [line.split()[2] for line in lines if line.startswith('# TYPE ')]
+    assert len(names) == len(set(names))
+    for line in lines:
+        if line.startswith('# TYPE '):
+            assert (line.split()[3] == 'counter') == line.split()[2].endswith('_total')
+        elif not line.startswith('#'):
+            assert re.fullmatch(r'[a-z_]+(\{[a-z]+="[^"]*"(,[a-z]+="[^"]*")*\})? -?[0-9.e+]+', line), line
+
+
+def test_service_manager_is_told_how_it_is(tmp_path):
+    for address in (str(tmp_path / 'notify'), '\0radioctl-test-' + tmp_path.name):
+        with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as manager:
+            manager.bind(address)
+            manager.settimeout(30)
+            with Served(tmp_path, environment={'NOTIFY_SOCKET': address.replace('\0', '@'), 'WATCHDOG_USEC': '300000'}) as served:
+                assert manager.recv(1000).decode() == f'READY=1\nSTATUS=serving Served radio at http://127.0.0.1:{served.port}/'
+                for _ in range(3):
+                    assert manager.recv(1000) == b'WATCHDOG=1'
+                assert served.stop() == 0
+                told = [b'WATCHDOG=1']
+                while told[-1] == b'WATCHDOG=1':
+                    told.append(manager.recv(1000))
+                assert told[-1] == b'STOPPING=1'
+
+
+def test_watchdog_of_another_process_is_not_answered(tmp_path):
+    address = str(tmp_path / 'notify')
+    with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as manager:
+        manager.bind(address)
+        manager.settimeout(30)
+        with Served(tmp_path, environment={'NOTIFY_SOCKET': address, 'WATCHDOG_USEC': '1000', 'WATCHDOG_PID': '1'}) as served:
+            assert manager.recv(1000).startswith(b'READY=1')
+            assert served.stop() == 0
+            assert manager.recv(1000) == b'STOPPING=1'
+
+
+def test_unit_is_hardened(tmp_path):
+    with open(os.environ['RADIO_UNIT'], encoding='utf-8') as file:
+        text = file.read()
+    unit = tmp_path / 'radioctl@.service'
+    unit.write_text(text)
+    shown = subprocess.run(['systemd-analyze', 'security', '--offline=true', '--threshold=15', str(unit)],
+                           capture_output=True, text=True, check=False)
+    assert shown.returncode == 0, shown.stdout + shown.stderr
+    assert f'ExecStart={RADIOCTL}'.rsplit('/', 1)[1] in text
+    assert '@' not in text.replace('radioctl@', '').replace('@system-service', '').replace('~@privileged @resources', '')

@@ -7,6 +7,7 @@ import resource
 import signal
 import socket
 import subprocess
+import threading
 import time
 
 RADIOCTL = os.environ['RADIOCTL']
@@ -52,7 +53,8 @@ temperature = [-40, 85]
 class Served:
     """A running `radioctl serve`; stopped at the end of a with statement."""
 
-    def __init__(self, folder, *options, board=BOARD, listen='127.0.0.1:0', descriptors=None):
+    def __init__(self, folder, *options, board=BOARD, listen='127.0.0.1:0', descriptors=None,
+                 environment=None):
         self.folder = str(folder)
         path = os.path.join(self.folder, 'board.toml')
         with open(path, 'w', encoding='utf-8') as file:
@@ -61,9 +63,9 @@ class Served:
         if not os.path.exists(amplifier):
             with open(amplifier, 'w', encoding='utf-8') as file:
                 file.write('1\n')
-        environment = dict(os.environ, XDG_STATE_HOME=self.folder)
+        variables = dict(os.environ, XDG_STATE_HOME=self.folder, **(environment or {}))
         self.process = subprocess.Popen([RADIOCTL, 'serve', path, '--listen', listen, *options],
-                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=environment,
+                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=variables,
                                         preexec_fn=descriptors and (lambda: resource.setrlimit(
                                             resource.RLIMIT_NOFILE, (descriptors, descriptors))))
         self.lines = []
@@ -74,6 +76,9 @@ class Served:
             if found:
                 self.scheme, self.host, self.port = found[1], found[2], int(found[3])
                 break
+        # What it says is read, so that it is never kept waiting.
+        self.reader = threading.Thread(target=lambda: self.lines.extend(line.rstrip('\n') for line in self.process.stdout))
+        self.reader.start()
 
     def __enter__(self):
         assert self.port, self.lines + [self.process.stderr.read()]
@@ -86,8 +91,9 @@ class Served:
     def stop(self, number=signal.SIGTERM):
         """Gives the exit code; what was shown is in lines and errors then."""
         self.process.send_signal(number)
-        output, self.errors = self.process.communicate(timeout=60)
-        self.lines += output.splitlines()
+        self.process.wait(60)
+        self.reader.join()
+        self.errors = self.process.stderr.read()
         return self.process.returncode
 
     def connect(self):
@@ -107,7 +113,8 @@ class Served:
         content = answer.read()
         connection.close()
         self.content_type = answer.getheader('Content-Type')
-        return answer.status, json.loads(content) if content else None, answer.headers
+        is_json = 'json' in self.content_type
+        return answer.status, (json.loads(content) if is_json else content.decode()) if content else None, answer.headers
 
     def follow(self, last=None):
         return Follower(self, last)
