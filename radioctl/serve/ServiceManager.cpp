@@ -30,7 +30,8 @@ ServiceManager::ServiceManager() : m_address(variable("NOTIFY_SOCKET")) {
     if (m_address.front() == '@') {
         m_address.front() = '\0';
     }
-    const auto watched = parseNumber<std::int64_t>(variable("WATCHDOG_USEC"), 1);
+    const std::string interval = variable("WATCHDOG_USEC");
+    const auto watched = parseNumber<std::int64_t>(interval, 1);
     const std::string process = variable("WATCHDOG_PID");
     if (watched && (process.empty() || process == std::to_string(getpid()))) {
         m_interval = std::chrono::microseconds(*watched) / 3;

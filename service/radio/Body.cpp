@@ -129,7 +129,7 @@ std::vector<std::pair<std::string, std::int64_t>> Body::numbersByName(const char
 void Body::end() const {
     for (const auto& [name, value] : m_content->object.items()) {
         if (m_content->asked.count(name) == 0) {
-            throw std::invalid_argument("unknown member " + inQuotes(name) + ", expected of " +
+            throw std::invalid_argument("unknown member " + inQuotes(name) + ", expected only " +
                                         joined(m_content->asked, ", "));
         }
     }

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <iterator>
 #include <limits>
 #include <utility>
@@ -65,7 +66,9 @@ constexpr std::array<Route, 25> routes{{
 
 /** The value of a digit of a hexadecimal number; nothing for another character. */
 std::optional<unsigned> hexDigit(char character) {
-    return parseNumber<unsigned>(std::string_view(&character, 1), 0, 15, 16);
+    constexpr std::string_view digits = "0123456789abcdef0123456789ABCDEF";
+    const std::size_t found = digits.find(character);
+    return found == std::string_view::npos ? std::nullopt : std::optional(static_cast<unsigned>(found % 16));
 }
 
 /** `text` with what stands behind percent signs in their places. */

@@ -18,7 +18,7 @@ public:
           m_failures(failures) {}
 
     /** Where what happens belongs to from now on; null: nowhere. */
-    void setResult(Result* result) { m_result = result; }
+    void setResult(Result* result) { m_result = result; } // cppcheck-suppress danglingLifetime
 
     void phaseStarted(unsigned long phase) override { m_next.phaseStarted(phase); }
     void phaseFinished(const Standalone::PhaseReport& report) override {

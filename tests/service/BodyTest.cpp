@@ -48,7 +48,7 @@ TEST(Body, MemberThatIsMissingIsAskedFor) {
 }
 
 TEST(Body, MemberThatNobodyKnowsIsRefused) {
-    EXPECT_EQ(khzProblem("{\"khz\":1,\"mhz\":1}"), "unknown member \"mhz\", expected of khz");
+    EXPECT_EQ(khzProblem("{\"khz\":1,\"mhz\":1}"), "unknown member \"mhz\", expected only khz");
 }
 
 TEST(Body, ListsAreBounded) {

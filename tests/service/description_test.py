@@ -18,7 +18,7 @@ CASES = {
     '/api/channels': {'get': {200: {}}},
     '/api/channels/{channel}': {'get': {200: {'at': ['1']}, 400: {'at': ['%']}, 404: {'at': ['2']}}},
     '/api/channels/{channel}/{direction}': {'put': {
-        200: {'at': ['1', 'tx'], 'body': {'khz': 7444000}},
+        200: {'at': ['1', 'tx'], 'body': {'khz': 7472000}},
         400: {'at': ['1', 'tx'], 'body': {'khz': -1}},
         404: {'at': ['1', 'both'], 'body': {'khz': 1}},
         409: {'at': ['1', 'tx'], 'body': OFF_RASTER},

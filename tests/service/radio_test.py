@@ -26,21 +26,21 @@ def amplifier(served):
 
 
 def test_tune_writes_the_hardware_and_tells_the_observers(radio):
-    status, result, _ = radio.ask('PUT', '/api/channels/1/tx', {'khz': 7444000})
+    status, result, _ = radio.ask('PUT', '/api/channels/1/tx', {'khz': 7472000})
     assert status == 200
     assert result == {'code': 0, 'ok': True, 'note': '', 'value': None, 'warnings': [],
-                      'writes': [{'driver': TX, 'value': 7444000}], 'failures': [], 'trace': [],
-                      'notified': [{'direction': 'tx', 'channel': 1, 'khz': 7444000}]}
+                      'writes': [{'driver': TX, 'value': 7472000}], 'failures': [], 'trace': [],
+                      'notified': [{'direction': 'tx', 'channel': 1, 'khz': 7472000}]}
     channel = radio.ask('GET', '/api/channels/1')[1]
-    assert (channel['tx_khz'], channel['rx_khz']) == (7444000, None)
+    assert (channel['tx_khz'], channel['rx_khz']) == (7472000, None)
     assert channel['last_result'] == result
-    assert radio.ask('GET', '/api/drivers/' + TX)[1] == {'driver': TX, 'value': 7444000, 'writes': 1, 'hardware': False}
+    assert radio.ask('GET', '/api/drivers/' + TX)[1] == {'driver': TX, 'value': 7472000, 'writes': 1, 'hardware': False}
 
 
 def test_channel_knows_its_rasters(radio):
     assert radio.ask('GET', '/api/channels/1')[1]['rasters'] == [
-        {'raster': 'Test', 'direction': 'tx', 'first_khz': 7444000 + 28000, 'step_khz': 28000, 'count': 2},
-        {'raster': 'Test', 'direction': 'rx', 'first_khz': 7514000 + 28000, 'step_khz': 28000, 'count': 2}]
+        {'raster': 'Test', 'direction': 'tx', 'first_khz': 7472000, 'step_khz': 28000, 'count': 2},
+        {'raster': 'Test', 'direction': 'rx', 'first_khz': 7542000, 'step_khz': 28000, 'count': 2}]
 
 
 def test_write_that_fails_is_told_with_code_and_trace(radio):

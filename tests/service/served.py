@@ -50,6 +50,13 @@ temperature = [-40, 85]
 '''
 
 
+def prepare(descriptors):
+    """In the process that becomes the program: so many descriptors, and no signal ignored."""
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
+    if descriptors:
+        resource.setrlimit(resource.RLIMIT_NOFILE, (descriptors, descriptors))
+
+
 class Served:
     """A running `radioctl serve`; stopped at the end of a with statement."""
 
@@ -66,8 +73,7 @@ class Served:
         variables = dict(os.environ, XDG_STATE_HOME=self.folder, **(environment or {}))
         self.process = subprocess.Popen([RADIOCTL, 'serve', path, '--listen', listen, *options],
                                         stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=variables,
-                                        preexec_fn=descriptors and (lambda: resource.setrlimit(
-                                            resource.RLIMIT_NOFILE, (descriptors, descriptors))))
+                                        preexec_fn=lambda: prepare(descriptors))
         self.lines = []
         self.port = None
         for line in self.process.stdout:

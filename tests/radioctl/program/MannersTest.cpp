@@ -76,7 +76,7 @@ TEST_F(MannersTest, UnknownCommandsAndOptionsHaveTheNearestOne) {
     for (const auto& [words, complaint] : std::vector<std::pair<std::vector<std::string>, std::string>>{
              {{"calibrat", "board.toml"},
               "unknown command \"calibrat\" (did you mean \"calibrate\"?), expected one of "
-              "run, console, check, plan, thermal, qualify, calibrate, tables, record, "
+              "run, console, check, plan, thermal, qualify, calibrate, serve, tables, record, "
               "replay, describe, completion"},
              {{"plan", "explian"},
               "unknown command \"explian\" (did you mean \"explain\"?), expected one of explain, "
