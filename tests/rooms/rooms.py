@@ -56,7 +56,7 @@ def header_of(project, room):
     names = sorted(name for name in os.listdir(os.path.join(project, room.folder)) if name.endswith('.h'))
     if not names:
         return None
-    if room.folder.startswith('radio'):
+    if room.folder.startswith(('radio', 'service')):
         return room.folder + '/' + names[0]
     if room.name == 'standalone_platform':
         return 'standalone/Platform.h'
