@@ -1,6 +1,8 @@
 #ifndef SERVICE_RADIO_RESOURCES_H
 #define SERVICE_RADIO_RESOURCES_H
 
+#include "radio/board/Board.h"
+#include "radio/files/Json.h"
 #include "service/radio/EventRing.h"
 #include "service/radio/Exchange.h"
 #include "service/radio/ServedRadio.h"
