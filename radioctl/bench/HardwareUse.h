@@ -5,7 +5,6 @@
 #include "radio/session/Bench.h"
 #include "radioctl/bench/HardwareOptions.h"
 #include "radioctl/bench/HardwareReport.h"
-#include "radioctl/console/PatientOutput.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -71,7 +70,6 @@ private:
     }
 
     std::vector<HardwareReport> m_reports;
-    std::optional<PatientOutput> m_output;
     std::optional<Bench> m_bench;
     bool m_hasLeft = false;
     std::string m_lostDevice;

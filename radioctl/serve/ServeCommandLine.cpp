@@ -6,7 +6,7 @@ namespace Radio::Serving {
 
 ServeCommandLine::ServeCommandLine(CommandLine::Command program)
     : m_serve(program.command("serve", "Boot a board and serve it over HTTP")) {
-    m_serve.option("BOARD", m_options.board, "Board description (TOML)").required().named("FILE");
+    m_serve.option("BOARD", m_options.board, "Board description (TOML)").required().file({".toml"});
     m_serve.flag("--hardware", m_options.hardware,
                  "Drive the hardware that the board describes;\n"
                  "without it everything is simulated");
@@ -21,10 +21,10 @@ ServeCommandLine::ServeCommandLine(CommandLine::Command program)
         .option("--token", m_options.token,
                 "Has a line of 16 characters or more, which\n"
                 "clients have to know")
-        .named("FILE");
+        .file();
     m_serve.option("--certificate", m_options.certificate, "Of the service, in PEM: clients come by TLS")
-        .named("FILE");
-    m_serve.option("--key", m_options.key, "The certificate's key, in PEM").named("FILE");
+        .file({".pem", ".crt"});
+    m_serve.option("--key", m_options.key, "The certificate's key, in PEM").file({".pem", ".key"});
     m_serve
         .option("--name", m_options.names,
                 "A host by whose name clients come, besides\n"
@@ -35,7 +35,7 @@ ServeCommandLine::ServeCommandLine(CommandLine::Command program)
         .option("--state", m_options.state,
                 "Keeps the carriers, and has them come back\n"
                 "after a restart")
-        .named("FILE");
+        .file({".json"});
     m_serve.option("--trace", m_trace, "Trace messages to tell")
         .named("LEVEL")
         .oneOf({"off", "error", "warning", "notice", "information"})

@@ -1,9 +1,11 @@
 """The events of a served radio, as those see them who follow."""
 import json
+import os
+import socket
 
 import pytest
 
-from served import Served
+from served import Served, wait_for
 
 
 @pytest.fixture
@@ -97,3 +99,37 @@ def test_many_followers_see_the_same(radio):
     assert all(events == seen[0] for events in seen)
     assert [event['body'] for _, event in seen[0] if event['event'] == 'change'] == [
         json.dumps({'degrees': degrees}) for degrees in range(20, 40)]
+
+
+def connections(radio):
+    folder = f'/proc/{radio.process.pid}/fd'
+    return len([name for name in os.listdir(folder) if os.readlink(os.path.join(folder, name)).startswith('socket:')])
+
+
+def test_follower_that_does_not_read_is_dropped_and_the_others_go_on(radio):
+    lazy = socket.socket()
+    lazy.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096) # the kernel keeps little for it
+    lazy.settimeout(60)
+    lazy.connect(('127.0.0.1', radio.port))
+    lazy.sendall(f'GET /api/events HTTP/1.1\r\nHost: 127.0.0.1:{radio.port}\r\n\r\n'.encode())
+    eager = radio.follow()
+    wait_for(lambda: connections(radio) >= 3) # both, and what listens
+    with_both = connections(radio)
+    told = 0
+    for _ in range(40):
+        tune_often(radio, 100)
+        changes = 0
+        while changes < 100:
+            _, event = eager.next()
+            told += len(json.dumps(event))
+            changes += event['event'] == 'change'
+    wait_for(lambda: connections(radio) == with_both - 1, 60)
+    taken = 0
+    try:
+        while more := lazy.recv(1 << 20):
+            taken += len(more)
+    except ConnectionError:
+        pass
+    assert taken < told / 2
+    radio.ask('PUT', '/api/temperature', {'degrees': 20})
+    assert eager.until('change')[-1][1]['body'] == '{"degrees": 20}'

@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <regex>
 
@@ -22,15 +23,6 @@ protected:
         return {{"console", "board.toml"},
                 {{"XDG_STATE_HOME", std::filesystem::current_path()}, {"TERM", "xterm"}},
                 true};
-    }
-
-    /** What bash offers for the word with this number, counted from 0, of a line. */
-    static std::string completed(const std::string& line, int word) {
-        const std::string command = "bash -c 'source \"" RADIOCTL_BASH_COMPLETION "\"; COMP_WORDS=(" + line +
-                                    "); COMP_CWORD=" + std::to_string(word) +
-                                    "; _radioctl; printf \"%s\\n\" \"${COMPREPLY[@]}\"' > completed";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        return contentOf("completed");
     }
 
     /** Behind a board: what an audit tunes to. */
@@ -76,7 +68,7 @@ TEST_F(MannersTest, UnknownCommandsAndOptionsHaveTheNearestOne) {
     for (const auto& [words, complaint] : std::vector<std::pair<std::vector<std::string>, std::string>>{
              {{"calibrat", "board.toml"},
               "unknown command \"calibrat\" (did you mean \"calibrate\"?), expected one of "
-              "run, console, check, plan, thermal, qualify, calibrate, serve, tables, record, "
+              "run, console, new, check, plan, thermal, qualify, calibrate, serve, tables, record, "
               "replay, describe, completion"},
              {{"plan", "explian"},
               "unknown command \"explian\" (did you mean \"explain\"?), expected one of explain, "
@@ -94,11 +86,13 @@ TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
                                                       {"run", "--help"},
                                                       {"console", "--help"},
+                                                      {"new", "--help"},
                                                       {"check", "--help"},
                                                       {"plan", "--help"},
                                                       {"plan", "explain", "--help"},
                                                       {"plan", "audit", "--help"},
                                                       {"thermal", "--help"},
+                                                      {"serve", "--help"},
                                                       {"tables", "--help"},
                                                       {"tables", "lint", "--help"},
                                                       {"tables", "diff", "--help"},
@@ -114,35 +108,34 @@ TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
 }
 
 TEST_F(MannersTest, PrintsTheCompletionScriptThatIsInstalled) {
-    EXPECT_EQ(runProgram({{"completion", "bash"}}).output, contentOf(RADIOCTL_BASH_COMPLETION));
+    for (const std::string shell : {"bash", "zsh", "fish"}) {
+        const std::string installed = contentOf(RADIOCTL_COMPLETIONS "/radioctl." + shell);
+        EXPECT_THAT(installed, HasSubstr(" completion-words ")) << shell;
+        EXPECT_EQ(runProgram({{"completion", shell}}).output, installed);
+    }
 }
 
-TEST_F(MannersTest, CompletionKeepsNamesWithSpacesTogether) {
-    write("two words.toml", "");
-    EXPECT_EQ(completed("radioctl check two", 2), "two words.toml\n");
-}
-
-TEST_F(MannersTest, CompletionKnowsTheLevelsBehindAnEqualsSign) {
-    EXPECT_EQ(completed("radioctl run --trace = n", 4), "notice\n");
-    EXPECT_EQ(completed("radioctl run --trace n", 3), "notice\n");
-}
-
-TEST_F(MannersTest, CompletionKnowsTheCommandsForTables) {
-    EXPECT_EQ(completed("radioctl tables \"\"", 2), "lint\ndiff\nwhy\n");
-    EXPECT_EQ(completed("radioctl tables why --t", 3), "--temperature\n");
-}
-
-TEST_F(MannersTest, CompletionTellsADiffOfRecordingsFromOneOfTables) {
-    EXPECT_EQ(completed("radioctl record \"\"", 2), "show\ndiff\n");
-    EXPECT_EQ(completed("radioctl record diff --l", 3), "--limit\n");
-    EXPECT_EQ(completed("radioctl tables diff --b", 3), "--board\n");
-    write("a.rec", "");
-    EXPECT_EQ(completed("radioctl record diff a", 3), "a.rec\n");
+TEST_F(MannersTest, CompletionWordsAreWhatCanStandThere) {
+    EXPECT_EQ(runProgram({{"completion-words", "tables", ""}}).output,
+              "lint\tLook for holes, outliers and whatever else is not as it should be\n"
+              "diff\tShow where corrections moved, and what that does to the leakage\n"
+              "why\tShow how one carrier at one temperature comes to its corrections\n");
+    EXPECT_EQ(runProgram({{"completion-words", "thermal", "board.toml", ""}}).output, ":files .csv\n");
+    EXPECT_EQ(runProgram({{"completion-words", "tables", "diff", ""}}).output, ":files .toml .csv\n");
+    EXPECT_EQ(runProgram({{"completion-words", "describe", "--script", ""}}).output, ":files\n");
+    EXPECT_EQ(runProgram({{"completion-words", "nonsense", ""}}).exitCode, 0);
 }
 
 TEST_F(MannersTest, CompletionOffersAReportToRunAlone) {
-    EXPECT_EQ(completed("radioctl run --j", 2), "--json\n--junit\n");
-    EXPECT_EQ(completed("radioctl console --j", 2), "--json\n");
+    EXPECT_EQ(runProgram({{"completion-words", "run", "--j"}}).output,
+              "--json\tOne JSON object per event and line\n"
+              "--junit\tWrite what came of the expectations, as JUnit's XML\n");
+    EXPECT_EQ(runProgram({{"completion-words", "console", "--j"}}).output,
+              "--json\tOne JSON object per event and line\n");
+}
+
+TEST_F(MannersTest, NothingTellsPeopleOfCompletionWords) {
+    EXPECT_THAT(runProgram({{"--help"}}).output, Not(HasSubstr("completion-words")));
 }
 
 TEST_F(MannersTest, CheckOfGoodBoardsIsExitCode0) {
@@ -415,6 +408,15 @@ TEST_F(MannersTest, HistoryIsPutInThePlaceOfALinkAndNotWrittenThroughIt) {
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(other), {}), "precious");
 }
 
+TEST_F(MannersTest, HistoryThatIsAPipeIsNotWaitedFor) {
+    std::filesystem::create_directory("radioctl");
+    ASSERT_EQ(mkfifo("radioctl/history", 0600), 0);
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    process.type(endOfInput);
+    EXPECT_EQ(process.finish().exitCode, 0);
+}
+
 TEST_F(MannersTest, FolderOfTheHistoryIsTheUsersAlone) {
     Process process(consoleAtTerminal());
     ASSERT_TRUE(process.waitFor("radio> "));
@@ -440,12 +442,21 @@ TEST_P(CrashAtTheTerminalTest, LeavesItAsItWas) {
     EXPECT_TRUE(process.showsWhatIsTyped());
 }
 
-INSTANTIATE_TEST_SUITE_P(By, CrashAtTheTerminalTest, testing::Values(SIGBUS, SIGABRT, SIGQUIT),
+INSTANTIATE_TEST_SUITE_P(By, CrashAtTheTerminalTest,
+                         testing::Values(SIGBUS, SIGABRT, SIGQUIT, SIGSYS, SIGTRAP, SIGXCPU, SIGPIPE, SIGALRM,
+                                         SIGVTALRM, SIGPROF, SIGUSR1, SIGUSR2),
                          [](const testing::TestParamInfo<int>& test) {
-                             return test.param == SIGBUS    ? "SIGBUS"
-                                    : test.param == SIGABRT ? "SIGABRT"
-                                                            : "SIGQUIT";
+                             return std::string("SIG") + sigabbrev_np(test.param);
                          });
+
+TEST_F(MannersTest, MessageIsNotWrittenIntoAFileThatWasOpenedInThePlaceOfStandardError) {
+    write("script", "bogus\n");
+    Invocation invocation{{"run", "board.toml", "script", "--junit", "report.xml"}};
+    invocation.hasNoErrors = true;
+    EXPECT_EQ(runProgram(invocation).exitCode, 3);
+    std::ifstream report("report.xml");
+    EXPECT_THAT(std::string(std::istreambuf_iterator<char>(report), {}), testing::StartsWith("<?xml"));
+}
 
 TEST_F(MannersTest, OutputThatCannotBeWrittenIsNoSuccess) {
     const Ending ending = runProgram({{"check", "board.toml"}, {}, false, "/dev/full"});
