@@ -48,6 +48,8 @@ constexpr seconds handshakeTime(10);
 /** How often those who follow events are told that the service is there when there are none. */
 constexpr seconds beatInterval(10);
 constexpr std::size_t mostPieceBytes = 65536;
+/** What the kernel keeps for a client that does not read; it would take megabytes. */
+constexpr int mostKeptBytes = 262144;
 constexpr std::size_t mostConnections = 2000;
 /** For files and devices beside the connections. */
 constexpr std::size_t otherDescriptors = 100;
@@ -497,6 +499,9 @@ Server::Works::Works(const ServerOptions& options, Ask ask, EventRing& events)
     if (!error) {
         m_acceptor.set_option(net::socket_base::reuse_address(true), error);
         m_acceptor.bind(m_endpoint, error);
+    }
+    if (!error) { // connections have it from whom accepts them
+        m_acceptor.set_option(net::socket_base::send_buffer_size(mostKeptBytes), error);
     }
     if (!error) {
         m_acceptor.listen(net::socket_base::max_listen_connections, error);

@@ -11,7 +11,7 @@ class Browser:
     """One page; the browser ends with a with statement."""
 
     def __init__(self, program):
-        self.profile = tempfile.TemporaryDirectory()
+        self.profile = tempfile.TemporaryDirectory(ignore_cleanup_errors=True) # its helpers may write a moment longer
         to_browser, self.write_end = os.pipe()
         self.read_end, from_browser = os.pipe()
 
