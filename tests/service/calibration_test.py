@@ -6,7 +6,8 @@ import subprocess
 
 import pytest
 
-from served import LEAKING, MEASURED, RADIOCTL, SENSOR, Served, wait_for
+from description_test import problems_of
+from served import LEAKING, MEASURED, RADIOCTL, Measured, Served, wait_for
 
 I_TABLE = 'Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I'
 # One that does not come to its end, and still hears who cancels it.
@@ -186,7 +187,7 @@ def test_restart_keeps_the_journal_as_a_backup(radio):
     ({'channel': 1, 'temperatures_c': [201]}, '"temperatures_c": expected a whole number from -100 to 200'),
     ({'channel': 1, 'shrink_factor': 1}, '"shrink_factor": expected a number between 0 and 1, such as 0.75'),
     ({'channel': 1, 'beginning': 'offline'}, '"beginning": expected one of fresh, resume, restart'),
-    ({'channel': 1, 'station': 'a\nb'}, '"station": "a\\nb", expected 1 to 100 printable characters'),
+    ({'channel': 1, 'station': 'a\nb'}, '"station": "a\\x0ab", expected 1 to 100 printable characters'),
     ({'channel': 1, 'qualify': 1}, '"qualify": expected true or false'),
 ])
 def test_settings_that_make_no_sense_are_refused(radio, settings, wrong):
@@ -262,25 +263,6 @@ def test_carriers_are_kept_when_the_service_ends_meanwhile(tmp_path):
         assert served.ask('GET', '/api/channels/1')[1]['tx_khz'] == 18000000
 
 
-class Measured(Served):
-    """A radio that is files."""
-
-    def __init__(self, folder, *options, board=MEASURED + SENSOR):
-        for name, content in (('lo', 0), ('i', 0), ('q', 0), ('detector', 500), ('temperature', 25)):
-            if not os.path.exists(os.path.join(folder, name)):
-                self.put(folder, name, content)
-        super().__init__(folder, '--hardware', *options, board=board)
-
-    @staticmethod
-    def put(folder, name, content):
-        with open(os.path.join(folder, name), 'w', encoding='utf-8') as file:
-            file.write(f'{content}\n')
-
-    def content(self, name):
-        with open(in_folder(self, name), encoding='utf-8') as file:
-            return file.read()
-
-
 # One temperature, which is there; every probe takes some time.
 SLOW = {'temperatures_c': [25], 'settle_time_ms': 10, 'qualify': False}
 
@@ -288,9 +270,9 @@ SLOW = {'temperatures_c': [25], 'settle_time_ms': 10, 'qualify': False}
 @pytest.mark.parametrize('number', [signal.SIGTERM, signal.SIGINT])
 def test_signal_leaves_the_hardware_as_the_board_says_and_the_journal_whole(tmp_path, number):
     with Measured(tmp_path) as served:
-        run = begin(served, **SLOW)
-        wait_for(lambda: served.ask('GET', f'/api/calibrations/{run}')[1]['state'] == 'running'
-                 and served.content('i') not in ('0\n', '7\n'))
+        begin(served, **SLOW)
+        # Some lines in front, and one for each probe.
+        wait_for(lambda: served.content('board.channel-1.journal').count('\n') > 10)
         assert served.stop(number) == 0
         assert (served.content('i'), served.content('q')) == ('7\n', '8\n')
         assert any('calibration 1 of channel 1 is over: cancelled' in line for line in served.lines)
@@ -313,7 +295,7 @@ def test_bench_is_not_taken_beyond_its_limits_unless_that_is_meant(tmp_path):
         number = begin(served, **hot, force=True)
         wait_for(lambda: served.ask('GET', f'/api/calibrations/{number}')[1]['awaiting'])
         awaiting = served.ask('GET', f'/api/calibrations/{number}')[1]['awaiting']
-        assert awaiting == {'degrees': 61, 'now': 25, 'by_hand': True, 'by_word': False}
+        assert awaiting == {'degrees': 61, 'now': 25, 'by_hand': False, 'by_word': False}
         status, problem, _ = served.ask('PUT', f'/api/calibrations/{number}/temperature', {})
         assert (status, problem['type']) == (409, 'urn:radioctl:not-now')
         cancel(served, number)
@@ -331,3 +313,27 @@ def test_person_tells_the_temperatures_where_no_sensor_does(tmp_path):
             wait_for(lambda: served.ask('GET', f'/api/calibrations/{number}')[1]['awaiting'] is None
                      or served.ask('GET', '/api/temperature')[1]['degrees'] == told)
         assert len(ended(served, number)['points']) == 6
+
+
+def described(served, state):
+    """What of a calibration's state is not as the description says."""
+    description = served.ask('GET', '/openapi.json')[1]
+    return problems_of(state, {'$ref': '#/components/schemas/Calibration'}, description)
+
+
+def test_what_comes_of_a_calibration_is_as_it_is_described(radio):
+    for settings in ({}, {'method': 'fit', 'probes': 100, 'beginning': 'restart'}):
+        state = ended(radio, begin(radio, **settings))
+        assert state['points']
+        assert described(radio, state) == []
+
+
+def test_what_comes_of_hardware_is_as_it_is_described(tmp_path):
+    with Measured(tmp_path) as served:
+        state = ended(served, begin(served, temperatures_c=[25], settle_time_ms=0, qualify=False, max_iterations=2))
+        # Three searches of two iterations that see one reading are no calibration.
+        assert (state['state'], state['outcome']['failed'], state['begun']['temperature']) == ('complete', 3, 'sensor')
+        assert described(served, state) == []
+        refused = ended(served, begin(served, temperatures_c=[25], beginning='restart'))
+        assert (refused['state'], refused['outcome']['journal']) == ('refused', None)
+        assert described(served, refused) == []

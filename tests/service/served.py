@@ -222,6 +222,25 @@ class Served:
         return Follower(self, last)
 
 
+class Measured(Served):
+    """A radio that is files."""
+
+    def __init__(self, folder, *options, board=MEASURED + SENSOR):
+        for name, content in (('lo', 0), ('i', 0), ('q', 0), ('detector', 500), ('temperature', 25)):
+            if not os.path.exists(os.path.join(folder, name)):
+                self.put(folder, name, content)
+        super().__init__(folder, '--hardware', *options, board=board)
+
+    @staticmethod
+    def put(folder, name, content):
+        with open(os.path.join(folder, name), 'w', encoding='utf-8') as file:
+            file.write(f'{content}\n')
+
+    def content(self, name):
+        with open(os.path.join(self.folder, name), encoding='utf-8') as file:
+            return file.read()
+
+
 class Follower:
     """One who follows the events."""
 
