@@ -110,9 +110,8 @@ std::optional<double> Body::optionalNumber(const char* name) {
 }
 
 std::vector<std::int32_t> Body::integers(const char* name, std::size_t most) {
-    std::vector<std::int32_t> numbers =
-        optionalIntegers(name, 1, most, std::numeric_limits<std::int32_t>::min(),
-                         std::numeric_limits<std::int32_t>::max());
+    std::vector<std::int32_t> numbers = optionalIntegers(
+        name, 1, most, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max());
     if (numbers.empty()) {
         fail(name, countText(1, most));
     }

@@ -29,7 +29,8 @@ constexpr std::size_t mostRuns = 4;
 std::string adviceOf(const ChoiceError& error) {
     const std::string& choice = error.choice();
     if (choice == "resume or restart") {
-        return "; \"beginning\": \"resume\" goes on with it, \"restart\" keeps it as a backup and begins anew";
+        return "; \"beginning\": \"resume\" goes on with it, \"restart\" keeps it as a backup and begins "
+               "anew";
     }
     if (choice == "restart" || choice == "hardware or restart" || choice == "put away") {
         return "; \"beginning\": \"restart\" keeps it as a backup and begins anew";
@@ -216,8 +217,8 @@ void Calibrations::prepare(Run& run) {
         throw std::invalid_argument(wrong);
     }
     requireWritable(engine.tablesFile());
-    const std::string reservation = Calibration::reservationAgainst(m_board, m_radio.platform(), run.settings,
-                                                                    run.order.isHardware);
+    const std::string reservation =
+        Calibration::reservationAgainst(m_board, m_radio.platform(), run.settings, run.order.isHardware);
     if (!reservation.empty() && run.order.isHardware && !run.isForced) {
         refuse(reservation + "; \"force\": true calibrates all the same");
     }
@@ -341,9 +342,9 @@ bool Calibrations::cancel(std::uint64_t number) {
 void Calibrations::tellTemperature(std::uint64_t number, std::optional<int> degrees) {
     Run& run = named(number);
     if (!run.isAwaitingWord()) {
-        throw Problem(ProblemKind::notNow,
-                      "calibration " + std::to_string(number) + " does not wait for a temperature that " +
-                          "somebody brings about");
+        throw Problem(ProblemKind::notNow, "calibration " + std::to_string(number) +
+                                               " does not wait for a temperature that " +
+                                               "somebody brings about");
     }
     run.word = {true, degrees};
 }
@@ -353,10 +354,15 @@ void Calibrations::tell(const Run& run, Json event) const {
     m_setting.tell(event);
 }
 
-Json Calibrations::summary(const Run& run) {
+Json Calibrations::state(std::uint64_t number, std::size_t firstPoint) const {
+    const Run& run = named(number);
     Json awaited = nullptr;
     if (run.progress.awaited) {
         awaited = membersOf(awaitingEvent(*run.progress.awaited));
+    }
+    Json points = Json::array();
+    for (std::size_t at = firstPoint; at < run.points.size(); ++at) {
+        points.push_back(run.pointJson(at));
     }
     return {{"calibration", run.number},
             {"channel", run.settings.channel},
@@ -368,24 +374,17 @@ Json Calibrations::summary(const Run& run) {
             {"put_away", textOrNull(run.putAway.backup)},
             {"begun", run.beginning},
             {"qualification", run.qualification},
-            {"outcome", run.outcome}};
-}
-
-Json Calibrations::state(std::uint64_t number, std::size_t firstPoint) const {
-    const Run& run = named(number);
-    Json json = summary(run);
-    Json points = Json::array();
-    for (std::size_t at = firstPoint; at < run.points.size(); ++at) {
-        points.push_back(run.pointJson(at));
-    }
-    json["points"] = std::move(points);
-    return json;
+            {"outcome", run.outcome},
+            {"points", points}};
 }
 
 Json Calibrations::list() const {
     Json list = Json::array();
     for (const auto& run : m_runs) {
-        list.push_back(summary(*run));
+        list.push_back({{"calibration", run->number},
+                        {"channel", run->settings.channel},
+                        {"state", run->state},
+                        {"progress", progressJson(run->progress)}});
     }
     return {{"going_on", m_current == nullptr ? Json(nullptr) : Json(m_current->number)},
             {"calibrations", list}};
@@ -404,8 +403,9 @@ void Calibrations::addTo(Metrics& metrics) const {
         metrics.sample(total > 0 ? std::min(done / total, 1.0) : 0.0,
                        {{"channel", std::to_string(m_current->settings.channel)}});
     }
-    metrics.family("radio_calibration_good", "gauge",
-                   "Whether the last calibration of a channel was good: complete, stored and within the limits.");
+    metrics.family(
+        "radio_calibration_good", "gauge",
+        "Whether the last calibration of a channel was good: complete, stored and within the limits.");
     for (const auto& [channel, isGood] : m_good) {
         metrics.sample(isGood ? 1 : 0, {{"channel", std::to_string(channel)}});
     }

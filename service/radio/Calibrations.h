@@ -65,7 +65,7 @@ public:
 
     /** A run, with its points from `firstPoint` on. */
     Json state(std::uint64_t number, std::size_t firstPoint) const;
-    /** All runs that are remembered, without their points. */
+    /** All runs that are remembered, and how far they are. */
     Json list() const;
     void addTo(Metrics& metrics) const;
 
@@ -79,7 +79,6 @@ private:
     void conclude(Run& run, const Calibration::CalibrationOutcome& outcome);
     void takeTables(Run& run, const std::string& file);
     void tell(const Run& run, Json event) const;
-    static Json summary(const Run& run);
 
     Board& m_board;
     ServedRadio& m_radio;

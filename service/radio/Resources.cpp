@@ -697,8 +697,7 @@ Answer Resources::cancelCalibration(const Request& /*request*/, const Names& nam
 Answer Resources::tellTemperature(const Request& request, const Names& names) {
     const std::uint64_t number = calibrationNamed(names[0]);
     Body body = bodyOf(request);
-    const auto degrees =
-        body.optionalInteger("degrees", temperatureBounds.low, temperatureBounds.high);
+    const auto degrees = body.optionalInteger("degrees", temperatureBounds.low, temperatureBounds.high);
     body.end();
     m_calibrations.tellTemperature(number,
                                    degrees ? std::optional(static_cast<int>(*degrees)) : std::nullopt);

@@ -146,10 +146,9 @@ void ServedRadio::takeUp(const Carriers& carriers) {
     std::optional<Result> last;
     for (const auto& [channel, khz] : carriers) {
         const auto& [direction, number] = channel;
-        Result result =
-            carryOut(Tune{direction, number, khz, false}, "tune " + std::string(toString(direction)) + " " +
-                                                              std::to_string(number) + " " +
-                                                              std::to_string(khz));
+        Result result = carryOut(Tune{direction, number, khz, false},
+                                 "tune " + std::string(toString(direction)) + " " + std::to_string(number) +
+                                     " " + std::to_string(khz));
         if (!result.isRefused) {
             last = std::move(result);
         }
