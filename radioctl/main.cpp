@@ -14,6 +14,7 @@
 #include "radioctl/replay/ReplayCommandLine.h"
 #include "radioctl/report/Output.h"
 #include "radioctl/run/RunCommandLine.h"
+#include "radioctl/store/StoreCommandLine.h"
 #include "radioctl/tables/TablesCommandLine.h"
 #include "radioctl/thermal/ThermalCommandLine.h"
 
@@ -43,15 +44,16 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     Recordings::RecordCommandLine record(program);
     Replaying::ReplayCommandLine replay(program);
     Describing::DescribeCommandLine describe(program);
+    Store::StoreCommandLine store(program);
     CompletionCommandLine completion(program);
     parser.endHelpWith(exitCodeHelp);
 
     if (const auto isGood = parser.parse(withUnitsJoined(argumentCount, arguments))) {
         return *isGood ? ExitCode::good : ExitCode::wrongCommandLine;
     }
-    const std::array<CommandLine::Verb*, 11> verbs{&run,           &check,       &plan,      &thermal,
-                                                   &qualification, &calibration, &tables,    &record,
-                                                   &replay,        &describe,    &completion};
+    const std::array<CommandLine::Verb*, 12> verbs{&run,           &check,       &plan,   &thermal,
+                                                   &qualification, &calibration, &tables, &record,
+                                                   &replay,        &describe,    &store,  &completion};
     for (CommandLine::Verb* const verb : verbs) {
         if (verb->isCalled()) {
             return verb->run(json);

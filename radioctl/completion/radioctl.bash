@@ -22,7 +22,7 @@ _radioctl()
     command=
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case $word in
-            run | console | check | completion | explain | audit | thermal | qualify | calibrate | lint | why | show | replay | describe)
+            run | console | completion | explain | audit | thermal | qualify | calibrate | lint | why | replay | describe | list | compare | report | export | import | push | grant)
                 command=$word
                 break
                 ;;
@@ -30,7 +30,16 @@ _radioctl()
                 command=${command:+$command-}diff
                 break
                 ;;
-            plan | tables | record) command=$word ;;
+            show | check) # of recordings or boards, or of the store
+                command=${command:+$command-}$word
+                [[ $command == record-show ]] && command=show
+                break
+                ;;
+            tables) # a command of its own, and one of the store
+                command=${command:+$command-}$word
+                [[ $command == tables ]] || break
+                ;;
+            plan | record | store) command=$word ;;
         esac
     done
 
@@ -43,6 +52,19 @@ _radioctl()
         return
     fi
 
+    if [[ $previous == --format ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "csv json junit" -- "$current")
+        return
+    fi
+    if [[ $previous == --kind ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "calibration thermal audit acceptance" -- "$current")
+        return
+    fi
+    if [[ $previous == --verdict ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "pass fail none" -- "$current")
+        return
+    fi
+
     if [[ $previous == --junit || $previous == --script ]]; then
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
         compopt -o filenames 2> /dev/null
@@ -51,16 +73,16 @@ _radioctl()
 
     if [[ $current == -* ]]; then
         case $command in
-            run) word="--help --json --hardware --dry-run --junit --trace --verbose" ;;
+            run) word="--help --json --hardware --dry-run --junit --store --serial --station --operator --trace --verbose" ;;
             console) word="--help --json --hardware --dry-run --trace --verbose" ;;
             explain) word="--help --json --channel --tx --rx" ;;
-            audit) word="--help --json --hardware --csv" ;;
-            thermal) word="--help --json --carrier --station --csv --html" ;;
+            audit) word="--help --json --hardware --csv --store --serial --station --operator" ;;
+            thermal) word="--help --json --carrier --station --csv --html --store --serial --operator" ;;
             qualify) word="--help --json --hardware --force --channel --settle-time --detector --real-time" ;;
             calibrate) word="--help --json --hardware --force --verbose --channel --method --probes --band --step --temperatures --i-range --q-range
                 --shrink --min-delta --max-iterations --settle-time --detector --serial --station --journal --out --html
                 --resume --restart --offline --accept-edge --accept-fail --no-qualify --attended --tolerance --dwell
-                --real-time" ;;
+                --real-time --store --operator" ;;
             tables-diff) word="--help --json --board --channel --all" ;;
             record-diff) word="--help --json --verbose --channel --driver --from --to --limit" ;;
             why) word="--help --json --channel --frequency --temperature" ;;
@@ -68,6 +90,12 @@ _radioctl()
             replay) word="--help --json --jobs --timeout" ;;
             describe) word="--help --json --script" ;;
             check) word="--help --json --all --strict --hardware" ;;
+            list) word="--help --json --store --serial --board --station --kind --verdict --from --to" ;;
+            store-show | compare | import | store-check | grant) word="--help --json --store" ;;
+            store-tables) word="--help --json --store --channel --out" ;;
+            export) word="--help --json --store --format --out --serial --board --station --kind --verdict --from --to" ;;
+            report) word="--help --json --store --html --all --serial --board --station --kind --verdict --from --to" ;;
+            push) word="--help --json --store --all" ;;
             completion | lint) word="--help --json" ;;
             *) word="--help --json --version" ;;
         esac
@@ -90,12 +118,15 @@ _radioctl()
             compgen -f -X '!*.csv' -- "$current"
             compgen -d -- "$current"
         ) ;;
-        show | record-diff | replay | describe) mapfile -t matches < <(compgen -f -- "$current") ;;
+        show | record-diff | replay | describe | import) mapfile -t matches < <(compgen -f -- "$current") ;;
         plan) mapfile -t COMPREPLY < <(compgen -W "explain audit" -- "$current") && return ;;
         tables) mapfile -t COMPREPLY < <(compgen -W "lint diff why" -- "$current") && return ;;
         record) mapfile -t COMPREPLY < <(compgen -W "show diff" -- "$current") && return ;;
+        push) mapfile -t matches < <(compgen -d -- "$current") ;;
+        list | store-show | store-tables | compare | report | export | store-check | grant) return ;;
+        store) mapfile -t COMPREPLY < <(compgen -W "list show tables compare report export import check push grant" -- "$current") && return ;;
         completion) mapfile -t COMPREPLY < <(compgen -W "bash" -- "$current") && return ;;
-        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal qualify calibrate tables record replay describe completion" -- "$current") && return ;;
+        *) mapfile -t COMPREPLY < <(compgen -W "run console check plan thermal qualify calibrate tables record replay describe store completion" -- "$current") && return ;;
     esac
     # Has bash put a backslash before the spaces of a name, and a slash behind a directory.
     compopt -o filenames 2> /dev/null

@@ -14,6 +14,8 @@ RunCommandLine::RunCommandLine(CommandLine::Command program)
         .named("FILE");
     m_run.option("--junit", m_options.junit, "Write what came of the expectations, as\nJUnit's XML")
         .named("FILE");
+    addStoreOptions(m_run, m_options.keep);
+    addUnitOptions(m_run, m_options.keep);
 }
 
 CommandLine::Command RunCommandLine::add(CommandLine::Command& program, const char* name, const char* help) {

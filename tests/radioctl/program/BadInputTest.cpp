@@ -193,7 +193,7 @@ TEST_F(BadInputTest, NoBoard) {
 TEST_F(BadInputTest, UnknownWordOnTheCommandLine) {
     expectWrongCommandLine({"boot"}, "unknown command \"boot\", expected one of run, console, check, plan, "
                                      "thermal, qualify, calibrate, tables, record, replay, "
-                                     "describe, completion");
+                                     "describe, store, completion");
     expectWrongCommandLine({"run", "board.toml", "script", "more"},
                            "The following argument was not expected: more");
     expectWrongCommandLine({"run", "--fast", "board.toml"}, "unknown option \"--fast\"");

@@ -77,7 +77,7 @@ TEST_F(MannersTest, UnknownCommandsAndOptionsHaveTheNearestOne) {
              {{"calibrat", "board.toml"},
               "unknown command \"calibrat\" (did you mean \"calibrate\"?), expected one of "
               "run, console, check, plan, thermal, qualify, calibrate, tables, record, "
-              "replay, describe, completion"},
+              "replay, describe, store, completion"},
              {{"plan", "explian"},
               "unknown command \"explian\" (did you mean \"explain\"?), expected one of explain, "
               "audit"},
@@ -108,6 +108,17 @@ TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
                                                       {"record", "diff", "--help"},
                                                       {"replay", "--help"},
                                                       {"describe", "--help"},
+                                                      {"store", "--help"},
+                                                      {"store", "list", "--help"},
+                                                      {"store", "show", "--help"},
+                                                      {"store", "tables", "--help"},
+                                                      {"store", "compare", "--help"},
+                                                      {"store", "report", "--help"},
+                                                      {"store", "export", "--help"},
+                                                      {"store", "import", "--help"},
+                                                      {"store", "check", "--help"},
+                                                      {"store", "push", "--help"},
+                                                      {"store", "grant", "--help"},
                                                       {"completion", "--help"}}) {
         EXPECT_THAT(runProgram({arguments}).output, Not(testing::ContainsRegex("[^\n]{80}")));
     }
@@ -138,6 +149,17 @@ TEST_F(MannersTest, CompletionTellsADiffOfRecordingsFromOneOfTables) {
     EXPECT_EQ(completed("radioctl tables diff --b", 3), "--board\n");
     write("a.rec", "");
     EXPECT_EQ(completed("radioctl record diff a", 3), "a.rec\n");
+}
+
+TEST_F(MannersTest, CompletionTellsCommandsOfTheStoreFromOthersOfTheirName) {
+    EXPECT_EQ(completed("radioctl store \"\"", 2),
+              "list\nshow\ntables\ncompare\nreport\nexport\nimport\ncheck\npush\ngrant\n");
+    EXPECT_EQ(completed("radioctl store check --s", 3), "--store\n");
+    EXPECT_EQ(completed("radioctl check --s", 2), "--strict\n");
+    EXPECT_EQ(completed("radioctl store show --s", 3), "--store\n");
+    EXPECT_EQ(completed("radioctl record show --f", 3), "--from\n");
+    EXPECT_EQ(completed("radioctl store tables --o", 3), "--out\n");
+    EXPECT_EQ(completed("radioctl store export --format j", 4), "json\njunit\n");
 }
 
 TEST_F(MannersTest, CompletionOffersAReportToRunAlone) {
