@@ -1,20 +1,20 @@
 """What Python costs beside the program: the audit of a raster, and a tune.
 
     python3 benchmarks/python.py VALGRIND RADIOCTL PACKAGE [CARRIERS]
-    python3 benchmarks/python.py --tune PACKAGE BOARDS
+    python3 benchmarks/python.py --tune VALGRIND PACKAGE BOARDS
 
-The first counts instructions, which are the same on a busy computer: those of `radioctl plan audit` and those of
-plan.audit() with its array, less those of an interpreter that imports the package and leaves. It fails above 1.2 times. The
-second measures where the time of a tune goes, one part after the other in one process, as ratios.
+Both count instructions, which are the same on a busy computer. The first has those of `radioctl plan audit` and those of
+plan.audit() with its array, less those of an interpreter that imports the package and leaves; it fails above 1.2 times. The
+second has where those of a tune go, as ratios.
 """
 
+import concurrent.futures
 import os
 import pathlib
 import re
 import subprocess
 import sys
 import tempfile
-import time
 
 MOST = 1.2
 
@@ -34,10 +34,10 @@ step = 1
 """
 
 
-def instructions(valgrind, command, environment):
+def instructions(valgrind, command, environment, *options):
     """How many a command takes, as callgrind counts them."""
     with tempfile.TemporaryDirectory() as folder:
-        done = subprocess.run([valgrind, "--tool=callgrind", f"--callgrind-out-file={folder}/out", *command],
+        done = subprocess.run([valgrind, "--tool=callgrind", f"--callgrind-out-file={folder}/out", *options, *command],
                               capture_output=True, text=True, env=environment)
     if done.returncode != 0:
         sys.exit(done.stderr)
@@ -67,48 +67,51 @@ def audit(valgrind, radioctl, package, carriers):
     return 0 if ratio <= MOST else 1
 
 
-def best(work, turns=7, count=20000):
-    """Seconds for one of `count`, the best of some turns."""
-    times = []
-    for _ in range(turns):
-        begun = time.perf_counter()
-        work(count)
-        times.append(time.perf_counter() - begun)
-    return min(times) / count
-
-
-def tune(boards):
-    """Where a tune's time goes: through the package, through the module alone, and inside it by the language."""
+def do_tunes(way, count, boards):
+    """So many tunes, in one of the ways; they are counted, and nothing before them, which is a hundred times as much."""
     from frequencyhandler import Radio
+
+    def do(count):
+        if way == "session":
+            engine.execute(["sweep", "tx", "1", "7000000", str(7000000 + count - 1), "1"])
+        elif way == "module":
+            for i in range(count):
+                engine.tune("tx", 1, 7000000 + i, False)
+        else:
+            for i in range(count):
+                radio.tune("tx", 1, 7000000 + i)
 
     with Radio(os.path.join(boards, "rf-module-7ghz.toml")) as radio:
         engine = radio._engine
+        do(100)
+        subprocess.run(["callgrind_control", "-i", "on", str(os.getpid())], check=True, stdout=subprocess.DEVNULL)
+        do(count)
+        os._exit(0)
 
-        def package(count):
-            for i in range(count):
-                radio.tune("tx", 1, 7442000 + (i & 1))
 
-        def module(count):
-            for i in range(count):
-                engine.tune("tx", 1, 7442000 + (i & 1), False)
+def tune(valgrind, package, boards):
+    """Where a tune's instructions go: in the session of C++, which gathers its events, with the module, and with the package."""
+    environment = dict(os.environ, PYTHONPATH=package, PYTHONDONTWRITEBYTECODE="1", PYTHONHASHSEED="0")
+    few, many = 200, 2200
 
-        def sweep(count):
-            engine.execute(["sweep", "tx", "1", "7442000", str(7442000 + count - 1), "1"])
+    def counted(way, count):
+        command = [sys.executable, __file__, "--do-tunes", way, str(count), boards]
+        return instructions(valgrind, command, environment, "--instr-atstart=no")
 
-        def nothing(count):
-            for i in range(count):
-                engine.is_closed
-
-        inside = best(sweep)
-        for name, work in (("the session in C++, a sweep, its events gathered", sweep), ("the module, events as tuples", module),
-                           ("the package, an Outcome", package), ("a property of the module, for scale", nothing)):
-            took = best(work)
-            print(f"{name}: {took * 1e6:.2f} us, {took / inside:.2f} times")
+    each = {}
+    with concurrent.futures.ThreadPoolExecutor() as pool:
+        ways = {way: [pool.submit(counted, way, count) for count in (few, many)] for way in ("session", "module", "package")}
+        for way, (least, most) in ways.items():
+            each[way] = (most.result() - least.result()) / (many - few)
+    for way, what in (("session", "the session in C++, a sweep, its events gathered"),
+                      ("module", "the module, its report as a tuple"), ("package", "the package, an Outcome")):
+        print(f"{what}: {each[way]:.0f} instructions for a tune, {each[way] / each['session']:.2f} times")
 
 
 if __name__ == "__main__":
     if sys.argv[1] == "--tune":
-        sys.path.insert(0, sys.argv[2])
-        tune(sys.argv[3])
+        tune(*sys.argv[2:5])
+    elif sys.argv[1] == "--do-tunes":
+        do_tunes(sys.argv[2], int(sys.argv[3]), sys.argv[4])
     else:
         sys.exit(audit(*sys.argv[1:4], int(sys.argv[4]) if len(sys.argv) > 4 else 100000))

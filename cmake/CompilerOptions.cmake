@@ -4,6 +4,8 @@ target_compile_options(project_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow
     # A trace message or an assertion names a source file by its path inside the project.
     -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+# What is built here fits together, and some of it is there before the library.
+target_compile_definitions(project_options INTERFACE FREQUENCYHANDLER_WITHOUT_HANDSHAKE)
 # What a compiler to come warns of is for those who change the project, not for those who only build it.
 option(FREQUENCYHANDLER_WERROR "Have a warning of the compiler end the build" ${FREQUENCYHANDLER_TESTS})
 if(FREQUENCYHANDLER_WERROR)

@@ -79,6 +79,11 @@ def main():
     parser.add_argument("--out", type=pathlib.Path, default=pathlib.Path("."), help="folder for journals, tables, batch.png")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     options = parser.parse_args()
+    files = {}
+    for file in options.boards:
+        other = files.setdefault(pathlib.Path(file).stem, file)
+        if other is not file:
+            parser.error(f"{other} and {file} would have the same journal and tables, expected names that differ")
     options.out.mkdir(parents=True, exist_ok=True)
     results = {}
     code = 0

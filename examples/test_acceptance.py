@@ -1,8 +1,8 @@
 """An acceptance test of a radio by pytest.
 
-    pytest -p frequencyhandler.pytest_plugin --board boards/rf-module-7ghz.toml examples/test_acceptance.py
+    pytest -p frequencyhandler.pytest_plugin --radio-board boards/rf-module-7ghz.toml examples/test_acceptance.py
 
-With --hardware the same tests drive the real radio; those that have hardware fail are skipped then.
+With --radio-hardware the same tests drive the real radio; those that have hardware fail are skipped then.
 """
 
 import pytest

@@ -1,11 +1,14 @@
 #include "radio/files/AtomicFile.h"
-#include "radio/files/TextFile.h"
+#include "radio/files/FileWait.h"
 #include "radioctl/calibrate/CalibrationCommandLine.h"
 #include "radioctl/calibrate/QualificationCommandLine.h"
 #include "radioctl/check/CheckCommandLine.h"
 #include "radioctl/completion/CompletionCommandLine.h"
+#include "radioctl/completion/CompletionWords.h"
 #include "radioctl/console/Interrupt.h"
+#include "radioctl/console/PatientOutput.h"
 #include "radioctl/describe/DescribeCommandLine.h"
+#include "radioctl/new/NewCommandLine.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/options/ExitCodes.h"
 #include "radioctl/options/Values.h"
@@ -18,9 +21,14 @@
 #include "radioctl/tables/TablesCommandLine.h"
 #include "radioctl/thermal/ThermalCommandLine.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <array>
 #include <csignal>
 #include <exception>
+#include <iostream>
+#include <new>
 
 namespace Radio {
 
@@ -35,6 +43,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     CommandLine::Command program = parser.top();
     program.json(json);
     RunCommandLine run(program);
+    NewCommandLine create(program);
     CheckCommandLine check(program);
     Plan::PlanCommandLine plan(program);
     Thermal::ThermalCommandLine thermal(program);
@@ -48,12 +57,15 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     CompletionCommandLine completion(program);
     parser.endHelpWith(exitCodeHelp);
 
+    if (asksForCompletionWords(argumentCount, arguments)) {
+        return printCompletionWords(parser, argumentCount, arguments);
+    }
     if (const auto isGood = parser.parse(withUnitsJoined(argumentCount, arguments))) {
         return *isGood ? ExitCode::good : ExitCode::wrongCommandLine;
     }
-    const std::array<CommandLine::Verb*, 12> verbs{&run,           &check,       &plan,   &thermal,
-                                                   &qualification, &calibration, &tables, &record,
-                                                   &replay,        &describe,    &store,  &completion};
+    const std::array<CommandLine::Verb*, 13> verbs{
+        &run,    &create, &check,  &plan,     &thermal, &qualification, &calibration,
+        &tables, &record, &replay, &describe, &store,   &completion};
     for (CommandLine::Verb* const verb : verbs) {
         if (verb->isCalled()) {
             return verb->run(json);
@@ -62,10 +74,24 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     return ExitCode::wrongCommandLine;
 }
 
+/**
+ * What is opened next must not become the standard output or error of a program that was started without
+ * them: a message would be written into it. What was closed stays what cannot be read or written.
+ */
+void occupyStandardDescriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) == -1) {
+            // The lowest that is free, which is this one.
+            static_cast<void>(open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+        }
+    }
+}
+
 } // namespace
 } // namespace Radio
 
 int main(int argc, char** argv) {
+    Radio::occupyStandardDescriptors();
     // "radioctl ... | head" is to end quietly, also when whoever started it ignores broken pipes.
     static_cast<void>(std::signal(SIGPIPE, SIG_DFL));
     // A file that may not become larger is to be told as a full disk is, and hardware left as usual.
@@ -73,10 +99,16 @@ int main(int argc, char** argv) {
     // How a program ended that this one has started is to be learnt, also when whoever started it asks not to
     // be told.
     static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
-    Radio::setReadingWait(&Radio::waitForReading);
+    Radio::setFileWait(&Radio::waitForFileOrSignal);
     Radio::setFileRemark(&Radio::warnOnce);
+    // As long as signals are held back, nobody who does not read is waited for.
+    const Radio::PatientOutput errors(std::cerr, STDERR_FILENO);
+    const Radio::PatientOutput output(std::cout, STDOUT_FILENO);
     try {
         return Radio::checkedOutput(Radio::runCommandLine(argc, argv));
+    } catch (const std::bad_alloc&) {
+        Radio::complain("needs more memory than there is");
+        return Radio::ExitCode::unusableInput;
     } catch (const std::exception& error) {
         Radio::complain(error.what());
         return Radio::ExitCode::unusableInput;

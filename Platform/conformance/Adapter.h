@@ -16,8 +16,9 @@ namespace Conformance {
  * a platform derives from it, and says with `false` or nothing, as the operations here do unless they are
  * overridden, what it cannot do; the rules that need that are then said to have not been looked at.
  *
- * Each rule is looked at in a process of its own, which is forked before begin() is called: whatever is done
- * here is forgotten with it. All of it happens on one thread; the trace alone is called by others, too.
+ * Each rule is looked at in a process of its own, which is forked before begin() is called and is ended after
+ * its deadline: whatever is done here is forgotten with it. All of it happens on one thread; the trace alone
+ * is called by others, too.
  */
 class Adapter {
 public:
@@ -90,11 +91,12 @@ public:
 
 /**
  * Looks at the rules and writes to standard output what holds, what does not and what could not be looked at.
- * Gives the exit code: 0 when all that could be looked at holds, 1 when a rule does not hold, 2 for arguments
- * that are not understood. `--help` says what they are. To be called once, on the only thread of the process,
- * since each rule is looked at in a fork of it.
+ * Ends the process with 0 when all that could be looked at holds, with 1 when a rule does not hold, and with
+ * 2 for arguments that are not understood; `--help` says what they are. No static object is destroyed then: a
+ * platform that hangs in that would take the result with it, and a rule looks at it. To be called on the only
+ * thread of the process, since each rule is looked at in a fork of it.
  */
-int run(Adapter& adapter, int argc, const char* const* argv);
+[[noreturn]] void run(Adapter& adapter, int argc, const char* const* argv);
 
 } // namespace Conformance
 

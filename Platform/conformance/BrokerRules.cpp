@@ -1,4 +1,5 @@
 #include "CInterfaceBroker.h"
+#include "DriverLayer.h"
 #include "IInterface_c.h"
 #include "ITemperatureHandler.h"
 #include "InterfaceBroker.h"
@@ -18,8 +19,6 @@ constexpr const char* lookingUpInC = "CTxIQImbalanceHandler: finding drivers and
 
 class Thing : public virtual IInterface {};
 
-class OtherThing : public virtual IInterface {};
-
 class Recorded : public IInterface_c {
 public:
     Recorded() { m_pCStruct = &m_word; }
@@ -34,7 +33,10 @@ InterfaceBroker& broker() {
 }
 
 void publish(const std::string& name, IInterface& thing) {
-    hold(isSuccess(broker().registerInterface(name, &thing)), "publishing " + name + " fails");
+    constexpr std::size_t readable = 60;
+    const std::string shown =
+        name.size() > readable ? "a name of " + std::to_string(name.size()) + " letters" : name;
+    hold(isSuccess(broker().registerInterface(name, &thing)), "publishing " + shown + " fails");
 }
 
 void isOne(Adapter& /*adapter*/) {
@@ -70,13 +72,11 @@ void namesAreWhole(Adapter& /*adapter*/) {
 
 void keepsNames(Adapter& /*adapter*/) {
     Thing thing;
-    {
-        std::string name("IThing_Whose_Name_Does_Not_Fit_In_The_String_Itself");
-        publish(name, thing);
-        name.assign(name.size(), '-');
-    }
+    std::string name("IThing_Whose_Name_Does_Not_Fit_In_The_String_Itself");
+    publish(name, thing);
+    name.assign(name.size(), '-'); // where it stood, something else stands
     hold(broker().findInterface("IThing_Whose_Name_Does_Not_Fit_In_The_String_Itself") == &thing,
-         "the name was not copied: it is not found once the string of the caller is gone");
+         "the name was not copied: it is not found once the string of the caller is another");
 }
 
 void withdrawnIsNotFound(Adapter& /*adapter*/) {
@@ -98,15 +98,6 @@ void withdrawingTellsWhat(Adapter& /*adapter*/) {
     hold(removed == &thing, "something else, or nothing, is given back");
 }
 
-void typesAreSeen(Adapter& /*adapter*/) {
-    Thing thing;
-    publish("IThing_Of_Conformance", thing);
-    hold(broker().getInterface<Thing>("IThing_Of_Conformance") == &thing,
-         "the object is not seen as what it is: is its type information hidden?");
-    hold(broker().getInterface<OtherThing>("IThing_Of_Conformance") == nullptr,
-         "the object is seen as what it is not");
-}
-
 void publishesDriverLayer(Adapter& /*adapter*/) {
     auto* const layer = broker().getInterface<IInterface_c>("IDriverLayer");
     hold(layer != nullptr, "no \"IDriverLayer\" that derives from IInterface_c is found");
@@ -116,6 +107,42 @@ void publishesDriverLayer(Adapter& /*adapter*/) {
 void publishesTemperature(Adapter& /*adapter*/) {
     hold(broker().getInterface<ITemperatureHandler>("ITemperatureHandler") != nullptr,
          "no \"ITemperatureHandler\" of that type is found");
+}
+
+void entryMayHoldNothing(Adapter& /*adapter*/) {
+    static_cast<void>(broker().registerInterface("INothing_Of_Conformance", nullptr)); // or it is refused
+    hold(broker().findInterface("INothing_Of_Conformance") == nullptr, "something is found");
+    hold(broker().getInterface<Thing>("INothing_Of_Conformance") == nullptr, "something is seen");
+}
+
+void withdrawingNothingHarmsNothing(Adapter& /*adapter*/) {
+    Thing thing;
+    publish("IThing_Of_Conformance", thing);
+    static_cast<void>(broker().unregisterInterface("INobody_Published_This", nullptr));
+    static_cast<void>(broker().unregisterInterface("IThing_Of_Conformance_", nullptr));
+    hold(broker().findInterface("IThing_Of_Conformance") == &thing,
+         "after a name was withdrawn that nobody took, another is not found");
+}
+
+/** Says when it goes. */
+class Mortal : public virtual IInterface {
+public:
+    explicit Mortal(bool& isGone) : m_isGone(isGone) {}
+    Mortal(const Mortal&) = delete;
+    Mortal& operator=(const Mortal&) = delete;
+    ~Mortal() override { m_isGone = true; }
+
+private:
+    bool& m_isGone;
+};
+
+void ownsNothing(Adapter& /*adapter*/) {
+    bool isGone = false;
+    auto* const thing = new Mortal(isGone); // NOLINT(cppcoreguidelines-owning-memory): whoever takes it
+    publish("IThing_Of_Conformance", *thing);
+    static_cast<void>(broker().unregisterInterface("IThing_Of_Conformance", nullptr));
+    hold(!isGone, "what was withdrawn is destroyed");
+    delete thing; // NOLINT(cppcoreguidelines-owning-memory)
 }
 
 /** A handle, until it is given back. */
@@ -149,6 +176,27 @@ void absentRecordIsNone(Adapter& /*adapter*/) {
     hold(Handle().get("INobody_Published_This") == nullptr, "a record is given, and the answer is a success");
 }
 
+void objectWithoutRecordHasNone(Adapter& /*adapter*/) {
+    Thing thing;
+    class Unrecorded : public IInterface_c {
+    } unrecorded;
+    publish("IThing_Of_Conformance", thing);
+    publish("IUnrecorded_Of_Conformance", unrecorded);
+    hold(Handle().get("IThing_Of_Conformance") == nullptr,
+         "a record is given of an object that has no C view");
+    hold(Handle().get("IUnrecorded_Of_Conformance") == nullptr,
+         "a record is given of an object whose record is null");
+}
+
+void handlesAreApart(Adapter& /*adapter*/) {
+    Recorded thing;
+    publish("IThing_Of_Conformance", thing);
+    const Handle stays;
+    { const Handle goes; }
+    hold(stays.get("IThing_Of_Conformance") == thing.record(),
+         "after another handle was given back, nothing is found with this one");
+}
+
 void recordOutlivesHandle(Adapter& /*adapter*/) {
     void* kept = nullptr;
     {
@@ -157,6 +205,10 @@ void recordOutlivesHandle(Adapter& /*adapter*/) {
     }
     hold(kept != nullptr && Handle().get("IDriverLayer") == kept,
          "the record of \"IDriverLayer\" is not the same with the next handle");
+    const auto* const layer = static_cast<const DriverLayerInterface*>(kept);
+    hold(layer->getDriverInterface != nullptr, "the record of \"IDriverLayer\" has no operation any more");
+    DriverInterface* found = nullptr;
+    static_cast<void>(layer->getDriverInterface(&found, "conformance.nobody.has.this"));
 }
 
 void recordsAgree(Adapter& /*adapter*/) {
@@ -194,18 +246,28 @@ Rules brokerRules() {
          publishing, withdrawnIsNotFound},
         {"broker.withdrawing-tells-what", "Withdrawing gives back what the entry held, where it is asked.",
          "components that withdraw", withdrawingTellsWhat},
-        {"broker.types-are-seen", "An object is found as what it is, and not as what it is not.", lookingUp,
-         typesAreSeen},
+        {"broker.entry-may-hold-nothing", "Under an entry that holds nothing, nothing is found.", lookingUp,
+         entryMayHoldNothing},
+        {"broker.withdrawing-nothing-harms-nothing",
+         "A name that nobody took can be withdrawn, and others stay.",
+         "FrequencyHandler, LoCancellation: withdrawing handlers that could not be published",
+         withdrawingNothingHarmsNothing},
+        {"broker.owns-nothing", "What is withdrawn is its owner's, and is not destroyed.", publishing,
+         ownsNothing},
         {"broker.publishes-driver-layer",
          "\"IDriverLayer\" is published before the first phase, with a record.", lookingUp,
          publishesDriverLayer},
         {"broker.publishes-temperature", "\"ITemperatureHandler\" is published before the first phase.",
-         "LoCancellation::onModuleInit", publishesTemperature},
+         "CTxIQImbalanceHandler, whose phase 11 fails without it", publishesTemperature},
         {"c-broker.record-is-given", "The C view gives the record of what was published.", lookingUpInC,
          recordIsGiven},
         {"c-broker.absent-record-is-none",
          "Under a name that nobody took it fails, or leaves the record null.", lookingUpInC,
          absentRecordIsNone},
+        {"c-broker.object-without-record-has-none", "An object without a C record has none.", lookingUpInC,
+         objectWithoutRecordHasNone},
+        {"c-broker.handles-are-apart", "A handle is good when another was given back.", lookingUpInC,
+         handlesAreApart},
         {"c-broker.record-outlives-handle", "A record is good after the handle was given back.", lookingUpInC,
          recordOutlivesHandle},
         {"c-broker.records-agree", "The C view of \"IDriverLayer\" is the record of the object.",

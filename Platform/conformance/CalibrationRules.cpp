@@ -1,6 +1,7 @@
 #include "CCalibrationHandler.h"
 #include "conformance/Rule.h"
 
+#include <array>
 #include <cstdlib>
 #include <limits>
 
@@ -8,9 +9,9 @@ namespace Conformance {
 
 namespace {
 
-constexpr const char* chargePump = "FrequencyHandler_MicrowaveBoard: charge-pump and LO tables";
-constexpr const char* corrections = "LoCancellation and CTxIQImbalanceHandler: corrections over carrier and "
-                                    "temperature";
+constexpr const char* oneAxis = "FrequencyHandler_MicrowaveBoard: charge-pump table; CTxIQImbalanceHandler: "
+                                "corrections over the temperature";
+constexpr const char* twoAxes = "LoCancellation: corrections over carrier and temperature";
 constexpr const char* either = "all corrections, and the charge pump";
 constexpr const char* line = "Conformance.Line";
 constexpr const char* plane = "Conformance.Plane";
@@ -62,6 +63,12 @@ void absentIsNone(Adapter& /*adapter*/) {
     hold(find("Conformance.Nobody.Has.This") == nullptr, "a handle is given, and the answer is a success");
 }
 
+void absentLeavesNoHandle(Adapter& /*adapter*/) {
+    CalibrationTableHandle found = nullptr;
+    static_cast<void>(CCalibrationHandler_GetTable("Conformance.Nobody.Has.This", &found));
+    hold(found == nullptr, "where null was, something else is left");
+}
+
 void nodesAreMet(Adapter& adapter) {
     putLine(adapter);
     CalibrationTable* const table = findPut(line);
@@ -95,20 +102,50 @@ void betweenIsBilinear(Adapter& adapter) {
 }
 
 void nullIsRefused(Adapter& /*adapter*/) {
-    int y = 0;
+    constexpr int before = 4711;
+    int y = before;
     hold(isFailure(CCalibrationTable_LinearInterpolate(nullptr, 0, &y)), "a line without a table succeeds");
+    holdSame("after a line without a table, the value that it was to store", y, before);
     hold(isFailure(CCalibrationTable_BiLinearInterpolate(nullptr, 0, 0, &y)),
          "a plane without a table succeeds");
+    holdSame("after a plane without a table, the value that it was to store", y, before);
+}
+
+/** Asks twice. */
+template <typename Ask>
+void holdOneAnswer(const std::string& place, Ask ask) {
+    int first = 0;
+    int second = 0;
+    hold(ask(first) == ask(second) && first == second, place + ", has two answers");
+}
+
+void endsAreAnswered(Adapter& adapter) {
+    constexpr std::array<int, 4> far{std::numeric_limits<int>::min(), -21, 101,
+                                     std::numeric_limits<int>::max()};
+    putLine(adapter);
+    putPlane(adapter);
+    CalibrationTable* const table = findPut(line);
+    CalibrationTable* const both = findPut(plane);
+    for (const int x : far) {
+        holdOneAnswer("one place beyond the ends, " + std::to_string(x),
+                      [&](int& y) { return CCalibrationTable_LinearInterpolate(table, x, &y); });
+        holdOneAnswer("one place beyond the ends of the first axis, " + std::to_string(x) + ", 0",
+                      [&](int& y) { return CCalibrationTable_BiLinearInterpolate(both, x, 0, &y); });
+        holdOneAnswer("one place beyond the ends of the second axis, 0, " + std::to_string(x),
+                      [&](int& y) { return CCalibrationTable_BiLinearInterpolate(both, 0, x, &y); });
+    }
 }
 
 void handlesStay(Adapter& adapter) {
     putLine(adapter);
     CalibrationTable* const table = findPut(line);
     for (int n = 0; n < 100; ++n) {
-        need(adapter.putTable("Conformance.Other." + std::to_string(n), {0, 1}, {n, n}),
-             "add a table with one axis");
+        const std::string other = "Conformance.Other." + std::to_string(n);
+        need(adapter.putTable(other, {0, 1}, {n, n}), "add a table with one axis");
+        static_cast<void>(findPut(other.c_str()));
     }
-    holdSame("the value at 0, through a handle from before 100 tables were added", valueAt(table, 0), 100);
+    holdSame("the value at 0, through a handle from before 100 tables were added and found",
+             valueAt(table, 0), 100);
 }
 
 } // namespace
@@ -117,16 +154,25 @@ Rules calibrationRules() {
     return {
         {"calibration.absent-is-none", "A table that is not there gives a failure, or a null handle.", either,
          absentIsNone},
-        {"calibration.nodes-are-met", "At a node a table with one axis has its value.", chargePump,
-         nodesAreMet},
+        {"calibration.absent-leaves-no-handle",
+         "Where there was no handle, a table that is not there leaves none, whatever is answered.",
+         "FrequencyHandler_MicrowaveBoard and LoCancellation, which go on with what is left",
+         absentLeavesNoHandle},
+        {"calibration.nodes-are-met", "At a node a table with one axis has its value.", oneAxis, nodesAreMet},
         {"calibration.between-is-straight", "Between two nodes lies the straight line, rounded either way.",
-         chargePump, betweenIsStraight},
+         oneAxis, betweenIsStraight},
         {"calibration.axes-have-their-order",
          "At a node a table with two axes has its value; the first coordinate is that of the first axis.",
-         corrections, axesHaveTheirOrder},
-        {"calibration.between-is-bilinear", "Between four nodes it is interpolated along both axes.",
-         corrections, betweenIsBilinear},
-        {"calibration.null-is-refused", "A null handle is a failure, and no crash.", either, nullIsRefused},
+         twoAxes, axesHaveTheirOrder},
+        {"calibration.between-is-bilinear", "Between four nodes it is interpolated along both axes.", twoAxes,
+         betweenIsBilinear},
+        {"calibration.null-is-refused", "A null handle is a failure that stores nothing, and no crash.",
+         either, nullIsRefused},
+        {"calibration.ends-are-answered",
+         "Beyond the ends of an axis there is an answer, always the same, and no crash: at 0 kHz and 0 "
+         "degrees it "
+         "is asked for before the first carrier and the first temperature.",
+         either, endsAreAnswered},
         {"calibration.handles-stay", "A handle is good as long as the calibration handler is.", either,
          handlesStay},
     };

@@ -45,6 +45,18 @@ void absentIsNone(Adapter& /*adapter*/) {
     hold(find("conformance.nobody.has.this") == nullptr, "a record is given, and the answer is a success");
 }
 
+void absentLeavesNoRecord(Adapter& /*adapter*/) {
+    DriverInterface* found = nullptr;
+    static_cast<void>(layer().getDriverInterface(&found, "conformance.nobody.has.this"));
+    hold(found == nullptr, "where null was, something else is left");
+}
+
+void haveContext(Adapter& adapter) {
+    const DriverInterface& driver = put(adapter);
+    hold(driver.context != nullptr, "the record has a null context");
+    hold(driver.write != nullptr, "the record has no write");
+}
+
 void recordStays(Adapter& adapter) {
     DriverInterface& first = put(adapter);
     for (int n = 0; n < 100; ++n) {
@@ -101,12 +113,18 @@ void readGives(Adapter& adapter) {
 
 void codesComeThrough(Adapter& adapter) {
     DriverInterface& driver = put(adapter);
+    hold(driver.writeBuffer != nullptr && driver.read != nullptr,
+         "the record has no writeBuffer, or no read");
     for (const std::int32_t code : {0x8000, 0x8017, INT32_MAX}) {
         need(adapter.refuse(name, code), "have a driver refuse");
         holdSame("the code of a write that is refused",
                  static_cast<std::int32_t>(driver.write(driver.context, 1)), code);
+        const std::array<std::uint8_t, 8> bytes{};
+        holdSame("the code of bytes that are refused",
+                 static_cast<std::int32_t>(driver.writeBuffer(driver.context, bytes.data(), 8)), code);
         int value = 0;
-        hold(isFailure(driver.read(driver.context, &value)), "a read that is refused succeeds");
+        holdSame("the code of a read that is refused",
+                 static_cast<std::int32_t>(driver.read(driver.context, &value)), code);
     }
 }
 
@@ -124,6 +142,11 @@ Rules driverRules() {
     return {
         {"drivers.absent-is-none", "A driver that is not there gives a failure, or a null record.", lookingUp,
          absentIsNone},
+        {"drivers.absent-leaves-no-record",
+         "Where there was no record, a driver that is not there leaves none, whatever is answered.",
+         "FrequencyHandler, which writes through what is left", absentLeavesNoRecord},
+        {"drivers.have-a-context", "A driver's record has a context, and what it offers.",
+         "all lookups, which take one without a context for missing", haveContext},
         {"drivers.record-stays",
          "A driver's record stays where it is, and works, as long as the driver layer.", lookingUp,
          recordStays},
@@ -134,7 +157,7 @@ Rules driverRules() {
          "FrequencyHandler_MicrowaveBoard: frequencies in Hz, which are eight bytes", bufferReaches},
         {"drivers.read-gives", "A read gives what the hardware has.", reading, readGives},
         {"drivers.codes-come-through", "What the hardware refuses is a failure, with its own code.",
-         "the trace message of a failed write", codesComeThrough},
+         "the trace message of what failed, and FrequencyHandler_GetTuning", codesComeThrough},
         {"drivers.record-is-an-argument-too",
          "A write takes the address of the driver's record for its context.",
          "CTxIQImbalanceHandler: DC corrections", recordIsAnArgumentToo},

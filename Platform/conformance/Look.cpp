@@ -1,10 +1,15 @@
 #include "conformance/Look.h"
 
+#include "conformance/Ending.h"
+
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <exception>
@@ -13,8 +18,6 @@
 namespace Conformance {
 
 namespace {
-
-constexpr unsigned patience = 20;
 
 /** The state as a letter, and the reason. */
 void send(int descriptor, const Finding& finding) {
@@ -29,20 +32,43 @@ void send(int descriptor, const Finding& finding) {
     }
 }
 
-std::string receive(int descriptor) {
+using Clock = std::chrono::steady_clock;
+
+/** Waits until there is something to read, or nobody left to write; false: not by then. */
+bool isReadable(int descriptor, Clock::time_point end) {
+    for (;;) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
+        pollfd waited{descriptor, POLLIN, 0};
+        const int count = ::poll(&waited, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
+        if (count >= 0) {
+            return count > 0;
+        }
+        if (errno != EINTR) {
+            return false;
+        }
+    }
+}
+
+/** What was sent until all had closed their end, or by then; `isWhole` tells which. */
+std::string receive(int descriptor, Clock::time_point end, bool& isWhole) {
     std::string text;
     std::array<char, 4096> part{};
-    for (;;) {
+    while (isReadable(descriptor, end)) {
         const ssize_t count = ::read(descriptor, part.data(), part.size());
         if (count < 0 && errno == EINTR) {
             continue;
         }
         if (count <= 0) {
+            isWhole = true;
             return text;
         }
         text.append(part.data(), static_cast<std::size_t>(count));
     }
+    isWhole = false;
+    return text;
 }
+
+} // namespace
 
 int waitFor(pid_t child) {
     int status = 0;
@@ -54,14 +80,11 @@ int waitFor(pid_t child) {
 std::string endOf(int status) {
     if (WIFSIGNALED(status)) {
         const int number = WTERMSIG(status);
-        return number == SIGALRM ? "it does not come back within " + std::to_string(patience) + " s"
-                                 : "it ends the process by signal " + std::to_string(number) + " (" +
-                                       ::strsignal(number) + ")"; // NOLINT(concurrency-mt-unsafe)
+        return "it ends the process by signal " + std::to_string(number) + " (" + ::strsignal(number) +
+               ")"; // NOLINT(concurrency-mt-unsafe)
     }
     return "it ends the process with " + std::to_string(WEXITSTATUS(status));
 }
-
-} // namespace
 
 Finding lookHere(const Rule& rule, Adapter& adapter) {
     try {
@@ -81,7 +104,7 @@ Finding lookHere(const Rule& rule, Adapter& adapter) {
     }
 }
 
-Finding lookApart(const Rule& rule, Adapter& adapter) {
+Finding lookApart(const Rule& rule, Adapter& adapter, unsigned deadline) {
     std::cout.flush();
     std::array<int, 2> ends{};
     if (::pipe(ends.data()) != 0) {
@@ -90,8 +113,8 @@ Finding lookApart(const Rule& rule, Adapter& adapter) {
     }
     const pid_t child = ::fork();
     if (child == 0) {
+        ::setpgid(0, 0); // so that whatever it starts can be ended with it
         ::close(ends[0]);
-        ::alarm(patience);
         send(ends[1], lookHere(rule, adapter));
         ::_exit(0);
     }
@@ -101,9 +124,21 @@ Finding lookApart(const Rule& rule, Adapter& adapter) {
         return {State::unseen, std::string("no process can be had: ") +
                                    std::strerror(errno)}; // NOLINT(concurrency-mt-unsafe)
     }
-    const std::string text = receive(ends[0]);
+    ::setpgid(child, child); // whoever of the two is first
+    bool isWhole = false;
+    const std::string text = receive(ends[0], Clock::now() + std::chrono::seconds(deadline), isWhole);
     ::close(ends[0]);
+    if (isWhole) {
+        // Its end is waited for and not yet taken: as long as it is not, nobody else has its number.
+        siginfo_t ended{};
+        while (::waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT) < 0 && errno == EINTR) {
+        }
+    }
+    ::kill(-child, SIGKILL);
     const int status = waitFor(child);
+    if (text.empty() && !isWhole) {
+        return {State::broken, "it does not come back within " + std::to_string(deadline) + " s"};
+    }
     if (text.empty()) {
         return {State::broken, endOf(status)};
     }

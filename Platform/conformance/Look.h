@@ -23,9 +23,9 @@ struct Finding {
 
 /** In this process. */
 Finding lookHere(const Rule& rule, Adapter& adapter);
-/** In a fork of this process: a crash, or what does not come back within 20 s, is a rule that does not
- * hold. */
-Finding lookApart(const Rule& rule, Adapter& adapter);
+/** In a fork of this process: a crash, or what has not come back after so many seconds, is a rule that does
+ * not hold. What it has left running is ended. */
+Finding lookApart(const Rule& rule, Adapter& adapter, unsigned deadline);
 
 } // namespace Conformance
 

@@ -91,6 +91,18 @@ void activationCallsTheOperation(Adapter& /*adapter*/) {
     holdSame("phases 11, 5, 20 called", module.called, std::string("init storage frameformat "));
 }
 
+void activationGivesTheAnswer(Adapter& /*adapter*/) {
+    class FailingModule : public ModuleInterface {
+    public:
+        FailingModule() : ModuleInterface(4715, "Module", 7, 0, startUpPhases.data(), 3) {}
+        EAFResult onModuleInit() override { return ResultFailed; }
+    } module;
+    hold(isFailure(module.onPhaseActivation(11, ECallbackPriority{0})),
+         "onPhaseActivation succeeds, and the operation of the phase failed");
+    hold(isSuccess(module.onPhaseActivation(5, ECallbackPriority{0})),
+         "onPhaseActivation fails, and the operation of the phase did not");
+}
+
 void phasesReachModules(Adapter& adapter) {
     LoggingModule module;
     add(module);
@@ -119,6 +131,39 @@ void goneModulesAreLeftAlone(Adapter& adapter) {
     }
     runPhases(adapter, {5});
     holdSame("the module that stayed was called", stays.called, std::string("init storage "));
+    CModuleManager::GetInstance().UnRegisterModule(&stays);
+}
+
+void modulesAreNotOwned(Adapter& /*adapter*/) {
+    class MortalModule : public ModuleInterface {
+    public:
+        explicit MortalModule(bool& isGone)
+            : ModuleInterface(4716, "Module", 7, 0, startUpPhases.data(), 3),
+              m_isGone(isGone) {}
+        MortalModule(const MortalModule&) = delete;
+        MortalModule& operator=(const MortalModule&) = delete;
+        ~MortalModule() override { m_isGone = true; }
+
+    private:
+        bool& m_isGone;
+    };
+    bool isGone = false;
+    auto* const module =
+        new MortalModule(isGone); // NOLINT(cppcoreguidelines-owning-memory): whoever takes it
+    add(*module);
+    CModuleManager::GetInstance().UnRegisterModule(module);
+    hold(!isGone, "a module that was unregistered is destroyed");
+    delete module; // NOLINT(cppcoreguidelines-owning-memory)
+}
+
+void strangersMayLeave(Adapter& adapter) {
+    LoggingModule stays(4713);
+    LoggingModule stranger(4711);
+    add(stays);
+    static_cast<void>(CModuleManager::GetInstance().UnRegisterModule(&stranger));
+    runPhases(adapter, {11});
+    holdSame("a registered module, after another was unregistered that was not registered, was called",
+             stays.called, std::string("init "));
     CModuleManager::GetInstance().UnRegisterModule(&stays);
 }
 
@@ -161,6 +206,20 @@ void callbackRecordIsKeptByAddress(Adapter& adapter) {
     runPhases(adapter, {11});
     hold(callback.called.empty() && late.called == "11/3 ",
          "a context that was put into the record after its registration is not the one that is called");
+}
+
+void phasesAreKeptByAddress(Adapter& adapter) {
+    Callback callback;
+    std::array<unsigned long, 1> phases{12};
+    hold(isSuccess(CModuleManager_RegisterModule(4714, "Module of conformance")),
+         "CModuleManager_RegisterModule fails");
+    hold(isSuccess(CModuleManager_RegisterCallback(4714, "Callback of conformance", 1, &callback.record,
+                                                   ECallbackPriority{3}, 0, phases.data(), 1)),
+         "CModuleManager_RegisterCallback fails");
+    phases.front() = 11;
+    runPhases(adapter, {12, 11});
+    holdSame("phases 12 and 11 called, of which the list has 11 since its registration (phase/priority)",
+             callback.called, std::string("11/3 "));
 }
 
 void callbacksHaveTheirOrder(Adapter& adapter) {
@@ -210,17 +269,27 @@ Rules moduleRules() {
         {"modules.activation-calls-the-operation",
          "ModuleInterface::onPhaseActivation calls the operation that stands for the phase.", startUp,
          activationCallsTheOperation},
+        {"modules.activation-gives-the-answer",
+         "ModuleInterface::onPhaseActivation answers what that operation does.", startUp,
+         activationGivesTheAnswer},
         {"modules.phases-reach-modules", "A registered module is called in each phase that its filter names.",
          startUp, phasesReachModules},
         {"modules.other-phases-do-not", "It is not called in others.", startUp, otherPhasesDoNot},
         {"modules.gone-modules-are-left-alone",
          "A module that was unregistered is not called, and the others are.", destruction,
          goneModulesAreLeftAlone},
+        {"modules.are-not-owned", "A module is its owner's, and is not destroyed.", destruction,
+         modulesAreNotOwned},
+        {"modules.strangers-may-leave",
+         "A module that is not registered can be unregistered, and others stay.",
+         "FrequencyHandler: destruction of one that could not be registered", strangersMayLeave},
         {"c-modules.callbacks-are-called",
          "A callback is called in its phases, with its context and its priority.", compensation,
          callbacksAreCalled},
         {"c-modules.record-is-kept-by-address", "Its record is kept by address, and not copied.",
          compensation, callbackRecordIsKeptByAddress},
+        {"c-modules.phases-are-kept-by-address", "Its list of phases is kept by address, and not copied.",
+         compensation, phasesAreKeptByAddress},
         {"c-modules.callbacks-have-their-order", "Callbacks of one module are called in their order.",
          "components with several callbacks", callbacksHaveTheirOrder},
         {"c-modules.identifier-is-registered-once", "An identifier can be registered once.", compensation,

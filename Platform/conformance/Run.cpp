@@ -1,10 +1,13 @@
 #include "conformance/Look.h"
 #include "conformance/Rule.h"
 
-#include <algorithm>
+#include <unistd.h>
+
+#include <charconv>
 #include <cstring>
 #include <iostream>
 #include <string>
+#include <string_view>
 
 namespace Conformance {
 
@@ -17,10 +20,14 @@ constexpr const char* help =
     --list        names and sentences, and looks at nothing
     --json        a line of JSON for each rule
     --strict      a rule that cannot be looked at is as one that does not hold
+    --deadline N  a rule that is not through after N seconds does not hold; 20 unless told
     --here        in this process and not in forks of it, for a debugger: one rule, with --only
 
 0: all that could be looked at holds. 1: a rule does not hold. 2: arguments that are not understood.
 )";
+
+constexpr unsigned usualDeadline = 20;
+constexpr unsigned longestDeadline = 86400;
 
 struct Options {
     std::string only;
@@ -29,7 +36,20 @@ struct Options {
     bool isStrict = false;
     bool isHere = false;
     bool wantsHelp = false;
+    unsigned deadline = usualDeadline;
 };
+
+/** Throws std::invalid_argument. */
+unsigned readDeadline(const std::string& word) {
+    unsigned seconds = 0;
+    const char* const end = word.data() + word.size();
+    const auto [rest, error] = std::from_chars(word.data(), end, seconds);
+    if (error != std::errc() || rest != end || seconds == 0 || seconds > longestDeadline) {
+        throw std::invalid_argument("--deadline " + word + ": expected seconds from 1 to " +
+                                    std::to_string(longestDeadline));
+    }
+    return seconds;
+}
 
 /** Throws std::invalid_argument. */
 Options read(int argc, const char* const* argv) {
@@ -38,6 +58,8 @@ Options read(int argc, const char* const* argv) {
         const std::string word = argv[n];
         if (word == "--only" && n + 1 < argc) {
             options.only = argv[++n];
+        } else if (word == "--deadline" && n + 1 < argc) {
+            options.deadline = readDeadline(argv[++n]);
         } else if (word == "--list") {
             options.lists = true;
         } else if (word == "--json") {
@@ -84,6 +106,21 @@ std::string quoted(const std::string& text) {
     return result + '"';
 }
 
+/** What somebody else wrote, for a terminal: whatever is no printable ASCII as \xNN. */
+std::string harmless(const std::string& text) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string result;
+    for (const char letter : text) {
+        const auto byte = static_cast<unsigned char>(letter);
+        if (byte >= ' ' && byte < 0x7FU) {
+            result += letter;
+        } else {
+            result += {'\\', 'x', digits[byte / 16U], digits[byte % 16U]};
+        }
+    }
+    return result;
+}
+
 void tell(const Rule& rule, const Finding& finding, bool isJson) {
     if (isJson) {
         std::cout << R"({"rule":)" << quoted(rule.name) << R"(,"state":)" << quoted(wordOf(finding.state))
@@ -97,21 +134,17 @@ void tell(const Rule& rule, const Finding& finding, bool isJson) {
     std::cout << word << rule.name << '\n';
     if (finding.state != State::holds) {
         std::cout << indent << rule.sentence << '\n' << indent << finding.why << '\n';
-    }
-    if (finding.state == State::broken) {
         std::cout << indent << "On it depends: " << rule.dependent << '\n';
     }
 }
 
-} // namespace
-
-int run(Adapter& adapter, int argc, const char* const* argv) {
+int look(Adapter& adapter, int argc, const char* const* argv) {
     constexpr int misused = 2;
     Options options;
     try {
         options = read(argc, argv);
     } catch (const std::invalid_argument& error) {
-        std::cerr << "frequencyhandler-conformance: " << error.what() << '\n';
+        std::cerr << "frequencyhandler-conformance: " << harmless(error.what()) << '\n';
         return misused;
     }
     if (options.wantsHelp) {
@@ -121,8 +154,9 @@ int run(Adapter& adapter, int argc, const char* const* argv) {
     const Rules rules = rulesWanted(options.only);
     if (rules.empty() || (options.isHere && rules.size() != 1)) {
         std::cerr << "frequencyhandler-conformance: "
-                  << (rules.empty() ? "no rule begins with \"" + options.only + "\", expected one of --list"
-                                    : "--here is for one rule, expected --only with its whole name")
+                  << (rules.empty()
+                          ? "no rule begins with \"" + harmless(options.only) + "\", expected one of --list"
+                          : "--here is for one rule, expected --only with its whole name")
                   << '\n';
         return misused;
     }
@@ -134,7 +168,8 @@ int run(Adapter& adapter, int argc, const char* const* argv) {
                       << '\n';
             continue;
         }
-        const Finding finding = options.isHere ? lookHere(rule, adapter) : lookApart(rule, adapter);
+        const Finding finding =
+            options.isHere ? lookHere(rule, adapter) : lookApart(rule, adapter, options.deadline);
         holding += finding.state == State::holds ? 1U : 0U;
         unseen += finding.state == State::unseen ? 1U : 0U;
         tell(rule, finding, options.isJson);
@@ -149,6 +184,14 @@ int run(Adapter& adapter, int argc, const char* const* argv) {
                   << " could not be looked at.\n";
     }
     return broken != 0 || (options.isStrict && unseen != 0) ? 1 : 0;
+}
+
+} // namespace
+
+void run(Adapter& adapter, int argc, const char* const* argv) {
+    const int code = look(adapter, argc, argv);
+    std::cout.flush();
+    ::_exit(code);
 }
 
 } // namespace Conformance

@@ -1,5 +1,6 @@
 #include "CInterfaceBroker.h"
 #include "ITemperatureHandler.h"
+#include "InterfaceBroker.h"
 #include "conformance/Rule.h"
 
 #include <array>
@@ -65,6 +66,16 @@ void recordIsKeptByAddress(Adapter& adapter) {
          "a context that was put into the record after its registration is not the one that is called");
 }
 
+void typeIsSeen(Adapter& /*adapter*/) {
+    class Foreign : public ITemperatureHandler {
+    } service;
+    hold(isSuccess(InterfaceBroker::getInstance().registerInterface("ITemperature_Of_Conformance", &service)),
+         "publishing a temperature service fails");
+    hold(InterfaceBroker::getInstance().getInterface<ITemperatureHandler>("ITemperature_Of_Conformance") ==
+             &service,
+         "it is not seen as one: is the type information of ITemperatureHandler hidden?");
+}
+
 void cViewRegisters(Adapter& adapter) {
     Thermometer thermometer;
     void* broker = nullptr;
@@ -92,6 +103,8 @@ Rules temperatureRules() {
         {"temperature.all-are-told", "All observers are told, each once.", correction, allAreTold},
         {"temperature.record-is-kept-by-address", "An observer's record is kept by address, and not copied.",
          correction, recordIsKeptByAddress},
+        {"temperature.type-is-seen", "What derives from ITemperatureHandler is found as one.", correction,
+         typeIsSeen},
         {"temperature.c-view-registers", "The first word of the service's C record registers, too.",
          compensation, cViewRegisters},
     };

@@ -48,8 +48,8 @@ void Connection::lookAgain() {
 void Connection::beginToConnect() {
     if (!isUp()) {
         m_attempt = m_connector.start(std::move(m_link)); // one that is out of date, if any
-        m_deadline = Connector::Clock::now() + m_device.timeLimit;
     }
+    m_deadline = Connector::Clock::now() + m_device.timeLimit;
 }
 
 void Connection::awaitConnection(bool insists) {

@@ -29,16 +29,21 @@ public:
     std::uint64_t linkNumber() const { return m_linkNumber; }
     /** Whether there is a link, as far as is known; a connection that was made meanwhile is taken. */
     bool isUp() { return m_state == State::up || adopt(); }
+    /** The number of the link; 0 when there is none. */
+    std::uint64_t linkInUse() { return isUp() ? m_linkNumber : 0; }
     /** An attribute was not found. */
     void missed();
     /** Where an attribute was missed that a new connection may find, has it made anew: to be followed by
      * beginToConnect(). */
     void lookAgain();
-    /** Begins to connect, unless it is; of several devices all begin, and then each is waited for. */
+    /** Begins to connect, unless it is, and its time limit; of several devices all begin, and then each is
+     * waited for. */
     void beginToConnect();
     /** Waits for what was begun until the time limit since then is over; `insists`: where an attempt fails,
      * for further ones, too. */
     void awaitConnection(bool insists);
+    /** Whether the time limit is over that began with beginToConnect(). */
+    bool isOverdue() const { return Connector::Clock::now() >= m_deadline; }
     /** Why there is no connection, for people; empty when there is one. */
     const std::string& problem() const { return m_problem; }
     /** A call on the link failed: when it has broken by that, it is dropped, and the listener told. */

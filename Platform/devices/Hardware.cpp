@@ -60,7 +60,9 @@ private:
     Connection* connection(const std::string& device);
     std::vector<Connection*> connectionsOf(const DriverHardware& hardware);
     bool isWithinReach(const DriverHardware& hardware);
+    std::vector<Connection*> writeLast(DriverAttribute& driver, ExitWrite& write);
     void insist(const std::vector<DriverAttribute*>& drivers, const std::vector<std::size_t>& left);
+    void writeAgain(DriverAttribute& driver, ExitWrite& write);
     std::unique_ptr<SensorReader> makeSensor() const;
     AttributeFinding examineChip(bool reads);
     std::optional<int> temperature(const SensorReading& reading);
@@ -199,6 +201,39 @@ bool Hardware::State::isWithinReach(const DriverHardware& hardware) {
     return std::all_of(devices.begin(), devices.end(), [](Connection* device) { return device->isUp(); });
 }
 
+/**
+ * Gives the devices for want of which the write failed, their connections broken by it or not made: a write
+ * may be what finds that. Whether there is a connection afterwards says nothing: another one may have been
+ * made meanwhile, over which nothing was written.
+ */
+std::vector<Connection*> Hardware::State::writeLast(DriverAttribute& driver, ExitWrite& write) {
+    const std::vector<Connection*> devices = connectionsOf(driver.hardware());
+    std::vector<std::uint64_t> links(devices.size());
+    std::transform(devices.begin(), devices.end(), links.begin(),
+                   [](Connection* device) { return device->linkInUse(); });
+    write.code = driver.write(write.value);
+    std::vector<Connection*> missed;
+    for (std::size_t i = 0; write.code != 0 && i < devices.size(); ++i) {
+        if (links[i] == 0 || devices[i]->linkInUse() != links[i]) {
+            missed.push_back(devices[i]);
+        }
+    }
+    return missed;
+}
+
+/** Once more, and again for as long as connections break by it and there is time to make others. */
+void Hardware::State::writeAgain(DriverAttribute& driver, ExitWrite& write) {
+    const auto isOverdue = [](const Connection* device) { return device->isOverdue(); };
+    std::vector<Connection*> missed;
+    do {
+        for (Connection* const device : missed) {
+            device->awaitConnection(true);
+        }
+        m_listener.forget(write.driver);
+        missed = writeLast(driver, write);
+    } while (!missed.empty() && std::none_of(missed.begin(), missed.end(), isOverdue));
+}
+
 /** What is within reach is written before anything that is not is waited for, and nobody is told of either
  * before both were tried: a transmitter must not stay on for the sake of another, or of a terminal. */
 std::vector<ExitWrite> Hardware::State::leave() {
@@ -213,12 +248,7 @@ std::vector<ExitWrite> Hardware::State::leave() {
             continue;
         }
         ExitWrite write{hardware.driver, *hardware.onExit, codeOf(ENOTCONN)};
-        const bool isTried = isWithinReach(hardware);
-        if (isTried) {
-            write.code = driver->write(write.value);
-        }
-        // A write may be what finds that the connection is gone.
-        if (!isTried || (write.code != 0 && !isWithinReach(hardware))) {
+        if (!isWithinReach(hardware) || !writeLast(*driver, write).empty()) {
             left.push_back(writes.size());
         }
         writes.push_back(std::move(write));
@@ -226,8 +256,7 @@ std::vector<ExitWrite> Hardware::State::leave() {
     }
     insist(drivers, left);
     for (const std::size_t i : left) {
-        m_listener.forget(writes[i].driver);
-        writes[i].code = drivers[i]->write(writes[i].value);
+        writeAgain(*drivers[i], writes[i]);
     }
     m_listener.release();
     return writes;

@@ -32,6 +32,33 @@ void tellError(int error) {
     tell(std::strerror(error)); // NOLINT(concurrency-mt-unsafe)
 }
 
+/** A text for a terminal, of bounded length: whatever is no printable ASCII as \xNN. */
+class Shown {
+public:
+    explicit Shown(const char* text) {
+        constexpr std::string_view digits = "0123456789abcdef";
+        constexpr std::size_t longest = 4;
+        for (; *text != '\0' && m_length + longest < m_text.size(); ++text) {
+            const auto byte = static_cast<unsigned char>(*text);
+            if (byte >= ' ' && byte < 0x7FU) {
+                add(*text);
+                continue;
+            }
+            add('\\');
+            add('x');
+            add(digits[byte / 16U]);
+            add(digits[byte % 16U]);
+        }
+    }
+    const char* text() const { return m_text.data(); }
+
+private:
+    void add(char letter) { m_text[m_length++] = letter; }
+
+    std::size_t m_length = 0;
+    std::array<char, 4096> m_text{};
+};
+
 /** RADIO_RECORDING_SIZE: a number of bytes, with K or M behind it if wished. */
 std::size_t sizeWanted() {
     const char* const text = environment("RADIO_RECORDING_SIZE");
@@ -50,7 +77,7 @@ std::size_t sizeWanted() {
         bytes > largestFile) {
         static_cast<void>(dprintf(STDERR_FILENO,
                                   "%s: RADIO_RECORDING_SIZE is \"%s\", expected 64K to 256M; taken as 4M\n",
-                                  self, text));
+                                  self, Shown(text).text()));
         return usualFile;
     }
     return static_cast<std::size_t>(bytes) / slotBytes * slotBytes;
@@ -172,7 +199,8 @@ bool keep() {
 }
 
 void tell(const char* what, const char* then) {
-    static_cast<void>(dprintf(STDERR_FILENO, "%s: %s: %s; %s\n", self, s_path.data(), what, then));
+    static_cast<void>(
+        dprintf(STDERR_FILENO, "%s: %s: %s; %s\n", self, Shown(s_path.data()).text(), what, then));
 }
 
 } // namespace Recording::File

@@ -24,18 +24,27 @@ void TraceLog::setSink(std::function<void(const TraceMessage&)> sink) {
 }
 
 void TraceLog::enter(const TraceMessage& message) {
-    m_lastWasKept = m_recording;
+    m_last.reset();
     if (m_recording) {
+        m_last = m_gone + m_messages.size();
         m_messages.push_back(message);
     }
     if (const std::shared_ptr<const std::function<void(const TraceMessage&)>> sink = m_sink) {
-        (*sink)(message);
+        // Who is told may write messages of its own; the next end is this one's all the same.
+        const std::optional<std::size_t> own = m_last;
+        try {
+            (*sink)(message);
+        } catch (...) {
+            m_last = own;
+            throw;
+        }
+        m_last = own;
     }
 }
 
 void TraceLog::end() {
-    if (m_lastWasKept && !m_messages.empty()) {
-        m_messages.back().ended = true;
+    if (m_last && *m_last >= m_gone && *m_last - m_gone < m_messages.size()) {
+        m_messages[*m_last - m_gone].ended = true;
     }
 }
 

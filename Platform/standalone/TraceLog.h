@@ -4,8 +4,10 @@
 #include "OrbiTrace.h"
 #include "Visibility.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -58,13 +60,18 @@ public:
     /** Whether messages are kept; they are, unless told otherwise. */
     void setRecording(bool recording) {
         m_recording = recording;
-        m_lastWasKept = m_lastWasKept && recording;
+        if (!recording) {
+            m_last.reset();
+        }
     }
     /** True when messages are kept or somebody is told of them. */
     bool isRead() const { return m_recording || m_sink != nullptr; }
     /** The messages so far, oldest first. */
     const std::vector<TraceMessage>& messages() const { return m_messages; }
-    void clear() { m_messages.clear(); }
+    void clear() {
+        m_gone += m_messages.size();
+        m_messages.clear();
+    }
 
     /** For the trace objects: a line is complete; the message was ended. */
     void enter(const TraceMessage& message);
@@ -75,8 +82,10 @@ private:
     /** Null for nobody. Whoever tells it holds it, too. */
     std::shared_ptr<const std::function<void(const TraceMessage&)>> m_sink;
     bool m_recording = true;
-    /** Whether the last line that came was kept, so that it can be marked as ended. */
-    bool m_lastWasKept = false;
+    /** How many were kept and are no more. */
+    std::size_t m_gone = 0;
+    /** The number of the line to be marked as ended, counted from the first that was ever kept. */
+    std::optional<std::size_t> m_last;
 };
 
 } // namespace Standalone

@@ -91,5 +91,5 @@ private:
 
 int main(int argc, char** argv) {
     MinimalAdapter adapter;
-    return Conformance::run(adapter, argc, argv);
+    Conformance::run(adapter, argc, argv);
 }

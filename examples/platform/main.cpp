@@ -19,8 +19,9 @@ bool tune(FrequencyHandlerModule* module, std::int32_t direction, std::uint32_t 
     FrequencyHandlerTuning tuning{};
     const bool isTuned = isSuccess(FrequencyHandler_Tune(module, direction, kHz)) &&
                          isSuccess(FrequencyHandler_GetTuning(module, direction, &tuning)) &&
-                         isSuccess(tuning.result);
-    std::printf("%u kHz: %s (0x%x)\n", kHz, isTuned ? "taken" : "refused", static_cast<unsigned>(tuning.code));
+                         isSuccess(tuning.result) && tuning.written != 0;
+    const char* const otherwise = isFailure(tuning.result) ? "refused" : "there is nothing to write to";
+    std::printf("%u kHz: %s (0x%x)\n", kHz, isTuned ? "taken" : otherwise, static_cast<unsigned>(tuning.code));
     return isTuned;
 }
 

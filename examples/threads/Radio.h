@@ -40,7 +40,7 @@ public:
     bool tune(std::int32_t channel, std::int32_t direction, std::uint32_t frequency) {
         FrequencyHandlerTuning tuning{};
         return isSuccess(FrequencyHandler_Tune(module(channel), direction, frequency)) &&
-               isSuccess(FrequencyHandler_GetTuning(module(channel), direction, &tuning)) && isSuccess(tuning.result);
+               isSuccess(FrequencyHandler_GetTuning(module(channel), direction, &tuning)) && tuning.written != 0;
     }
 
     /** The transmit carrier of a channel, in kHz, as any component asks for it. */

@@ -44,7 +44,7 @@ inline bool isHarmless(std::string_view text) {
         };
         const unsigned first = byte(0);
         if (first < 0x80) {
-            if (first < 0x20 || first == 0x7F) {
+            if (first - 0x20U >= 0x5FU) {
                 return false;
             }
             at += 1;

@@ -6,6 +6,7 @@ of others are the system's. FREQUENCYHANDLER_BUILD names a build directory that 
 
 import base64
 import hashlib
+import io
 import os
 import pathlib
 import re
@@ -18,6 +19,7 @@ import zipfile
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
 NAME = "frequencyhandler"
+MISSING = "the build has no package for Python: python3-dev or pybind11-dev is missing"
 
 
 def version():
@@ -45,6 +47,8 @@ def build():
     directory = TOP / "build" / f"wheel-{tag()}"
     run("cmake", "-S", TOP, "-B", directory, "-DCMAKE_BUILD_TYPE=Release", "-DFREQUENCYHANDLER_TESTS=OFF",
         f"-DPython_EXECUTABLE={sys.executable}")
+    if not any((directory / "python").glob("*.dist-info/METADATA")):  # configured with the package, and only then
+        raise SystemExit(MISSING)
     run("cmake", "--build", directory, "--target", "python_engine", "--parallel")
     return directory
 
@@ -73,7 +77,7 @@ def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
             run("cmake", "--install", directory, "--component", component, "--prefix", stage, "--strip")
         files = dict(contents(pathlib.Path(stage)))
     if f"{info}/METADATA" not in files:
-        raise SystemExit("the build has no package for Python: python3-dev or pybind11-dev is missing")
+        raise SystemExit(MISSING)
     files[f"{info}/WHEEL"] = (f"Wheel-Version: 1.0\nGenerator: cmake_wheel\nRoot-Is-Purelib: false\nTag: {tag()}\n").encode()
     record = "".join(f"{file},{digest(data)},{len(data)}\n" for file, data in files.items()) + f"{info}/RECORD,,\n"
     files[f"{info}/RECORD"] = record.encode()
@@ -94,4 +98,8 @@ def build_sdist(sdist_directory, config_settings=None):
         for path in sorted(TOP.iterdir()):
             if path.name not in ("build", ".git", ".cache"):
                 archive.add(path, f"{base}/{path.name}")
+        metadata = (TOP / "python/METADATA.in").read_text().replace("@PROJECT_VERSION@", version()).encode()
+        entry = tarfile.TarInfo(f"{base}/PKG-INFO")
+        entry.size = len(metadata)
+        archive.addfile(entry, io.BytesIO(metadata))
     return name

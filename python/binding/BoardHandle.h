@@ -9,6 +9,7 @@
 #include "radio/board/Verdict.h"
 
 #include <memory>
+#include <set>
 #include <string>
 
 namespace Radio::Python {
@@ -16,6 +17,8 @@ namespace Radio::Python {
 /** A board as Python has it. What is made of it has a copy of its own: a board may be changed meanwhile. */
 struct BoardHandle {
     Board board;
+    /** Names of the tables that are not those of their files any more: Python has replaced them. */
+    std::set<std::string> replaced{};
 
     std::shared_ptr<const Board> copy() const { return std::make_shared<const Board>(board); }
 };

@@ -1,5 +1,6 @@
 #include "python/binding/Binding.h"
 #include "python/binding/BoardHandle.h"
+#include "python/binding/Reading.h"
 #include "radio/board/BoardCheck.h"
 #include "radio/board/BoardFile.h"
 #include "radio/board/BoardNames.h"
@@ -100,11 +101,13 @@ py::tuple table(BoardHandle& handle, const std::string& name) {
     const auto rows = static_cast<py::ssize_t>(table.axis1.size());
     const auto columns = static_cast<py::ssize_t>(table.axis2.size());
     const bool hasOne = table.axis2.empty();
-    return py::make_tuple(
-        arrayOf(table.axis1, {rows}), hasOne ? py::object(py::none()) : arrayOf(table.axis2, {columns}),
-        arrayOf(table.values,
-                hasOne ? std::vector<py::ssize_t>{rows} : std::vector<py::ssize_t>{rows, columns}),
-        orNone(described.file.string()), orNone(described.column), toPython(described.place));
+    const bool isOfFile = handle.replaced.count(name) == 0;
+    return py::make_tuple(arrayOf(table.axis1, {rows}),
+                          hasOne ? py::object(py::none()) : arrayOf(table.axis2, {columns}),
+                          arrayOf(table.values, hasOne ? std::vector<py::ssize_t>{rows}
+                                                       : std::vector<py::ssize_t>{rows, columns}),
+                          orNone(isOfFile ? described.file.string() : ""),
+                          orNone(isOfFile ? described.column : ""), toPython(described.place));
 }
 
 std::vector<std::int32_t> vectorOf(const Numbers& array) {
@@ -115,8 +118,12 @@ bool ascends(const std::vector<std::int32_t>& axis) {
     return std::adjacent_find(axis.begin(), axis.end(), std::greater_equal<>()) == axis.end();
 }
 
-/** The table from then on, in place of whatever it was; one of a file stays where it is in the file. `axis2`
- * is empty for a table with one axis. */
+bool isSame(const CalibrationTable& one, const CalibrationTable& other) {
+    return one.axis1 == other.axis1 && one.axis2 == other.axis2 && one.values == other.values;
+}
+
+/** The table from then on, in place of whatever it was. Where a calibration stores it, and is compared with
+ * it, stays the same. `axis2` is empty for a table with one axis. */
 void setTable(BoardHandle& handle, const std::string& name, const Numbers& axis1, const Numbers& axis2,
               const Numbers& values) {
     CalibrationTable table{name, vectorOf(axis1), vectorOf(axis2), vectorOf(values)};
@@ -132,6 +139,9 @@ void setTable(BoardHandle& handle, const std::string& name, const Numbers& axis1
     std::vector<TableDescription>& tables = handle.board.tables;
     const auto found = std::find_if(tables.begin(), tables.end(), isIt);
     if (found != tables.end()) {
+        if (!isSame(found->table, table)) {
+            handle.replaced.insert(name);
+        }
         found->table = std::move(table);
     } else {
         tables.push_back({std::move(table), {handle.board.file.string(), 0}});
@@ -175,9 +185,11 @@ void bindBoards(py::module_& module) {
     madeByTheModuleAlone(type);
     type.def_static("load",
                     [](const std::string& file) {
-                        return unlocked([&file] { return BoardHandle{loadBoard(file)}; });
+                        return patiently([&file](const std::function<void()>& /*tick*/) {
+                            return BoardHandle{loadBoard(file)};
+                        });
                     })
-        .def("copy", [](const BoardHandle& handle) { return BoardHandle{handle.board}; })
+        .def("copy", [](const BoardHandle& handle) { return handle; })
         .def_property_readonly("file",
                                [](const BoardHandle& handle) { return text(handle.board.file.string()); })
         .def_property_readonly("name", [](const BoardHandle& handle) { return text(handle.board.name); })

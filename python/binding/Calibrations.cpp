@@ -125,7 +125,7 @@ py::tuple calibrate(const BoardHandle& handle, const py::dict& given, const py::
     bool hasLeft = true;
     std::string backup;
     std::string reservation;
-    const Calibration::CalibrationOutcome outcome = unlocked([&] {
+    const Calibration::CalibrationOutcome outcome = waiting(patience, [&] {
         requireUsable(*board);
         Calibration::CalibrationRun run(*board, order);
         reservation = requireMeant(*board, order, run, isForced);
@@ -143,15 +143,17 @@ py::tuple calibrate(const BoardHandle& handle, const py::dict& given, const py::
 }
 
 /** (carrier in kHz, degrees, detector, qualification, whether left properly, raised). */
-py::tuple qualify(const BoardHandle& handle, const py::dict& given, const py::object& cancel) {
+py::tuple qualify(const BoardHandle& handle, const py::dict& given, const py::object& progress,
+                  const py::object& cancel) {
     const auto board = handle.copy();
     static_cast<void>(channelOf(*board, given["channel"].cast<int>()));
     const Calibration::QualificationOrder order = qualificationOrderOf(given);
     const bool isForced = given["force"].cast<bool>();
-    Patience patience(py::none(), cancel);
+    Patience patience(progress, cancel);
     const Stage stage(named("a qualification", *board));
     bool hasLeft = true;
-    const Calibration::ChannelQualification found = unlocked([&] {
+    std::uint32_t taken = 0;
+    const Calibration::ChannelQualification found = waiting(patience, [&] {
         requireUsable(*board);
         Calibration::ChannelQualifier qualifier(*board, order);
         if (order.isHardware && !isForced) {
@@ -160,11 +162,15 @@ py::tuple qualify(const BoardHandle& handle, const py::dict& given, const py::ob
             refuse(reservation.empty() ? "" : reservation + ", expected force=True where that is meant");
         }
         Hardware hardware(*board, order.isHardware, isForced);
+        const auto goOn = [&] {
+            return patience.goOn([&] { return py::make_tuple(taken, Calibration::mostReadingsTaken); });
+        };
         Calibration::ChannelQualification result =
-            qualifier.run([&patience] { return patience.goOn(); }, hardware.bench());
+            qualifier.run(goOn, hardware.bench(), [&](std::uint32_t readings) { taken = readings; });
         hasLeft = hardware.leave();
         return result;
     });
+    patience.finish(py::make_tuple(found.result.taken, found.result.taken));
     return patience.sealed(py::make_tuple(found.frequency, found.temperature, text(found.detector),
                                           toPython(found.result), hasLeft, py::none()));
 }

@@ -43,10 +43,16 @@ RadioHandle::RadioHandle(std::shared_ptr<const Board> board, bool isHardware, Or
       m_check(*m_board),
       m_stage(named("a radio", *m_board)),
       m_guard(*m_board, isHardware && m_board->hardware.description.sensor.has_value()) {
-    unlocked([&] { boot(isHardware, trace); });
-    m_boot = std::move(m_report);
-    if (PyErr_CheckSignals() != 0) { // the hardware is left by its bench
-        throw py::error_already_set();
+    Patience patience;
+    const Asking asking(*this, patience);
+    try {
+        waiting(patience, [&] { boot(isHardware, trace); });
+        m_boot = std::move(m_report);
+        patience.throwRaised();
+    } catch (...) { // the hardware is left by its bench, as long as somebody is asked how long that may take
+        m_session.reset();
+        m_bench.reset();
+        throw;
     }
     theRadio = this;
 }
@@ -54,6 +60,9 @@ RadioHandle::RadioHandle(std::shared_ptr<const Board> board, bool isHardware, Or
 void RadioHandle::boot(bool isHardware, OrbiTraceLevel trace) {
     if (isHardware) {
         m_bench = std::make_unique<Bench>(*m_board, *this, folderOfMarks());
+        if (const std::string whom = m_bench->leftBehind(); !whom.empty()) {
+            warned("the radio was left as it was by " + whom + ": nothing was switched off then");
+        }
         m_bench->begin();
     }
     m_session = std::make_unique<Session>(*m_board, *this, trace, hardware());

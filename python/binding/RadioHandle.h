@@ -104,13 +104,18 @@ private:
     /** What is asked whether to go on with a command, as long as the object lives. */
     class Asking {
     public:
-        Asking(RadioHandle& handle, Patience& patience) : m_handle(handle) { handle.m_patience = &patience; }
+        Asking(RadioHandle& handle, Patience& patience)
+            : m_handle(handle),
+              m_waiting([&handle] { return handle.goesOn(); }) {
+            handle.m_patience = &patience;
+        }
         Asking(const Asking&) = delete;
         Asking& operator=(const Asking&) = delete;
         ~Asking() { m_handle.m_patience = nullptr; }
 
     private:
         RadioHandle& m_handle;
+        const Waiting m_waiting;
     };
 
     Report carryOut(const Command& command);

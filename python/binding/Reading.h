@@ -2,7 +2,7 @@
 #define PYTHON_BINDING_READING_H
 
 #include "python/binding/Patience.h"
-#include "python/binding/Unlocked.h"
+#include "radio/files/InputError.h"
 #include "radio/recording/RecordingFile.h"
 
 #include <functional>
@@ -23,12 +23,13 @@ inline Recordings::RecordingFile readPatiently(const std::string& file, const st
     return recording;
 }
 
-/** Lets other threads go on while `work` is done, which calls what it is given again and again: Ctrl-C ends
- * it. Gives what it gives. */
+/** Lets other threads go on while `work` is done, which calls what it is given again and again, or waits for
+ * files: Ctrl-C ends it. Gives what it gives. */
 template <typename Work>
 auto patiently(const Work& work) {
     Patience patience;
     try {
+        const Waiting asked(patience);
         return unlocked([&] {
             return work([&patience] {
                 if (!patience.goOn()) {
@@ -37,6 +38,8 @@ auto patiently(const Work& work) {
             });
         });
     } catch (const NotWanted&) {
+        patience.rethrow();
+    } catch (const GivenUp&) {
         patience.rethrow();
     }
 }

@@ -1,5 +1,6 @@
 #include "python/binding/Binding.h"
 #include "python/binding/BoardHandle.h"
+#include "python/binding/Reading.h"
 #include "python/binding/Stage.h"
 #include "radio/board/BoardCheck.h"
 #include "radio/board/BoardFile.h"
@@ -36,7 +37,8 @@ Origin originOf(const py::object& given) {
 }
 
 py::list lint(const py::object& given) {
-    return toPython(unlocked([origin = originOf(given)] { return origin.lint(); }));
+    return toPython(patiently(
+        [origin = originOf(given)](const std::function<void()>& /*tick*/) { return origin.lint(); }));
 }
 
 double orNan(const std::optional<double>& level) {
@@ -60,7 +62,7 @@ py::tuple diff(const py::object& before, const py::object& after, const py::obje
     const Origin first = originOf(before);
     const Origin second = originOf(after);
     const Origin third = model.is_none() ? Origin() : originOf(model);
-    const Difference difference = unlocked([&] {
+    const Difference difference = patiently([&](const std::function<void()>& /*tick*/) {
         const Source one = first.source();
         const Source other = second.source();
         std::optional<Board> named;
@@ -76,12 +78,12 @@ py::tuple diff(const py::object& before, const py::object& after, const py::obje
     return py::make_tuple(channels, numbers(difference.onlyBefore), numbers(difference.onlyAfter));
 }
 
-py::dict branchDict(const BranchReason& branch) {
+py::dict branchDict(const BranchReason& branch, bool isOfFile) {
     py::dict dict;
     dict["branch"] = text(branch.branch);
     dict["table"] = text(branch.table);
-    dict["file"] = orNone(std::string_view(branch.file));
-    dict["column"] = orNone(std::string_view(branch.column));
+    dict["file"] = orNone(std::string_view(isOfFile ? branch.file : ""));
+    dict["column"] = orNone(std::string_view(isOfFile ? branch.column : ""));
     dict["why_no_value"] = text(branch.whyNoValue);
     dict["computed"] = branch.computed;
     dict["driver"] = text(branch.driver);
@@ -106,6 +108,7 @@ py::dict branchDict(const BranchReason& branch) {
 
 py::dict why(const BoardHandle& handle, int channel, std::uint32_t carrier, std::int32_t temperature) {
     const auto board = handle.copy();
+    const std::set<std::string> replaced = handle.replaced; // it may change meanwhile
     const ChannelDescription& described = Python::channelOf(*board, channel);
     const Stage stage(named("an explanation of tables", *board));
     const Reason reason = unlocked([&] {
@@ -121,7 +124,7 @@ py::dict why(const BoardHandle& handle, int channel, std::uint32_t carrier, std:
     dict["why_none"] = text(reason.whyNone);
     py::list branches;
     for (const BranchReason& branch : reason.branches) {
-        branches.append(branchDict(branch));
+        branches.append(branchDict(branch, replaced.count(branch.table) == 0));
     }
     dict["branches"] = branches;
     dict["level_dbc"] = orNone(reason.level);

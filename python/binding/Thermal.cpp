@@ -1,7 +1,7 @@
 #include "python/binding/Binding.h"
 #include "python/binding/BoardHandle.h"
 #include "python/binding/MomentRecords.h"
-#include "python/binding/Patience.h"
+#include "python/binding/Reading.h"
 #include "python/binding/Stage.h"
 #include "radio/board/BoardCheck.h"
 #include "radio/thermal/Replay.h"
@@ -19,7 +19,8 @@ using Seconds = py::array_t<std::int64_t, py::array::c_style>;
 using Degrees = py::array_t<std::int32_t, py::array::c_style>;
 
 py::tuple readLog(const std::string& file) {
-    const Thermal::ThermalLog log = unlocked([&file] { return Thermal::readThermalLog(file); });
+    const Thermal::ThermalLog log =
+        patiently([&file](const std::function<void()>& /*tick*/) { return Thermal::readThermalLog(file); });
     Seconds seconds(static_cast<py::ssize_t>(log.size()));
     Degrees degrees(static_cast<py::ssize_t>(log.size()));
     for (std::size_t i = 0; i < log.size(); ++i) {

@@ -21,7 +21,7 @@ from .board import Board, Channel, Limits, Raster, Table
 from .calibration import calibrate, qualify
 from .drivers import Driver
 from .errors import (ArgumentError, ArgumentTypeError, BusyError, ChoiceError, ClosedError, CommandFailed, Error,
-                     ExpectationFailed, InputError, Interrupted, RadioError, UnknownName)
+                     ExpectationFailed, InputError, Interrupted, RadioError, TimedOut, UnknownName)
 from .faults import Fault
 from .progress import Progress
 from .radio import Radio
@@ -32,6 +32,6 @@ __version__ = _engine.version
 __all__ = [
     "Board", "Channel", "Limits", "Raster", "Table", "Radio", "Driver", "Fault", "Finding", "Verdict", "Progress",
     "calibrate", "qualify", "calibration", "errors", "events", "plan", "recordings", "tables", "thermal",
-    "Error", "ArgumentError", "ArgumentTypeError", "UnknownName", "InputError", "ChoiceError", "RadioError", "CommandFailed", "ClosedError",
-    "BusyError", "ExpectationFailed", "Interrupted",
+    "Error", "ArgumentError", "ArgumentTypeError", "UnknownName", "InputError", "ChoiceError", "RadioError", "CommandFailed",
+    "ClosedError", "BusyError", "TimedOut", "ExpectationFailed", "Interrupted",
 ]

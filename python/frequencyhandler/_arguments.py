@@ -34,7 +34,12 @@ def shown(value: Any) -> str:
 
 def wrong_type(name: str, value: Any, expected: str) -> ArgumentTypeError:
     """For an argument that is of another type than it should be."""
-    return ArgumentTypeError(f"{name}: {shown(value)}, expected {expected}")
+    return ArgumentTypeError(f"{name}: {shown(value)}, expected {expected}", expected)
+
+
+def wrong(what: str, expected: str) -> ArgumentError:
+    """For an argument of the right type that cannot be used: ``what`` is wrong, and what it should be."""
+    return ArgumentError(f"{what}, expected {expected}", expected)
 
 
 def whole(name: str, value: Any, bounds: Tuple[int, int]) -> int:
@@ -46,8 +51,18 @@ def whole(name: str, value: Any, bounds: Tuple[int, int]) -> int:
     except Exception as error:
         raise wrong_type(name, value, "a whole number") from error
     if not bounds[0] <= number <= bounds[1]:
-        raise ArgumentError(f"{name}: {shown(number)}, expected from {bounds[0]} to {bounds[1]}")
+        raise wrong(f"{name}: {shown(number)}", f"from {bounds[0]} to {bounds[1]}")
     return number
+
+
+def real(name: str, value: Any, expected: str) -> float:
+    """A number, with a fraction or without; numpy's do as well."""
+    if isinstance(value, bool) or not isinstance(value, (int, float, np.integer, np.floating)):
+        raise wrong_type(name, value, expected)
+    try:
+        return float(value)
+    except OverflowError:
+        raise wrong(f"{name}: {shown(value)}", expected) from None
 
 
 def several(name: str, value: Any) -> List[Any]:
@@ -61,25 +76,26 @@ def several(name: str, value: Any) -> List[Any]:
     except Exception as error:
         raise wrong_type(name, value, "a whole number, or several") from error
     if not items:
-        raise ArgumentError(f"{name}: none, expected at least one")
+        raise wrong(f"{name}: none", "at least one")
     return items
 
 
 def whole_numbers(name: str, value: Any, dimensions: Tuple[int, ...], bounds: Tuple[int, int]) -> npt.NDArray[Any]:
     """An array of whole numbers within ``bounds``, with so many dimensions."""
     if isinstance(value, np.ma.MaskedArray) and bool(np.any(value.mask)):
-        raise ArgumentError(f"{name}: an array with a mask, expected a value in every place")
+        raise wrong(f"{name}: an array with a mask", "a value in every place")
     try:
         array = np.asarray(value)
     except Exception as error:
-        raise ArgumentError(f"{name}: {shown(value)}, expected an array of whole numbers") from error
+        raise wrong(f"{name}: {shown(value)}", "an array of whole numbers") from error
     if array.dtype.kind not in "iu":
         raise wrong_type(name, value, "an array of whole numbers")
     if array.ndim not in dimensions:
-        raise ArgumentError(f"{name}: an array with the shape {array.shape}, expected "
-                            f"{' or '.join(map(str, dimensions))} dimensions")
+        raise wrong(f"{name}: an array with the shape {array.shape}",
+                    f"{' or '.join(map(str, dimensions))} {'dimension' if dimensions == (1,) else 'dimensions'}")
     if array.size and (int(array.min()) < bounds[0] or int(array.max()) > bounds[1]):
-        raise ArgumentError(f"{name}: expected numbers from {bounds[0]} to {bounds[1]}")
+        beyond = array.min() if int(array.min()) < bounds[0] else array.max()
+        raise wrong(f"{name}: {int(beyond)} in an array", f"numbers from {bounds[0]} to {bounds[1]}")
     return array
 
 
@@ -96,11 +112,11 @@ def text(name: str, value: Any, among: Iterable[str] = ()) -> str:
         raise wrong_type(name, value, "a text")
     choices = tuple(among)
     if choices and value not in choices:
-        raise ArgumentError(f"{name}: {shown(value)}, expected {' or '.join(choices)}")
+        raise wrong(f"{name}: {shown(value)}", " or ".join(choices))
     try:
         value.encode()
     except UnicodeEncodeError:
-        raise ArgumentError(f"{name}: {shown(value)}, expected a text that can be written as UTF-8") from None
+        raise wrong(f"{name}: {shown(value)}", "a text that can be written as UTF-8") from None
     return str(value)
 
 
@@ -118,9 +134,9 @@ def path(name: str, value: Any) -> bytes:
     try:
         encoded = os.fsencode(value)
     except (TypeError, UnicodeEncodeError):
-        raise ArgumentError(f"{name}: {shown(value)}, expected a path") from None
+        raise wrong(f"{name}: {shown(value)}", "a path") from None
     if not encoded or b"\0" in encoded:
-        raise ArgumentError(f"{name}: {shown(value)}, expected a path that is not empty and has no zero byte")
+        raise wrong(f"{name}: {shown(value)}", "a path that is not empty and has no zero byte")
     return encoded
 
 
@@ -130,7 +146,8 @@ def khz(name: str, value: Any) -> int:
         try:
             return _engine.khz(text(name, value))
         except ArgumentError as error:
-            raise ArgumentError(f"{name}: {error}") from None
+            unit = ', or a unit, as in "7.442 GHz"' if error.expected and not any(map(str.isalpha, value)) else ""
+            raise ArgumentError(f"{name}: {error}{unit}", f"{error.expected}{unit}" if unit else error.expected) from None
     if isinstance(value, float):
         raise wrong_type(name, value, 'whole kHz, or a text with a unit such as "7.442 GHz"')
     return whole(name, value, UINT32)

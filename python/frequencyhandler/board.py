@@ -4,14 +4,15 @@ from __future__ import annotations
 
 import os
 from dataclasses import dataclass
-from typing import Any, Iterator, MutableMapping, Optional, Tuple, Union
+from typing import Any, Dict, Iterator, MutableMapping, Optional, Tuple, Union
 
 import numpy as np
 import numpy.typing as npt
 
 from . import _engine
-from ._arguments import INT32, PathLike, path, shown, text, unknown_name, whole_numbers, wrong_type
-from .errors import ArgumentError, ArgumentTypeError
+from ._arguments import INT32, PathLike, path, shown, text, unknown_name, whole_numbers, wrong, wrong_type
+from ._tied import Tied
+from .errors import ArgumentTypeError
 from .verdict import Finding, findings
 
 __all__ = ["Board", "Channel", "Limits", "Raster", "Table", "Tables"]
@@ -57,14 +58,15 @@ class Raster:
     channel_spacings: Tuple[int, ...]
 
 
-@dataclass(frozen=True, eq=False)
+@dataclass(frozen=True, eq=False, repr=False)
 class Table:
     """A calibration table, with arrays of int32.
 
     ``axis1`` has the shape (n,). With one axis ``axis2`` is None and ``values`` has the shape (n,); with two, ``axis2``
     has the shape (m,) and ``values`` (n, m). Tables of the LO cancellation have carriers in kHz on the first axis and
     degrees Celsius on the second; their values are in units of the drivers. ``file`` and ``column`` say which CSV file it
-    was read from, if from one.
+    was read from, if from one and nobody has replaced it since. Those of a board are read-only: what is to be changed is a
+    copy, assigned to ``board.tables[name]``.
     """
 
     axis1: npt.NDArray[np.int32]
@@ -78,13 +80,21 @@ class Table:
         """False for a table that is to come from a file that is not there: nothing has been calibrated yet."""
         return self.axis1.size > 0
 
+    def __repr__(self) -> str:
+        origin = f" of {self.file!r}" if self.file else ""
+        if not self.is_there:
+            return f"<Table, nothing calibrated yet{origin}>"
+        return (f"<Table of {' x '.join(map(str, self.values.shape))} values from {self.values.min()} to {self.values.max()}, "
+                f"axis 1 from {self.axis1[0]} to {self.axis1[-1]}"
+                f"{'' if self.axis2 is None else f', axis 2 from {self.axis2[0]} to {self.axis2[-1]}'}{origin}>")
+
 
 def _whole_numbers(name: str, value: Any, dimensions: Tuple[int, ...]) -> npt.NDArray[np.int32]:
     """``value`` as an array of int32, with nothing lost."""
     return np.ascontiguousarray(whole_numbers(name, value, dimensions, INT32), dtype=np.int32)
 
 
-class Tables(MutableMapping[str, Table]):
+class Tables(Tied, MutableMapping[str, Table]):
     """The calibration tables of a board, by name, read and replaced in memory; the files stay as they are.
 
     A table is assigned as a :class:`Table` or as (axis 1, axis 2, values), axis 2 being None for one axis. What was
@@ -93,6 +103,7 @@ class Tables(MutableMapping[str, Table]):
     """
 
     __slots__ = ("_engine",)
+    _instead = "the board, or dict(board.tables)"
 
     def __init__(self, engine: _engine.Board) -> None:
         self._engine = engine
@@ -102,6 +113,9 @@ class Tables(MutableMapping[str, Table]):
         if not isinstance(name, str) or name not in self:
             raise unknown_name("table", name, self._engine.tables())
         axis1, axis2, values, file, column, _ = self._engine.table(name)
+        for array in (axis1, axis2, values):  # copies, in which a value would be lost
+            if array is not None:
+                array.flags.writeable = False
         return Table(axis1, axis2, values, file, column)
 
     def __setitem__(self, name: str, table: Union[Table, Tuple[Any, Any, Any]]) -> None:
@@ -112,9 +126,12 @@ class Tables(MutableMapping[str, Table]):
         self._set(name, table)
 
     def add(self, name: str, table: Union[Table, Tuple[Any, Any, Any]]) -> None:
-        """Gives the board a table that it does not have yet."""
-        if text("name", name) in self:
-            raise ArgumentError(f"name: the board has {shown(name)}, expected another name, or tables[name] = ...")
+        """Gives the board a table that it does not have yet. Raises :class:`ArgumentError` for a name that it has, and for
+        one that is empty or cannot be printed."""
+        if not text("name", name) or not name.isprintable():
+            raise wrong(f"name: {shown(name)}", "a text that can be printed")
+        if name in self:
+            raise wrong(f"name: the board has {shown(name)}", "another name, or tables[name] = ...")
         self._set(name, table)
 
     def _set(self, name: str, table: Union[Table, Tuple[Any, Any, Any]]) -> None:
@@ -129,13 +146,15 @@ class Tables(MutableMapping[str, Table]):
             np.empty(0, np.int32)
         values = _whole_numbers("values", parts[2], (1,) if parts[1] is None else (2,))
         shape = (axis1.size,) if parts[1] is None else (axis1.size, axis2.size)
-        if values.shape != shape or not values.size:
-            raise ArgumentError(f"values: an array with the shape {values.shape}, expected {shape}, one value for each of "
-                                "at least one node")
+        if values.shape != shape:
+            raise wrong(f"values: an array with the shape {values.shape}", f"{shape}, one value for each node")
+        if not values.size:
+            raise wrong("values: no nodes", "at least one")
         self._engine.set_table(name, axis1, axis2, values)
 
     def __delitem__(self, name: str) -> None:
-        raise ArgumentTypeError(f"{shown(name)}: expected the tables of a board to stay")
+        raise ArgumentTypeError(f"{shown(name)}: a table cannot be taken away, expected another one in its place",
+                                "another one in its place")
 
     def __iter__(self) -> Iterator[str]:
         return iter(self._engine.tables())
@@ -153,6 +172,9 @@ class Tables(MutableMapping[str, Table]):
 class Board:
     """A radio as its board file describes it. It is read by :meth:`load`; nothing boots.
 
+    It crosses to other processes, which calibrate batches: pickled, it is the name of its file, which the other process
+    reads again, and the tables as they are here.
+
     >>> board = Board.load("rf-module-7ghz.toml")
     >>> board.name
     'Two-channel RF-module radio, 7 GHz'
@@ -164,12 +186,13 @@ class Board:
     <Board 'rf-module-7ghz.toml': 2 channels, 4 drivers, 0 tables>
     """
 
-    __slots__ = ("_engine",)
+    __slots__ = ("_engine", "_text")
 
-    def __init__(self, engine: _engine.Board) -> None:
+    def __init__(self, engine: Optional[_engine.Board] = None, text: Optional[bytes] = None) -> None:
         if not isinstance(engine, _engine.Board):
             raise wrong_type("Board", engine, "Board.load(path)")
         self._engine = engine
+        self._text = text  # where that is not what is in its file
 
     @classmethod
     def load(cls, file: PathLike) -> Board:
@@ -183,7 +206,17 @@ class Board:
 
     def copy(self) -> Board:
         """Another board that has the same, and whose tables can be changed apart from this one's."""
-        return Board(self._engine.copy())
+        return Board(self._engine.copy(), self._text)
+
+    def __copy__(self) -> Board:
+        return self.copy()
+
+    def __deepcopy__(self, memo: Any) -> Board:
+        return self.copy()
+
+    def __reduce__(self) -> Tuple[Any, Tuple[Any, ...]]:
+        tables = {name: (table.axis1, table.axis2, table.values) for name, table in self.tables.items() if table.is_there}
+        return _again, (os.fsencode(self.file), self._text, tables)
 
     def check(self) -> Tuple[Finding, ...]:
         """Holds the board against what its channels will ask the platform for; empty when everything fits."""
@@ -249,6 +282,14 @@ class Board:
     def __repr__(self) -> str:
         return (f"<Board {self.file!r}: {len(self.channels)} channels, {len(self.drivers)} drivers, "
                 f"{len(self.tables)} tables>")
+
+
+def _again(file: bytes, text: Optional[bytes], tables: Dict[str, Tuple[Any, Any, Any]]) -> Board:
+    """A board that was pickled."""
+    board = Board(_engine.Board.load(file) if text is None else _engine.read_board(text, file), text)
+    for name, table in tables.items():
+        board.tables._set(name, table)
+    return board
 
 
 #: A board, or the name of its file.

@@ -7,11 +7,13 @@ from typing import Any, Callable, Dict, Optional, Sequence, Tuple
 import numpy as np
 
 from . import _engine
-from ._arguments import CHANNELS, INT64, Frequency, PathLike, flag, function, khz, path, several, text, whole, wrong_type
+from ._arguments import (CHANNELS, INT64, Frequency, PathLike, flag, function, khz, path, real, several, shown, text, whole,
+                         wrong, wrong_type)
+from ._endings import Ending
 from .board import BoardLike, engine_of
 from .calibration_results import (POINT, CalibrationResult, ChannelQualification, Point, Probe, Qualification, Summary,
                                   Worst, point, qualification, result as result_of)
-from .errors import ArgumentError, RadioError, finish
+from .errors import RadioError, finish
 from .progress import CancelLike, Progress, ProgressLike, Reporter, cancelling
 
 __all__ = ["calibrate", "qualify", "CalibrationResult", "Point", "Probe", "Qualification", "ChannelQualification", "Summary",
@@ -41,16 +43,14 @@ def _numbers(name: str, value: Any) -> Optional[Tuple[int, ...]]:
 
 def _label(name: str, value: Optional[str]) -> Optional[str]:
     if value is not None and (not text(name, value) or not value.isprintable() or len(value) > 200):
-        raise ArgumentError(f"{name}: expected a text of 1 to 200 characters, all of which can be printed")
+        raise wrong(f"{name}: {shown(value)}", "a text of 1 to 200 characters, all of which can be printed")
     return value
 
 
 def _factor(name: str, value: Any) -> Optional[float]:
     if value is None:
         return None
-    if isinstance(value, bool) or not isinstance(value, (int, float)):
-        raise wrong_type(name, value, "a number between 0 and 1, such as 0.75")
-    return float(value)
+    return real(name, value, "a number between 0 and 1, such as 0.75")
 
 
 def _optional(value: Any, name: str) -> Optional[int]:
@@ -95,7 +95,8 @@ def calibrate(board: BoardLike, channel: int, *, method: Optional[str] = None, p
     ``probes`` of a fit, ``band`` and ``step`` in kHz or as texts, ``temperatures`` in degrees Celsius, ``i_range`` and
     ``q_range`` in units of the drivers, ``settle_time`` in ms, ``dwell`` in seconds. ``beginning`` is "fresh", "resume",
     "restart" or "offline", which goes through ``journal`` again and measures nothing. ``tables`` is where they go,
-    otherwise to the file from which the board takes them. ``hardware=True`` calibrates the real radio; nobody is asked for
+    otherwise to the file from which the board takes them, which is replaced; a :class:`Board` that was loaded before keeps
+    those that it had. ``hardware=True`` calibrates the real radio; nobody is asked for
     anything, so temperatures need a chamber or a sensor.
 
     ``on_point`` is called with every :class:`Point`. ``progress`` and ``cancel``: see :mod:`frequencyhandler.progress`.
@@ -140,18 +141,20 @@ def calibrate(board: BoardLike, channel: int, *, method: Optional[str] = None, p
             "cancel": cancelling(cancel),
             "on_point": None if tell_point is None else lambda given: tell_point(point(given)),
         }
-        given, has_left, put_away, reservation, raised = _engine.calibrate(engine, order, listeners)
+        with Ending(hardware):
+            given, has_left, put_away, reservation, raised = _engine.calibrate(engine, order, listeners)
     result = result_of(given, put_away, reservation)
     _end(result, raised, "the calibration", engine.file, has_left)
     return result
 
 
 def qualify(board: BoardLike, channel: int, *, settle_time: Optional[int] = None, detector: Optional[str] = None,
-            real_time: bool = False, hardware: bool = False, force: bool = False,
+            real_time: bool = False, hardware: bool = False, force: bool = False, progress: ProgressLike = None,
             cancel: CancelLike = None) -> ChannelQualification:
     """Measures how fast the detector of a channel settles, how noisy it is, and whether it follows the corrections.
 
-    ``settle_time`` in ms is tried whether it does, ``detector`` is "low" or "high". Raises as :func:`calibrate`.
+    ``settle_time`` in ms is tried whether it does, ``detector`` is "low" or "high". ``progress`` and ``cancel``: see
+    :mod:`frequencyhandler.progress`. Raises as :func:`calibrate`; Ctrl-C raises :class:`Interrupted`.
 
     >>> qualify("lo-leakage-18ghz.toml", 1).result.is_good
     True
@@ -165,7 +168,10 @@ def qualify(board: BoardLike, channel: int, *, settle_time: Optional[int] = None
         "hardware": flag("hardware", hardware),
         "force": flag("force", force),
     }
-    carrier, temperature, name, given, has_left, raised = _engine.qualify(engine, order, cancelling(cancel))
+    with Reporter(progress, "readings") as reporter:
+        with Ending(hardware):
+            carrier, temperature, name, given, has_left, raised = _engine.qualify(engine, order, reporter.counting,
+                                                                                  cancelling(cancel))
     result = ChannelQualification(carrier, temperature, name, qualification(given))
     _end(result, raised, "the qualification", engine.file, has_left)
     return result

@@ -30,7 +30,8 @@ class Description:
     def load(self) -> Board:
         """The board, as if it had been saved and loaded; it goes by the name of the recording. Raises :class:`InputError`
         with a line of ``board`` where that lacks what the recording does not tell."""
-        return Board(_engine.read_board(_bytes(self.board), _bytes(self.file)))
+        content = _bytes(self.board)
+        return Board(_engine.read_board(content, _bytes(self.file)), content)
 
     def save(self, board: PathLike, script: Optional[PathLike] = None) -> None:
         """Writes the board file, and the script if that has a name. Each is there as a whole or as it was, and neither is

@@ -5,6 +5,7 @@ from __future__ import annotations
 from typing import TYPE_CHECKING, Any, Iterator, Mapping, Sequence, Tuple, Union
 
 from ._arguments import INT32, INT64, flag, several, text, unknown_name, whole
+from ._tied import Tied
 from .errors import BusyError
 from .events import Outcome
 
@@ -24,7 +25,7 @@ class Names:
         self.known = frozenset(names)
 
 
-class Driver:
+class Driver(Tied):
     """A driver of a radio, read and written past all handlers, as a client of the driver layer does."""
 
     __slots__ = ("_radio", "_name")
@@ -75,7 +76,7 @@ class Driver:
             return f"<Driver {self._name!r} of a radio in use>"
 
 
-class Drivers(Mapping[str, Driver]):
+class Drivers(Tied, Mapping[str, Driver]):
     """The drivers of a radio, by name."""
 
     __slots__ = ("_radio", "_names")
@@ -96,13 +97,14 @@ class Drivers(Mapping[str, Driver]):
         return iter(self._names.names)
 
     def __len__(self) -> int:
+        self._radio._require_open()
         return len(self._names.names)
 
     def __repr__(self) -> str:
-        return f"<{len(self)} drivers of {self._radio!r}>"
+        return f"<{len(self._names.names)} drivers of {self._radio!r}>"
 
 
-class Variables(Mapping[str, Tuple[int, ...]]):
+class Variables(Tied, Mapping[str, Tuple[int, ...]]):
     """The variables of a radio's database, by name; each has one value or more."""
 
     __slots__ = ("_radio", "_names")
@@ -123,7 +125,8 @@ class Variables(Mapping[str, Tuple[int, ...]]):
 
     def set(self, name: str, values: Union[int, Sequence[int]]) -> Outcome:
         """Changes a variable; fewer values than it has places leave the others. The outcome's note says which phase takes
-        it over, if one has to."""
+        it over, if one has to. Raises :class:`ArgumentError` for a variable that there is none of, and for values that do not
+        fit."""
         self._radio._require_open()
         items = several("values", values)
         written = ",".join(str(whole("values", value, INT32)) for value in items)
@@ -134,7 +137,8 @@ class Variables(Mapping[str, Tuple[int, ...]]):
         return iter(self._names.names)
 
     def __len__(self) -> int:
+        self._radio._require_open()
         return len(self._names.names)
 
     def __repr__(self) -> str:
-        return f"<{len(self)} variables of {self._radio!r}>"
+        return f"<{len(self._names.names)} variables of {self._radio!r}>"

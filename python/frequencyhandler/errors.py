@@ -1,8 +1,8 @@
 """What can go wrong, as exceptions.
 
 Every exception of the package is an :class:`Error`, and beside that what Python has for its kind: a :class:`ValueError`, a
-:class:`TypeError`, a :class:`KeyError`, a :class:`RuntimeError` or an :class:`AssertionError`. Whoever has to do with a file finds ``file``,
-``line`` and ``expected`` in it.
+:class:`TypeError`, a :class:`KeyError`, a :class:`RuntimeError`, a :class:`TimeoutError` or an :class:`AssertionError`. Whoever
+has to do with a file finds ``file``, ``line`` and ``expected`` in it.
 """
 
 from __future__ import annotations
@@ -11,25 +11,13 @@ from typing import Any, Optional, Sequence, Tuple
 
 __all__ = [
     "Error", "ArgumentError", "ArgumentTypeError", "UnknownName", "InputError", "ChoiceError", "RadioError", "CommandFailed",
-    "ClosedError", "BusyError", "ExpectationFailed", "Interrupted",
+    "ClosedError", "BusyError", "TimedOut", "ExpectationFailed", "Interrupted",
 ]
 
 #: A file and a line in it; the line is None for the file as a whole.
 Place = Tuple[Optional[str], Optional[int]]
 #: A driver, the value that was expected of it, and the one that was found; None: there is none at this place.
 AlignedWrite = Tuple[str, Optional[int], Optional[int]]
-
-
-def expected_in(message: str) -> str | None:
-    """What a message says was expected, or None.
-
-    >>> expected_in("channel 3: no such channel, expected one of 1, 2")
-    'one of 1, 2'
-    >>> expected_in("cannot be read") is None
-    True
-    """
-    _, found, expected = message.rpartition("expected ")
-    return expected if found else None
 
 
 class Error(Exception):
@@ -50,17 +38,17 @@ class ArgumentError(Error, ValueError):
     ``expected`` is what could have been, as a text, or None.
     """
 
-    def __init__(self, message: str) -> None:
-        super().__init__(message)
-        self.expected = expected_in(message)
+    def __init__(self, message: str, expected: Optional[str] = None) -> None:
+        super().__init__(message, expected)
+        self.expected = expected
 
 
 class ArgumentTypeError(Error, TypeError):
     """A value of a type that cannot be used; nothing was done. ``expected`` as in :class:`ArgumentError`."""
 
-    def __init__(self, message: str) -> None:
-        super().__init__(message)
-        self.expected = expected_in(message)
+    def __init__(self, message: str, expected: Optional[str] = None) -> None:
+        super().__init__(message, expected)
+        self.expected = expected
 
 
 class UnknownName(Error, KeyError):
@@ -80,22 +68,35 @@ class InputError(Error, ValueError):
     ``file`` and ``line`` say where, ``text`` what, and ``expected`` what should be there; each but ``text`` may be None.
     """
 
-    def __init__(self, message: str, place: Place, text: str) -> None:
-        super().__init__(message, place, text)
+    def __init__(self, message: str, place: Place, text: str, expected: Optional[str] = None) -> None:
+        super().__init__(message, place, text, expected)
         self.file, self.line = place
         self.text = text
-        self.expected = expected_in(text)
+        self.expected = expected
+
+
+#: What the arguments are with which something is chosen.
+_CHOICES = {
+    "restart": 'beginning="restart" begins anew',
+    "put away": 'beginning="restart" keeps it as a backup and begins anew',
+    "resume or restart": 'beginning="resume" goes on with it, beginning="restart" keeps it as a backup and begins anew',
+    "hardware or restart": 'hardware=True goes on with it, beginning="restart" begins anew',
+}
 
 
 class ChoiceError(InputError):
     """Input that could be used if something had been asked for otherwise.
 
-    ``choice`` names what: "temperatures", "step", "restart"; ``among`` says which values there are, and may be empty.
+    ``choice`` names what: "temperatures", "step", "restart"; ``among`` says which values there are, and may be empty. The
+    message ends with the argument that says it.
     """
 
-    def __init__(self, message: str, place: Place, text: str, choice: str, among: str) -> None:
-        super().__init__(message, place, text)
-        self._given = (message, place, text, choice, among)
+    def __init__(self, message: str, place: Place, text: str, choice: str, among: str,
+                 expected: Optional[str] = None) -> None:
+        argument = choice.replace("-", "_") + "=..." + (f" with {among}" if among else "")
+        way = _CHOICES.get(choice)
+        super().__init__(f"{message}; {way}" if way else f"{message}, or {argument}", place, text, expected or way or argument)
+        self._given = (message, place, text, choice, among, expected)
         self.choice = choice
         self.among = among
 
@@ -118,6 +119,10 @@ class ClosedError(Error, RuntimeError):
 
 class BusyError(Error, RuntimeError):
     """There is one radio at a time in a process, and it does one thing at a time."""
+
+
+class TimedOut(Error, TimeoutError):
+    """What was waited for did not happen in time."""
 
 
 class ExpectationFailed(Error, AssertionError):

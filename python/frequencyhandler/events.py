@@ -6,6 +6,7 @@ from dataclasses import dataclass
 from typing import Any, Callable, Dict, Iterator, NamedTuple, Optional, Sequence, Tuple, Union
 
 from . import _engine
+from ._arguments import unknown_name
 
 __all__ = ["Write", "FailedWrite", "Call", "Trace", "Notified", "Phase", "PhaseStep", "Warned", "HardwareNews", "Sensed",
            "Event"]
@@ -165,8 +166,9 @@ class Outcome:
     @property
     def events(self) -> Tuple[Event, ...]:
         """All that happened, in order."""
-        if self._given is not None:
-            self._events = tuple(events_of(self._given))
+        given = self._given  # another thread may have them meanwhile
+        if given is not None:
+            self._events = tuple(events_of(given))
             self._given = None
         return self._events
 
@@ -205,7 +207,9 @@ class Outcome:
 
     def __contains__(self, item: object) -> bool:
         """A driver was written to, or this very :class:`Write` is among the writes."""
-        return any(item == write.driver if isinstance(item, str) else item == write for write in self.writes)
+        if isinstance(item, str):
+            return any(item == write.driver for write in self.writes)
+        return isinstance(item, tuple) and item in self.writes
 
     def __len__(self) -> int:
         return len(self.writes)
@@ -214,13 +218,15 @@ class Outcome:
         return self.ok
 
     def __getitem__(self, driver: str) -> int:
-        """The last value that was written to a driver; raises KeyError when none was."""
+        """The last value that was written to a driver. Raises :class:`UnknownName`, a KeyError, when none was."""
         for write in reversed(self.writes):
-            if write.driver == driver:
+            if isinstance(driver, str) and write.driver == driver:
                 return write.value
-        raise KeyError(driver)
+        raise unknown_name("driver among the writes:", driver, tuple(dict.fromkeys(write.driver for write in self.writes)))
 
     def __repr__(self) -> str:
         result = "ok" if self.code == 0 else f"0x{self.code & 0xFFFFFFFF:04x}"
         writes = " ".join(f"{driver}={value}" for driver, value in self.writes)
-        return f"<{self.command}: {result}{', ' + self.note if self.note else ''}; {writes or 'no writes'}>"
+        refused = "".join(f", refused {driver}={value} (0x{code & 0xFFFFFFFF:04x})"
+                          for driver, value, code in self.failed_writes)
+        return f"<{self.command}: {result}{', ' + self.note if self.note else ''}; {writes or 'no writes'}{refused}>"

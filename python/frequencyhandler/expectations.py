@@ -6,7 +6,8 @@ from typing import TYPE_CHECKING, Any, Iterable, List, Mapping, Optional, Sequen
 
 import numpy as np
 
-from ._arguments import CHANNELS, INT64, UINT32, Frequency, direction as checked_direction, khz, text, whole, wrong_type
+from ._arguments import CHANNELS, INT64, UINT32, Frequency, direction as checked_direction, khz, real, text, whole, wrong_type
+from ._tied import Tied
 from .errors import AlignedWrite, ExpectationFailed
 
 if TYPE_CHECKING:
@@ -39,6 +40,7 @@ def side_by_side(writes: Sequence[AlignedWrite]) -> str:
 
 def judge(command: str, judgement: Tuple[bool, str, str, Sequence[AlignedWrite]]) -> None:
     """Raises :class:`ExpectationFailed` for an expectation that did not hold."""
+    __tracebackhide__ = True  # of pytest, whose user's line is where it failed
     held, expected, found, writes = judgement
     if held:
         return
@@ -48,7 +50,7 @@ def judge(command: str, judgement: Tuple[bool, str, str, Sequence[AlignedWrite]]
     raise ExpectationFailed(message, expected, found, writes)
 
 
-class Expectations:
+class Expectations(Tied):
     """What can be expected of a radio and of its last command, the start-up at first. Each raises
     :class:`ExpectationFailed` unless it holds."""
 
@@ -59,45 +61,57 @@ class Expectations:
         self._radio = radio
 
     def _act(self, words: List[str]) -> None:
+        __tracebackhide__ = True
         self._radio._act(words)
 
     def driver(self, name: str, value: int) -> None:
-        """A driver has this value; of real hardware it is read."""
+        """A driver has this value; of real hardware it is read. Raises :class:`ExpectationFailed`, and :class:`ArgumentError`
+        for a driver that there is none of."""
+        __tracebackhide__ = True
         self._act(["expect", "driver", text("name", name), str(whole("value", value, INT64))])
 
     def _carrier(self, what: str, way: str, channel: int, carrier: Frequency) -> None:
+        __tracebackhide__ = True
         self._act(["expect", what, checked_direction(way), str(whole("channel", channel, CHANNELS)),
                    str(khz("carrier", carrier))])
 
     def frequency(self, direction: str, channel: int, carrier: Frequency) -> None:
-        """The handler reports this carrier."""
+        """The handler reports this carrier. Raises :class:`ExpectationFailed`, and :class:`ArgumentError`."""
+        __tracebackhide__ = True
         self._carrier("frequency", direction, channel, carrier)
 
     def rau(self, direction: str, channel: int, carrier: Frequency) -> None:
-        """The remote radio unit has this carrier."""
+        """The remote radio unit has this carrier. Raises :class:`ExpectationFailed`, and :class:`ArgumentError`."""
+        __tracebackhide__ = True
         self._carrier("rau", direction, channel, carrier)
 
     def notified(self, direction: str, channel: int, carrier: Frequency) -> None:
-        """The last command told the observers this carrier."""
+        """The last command told the observers this carrier. Raises :class:`ExpectationFailed`, and :class:`ArgumentError`."""
+        __tracebackhide__ = True
         self._carrier("notified", direction, channel, carrier)
 
     def result(self, result: Union[str, int]) -> None:
-        """The last command answered "ok", "failed", or with this code."""
+        """The last command answered "ok", "failed", or with this code. Raises :class:`ExpectationFailed`, and
+        :class:`ArgumentError` for another word."""
+        __tracebackhide__ = True
         word = text("result", result, ("ok", "failed")) if isinstance(result, str) else \
             str(whole("result", result, UINT32))
         self._act(["expect", "result", word])
 
     def trace(self, part: str) -> None:
-        """The last command traced a message with this text in it."""
+        """The last command traced a message with this text in it. Raises :class:`ExpectationFailed`."""
+        __tracebackhide__ = True
         self._act(["expect", "trace", text("part", part)])
 
     def no_trace(self, part: str = "") -> None:
-        """It did not; without a text, it traced nothing."""
+        """It did not; without a text, it traced nothing. Raises :class:`ExpectationFailed`."""
+        __tracebackhide__ = True
         self._act(["expect", "no", "trace", *([text("part", part)] if text("part", part) else [])])
 
     def writes(self, writes: Writes) -> None:
         """The last command wrote so many values, or exactly these in this order: pairs of driver and value, or a mapping.
-        What differs is shown side by side."""
+        Raises :class:`ExpectationFailed`, which shows what differs side by side, and :class:`ArgumentError`."""
+        __tracebackhide__ = True
         if hasattr(writes, "__index__") and not isinstance(writes, np.ndarray):
             self._act(["expect", "writes", str(whole("writes", writes, UINT32))])
             return
@@ -112,10 +126,11 @@ class Expectations:
         self._act(["expect", "writes", *(words or ["0"])])
 
     def leakage(self, channel: int, *, below: float) -> None:
-        """The modelled LO leakage of a channel is below this level, in dBc."""
-        if isinstance(below, bool) or not isinstance(below, (int, float)):
-            raise wrong_type("below", below, "a level in dBc")
-        self._act(["expect", "leakage", str(whole("channel", channel, CHANNELS)), "below", f"{below:.6f}"])
+        """The modelled LO leakage of a channel is below this level, in dBc. Raises :class:`ExpectationFailed`, and
+        :class:`ArgumentError` for a channel without a model."""
+        __tracebackhide__ = True
+        level = real("below", below, "a level in dBc")
+        self._act(["expect", "leakage", str(whole("channel", channel, CHANNELS)), "below", f"{level:.6f}"])
 
     def __repr__(self) -> str:
         return f"<Expectations of {self._radio!r}>"

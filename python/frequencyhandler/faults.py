@@ -6,6 +6,7 @@ from contextlib import contextmanager
 from typing import TYPE_CHECKING, Iterator, List, NamedTuple, Optional, Sequence, Union, overload
 
 from ._arguments import UINT32, text, whole
+from ._tied import Tied
 from .errors import BusyError
 from .events import Outcome
 
@@ -25,7 +26,7 @@ class Fault(NamedTuple):
     times: Optional[int]
 
 
-class Faults(Sequence[Fault]):
+class Faults(Tied, Sequence[Fault]):
     """The faults of a radio's platform, oldest first."""
 
     __slots__ = ("_radio",)
@@ -38,7 +39,8 @@ class Faults(Sequence[Fault]):
 
     def inject(self, operation: str, object: str = "", code: int = 0x8000, *, times: Optional[int] = None) -> Outcome:
         """Has the platform answer calls of ``operation`` ("driver-write") on ``object`` (empty: on any) with ``code``, so
-        many times or until it is cleared. With a code that has no bit 0x8000 the call is carried out all the same."""
+        many times or until it is cleared. With a code that has no bit 0x8000 the call is carried out all the same. Raises
+        :class:`ArgumentError` for an operation or object that there is none of."""
         self._radio._require_open()
         words = ["fault", text("operation", operation)]
         words += [text("object", object)] if text("object", object) else []
@@ -47,7 +49,8 @@ class Faults(Sequence[Fault]):
         return self._radio._act(words)
 
     def clear(self, operation: str = "", object: str = "") -> Outcome:
-        """Takes faults back: all, all of an operation, or that of an object."""
+        """Takes faults back: all, all of an operation, or that of an object. Raises :class:`ArgumentError` for an operation
+        that there is none of."""
         self._radio._require_open()
         words = ["clear", text("operation", operation) or "all"]
         return self._radio._act(words + ([text("object", object)] if text("object", object) else []))
@@ -77,7 +80,7 @@ class Faults(Sequence[Fault]):
     def __getitem__(self, index: slice) -> List[Fault]: ...
 
     def __getitem__(self, index: Union[int, slice]) -> Union[Fault, List[Fault]]:
-        """The fault at a place, or those of a slice, as they are now."""
+        """The fault at a place, or those of a slice, as they are now. Raises IndexError, as a list does."""
         return self._all()[index]
 
     def __len__(self) -> int:

@@ -22,8 +22,8 @@ class Progress(NamedTuple):
     note: str = ""
 
 
-#: True shows a bar on standard error, if the process has one, by tqdm where that is installed; a function is called with a :class:`Progress`, a
-#: few times a second and a last time at the end. What it raises ends the work, and is raised in its place.
+#: True shows a bar on standard error, if the process has one, by tqdm where that is installed; a function is called with a
+#: :class:`Progress`, a few times a second and a last time at the end. What it raises ends the work, and is raised in its place.
 ProgressLike = Union[None, bool, Callable[[Progress], Any]]
 #: Something that is set, or says True, once the work is to end: it then gives what it has.
 CancelLike = Union[None, threading.Event, Callable[[], bool]]
@@ -36,6 +36,11 @@ def cancelling(value: Any) -> Optional[Callable[[], bool]]:
     return function("cancel", value)
 
 
+def _is_shown() -> bool:
+    """The process has a standard error, and nobody has closed it."""
+    return sys.stderr is not None and not getattr(sys.stderr, "closed", False)
+
+
 class Reporter:
     """Tells a :data:`ProgressLike`, and clears up behind it."""
 
@@ -44,7 +49,7 @@ class Reporter:
             raise wrong_type("progress", value, "True, False, None or a function")
         self._bar: Any = None
         self._unit = unit
-        self._tell = (self._show if sys.stderr is not None else None) if value is True else value or None
+        self._tell = (self._show if _is_shown() else None) if value is True else value or None
         self._shown = ""
 
     def __enter__(self) -> Reporter:
@@ -54,7 +59,7 @@ class Reporter:
                  trace: Optional[TracebackType]) -> None:
         if self._bar is not None:
             self._bar.close()
-        elif self._shown and sys.stderr is not None:
+        elif self._shown and _is_shown():
             print(file=sys.stderr)
 
     @property

@@ -2,7 +2,7 @@
 
 They are there with ``pytest -p frequencyhandler.pytest_plugin``, or ``pytest_plugins = ["frequencyhandler.pytest_plugin"]``
 in a conftest.py; installed from a wheel or a package, they are there without either. Which board a test is about, a fixture
-``board_file`` says that the tests have themselves, or ``--board FILE``; ``--hardware`` runs them on the real radio.
+``board_file`` says that the tests have themselves, or ``--radio-board FILE``; ``--radio-hardware`` runs them on the real radio.
 """
 
 from __future__ import annotations
@@ -17,18 +17,18 @@ from .radio import Radio
 
 
 def pytest_addoption(parser: pytest.Parser) -> None:
-    """Adds --board and --hardware."""
+    """Adds --radio-board and --radio-hardware."""
     group = parser.getgroup("frequencyhandler")
-    group.addoption("--board", metavar="FILE", help="the board that tests are about")
-    group.addoption("--hardware", action="store_true", help="drive its real hardware, and skip tests that mock it")
+    group.addoption("--radio-board", metavar="FILE", help="the board that tests are about")
+    group.addoption("--radio-hardware", action="store_true", help="drive its real hardware, and skip tests that mock it")
 
 
 @pytest.fixture
 def board_file(request: pytest.FixtureRequest) -> str:
-    """The board file: that of --board, unless the tests have a fixture of this name."""
-    file: Optional[str] = request.config.getoption("--board")
+    """The board file: that of --radio-board, unless the tests have a fixture of this name."""
+    file: Optional[str] = request.config.getoption("--radio-board")
     if file is None:
-        pytest.fail("which board? Expected --board FILE, or a fixture board_file", pytrace=False)
+        pytest.fail("which board? Expected --radio-board FILE, or a fixture board_file", pytrace=False)
     return file
 
 
@@ -38,10 +38,17 @@ def board(board_file: Any) -> Board:
     return Board.load(board_file)
 
 
+def _skip_mocks_of_real_hardware(request: pytest.FixtureRequest) -> None:
+    if request.config.getoption("--radio-hardware"):
+        pytest.skip("the test has hardware fail, and --radio-hardware drives the real one")
+
+
 @pytest.fixture
 def radio(request: pytest.FixtureRequest, board: Board) -> Iterator[Radio]:
-    """A radio that is up, and closed when the test is over; with --hardware the real one."""
-    with Radio(board, hardware=request.config.getoption("--hardware")) as opened:
+    """A radio that is up, and closed when the test is over; with --radio-hardware the real one."""
+    if "mocked_hardware" in request.fixturenames:  # before anything is driven
+        _skip_mocks_of_real_hardware(request)
+    with Radio(board, hardware=request.config.getoption("--radio-hardware")) as opened:
         yield opened
 
 
@@ -68,7 +75,8 @@ class MockedHardware:
         return tuple(item for item in self._all() if isinstance(item, FailedWrite))
 
     def refuse(self, driver: str, code: int = 0x8001, *, times: Optional[int] = None) -> None:
-        """From now on a driver refuses what is written to it, so many times or always."""
+        """From now on a driver refuses what is written to it, so many times or always. Raises :class:`ArgumentError` for a
+        driver that there is none of."""
         self.radio.faults.inject("driver-write", driver, code, times=times)
 
     def forget(self) -> None:
@@ -79,7 +87,7 @@ class MockedHardware:
 
 @pytest.fixture
 def mocked_hardware(request: pytest.FixtureRequest, radio: Radio) -> MockedHardware:
-    """Hardware that is none, under the same :func:`radio`. With --hardware the test is skipped, with that reason."""
-    if request.config.getoption("--hardware"):
-        pytest.skip("the test has hardware fail, and --hardware drives the real one")
+    """Hardware that is none, under the same :func:`radio`, which a test need not ask for: it is the ``radio`` of what it gets.
+    With --radio-hardware the test is skipped, with that reason, and nothing is driven for it."""
+    _skip_mocks_of_real_hardware(request)
     return MockedHardware(radio)

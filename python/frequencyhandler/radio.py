@@ -7,27 +7,31 @@ import os
 import warnings
 import weakref
 from types import TracebackType
-from typing import Any, Callable, List, Optional, Sequence, Tuple, Type, Union, get_args
+from typing import Any, Callable, List, Optional, Sequence, Tuple, Type, Union, get_args, overload
 
 from . import _engine
-from ._arguments import (CHANNELS, UINT32, Frequency, direction as checked_direction, flag, function, khz, shown, text,
-                         whole, wrong_type)
+from ._arguments import (CHANNELS, UINT32, Frequency, direction as checked_direction, flag, khz, real, shown, text,
+                         whole, wrong, wrong_type)
+from ._endings import Ending, forked
+from ._tied import Tied
 from .board import BoardLike, engine_of
 from .drivers import Drivers, Names, Variables
-from .errors import ArgumentError, ClosedError, CommandFailed, RadioError, finish
+from .errors import ClosedError, CommandFailed, RadioError, finish
 from .events import Event, Listing, Outcome, Phase, Trace, events_of
 from .expectations import Expectations, judge
 from .faults import Faults
-from .listening import Events, Listeners, Subscription
+from .listening import Events, Happened, Listeners, Subscription
 
 __all__ = ["Radio"]
 
 
-class Radio:
+class Radio(Tied):
     """Boots a board, and drives what came up until it is closed. One at a time in a process: a second one raises
     :class:`BusyError`, as does one that is used while another thread does.
 
-    ``hardware=True`` drives the real devices of the board, and leaves them properly at the end. ``trace`` is the level of
+    ``hardware=True`` drives the real devices of the board, and leaves them properly at the end. SIGTERM and SIGHUP, where
+    nobody handles them, are a SystemExit in the main thread as long as a radio is open that was opened there; who left a
+    device as it was is a warning of ``boot``. ``trace`` is the level of
     the trace messages that are told ("error" to "information"); ``calls=True`` tells all calls of the library, not writes
     alone. ``must_boot=False`` accepts a start-up that fails, to look into it.
 
@@ -47,7 +51,7 @@ class Radio:
     __slots__ = {
         "boot": "What the start-up came to, an :class:`frequencyhandler.events.Outcome`.",
         "_file": None, "_engine": None, "_drivers": None, "_variables": None, "_channels": None, "_listeners": None,
-        "_phases": None, "__weakref__": None,
+        "_phases": None, "_ending": None, "__weakref__": None,
     }
 
     def __init__(self, board: BoardLike, hardware: bool = False, *, trace: str = "notice", calls: bool = False,
@@ -58,14 +62,21 @@ class Radio:
         self._drivers = Names(description.drivers())
         self._variables = Names(description.variables())
         self._channels = len(description.channels())
-        self._listeners = Listeners()
+        here = weakref.ref(self)
+        self._listeners = Listeners(lambda: getattr(here(), "is_closed", True))
         self._phases: List[Phase] = []
-        self._engine = _engine.Radio.open(description, flag("hardware", hardware), text("trace", trace),
-                                          flag("calls", calls), must_boot)
+        given = flag("hardware", hardware), text("trace", trace), flag("calls", calls), must_boot
+        self._ending = Ending(hardware)
         try:
+            self._ending.begin()
+            self._engine = _engine.Radio.open(description, *given)
             self._begin(must_boot)
         except BaseException:  # whoever keeps the exception keeps what was begun, too
-            self._engine.close()
+            try:
+                if hasattr(self, "_engine"):
+                    self._engine.close()
+            finally:
+                self._ending.end()
             raise
 
     def _begin(self, must_boot: bool) -> None:
@@ -94,13 +105,20 @@ class Radio:
         engine = getattr(self, "_engine", None)
         if engine is not None and not engine.is_closed:
             warnings.warn(f"the radio of {self._file} was not closed", ResourceWarning, source=self)
-            self.close()
+            try:
+                self.close()
+            except ClosedError:  # a thread that is left to itself, while the interpreter ends: that leaves the hardware
+                pass
 
     def close(self) -> None:
         """Leaves the radio; hardware gets what it is to have in the end. What another thread does with the radio comes to an
         end before, as by Ctrl-C. The second time does nothing. Raises :class:`RadioError` when some of that could not be
         written."""
-        writes, events = self._engine.close()
+        try:
+            writes, events = self._engine.close()
+        finally:
+            if self.is_closed:
+                self._ending.end()
         failed = [f"{driver}={value} (0x{code & 0xFFFFFFFF:04x})" for driver, value, code in writes if code & 0x8000]
         try:
             self._tell(tuple(events_of(events)))
@@ -110,8 +128,9 @@ class Radio:
 
     @property
     def is_closed(self) -> bool:
-        """It was closed."""
-        return self._engine.is_closed
+        """It was closed, or has never come up."""
+        engine: Optional[_engine.Radio] = getattr(self, "_engine", None)
+        return engine is None or engine.is_closed
 
     def _require_open(self) -> None:
         if self.is_closed:
@@ -139,7 +158,8 @@ class Radio:
 
     def sweep(self, direction: str, channel: int, first: Frequency, last: Frequency, step: Frequency, *,
               dwell: float = 0.0, force: bool = False) -> Outcome:
-        """Sets one carrier after the other, up or down, and stays ``dwell`` seconds at each. There are at most 1000000."""
+        """Sets one carrier after the other, up or down, and stays ``dwell`` seconds at each. There are at most 1000000.
+        Raises as :meth:`tune`; Ctrl-C raises :class:`Interrupted`, whose ``result`` has what was written so far."""
         self._require_open()
         words = ["sweep", checked_direction(direction), str(whole("channel", channel, CHANNELS)),
                  *(str(khz(name, value)) for name, value in (("first", first), ("last", last), ("step", step))),
@@ -147,7 +167,8 @@ class Radio:
         return self._act(words + ["force"] * flag("force", force))
 
     def wait(self, seconds: float) -> Outcome:
-        """Lets time pass, at most one hour: on hardware it is waited for, otherwise what is modelled settles at once."""
+        """Lets time pass, at most one hour: on hardware it is waited for, otherwise what is modelled settles at once.
+        Raises :class:`ArgumentError` for other times; Ctrl-C raises :class:`Interrupted`."""
         self._require_open()
         return self._act(["wait", _seconds("seconds", seconds)])
 
@@ -156,6 +177,7 @@ class Radio:
         words with blanks in them need the list. Raises :class:`ArgumentError` for one that makes no sense,
         :class:`ExpectationFailed` for an expectation that does not hold, :class:`CommandFailed` unless ``check`` is
         False."""
+        __tracebackhide__ = True
         self._require_open()
         if isinstance(command, str):
             words = text("command", command).split()
@@ -164,11 +186,12 @@ class Radio:
         else:
             raise wrong_type("command", command, "a text, or a list of words")
         if not words:
-            raise ArgumentError("command: no words, expected a command")
+            raise wrong("command: no words", "a command")
         return self._act(words, flag("check", check))
 
     def phase(self, name: Union[str, int]) -> Outcome:
-        """Runs a start-up phase again over all channels: "init", "storage" or "frame-format", or 11, 5 or 20."""
+        """Runs a start-up phase again over all channels: "init", "storage" or "frame-format", or 11, 5 or 20.
+        Raises :class:`ArgumentError` for another one, and :class:`CommandFailed` when a module fails in it."""
         self._require_open()
         word = str(whole("name", name, UINT32)) if not isinstance(name, str) else text("name", name)
         return self._act(["phase", word])
@@ -192,12 +215,14 @@ class Radio:
         self._act(["temperature", str(whole("temperature", degrees, (-100, 200)))])
 
     def frequency(self, direction: str, channel: int) -> int:
-        """The carrier that a frequency handler reports, in kHz; 0 before the first."""
+        """The carrier that a frequency handler reports, in kHz; 0 before the first. Raises :class:`ArgumentError` for a channel
+        that the board does not have, and :class:`BusyError`."""
         self._require_open()
         return self._engine.frequency(checked_direction(direction), whole("channel", channel, CHANNELS))
 
     def leakage(self, channel: int) -> Optional[float]:
-        """The modelled LO leakage of a channel as it is now, in dBc; None without a carrier."""
+        """The modelled LO leakage of a channel as it is now, in dBc; None without a carrier. Raises :class:`ArgumentError`
+        for one that is not modelled, and :class:`BusyError`."""
         self._require_open()
         return self._engine.leakage(whole("channel", channel, CHANNELS))
 
@@ -221,25 +246,45 @@ class Radio:
         """Expectations of the radio and its last command, which raise :class:`ExpectationFailed`."""
         return Expectations(self)
 
-    def events(self, *kinds: Type[Any]) -> Events:
+    @overload
+    def events(self) -> Events[Event]: ...
+
+    @overload
+    def events(self, kind: Type[Happened], /) -> Events[Happened]: ...
+
+    @overload
+    def events(self, *kinds: Type[Any]) -> Events[Any]: ...
+
+    def events(self, *kinds: Type[Any]) -> Events[Any]:
         """An iterator over the events from now on, of these classes only, if any are named."""
         self._require_open()
         return Events(self, _kinds(kinds))
 
-    def on_event(self, callback: Callable[[Event], Any], *kinds: Type[Any]) -> Subscription:
+    @overload
+    def on_event(self, callback: Callable[[Event], Any], /) -> Subscription: ...
+
+    @overload
+    def on_event(self, callback: Callable[[Happened], Any], kind: Type[Happened], /) -> Subscription: ...
+
+    @overload
+    def on_event(self, callback: Callable[[Any], Any], *kinds: Type[Any]) -> Subscription: ...
+
+    def on_event(self, callback: Callable[[Any], Any], *kinds: Type[Any]) -> Subscription:
         """Has ``callback`` told of events, in their order, once the command is done in which they happened; it may drive
         the radio, up to 1000 times for one command, and is told what happens then behind what waits. What it raises is
         raised by the command, when all were told."""
         self._require_open()
-        if function("callback", callback) is None:
+        if not callable(callback):
             raise wrong_type("callback", callback, "a function")
         return self._listeners.add(callback, _kinds(kinds))
 
     def _act(self, words: List[str], check: bool = True) -> Outcome:
+        __tracebackhide__ = True  # of pytest: what an expectation raises is about the line of the test
         self._require_open()
         return self._done(" ".join(words), self._engine.execute(words), check)
 
     def _done(self, command: str, report: Any, check: bool) -> Outcome:
+        __tracebackhide__ = True
         code, note, events, value, judgement, listing, raised = report
         shown_list = Listing(listing[0], tuple(listing[1]), tuple(map(tuple, listing[2]))) if listing else None
         outcome = Outcome(command, code, note, events, value, shown_list)
@@ -268,7 +313,7 @@ class Radio:
 
     def __repr__(self) -> str:
         if self.is_closed:
-            return f"<Radio {self._file!r}, closed>"
+            return f"<Radio {getattr(self, '_file', '')!r}, closed>"
         return f"<Radio {self._file!r}: {self._channels} channels, {len(self._drivers.names)} drivers>"
 
 
@@ -279,17 +324,16 @@ def _failure(outcome: Outcome) -> str:
 
 def _kinds(kinds: Tuple[Type[Any], ...]) -> Tuple[Type[Any], ...]:
     for kind in kinds:
-        if kind not in get_args(Event):
+        if not isinstance(kind, type) or kind not in get_args(Event):
             raise wrong_type("kinds", kind, "classes of events, such as events.Write")
     return kinds
 
 
 def _seconds(name: str, value: float) -> str:
-    if isinstance(value, bool) or not isinstance(value, (int, float)):
-        raise wrong_type(name, value, "a number of seconds")
-    if not 0 <= value <= 3600:
-        raise ArgumentError(f"{name}: {shown(value)}, expected from 0 to 3600")
-    return f"{value:.6f}".rstrip("0").rstrip(".") or "0"
+    number = real(name, value, "a number of seconds")
+    if not 0 <= number <= 3600:
+        raise wrong(f"{name}: {shown(value)}", "from 0 to 3600")
+    return f"{number:.6f}".rstrip("0").rstrip(".") or "0"
 
 
 #: Those that are up, or were and are still known.
@@ -308,3 +352,4 @@ def _leave() -> None:
 
 atexit.register(_leave)
 os.register_at_fork(after_in_child=_engine.forked)
+os.register_at_fork(after_in_child=forked)

@@ -4,18 +4,21 @@ from __future__ import annotations
 
 import json
 import os
+import select
 import shutil
 import signal
 import subprocess
 import tempfile
 from dataclasses import dataclass
 from types import TracebackType
-from typing import Any, Dict, Iterator, List, Optional, Tuple, Type
+from typing import Any, Callable, Dict, Iterator, List, Optional, Tuple, Type
 
 from . import _engine
-from ._arguments import CHANNELS, INT64, PathLike, path, shown, text, whole
+from ._arguments import CHANNELS, INT64, PathLike, path, shown, text, whole, wrong
+from ._tied import Tied
 from .description import Description, describe
-from .errors import ArgumentError, ClosedError, RadioError, finish
+from .errors import ClosedError, RadioError, finish
+from .progress import CancelLike, Progress, ProgressLike, Reporter, cancelling
 
 __all__ = ["read", "diff", "describe", "replay", "Recording", "Header", "Object", "Record", "Losses", "Difference",
            "OperationDifference", "ObjectDifference", "Counts", "Description", "Replayed"]
@@ -79,10 +82,11 @@ class Losses:
     unfinished: int
 
 
-class Recording:
+class Recording(Tied):
     """A recording, which can be gone through as often as wanted, by several at a time: ``for record in recording``."""
 
     __slots__ = ("_file", "_engine")
+    _instead = "the name of its file"
 
     def __init__(self, file: PathLike) -> None:
         name = path("file", file)
@@ -259,41 +263,70 @@ def _replayed(file: str, event: Dict[str, Any]) -> Replayed:
                     difference=rest or None)
 
 
-def _results(process: subprocess.Popen[bytes], files: List[str], results: List[Replayed]) -> None:
-    assert process.stdout is not None
-    for line in process.stdout:
+def _take(program: str, line: bytes, files: List[str], results: List[Replayed]) -> bool:
+    """Takes a line of what ``program`` answers; whether it was a result."""
+    try:
         event = json.loads(line)
-        if event["event"] == "replayed_recording":
-            results.append(_replayed(files[len(results)], event))
+        if event["event"] != "replayed_recording":
+            return False
+        results.append(_replayed(files[len(results)], event))
+    except (ValueError, LookupError, TypeError) as error:
+        raise RadioError(f"radioctl replay: an answer that is none, expected that of {shown(program)}") from error
+    return True
 
 
-def replay(*files: PathLike, radioctl: PathLike = "radioctl") -> Tuple[Replayed, ...]:
+def _results(process: subprocess.Popen[bytes], program: str, files: List[str], results: List[Replayed],
+             reporter: Reporter, wants_end: Callable[[], bool]) -> bool:
+    """Gathers what a process says; whether it came to its end."""
+    assert process.stdout is not None
+    rest = b""
+    while not wants_end():
+        if not select.select([process.stdout], [], [], _TURN)[0]:
+            continue
+        piece = os.read(process.stdout.fileno(), 65536)
+        *lines, rest = (rest + piece).split(b"\n")
+        for line in [*lines, rest] if not piece and rest else lines:
+            if _take(program, line, files, results):
+                reporter.tell(Progress(len(results), len(files), "recordings"))
+        if not piece:
+            return True
+    return False
+
+
+#: Seconds after which is asked again whether to go on.
+_TURN = 0.05
+
+
+def replay(*files: PathLike, radioctl: PathLike = "radioctl", progress: ProgressLike = None,
+           cancel: CancelLike = None) -> Tuple[Replayed, ...]:
     """Has the library live recordings again, each in a process of its own, and says where it goes another way.
 
     The processes are those of the program ``radioctl``, which is looked for in PATH unless a path is given, and which is
     installed beside this package or apart from it; a wheel does not have it. A crash of the library is a result there, and
     not the end of this process. Raises :class:`ArgumentError` without files or ``radioctl``, :class:`RadioError` when that
-    answers otherwise than it should. Ctrl-C ends them, and raises :class:`Interrupted`, whose ``result`` has those that were
-    done.
+    answers otherwise than it should. ``progress`` and ``cancel``: see :mod:`frequencyhandler.progress`; what was cancelled
+    gives those that were done. Ctrl-C ends them, and raises :class:`Interrupted`, whose ``result`` has these.
     """
     names = [path("files", file) for file in files]
     if not names:
-        raise ArgumentError("files: none, expected at least one recording")
+        raise wrong("files: none", "at least one recording")
     program = shutil.which(os.fsdecode(path("radioctl", radioctl)))
     if program is None:
-        raise ArgumentError(f"radioctl: {shown(radioctl)} was not found, expected the program or its path")
+        raise wrong(f"radioctl: {shown(radioctl)} was not found", "the program or its path")
+    wants_end = cancelling(cancel) or (lambda: False)
     results: List[Replayed] = []
-    with tempfile.TemporaryFile() as said, \
+    with Reporter(progress, "recordings") as reporter, tempfile.TemporaryFile() as said, \
             subprocess.Popen([program, "replay", "--json", "--", *names], stdout=subprocess.PIPE, stderr=said) as process:
         try:
-            _results(process, [name.decode("utf-8", "surrogateescape") for name in names], results)
+            if not _results(process, program, [name.decode("utf-8", "surrogateescape") for name in names], results,
+                            reporter, wants_end):
+                process.send_signal(signal.SIGINT)
+                process.wait()
+                return tuple(results)
         except KeyboardInterrupt as raised:
             process.send_signal(signal.SIGINT)
             process.wait()
             finish(tuple(results), raised, "the replay")
-        except (ValueError, LookupError, TypeError) as error:
-            process.kill()
-            raise RadioError(f"radioctl replay: an answer that is none, expected that of {shown(program)}") from error
         except BaseException:
             process.kill()
             raise

@@ -10,9 +10,9 @@ import numpy as np
 import numpy.typing as npt
 
 from . import _engine
-from ._arguments import CHANNELS, Frequency, PathLike, flag, khz, path, whole, whole_numbers, wrong_type
+from ._arguments import CHANNELS, Frequency, PathLike, flag, khz, path, whole, whole_numbers, wrong, wrong_type
 from .board import BoardLike, engine_of
-from .errors import ArgumentError, finish
+from .errors import finish
 from .progress import CancelLike, ProgressLike, Reporter, cancelling
 from .verdict import Verdict, verdict
 
@@ -54,18 +54,20 @@ def _log(log: LogLike) -> Log:
     if isinstance(log, (str, bytes, os.PathLike)):
         return read_log(log)
     if not isinstance(log, tuple) or len(log) != 2:
-        raise wrong_type("log", log, "a path, or two arrays: seconds and degrees")
+        raise wrong_type("log", log, "a path, or a tuple of two arrays: (seconds, degrees)")
     arrays = []
     for name, value, low, high in (("seconds", log[0], 0, 10**12), ("degrees", log[1], -100, 200)):
         array = whole_numbers(name, value, (1,), (low, high))
         if not array.size:
-            raise ArgumentError(f"{name}: none, expected at least one")
+            raise wrong(f"{name}: none", "at least one")
         arrays.append(array)
     seconds, degrees = arrays
     if seconds.size != degrees.size:
-        raise ArgumentError(f"log: {seconds.size} seconds and {degrees.size} degrees, expected as many of each")
-    if np.any(np.diff(seconds.astype(np.int64)) <= 0):
-        raise ArgumentError("seconds: expected each after the one before it")
+        raise wrong(f"log: {seconds.size} seconds and {degrees.size} degrees", "as many of each")
+    late = np.flatnonzero(np.diff(seconds.astype(np.int64)) <= 0)
+    if late.size:
+        before, after = (int(seconds[late[0] + place]) for place in (0, 1))
+        raise wrong(f"seconds: {after} behind {before}", "each after the one before it")
     return np.ascontiguousarray(seconds, np.int64), np.ascontiguousarray(degrees, np.int32)
 
 
@@ -137,7 +139,7 @@ def replay(board: BoardLike, log: LogLike, *, carriers: Optional[Mapping[int, Fr
            progress: ProgressLike = None, cancel: CancelLike = None) -> ReplayResult:
     """Plays a temperature log to a radio that is booted for it, and watches the channels with IQ compensation.
 
-    ``log`` is a path, or two arrays: seconds, ascending, and whole degrees Celsius. ``carriers`` has a transmit carrier for
+    ``log`` is a path, or a tuple of two arrays: seconds, ascending, and whole degrees Celsius. ``carriers`` has a transmit carrier for
     channels that are not to have the first of their raster. ``keep=False`` keeps no moments. Ctrl-C raises
     :class:`Interrupted`, whose ``result`` has what came of it so far.
 

@@ -199,6 +199,8 @@ struct Board {
 
 /** The word for a handler type in board files, for example "rf-module". */
 std::string_view toString(::FrequencyHandler::FrequencyHandlerType type);
+/** All of these words, in the order of the types. */
+std::vector<std::string_view> handlerTypeWords();
 /** The handler type that `word` stands for; nothing for an unknown word. */
 std::optional<::FrequencyHandler::FrequencyHandlerType> handlerTypeFromString(std::string_view word);
 

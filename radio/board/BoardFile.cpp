@@ -242,6 +242,10 @@ std::optional<FrequencyHandler::FrequencyHandlerType> handlerTypeFromString(std:
     return valueOf(handlerTypes, word);
 }
 
+std::vector<std::string_view> handlerTypeWords() {
+    return wordsOf(handlerTypes);
+}
+
 std::vector<std::string_view> toStrings(unsigned words) {
     std::vector<std::string_view> result;
     for (const auto& entry : driverWords) {

@@ -25,6 +25,8 @@ struct Finding {
     std::string text;
 };
 
+bool isError(const Finding& finding);
+
 } // namespace Radio
 
 #endif

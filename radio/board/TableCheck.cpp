@@ -1,6 +1,7 @@
 #include "radio/board/TableCheck.h"
 
 #include "radio/board/CalibrationBounds.h"
+#include "radio/text/Spreadsheet.h"
 #include "radio/text/Words.h"
 
 namespace Radio {
@@ -30,7 +31,8 @@ std::vector<Finding> findingsOfOrigin(const TableDescription& table, const Board
     std::vector<Finding> findings;
     for (const TableOrigin& origin : table.origins) {
         const std::string wanted = origin.key == "serial" ? board.serial : std::to_string(channel);
-        if (!wanted.empty() && origin.text != wanted) {
+        // A serial stands in a file as it was written there.
+        if (!wanted.empty() && origin.text != wanted && origin.text != asComment(wanted)) {
             findings.push_back({Severity::warning, origin.place,
                                 origin.key + " " + inQuotes(origin.text) + ", but it is used for " +
                                     origin.key + " " + inQuotes(wanted)});

@@ -135,6 +135,11 @@ const TableFile* TableFiles::find(const std::filesystem::path& file) {
     return entry ? &*entry : nullptr;
 }
 
+bool TableFiles::hasRoomFor(std::uint64_t nodes) {
+    m_nodes += nodes;
+    return m_nodes <= mostNodes;
+}
+
 CalibrationTable readTableFile(const TableFile& table, const std::string& name, const std::string& column) {
     const CsvFile& file = table.rows;
     const NodeGrid& grid = table.grid;

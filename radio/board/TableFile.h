@@ -58,7 +58,12 @@ public:
     /** Null when there is no such file. Throws InputError for one that cannot be used. */
     const TableFile* find(const std::filesystem::path& file);
 
+    /** Counts the nodes of one more table; false when all tables of the board have too many by then. */
+    bool hasRoomFor(std::uint64_t nodes);
+    static constexpr std::uint64_t mostNodes = 4'000'000;
+
 private:
+    std::uint64_t m_nodes = 0;
     const CsvSource& m_csv;
     std::map<std::filesystem::path, std::optional<TableFile>> m_files;
 };

@@ -1,6 +1,9 @@
 #include "radio/board/TableReader.h"
 
+#include "radio/files/FileWait.h"
+
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 
 namespace Radio {
@@ -19,6 +22,15 @@ std::vector<std::int32_t> readAxis(const TomlItem& item) {
     return axis;
 }
 
+/** Small entries may all mean one large file, of which each table is a copy. */
+void takeRoom(std::uint64_t nodes, const TomlItem& item, TableFiles& files) {
+    if (!files.hasRoomFor(nodes)) {
+        item.fail("has " + counted(nodes, "node") + ", which makes more than " +
+                  std::to_string(TableFiles::mostNodes) +
+                  " of all tables of the board, expected fewer or smaller ones");
+    }
+}
+
 TableDescription readFromFile(const std::string& name, const TomlItem& item, TableFiles& files) {
     if (const std::optional<std::string_view> other = item.firstOf({"axis", "axes", "values"})) {
         item.fail("expected either file and column, or axes and values, found " +
@@ -31,6 +43,7 @@ TableDescription readFromFile(const std::string& name, const TomlItem& item, Tab
         std::filesystem::path(item.place().file).parent_path() / file.nonEmptyText("the name of a CSV file");
     description.column = column.nonEmptyText("the name of a column of the file");
     if (const TableFile* const content = files.find(description.file)) {
+        takeRoom(content->grid.rows.size(), item, files);
         description.table = readTableFile(*content, name, description.column);
         for (const char* const key : {"serial", "channel"}) {
             if (const std::optional<CsvItem> found = content->rows.findProperty(key)) {
@@ -44,6 +57,9 @@ TableDescription readFromFile(const std::string& name, const TomlItem& item, Tab
 } // namespace
 
 TableDescription readTable(const std::string& name, const TomlItem& item, TableFiles& files) {
+    if (const int signal = waitForFile(FileUse::reading, -1, std::chrono::milliseconds(0))) {
+        throw GivenUp(item.place(), signal);
+    }
     item.entries({"axis", "axes", "values", "file", "column"});
     if (item.firstOf({"file", "column"})) {
         return readFromFile(name, item, files);
@@ -59,6 +75,7 @@ TableDescription readTable(const std::string& name, const TomlItem& item, TableF
     if (axis) {
         table.axis1 = readAxis(*axis);
         table.values = values.integers();
+        takeRoom(table.values.size(), item, files);
         values.requireCount(table.values.size(), table.axis1.size(), "one value for each node of the axis");
         return {table, item.place()};
     }
@@ -74,6 +91,7 @@ TableDescription readTable(const std::string& name, const TomlItem& item, TableF
                          "one value in each row for each node of the second axis");
         table.values.insert(table.values.end(), rowValues.begin(), rowValues.end());
     }
+    takeRoom(table.values.size(), item, files);
     return {table, item.place()};
 }
 

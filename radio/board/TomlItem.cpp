@@ -95,22 +95,31 @@ std::string TomlItem::nonEmptyText(const std::string& what) const {
     return value;
 }
 
-std::vector<TomlItem> TomlItem::elements() const {
-    const toml::array* array = m_node->as_array();
+const toml::array& TomlItem::array() const {
+    const toml::array* const array = m_node->as_array();
     if (array == nullptr || array->empty()) {
         failExpecting("an array of at least one element");
     }
+    return *array;
+}
+
+TomlItem TomlItem::element(const toml::node& node) const {
+    return {node, m_path, Place{m_place.file, node.source().begin.line}};
+}
+
+std::vector<TomlItem> TomlItem::elements() const {
     std::vector<TomlItem> result;
-    for (const toml::node& element : *array) {
-        result.emplace_back(element, m_path, Place{m_place.file, element.source().begin.line});
+    for (const toml::node& node : array()) {
+        result.push_back(element(node));
     }
     return result;
 }
 
 std::vector<std::int32_t> TomlItem::integers() const {
     std::vector<std::int32_t> values;
-    for (const TomlItem& element : elements()) {
-        values.push_back(element.integer());
+    // One item at a time: those of a large array take far more than its numbers.
+    for (const toml::node& node : array()) {
+        values.push_back(element(node).integer());
     }
     return values;
 }

@@ -86,6 +86,8 @@ public:
     [[noreturn]] void failExpecting(const std::string& what) const;
 
 private:
+    const toml::array& array() const;
+    TomlItem element(const toml::node& node) const;
     std::string pathTo(std::string_view key) const;
     std::string found() const;
 

@@ -15,6 +15,10 @@ namespace {
 /** See refuseDeepKeys. */
 constexpr std::ptrdiff_t maxDotsPerLine = 100;
 
+/** See refuseTooMany. */
+constexpr std::ptrdiff_t mostEntries = 100'000;
+constexpr std::ptrdiff_t mostCommas = 500'000;
+
 /** The lines of a text, without their ends. */
 std::vector<std::string_view> linesOf(std::string_view text) {
     std::vector<std::string_view> lines;
@@ -36,6 +40,34 @@ void refuseDeepKeys(const std::vector<std::string_view>& lines, const std::strin
         ++number;
         if (std::count(line.begin(), line.end(), '.') > maxDotsPerLine) {
             throw InputError({file, number}, "more than 100 dots, expected at most 100 in a line");
+        }
+    }
+}
+
+/**
+ * What the parser makes of a short entry takes a hundred times its length, and an entry that is not known is
+ * found only then. So entries are counted first, by the signs that no entry, table or array is without; a few
+ * in strings count as well. A line that begins with # is a comment, or stands in a string.
+ */
+void refuseTooMany(const std::vector<std::string_view>& lines, const std::string& file) {
+    std::ptrdiff_t entries = 0;
+    std::ptrdiff_t commas = 0;
+    unsigned number = 0;
+    for (const std::string_view line : lines) {
+        ++number;
+        const std::size_t first = line.find_first_not_of(" \t");
+        if (first == std::string_view::npos || line[first] == '#') {
+            continue;
+        }
+        entries +=
+            std::count_if(line.begin(), line.end(), [](char sign) { return sign == '=' || sign == '['; });
+        commas += std::count(line.begin(), line.end(), ',');
+        if (entries > mostEntries) {
+            throw InputError({file, number},
+                             "more than 100000 of the signs = and [, expected at most 100000 in a board");
+        }
+        if (commas > mostCommas) {
+            throw InputError({file, number}, "more than 500000 commas, expected at most 500000 in a board");
         }
     }
 }
@@ -99,6 +131,7 @@ std::string whatIsWrong(const toml::parse_error& error, std::string_view line) {
 toml::table parseToml(std::string_view text, const std::string& name) {
     const std::vector<std::string_view> lines = linesOf(text);
     refuseDeepKeys(lines, name);
+    refuseTooMany(lines, name);
     text = withoutByteOrderMark(text);
     const bool hasForeign = std::any_of(text.begin(), text.end(), isForeign);
     if (hasForeign) {

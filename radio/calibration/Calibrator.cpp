@@ -37,7 +37,7 @@ Calibrator::Calibrator(BootedRadio& booted, const Board& board, const Result& re
       m_recorder(booted.radio().platform(), booted.radio().clock(), m_drivers, probing, journalFile) {}
 
 Qualification Calibrator::qualify(std::uint32_t frequency, std::int32_t temperature,
-                                  std::optional<std::uint32_t> settleTime) {
+                                  std::optional<std::uint32_t> settleTime, const TellTaken& tell) {
     m_booted.forget();
     Qualification result;
     result.refusal = goTo(frequency, temperature);
@@ -53,7 +53,8 @@ Qualification Calibrator::qualify(std::uint32_t frequency, std::int32_t temperat
         chainOf({radio.platform(), radio.clock(), m_drivers, m_settings.useHighDetector, m_probing.isRealTime,
                  m_probing.goOn}),
         describeChain(m_settings, m_transmitter == nullptr ? nullptr : &m_transmitter->description(),
-                      settleTime, m_result.detectorSlope));
+                      settleTime, m_result.detectorSlope),
+        tell);
     m_recorder.restore();
     return result;
 }

@@ -30,7 +30,7 @@ public:
     /** What the measuring chain is good for, at this point. `settleTime` is what somebody stated. A point
      * that cannot be had is a refusal. Leaves the corrections of real hardware as they were. */
     Qualification qualify(std::uint32_t frequency, std::int32_t temperature,
-                          std::optional<std::uint32_t> settleTime);
+                          std::optional<std::uint32_t> settleTime, const TellTaken& tell = {});
     /** `journaled` are the probes of this point that are known, and `uncorrected` what was read before them.
      */
     Point calibrate(std::uint32_t frequency, std::int32_t temperature, const JournaledProbes& journaled,

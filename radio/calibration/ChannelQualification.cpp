@@ -46,7 +46,8 @@ ChannelQualifier::ChannelQualifier(const Board& board, const QualificationOrder&
     }
 }
 
-ChannelQualification ChannelQualifier::run(const std::function<bool()>& goOn, const CalibrationBench& bench) {
+ChannelQualification ChannelQualifier::run(const std::function<bool()>& goOn, const CalibrationBench& bench,
+                                           const TellTaken& tell) {
     BootedRadio booted(m_board, m_order.isHardware ? bench.backings : Backings());
     booted.requireUp();
     if (m_order.isHardware && m_board.hardware.description.sensor) {
@@ -61,8 +62,8 @@ ChannelQualification ChannelQualifier::run(const std::function<bool()>& goOn, co
     found.frequency = m_settings.frequencies.front();
     found.temperature = m_settings.temperatures.front();
     found.detector = calibrator.detector();
-    found.result =
-        calibrator.qualify(found.frequency, found.temperature, statedSettleTime(m_board, m_order.wishes));
+    found.result = calibrator.qualify(found.frequency, found.temperature,
+                                      statedSettleTime(m_board, m_order.wishes), tell);
     return found;
 }
 

@@ -36,7 +36,7 @@ struct ChannelQualification {
  * Qualifies the measuring chain of one of the board's channels, and nothing else: at its first carrier and,
  * on hardware, at the temperature that the sensor says, else at the first of those to be calibrated. Boots a
  * radio. Throws what CalibrationRun throws for an order that cannot be used. `goOn` is asked all the time; on
- * hardware `bench` is the radio.
+ * hardware `bench` is the radio; `tell` hears of each reading.
  */
 class ChannelQualifier {
 public:
@@ -45,7 +45,8 @@ public:
 
     /** At one carrier and one temperature. */
     const Settings& settings() const { return m_settings; }
-    ChannelQualification run(const std::function<bool()>& goOn, const CalibrationBench& bench = {});
+    ChannelQualification run(const std::function<bool()>& goOn, const CalibrationBench& bench = {},
+                             const TellTaken& tell = {});
 
 private:
     const Board& m_board;

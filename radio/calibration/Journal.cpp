@@ -5,6 +5,7 @@
 #include "radio/calibration/SettingsReader.h"
 #include "radio/files/AtomicFile.h"
 #include "radio/files/Fingerprint.h"
+#include "radio/files/TextFile.h"
 #include "radio/text/Words.h"
 
 #include <fcntl.h>
@@ -16,7 +17,6 @@
 #include <array>
 #include <cerrno>
 #include <ctime>
-#include <fstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -251,12 +251,15 @@ JournalContent readJournal(const fs::path& file) {
     if (fs::is_directory(file, ignored)) {
         throw InputError(whole, "is a directory, expected a calibration journal");
     }
-    errno = 0;
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream) {
-        throw InputError(whole, "cannot be read: " + reasonText(errno) + ", expected a calibration journal");
+    OrdinaryFile journal(file);
+    if (!journal.isOpen()) {
+        throw InputError(whole, "cannot be read: " + reasonText(journal.reason()) +
+                                    ", expected a calibration journal");
     }
-    return readJournal(stream, file.string());
+    if (!journal.isOrdinary()) {
+        throw InputError(whole, "no ordinary file, expected a calibration journal");
+    }
+    return readJournal(journal.stream(), file.string());
 }
 
 JournalContent readJournal(std::istream& stream, const std::string& name) {

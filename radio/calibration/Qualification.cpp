@@ -34,9 +34,10 @@ std::int32_t within(const Range& range, std::int64_t value) {
 /** One qualification, from the first reading to the last. */
 class Qualifier {
 public:
-    Qualifier(const MeasuringChain& chain, const ChainDescription& description)
+    Qualifier(const MeasuringChain& chain, const ChainDescription& description, const TellTaken& tell)
         : m_chain(chain),
           m_description(description),
+          m_tell(tell),
           m_middle{within(description.i, 0), within(description.q, 0)} {}
 
     Qualification run() {
@@ -56,8 +57,14 @@ public:
 private:
     double read() {
         const std::int32_t reading = m_chain.read();
-        ++m_figures.result.taken;
+        count();
         return reading;
+    }
+    void count() {
+        ++m_figures.result.taken;
+        if (m_tell) {
+            m_tell(m_figures.result.taken);
+        }
     }
     double readAt(const LoCorrections& corrections, double time) {
         m_chain.set(corrections);
@@ -166,7 +173,7 @@ private:
             m_chain.set(corrections);
             m_chain.wait(rest);
             readings.at(n++) = m_chain.readOther();
-            ++m_figures.result.taken;
+            count();
         }
         const bool isSame = std::abs(readings[0] - readings[1]) <= 2 * m_figures.noiseBound();
         return isSame ? std::nullopt : std::optional(std::pair(readings[0], readings[1]));
@@ -174,6 +181,7 @@ private:
 
     const MeasuringChain& m_chain;
     const ChainDescription& m_description;
+    const TellTaken& m_tell;
     const LoCorrections m_middle;
     LoCorrections m_lowEnd;
     LoCorrections m_highEnd;
@@ -194,8 +202,9 @@ std::int32_t readMean(const MeasuringChain& chain, const LoCorrections& correcti
     return static_cast<std::int32_t>(std::lround(sum / readings));
 }
 
-Qualification qualify(const MeasuringChain& chain, const ChainDescription& description) {
-    return Qualifier(chain, description).run();
+Qualification qualify(const MeasuringChain& chain, const ChainDescription& description,
+                      const TellTaken& tell) {
+    return Qualifier(chain, description, tell).run();
 }
 
 } // namespace Radio::Calibration

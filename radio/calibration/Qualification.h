@@ -82,6 +82,11 @@ struct Qualification {
 constexpr std::uint32_t mostReadings = 16;
 constexpr std::uint32_t betweenReadings = 1;
 
+/** The most readings that a qualification takes. */
+constexpr std::uint32_t mostReadingsTaken = 38;
+/** Told how many readings were taken, after each. */
+using TellTaken = std::function<void(std::uint32_t taken)>;
+
 /** Sets corrections, waits `settleTime` ms, and gives the mean of so many readings, rounded. */
 std::int32_t readMean(const MeasuringChain& chain, const LoCorrections& corrections, std::uint32_t settleTime,
                       std::uint32_t readings);
@@ -89,9 +94,10 @@ std::int32_t readMean(const MeasuringChain& chain, const LoCorrections& correcti
 /**
  * Measures with a chain how fast it settles, how noisy it is, and whether its readings follow the
  * corrections: both ends of the ranges and the middle, repeated readings, a step, and a line along I and one
- * along Q. Takes 32 readings, at most 38. Leaves the corrections anywhere within the ranges.
+ * along Q. Takes 32 readings, at most mostReadingsTaken. Leaves the corrections anywhere within the ranges.
  */
-Qualification qualify(const MeasuringChain& chain, const ChainDescription& description);
+Qualification qualify(const MeasuringChain& chain, const ChainDescription& description,
+                      const TellTaken& tell = {});
 
 } // namespace Radio::Calibration
 

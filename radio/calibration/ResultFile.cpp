@@ -3,6 +3,7 @@
 #include "radio/board/CalibrationBounds.h"
 #include "radio/board/WordList.h"
 #include "radio/calibration/Settings.h"
+#include "radio/text/Spreadsheet.h"
 #include "radio/text/Words.h"
 
 #include <algorithm>
@@ -252,11 +253,11 @@ void writeResult(std::ostream& out, const Result& result) {
     const Settings& settings = result.settings;
     const bool isFit = settings.method == CalibrationMethod::fit;
     out << "# LO-leakage calibration\n"
-        << "# serial: " << harmless(result.serial) << "\n"
-        << (result.station.empty() ? "" : "# station: " + harmless(result.station) + "\n")
+        << "# serial: " << asComment(result.serial) << "\n"
+        << (result.station.empty() ? "" : "# station: " + asComment(result.station) + "\n")
         << "# channel: " << settings.channel << "\n"
-        << "# date: " << harmless(result.date) << "\n"
-        << "# tool: " << program << harmless(result.version) << "\n"
+        << "# date: " << asComment(result.date) << "\n"
+        << "# tool: " << program << asComment(result.version) << "\n"
         << (result.isHardware ? "# mode: " + std::string(hardwareMode) + "\n" : "")
         << "# i_range: " << bothEnds(settings.i) << "\n"
         << "# q_range: " << bothEnds(settings.q) << "\n"

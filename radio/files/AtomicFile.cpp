@@ -1,5 +1,6 @@
 #include "radio/files/AtomicFile.h"
 
+#include "radio/files/FileWait.h"
 #include "radio/files/InputError.h"
 #include "radio/files/Rename.h"
 #include "radio/text/Words.h"
@@ -10,6 +11,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <string>
 #include <string_view>
@@ -41,6 +43,33 @@ bool mayReplace(const fs::path& place, const struct stat& file) {
     }
     const uid_t user = geteuid();
     return user == 0 || user == file.st_uid || user == directory.st_uid;
+}
+
+/** True for a link that somebody else made in a directory in which everybody may make files. */
+bool isForeignLink(const fs::path& link, const struct stat& status) {
+    const fs::path parent = link.parent_path();
+    struct stat directory {};
+    constexpr mode_t shared = S_ISVTX | S_IWOTH;
+    return S_ISLNK(status.st_mode) && stat(parent.empty() ? "." : parent.c_str(), &directory) == 0 &&
+           (directory.st_mode & shared) == shared && status.st_uid != geteuid() &&
+           status.st_uid != directory.st_uid;
+}
+
+/** Whether one of the links by which a name leads to its file is such a one. */
+bool leadsOverForeignLink(fs::path place) {
+    constexpr int mostLinks = 40; // as the kernel follows
+    for (int links = 0; links < mostLinks; ++links) {
+        struct stat status {};
+        std::error_code error;
+        if (lstat(place.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
+            return false;
+        }
+        if (isForeignLink(place, status)) {
+            return true;
+        }
+        place = place.parent_path() / fs::read_symlink(place, error);
+    }
+    return false;
 }
 
 constexpr std::string_view ending = ".part";
@@ -85,15 +114,19 @@ AtomicFile::AtomicFile(const fs::path& place) : m_name(place) {
     if (error) {
         m_place = place;
     }
+    if (leadsOverForeignLink(place)) {
+        fail("is a link that somebody else made, in a directory where everybody may make files", 0);
+    }
     struct stat status {};
     const bool isThere = stat(place.c_str(), &status) == 0;
     if (isThere && S_ISDIR(status.st_mode)) {
         fail("cannot be written", EISDIR);
     }
+    m_seen = {status.st_dev, status.st_ino};
     if (isThere && isStandardOutput(place)) {
         openDirectly(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0));
     } else if (isThere && !S_ISREG(status.st_mode)) {
-        openDirectly(open(place.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC));
+        openDirectly(openPatiently(S_ISFIFO(status.st_mode)));
     } else if (isThere && !mayReplace(m_place, status)) {
         fail("belongs to somebody else, in a directory where only its owner may replace it", 0);
     } else {
@@ -108,6 +141,38 @@ AtomicFile::~AtomicFile() {
     if (m_descriptor != -1) {
         close(m_descriptor);
     }
+}
+
+/** A pipe is waited for until somebody reads it, or a signal comes. Nothing but the file that was seen is
+ * opened: whoever may write in its directory could have put a link in its place. */
+int AtomicFile::openPatiently(bool isPipe) const {
+    constexpr std::chrono::milliseconds pause(50);
+    for (;;) {
+        const int descriptor = open(m_name.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+        const int reason = errno;
+        struct stat status {};
+        if (descriptor != -1 && fstat(descriptor, &status) == 0 && wasSeen(status)) {
+            return descriptor;
+        }
+        if (descriptor != -1) {
+            close(descriptor);
+            fail("is another file by now", 0);
+        }
+        if (reason != ENXIO || !isPipe) {
+            errno = reason;
+            return -1;
+        }
+        if (stat(m_name.c_str(), &status) != 0 || !wasSeen(status)) {
+            fail("is another file by now", 0);
+        }
+        if (const int signal = waitForFile(FileUse::writing, -1, pause)) {
+            throw GivenUp({m_name.string(), 0}, signal);
+        }
+    }
+}
+
+bool AtomicFile::wasSeen(const struct stat& file) const {
+    return std::pair(file.st_dev, file.st_ino) == m_seen;
 }
 
 void AtomicFile::openDirectly(int descriptor) {
@@ -143,11 +208,12 @@ void AtomicFile::remarkOnWhatWasLeft() const {
     }
 }
 
-/** Has the file the owner, the group and the permissions of the one that it replaces, or of any new one. */
-void AtomicFile::takeOver() {
+/** Has the file the owner, the group and the permissions of the one that it replaces, or of any new one and
+ * those that its owner needs. Set-id bits are those of the file that was there from the beginning. */
+void AtomicFile::takeOver(mode_t needed) {
     struct stat old {};
-    if (stat(m_place.c_str(), &old) != 0) {
-        static_cast<void>(fchmod(m_descriptor, usualPermissions()));
+    if (lstat(m_place.c_str(), &old) != 0 || !S_ISREG(old.st_mode)) {
+        static_cast<void>(fchmod(m_descriptor, usualPermissions() | needed));
         return;
     }
     // Who may not give a file away keeps it; the group is asked for by itself.
@@ -157,7 +223,7 @@ void AtomicFile::takeOver() {
     struct stat now {};
     const bool isOwners =
         fstat(m_descriptor, &now) == 0 && now.st_uid == old.st_uid && now.st_gid == old.st_gid;
-    static_cast<void>(fchmod(m_descriptor, old.st_mode & (isOwners ? 07777U : 01777U)));
+    static_cast<void>(fchmod(m_descriptor, old.st_mode & (isOwners && wasSeen(old) ? 07777U : 01777U)));
     if (!isOwners) {
         remarkOnOwners({old.st_uid, old.st_gid});
     }
@@ -175,7 +241,7 @@ void AtomicFile::remarkOnOwners(const std::pair<unsigned, unsigned>& before) con
 }
 
 void AtomicFile::commit() {
-    writeAll();
+    writeAll(0);
     if (!m_beside.empty()) {
         if (rename(m_beside.c_str(), m_place.c_str()) != 0) {
             fail("could not be written", errno);
@@ -189,7 +255,7 @@ void AtomicFile::commit() {
 }
 
 void AtomicFile::commitNew() {
-    writeAll();
+    writeAll(S_IRUSR | S_IWUSR);
     if (!m_beside.empty()) {
         if (!renameToNew(m_beside, m_place)) {
             fail("could not be written", errno);
@@ -200,14 +266,17 @@ void AtomicFile::commitNew() {
     }
 }
 
-void AtomicFile::writeAll() {
+void AtomicFile::writeAll(mode_t needed) {
     if (!m_stream.flush()) {
+        if (m_stream.signal() != 0) {
+            throw GivenUp({m_name.string(), 0}, m_stream.signal());
+        }
         fail("could not be written", m_stream.reason());
     }
     if (m_beside.empty()) {
         return;
     }
-    takeOver();
+    takeOver(needed);
     if (fsync(m_descriptor) != 0) {
         fail("could not be written", errno);
     }
@@ -229,7 +298,15 @@ void AtomicFile::fail(const std::string& what, int reason) const {
 }
 
 void requireWritable(const fs::path& file) {
-    if (!file.empty()) {
+    struct stat status {};
+    const bool isThere = !file.empty() && stat(file.c_str(), &status) == 0;
+    if (isThere && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
+        // Who reads a pipe would take the end of an attempt for that of what is to come.
+        if (access(file.c_str(), W_OK) != 0) {
+            throw InputError({file.string(), 0},
+                             "cannot be written: " + std::generic_category().message(errno));
+        }
+    } else if (!file.empty()) {
         const AtomicFile attempt(file);
     }
 }

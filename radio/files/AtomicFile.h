@@ -3,6 +3,9 @@
 
 #include "radio/files/DescriptorStream.h"
 
+#include <sys/stat.h>
+#include <sys/types.h>
+
 #include <filesystem>
 #include <ostream>
 #include <string>
@@ -16,18 +19,21 @@ namespace Radio {
  *
  * It is looked up by its name once, when it is made, and written through that descriptor: who may write in
  * the same directory cannot have another file written. A place that is no ordinary file (a device, a pipe),
- * and the one that standard output leads to, is written directly.
+ * and the one that standard output leads to, is written directly, unless it is another file by then.
+ *
+ * A link is followed unless somebody else made it in a directory where everybody may make files.
  *
  * The file keeps the permissions of the one that it replaces, and its group and owner as far as this user may
  * give them, which is remarked where he may not; to whom a file belongs that is not the same any more, that
- * does not have its set-id bits.
+ * does not have its set-id bits, nor has what took the place of another file meanwhile.
  *
  * Who is killed meanwhile leaves NAME.XXXXXX.part behind. Whoever writes the same file the next time remarks
  * that; what is being written just now counts as none.
  */
 class AtomicFile {
 public:
-    /** Opens the file. Throws InputError when it cannot be written there. */
+    /** Opens the file, and waits until somebody reads it if it is a pipe. Throws InputError when it cannot be
+     * written there; GivenUp, also later, when a signal ends a wait. */
     explicit AtomicFile(const std::filesystem::path& place);
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
@@ -38,23 +44,28 @@ public:
     /** Puts the file in its place, on the disk. Throws InputError when something could not be written, or
      * when somebody put something else in the place where it was written. */
     void commit();
-    /** The same, where nothing is yet; throws also when something is there by now. */
+    /** The same, where nothing is yet, for a file that is written on: its owner may, whatever the umask says.
+     * Throws also when something is there by now. */
     void commitNew();
 
 private:
     [[noreturn]] void fail(const std::string& what, int reason) const;
+    int openPatiently(bool isPipe) const;
+    bool wasSeen(const struct stat& file) const;
     void openDirectly(int descriptor);
     void createBeside();
-    void takeOver();
+    void takeOver(mode_t needed);
     void remarkOnOwners(const std::pair<unsigned, unsigned>& before) const;
     void remarkOnWhatWasLeft() const;
-    void writeAll();
+    void writeAll(mode_t needed);
     bool isStillBeside() const;
 
     /** As the user calls it. */
     std::filesystem::path m_name;
     /** Where it belongs, behind all symbolic links that lead somewhere. */
     std::filesystem::path m_place;
+    /** Device and number of the file that was there at first. */
+    std::pair<dev_t, ino_t> m_seen;
     /** Where it is written meanwhile; empty for one that is written directly. */
     std::filesystem::path m_beside;
     int m_descriptor = -1;

@@ -5,6 +5,7 @@
 #include "radio/text/Words.h"
 
 #include <algorithm>
+#include <new>
 #include <sstream>
 
 namespace Radio {
@@ -51,8 +52,11 @@ void CsvItem::failExpecting(const std::string& what) const {
     throw InputError(m_place, harmless(m_name) + ": " + inQuotes(m_text) + ", expected " + what);
 }
 
-CsvFile::CsvFile(const std::filesystem::path& file, const std::string& what)
-    : CsvFile(readTextFile(file, maxFileSize, what), file.string(), what) {}
+CsvFile::CsvFile(const std::filesystem::path& file, const std::string& what) try
+    : CsvFile(readTextFile(file, maxFileSize, what), file.string(), what) {
+} catch (const std::bad_alloc&) {
+    throw InputError({file.string(), 0}, "needs more memory than there is");
+}
 
 CsvFile::CsvFile(std::string_view content, std::string name, const std::string& what)
     : m_name(std::move(name)) {

@@ -12,8 +12,9 @@ namespace Radio {
 class DescriptorBuffer : public std::streambuf {
 public:
     DescriptorBuffer() { setp(m_waiting.data(), m_waiting.data() + m_waiting.size()); }
-    void attach(int descriptor) { m_descriptor = descriptor; }
+    void attach(int descriptor);
     int reason() const { return m_reason; }
+    int signal() const { return m_signal; }
 
 protected:
     int_type overflow(int_type character) override;
@@ -22,6 +23,9 @@ protected:
 private:
     int m_descriptor = -1;
     int m_reason = 0;
+    int m_signal = 0;
+    /** What is no ordinary file: a pipe that nobody reads, for example. */
+    bool m_mayKeepWaiting = false;
     std::array<char, 16384> m_waiting{};
 };
 
@@ -36,6 +40,8 @@ public:
     void attach(int descriptor) { m_buffer.attach(descriptor); }
     /** What write() gave last in errno, 0 as long as all went well. */
     int reason() const { return m_buffer.reason(); }
+    /** The signal for which a wait for a reader was given up; 0 for none. */
+    int signal() const { return m_buffer.signal(); }
 
 private:
     DescriptorBuffer m_buffer;

@@ -1,14 +1,15 @@
 #include "radio/files/TextFile.h"
 
+#include "radio/files/FileWait.h"
 #include "radio/files/InputError.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <system_error>
 
 namespace Radio {
@@ -20,14 +21,6 @@ constexpr std::size_t pieceSize = std::size_t{256} * 1024;
 [[noreturn]] void refuse(const Place& place) {
     throw InputError(place, "cannot be read: " + std::generic_category().message(errno));
 }
-
-int waitForEver(int descriptor) {
-    pollfd wanted{descriptor, POLLIN, 0};
-    static_cast<void>(poll(&wanted, 1, -1));
-    return 0;
-}
-
-ReadingWait readingWait = &waitForEver;
 
 /** A file that is open for reading; nobody waits for the other end of a pipe to be opened. */
 class OpenFile {
@@ -48,7 +41,7 @@ public:
     /** As read(), but waits until there is something. Throws GivenUp. */
     ssize_t readInto(char* to, std::size_t most, const Place& place) const {
         for (;;) {
-            if (const int signal = m_mayKeepWaiting ? readingWait(m_descriptor) : 0) {
+            if (const int signal = m_mayKeepWaiting ? waitForFile(FileUse::reading, m_descriptor) : 0) {
                 throw GivenUp(place, signal);
             }
             const ssize_t count = read(m_descriptor, to, most);
@@ -66,7 +59,7 @@ private:
 
 } // namespace
 
-std::string readTextFile(const std::filesystem::path& file, std::size_t most, const std::string& what) {
+std::string readTextFile(const std::filesystem::path& file, std::size_t most, const std::string& what) try {
     const Place whole{file.string(), 0};
     std::error_code ignored;
     if (std::filesystem::is_directory(file, ignored)) {
@@ -88,10 +81,36 @@ std::string readTextFile(const std::filesystem::path& file, std::size_t most, co
         text.resize(before + static_cast<std::size_t>(count));
     }
     return text;
+} catch (const std::bad_alloc&) {
+    throw InputError({file.string(), 0}, "needs more memory than there is");
 }
 
-void setReadingWait(ReadingWait wait) {
-    readingWait = wait;
+OrdinaryFile::OrdinaryFile(const std::filesystem::path& file)
+    : m_descriptor(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)),
+      m_reason(m_descriptor == -1 ? errno : 0) {
+    struct stat status {};
+    m_isOrdinary = isOpen() && fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    if (!m_isOrdinary) {
+        m_stream.setstate(std::ios::failbit);
+    }
+}
+
+OrdinaryFile::~OrdinaryFile() {
+    if (isOpen()) {
+        close(m_descriptor);
+    }
+}
+
+OrdinaryFile::Buffer::int_type OrdinaryFile::Buffer::underflow() {
+    ssize_t count = 0;
+    do {
+        count = read(m_descriptor, m_read.data(), m_read.size());
+    } while (count == -1 && errno == EINTR);
+    if (count == -1) {
+        throw std::system_error(errno, std::generic_category()); // which makes the stream bad
+    }
+    setg(m_read.data(), m_read.data(), m_read.data() + count);
+    return count == 0 ? traits_type::eof() : traits_type::to_int_type(m_read[0]);
 }
 
 } // namespace Radio

@@ -93,6 +93,8 @@ void Scripts::include(const std::string& name, const Place& place) {
     std::string text;
     try {
         text = m_reader(file);
+    } catch (const GivenUp&) {
+        throw;
     } catch (const InputError& error) {
         throw WordError(std::string("include: ") + error.what());
     }

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -51,18 +52,46 @@ std::string firstLine(int descriptor) {
     return text.substr(0, text.find('\n'));
 }
 
+/** Makes a directory for its owner alone; those above it as any other. */
+std::error_code makeFolder(const fs::path& folder) {
+    std::error_code error;
+    const bool isThere = fs::is_directory(folder, error);
+    if (!isThere && folder.has_parent_path()) {
+        fs::create_directories(folder.parent_path(), error);
+    }
+    if (isThere || mkdir(folder.c_str(), S_IRWXU) == 0 || errno == EEXIST) {
+        return {};
+    }
+    return {errno, std::generic_category()};
+}
+
+/** Whether writing to a file writes no other one, and nobody else's. */
+bool isOwnAlone(int descriptor) {
+    struct stat status {};
+    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1 &&
+           (status.st_uid == geteuid() || geteuid() == 0);
+}
+
 } // namespace
 
 HardwareMark::HardwareMark(const std::string& device, const fs::path& board, const fs::path& folder)
     : m_file(folder / markName(device)),
       m_text(device + "\n" + board.string() + "\n") {
-    std::error_code error;
-    fs::create_directories(folder, error);
-    errno = error ? error.value() : 0;
+    const std::error_code error = makeFolder(folder);
+    errno = error.value();
+    constexpr int flags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     constexpr mode_t ownersAlone = S_IRUSR | S_IWUSR;
-    m_descriptor = error ? -1 : open(m_file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, ownersAlone);
-    if (m_descriptor == -1) {
+    m_descriptor = error ? -1 : open(m_file.c_str(), flags, ownersAlone);
+    const bool isLink = m_descriptor == -1 && errno == ELOOP;
+    if (m_descriptor == -1 && !isLink) {
         fail("cannot be written");
+    }
+    if (isLink || !isOwnAlone(m_descriptor)) {
+        if (!isLink) {
+            close(m_descriptor);
+        }
+        throw InputError({m_file.string(), 0}, "is a link or somebody else's, expected an ordinary file of "
+                                               "this user's for the mark that the hardware is in use");
     }
     const bool isHeld = flock(m_descriptor, LOCK_EX | LOCK_NB) != 0;
     const std::string holder = harmless(firstLine(m_descriptor));

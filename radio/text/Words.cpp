@@ -58,11 +58,22 @@ bool isControl(std::uint32_t character) {
     return isCode || isDirection || isLineEnd;
 }
 
+/** A character of ASCII that is shown as it is, which nearly all are. */
+bool isPlain(char character) {
+    return static_cast<unsigned char>(character) - 0x20U < 0x5FU;
+}
+
 /** `text` with what `write` makes of each character that is not shown as it is, and of each byte of none. */
 template <typename Write>
 std::string withoutControls(std::string_view text, Write write) {
     std::string result;
-    while (!text.empty()) {
+    for (;;) {
+        const auto plain = std::find_if_not(text.begin(), text.end(), isPlain) - text.begin();
+        result += text.substr(0, static_cast<std::size_t>(plain));
+        text.remove_prefix(static_cast<std::size_t>(plain));
+        if (text.empty()) {
+            return result;
+        }
         const Character first = firstOf(text);
         const std::string_view bytes = text.substr(0, first.length != 0 ? first.length : 1);
         text.remove_prefix(bytes.size());
@@ -72,7 +83,6 @@ std::string withoutControls(std::string_view text, Write write) {
             write(result, first.number, bytes);
         }
     }
-    return result;
 }
 
 constexpr std::string_view hexDigits = "0123456789abcdef";

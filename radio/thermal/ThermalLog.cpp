@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <fstream>
 #include <sstream>
 #include <string_view>
 #include <system_error>
@@ -71,7 +70,11 @@ ThermalLog readThermalLog(const std::filesystem::path& file) {
     if (std::filesystem::is_directory(file, error)) {
         throwUnreadable(file.string(), EISDIR);
     }
-    if (std::filesystem::exists(file, error) && !std::filesystem::is_regular_file(file, error)) {
+    OrdinaryFile log(file);
+    if (!log.isOpen()) {
+        throwUnreadable(file.string(), log.reason());
+    }
+    if (!log.isOrdinary()) {
         // What comes through a pipe may not come at all.
         const std::string text = readTextFile(file, longestPipe, "a temperature log");
         if (text.size() > longestPipe) {
@@ -81,12 +84,7 @@ ThermalLog readThermalLog(const std::filesystem::path& file) {
         std::istringstream stream(text);
         return readThermalLog(stream, file.string());
     }
-    errno = 0;
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream) {
-        throwUnreadable(file.string(), errno == 0 ? EIO : errno);
-    }
-    return readThermalLog(stream, file.string());
+    return readThermalLog(log.stream(), file.string());
 }
 
 ThermalLog readThermalLog(std::istream& stream, const std::string& name) {

@@ -19,9 +19,6 @@ HardwareUse::HardwareUse(const Board& board, const HardwareOptions& options, std
     static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     Devices::setPatience(&Interrupt::isWaitedOn);
     m_bench.emplace(board, *this, folderOfMarks());
-    if (const Interrupt* const interrupt = Interrupt::current()) {
-        m_output.emplace(*interrupt);
-    }
     m_report.begins(board, options);
     if (!m_bench->leftBehind().empty()) {
         m_report.leftBehind(m_bench->leftBehind());

@@ -5,7 +5,6 @@
 #include "radio/session/Bench.h"
 #include "radioctl/bench/HardwareOptions.h"
 #include "radioctl/bench/HardwareReport.h"
-#include "radioctl/console/PatientOutput.h"
 
 #include <optional>
 #include <ostream>
@@ -56,7 +55,6 @@ private:
     void begin();
 
     HardwareReport m_report;
-    std::optional<PatientOutput> m_output;
     std::optional<Bench> m_bench;
     bool m_hasLeft = false;
     std::string m_lostDevice;

@@ -54,7 +54,7 @@ CalibrationCommandLine::CalibrationCommandLine(CommandLine::Command program)
     : m_calibrate(program.command(
           "calibrate",
           "Search the corrections of the LO leakage over\nband and temperature, and store them")) {
-    m_calibrate.option("BOARD", m_options.board, "Board description (TOML)").required().named("FILE");
+    m_calibrate.option("BOARD", m_options.board, "Board description (TOML)").required().file({".toml"});
     m_calibrate.option("--channel", m_options.order.wishes.channel, "The radio channel")
         .required()
         .named("N")
@@ -68,6 +68,7 @@ CalibrationCommandLine::CalibrationCommandLine(CommandLine::Command program)
         .option("--offline", m_offline,
                 "Go through this journal again and measure\nnothing; only --min-delta and\n"
                 "--max-iterations may differ")
+        .file({".journal"})
         .named("JOURNAL");
     m_calibrate.flag("--accept-edge", m_options.order.acceptsEdge,
                      "Store also points whose search ended at the\nedge of a range");
@@ -159,12 +160,12 @@ void CalibrationCommandLine::addFiles() {
     m_calibrate
         .option("--journal", m_journal,
                 "Where every probe is kept; otherwise\nBOARD.channel-N.journal beside the board")
-        .named("FILE");
+        .file();
     m_calibrate
         .option("--out", m_tables,
                 "Where the tables go; otherwise to the file\nfrom which the board takes them")
-        .named("FILE");
-    m_calibrate.option("--html", m_options.html, "Write a page with plots (needs gnuplot)").named("FILE");
+        .file();
+    m_calibrate.option("--html", m_options.html, "Write a page with plots (needs gnuplot)").file();
     addStoreOptions(m_calibrate, m_options.keep);
 }
 

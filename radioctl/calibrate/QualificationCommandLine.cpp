@@ -11,7 +11,7 @@ QualificationCommandLine::QualificationCommandLine(CommandLine::Command program)
           "qualify", "Find out how well the detector of a channel\nfollows its corrections, before a "
                      "calibration")) {
     CalibrationDescription& wishes = m_options.order.wishes;
-    m_qualify.option("BOARD", m_options.board, "Board description (TOML)").required().named("FILE");
+    m_qualify.option("BOARD", m_options.board, "Board description (TOML)").required().file({".toml"});
     m_qualify.option("--channel", wishes.channel, "The radio channel")
         .required()
         .named("N")

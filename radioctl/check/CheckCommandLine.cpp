@@ -19,10 +19,6 @@ namespace Radio {
 
 namespace {
 
-bool isError(const Finding& finding) {
-    return finding.severity == Severity::error;
-}
-
 /** Adds those of `more` that are not there yet: check and lint look at some things both. */
 void addNew(std::vector<Finding>& findings, const std::vector<Finding>& more) {
     for (const Finding& finding : more) {
@@ -39,7 +35,7 @@ void addNew(std::vector<Finding>& findings, const std::vector<Finding>& more) {
 
 CheckCommandLine::CheckCommandLine(CommandLine::Command program)
     : m_check(program.command("check", "Say what a board lacks or has too much of,\nwithout booting it")) {
-    m_check.option("BOARD", m_boards, "Board descriptions (TOML)").required().named("FILE");
+    m_check.option("BOARD", m_boards, "Board descriptions (TOML)").required().file({".toml"});
     m_check.flag("--all", m_all,
                  "Look at its tables as well, as tables lint\ndoes, then boot it and audit its carriers");
     m_check.flag("--strict", m_strict, "Warnings count as errors");

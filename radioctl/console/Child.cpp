@@ -30,8 +30,9 @@ constexpr int cannotBeRun = 127;
 [[noreturn]] void become(char* const* words, const Child::Streams& streams, pid_t parent, int failure) {
     sigset_t none{};
     sigemptyset(&none);
+    // What the program starts itself is in its group, and goes with it.
     const bool isReady =
-        prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && getppid() == parent &&
+        setpgid(0, 0) == 0 && prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && getppid() == parent &&
         dup2(streams.input, STDIN_FILENO) != -1 && dup2(streams.output, STDOUT_FILENO) != -1 &&
         dup2(streams.errors, STDERR_FILENO) != -1 && sigprocmask(SIG_SETMASK, &none, nullptr) == 0;
     if (isReady) {
@@ -77,7 +78,7 @@ Child::Child(std::vector<std::string> words, const Streams& streams) {
 
 Child::~Child() {
     if (m_pid != -1) {
-        kill(m_pid, SIGKILL);
+        kill(-m_pid, SIGKILL);
         while (waitpid(m_pid, nullptr, 0) == -1 && errno == EINTR) {
         }
     }

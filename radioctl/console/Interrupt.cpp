@@ -88,7 +88,7 @@ int Interrupt::signal() const {
 }
 
 bool Interrupt::isWaitedOn() {
-    return !isHolding || signalAmong(heldBack) == 0;
+    return signalThatCame == 0 && (!isHolding || signalAmong(heldBack) == 0);
 }
 
 void Interrupt::forget() {
@@ -101,8 +101,9 @@ void Interrupt::forget() {
     signalThatCame = 0;
 }
 
-Interrupt::Waiting Interrupt::wait(int descriptor, std::optional<std::chrono::milliseconds> time) const {
-    pollfd wanted{descriptor, POLLIN, 0};
+Interrupt::Waiting Interrupt::wait(int descriptor, short events,
+                                   std::optional<std::chrono::milliseconds> time) const {
+    pollfd wanted{descriptor, events, 0};
     timespec limit{};
     if (time) {
         limit.tv_sec = static_cast<time_t>(time->count() / 1000);
@@ -124,10 +125,10 @@ Interrupt::Waiting Interrupt::wait(int descriptor, std::optional<std::chrono::mi
 bool Interrupt::waitForInput(int descriptor, const std::function<void()>& idle) const {
     goesOn = 0;
     if (!idle) {
-        return wait(descriptor, std::nullopt) == Waiting::ready;
+        return wait(descriptor, POLLIN, std::nullopt) == Waiting::ready;
     }
     for (;;) {
-        const Waiting waiting = wait(descriptor, idleInterval);
+        const Waiting waiting = wait(descriptor, POLLIN, idleInterval);
         if (waiting != Waiting::late) {
             return waiting == Waiting::ready;
         }
@@ -137,20 +138,21 @@ bool Interrupt::waitForInput(int descriptor, const std::function<void()>& idle) 
 
 bool Interrupt::waitForInput(int descriptor, std::chrono::milliseconds time) const {
     goesOn = 0;
-    return wait(descriptor, time) == Waiting::ready;
+    return wait(descriptor, POLLIN, time) == Waiting::ready;
 }
 
-int waitForReading(int descriptor) {
+int waitForFileOrSignal(FileUse use, int descriptor, std::chrono::milliseconds most) {
+    const auto events = static_cast<short>(use == FileUse::reading ? POLLIN : POLLOUT);
     const Interrupt* const interrupt = Interrupt::current();
     if (interrupt == nullptr) {
-        pollfd wanted{descriptor, POLLIN, 0};
-        static_cast<void>(poll(&wanted, 1, -1));
+        pollfd wanted{descriptor, events, 0};
+        static_cast<void>(poll(&wanted, 1, static_cast<int>(most.count())));
         return 0;
     }
-    while (interrupt->signal() == 0) {
-        if (interrupt->waitForInput(descriptor)) {
-            return 0;
-        }
+    Interrupt::Waiting waiting = Interrupt::Waiting::disturbed;
+    while (waiting == Interrupt::Waiting::disturbed && interrupt->signal() == 0) {
+        goesOn = 0;
+        waiting = interrupt->wait(descriptor, events, most);
     }
     return interrupt->signal();
 }

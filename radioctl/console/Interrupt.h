@@ -1,6 +1,8 @@
 #ifndef RADIOCTL_CONSOLE_INTERRUPT_H
 #define RADIOCTL_CONSOLE_INTERRUPT_H
 
+#include "radio/files/FileWait.h"
+
 #include <chrono>
 #include <csignal>
 #include <cstdint>
@@ -28,7 +30,9 @@ public:
 
     /** The signal that asked the program to leave; 0 for none. */
     int signal() const;
-    /** Whether none has, as far as signals are held back; on any thread, also when there is no object. */
+    /** Whether none has, as far as signals are or were held back; on any thread, also when there is no
+     * object.
+     */
     static bool isWaitedOn();
     /** Forgets a SIGINT that took back a line or ended a command only. */
     void forget();
@@ -40,8 +44,9 @@ public:
 
 private:
     enum class Waiting : std::uint8_t { ready, late, disturbed };
-    /** Without a time, for ever. */
-    Waiting wait(int descriptor, std::optional<std::chrono::milliseconds> time) const;
+    friend int waitForFileOrSignal(FileUse use, int descriptor, std::chrono::milliseconds most);
+    /** Without a time, for ever; for what poll() calls `events`. */
+    Waiting wait(int descriptor, short events, std::optional<std::chrono::milliseconds> time) const;
 
     static const Interrupt* s_current;
 
@@ -49,8 +54,8 @@ private:
     sigset_t m_maskBefore{};
 };
 
-/** For setReadingWait(): waits as long as no signal asks the program to leave. */
-int waitForReading(int descriptor);
+/** For setFileWait(): waits as long as no signal asks the program to leave. */
+int waitForFileOrSignal(FileUse use, int descriptor, std::chrono::milliseconds most);
 
 } // namespace Radio
 

@@ -240,7 +240,9 @@ void LineEditor::loadHistory() {
     HistEvent event{};
     history(m_history, &event, H_SETSIZE, historyLength);
     history(m_history, &event, H_SETUNIQUE, 1);
-    if (!m_historyFile.empty()) {
+    std::error_code error;
+    // Who opens a pipe may wait for ever.
+    if (std::filesystem::is_regular_file(m_historyFile, error)) {
         history(m_history, &event, H_LOAD, m_historyFile.c_str());
     }
 }

@@ -1,5 +1,7 @@
 #include "radioctl/console/PatientOutput.h"
 
+#include "radioctl/console/Interrupt.h"
+
 #include <poll.h>
 #include <unistd.h>
 
@@ -7,30 +9,30 @@
 #include <cerrno>
 #include <chrono>
 #include <climits>
-#include <iostream>
 
 namespace Radio {
 
 namespace {
 
 /** How long what the program has to say at the end may wait for a reader, once it was told to leave. */
-constexpr int patienceAtTheEnd = 4; // of the waits below
+constexpr int patienceAtTheEnd = 2; // of the waits below
 constexpr std::chrono::milliseconds oneWait(250);
 
 } // namespace
 
-PatientOutput::PatientOutput(const Interrupt& interrupt)
-    : m_interrupt(interrupt),
-      m_before(std::cout.rdbuf(nullptr)) {
+PatientOutput::PatientOutput(std::ostream& stream, int descriptor)
+    : m_stream(stream),
+      m_descriptor(descriptor),
+      m_before(stream.rdbuf(nullptr)) {
     setp(m_buffer.data(), m_buffer.data() + m_buffer.size());
-    std::cout.rdbuf(this);
+    m_stream.rdbuf(this);
 }
 
 PatientOutput::~PatientOutput() {
-    const std::ios::iostate state = std::cout.rdstate();
+    const std::ios::iostate state = m_stream.rdstate();
     static_cast<void>(writeAll());
-    std::cout.rdbuf(m_before); // which takes it for good
-    std::cout.setstate(state);
+    m_stream.rdbuf(m_before); // which takes it for good
+    m_stream.setstate(state);
 }
 
 bool PatientOutput::isGone() {
@@ -60,7 +62,7 @@ bool PatientOutput::writeAll() {
         if (isGood) {
             // A pipe that can be written has room for so much.
             const auto most = std::min<std::ptrdiff_t>(pptr() - next, PIPE_BUF);
-            const ssize_t count = write(STDOUT_FILENO, next, static_cast<std::size_t>(most));
+            const ssize_t count = write(m_descriptor, next, static_cast<std::size_t>(most));
             isGood = count >= 0 || errno == EINTR || errno == EAGAIN;
             next += std::max<ssize_t>(count, 0);
         }
@@ -71,12 +73,12 @@ bool PatientOutput::writeAll() {
 
 bool PatientOutput::waitUntilWritable() {
     for (int waits = 0;; ++waits) {
-        pollfd output{STDOUT_FILENO, POLLOUT, 0};
+        pollfd output{m_descriptor, POLLOUT, 0};
         const int count = poll(&output, 1, static_cast<int>(waits == 0 ? 0 : oneWait.count()));
         if (count > 0) {
             return (output.revents & POLLOUT) != 0;
         }
-        if (m_interrupt.signal() != 0 && waits >= patienceAtTheEnd) {
+        if (!Interrupt::isWaitedOn() && waits >= patienceAtTheEnd) {
             return false;
         }
     }

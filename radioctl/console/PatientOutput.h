@@ -1,27 +1,26 @@
 #ifndef RADIOCTL_CONSOLE_PATIENTOUTPUT_H
 #define RADIOCTL_CONSOLE_PATIENTOUTPUT_H
 
-#include "radioctl/console/Interrupt.h"
-
 #include <array>
+#include <ostream>
 #include <streambuf>
 
 namespace Radio {
 
 /**
- * Standard output that a signal gets through to: where nobody reads it, a program that drives hardware would
- * wait for ever, and could not be told to leave. In place of the stream's own buffer as long as it lives; one
- * at a time.
+ * Standard output, or that of errors, which a signal gets through to: where nobody reads it, a program that
+ * holds signals back would wait for ever, and could not be told to leave. In place of the stream's own buffer
+ * as long as it lives.
  */
 class PatientOutput final : public std::streambuf {
 public:
-    /** `interrupt` must outlive the object. */
-    explicit PatientOutput(const Interrupt& interrupt);
+    /** For std::cout or std::cerr, and the descriptor that it is of. */
+    PatientOutput(std::ostream& stream, int descriptor);
     PatientOutput(const PatientOutput&) = delete;
     PatientOutput& operator=(const PatientOutput&) = delete;
     ~PatientOutput() override;
 
-    /** Nobody can read it any more: the pipe or the terminal is gone. */
+    /** Nobody can read standard output any more: the pipe or the terminal is gone. */
     static bool isGone();
 
 protected:
@@ -32,7 +31,8 @@ private:
     bool writeAll();
     bool waitUntilWritable();
 
-    const Interrupt& m_interrupt;
+    std::ostream& m_stream;
+    int m_descriptor;
     std::array<char, 4096> m_buffer{};
     std::streambuf* m_before;
 };

@@ -7,9 +7,10 @@ namespace Radio {
 
 void addStoreOptions(CommandLine::Command& command, KeepOptions& options) {
     command
-        .option("--store", options.store,
-                "Keep the run in this store: sqlite:FILE,\npostgresql://USER@HOST/DATABASE, default, or "
-                "none;\notherwise as the settings file says")
+        .option(
+            "--store", options.store,
+            "Keep the run in this store: sqlite:FILE,\npostgresql://USER@HOST/DATABASE, default,\nor none; "
+            "otherwise as the settings file says")
         .named("URL")
         .check([](const std::string& word) { return word == "none" ? "" : Store::whyNoAddress(word); });
     command.option("--operator", options.operatorName, "Who did it; for the store")

@@ -16,11 +16,11 @@ using Commands = std::vector<std::string_view>;
 
 const Commands& allCommands() {
     static const Commands all = {
-        "run",           "console",      "check",        "plan explain", "plan audit",  "thermal",
-        "qualify",       "calibrate",    "tables lint",  "tables diff",  "tables why",  "record show",
-        "record diff",   "replay",       "describe",     "store list",   "store show",  "store tables",
-        "store compare", "store report", "store export", "store import", "store check", "store push",
-        "store grant",   "completion"};
+        "run",          "console",       "new",          "check",        "plan explain", "plan audit",
+        "thermal",      "qualify",       "calibrate",    "tables lint",  "tables diff",  "tables why",
+        "record show",  "record diff",   "replay",       "describe",     "store list",   "store show",
+        "store tables", "store compare", "store report", "store export", "store import", "store check",
+        "store push",   "store grant",   "completion"};
     return all;
 }
 
@@ -66,7 +66,7 @@ std::string namesOf(const Commands& some, const Commands& asked) {
     std::copy_if(asked.begin(), asked.end(), std::back_inserter(others), [&some](std::string_view command) {
         return std::find(some.begin(), some.end(), command) == some.end();
     });
-    constexpr std::size_t few = 5;
+    constexpr std::size_t few = 6;
     if (others.size() <= few && asked.size() > many) {
         const std::string last(others.back());
         others.pop_back();
@@ -138,6 +138,7 @@ const std::vector<ExitReason>& exitReasons() {
          {"run", "console", "check", "plan explain", "plan audit", "thermal", "qualify", "calibrate",
           "tables lint", "tables diff", "tables why"},
          "a board cannot be used"},
+        {ExitCode::unusableInput, {"new"}, "the file is there already"},
         {ExitCode::unusableInput, {"run"}, "a script cannot be used"},
         {ExitCode::unusableInput, {"console"}, "a line through a pipe was refused"},
         {ExitCode::unusableInput, {"plan audit"}, "a board has no raster to audit"},

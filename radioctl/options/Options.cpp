@@ -60,18 +60,24 @@ const CLI::App& requireCommandNamed(const CLI::App& app, const std::string& name
                            CLI::ExitCodes::ExtrasError);
 }
 
-/** The options of `app` that have long names; those of its groups are among them. */
+/** The options and arguments of `app`, those of its groups among them. */
+std::vector<const CLI::Option*> optionsOf(const CLI::App& app) {
+    std::vector<const CLI::Option*> options = app.get_options();
+    for (const CLI::App* const group :
+         app.get_subcommands([](const CLI::App* below) { return below->get_name().empty(); })) {
+        const std::vector<const CLI::Option*> more = optionsOf(*group);
+        options.insert(options.end(), more.begin(), more.end());
+    }
+    return options;
+}
+
+/** The options of `app` that have long names. */
 std::vector<std::string> longNames(const CLI::App& app) {
     std::vector<std::string> names;
-    for (const CLI::Option* const option : app.get_options()) {
+    for (const CLI::Option* const option : optionsOf(app)) {
         for (const std::string& name : option->get_lnames()) {
             names.push_back("--" + name);
         }
-    }
-    for (const CLI::App* const group :
-         app.get_subcommands([](const CLI::App* below) { return below->get_name().empty(); })) {
-        const std::vector<std::string> more = longNames(*group);
-        names.insert(names.end(), more.begin(), more.end());
     }
     return names;
 }
@@ -83,6 +89,138 @@ void requireOption(const CLI::App& app, const std::string& name) {
                                CLI::ExitCodes::ExtrasError);
     }
 }
+
+bool isOption(const std::string& word) {
+    return word.size() > 1 && word.front() == '-';
+}
+
+std::string inOneLine(std::string text) {
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
+}
+
+/** Goes through the words of a command line as far as they are typed. */
+class TypedLine {
+public:
+    TypedLine(const CLI::App& app, const ValueKinds& kinds) : m_command(&app), m_kinds(&kinds) {}
+
+    void take(const std::string& word) {
+        if (m_valuesToCome > 0) {
+            --m_valuesToCome;
+        } else if (isOption(word) && !m_areArguments) {
+            takeOption(word);
+        } else if (wantsCommand(*m_command)) {
+            takeCommand(word);
+        } else {
+            ++m_argumentCount;
+        }
+    }
+
+    Offers offersFor(const std::string& typed) const {
+        Offers offers;
+        const std::size_t equals = typed.find('=');
+        if (m_valuesToCome > 0) {
+            offerValues(m_option, "", offers);
+        } else if (isOption(typed) && !m_areArguments && equals != std::string::npos) {
+            offerValues(optionNamed(typed.substr(0, equals)), typed.substr(0, equals + 1), offers);
+        } else if (!typed.empty() && typed.front() == '-' && !m_areArguments) {
+            offerOptions(offers);
+        } else if (wantsCommand(*m_command)) {
+            offerCommands(offers);
+        } else {
+            offerValues(argument(), "", offers);
+        }
+        const auto isOther = [&typed](const Offers::Word& offer) {
+            return offer.word.compare(0, typed.size(), typed) != 0;
+        };
+        offers.words.erase(std::remove_if(offers.words.begin(), offers.words.end(), isOther),
+                           offers.words.end());
+        return offers;
+    }
+
+private:
+    /** Nothing when there is none of that name. */
+    const CLI::Option* optionNamed(const std::string& name) const {
+        for (const CLI::Option* const option : optionsOf(*m_command)) {
+            if (option->nonpositional() && option->check_name(name)) {
+                return option;
+            }
+        }
+        return nullptr;
+    }
+
+    /** The argument that stands here; nothing behind the last. */
+    const CLI::Option* argument() const {
+        std::size_t before = m_argumentCount;
+        for (const CLI::Option* const option : optionsOf(*m_command)) {
+            if (!option->nonpositional()) {
+                if (before == 0 || option->get_items_expected_max() > 1) {
+                    return option;
+                }
+                --before;
+            }
+        }
+        return nullptr;
+    }
+
+    void takeOption(const std::string& word) {
+        m_areArguments = word == "--";
+        m_option = optionNamed(word.substr(0, word.find('=')));
+        if (m_option != nullptr) {
+            m_given.push_back(m_option);
+            m_valuesToCome = word.find('=') == std::string::npos ? m_option->get_items_expected_min() : 0;
+        }
+    }
+
+    void takeCommand(const std::string& name) {
+        for (const CLI::App* const command : commandsBelow(*m_command)) {
+            if (command->get_name() == name) {
+                m_command = command;
+                m_given.clear();
+                return;
+            }
+        }
+    }
+
+    void offerValues(const CLI::Option* option, const std::string& prefix, Offers& offers) const {
+        const auto kind = m_kinds->find(option);
+        if (kind != m_kinds->end()) {
+            for (const std::string& word : kind->second.words) {
+                offers.words.push_back({prefix + word, ""});
+            }
+            offers.areFiles = kind->second.isFile;
+            offers.endings = kind->second.endings;
+        }
+    }
+
+    void offerOptions(Offers& offers) const {
+        for (const CLI::Option* const option : optionsOf(*m_command)) {
+            const bool isGiven = std::find(m_given.begin(), m_given.end(), option) != m_given.end();
+            const bool isRepeated = option->get_items_expected_max() > option->get_items_expected_min();
+            for (const std::string& name : option->get_lnames()) {
+                if (!isGiven || isRepeated) {
+                    offers.words.push_back({"--" + name, inOneLine(option->get_description())});
+                }
+            }
+        }
+    }
+
+    void offerCommands(Offers& offers) const {
+        for (const CLI::App* const command : commandsBelow(*m_command)) {
+            offers.words.push_back({command->get_name(), inOneLine(command->get_description())});
+        }
+    }
+
+    const CLI::App* m_command;
+    const ValueKinds* m_kinds;
+    /** The option taken last, and how many words of its value are still to come. */
+    const CLI::Option* m_option = nullptr;
+    int m_valuesToCome = 0;
+    /** "--" was there. */
+    bool m_areArguments = false;
+    std::size_t m_argumentCount = 0;
+    std::vector<const CLI::Option*> m_given;
+};
 
 /** Has the help of the commands below `app`, whose names are `path`, end as `footer` says. */
 void endHelp(CLI::App& app, const std::string& path,
@@ -129,8 +267,22 @@ Option& Option::within(std::int64_t low, std::int64_t high, const char* unit) {
 }
 
 Option& Option::oneOf(const std::vector<std::string>& words) {
-    m_option->check(CLI::IsMember(words));
+    (*m_kinds)[m_option].words = words;
+    CLI::IsMember isMember(words);
+    // In the help they stand behind the name, on a line of eighty columns with it.
+    constexpr std::size_t most = 50;
+    if (joined(words, ",").size() > most) {
+        isMember.description("");
+    }
+    m_option->check(isMember);
     return *this;
+}
+
+Option& Option::file(const std::vector<std::string>& endings) {
+    ValueKind& kind = (*m_kinds)[m_option];
+    kind.isFile = true;
+    kind.endings = endings;
+    return named("FILE");
 }
 
 Option& Option::showDefault() {
@@ -166,7 +318,7 @@ bool Option::isThere() const {
 }
 
 Command Command::command(const char* name, const char* help) {
-    return Command(*m_app->add_subcommand(name, help));
+    return Command(*m_app->add_subcommand(name, help), *m_kinds);
 }
 
 void Command::requireCommand() {
@@ -175,7 +327,7 @@ void Command::requireCommand() {
 
 template <typename Value>
 Option Command::option(const char* name, Value& value, const char* help) {
-    return Option(*m_app->add_option(name, value, help));
+    return Option(*m_app->add_option(name, value, help), *m_kinds);
 }
 
 template Option Command::option(const char*, std::string&, const char*);
@@ -188,7 +340,7 @@ template Option Command::option(const char*, std::vector<std::int32_t>&, const c
 template Option Command::option(const char*, std::vector<std::int64_t>&, const char*);
 
 Option Command::flag(const char* name, bool& value, const char* help) {
-    return Option(*m_app->add_flag(name, value, help));
+    return Option(*m_app->add_flag(name, value, help), *m_kinds);
 }
 
 Option Command::json(bool& value) {
@@ -198,7 +350,7 @@ Option Command::json(bool& value) {
 Command Command::alternatives(const char* name, const char* help) {
     CLI::Option_group& group = *m_app->add_option_group(name, help);
     group.require_option(1);
-    return Command(group);
+    return Command(group, *m_kinds);
 }
 
 bool Command::isCalled() const {
@@ -219,7 +371,7 @@ Parser::Parser(const char* help, const char* name, const char* version)
 Parser::~Parser() = default;
 
 Command Parser::top() {
-    return Command(*m_app);
+    return Command(*m_app, m_kinds);
 }
 
 void Parser::endHelpWith(const std::function<std::string(std::string_view command)>& footer) {
@@ -254,6 +406,14 @@ std::optional<bool> Parser::parse(std::vector<std::string> words) {
     } catch (const CLI::ParseError& error) {
         return m_app->exit(error) == 0;
     }
+}
+
+Offers Parser::offersFor(const std::vector<std::string>& before, const std::string& typed) const {
+    TypedLine line(*m_app, m_kinds);
+    for (const std::string& word : before) {
+        line.take(word);
+    }
+    return line.offersFor(typed);
 }
 
 } // namespace Radio::CommandLine

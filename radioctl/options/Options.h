@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,10 +24,34 @@ namespace Radio::CommandLine {
 /** Says what is wrong with a value; empty: nothing. */
 using ValueCheck = std::function<std::string(const std::string& value)>;
 
+/** What a value can be, for those who complete a command line; of a value without one, only the user knows.
+ */
+struct ValueKind {
+    std::vector<std::string> words{};
+    bool isFile = false;
+    /** How the names of such files end, ".toml"; empty: as they like. */
+    std::vector<std::string> endings{};
+};
+
+using ValueKinds = std::map<const CLI::Option*, ValueKind>;
+
+/** What can stand where a command line is being typed. */
+struct Offers {
+    struct Word {
+        std::string word;
+        /** What it does, in one line; may be empty. */
+        std::string help;
+    };
+    std::vector<Word> words{};
+    bool areFiles = false;
+    /** See ValueKind. */
+    std::vector<std::string> endings{};
+};
+
 /** One option or argument. Refers to the command line that it belongs to, which must outlive it. */
 class Option {
 public:
-    explicit Option(CLI::Option& option) : m_option(&option) {}
+    Option(CLI::Option& option, ValueKinds& kinds) : m_option(&option), m_kinds(&kinds) {}
 
     /** Without it the command line is wrong. */
     Option& required();
@@ -35,7 +60,10 @@ public:
     Option& check(const ValueCheck& check);
     /** It is a whole number, or several, from `low` to `high`, in `unit` if it has one. */
     Option& within(std::int64_t low, std::int64_t high, const char* unit = "");
+    /** It is one of these; when they are many, the help has to name them. */
     Option& oneOf(const std::vector<std::string>& words);
+    /** It is a file; files of its kind have names that end in one of `endings`, or all are. */
+    Option& file(const std::vector<std::string>& endings = {});
     /** The help says what it is when it is not there. */
     Option& showDefault();
     /** So many values stand behind it. */
@@ -52,12 +80,13 @@ public:
 
 private:
     CLI::Option* m_option;
+    ValueKinds* m_kinds;
 };
 
 /** A command, and what can stand behind its name. Refers to the command line that it belongs to. */
 class Command {
 public:
-    explicit Command(CLI::App& app) : m_app(&app) {}
+    Command(CLI::App& app, ValueKinds& kinds) : m_app(&app), m_kinds(&kinds) {}
 
     /** A command below this one. */
     Command command(const char* name, const char* help);
@@ -83,6 +112,7 @@ public:
 
 private:
     CLI::App* m_app;
+    ValueKinds* m_kinds;
 };
 
 /** One of the things that the program can do. It adds itself to the command line when it is made. */
@@ -118,12 +148,15 @@ public:
      * or something is wrong, people have been told; then false for something wrong, and true for the rest.
      */
     std::optional<bool> parse(std::vector<std::string> words);
+    /** What can stand in the place of `typed`, which may be empty, behind the words `before`. */
+    Offers offersFor(const std::vector<std::string>& before, const std::string& typed) const;
 
 private:
     /** Throws for a command or an option that there is not, before something else is missed. */
     void refuseUnknownNames(const std::vector<std::string>& words) const;
 
     std::unique_ptr<CLI::App> m_app;
+    ValueKinds m_kinds;
 };
 
 } // namespace Radio::CommandLine

@@ -1,5 +1,6 @@
 #include "radioctl/plan/AuditReport.h"
 
+#include "radio/text/Spreadsheet.h"
 #include "radio/text/Words.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/TextTable.h"
@@ -45,24 +46,6 @@ Json rowEvent(const char* event, const Board& board, const AuditRow& row) {
             {"direction", toString(row.direction)},
             {"raster", row.raster},
             {"channel_spacing", orNull(row.channelSpacing)}};
-}
-
-/**
- * `text` as one field: in quotes when it would not be one otherwise, and behind an apostrophe when a
- * spreadsheet would take it for a formula and carry it out.
- */
-std::string csvField(const std::string& text) {
-    const bool isFormula =
-        !text.empty() && std::string_view("=+-@\t\r").find(text.front()) != std::string_view::npos;
-    const std::string shown = isFormula ? "'" + text : text;
-    if (shown.find_first_of(",\"\r\n") == std::string::npos) {
-        return shown;
-    }
-    std::string quoted = "\"";
-    for (const char character : shown) {
-        quoted += character == '"' ? "\"\"" : std::string(1, character);
-    }
-    return quoted + "\"";
 }
 
 void writeCell(std::ostream& out, const std::optional<std::int64_t>& number) {
@@ -174,8 +157,8 @@ void AuditCsv::writeHeading(std::ostream& out) {
 
 void AuditCsv::carrierAudited(const AuditRow& row, const CarrierResult& result) {
     const std::optional<Build> build = buildOf(row.channel.type, row.direction);
-    m_out << csvField(m_board.file.string()) << ',' << row.channel.number << ',' << toString(row.direction)
-          << ',' << csvField(row.raster);
+    m_out << asCell(m_board.file.string()) << ',' << row.channel.number << ',' << toString(row.direction)
+          << ',' << asCell(row.raster);
     writeCell(m_out, row.channelSpacing);
     writeCell(m_out, result.carrier);
     writeCell(m_out, result.words[Word::dspOffset]);

@@ -24,7 +24,7 @@ PlanCommandLine::PlanCommandLine(CommandLine::Command program)
 }
 
 void PlanCommandLine::addExplain() {
-    m_explain.option("BOARD", m_explainOptions.board, "Board description (TOML)").required().named("FILE");
+    m_explain.option("BOARD", m_explainOptions.board, "Board description (TOML)").required().file({".toml"});
     m_explain.option("--channel", m_explainOptions.channel, "Radio channel")
         .required()
         .named("N")
@@ -39,9 +39,9 @@ void PlanCommandLine::addExplain() {
 }
 
 void PlanCommandLine::addAudit() {
-    m_audit.option("BOARD", m_auditOptions.boards, "Board descriptions (TOML)").required().named("FILE");
+    m_audit.option("BOARD", m_auditOptions.boards, "Board descriptions (TOML)").required().file({".toml"});
     m_audit.option("--csv", m_auditOptions.csv, "Write a line for each carrier; - is\nstandard output")
-        .named("FILE");
+        .file();
     addStoreOptions(m_audit, m_auditOptions.keep);
     addUnitOptions(m_audit, m_auditOptions.keep);
     addHardwareOption(m_audit, m_auditOptions.hardware);

@@ -29,16 +29,12 @@ RecordCommandLine::RecordCommandLine(CommandLine::Command program)
       m_show(m_record.command("show", "Show what happened in a recording, as run does")),
       m_diff(m_record.command("diff", "Show what two radios did otherwise, or one radio\nbefore and after")) {
     m_record.requireCommand();
-    m_show.option("FILE", m_showOptions.file, "Recording, from librecordingplatform.so")
-        .required()
-        .named("FILE");
+    m_show.option("FILE", m_showOptions.file, "Recording, from librecordingplatform.so").required().file();
     addFilters(m_show, m_showOptions.wanted);
     m_show.flag("-v,--verbose", m_showOptions.verbose, "Show every call to the platform");
     m_show.json(m_showOptions.json);
-    m_diff.option("A", m_diffOptions.before, "Recording, from librecordingplatform.so")
-        .required()
-        .named("FILE");
-    m_diff.option("B", m_diffOptions.after, "Another one").required().named("FILE");
+    m_diff.option("A", m_diffOptions.before, "Recording, from librecordingplatform.so").required().file();
+    m_diff.option("B", m_diffOptions.after, "Another one").required().file();
     addFilters(m_diff, m_diffOptions.wanted);
     m_diff.flag("-v,--verbose", m_diffOptions.verbose, "Show the calls of operations that only one has");
     m_diff.option("--limit", m_diffOptions.limit, "Differing operations to show, and calls of each")

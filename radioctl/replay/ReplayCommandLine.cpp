@@ -12,9 +12,7 @@ constexpr int mostSeconds = 1000000;
 ReplayCommandLine::ReplayCommandLine(CommandLine::Command program)
     : m_replay(program.command("replay", "Live what was recorded with today's library, and\nsay where it "
                                          "goes another way")) {
-    m_replay.option("FILE", m_options.files, "Recordings, from librecordingplatform.so")
-        .required()
-        .named("FILE");
+    m_replay.option("FILE", m_options.files, "Recordings, from librecordingplatform.so").required().file();
     m_replay.option("--jobs", m_options.jobs, "So many at a time; as there are processors")
         .named("N")
         .within(1, mostJobs);

@@ -40,7 +40,6 @@ void showVerdict(const std::string& file, std::size_t errors, std::size_t warnin
 } // namespace
 
 int showFindings(const std::string& file, const std::vector<Finding>& findings, bool json, bool strict) {
-    const auto isError = [](const Finding& finding) { return finding.severity == Severity::error; };
     const auto errors = static_cast<std::size_t>(std::count_if(findings.begin(), findings.end(), isError));
     for (const Finding& finding : findings) {
         showFinding(finding, json);

@@ -94,7 +94,8 @@ std::string noSuchChannel(const Board& board, int number) {
 
 int checkedOutput(int exitCode) {
     std::cout << std::flush;
-    if (std::cout) {
+    // Who was told to leave did not wait for a reader.
+    if (std::cout || exitCode > ExitCode::signalBase) {
         return exitCode;
     }
     std::cerr << "radioctl: standard output cannot be written\n";

@@ -11,16 +11,15 @@ RunCommandLine::RunCommandLine(CommandLine::Command program)
         .option("SCRIPT", m_script,
                 "Commands, one a line; - reads them from\nstandard input, and so does leaving it\n"
                 "out when standard input is no terminal")
-        .named("FILE");
-    m_run.option("--junit", m_options.junit, "Write what came of the expectations, as\nJUnit's XML")
-        .named("FILE");
+        .file({".script"});
+    m_run.option("--junit", m_options.junit, "Write what came of the expectations, as\nJUnit's XML").file();
     addStoreOptions(m_run, m_options.keep);
     addUnitOptions(m_run, m_options.keep);
 }
 
 CommandLine::Command RunCommandLine::add(CommandLine::Command& program, const char* name, const char* help) {
     CommandLine::Command command = program.command(name, help);
-    command.option("BOARD", m_options.board, "Board description (TOML)").required().named("FILE");
+    command.option("BOARD", m_options.board, "Board description (TOML)").required().file({".toml"});
     addHardwareOptions(command, m_options.hardware);
     command.json(m_options.json);
     command.option("--trace", m_trace, "Trace messages to show")

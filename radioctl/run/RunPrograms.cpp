@@ -234,6 +234,11 @@ int consoleOn(const Board& board, const RunOptions& options, Reporter& reporter,
             impatience.settle();
         } catch (const WordError& error) {
             refuseLine((atTerminal ? "" : toString(place) + ": ") + error.what());
+        } catch (const GivenUp& error) {
+            // Ctrl-C has done its work: what was to be included is not waited for.
+            if (atTerminal && error.signal() == SIGINT) {
+                interrupt.forget();
+            }
         } catch (const InputError& error) {
             refuseLine(error.what());
         }
@@ -268,6 +273,8 @@ int runWithJunit(const RunOptions& options, Reporter& reporter) {
         junit.write(file.stream(), exitCode);
         file.commit();
         return exitCode;
+    } catch (const GivenUp& error) {
+        return ExitCode::signalBase + error.signal();
     } catch (const InputError& error) {
         return refuse(reporter, error.what());
     }

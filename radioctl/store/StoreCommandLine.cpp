@@ -17,7 +17,7 @@ std::string whyNoDay(const std::string& word) {
 } // namespace
 
 StoreCommandLine::StoreCommandLine(CommandLine::Command program)
-    : m_store(program.command("store", "Look into the store of runs, and take runs out and in")) {
+    : m_store(program.command("store", "Look into the store of runs, and take runs out\nand in")) {
     m_store.requireCommand();
     addSelection(add("list", "List the runs, the oldest first", runList));
     CommandLine::Command show =
@@ -33,7 +33,7 @@ StoreCommandLine::StoreCommandLine(CommandLine::Command program)
     tables.option("--channel", m_options.channel, "The radio channel, of a unit with several")
         .named("N")
         .within(0, std::numeric_limits<int>::max());
-    tables.option("--out", m_options.out, "Where they go; otherwise to standard output").named("FILE");
+    tables.option("--out", m_options.out, "Where they go; otherwise to standard output").file();
     CommandLine::Command compare = add("compare", "Show what two runs measured side by side", runCompare);
     compare.option("A", m_options.unit, "Serial number, for its last run, or the\nbeginning of a run's id")
         .required()
@@ -42,7 +42,7 @@ StoreCommandLine::StoreCommandLine(CommandLine::Command program)
     CommandLine::Command report =
         add("report", "Say what runs tell together: yield, room within\nlimits, drift, stations, outliers",
             runReport);
-    report.option("--html", m_options.html, "Write a page with plots (needs gnuplot)").named("FILE");
+    report.option("--html", m_options.html, "Write a page with plots (needs gnuplot)").file();
     report.flag("--all", m_options.all, "Show every measurement, not only those with the\nleast room");
     addSelection(report);
     CommandLine::Command exported = add("export", "Write runs for other programs", runExport);
@@ -52,15 +52,13 @@ StoreCommandLine::StoreCommandLine(CommandLine::Command program)
         .required()
         .named("FORMAT")
         .oneOf({"csv", "json", "junit"});
-    exported.option("--out", m_options.out, "Where they go; otherwise to standard output").named("FILE");
+    exported.option("--out", m_options.out, "Where they go; otherwise to standard output").file();
     addSelection(exported);
     CommandLine::Command imported = add("import", "Add runs that were exported as JSON", runImport);
-    imported.option("FILE", m_options.files, "What \"export --format json\" has written")
-        .required()
-        .named("FILE");
+    imported.option("FILE", m_options.files, "What \"export --format json\" has written").required().file();
     add("check", "See whether every run in the store is whole", runCheck);
     CommandLine::Command push = add("push", "Add runs that wait in files for the store", runPush);
-    push.option("FOLDER", m_options.folder, "Where they wait; otherwise here").named("FOLDER");
+    push.option("FOLDER", m_options.folder, "Where they wait; otherwise here").file().named("FOLDER");
     push.flag("--all", m_options.all, "Also those that wait for another store");
     CommandLine::Command grant =
         add("grant", "Let a user of PostgreSQL add runs and read them,\nand neither change nor delete any",

@@ -22,15 +22,17 @@ TablesCommandLine::TablesCommandLine(CommandLine::Command program)
 void TablesCommandLine::addLint() {
     m_lint.option("FILE", m_lintOptions.files, "Board descriptions (TOML) and calibrations\n(CSV)")
         .required()
-        .named("FILE");
+        .file({".toml", ".csv"});
     m_lint.json(m_lintOptions.json);
 }
 
 void TablesCommandLine::addDiff() {
-    m_diff.option("A", m_diffOptions.before, "Board description or calibration").required().named("FILE");
-    m_diff.option("B", m_diffOptions.after, "Another one").required().named("FILE");
+    m_diff.option("A", m_diffOptions.before, "Board description or calibration")
+        .required()
+        .file({".toml", ".csv"});
+    m_diff.option("B", m_diffOptions.after, "Another one").required().file({".toml", ".csv"});
     m_diff.option("--board", m_diffOptions.board, "Board that describes the leakage; B or A if\nthat is one")
-        .named("FILE");
+        .file({".toml"});
     m_diff.option("--channel", m_diffOptions.channel, "Radio channel; all that both have")
         .named("N")
         .within(0, std::numeric_limits<int>::max());
@@ -39,7 +41,7 @@ void TablesCommandLine::addDiff() {
 }
 
 void TablesCommandLine::addWhy() {
-    m_why.option("BOARD", m_whyOptions.board, "Board description (TOML)").required().named("FILE");
+    m_why.option("BOARD", m_whyOptions.board, "Board description (TOML)").required().file({".toml"});
     m_why.option("--channel", m_whyOptions.channel, "Radio channel")
         .required()
         .named("N")

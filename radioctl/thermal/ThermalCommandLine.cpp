@@ -42,8 +42,10 @@ ThermalCommandLine::ThermalCommandLine(CommandLine::Command program)
     : m_thermal(program.command(
           "thermal",
           "Replay a temperature log and show how the\ncorrections of the transmitters follow it")) {
-    m_thermal.option("BOARD", m_options.board, "Board description (TOML)").required().named("FILE");
-    m_thermal.option("LOG", m_options.log, "Temperature log (CSV): seconds,degrees").required().named("FILE");
+    m_thermal.option("BOARD", m_options.board, "Board description (TOML)").required().file({".toml"});
+    m_thermal.option("LOG", m_options.log, "Temperature log (CSV): seconds,degrees")
+        .required()
+        .file({".csv"});
     m_thermal
         .option("--carrier", m_carriers,
                 "Transmit carrier of a channel, such as\n1=18.00025GHz; otherwise the first of its raster")
@@ -53,8 +55,8 @@ ThermalCommandLine::ThermalCommandLine(CommandLine::Command program)
     m_thermal
         .option("--csv", m_options.csv,
                 "Write a line for each temperature and\nchannel; - is standard output")
-        .named("FILE");
-    m_thermal.option("--html", m_options.html, "Write a page with plots (needs gnuplot)").named("FILE");
+        .file();
+    m_thermal.option("--html", m_options.html, "Write a page with plots (needs gnuplot)").file();
     m_thermal.option("--station", m_options.station, "Where it is replayed; stands on the page")
         .named("TEXT")
         .check(whyNoLabel);

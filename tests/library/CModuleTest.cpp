@@ -6,6 +6,7 @@
 #include "InterfaceBroker.h"
 #include "ModuleTest.h"
 
+#include <ostream>
 #include <stdexcept>
 
 using Standalone::Operation;
@@ -35,15 +36,16 @@ protected:
         return tuning(direction);
     }
     FrequencyHandlerTuning tuning(std::int32_t direction) {
-        FrequencyHandlerTuning told{1, EAFResult{2}, 3};
+        FrequencyHandlerTuning told{1, EAFResult{2}, 3, 4};
         EXPECT_EQ(FrequencyHandler_GetTuning(cModule, direction, &told), ResultOk);
         return told;
     }
     static void expect(const FrequencyHandlerTuning& told, std::uint32_t frequency, EAFResult result,
-                       std::int32_t code) {
+                       std::int32_t code, std::int32_t written) {
         EXPECT_EQ(told.frequency, frequency);
         EXPECT_EQ(told.result, result);
         EXPECT_EQ(told.code, code);
+        EXPECT_EQ(told.written, written);
     }
 
     FrequencyHandlerModule* cModule = nullptr;
@@ -81,14 +83,23 @@ TEST_F(CModuleTest, UnknownTypeGivesNoModule) {
     EXPECT_EQ(platform.modules().moduleCount(), 0U);
 }
 
-TEST_F(CModuleTest, PlatformThatThrowsGivesNoModule) {
-    cModule = reinterpret_cast<FrequencyHandlerModule*>(this);
+TEST_F(CModuleTest, HandlerThatCannotBePublishedServesItsModuleAllTheSame) {
     Standalone::Fault fault{Operation::brokerRegister, "", driversCode};
     fault.thrown = std::make_exception_ptr(std::runtime_error("no broker"));
     platform.calls().inject(fault);
-    // A handler that cannot be published serves its module all the same.
-    EXPECT_EQ(FrequencyHandler_Create(1, FrequencyHandlerRfModule, &cModule), ResultOk);
-    EXPECT_NE(cModule, nullptr);
+    bootC(FrequencyHandlerRfModule);
+    EXPECT_EQ(InterfaceBroker::getInstance().findInterface("IFrequencyHandler_Tx_1"), nullptr);
+    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultOk, 0, 1);
+}
+
+TEST_F(CModuleTest, ModuleThatCannotBeRegisteredIsThereAndHearsOfNoPhase) {
+    Standalone::Fault fault{Operation::moduleRegister, "", driversCode};
+    fault.thrown = std::make_exception_ptr(std::runtime_error("no manager"));
+    platform.calls().inject(fault);
+    ASSERT_EQ(FrequencyHandler_Create(1, FrequencyHandlerRfModule, &cModule), ResultOk);
+    EXPECT_EQ(platform.modules().moduleCount(), 0U);
+    EXPECT_TRUE(run(11));
+    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultOk, 0, 0);
 }
 
 TEST_F(CModuleTest, NullArgumentsAreRefused) {
@@ -103,25 +114,25 @@ TEST_F(CModuleTest, NullArgumentsAreRefused) {
 
 TEST_F(CModuleTest, DirectionThatIsNoneIsRefusedAndTouchesNothing) {
     bootC(FrequencyHandlerRfModule);
-    FrequencyHandlerTuning told{1, EAFResult{2}, 3};
+    FrequencyHandlerTuning told{1, EAFResult{2}, 3, 4};
     for (const std::int32_t direction : {-1, 2}) {
         EXPECT_EQ(FrequencyHandler_Tune(cModule, direction, 7442000), ResultFailed);
         EXPECT_EQ(FrequencyHandler_GetTuning(cModule, direction, &told), ResultFailed);
     }
     EXPECT_THAT(writes(), IsEmpty());
-    expect(told, 1, EAFResult{2}, 3);
+    expect(told, 1, EAFResult{2}, 3, 4);
 }
 
 TEST_F(CModuleTest, BeforeTheFirstCarrierThereIsNone) {
     bootC(FrequencyHandlerRfModule);
-    expect(tuning(FrequencyHandlerTx), 0, ResultOk, 0);
-    expect(tuning(FrequencyHandlerRx), 0, ResultOk, 0);
+    expect(tuning(FrequencyHandlerTx), 0, ResultOk, 0, 0);
+    expect(tuning(FrequencyHandlerRx), 0, ResultOk, 0, 0);
 }
 
 TEST_F(CModuleTest, CarrierThatIsTakenIsTold) {
     bootC(FrequencyHandlerRfModule);
-    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultOk, 0);
-    expect(tune(FrequencyHandlerRx, 7603000), 7603000, ResultOk, 0);
+    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultOk, 0, 1);
+    expect(tune(FrequencyHandlerRx, 7603000), 7603000, ResultOk, 0, 1);
     EXPECT_EQ(platform.drivers().find("channel.1.tx.rf.frequency")->value(), 7442000);
     EXPECT_EQ(platform.drivers().find("channel.1.rx.rf.frequency")->value(), 7603000);
 }
@@ -129,9 +140,9 @@ TEST_F(CModuleTest, CarrierThatIsTakenIsTold) {
 TEST_F(CModuleTest, DriversCodeIsToldAndTheCarrierIsKept) {
     bootC(FrequencyHandlerRfModule);
     refuse(Operation::driverWrite, "channel.1.tx.rf.frequency");
-    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultFailed, driversCode);
+    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultFailed, driversCode, 0);
     EXPECT_EQ(frequencyOf("Tx"), 7442000U);
-    expect(tuning(FrequencyHandlerRx), 0, ResultOk, 0); // the other direction was not asked for
+    expect(tuning(FrequencyHandlerRx), 0, ResultOk, 0, 0); // the other direction was not asked for
 }
 
 TEST_F(CModuleTest, NextCarrierBeginsAnew) {
@@ -139,20 +150,25 @@ TEST_F(CModuleTest, NextCarrierBeginsAnew) {
     refuse(Operation::driverWrite, "channel.1.tx.rf.frequency");
     tune(FrequencyHandlerTx, 7442000);
     platform.calls().clearAll();
-    expect(tune(FrequencyHandlerTx, 7443000), 7443000, ResultOk, 0);
+    expect(tune(FrequencyHandlerTx, 7443000), 7443000, ResultOk, 0, 1);
 }
 
 struct Refusing {
     std::int32_t type;
     Operation operation;
     const char* object;
+    std::int32_t written = 0;
 };
+// Said here, since of a value without words all bytes are printed, with those between its members.
+void PrintTo(const Refusing& refusing, std::ostream* stream) {
+    *stream << "type " << refusing.type << ", " << refusing.object;
+}
 class CModuleRefusalTest : public CModuleTest, public testing::WithParamInterface<Refusing> {};
 
 TEST_P(CModuleRefusalTest, CodeOfWhoeverRefusesIsTold) {
     bootC(GetParam().type);
     refuse(GetParam().operation, GetParam().object);
-    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultFailed, driversCode);
+    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultFailed, driversCode, GetParam().written);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -160,7 +176,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Refusing{FrequencyHandlerMicrowaveBoardIf, Operation::driverWrite, "channel.1.tx.if.frequency"},
         Refusing{FrequencyHandlerMicrowaveBoardIf, Operation::driverWrite, "channel.1.tx.rf.lo.frequency"},
-        Refusing{FrequencyHandlerMicrowaveBoardIf, Operation::driverWrite, "channel.1.tx.rf.pll.config"},
+        // The charge pump comes after the carrier.
+        Refusing{FrequencyHandlerMicrowaveBoardIf, Operation::driverWrite, "channel.1.tx.rf.pll.config", 1},
         Refusing{FrequencyHandlerMicrowaveBoardHz, Operation::driverWriteBuffer,
                  "channel.1.tx.rf.lo.frequency.in.hz"},
         Refusing{FrequencyHandlerRau, Operation::rauTx, "IRauHandler_1"}));
@@ -168,31 +185,31 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(CModuleTest, RefusedReceiveOffsetOfTheDspIsTold) {
     bootC(FrequencyHandlerMicrowaveBoardDspOffset);
     refuse(Operation::driverWrite, "channel.1.dsp.rx.freq.offset");
-    expect(tune(FrequencyHandlerRx, 7603000), 7603000, ResultFailed, driversCode);
+    expect(tune(FrequencyHandlerRx, 7603000), 7603000, ResultFailed, driversCode, 0);
 }
 
 TEST_F(CModuleTest, WhatFailsBeforeADriverIsAskedIs0x8000) {
     platform.variables().add("channel.1.tx.mixer.multiplicationfactor", {0}).set({0});
     bootC(FrequencyHandlerMicrowaveBoardIf);
-    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultFailed, 0x8000);
+    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultFailed, 0x8000, 0);
 }
 
 TEST_F(CModuleTest, OffsetArrayThatEndsInsideAPairIs0x8000) {
     platform.variables().find("channel.1.rx.rf.frequency.cs.offset.arraysize")->set({1});
     platform.variables().find("channel.1.rx.rf.frequency.cs.offset.array")->set({100});
     bootC(FrequencyHandlerMicrowaveBoardHzCsOffset);
-    expect(tune(FrequencyHandlerRx, 7603000), 7603000, ResultFailed, 0x8000);
+    expect(tune(FrequencyHandlerRx, 7603000), 7603000, ResultFailed, 0x8000, 0);
 }
 
 TEST_F(CModuleTest, ChannelSpacingWithoutHalfIs0x8000) {
     platform.variables().find("ChannelSpacing")->set({77});
     bootC(FrequencyHandlerMicrowaveBoardDspOffset);
-    expect(tune(FrequencyHandlerRx, 7603000), 7603000, ResultFailed, 0x8000);
+    expect(tune(FrequencyHandlerRx, 7603000), 7603000, ResultFailed, 0x8000, 0);
 }
 
 TEST_F(CModuleTest, RemoteUnitThatIsNotThereIs0x8000) {
     ASSERT_EQ(FrequencyHandler_Create(1, FrequencyHandlerRau, &cModule), ResultOk); // before phase 11
-    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultFailed, 0x8000);
+    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultFailed, 0x8000, 0);
 }
 
 TEST_F(CModuleTest, DriverThatThrowsIs0x8000) {
@@ -201,23 +218,60 @@ TEST_F(CModuleTest, DriverThatThrowsIs0x8000) {
         Standalone::Fault fault{Operation::driverWrite, "", driversCode};
         fault.thrown = std::make_exception_ptr(std::runtime_error("loose"));
         platform.calls().inject(fault);
-        expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultFailed, 0x8000);
+        expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultFailed, 0x8000, 0);
         platform.calls().clearAll();
         FrequencyHandler_Destroy(cModule);
     }
     cModule = nullptr;
 }
 
-TEST_F(CModuleTest, DriverThatIsNotThereRefusesNothing) {
-    ASSERT_EQ(FrequencyHandler_Create(1, FrequencyHandlerRfModule, &cModule), ResultOk); // before phase 11
-    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultOk, 0);
+class CModuleTypeTest : public CModuleTest, public testing::WithParamInterface<std::int32_t> {};
+
+TEST_P(CModuleTypeTest, WhatIsTunedBeforePhase11WritesNothingAndSaysSo) {
+    ASSERT_EQ(FrequencyHandler_Create(1, GetParam(), &cModule), ResultOk);
+    for (const std::int32_t direction : {FrequencyHandlerTx, FrequencyHandlerRx}) {
+        // Type 3 misses the offset array of its receiver, and type 4 the remote unit: these say so.
+        const bool isSaid =
+            GetParam() == FrequencyHandlerRau ||
+            (GetParam() == FrequencyHandlerMicrowaveBoardHzCsOffset && direction == FrequencyHandlerRx);
+        expect(tune(direction, 7442000), 7442000, isSaid ? ResultFailed : ResultOk, isSaid ? 0x8000 : 0, 0);
+    }
     EXPECT_THAT(writes(), IsEmpty());
+}
+
+TEST_P(CModuleTypeTest, CarrierThatReachesTheHardwareIsWritten) {
+    bootC(GetParam());
+    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultOk, 0, 1);
+    expect(tune(FrequencyHandlerRx, 7603000), 7603000, ResultOk, 0, 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(OfEachType, CModuleTypeTest, testing::Range(0, 6));
+
+TEST_F(CModuleTest, BoardWhoseLoIsGoneHasNothingOfTheCarrierWhateverElseItHas) {
+    for (const std::int32_t type : {FrequencyHandlerMicrowaveBoardIf, FrequencyHandlerMicrowaveBoardHz}) {
+        const bool isInHz = type == FrequencyHandlerMicrowaveBoardHz;
+        bootC(type);
+        auto* const lo = platform.drivers().find(isInHz ? "channel.1.tx.rf.lo.frequency.in.hz"
+                                                        : "channel.1.tx.rf.lo.frequency");
+        const DriverInterface whole = *lo->record();
+        lo->record()->write = nullptr;
+        lo->record()->writeBuffer = nullptr;
+        expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultOk, 0, 0);
+        expect(tune(FrequencyHandlerRx, 7603000), 7603000, ResultOk, 0, 1);
+        // A charge pump that is refused as well does not make it written.
+        refuse(Operation::driverWrite, "channel.1.tx.rf.pll.config");
+        expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultFailed, driversCode, 0);
+        platform.calls().clearAll();
+        *lo->record() = whole;
+        FrequencyHandler_Destroy(cModule);
+        cModule = nullptr;
+    }
 }
 
 TEST_F(CModuleTest, RefusedLeakageCorrectionIsNotTheCarriers) {
     bootC(FrequencyHandlerMicrowaveBoardIf);
     refuse(Operation::driverWrite, "channel.1.tx.rf.mixer.i");
-    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultOk, 0);
+    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultOk, 0, 1);
 }
 
 TEST_F(CModuleTest, WhatAnObserverTunesOfAnotherDirectionDoesNotCount) {
@@ -229,8 +283,51 @@ TEST_F(CModuleTest, WhatAnObserverTunesOfAnotherDirectionDoesNotCount) {
         .getInterface<IFrequencyHandler>("IFrequencyHandler_Tx_1")
         ->registerObserver(&follower);
     refuse(Operation::driverWrite, "channel.1.rx.rf.frequency");
-    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultOk, 0);
-    expect(tuning(FrequencyHandlerRx), 7603000, ResultFailed, driversCode);
+    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultOk, 0, 1);
+    expect(tuning(FrequencyHandlerRx), 7603000, ResultFailed, driversCode, 0);
+}
+
+TEST_F(CModuleTest, WhatAnObserverTunesOfTheSameDirectionIsTheLastChange) {
+    bootC(FrequencyHandlerRfModule);
+    CallingObserver again([this](IFrequencyHandler* subject) {
+        if (subject->getFrequency() == 7442000) {
+            platform.calls().clearAll(); // the first is refused, the second is not
+            expect(tune(FrequencyHandlerTx, 7470000), 7470000, ResultOk, 0, 1);
+        }
+    });
+    InterfaceBroker::getInstance()
+        .getInterface<IFrequencyHandler>("IFrequencyHandler_Tx_1")
+        ->registerObserver(&again);
+    refuse(Operation::driverWrite, "channel.1.tx.rf.frequency");
+    expect(tune(FrequencyHandlerTx, 7442000), 7470000, ResultOk, 0, 1);
+    EXPECT_EQ(platform.drivers().find("channel.1.tx.rf.frequency")->value(), 7470000);
+}
+
+TEST_F(CModuleTest, RefusalOfWhatAnObserverTunesOfTheSameDirectionIsTold) {
+    bootC(FrequencyHandlerRfModule);
+    CallingObserver again([this](IFrequencyHandler* subject) {
+        if (subject->getFrequency() == 7442000) {
+            refuse(Operation::driverWrite, "channel.1.tx.rf.frequency");
+            tune(FrequencyHandlerTx, 7470000);
+        }
+    });
+    InterfaceBroker::getInstance()
+        .getInterface<IFrequencyHandler>("IFrequencyHandler_Tx_1")
+        ->registerObserver(&again);
+    expect(tune(FrequencyHandlerTx, 7442000), 7470000, ResultFailed, driversCode, 0);
+}
+
+TEST_F(CModuleTest, WhatAnObserverTunesOfAnotherModuleDoesNotCount) {
+    bootC(FrequencyHandlerRfModule);
+    build(FrequencyHandlerRfModule, 2); // one that nobody asks for its tunings, and whose driver is missing
+    CallingObserver follower(
+        [this](IFrequencyHandler* /*subject*/) { EXPECT_EQ(module->setTxFrequency(7484000), ResultOk); });
+    InterfaceBroker::getInstance()
+        .getInterface<IFrequencyHandler>("IFrequencyHandler_Tx_1")
+        ->registerObserver(&follower);
+    expect(tune(FrequencyHandlerTx, 7442000), 7442000, ResultOk, 0, 1);
+    build(FrequencyHandlerRau, 2); // and one that says 0x8000, for want of its unit
+    expect(tune(FrequencyHandlerTx, 7443000), 7443000, ResultOk, 0, 1);
 }
 
 } // namespace

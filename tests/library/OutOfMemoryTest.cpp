@@ -6,6 +6,7 @@
 #include "FrequencyHandler_MicrowaveBoard.h"
 #include "FrequencyHandler_Rau.h"
 #include "FrequencyHandler_RfModule.h"
+#include "FrequencyHandler_c.h"
 #include "LoCancellation.h"
 #include "RadioTest.h"
 
@@ -145,6 +146,24 @@ TEST_F(OutOfMemoryTest, ModuleWhoseHandlersCannotBeMadeSaysSoAndHasNone) {
     ::FrequencyHandler module(1, ::FrequencyHandler::RfModule);
     EXPECT_THAT(traces(), ElementsAre("error: FrequencyHandler failed: std::bad_alloc"));
     EXPECT_EQ(module.setTxFrequency(7'442'000), ResultFailed);
+}
+
+TEST_F(OutOfMemoryTest, ModuleUnderItsCNameForWhichThereIsNoMemoryIsNone) {
+    const auto modules = platform.modules().moduleCount();
+    FrequencyHandlerModule* module = nullptr;
+    // For the module itself, and for its handlers; between them the platform does without a copy of its name.
+    for (const unsigned failing : {1U, 3U}) {
+        module = reinterpret_cast<FrequencyHandlerModule*>(this);
+        FailingMemory::failAt(failing);
+        const EAFResult result = FrequencyHandler_Create(2, FrequencyHandlerRfModule, &module);
+        FailingMemory::failAt(0);
+        EXPECT_EQ(result, ResultFailed) << failing;
+        EXPECT_EQ(module, nullptr) << failing;
+        EXPECT_EQ(platform.modules().moduleCount(), modules) << failing;
+        EXPECT_EQ(platform.interfaces().entries().count("IFrequencyHandler_Tx_2"), 0U) << failing;
+    }
+    EXPECT_EQ(FrequencyHandler_Create(2, FrequencyHandlerRfModule, &module), ResultOk);
+    FrequencyHandler_Destroy(module);
 }
 
 TEST_F(OutOfMemoryTest, NoExceptionLeavesTheInitialisationOfAnyHandler) {

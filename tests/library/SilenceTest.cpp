@@ -2,11 +2,14 @@
 // says more than one expects. The numbers stand for themselves: a carrier of 7442 MHz, an IF of 140 MHz.
 
 #include "CTxIQImbalanceHandler.h"
+#include "CallingObserver.h"
 #include "FrequencyHandler_c.h"
+#include "IFrequencyHandler.h"
 #include "InterfaceBroker.h"
 #include "ModuleTest.h"
 
 using Standalone::Operation;
+using Standalone::Presence;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -41,13 +44,125 @@ TEST_F(SilenceTest, RfModuleWithoutADriverSaysSoAtTheInformationLevelAlone) {
 TEST_F(SilenceTest, WhatWasNotWrittenForWantOfADriverWasNotRefusedEither) {
     FrequencyHandlerModule* cModule = nullptr;
     ASSERT_EQ(FrequencyHandler_Create(1, FrequencyHandlerRfModule, &cModule), ResultOk);
-    FrequencyHandlerTuning tuning{1, ResultFailed, 3};
+    FrequencyHandlerTuning tuning{1, ResultFailed, 3, 4};
     EXPECT_EQ(FrequencyHandler_Tune(cModule, FrequencyHandlerTx, 7442000), ResultOk);
     EXPECT_EQ(FrequencyHandler_GetTuning(cModule, FrequencyHandlerTx, &tuning), ResultOk);
     EXPECT_EQ(tuning.result, ResultOk);
     EXPECT_EQ(tuning.code, 0);
+    EXPECT_EQ(tuning.written, 0); // the one sign of it
     FrequencyHandler_Destroy(cModule);
     EXPECT_THAT(writes(), IsEmpty());
+}
+
+TEST_F(SilenceTest, RemoteUnitThatRefusesIsNotSaidAtAnyThreshold) {
+    platform.trace().setThreshold(Standalone::TraceLevel::information);
+    FrequencyHandlerModule* cModule = nullptr;
+    ASSERT_EQ(FrequencyHandler_Create(1, FrequencyHandlerRau, &cModule), ResultOk);
+    EXPECT_TRUE(run(11));
+    fail(Operation::rauTx, "IRauHandler_1", 0x8010);
+    forget();
+    FrequencyHandlerTuning tuning{};
+    EXPECT_EQ(FrequencyHandler_Tune(cModule, FrequencyHandlerTx, 7442000), ResultOk);
+    EXPECT_EQ(FrequencyHandler_GetTuning(cModule, FrequencyHandlerTx, &tuning), ResultOk);
+    EXPECT_EQ(tuning.result, ResultFailed);
+    EXPECT_EQ(tuning.code, 0x8010);
+    EXPECT_EQ(tuning.written, 0);
+    FrequencyHandler_Destroy(cModule);
+    EXPECT_THAT(complaints(), IsEmpty());
+}
+
+TEST_F(SilenceTest, DriverWhoseLookupFailedIsWrittenThroughAllTheSameWhenARecordWasLeft) {
+    Standalone::Fault fault{Operation::driverLookup, "channel.1.tx.rf.frequency", 0x8001};
+    fault.isCarriedOut = true;
+    platform.calls().inject(fault);
+    build(FrequencyHandlerRfModule);
+    EXPECT_FALSE(run(11));
+    EXPECT_EQ(module->setTxFrequency(7442000), ResultOk);
+    EXPECT_THAT(writes(), ElementsAre("channel.1.tx.rf.frequency=7442000"));
+}
+
+TEST_F(SilenceTest, ReceiverWithOffsetArrayTunedBeforePhase11MissesItsArrayAlone) {
+    build(FrequencyHandlerMicrowaveBoardHzCsOffset);
+    forget();
+    EXPECT_EQ(module->setRxFrequency(7603000), ResultOk);
+    EXPECT_THAT(writes(), IsEmpty());
+    EXPECT_THAT(traces(), ElementsAre("error: channel.1.rx.rf.frequency.cs.offset.array was not found"));
+}
+
+TEST_F(SilenceTest, ReceiverWithoutTheContentOfHwCodeDspTakesTheDefaultOffsetWithoutAWord) {
+    platform.variables().find("ChannelSpacing")->set({250});
+    platform.variables().find("HwCodeDsp")->set({3});
+    Standalone::Fault fault{Operation::variableAddress, "HwCodeDsp", 0};
+    fault.givesNull = true;
+    platform.calls().inject(fault);
+    boot(FrequencyHandlerMicrowaveBoardHzCsOffset);
+    EXPECT_EQ(module->setRxFrequency(7603000), ResultOk);
+    EXPECT_THAT(traces(), IsEmpty());
+    // The 3 would have it be half of 250, 125000. The default of 3000 kHz raises the LO, 7603 MHz.
+    EXPECT_THAT(writes(),
+                ElementsAre("channel.1.dsp.rx.freq.offset=0", "channel.1.rx.rf.lo.frequency.in.hz=7606000000",
+                            "channel.1.rx.rf.pll.config=5"));
+}
+
+TEST_F(SilenceTest, TemperatureServiceThatRefusesIsNeverHeardAndNotMissed) {
+    fail(Operation::temperatureRegister, "ITemperatureHandler", 0x8001);
+    boot(FrequencyHandlerMicrowaveBoardIf);
+    platform.temperature().set(30);
+    EXPECT_THAT(traces(), IsEmpty());
+    EXPECT_THAT(corrections(), IsEmpty());
+    EXPECT_EQ(module->setTxFrequency(7442000), ResultOk);
+    EXPECT_THAT(corrections(), ElementsAre("I at 7442000, 0", "Q at 7442000, 0"));
+}
+
+TEST_F(SilenceTest, TemperatureServiceThatIsNotPublishedIsNotMissed) {
+    platform.setPresence("ITemperatureHandler", Presence::absent);
+    boot(FrequencyHandlerMicrowaveBoardIf);
+    platform.temperature().set(30);
+    EXPECT_THAT(corrections(), ElementsAre("I at 0, 30", "Q at 0, 30"));
+}
+
+TEST_F(SilenceTest, CoarseDcTablesInThePlaceOfTheMixersEndAllCorrectionsWithoutAWord) {
+    for (const std::string branch : {"I", "Q"}) {
+        fail(Operation::tableLookup, "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer." + branch,
+             0x8001);
+        platform.tables().add(
+            {"Channel.1.Tx.Bb.Frequency.To.Coarse.Dc." + branch + ".Compensation", {0}, {0}, {7}});
+    }
+    boot(FrequencyHandlerMicrowaveBoardIf);
+    EXPECT_EQ(module->setTxFrequency(7442000), ResultOk);
+    platform.temperature().set(30);
+    EXPECT_THAT(corrections(), IsEmpty());
+    EXPECT_THAT(writes(),
+                ElementsAre("channel.1.tx.if.frequency=140000", "channel.1.tx.rf.lo.frequency=7302000",
+                            "channel.1.tx.rf.pll.config=5"));
+    EXPECT_THAT(traces(), IsEmpty());
+}
+
+TEST_F(SilenceTest, LoConfigurationThatRefusesIsNotSaid) {
+    platform.drivers().add("channel.1.tx.rf.lo.config");
+    fail(Operation::driverWrite, "channel.1.tx.rf.lo.config", 0x8001);
+    build(FrequencyHandlerMicrowaveBoardIf);
+    EXPECT_TRUE(run(11));
+    EXPECT_EQ(platform.drivers().find("channel.1.tx.rf.lo.config")->value(), 0);
+    EXPECT_THAT(traces(), IsEmpty());
+}
+
+TEST_F(SilenceTest, CarrierThatAnObserverSetsHasTheCorrectionOfTheOneBefore) {
+    boot(FrequencyHandlerMicrowaveBoardIf);
+    CallingObserver again([this](IFrequencyHandler* subject) {
+        if (subject->getFrequency() == 7442000) {
+            EXPECT_EQ(module->setTxFrequency(7470000), ResultOk);
+        }
+    });
+    InterfaceBroker::getInstance()
+        .getInterface<IFrequencyHandler>("IFrequencyHandler_Tx_1")
+        ->registerObserver(&again);
+    EXPECT_EQ(module->setTxFrequency(7442000), ResultOk);
+    EXPECT_THAT(corrections(),
+                ElementsAre("I at 7470000, 0", "Q at 7470000, 0", "I at 7442000, 0", "Q at 7442000, 0"));
+    forget();
+    platform.temperature().set(25); // which puts it right
+    EXPECT_THAT(corrections(), ElementsAre("I at 7470000, 25", "Q at 7470000, 25"));
 }
 
 TEST_F(SilenceTest, ReceiverOfAMicrowaveBoardTunedBeforePhase11MissesItsTableAlone) {
@@ -73,6 +188,30 @@ TEST_F(SilenceTest, TransmitterOfAMicrowaveBoardTunedBeforePhase11MissesItsTable
                     "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I (ECHResult = 0x8003)",
                     "error: Unable to fetch value from table "
                     "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.Q (ECHResult = 0x8003)"));
+}
+
+TEST_F(SilenceTest, Phase5OfAReceiverWithOffsetArrayFailsWithoutAWordAtAnyThreshold) {
+    platform.trace().setThreshold(Standalone::TraceLevel::information);
+    for (const char* const variable : {"HwCodeDsp", "channel.1.rx.rf.frequency.cs.offset.arraysize",
+                                       "channel.1.rx.rf.frequency.cs.offset.array"}) {
+        build(FrequencyHandlerMicrowaveBoardHzCsOffset);
+        EXPECT_TRUE(run(11));
+        fail(Operation::variableAddress, variable, 0x8001);
+        forget();
+        EXPECT_FALSE(run(5)) << variable;
+        EXPECT_THAT(traces(), ElementsAre("information: onPhaseModuleStorageObjectsRetreived")) << variable;
+        platform.calls().clearAll();
+    }
+}
+
+TEST_F(SilenceTest, DriverThatLosesItsWriteAfterPhase11IsNotSaid) {
+    boot(FrequencyHandlerMicrowaveBoardIf);
+    for (const char* const driver : {"rf.lo.frequency", "if.frequency", "rf.pll.config", "rf.mixer.i"}) {
+        platform.drivers().find(std::string("channel.1.tx.") + driver)->record()->write = nullptr;
+    }
+    EXPECT_EQ(module->setTxFrequency(7442000), ResultOk);
+    EXPECT_THAT(writes(), ElementsAre("channel.1.tx.rf.mixer.q=12"));
+    EXPECT_THAT(traces(), IsEmpty());
 }
 
 TEST_F(SilenceTest, CompensationNamesNeitherDriverNorTableThatItMisses) {

@@ -14,8 +14,11 @@ cmake -G Ninja -S "$example" -B . -DCMAKE_CXX_COMPILER="$compiler" "$toolchain" 
     -DFrequencyHandler_DIR="$installed/$libdir/cmake/FrequencyHandler"
 cmake --build .
 
-"$@" ./minimal_conformance --strict >rules || { cat rules; exit 1; }
+"$@" ./minimal_conformance >rules || { cat rules; exit 1; }
 tail -n 1 rules
+# Of a platform that is a library the order cannot be looked at, and all else can.
+sed -n 's/^not seen  //p' rules >unseen
+printf '%s\n' trace.early-sources-work trace.sources-outlive-main | diff - unseen
 cat >expected <<'end'
 7442000 kHz: taken (0x0)
 7603000 kHz: taken (0x0)

@@ -30,20 +30,6 @@ TEST_F(BrokerTest, IsOneObjectForTheProcess) {
     EXPECT_FALSE(std::is_copy_constructible_v<InterfaceBroker> || std::is_copy_assignable_v<InterfaceBroker>);
 }
 
-TEST_F(BrokerTest, FindsWhatWasPublished) {
-    EXPECT_EQ(publish("IThing", &first), 0);
-    EXPECT_EQ(broker.findInterface("IThing"), &first);
-}
-
-TEST_F(BrokerTest, AbsentNameFindsNothing) {
-    EXPECT_EQ(broker.findInterface("IThing"), nullptr);
-}
-
-TEST_F(BrokerTest, NamesAreCaseSensitive) {
-    publish("IThing", &first);
-    EXPECT_EQ(broker.findInterface("ithing"), nullptr);
-}
-
 TEST_F(BrokerTest, DuplicateNameIsRefusedAndTheFirstEntryStays) {
     publish("IThing", &first);
     EXPECT_EQ(publish("IThing", &second), Codes::alreadyThere);
@@ -66,36 +52,10 @@ TEST_F(BrokerTest, EntryThatHoldsNothingTakesItsName) {
     EXPECT_EQ(publish("IThing", &first), Codes::alreadyThere);
 }
 
-TEST_F(BrokerTest, WithdrawnNameIsNotFound) {
-    publish("IThing", &first);
-    EXPECT_EQ(broker.unregisterInterface("IThing", nullptr), 0);
-    EXPECT_EQ(broker.findInterface("IThing"), nullptr);
-}
-
-TEST_F(BrokerTest, WithdrawnNameCanBeTakenAgain) {
-    publish("IThing", &first);
-    broker.unregisterInterface("IThing", nullptr);
-    EXPECT_EQ(publish("IThing", &second), 0);
-    EXPECT_EQ(broker.findInterface("IThing"), &second);
-}
-
-TEST_F(BrokerTest, WithdrawingTellsWhatTheEntryHeld) {
-    IInterface* removed = nullptr;
-    publish("IThing", &first);
-    EXPECT_EQ(broker.unregisterInterface("IThing", &removed), 0);
-    EXPECT_EQ(removed, &first);
-}
-
 TEST_F(BrokerTest, WithdrawingAnAbsentNameFailsAndLeavesTheOutputUntouched) {
     IInterface* removed = &second;
     EXPECT_EQ(broker.unregisterInterface("IThing", &removed), Codes::notFound);
     EXPECT_EQ(removed, &second);
-}
-
-TEST_F(BrokerTest, ObjectOfAnotherTypeIsNotGivenOut) {
-    publish("IThing", &first);
-    EXPECT_EQ(broker.getInterface<PlainInterface>("IThing"), &first);
-    EXPECT_EQ(broker.getInterface<IInterface_c>("IThing"), nullptr);
 }
 
 class CBrokerTest : public BrokerTest {
@@ -105,15 +65,8 @@ protected:
     void* handle = nullptr;
     void* record = &second;
     int words = 0;
-    RecordInterface withRecord{&words};
     RecordInterface withoutRecord{nullptr};
 };
-
-TEST_F(CBrokerTest, YieldsTheRecordOfAnInterface) {
-    publish("IThing", &withRecord);
-    EXPECT_EQ(CInterfaceBroker_GetInterface(handle, "IThing", &record), 0);
-    EXPECT_EQ(record, &words);
-}
 
 TEST_F(CBrokerTest, YieldsTheDriverLayersRecord) {
     DriverInterface* found = nullptr;
@@ -146,13 +99,6 @@ TEST_F(CBrokerTest, NullRecordIsAFailure) {
     publish("IThing", &withoutRecord);
     EXPECT_EQ(CInterfaceBroker_GetInterface(handle, "IThing", &record), Codes::notFound);
     EXPECT_EQ(record, nullptr);
-}
-
-TEST_F(CBrokerTest, RecordOutlivesTheHandle) {
-    publish("IThing", &withRecord);
-    CInterfaceBroker_GetInterface(handle, "IThing", &record);
-    CInterfaceBroker_DestroyInstance(handle);
-    EXPECT_EQ(record, withRecord.getCStruct());
 }
 
 TEST_F(CBrokerTest, NullNameIsRefused) {

@@ -21,11 +21,6 @@ protected:
         EXPECT_EQ(CCalibrationTable_LinearInterpolate(table, x, &y), 0);
         return y;
     }
-    static int bilinear(CalibrationTableHandle table, int x1, int x2) {
-        int y = untouched;
-        EXPECT_EQ(CCalibrationTable_BiLinearInterpolate(table, x1, x2, &y), 0);
-        return y;
-    }
 
     static constexpr int untouched = -99;
     int y = untouched;
@@ -48,15 +43,6 @@ TEST_F(CalibrationTest, NullArgumentsOfTheLookupAreRefused) {
     EXPECT_EQ(CCalibrationHandler_GetTable(nullptr, &found), Codes::badArgument);
     EXPECT_EQ(CCalibrationHandler_GetTable("Line", nullptr), Codes::badArgument);
     EXPECT_EQ(found, &plane);
-}
-
-TEST_F(CalibrationTest, LinearInterpolationLiesBetweenTheNodes) {
-    EXPECT_EQ(linear(handle("Line"), 30), 15);
-}
-
-TEST_F(CalibrationTest, BilinearInterpolationLiesBetweenTheNodes) {
-    // 5 from the first axis, 30 from the second.
-    EXPECT_EQ(bilinear(handle("Plane"), 5, 30), 35);
 }
 
 TEST_F(CalibrationTest, NullTableIsRefused) {

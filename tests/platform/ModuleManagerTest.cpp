@@ -62,24 +62,6 @@ TEST_F(ModuleManagerTest, IsOneObjectForTheProcess) {
     EXPECT_FALSE(std::is_copy_constructible_v<CModuleManager> || std::is_copy_assignable_v<CModuleManager>);
 }
 
-TEST_F(ModuleManagerTest, Phase11IsModuleInitialisation) {
-    LoggingModule module(19000, "A", log);
-    add(module);
-    EXPECT_THAT(run(11), ElementsAre("A init"));
-}
-
-TEST_F(ModuleManagerTest, Phase5IsStorageObjectsRetrieved) {
-    LoggingModule module(19000, "A", log);
-    add(module);
-    EXPECT_THAT(run(5), ElementsAre("A storage"));
-}
-
-TEST_F(ModuleManagerTest, Phase20IsPostFrameformatLoad) {
-    LoggingModule module(19000, "A", log);
-    add(module);
-    EXPECT_THAT(run(20), ElementsAre("A frameformat"));
-}
-
 TEST_F(ModuleManagerTest, PhaseOutsideTheFilterCallsNothing) {
     LoggingModule module(19000, "A", log, onlyPhase5.data(), 1);
     add(module);
@@ -98,19 +80,6 @@ TEST_F(ModuleManagerTest, BaseVersionOfAnUnknownPhaseSucceeds) {
     LoggingModule module(19000, "A", log);
     EXPECT_EQ(module.onPhaseActivation(99, ECallbackPriority{0}), 0);
     EXPECT_THAT(log, IsEmpty());
-}
-
-TEST_F(ModuleManagerTest, BaseVersionsOfAllPhasesSucceed) {
-    ModuleInterface module(1, "Bare", 0, 0, startUpPhases.data(), 3);
-    EXPECT_EQ(module.onModuleInit(), 0);
-    EXPECT_EQ(module.onPhaseModuleStorageObjectsRetreived(), 0);
-    EXPECT_EQ(module.onPhasePostFrameformatLoad(), 0);
-    EXPECT_EQ(module.onPhaseEndFrameformatLoad(), 0);
-    EXPECT_EQ(module.onPhaseStart(), 0);
-    EXPECT_EQ(module.onPhaseStop(), 0);
-    EXPECT_EQ(module.onPhaseFrameformatLoad(), 0);
-    EXPECT_EQ(module.onPhasePreFrameformatLoad(), 0);
-    EXPECT_EQ(module.onPhaseSetRadioChannelNearEndFinished(), 0);
 }
 
 TEST_F(ModuleManagerTest, ModulesAreCalledByAscendingIdentifier) {
@@ -386,12 +355,6 @@ protected:
 
     LoggingCallback callback{log, "A"};
 };
-
-TEST_F(CModuleManagerTest, CallbackGetsItsContextThePhaseAndItsPriority) {
-    EXPECT_EQ(CModuleManager_RegisterModule(83000, "A"), 0);
-    EXPECT_EQ(addCallback(83000, callback), 0);
-    EXPECT_THAT(run(11), ElementsAre("A 11 3"));
-}
 
 TEST_F(CModuleManagerTest, PhaseOutsideTheListCallsNothing) {
     CModuleManager_RegisterModule(83000, "A");

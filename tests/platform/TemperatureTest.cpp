@@ -1,4 +1,3 @@
-#include "CInterfaceBroker.h"
 #include "ITemperatureHandler.h"
 #include "PlatformFixture.h"
 
@@ -152,17 +151,6 @@ TEST_F(TemperatureTest, ThousandObserversAreToldInTheOrderOfTheirRegistrationEac
     EXPECT_EQ(service.observerCount(), 1000U);
     EXPECT_EQ(service.set(25), 1000U);
     EXPECT_EQ(order, expected);
-}
-
-TEST_F(TemperatureTest, CViewRegistersThroughTheFirstWordOfItsRecord) {
-    void* broker = nullptr;
-    void* record = nullptr;
-    CInterfaceBroker_GetInstance(&broker);
-    ASSERT_EQ(CInterfaceBroker_GetInterface(broker, "ITemperatureHandler", &record), 0);
-    CInterfaceBroker_DestroyInstance(broker);
-    EXPECT_EQ(static_cast<TemperatureHandlerCStruct*>(record)->registerObserver(&first.record), 0);
-    service.set(-40);
-    EXPECT_THAT(first.seen, ElementsAre(-40));
 }
 
 TEST_F(TemperatureTest, ObserverMayRegisterAnotherOne) {

@@ -253,6 +253,45 @@ TEST_F(TraceTest, SinkThatWritesAMessageLeavesTheOuterOneItsOriginAndItsFormat) 
     EXPECT_EQ(messages()[2].text, "00ff");
 }
 
+TEST_F(TraceTest, SinkThatWritesAMessageLeavesTheOuterOneItsEnd) {
+    OrbiTrace other("OTHER", level3);
+    bool isNested = false;
+    platform.trace().setSink([&](const TraceMessage&) {
+        if (!isNested) {
+            isNested = true;
+            other.beginLogMsg(TraceLevel::warning, "Other.cpp", 99) << "nested" << std::endl;
+        }
+    });
+    earlyTrace.beginLogMsg(TraceLevel::error, "File.cpp", 12) << "outer" << std::endl;
+    ASSERT_THAT(messages(), SizeIs(2));
+    EXPECT_FALSE(messages()[0].ended);
+    earlyTrace.endLogMsg();
+    EXPECT_TRUE(messages()[0].ended);
+    EXPECT_FALSE(messages()[1].ended);
+}
+
+TEST_F(TraceTest, SinkThatWritesAMessageAndThrowsLeavesTheOuterOneItsEndAndOrigin) {
+    OrbiTrace other("OTHER", level3);
+    bool isNested = false;
+    platform.trace().setSink([&](const TraceMessage&) {
+        if (!isNested) {
+            isNested = true;
+            other.beginLogMsg(TraceLevel::warning, "Other.cpp", 99) << "nested" << std::endl;
+            throw std::runtime_error("told");
+        }
+    });
+    std::ostream& stream = earlyTrace.beginLogMsg(TraceLevel::error, "File.cpp", 12);
+    EXPECT_THROW(stream << "outer" << std::endl, std::runtime_error);
+    stream.clear();
+    stream << "goes on" << std::endl;
+    earlyTrace.endLogMsg();
+    ASSERT_THAT(messages(), SizeIs(3));
+    EXPECT_FALSE(messages()[0].ended);
+    EXPECT_EQ(messages()[2].source, "QVX.FH");
+    EXPECT_EQ(messages()[2].line, 12);
+    EXPECT_TRUE(messages()[2].ended);
+}
+
 TEST_F(TraceTest, SinkMayTakeItselfAway) {
     std::vector<std::string> seen;
     const std::string name = "a name that is too long to be kept without memory of its own";

@@ -213,3 +213,22 @@ def test_of_a_board(shared_board, monkeypatch, what, value, kind):
 
 def test_there_are_more_than_four_hundred():
     assert len(ON_A_RADIO) + len(WITHOUT_A_RADIO) > 400
+
+
+@pytest.mark.parametrize("what, said", [
+    (lambda board, radio: radio.on_event(3), "callback: 3, expected a function"),
+    (lambda board, radio: board.tables.add("new", ([1], np.empty(0, int), np.empty((1, 0), int))),
+     "values: no nodes, expected at least one"),
+    (lambda board, radio: board.tables.add("", ([1], None, [1])), "name: '', expected a text that can be printed"),
+    (lambda board, radio: board.tables.add("a\nb", ([1], None, [1])), "name: 'a\\nb', expected a text that can be printed"),
+    (lambda board, radio: board.tables.__delitem__("x"),
+     "'x': a table cannot be taken away, expected another one in its place"),
+    (lambda board, radio: thermal.replay(board, [[0, 1], [20, 21]]),
+     "log: [[0, 1], [20, 21]], expected a path, or a tuple of two arrays: (seconds, degrees)"),
+    (lambda board, radio: fh.Board(), "Board: None, expected Board.load(path)"),
+])
+def test_says_what_was_meant(shared_board, shared_radio, what, said):
+    with pytest.raises((ArgumentError, ArgumentTypeError)) as caught:
+        what(shared_board, shared_radio)
+    assert str(caught.value) == said
+    assert "expected" in said

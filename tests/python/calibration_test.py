@@ -28,6 +28,17 @@ def test_fit_holds_the_limits_and_stores_the_tables(leaking, tmp_path):
     assert "PASS" in repr(result)
 
 
+def test_board_that_was_loaded_before_keeps_its_tables(leaking):
+    name = "Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I"
+    before = leaking.tables[name]
+    found = calibrate(leaking, 1, accept_fail=True, **SMALL)
+    assert found.tables == before.file
+    after = Board.load(leaking.file).tables[name]
+    assert after.axis1.tolist() == [17727500, 17755000, 17782500, 17810000] and before.axis1.size > 4
+    assert leaking.tables[name].axis1.tolist() == before.axis1.tolist()
+    assert leaking.tables[name].values.tolist() == before.values.tolist()
+
+
 def test_cancelled_calibration_is_not_good(leaking, tmp_path):
     part = calibrate(leaking, 1, journal=tmp_path / "j", tables=tmp_path / "t.csv", cancel=lambda: True)
     assert not part.complete and not part.is_good
@@ -64,7 +75,8 @@ def test_cancelled_calibration_goes_on_where_it_was(leaking, tmp_path):
     assert not part.is_good
     with pytest.raises(ChoiceError) as caught:
         calibrate(leaking, 1, **files, **slow)
-    assert "resume" in caught.value.choice
+    assert str(caught.value) == (f'{tmp_path / "j"}: of a calibration that is not finished; beginning="resume" goes on with it, '
+                                 'beginning="restart" keeps it as a backup and begins anew')
     whole = calibrate(leaking, 1, beginning="resume", accept_fail=True, **files, **slow)
     assert whole.complete and whole.known_probes > 0
     again = calibrate(leaking, 1, accept_fail=True, journal=tmp_path / "j2", tables=tmp_path / "t2.csv", **slow)
@@ -120,3 +132,14 @@ def test_chain_is_qualified(leaking):
     assert found.detector == "channel.1.tx.rf.detector.v"
     assert found.result.is_good and found.result.settle_time_ms == 5
     assert found.result.slope == pytest.approx(25, abs=1)
+
+
+def test_qualification_tells_its_readings_and_is_cancelled(leaking):
+    told = []
+    found = qualify(leaking, 1, progress=told.append)
+    assert told[-1] == (found.result.taken, found.result.taken, "readings", "")
+    told.clear()
+    stopped = qualify(leaking, 1, real_time=True, progress=told.append, cancel=lambda: bool(told) and told[-1].done >= 2)
+    assert stopped.result.interrupted and not stopped.result.is_good
+    assert 0 < stopped.result.taken < 32
+    assert {one.total for one in told[:-1]} == {38} and [one.done for one in told] == sorted(one.done for one in told)

@@ -2,6 +2,7 @@
 
 import gc
 import os
+import signal
 import subprocess
 import sys
 import threading
@@ -10,7 +11,7 @@ import warnings
 
 import pytest
 
-from frequencyhandler import BusyError, ClosedError, Radio, events
+from frequencyhandler import BusyError, ClosedError, InputError, Radio, events
 from frequencyhandler import radio as radio_module
 
 
@@ -54,6 +55,23 @@ def test_thread_left_to_itself_does_not_keep_the_hardware_from_being_left(bench,
     assert amplifier(tmp_path) == "0"
 
 
+def test_radio_of_a_thread_that_is_left_to_itself_is_left_without_a_complaint(bench, tmp_path):
+    done = program("def drive():\n"
+                   "    radio = Radio(sys.argv[1], hardware=True)\n"
+                   "    radio.drivers['amplifier'].write(1)\n"
+                   "    begun.set()\n"
+                   "    try:\n"
+                   "        while True:\n"
+                   "            radio.wait(0.001)\n"
+                   "    except ClosedError:\n"
+                   "        pass\n"
+                   "begun = threading.Event()\n"
+                   "threading.Thread(target=drive, daemon=True).start()\n"
+                   "begun.wait()", bench)
+    assert (done.returncode, done.stderr) == (0, "")
+    assert amplifier(tmp_path) == "0"
+
+
 @pytest.mark.parametrize("work", ["plan.audit(sys.argv[1], keep=False)",
                                   "plan.audit(sys.argv[1], keep=False, progress=lambda state: None)",
                                   "Board.load(sys.argv[1])"])
@@ -78,6 +96,75 @@ def test_radio_that_is_left_open_is_left_when_the_interpreter_ends(bench, tmp_pa
     assert done.returncode == 0 and amplifier(tmp_path) == "0"
 
 
+SIGNALLED = """
+import signal
+try:
+    with Radio(sys.argv[1], hardware=True) as radio:
+        radio.drivers["amplifier"].write(1)
+        os.kill(os.getpid(), int(sys.argv[2]))
+        {then}
+except SystemExit as ended:
+    print(radio.is_closed, ended.code, signal.getsignal(int(sys.argv[2])) == signal.SIG_DFL)
+    raise
+"""
+
+
+@pytest.mark.parametrize("number, code", [(signal.SIGTERM, 143), (signal.SIGHUP, 129)])
+@pytest.mark.parametrize("then", ["time.sleep(60)", "radio.wait(60)"])
+def test_signal_that_ends_the_program_leaves_the_hardware_first(bench, tmp_path, number, code, then):
+    done = program(SIGNALLED.format(then=then), bench, int(number))
+    assert (done.returncode, done.stdout) == (code, f"True {code} True\n"), done.stderr
+    assert amplifier(tmp_path) == "0"
+
+
+def test_signal_ends_a_program_whose_radio_stands_in_no_block(bench, tmp_path):
+    done = program("import signal\n"
+                   "radio = Radio(sys.argv[1], hardware=True)\n"
+                   "radio.drivers['amplifier'].write(1)\n"
+                   "signal.raise_signal(signal.SIGTERM)\n", bench)
+    assert done.returncode == 143 and amplifier(tmp_path) == "0"
+
+
+@pytest.mark.parametrize("hardware, mine", [(True, "lambda *_: None"), (True, "signal.SIG_IGN"), (False, "signal.SIG_DFL")])
+def test_handler_that_somebody_has_set_stays_and_without_hardware_none_is(bench, hardware, mine):
+    done = program(f"import signal\nmine = {mine}\nsignal.signal(signal.SIGTERM, mine)\n"
+                   f"with Radio(sys.argv[1], hardware={hardware}):\n"
+                   "    print(signal.getsignal(signal.SIGTERM) == mine)\n"
+                   "print(signal.getsignal(signal.SIGTERM) == mine)", bench)
+    assert done.stdout == "True\nTrue\n", done.stderr
+
+
+def test_start_up_that_fails_leaves_the_signals_as_they_were(board_file):
+    before = signal.getsignal(signal.SIGTERM)
+    with pytest.raises(InputError, match="hardware"):
+        Radio(board_file, hardware=True)
+    assert signal.getsignal(signal.SIGTERM) == before
+
+
+def test_signal_ends_the_program_after_another_thread_has_closed_the_radio(bench):
+    done = program("import signal\n"
+                   "radio = Radio(sys.argv[1], hardware=True)\n"
+                   "thread = threading.Thread(target=radio.close)\n"
+                   "thread.start()\n"
+                   "thread.join()\n"
+                   "signal.raise_signal(signal.SIGTERM)\n", bench)
+    assert done.returncode == -signal.SIGTERM, done.stderr
+
+
+def test_radio_that_was_left_as_it_was_is_a_warning_of_the_next_start(bench, tmp_path):
+    done = program("import signal\n"
+                   "with Radio(sys.argv[1], hardware=True) as radio:\n"
+                   "    radio.drivers['amplifier'].write(1)\n"
+                   "    os.kill(os.getpid(), signal.SIGKILL)", bench)
+    assert done.returncode == -signal.SIGKILL and amplifier(tmp_path) == "1"
+    with Radio(bench, hardware=True) as radio:
+        said, = radio.boot.warnings
+        assert said.startswith("the radio was left as it was by process ")
+        assert said.endswith(": nothing was switched off then")
+    with Radio(bench, hardware=True) as radio:
+        assert radio.boot.warnings == ()
+
+
 FORKED = """
 with Radio(sys.argv[1], hardware=True) as radio:
     radio.drivers["amplifier"].write(1)
@@ -95,6 +182,7 @@ with Radio(sys.argv[1], hardware=True) as radio:
     "radio.close()",
     "sys.exit(0 if radio.is_closed else 1)",
     "Radio(sys.argv[1]).close()",
+    "import signal; sys.exit(0 if signal.getsignal(signal.SIGTERM) == signal.SIG_DFL else 1)",
 ])
 def test_child_leaves_the_hardware_of_its_parent_alone(bench, tmp_path, child):
     done = program(FORKED.format(child=child), bench, tmp_path / "amplifier")

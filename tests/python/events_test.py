@@ -4,6 +4,7 @@ import os
 import signal
 import threading
 
+import numpy as np
 import pytest
 
 from frequencyhandler import ArgumentTypeError, BusyError, Interrupted, Radio, RadioError, events
@@ -148,6 +149,8 @@ def test_all_calls_are_told_to_who_asks_for_them(boards):
 
 
 def test_kinds_are_classes(radio):
-    for kind in ("write", int, object, (events.Write, events.Trace)):
+    for kind in ("write", int, object, (events.Write, events.Trace), np.array([1, 2]), [events.Write]):
         with pytest.raises(ArgumentTypeError, match="classes of events"):
             radio.events(kind)
+        with pytest.raises(ArgumentTypeError, match="classes of events"):
+            radio.on_event(print, kind)

@@ -109,3 +109,15 @@ def test_device_that_another_program_drives_is_not_taken(bench):
         done = other_program()
         assert done.returncode == 1 and "InputError" in done.stderr.splitlines()[-1]
     assert other_program().returncode == 0
+
+
+def test_outcome_says_what_the_hardware_refused(bench, tmp_path):
+    with Radio(bench, hardware=True) as radio:
+        (tmp_path / "tx").unlink()
+        (tmp_path / "tx").mkdir()
+        outcome = radio.tune("tx", 1, 7442000)
+        assert outcome.ok and len(outcome.failed_writes) == 1
+        code = outcome.failed_writes[0].code
+        assert code & 0x8000
+        assert repr(outcome).endswith(
+            f"; no writes, refused channel.1.tx.rf.frequency=7442000 (0x{code & 0xFFFFFFFF:04x})>"), repr(outcome)

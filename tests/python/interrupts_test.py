@@ -3,13 +3,15 @@
 import os
 import pickle
 import signal
+import subprocess
+import sys
 import threading
 import time
 import traceback
 
 import pytest
 
-from frequencyhandler import Interrupted, Radio, _engine, calibrate, plan, qualify, thermal
+from frequencyhandler import Board, Interrupted, Radio, _engine, calibrate, plan, qualify, thermal
 
 
 def interrupting():
@@ -121,6 +123,29 @@ def test_what_a_function_raises_tells_where(long_audit):
     with pytest.raises(ZeroDivisionError) as caught:
         plan.audit(long_audit, cancel=lambda: 1 / 0)
     assert "<lambda>" in [frame.name for frame in traceback.extract_tb(caught.value.__traceback__)]
+
+
+@pytest.mark.parametrize("wait", [
+    lambda pipe, board: Board.load(pipe),
+    lambda pipe, board: thermal.read_log(pipe),
+    lambda pipe, board: calibrate(board, 1, journal=pipe.parent / "j", tables=pipe)],
+    ids=["board", "log", "tables"])
+def test_pipe_that_nobody_serves_is_left_by_ctrl_c(leaking, tmp_path, wait):
+    pipe = tmp_path / "pipe.csv"
+    os.mkfifo(pipe)
+    timer = threading.Timer(0.3, lambda: os.kill(os.getpid(), signal.SIGINT))
+    timer.start()
+    with pytest.raises(KeyboardInterrupt):
+        wait(pipe, leaking)
+
+
+def test_pipe_that_nobody_writes_does_not_keep_the_interpreter(tmp_path):
+    os.mkfifo(tmp_path / "pipe")
+    program = ("import sys, threading\n"
+               "from frequencyhandler import Board\n"
+               "threading.Thread(target=Board.load, args=(sys.argv[1],), daemon=True).start()\n"
+               "import time; time.sleep(0.3)\n")
+    subprocess.run([sys.executable, "-c", program, tmp_path / "pipe"], timeout=30, check=True)
 
 
 def test_interrupt_crosses_to_other_processes():

@@ -1,8 +1,10 @@
 """Carriers explained and audited."""
 
 import csv
+import io
 import os
 import subprocess
+import sys
 import threading
 
 import numpy as np
@@ -98,6 +100,26 @@ def test_what_progress_raises_ends_the_audit(boards):
 def test_bar_is_shown_on_standard_error(boards, capsys):
     plan.audit(boards / "microwave-if-8ghz.toml", progress=True)
     assert "carriers" in capsys.readouterr().err
+
+
+def test_bar_is_drawn_by_tqdm_where_it_is_installed(boards, capsys):
+    pytest.importorskip("tqdm")
+    plan.audit(boards / "microwave-if-8ghz.toml", progress=True)
+    assert " carriers/s]" in capsys.readouterr().err
+
+
+def test_line_is_shown_without_tqdm(boards, capsys, monkeypatch):
+    monkeypatch.setitem(sys.modules, "tqdm", None)
+    count = plan.audit(boards / "microwave-if-8ghz.toml", progress=True).count
+    said = capsys.readouterr().err
+    assert said.endswith(f"\r100 % of {count} carriers\n") and "|" not in said
+
+
+def test_nothing_is_shown_where_standard_error_is_closed(boards, monkeypatch):
+    closed = io.StringIO()
+    closed.close()
+    monkeypatch.setattr(sys, "stderr", closed)
+    assert plan.audit(boards / "microwave-if-8ghz.toml", progress=True).is_good
 
 
 def test_other_threads_go_on_meanwhile(boards):

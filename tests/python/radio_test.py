@@ -1,15 +1,17 @@
 """A radio that is up, and one that is not any more."""
 
+import copy
 import os
 import pickle
 import subprocess
 import sys
 import threading
 
+import numpy as np
 import pytest
 
 from frequencyhandler import (ArgumentError, ArgumentTypeError, Board, BusyError, ClosedError, CommandFailed, InputError, Radio,
-                              UnknownName, _engine, plan)
+                              UnknownName, _engine, events, plan)
 
 
 def test_tune_gives_what_was_written(radio):
@@ -104,6 +106,9 @@ def test_outcome_is_asked_by_names_of_drivers(radio):
     outcome = radio.tune("tx", 1, 7442000)
     assert "channel.1.tx.rf.frequency" in outcome and "channel.2.tx.rf.frequency" not in outcome
     assert ("channel.1.tx.rf.frequency", 7442000) in outcome and ("channel.1.tx.rf.frequency", 1) not in outcome
+    assert np.array([1, 2]) not in outcome and 7442000 not in outcome
+    with pytest.raises(KeyError):
+        outcome[np.array([1, 2])]
     other = pickle.loads(pickle.dumps(outcome))
     assert (other.command, other.events, other.code) == (outcome.command, outcome.events, 0)
 
@@ -197,6 +202,15 @@ def test_everything_says_that_it_is_closed(board_file):
     assert "closed" in repr(driver) and "closed" in repr(faults) and "closed" in repr(drivers)
 
 
+def test_what_belongs_to_its_process_says_so_where_it_is_to_leave_it(radio):
+    for what in (radio, radio.drivers, radio.drivers["channel.1.tx.rf.frequency"], radio.variables, radio.faults, radio.expect,
+                 radio.events(), radio.on_event(print)):
+        for leave in (pickle.dumps, copy.copy, copy.deepcopy):
+            with pytest.raises(TypeError, match=f"^{type(what).__name__}: belongs to its process") as caught:
+                leave(what)
+            assert "its board" in caught.value.expected
+
+
 def test_board_with_errors_is_refused_with_its_place(board_file):
     board_file.write_text(board_file.read_text().replace("channel.1.tx.rf.frequency", "channel.1.tx.rf.frequenzy"))
     with pytest.raises(InputError) as caught:
@@ -223,6 +237,19 @@ def test_start_up_that_fails_raises_unless_that_is_wanted(board_file):
         assert not radio.boot.ok
         radio.expect.result("failed")
         assert not radio.phases[-1].succeeded
+
+
+def test_carrier_whose_unit_was_forgotten_is_told_how(radio):
+    with pytest.raises(ArgumentError) as caught:
+        radio.tune("tx", 1, "7.442")
+    assert str(caught.value) == 'carrier: "7.442" has a fraction of a kHz, expected whole kHz, or a unit, as in "7.442 GHz"'
+    assert caught.value.expected == 'whole kHz, or a unit, as in "7.442 GHz"'
+
+
+def test_command_with_a_word_missing_tells_its_form(radio):
+    with pytest.raises(ArgumentError) as caught:
+        radio.execute("tune tx 1")
+    assert caught.value.expected == "tune tx|rx CHANNEL FREQUENCY [kHz|MHz|GHz] [force]"
 
 
 @pytest.mark.parametrize("carrier", [" 7.442 GHz", "7.442  GHz", "7.442\tGHz ", "7.442GHz", "7442000"])
@@ -273,3 +300,49 @@ def test_sweep_and_wait(radio):
     outcome = radio.sweep("tx", 1, "7.42 GHz", "7.43 GHz", "5 MHz")
     assert [value for _, value in outcome] == [7420000, 7425000, 7430000]
     assert radio.wait(1.5).ok
+
+
+@pytest.mark.parametrize("seconds", [np.int64(2), np.float32(0.5), np.float64(1)])
+def test_times_are_numbers_of_numpy_as_well(radio, seconds):
+    assert radio.wait(seconds).ok
+    with pytest.raises(TimeoutError):
+        radio.events().wait(seconds * 0)
+
+
+def test_radio_that_has_never_come_up_is_closed_and_says_what_it_is():
+    radio = Radio.__new__(Radio)
+    assert radio.is_closed and repr(radio) == "<Radio '', closed>"
+
+
+def test_driver_that_was_not_written_is_an_unknown_name_of_an_outcome(radio):
+    outcome = radio.tune("tx", 1, 7442000)
+    with pytest.raises(UnknownName) as caught:
+        outcome["channel.1.tx.rf.frequenzy"]
+    assert isinstance(caught.value, KeyError) and caught.value.expected == "channel.1.tx.rf.frequency"
+    with pytest.raises(UnknownName):
+        outcome[1]
+
+
+def test_events_of_an_outcome_are_the_same_for_every_thread(radio):
+    for _ in range(50):
+        outcome = radio.tune("tx", 1, 7442000)
+        seen = []
+        threads = [threading.Thread(target=lambda: seen.append(outcome.events)) for _ in range(4)]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        assert len(seen) == 4 and {len(one) for one in seen} == {2}
+
+
+def test_everything_of_a_closed_radio_says_so(board_file):
+    with Radio(board_file) as radio:
+        subscription = radio.on_event(print, events.Write)
+        assert repr(subscription) == "<Subscription of Write>"
+        drivers, variables = radio.drivers, radio.variables
+        assert (len(drivers), len(variables)) == (4, 0)
+    assert repr(subscription) == "<Subscription of Write of a closed radio>"
+    for mapping in (drivers, variables):
+        with pytest.raises(ClosedError):
+            len(mapping)
+    assert repr(drivers) == f"<4 drivers of <Radio {str(board_file)!r}, closed>>"

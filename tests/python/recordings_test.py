@@ -121,6 +121,24 @@ def test_program_that_gives_up_has_its_say(recording, instead_of_radioctl):
         recordings.replay(recording, radioctl=instead_of_radioctl("echo not today >&2"))
 
 
+def test_replay_tells_how_far_it_is(recording, instead_of_radioctl):
+    told = []
+    program = instead_of_radioctl(f"printf '%s' '{ANSWER[:40]}'", "sleep 0.2", f"echo '{ANSWER[40:]}'", f"printf '%s' '{ANSWER}'")
+    assert len(recordings.replay(recording, recording, radioctl=program, progress=told.append)) == 2
+    assert told == [(1, 2, "recordings", ""), (2, 2, "recordings", "")]
+    with pytest.raises(ZeroDivisionError):
+        recordings.replay(recording, radioctl=program, progress=lambda state: 1 / 0)
+    with pytest.raises(LookupError):
+        recordings.replay(recording, radioctl=program, progress=lambda state: [][0])
+
+
+def test_cancelled_replay_has_what_was_done(recording, instead_of_radioctl):
+    done = []
+    program = instead_of_radioctl(f"echo '{ANSWER}'", "exec sleep 100")
+    given = recordings.replay(recording, recording, radioctl=program, progress=done.append, cancel=lambda: bool(done))
+    assert [one.calls for one in given] == [3]
+
+
 def test_interrupted_replay_has_what_was_done(recording, instead_of_radioctl):
     program = instead_of_radioctl(f"echo '{ANSWER}'", "sleep 1", "kill -INT $PPID", "exec sleep 100")
     with pytest.raises(Interrupted, match="the replay was interrupted") as caught:

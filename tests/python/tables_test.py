@@ -49,6 +49,7 @@ def test_channel_that_has_to_be_chosen_is_said(leaking, boards, tmp_path):
     with pytest.raises(ChoiceError) as caught:
         tables.diff(leaking, file)
     assert caught.value.choice == "channel"
+    assert ", or channel=... with one of those of " in str(caught.value) and str(caught.value).endswith(": 1, 2")
 
 
 def test_written_correction_is_explained(leaking):

@@ -1,8 +1,10 @@
 """A wheel, made by pip without a network, and installed where nothing else is; and what CMake installs."""
 
+import importlib
 import os
 import subprocess
 import sys
+import tarfile
 from pathlib import Path
 
 import pytest
@@ -45,7 +47,7 @@ def test_it_has_its_libraries_beside_it(installed, board_file):
 
 
 def test_pytest_finds_the_fixtures_by_itself(installed, board_file):
-    done = run(installed, "-m", "pytest", "-q", "-p", "no:cacheprovider", "--board", board_file,
+    done = run(installed, "-m", "pytest", "-q", "-p", "no:cacheprovider", "--radio-board", board_file,
                TOP / "examples" / "test_acceptance.py")
     assert done.returncode == 0, done.stdout + done.stderr
 
@@ -76,3 +78,40 @@ def test_cmake_installs_it_where_python_looks(prefix, folder, tmp_path, board_fi
                               capture_output=True, env=dict(without, PYTHONPATH=f"{tmp_path}{place}",
                                                             LD_LIBRARY_PATH=f"{build}/lib"))
     assert imported.stdout.strip() == f"{tmp_path}{place}/frequencyhandler/__init__.py", imported.stderr
+
+
+@pytest.fixture
+def backend(monkeypatch):
+    monkeypatch.syspath_prepend(str(TOP / "python" / "backend"))
+    return importlib.import_module("cmake_wheel")
+
+
+def test_wheel_without_what_it_needs_says_what_is_missing(backend, monkeypatch, tmp_path):
+    done = []
+    monkeypatch.delenv("FREQUENCYHANDLER_BUILD", raising=False)
+    monkeypatch.setattr(backend, "TOP", tmp_path)
+    monkeypatch.setattr(backend, "run", lambda *words: done.append(words[:2]))
+    with pytest.raises(SystemExit, match="python3-dev or pybind11-dev is missing"):
+        backend.build()
+    assert done == [("cmake", "-S")]  # nothing is built
+    metadata = tmp_path / "build" / f"wheel-{backend.tag()}" / "python" / "frequencyhandler-0.1.dist-info" / "METADATA"
+    metadata.parent.mkdir(parents=True)
+    metadata.touch()
+    assert backend.build() == tmp_path / "build" / f"wheel-{backend.tag()}"
+    assert done == [("cmake", "-S"), ("cmake", "-S"), ("cmake", "--build")]
+
+
+def test_archive_of_the_sources_says_what_it_is(backend, monkeypatch, tmp_path):
+    top = tmp_path / "top"
+    for name in ("python/METADATA.in", "PlatformServices/FrequencyHandler/interface/FrequencyHandlerVersion.h"):
+        (top / name).parent.mkdir(parents=True)
+        (top / name).write_text((TOP / name).read_text())
+    (top / "build").mkdir()
+    monkeypatch.setattr(backend, "TOP", top)
+    name = backend.build_sdist(tmp_path)
+    base = f"frequencyhandler-{backend.version()}"
+    assert name == f"{base}.tar.gz"
+    with tarfile.open(tmp_path / name) as archive:
+        said = archive.extractfile(f"{base}/PKG-INFO").read().decode()
+        assert f"{base}/build" not in archive.getnames()
+    assert f"\nName: frequencyhandler\nVersion: {backend.version()}\n" in said

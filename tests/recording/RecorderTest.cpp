@@ -265,6 +265,12 @@ TEST_F(RecorderTest, ChildIsRecordedWhenItIsTheOneWithARadio) {
     EXPECT_THAT(carriersIn(file), testing::ElementsAre(7442000U));
 }
 
+TEST_F(RecorderTest, SizeThatATerminalWouldObeyIsShownHarmless) {
+    EXPECT_EQ(recorded(radio("tune 1"), "RADIO_RECORDING_SIZE=4\x1b[31m\xc2\x9bK").errors,
+              "librecordingplatform.so: RADIO_RECORDING_SIZE is \"4\\x1b[31m\\xc2\\x9bK\", expected 64K to "
+              "256M; taken as 4M\n");
+}
+
 TEST_F(RecorderTest, SizeThatIsNoneIsToldAndTheUsualOneTaken) {
     for (const char* const size : {"63K", "257M", "much", "-64K", "64k"}) {
         const Ending ending = recorded(radio("tune 1"), std::string("RADIO_RECORDING_SIZE=") + size);

@@ -42,7 +42,9 @@ What to see there:
   too: a carrier that is set before it does is corrected for 0 degrees.
 - A notification before the first carrier corrects for 0 kHz: the tables are asked for `(0, 25)`, and give what they have at their
   end.
-- Phase 5 wants every variable of the plan but those that are optional; phase 20 reads what depends on the frame format again.
+- Phase 5 wants every variable of the plan but those that are optional; phase 20 reads what depends on the frame format again. A
+  variable that is missing is named in a message, but for the three that the receiver of type 3 looks up by address (`HwCodeDsp`, and
+  size and content of the offset array): there **phase 5 fails without a word**, at any threshold.
 - What is kept by address, and read again and again: contents that were asked for with `variable-address` but for
   `ChannelSpacing`, records of drivers, handles of tables, and the observers.
 """

@@ -84,7 +84,13 @@ protected:
             m_text.clear();
             const Origin origin = m_origin;
             const Format format(m_stream);
-            platform->trace().enter(message);
+            try {
+                platform->trace().enter(message);
+            } catch (...) {
+                m_origin = origin;
+                format.restore(m_stream);
+                throw;
+            }
             m_origin = origin;
             format.restore(m_stream);
         }

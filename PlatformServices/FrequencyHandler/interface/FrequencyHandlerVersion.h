@@ -18,9 +18,10 @@
 
 /**
  * The binary interface: slots of virtual operations, members of classes. It grows by one whenever something
- * that was compiled against the classes of these headers would no longer fit. From 1 on it is in the names of
- * their symbols: what was compiled with one number is not linked with or loaded beside what was compiled with
- * another, and the symbol that is missing says "interface" and the number.
+ * that was compiled against these headers would no longer fit. It is in the name of the library's file, and
+ * in that of a symbol that only the library of this number has: see Handshake.h. From 1 on it is in the names
+ * of the symbols of all classes, too. What was compiled with one number is not linked with or loaded beside
+ * what was compiled with another. The build takes the number from here.
  */
 #ifndef FREQUENCYHANDLER_BINARY_INTERFACE
 #define FREQUENCYHANDLER_BINARY_INTERFACE 0

@@ -7,6 +7,7 @@
 #ifndef FREQUENCYHANDLER_INTERFACE_IFREQUENCYHANDLER_C_H
 #define FREQUENCYHANDLER_INTERFACE_IFREQUENCYHANDLER_C_H
 
+#include "Handshake.h"
 #include "ResultCode.h"
 
 /** What a client gives in order to be told of frequency changes. Read once, at registration, not kept. */

@@ -1,6 +1,7 @@
 #ifndef FREQUENCYHANDLER_INTERFACE_ILOCANCELLATION_H
 #define FREQUENCYHANDLER_INTERFACE_ILOCANCELLATION_H
 
+#include "Handshake.h"
 #include "IInterface.h"
 #include "ResultCode.h"
 

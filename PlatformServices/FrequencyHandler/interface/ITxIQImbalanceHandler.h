@@ -1,6 +1,7 @@
 #ifndef FREQUENCYHANDLER_INTERFACE_ITXIQIMBALANCEHANDLER_H
 #define FREQUENCYHANDLER_INTERFACE_ITXIQIMBALANCEHANDLER_H
 
+#include "Handshake.h"
 #include "IInterface.h"
 #include "ResultCode.h"
 

@@ -16,9 +16,10 @@
 #define RADIO_API
 #endif
 
-#if defined(__GNUC__) && FREQUENCYHANDLER_BINARY_INTERFACE > 0
 #define RADIO_TEXT_(number) #number
 #define RADIO_TEXT(number) RADIO_TEXT_(number)
+
+#if defined(__GNUC__) && FREQUENCYHANDLER_BINARY_INTERFACE > 0
 #define RADIO_CLASS                                                                                          \
     RADIO_API __attribute__((abi_tag("interface" RADIO_TEXT(FREQUENCYHANDLER_BINARY_INTERFACE))))
 #else

@@ -2,18 +2,16 @@
 #define FREQUENCYHANDLER_PRIVATE_FREQUENCYHANDLER_H
 
 #include "CModuleManager.h"
+#include "FrequencyHandler_Common.h"
 #include "ITemperatureHandler_c.h"
+#include "LoCancellation.h"
 #include "OrbiTrace.h"
 
 #include <array>
 #include <cstdint>
 #include <memory>
 
-class LoCancellation;
 struct FrequencyHandlerModule;
-namespace RL::FrequencyHandler::Common {
-class FrequencyHandler;
-}
 
 /**
  * The frequency module of one radio channel. The platform creates one for each channel; the module creates

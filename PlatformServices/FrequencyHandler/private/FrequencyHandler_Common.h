@@ -31,8 +31,8 @@ public:
 
     /**
      * The one way to change the carrier, in kHz (32 bits). Stores it, writes it to hardware, then tells every
-     * observer in the order of registration. A failed write changes nothing in that: the message of the board
-     * variant is its only sign. Nor does an observer that throws: a message says so, and the others are told.
+     * observer in the order of registration. A failed write changes nothing in that: the board variant may
+     * tell of it. Nor does an observer that throws: a message says so, and the others are told.
      *
      * Always returns 0.
      */

@@ -355,6 +355,7 @@ EAFResult FrequencyHandler::writeDspOffset(std::int32_t offset) {
 
 inline EAFResult FrequencyHandler::writeRfLoInKHz(std::uint32_t rfPll) {
     if (!canWrite(m_rfLoDriver)) {
+        notWritten(this);
         return ResultOk;
     }
     const EDriverResult code = m_rfLoDriver->write(m_rfLoDriver->context, static_cast<std::int32_t>(rfPll));
@@ -369,6 +370,7 @@ inline EAFResult FrequencyHandler::writeRfLoInKHz(std::uint32_t rfPll) {
 
 inline EAFResult FrequencyHandler::writeRfLoInHz(std::uint64_t rfPll) {
     if (!canWriteBuffer(m_rfLoInHzDriver)) {
+        notWritten(this);
         return ResultOk;
     }
     const std::array<std::uint8_t, 8> bytes = leastSignificantFirst(rfPll);
@@ -398,7 +400,7 @@ inline EAFResult FrequencyHandler::writeChargePump(std::uint32_t carrier) {
         FH_TRACE(m_trace, code,
                  "Unable to write to driver channel.%d.%s.rf.pll.config (EDriverResult = 0x%x)",
                  channelNumber(), m_name.c_str(), static_cast<unsigned>(code));
-        return refused(this, code);
+        return refusedBesides(this, code);
     }
     return ResultOk;
 }

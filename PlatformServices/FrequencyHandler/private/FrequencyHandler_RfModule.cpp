@@ -56,6 +56,7 @@ EAFResult FrequencyHandler::writeFrequencyToHW(unsigned long frequency) {
 EAFResult FrequencyHandler::tellMissingDriver() const {
     FH_TRACE(m_trace, TraceCode::information, "Unable to write to rfFrequencyDriver for direction %s",
              m_direction.c_str());
+    notWritten(this);
     return ResultOk;
 }
 

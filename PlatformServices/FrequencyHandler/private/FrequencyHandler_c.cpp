@@ -35,6 +35,8 @@ struct FrequencyHandlerModule {
 
     FrequencyHandler handler;
     std::array<FrequencyHandlerTuning, 2> tunings{};
+    /** How many changes of each direction were begun. */
+    std::array<std::uint32_t, 2> changes{};
 };
 
 namespace {
@@ -44,6 +46,8 @@ bool isDirection(std::int32_t direction) {
 }
 
 } // namespace
+
+const char FREQUENCYHANDLER_HANDSHAKE = 0;
 
 uint32_t FrequencyHandler_GetVersion(void) {
     return FREQUENCYHANDLER_VERSION;
@@ -67,10 +71,15 @@ EAFResult FrequencyHandler_Tune(FrequencyHandlerModule* module, int32_t directio
         return ResultFailed;
     }
     const auto index = static_cast<std::size_t>(direction);
+    const std::uint32_t change = ++module->changes.at(index);
     const RefusalHeard refusal(module->direction(index));
     const EAFResult result = direction == FrequencyHandlerTx ? module->handler.setTxFrequency(frequency)
                                                              : module->handler.setRxFrequency(frequency);
-    module->tunings.at(index) = {frequency, refusal.code() == 0 ? ResultOk : ResultFailed, refusal.code()};
+    // What an observer changed meanwhile came after this one, and is what the hardware has.
+    if (module->changes.at(index) == change) {
+        module->tunings.at(index) = {frequency, refusal.code() == 0 ? ResultOk : ResultFailed, refusal.code(),
+                                     refusal.isWritten() ? 1 : 0};
+    }
     return result;
 }
 

@@ -17,11 +17,20 @@ RefusalHeard::~RefusalHeard() {
     hearing = m_outer;
 }
 
+void notWritten(const Common::FrequencyHandler* handler) {
+    if (hearing != nullptr && hearing->m_handler == handler) {
+        hearing->m_isWritten = false;
+    }
+}
+
 EAFResult refused(const Common::FrequencyHandler* handler, std::int32_t code) {
-    for (RefusalHeard* heard = hearing; heard != nullptr; heard = heard->m_outer) {
-        if (heard->m_handler == handler && heard->m_code == 0) {
-            heard->m_code = code;
-        }
+    notWritten(handler);
+    return refusedBesides(handler, code);
+}
+
+EAFResult refusedBesides(const Common::FrequencyHandler* handler, std::int32_t code) {
+    if (hearing != nullptr && hearing->m_handler == handler) {
+        hearing->m_code = code;
     }
     return ResultFailed;
 }

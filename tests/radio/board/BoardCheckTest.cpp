@@ -736,5 +736,17 @@ TEST_F(BoardCheckTest, CorrectionsOfAnotherRadioOrChannelAreAWarning) {
     EXPECT_THAT(findings(), ElementsAre(HasSubstr("x.csv:2: warning: channel")));
 }
 
+TEST_F(BoardCheckTest, SerialIsTheSameAsItIsWrittenForSpreadsheets) {
+    microwaveBoard();
+    board.serial = "T,=1";
+    for (TableDescription& table : board.tables) {
+        if (table.table.name.find("Cancellation") != std::string::npos) {
+            table.file = "x.csv";
+            table.origins = {{"serial", "T,'=1", {"x.csv", 1}}};
+        }
+    }
+    EXPECT_THAT(findings(), ElementsAre());
+}
+
 } // namespace
 } // namespace Radio

@@ -1,3 +1,4 @@
+#include "radio/files/FileWait.h"
 #include "tests/radio/support/BoardFileFixture.h"
 #include "tests/support/Sanitized.h"
 
@@ -8,6 +9,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <limits>
 #include <string>
@@ -16,7 +19,9 @@ namespace Radio {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 class BoardFileTest : public BoardFileFixture {
 protected:
@@ -448,6 +453,73 @@ TEST_F(BoardFileTest, FileOfManyTablesIsReadOnce) {
     EXPECT_THAT(board.tables[39].table.values, ElementsAre(3));
 }
 
+/** 100,000 nodes in one file, of which the 40 first tables make 4,000,000. */
+TEST_F(BoardFileTest, TablesHaveALimitOfNodesTogether) {
+    std::string rows = "f,t,i\n";
+    for (int row = 0; row < 100'000; ++row) {
+        rows += std::to_string(row) + ",2,3\n";
+    }
+    std::string text = "name = \"Radio\"\n[[channel]]\nnumber = 1\ntype = 1\n[tables]\n";
+    for (int table = 1; table <= 40; ++table) {
+        text += "\"table " + std::to_string(table) + "\" = { file = \"t.csv\", column = \"i\" }\n";
+    }
+    const auto read = [&](const std::string& board) {
+        return readBoard(board, "board.toml", [&](const std::filesystem::path& file) {
+            return CsvFile(rows, file.string(), "a calibration table");
+        });
+    };
+    EXPECT_EQ(read(text).tables.size(), 40U);
+    const std::string said = ", which makes more than 4000000 of all tables of the board, expected fewer or "
+                             "smaller ones";
+    EXPECT_EQ(refusal([&] { read(text + "\"x\" = { file = \"t.csv\", column = \"i\" }\n"); }),
+              "board.toml:46: tables.x: has 100000 nodes" + said);
+    EXPECT_EQ(refusal([&] { read(text + "\"x\" = { axis = [1], values = [2] }\n"); }),
+              "board.toml:46: tables.x: has 1 node" + said);
+}
+
+TEST_F(BoardFileTest, EntriesOfABoardHaveALimit) {
+    for (const char* const section : {"drivers", "variables", "tables", "interfaces", "nothing known"}) {
+        // The name, a table for the section and "x" in each line: 100,000 with the last but one.
+        std::string text = std::string("name = \"Radio\"\n[\"") + section + "\"]\n# = [ does not count\n";
+        for (int entry = 0; entry < 99'998; ++entry) {
+            text += "x" + std::to_string(entry) + " = 1\n";
+        }
+        EXPECT_THAT(refusal([&] { load(text); }), Not(HasSubstr("100000"))) << section;
+        EXPECT_EQ(
+            refusal([&] { load(text + "x = 1\n"); }),
+            "board.toml:100002: more than 100000 of the signs = and [, expected at most 100000 in a board")
+            << section;
+    }
+}
+
+TEST_F(BoardFileTest, ArraysAndHeadingsCountAsEntries) {
+    std::string text = "a = [";
+    for (int array = 0; array < 99'998; ++array) {
+        text += "[],\n";
+    }
+    EXPECT_THAT(refusal([&] { load(text + "]\n"); }), Not(HasSubstr("100000")));
+    EXPECT_EQ(refusal([&] { load(text + "]\n[b]\n"); }),
+              "board.toml:100000: more than 100000 of the signs = and [, expected at most 100000 in a board");
+}
+
+TEST_F(BoardFileTest, NumbersOfABoardHaveALimit) {
+    std::string numbers;
+    for (int number = 0; number < 500'000; ++number) {
+        numbers += "1,";
+    }
+    EXPECT_EQ(refusal([&] { loadAfterChannel("[variables]\nv = [" + numbers + "]\n"); }), "accepted");
+    EXPECT_EQ(refusal([&] { loadAfterChannel("[variables]\nv = [" + numbers + "\n1,]\n"); }),
+              "board.toml:7: more than 500000 commas, expected at most 500000 in a board");
+}
+
+/** Gives up waiting at once, as if the program were to end. */
+TEST_F(BoardFileTest, SignalEndsTheReadingOfTables) {
+    setFileWait([](FileUse, int, std::chrono::milliseconds) { return SIGTERM; });
+    const std::string said = refusedAfterChannel("[tables]\n\"T\" = { axis = [1], values = [2] }\n");
+    setFileWait(nullptr);
+    EXPECT_EQ(said, "board.toml:6: was not waited for");
+}
+
 TEST_F(BoardFileTest, FilesOfTablesHaveALimitTogether) {
     const std::string rows = "f,t,i\n1,2,3\n" + std::string(4'000'000, '\n');
     std::string text = "[tables]\n";
@@ -495,7 +567,7 @@ TEST_F(BoardFileTest, WantOfMemoryNamesTheFile) {
         GTEST_SKIP() << "there is no limit for memory: a sanitizer needs it itself, an emulator has none";
     }
     std::string text = "name = \"Radio\"\n[[channel]]\nnumber = 1\ntype = 1\n[drivers]\n";
-    for (int driver = 0; driver < 100'000; ++driver) {
+    for (int driver = 0; driver < 90'000; ++driver) {
         text += "\"driver." + std::to_string(driver) + "\" = {}\n";
     }
     write("board.toml", text);

@@ -196,6 +196,15 @@ TEST_F(CalibrationJournal, TakesOverTheLockOfOneThatIsPutAway) {
     EXPECT_THROW(Journal::open(file), InputError);
 }
 
+TEST_F(CalibrationJournal, UmaskThatLetsNobodyWriteDoesNotKeepItFromBeingWrittenOn) {
+    const mode_t before = umask(0277);
+    { Journal::begin(file, header()); }
+    umask(before);
+    EXPECT_EQ(std::filesystem::status(file).permissions(), static_cast<std::filesystem::perms>(0600));
+    Journal::open(file).enter(18000000, -10, {7, 8, 9});
+    EXPECT_EQ(readJournal(file).probes.size(), 1U);
+}
+
 TEST_F(CalibrationJournal, OverTwoGibibytesIsGoneOnWith) {
     { Journal::begin(file, header()); }
     const std::uintmax_t before = text().size();

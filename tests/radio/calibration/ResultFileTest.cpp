@@ -137,7 +137,15 @@ TEST_F(ResultFileTest, CarriersAndTemperaturesAreThoseOfThePoints) {
 TEST_F(ResultFileTest, SerialStaysOnOneLine) {
     Result result = someResult();
     result.serial = "A: \"B\", C\n18000000,-33,0,0";
-    EXPECT_EQ(readBack(result).serial, "A: \"B\", C\\x0a18000000,-33,0,0");
+    EXPECT_EQ(readBack(result).serial, "A: \"B\", C\\x0a18000000,'-33,0,0");
+}
+
+TEST_F(ResultFileTest, TextIsNoFormulaToASpreadsheet) {
+    Result result = someResult();
+    result.serial = "A,=1+1";
+    result.station = "B;@SUM(A1)";
+    EXPECT_NE(written(result).find("# serial: A,'=1+1\n# station: B;'@SUM(A1)\n"), std::string::npos);
+    EXPECT_EQ(readBack(result).serial, "A,'=1+1");
 }
 
 TEST_F(ResultFileTest, PointThatFailedIsNotWritten) {

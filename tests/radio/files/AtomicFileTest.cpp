@@ -1,5 +1,6 @@
 #include "radio/files/AtomicFile.h"
 
+#include "radio/files/FileWait.h"
 #include "radio/files/InputError.h"
 #include "tests/radio/files/OwnDirectory.h"
 
@@ -12,6 +13,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
@@ -122,6 +124,52 @@ TEST_F(AtomicFileTest, LinkPutInThePlaceOfWhatIsWrittenHasNoOtherFileWritten) {
     EXPECT_THROW(atomic.commit(), InputError);
     EXPECT_EQ(contentOf("other"), "precious");
     EXPECT_FALSE(fs::exists("out.csv"));
+}
+
+/** What has to happen while a pipe is waited for. */
+void (*meanwhile)() = nullptr;
+
+/** Whoever waits for a file has `meanwhile` done, once, and then gives up. */
+class SwappedPipeTest : public AtomicFileTest {
+protected:
+    SwappedPipeTest() {
+        std::ofstream("other") << "precious";
+        setFileWait([](FileUse, int, std::chrono::milliseconds) {
+            if (meanwhile == nullptr) {
+                return SIGTERM;
+            }
+            meanwhile();
+            meanwhile = nullptr;
+            return 0;
+        });
+    }
+    ~SwappedPipeTest() override {
+        setFileWait(nullptr);
+        meanwhile = nullptr;
+    }
+};
+
+TEST_F(SwappedPipeTest, LinkPutInThePlaceOfAPipeHasNoOtherFileWritten) {
+    ASSERT_EQ(mkfifo("out.csv", 0600), 0);
+    meanwhile = [] {
+        fs::create_symlink("other", "link");
+        fs::rename("link", "out.csv");
+    };
+    EXPECT_EQ(refusal("out.csv"), "out.csv: is another file by now");
+    EXPECT_EQ(contentOf("other"), "precious");
+}
+
+TEST_F(SwappedPipeTest, FilePutInThePlaceOfAPipeIsNotWritten) {
+    ASSERT_EQ(mkfifo("out.csv", 0600), 0);
+    meanwhile = [] { fs::rename("other", "out.csv"); };
+    EXPECT_EQ(refusal("out.csv"), "out.csv: is another file by now");
+    EXPECT_EQ(contentOf("out.csv"), "precious");
+}
+
+TEST_F(SwappedPipeTest, PipeThatIsTakenAwayIsNotWaitedForAnyMore) {
+    ASSERT_EQ(mkfifo("out.csv", 0600), 0);
+    meanwhile = [] { fs::remove("out.csv"); };
+    EXPECT_EQ(refusal("out.csv"), "out.csv: cannot be written: No such file or directory");
 }
 
 TEST_F(AtomicFileTest, WhatSomebodyElsePutThereIsNotTakenAwayAgain) {
@@ -299,6 +347,45 @@ TEST_F(OwnersTest, SetIdBitsAreNotAnotherUsers) {
     EXPECT_EQ(status.st_uid, 1U);
     EXPECT_EQ(status.st_gid, someGroup);
     EXPECT_EQ(status.st_mode & 07777U, 0755U);
+}
+
+/** A link or a second name of a set-id file takes the place while the file is written. */
+TEST_F(OwnersTest, SetIdBitsOfAFileThatWasPutThereMeanwhileAreNotTaken) {
+    std::ofstream("suid") << "x";
+    ASSERT_EQ(chmod("suid", 06755), 0);
+    const auto statusAfter = [](void (*put)()) {
+        AtomicFile atomic("out.csv");
+        put();
+        atomic.commit();
+        struct stat status {};
+        EXPECT_EQ(lstat("out.csv", &status), 0);
+        return status;
+    };
+    const mode_t before = umask(022);
+    const struct stat overLink = statusAfter([] { fs::create_symlink("suid", "out.csv"); });
+    EXPECT_EQ(overLink.st_mode, S_IFREG | 0644U);
+    fs::remove("out.csv");
+    const struct stat overName = statusAfter([] { fs::create_hard_link("suid", "out.csv"); });
+    EXPECT_EQ(overName.st_mode, S_IFREG | 0755U);
+    umask(before);
+}
+
+TEST_F(OwnersTest, LinkOfAnotherUserInASharedDirectoryIsNotFollowed) {
+    ASSERT_EQ(chown(".", someUser, someGroup), 0);
+    ASSERT_EQ(chmod(".", 01777), 0);
+    std::ofstream("precious") << "precious";
+    fs::create_symlink("precious", "out.csv");
+    fs::create_symlink("out.csv", "over.csv");
+    EXPECT_EQ(refusal("out.csv"), "accepted");
+    ASSERT_EQ(lchown("out.csv", someUser, someGroup), 0);
+    EXPECT_EQ(refusal("out.csv"), "accepted"); // the directory's owner
+    ASSERT_EQ(lchown("out.csv", someUser + 1, someGroup), 0);
+    EXPECT_EQ(refusal("out.csv"),
+              "out.csv: is a link that somebody else made, in a directory where everybody may make files");
+    EXPECT_EQ(refusal("over.csv"),
+              "over.csv: is a link that somebody else made, in a directory where everybody may make files");
+    ASSERT_EQ(chmod(".", 0777), 0);
+    EXPECT_EQ(refusal("out.csv"), "accepted");
 }
 
 TEST_F(OwnersTest, OwnerThatCannotBeKeptIsRemarked) {

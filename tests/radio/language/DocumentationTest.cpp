@@ -22,14 +22,6 @@ std::string contentOf(const char* file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-TEST(Documentation, ManPageHasUsageAndHelpOfEveryCommand) {
-    const std::string page = contentOf(RADIO_MAN_PAGE);
-    for (const CommandInfo& info : commandTable()) {
-        EXPECT_THAT(page,
-                    HasSubstr(".TP\n" + std::string(info.usage) + "\n" + std::string(info.help) + "\n"));
-    }
-}
-
 TEST(Documentation, ReferenceHasUsageOfEveryCommand) {
     const std::string page =
         std::regex_replace(contentOf(RADIO_DOCS "/radioctl.md"), std::regex(R"(\\\|)"), "|");

@@ -80,6 +80,32 @@ TEST_F(HardwareMarkTest, MarkSaysWhoDrivesWhatAndForWhichBoard) {
                 MatchesRegex("process [0-9]+ on [0-9-]{10} at [0-9:]{8}\nip:radio\nboard.toml\n"));
 }
 
+/** The file of the mark, which a first program leaves there. */
+std::filesystem::path fileOfMark() {
+    { HardwareMark("ip:radio", "board.toml", "marks").takeBack(); }
+    return std::filesystem::directory_iterator("marks")->path();
+}
+
+/** What is said of a mark whose place leads to another file, by a symbolic link or by a second name. */
+TEST_F(HardwareMarkTest, MarkIsNotWrittenThroughALink) {
+    const std::filesystem::path file = fileOfMark();
+    const std::string said = file.string() + ": is a link or somebody else's, expected an ordinary file of "
+                                             "this user's for the mark that the hardware is in use";
+    write("precious", "precious");
+    std::filesystem::remove(file);
+    std::filesystem::create_symlink("../precious", file);
+    EXPECT_EQ(refusal([] { HardwareMark("ip:radio", "board.toml", "marks").set(); }), said);
+    std::filesystem::remove(file);
+    std::filesystem::create_hard_link("precious", file);
+    EXPECT_EQ(refusal([] { HardwareMark("ip:radio", "board.toml", "marks").set(); }), said);
+    EXPECT_EQ(contentOf("precious"), "precious");
+}
+
+TEST_F(HardwareMarkTest, FolderOfMarksIsItsOwnersAlone) {
+    static_cast<void>(fileOfMark());
+    EXPECT_EQ(std::filesystem::status("marks").permissions(), std::filesystem::perms::owner_all);
+}
+
 TEST_F(HardwareMarkTest, WithoutAPlaceForItNothingIsDriven) {
     write("marks", "a file\n");
     EXPECT_THAT(refusal([] { HardwareMark("ip:radio", "board.toml", "marks"); }),

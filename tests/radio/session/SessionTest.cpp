@@ -89,6 +89,19 @@ TEST_F(SessionTest, RefusedWriteIsToldWithItsCodeAndItsTrace) {
     EXPECT_THAT(act(ClearFaults{}, "clear"), ElementsAre("> clear", "ok, 1 fault cleared"));
 }
 
+TEST_F(SessionTest, ThereAreAtMostAThousandFaultsAtATime) {
+    startQuietly();
+    const Standalone::Fault fault{Operation::driverWrite, "channel.1.tx.rf.frequency", 0x8001, {}, {}};
+    for (int count = 0; count < 1000; ++count) {
+        ASSERT_THAT(act(InjectFault{fault}, "fault"), ElementsAre("> fault", "ok"));
+    }
+    EXPECT_THAT(act(InjectFault{fault}, "fault"),
+                testing::Contains(
+                    testing::HasSubstr("expected at most 1000 faults at a time; \"clear\" takes them back")));
+    EXPECT_THAT(act(ClearFaults{}, "clear"), ElementsAre("> clear", "ok, 1000 faults cleared"));
+    EXPECT_THAT(act(InjectFault{fault}, "fault"), ElementsAre("> fault", "ok"));
+}
+
 TEST_F(SessionTest, TemperatureTellsHowManyObserversItReached) {
     startQuietly();
     EXPECT_THAT(act(SetTemperature{40}, "temperature 40"),

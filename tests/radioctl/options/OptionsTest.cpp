@@ -47,6 +47,22 @@ protected:
         EXPECT_EQ(m_complaint, "");
         return m_printed;
     }
+    /** "WORD: HELP" for each word that can stand there, and "files ENDING..." where a file can. */
+    std::string offered(const std::vector<std::string>& before, const std::string& typed) const {
+        const Offers offers = m_parser.offersFor(before, typed);
+        std::string text;
+        for (const Offers::Word& offer : offers.words) {
+            text += offer.word + ": " + offer.help + "\n";
+        }
+        if (offers.areFiles) {
+            text += "files";
+            for (const std::string& ending : offers.endings) {
+                text += " " + ending;
+            }
+            text += "\n";
+        }
+        return text;
+    }
     void endHelpWith(const std::function<std::string(std::string_view)>& footer) {
         m_parser.endHelpWith(footer);
     }
@@ -451,6 +467,66 @@ TEST_F(OptionsTest, ArgumentBehindValuesInOneWordIsNotTheirs) {
     EXPECT_EQ(tune({"--spacing", "125,250", "radio.toml"}), std::nullopt);
     EXPECT_THAT(spacings, ElementsAre(125, 250));
     EXPECT_EQ(board, "radio.toml");
+}
+
+// What can stand where somebody is typing.
+
+TEST_F(OptionsTest, CommandsAreOfferedWithWhatTheyDo) {
+    EXPECT_EQ(offered({}, ""), "tune: Sets a carrier.\ncheck: Looks at a board.\n");
+    EXPECT_EQ(offered({}, "t"), "tune: Sets a carrier.\n");
+    EXPECT_EQ(offered({"no-such"}, "t"), "tune: Sets a carrier.\n");
+}
+
+TEST_F(OptionsTest, OptionsAreOfferedBehindADashOnlyAndOnce) {
+    bool force = false;
+    std::vector<std::string> carriers;
+    m_tune.flag("-f,--force", force, "Whatever\nthe board says");
+    m_tune.option("--carrier", carriers, "").repeated();
+    EXPECT_EQ(offered({"tune"}, ""), "");
+    EXPECT_EQ(offered({"tune"}, "-"), "--help: Print this help message and exit\n"
+                                      "--force: Whatever the board says\n--carrier: \n");
+    EXPECT_EQ(offered({"tune", "--force", "--carrier", "1"}, "--"),
+              "--help: Print this help message and exit\n--carrier: \n");
+    EXPECT_EQ(offered({"tune", "--"}, "--"), "");
+    EXPECT_EQ(offered({"check"}, "--f"), "");
+}
+
+TEST_F(OptionsTest, OptionsOfAlternativesAreOffered) {
+    std::string carrier;
+    m_tune.alternatives("Carrier", "").option("--tx", carrier, "To transmit");
+    EXPECT_EQ(offered({"tune"}, "--t"), "--tx: To transmit\n");
+}
+
+TEST_F(OptionsTest, WordsOfAValueAreOfferedBehindItsNameAndBehindAnEqualsSign) {
+    std::string level;
+    m_tune.option("--trace", level, "").oneOf({"off", "error", "notice"});
+    EXPECT_EQ(offered({"tune", "--trace"}, ""), "off: \nerror: \nnotice: \n");
+    EXPECT_EQ(offered({"tune"}, "--trace=n"), "--trace=notice: \n");
+    EXPECT_EQ(offered({"tune", "--trace=off"}, "o"), "");
+}
+
+TEST_F(OptionsTest, FilesAreOfferedInThePlacesOfTheirArguments) {
+    std::string board;
+    std::string log;
+    std::string page;
+    std::vector<std::string> band;
+    m_tune.option("BOARD", board, "").file({".toml"});
+    m_tune.option("LOG", log, "").file({".csv", ".log"});
+    m_tune.option("--html", page, "").file();
+    m_tune.option("--band", band, "").values(2);
+    EXPECT_EQ(offered({"tune"}, ""), "files .toml\n");
+    EXPECT_EQ(offered({"tune", "--band", "7", "8"}, ""), "files .toml\n");
+    EXPECT_EQ(offered({"tune", "radio.toml"}, ""), "files .csv .log\n");
+    EXPECT_EQ(offered({"tune", "--html"}, "x"), "files\n");
+    EXPECT_EQ(offered({"tune"}, "--html="), "files\n");
+    EXPECT_EQ(offered({"tune", "--band", "7"}, ""), "");
+    EXPECT_EQ(offered({"tune", "radio.toml", "day.csv"}, ""), "");
+}
+
+TEST_F(OptionsTest, LastArgumentThatMayBeThereAgainIsOfferedAgain) {
+    std::vector<std::string> boards;
+    m_check.option("BOARD", boards, "").file({".toml"});
+    EXPECT_EQ(offered({"check", "a.toml", "b.toml"}, ""), "files .toml\n");
 }
 
 } // namespace

@@ -209,6 +209,13 @@ TEST_F(PlanAuditReportTest, CsvHasNoFormulas) {
     }
 }
 
+TEST_F(PlanAuditReportTest, CsvHasNothingThatATerminalObeys) {
+    m_board = PlanBoards::rfModule();
+    m_board.file = "\x1b[31m\t=1.toml";
+    addRow(Direction::tx, 7'442'000, 1, 1);
+    EXPECT_THAT(csv(), HasSubstr("\n\\x1b[31m\\x09=1.toml,1,tx,F.595,,7442000,"));
+}
+
 TEST_F(PlanAuditReportTest, SeveralFindingsOfACarrierArePartedBySemicolons) {
     m_board.limits.rfPll = Range{1, 2};
     addRow(Direction::tx, 18'000'250, 1, 1);

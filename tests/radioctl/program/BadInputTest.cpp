@@ -181,8 +181,8 @@ TEST_F(BadInputTest, BoardThatIsNoToml) {
 
 TEST_F(BadInputTest, NoCommand) {
     expectWrongCommandLine(
-        {}, "One of run, console, check, plan, thermal, qualify, calibrate, tables, record, replay, describe "
-            "and completion is required");
+        {}, "One of run, console, new, check, plan, thermal, qualify, calibrate, tables, record, replay, "
+            "describe, store and completion is required");
 }
 
 TEST_F(BadInputTest, NoBoard) {
@@ -191,9 +191,10 @@ TEST_F(BadInputTest, NoBoard) {
 }
 
 TEST_F(BadInputTest, UnknownWordOnTheCommandLine) {
-    expectWrongCommandLine({"boot"}, "unknown command \"boot\", expected one of run, console, check, plan, "
-                                     "thermal, qualify, calibrate, tables, record, replay, "
-                                     "describe, store, completion");
+    expectWrongCommandLine({"boot"},
+                           "unknown command \"boot\", expected one of run, console, new, check, plan, "
+                           "thermal, qualify, calibrate, tables, record, replay, "
+                           "describe, store, completion");
     expectWrongCommandLine({"run", "board.toml", "script", "more"},
                            "The following argument was not expected: more");
     expectWrongCommandLine({"run", "--fast", "board.toml"}, "unknown option \"--fast\"");
@@ -205,7 +206,7 @@ TEST_F(BadInputTest, UnknownTraceLevel) {
 }
 
 TEST_F(BadInputTest, UnknownShell) {
-    expectWrongCommandLine({"completion", "fish"}, "SHELL: fish not in {bash}");
+    expectWrongCommandLine({"completion", "csh"}, "SHELL: csh not in {bash,zsh,fish}");
 }
 
 } // namespace

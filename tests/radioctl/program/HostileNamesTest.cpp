@@ -145,11 +145,12 @@ TEST_F(HostileNamesTest, NamesOfABoardAreShownHarmlesslyByEveryVerb) {
     expectHarmlessBothWays({"check", "board.toml"});
     expectHarmlessBothWays({"check", "--all", "board.toml"});
     expectHarmlessBothWays({"plan", "audit", "board.toml", "--csv", "audit.csv"});
-    expectHarmlessBothWays({"plan", "explain", "board.toml", "--channel", "1", "--tx", "18 GHz"});
+    expectHarmlessFile("audit.csv");
+    expectHarmlessBothWays({"plan", "explain", "board.toml", "--channel", "1", "--tx", "18GHz"});
     expectHarmlessBothWays({"tables", "lint", "board.toml"});
     expectHarmlessBothWays({"tables", "diff", "board.toml", "board.channel-1.csv"});
     expectHarmlessBothWays(
-        {"tables", "why", "board.toml", "--channel", "1", "--frequency", "18 GHz", "--temperature", "25"});
+        {"tables", "why", "board.toml", "--channel", "1", "--frequency", "18GHz", "--temperature", "25"});
     expectHarmlessBothWays({"qualify", "board.toml", "--channel", "1"});
     const Ending calibrated =
         expectHarmless({"calibrate", "board.toml", "--channel", "1", "--restart", "--out", "out.csv",
@@ -187,12 +188,13 @@ TEST_F(HostileNamesTest, FileNamesAreShownHarmlesslyByEveryVerb) {
     expectHarmlessBothWays({"check", "--hardware", file});
     expectHarmlessBothWays({"run", "--hardware", file, hostile});
     expectHarmlessBothWays({"plan", "audit", file});
-    expectHarmlessBothWays({"plan", "explain", file, "--channel", "1", "--tx", "18 GHz"});
+    expectHarmless({"plan", "audit", file, "--csv", "-"});
+    expectHarmlessBothWays({"plan", "explain", file, "--channel", "1", "--tx", "18GHz"});
     expectHarmlessBothWays({"tables", "lint", file, csv});
     expectHarmlessBothWays({"tables", "diff", file, csv});
     expectHarmlessBothWays(
-        {"tables", "why", file, "--channel", "1", "--frequency", "18 GHz", "--temperature", "25"});
-    expectHarmlessBothWays({"tables", "why", file, "--channel", "7", "--frequency", "18 GHz"});
+        {"tables", "why", file, "--channel", "1", "--frequency", "18GHz", "--temperature", "25"});
+    expectHarmlessBothWays({"tables", "why", file, "--channel", "7", "--frequency", "18GHz"});
     expectHarmlessBothWays({"qualify", file, "--channel", "1"});
     expectHarmlessBothWays({"calibrate", file, "--channel", "1", "--restart", "--out", csv + "2", "--html",
                             hostile + ".html", "--journal", hostile + ".journal"});
@@ -222,6 +224,9 @@ TEST_F(HostileNamesTest, RefusedArgumentsAreShownHarmlessly) {
                             {"check", hostile},
                             {"check", "board.toml", "--strict=" + hostile},
                             {"completion", hostile},
+                            {"new", "--type", hostile, "--band", "1", "2", "new.toml"},
+                            {"new", "--type", "rau", "--band", "1", hostile, "new.toml"},
+                            {"new", "--type", "rau", "--band", "1", "2", hostile + "/x"},
                             {"plan", hostile},
                             {"plan", "explain", "board.toml", "--tx", hostile},
                             {"plan", "explain", "board.toml", "--channel", hostile},

@@ -5,8 +5,10 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <regex>
+#include <sstream>
 
 namespace {
 
@@ -24,15 +26,6 @@ protected:
                 true};
     }
 
-    /** What bash offers for the word with this number, counted from 0, of a line. */
-    static std::string completed(const std::string& line, int word) {
-        const std::string command = "bash -c 'source \"" RADIOCTL_BASH_COMPLETION "\"; COMP_WORDS=(" + line +
-                                    "); COMP_CWORD=" + std::to_string(word) +
-                                    "; _radioctl; printf \"%s\\n\" \"${COMPREPLY[@]}\"' > completed";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        return contentOf("completed");
-    }
-
     /** Behind a board: what an audit tunes to. */
     static constexpr const char* twoCarriers =
         "[[raster]]\nname = \"7 GHz\"\ndirection = \"tx\"\nfirst = 7442000\nstep = 1\nlast = 7442001\n";
@@ -42,6 +35,19 @@ protected:
     static std::string contentOf(const std::string& file) {
         std::ifstream stream(file);
         return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    using Words = std::vector<std::string>;
+
+    /** What completion is told of the last of these words, without what each of them means. */
+    Words offered(Words words) {
+        words.insert(words.begin(), "completion-words");
+        std::istringstream lines(runProgram({words}).output);
+        Words offers;
+        for (std::string line; std::getline(lines, line);) {
+            offers.push_back(line.substr(0, line.find('\t')));
+        }
+        return offers;
     }
 };
 
@@ -76,7 +82,7 @@ TEST_F(MannersTest, UnknownCommandsAndOptionsHaveTheNearestOne) {
     for (const auto& [words, complaint] : std::vector<std::pair<std::vector<std::string>, std::string>>{
              {{"calibrat", "board.toml"},
               "unknown command \"calibrat\" (did you mean \"calibrate\"?), expected one of "
-              "run, console, check, plan, thermal, qualify, calibrate, tables, record, "
+              "run, console, new, check, plan, thermal, qualify, calibrate, tables, record, "
               "replay, describe, store, completion"},
              {{"plan", "explian"},
               "unknown command \"explian\" (did you mean \"explain\"?), expected one of explain, "
@@ -94,6 +100,7 @@ TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
                                                       {"run", "--help"},
                                                       {"console", "--help"},
+                                                      {"new", "--help"},
                                                       {"check", "--help"},
                                                       {"plan", "--help"},
                                                       {"plan", "explain", "--help"},
@@ -125,46 +132,47 @@ TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
 }
 
 TEST_F(MannersTest, PrintsTheCompletionScriptThatIsInstalled) {
-    EXPECT_EQ(runProgram({{"completion", "bash"}}).output, contentOf(RADIOCTL_BASH_COMPLETION));
+    for (const std::string shell : {"bash", "zsh", "fish"}) {
+        const std::string installed = contentOf(RADIOCTL_COMPLETIONS "/radioctl." + shell);
+        EXPECT_THAT(installed, HasSubstr(" completion-words ")) << shell;
+        EXPECT_EQ(runProgram({{"completion", shell}}).output, installed);
+    }
 }
 
-TEST_F(MannersTest, CompletionKeepsNamesWithSpacesTogether) {
-    write("two words.toml", "");
-    EXPECT_EQ(completed("radioctl check two", 2), "two words.toml\n");
-}
-
-TEST_F(MannersTest, CompletionKnowsTheLevelsBehindAnEqualsSign) {
-    EXPECT_EQ(completed("radioctl run --trace = n", 4), "notice\n");
-    EXPECT_EQ(completed("radioctl run --trace n", 3), "notice\n");
-}
-
-TEST_F(MannersTest, CompletionKnowsTheCommandsForTables) {
-    EXPECT_EQ(completed("radioctl tables \"\"", 2), "lint\ndiff\nwhy\n");
-    EXPECT_EQ(completed("radioctl tables why --t", 3), "--temperature\n");
-}
-
-TEST_F(MannersTest, CompletionTellsADiffOfRecordingsFromOneOfTables) {
-    EXPECT_EQ(completed("radioctl record \"\"", 2), "show\ndiff\n");
-    EXPECT_EQ(completed("radioctl record diff --l", 3), "--limit\n");
-    EXPECT_EQ(completed("radioctl tables diff --b", 3), "--board\n");
-    write("a.rec", "");
-    EXPECT_EQ(completed("radioctl record diff a", 3), "a.rec\n");
+TEST_F(MannersTest, CompletionWordsAreWhatCanStandThere) {
+    EXPECT_EQ(runProgram({{"completion-words", "tables", ""}}).output,
+              "lint\tLook for holes, outliers and whatever else is not as it should be\n"
+              "diff\tShow where corrections moved, and what that does to the leakage\n"
+              "why\tShow how one carrier at one temperature comes to its corrections\n");
+    EXPECT_EQ(runProgram({{"completion-words", "thermal", "board.toml", ""}}).output, ":files .csv\n");
+    EXPECT_EQ(runProgram({{"completion-words", "tables", "diff", ""}}).output, ":files .toml .csv\n");
+    EXPECT_EQ(runProgram({{"completion-words", "describe", "--script", ""}}).output, ":files\n");
+    EXPECT_EQ(runProgram({{"completion-words", "nonsense", ""}}).exitCode, 0);
 }
 
 TEST_F(MannersTest, CompletionTellsCommandsOfTheStoreFromOthersOfTheirName) {
-    EXPECT_EQ(completed("radioctl store \"\"", 2),
-              "list\nshow\ntables\ncompare\nreport\nexport\nimport\ncheck\npush\ngrant\n");
-    EXPECT_EQ(completed("radioctl store check --s", 3), "--store\n");
-    EXPECT_EQ(completed("radioctl check --s", 2), "--strict\n");
-    EXPECT_EQ(completed("radioctl store show --s", 3), "--store\n");
-    EXPECT_EQ(completed("radioctl record show --f", 3), "--from\n");
-    EXPECT_EQ(completed("radioctl store tables --o", 3), "--out\n");
-    EXPECT_EQ(completed("radioctl store export --format j", 4), "json\njunit\n");
+    EXPECT_EQ(offered({"store", ""}), (Words{"list", "show", "tables", "compare", "report", "export",
+                                             "import", "check", "push", "grant"}));
+    EXPECT_EQ(offered({"store", "check", "--s"}), (Words{"--store"}));
+    EXPECT_EQ(offered({"check", "--s"}), (Words{"--strict"}));
+    EXPECT_EQ(offered({"store", "show", "--s"}), (Words{"--store"}));
+    EXPECT_EQ(offered({"record", "show", "--f"}), (Words{"--from"}));
+    EXPECT_EQ(offered({"store", "export", "--format", "j"}), (Words{"json", "junit"}));
+    EXPECT_EQ(offered({"store", "report", "--kind", "a"}), (Words{"audit", "acceptance"}));
+    EXPECT_EQ(offered({"store", "tables", "--out", ""}), (Words{":files"}));
+    EXPECT_EQ(offered({"store", "show", ""}), (Words{}));
 }
 
 TEST_F(MannersTest, CompletionOffersAReportToRunAlone) {
-    EXPECT_EQ(completed("radioctl run --j", 2), "--json\n--junit\n");
-    EXPECT_EQ(completed("radioctl console --j", 2), "--json\n");
+    EXPECT_EQ(runProgram({{"completion-words", "run", "--j"}}).output,
+              "--json\tOne JSON object per event and line\n"
+              "--junit\tWrite what came of the expectations, as JUnit's XML\n");
+    EXPECT_EQ(runProgram({{"completion-words", "console", "--j"}}).output,
+              "--json\tOne JSON object per event and line\n");
+}
+
+TEST_F(MannersTest, NothingTellsPeopleOfCompletionWords) {
+    EXPECT_THAT(runProgram({{"--help"}}).output, Not(HasSubstr("completion-words")));
 }
 
 TEST_F(MannersTest, CheckOfGoodBoardsIsExitCode0) {
@@ -437,6 +445,15 @@ TEST_F(MannersTest, HistoryIsPutInThePlaceOfALinkAndNotWrittenThroughIt) {
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(other), {}), "precious");
 }
 
+TEST_F(MannersTest, HistoryThatIsAPipeIsNotWaitedFor) {
+    std::filesystem::create_directory("radioctl");
+    ASSERT_EQ(mkfifo("radioctl/history", 0600), 0);
+    Process process(consoleAtTerminal());
+    ASSERT_TRUE(process.waitFor("radio> "));
+    process.type(endOfInput);
+    EXPECT_EQ(process.finish().exitCode, 0);
+}
+
 TEST_F(MannersTest, FolderOfTheHistoryIsTheUsersAlone) {
     Process process(consoleAtTerminal());
     ASSERT_TRUE(process.waitFor("radio> "));
@@ -462,12 +479,21 @@ TEST_P(CrashAtTheTerminalTest, LeavesItAsItWas) {
     EXPECT_TRUE(process.showsWhatIsTyped());
 }
 
-INSTANTIATE_TEST_SUITE_P(By, CrashAtTheTerminalTest, testing::Values(SIGBUS, SIGABRT, SIGQUIT),
+INSTANTIATE_TEST_SUITE_P(By, CrashAtTheTerminalTest,
+                         testing::Values(SIGBUS, SIGABRT, SIGQUIT, SIGSYS, SIGTRAP, SIGXCPU, SIGPIPE, SIGALRM,
+                                         SIGVTALRM, SIGPROF, SIGUSR1, SIGUSR2),
                          [](const testing::TestParamInfo<int>& test) {
-                             return test.param == SIGBUS    ? "SIGBUS"
-                                    : test.param == SIGABRT ? "SIGABRT"
-                                                            : "SIGQUIT";
+                             return std::string("SIG") + sigabbrev_np(test.param);
                          });
+
+TEST_F(MannersTest, MessageIsNotWrittenIntoAFileThatWasOpenedInThePlaceOfStandardError) {
+    write("script", "bogus\n");
+    Invocation invocation{{"run", "board.toml", "script", "--junit", "report.xml"}};
+    invocation.hasNoErrors = true;
+    EXPECT_EQ(runProgram(invocation).exitCode, 3);
+    std::ifstream report("report.xml");
+    EXPECT_THAT(std::string(std::istreambuf_iterator<char>(report), {}), testing::StartsWith("<?xml"));
+}
 
 TEST_F(MannersTest, OutputThatCannotBeWrittenIsNoSuccess) {
     const Ending ending = runProgram({{"check", "board.toml"}, {}, false, "/dev/full"});

@@ -114,6 +114,9 @@ void Process::execute(const Invocation& invocation) {
     if (!invocation.inputFile.empty()) {
         dup2(open(invocation.inputFile.c_str(), O_RDONLY), STDIN_FILENO);
     }
+    if (invocation.hasNoErrors) {
+        close(STDERR_FILENO);
+    }
     // Observers that subscribe through C live as long as the process: nobody may delete them.
     setenv("LSAN_OPTIONS", "suppressions=" RADIOCTL_LEAKS ":print_suppressions=0", 1);
     for (const auto& [name, value] : invocation.environment) {
@@ -199,6 +202,18 @@ bool Process::readMore() {
     take(ready[0], m_output, m_ending.output);
     take(ready[1], m_errors, m_ending.errors);
     return true;
+}
+
+bool Process::waitUntilItEnded() const {
+    for (int turn = 0; turn < 1000; ++turn) {
+        siginfo_t info{};
+        if (waitid(P_PID, static_cast<id_t>(m_pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+            info.si_pid == m_pid) {
+            return true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
 }
 
 bool Process::waitFor(const std::string& text) {

@@ -19,6 +19,8 @@ struct Invocation {
     std::string inputFile{};
     /** A variable that its environment lacks. */
     std::string environmentWithout{};
+    /** It is started without a standard error. */
+    bool hasNoErrors = false;
 };
 
 /** What a program left behind. */
@@ -53,6 +55,9 @@ public:
      * ended or was silent for 10 s first.
      */
     bool waitFor(const std::string& text);
+    /** Waits until the program has ended, without reading what it writes; false when it has not after 10 s.
+     */
+    bool waitUntilItEnded() const;
     /** Reads to the end of the output and waits for the end of the program. */
     Ending finish();
 

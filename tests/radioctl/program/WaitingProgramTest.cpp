@@ -1,5 +1,6 @@
 #include "tests/devices/Instrument.h"
 #include "tests/radio/support/HardwareBoard.h"
+#include "tests/radio/support/LeakageBoard.h"
 #include "tests/radioctl/program/HardwareTest.h"
 #include "tests/radioctl/program/ProgramTest.h"
 
@@ -22,6 +23,10 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Values;
+
+std::string nameOf(const std::string& what, int signal) {
+    return what + (signal == SIGINT ? "AtSigint" : signal == SIGTERM ? "AtSigterm" : "AtSighup");
+}
 
 /** The program while it waits for something else than input: files that nobody writes, and a program for
  * plots. */
@@ -67,34 +72,137 @@ protected:
     }
 };
 
-/** What is read, and never comes. */
-class PipeWithoutAWriterTest : public WaitingProgramTest,
-                               public testing::WithParamInterface<std::vector<const char*>> {};
-
-TEST_P(PipeWithoutAWriterTest, IsLeftAtSigterm) {
-    ASSERT_EQ(mkfifo("pipe", 0600), 0);
-    Process radioctl(Invocation{{GetParam().begin(), GetParam().end()}});
-    // It holds the signal back by now, or takes it as any program does.
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+TEST_F(WaitingProgramTest, WhatGnuplotStartedGoesWithIt) {
+    Process radioctl(withGnuplot(thermal(), "sleep 300 & echo $! > started\nwait"));
+    const std::string started = waitForContentOf("started");
+    ASSERT_NE(started, "");
     radioctl.signal(SIGTERM);
-    const int exitCode = radioctl.finish().exitCode;
-    EXPECT_TRUE(exitCode == 128 + SIGTERM || exitCode == -SIGTERM) << exitCode;
+    EXPECT_EQ(radioctl.finish().exitCode, 143);
+    EXPECT_TRUE(waitUntilGone(std::stoi(started)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, PipeWithoutAWriterTest,
-                         Values(std::vector<const char*>{"run", "pipe", "script"},
-                                std::vector<const char*>{"run", "board.toml", "pipe"},
-                                std::vector<const char*>{"check", "pipe"},
-                                std::vector<const char*>{"thermal", "board.toml", "pipe"},
-                                std::vector<const char*>{"plan", "audit", "pipe"},
-                                std::vector<const char*>{"tables", "lint", "pipe"},
-                                std::vector<const char*>{"calibrate", "pipe", "--channel", "1"}),
-                         [](const testing::TestParamInfo<std::vector<const char*>>& test) {
-                             const std::string verb = test.param.front();
-                             return verb == "run"
-                                        ? std::string(test.param.back()) == "pipe" ? "runScript" : "runBoard"
-                                        : verb;
+/** A pipe called "pipe" whose other end nobody opens, wherever the command line or a file names one. */
+struct APipe {
+    const char* name;
+    std::vector<std::string> arguments;
+};
+
+void PrintTo(const APipe& pipe, std::ostream* out) {
+    *out << pipe.name;
+}
+
+class PipeThatNobodyServesTest : public WaitingProgramTest,
+                                 public testing::WithParamInterface<std::tuple<APipe, int>> {
+protected:
+    PipeThatNobodyServesTest() {
+        write("model.toml", leakageBoard());
+        write("script", "tune tx 1 7442000\n");
+        write("including", "include pipe\n");
+        write("tables.toml", std::string(rfModuleBoard) +
+                                 "[tables]\n\"Some.Table\" = { file = \"pipe\", column = \"i\" }\n");
+    }
+};
+
+TEST_P(PipeThatNobodyServesTest, IsLeftAtASignal) {
+    const auto& [pipe, signal] = GetParam();
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    Process radioctl(Invocation{pipe.arguments});
+    // It holds the signal back by now, or takes it as any program does.
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    const auto begin = std::chrono::steady_clock::now();
+    radioctl.signal(signal);
+    const Ending ending = radioctl.finish();
+    const auto took = std::chrono::steady_clock::now() - begin;
+    EXPECT_TRUE(ending.exitCode == 128 + signal || ending.exitCode == -signal)
+        << ending.exitCode << ending.output << ending.errors;
+    // A second, and what a busy computer adds.
+    EXPECT_LT(std::chrono::duration_cast<std::chrono::milliseconds>(took).count(), 4000);
+}
+
+const std::vector<APipe> everyPipe{
+    {"boardOfARun", {"run", "pipe", "script"}},
+    {"boardOfAConsole", {"console", "pipe"}},
+    {"boardThatIsChecked", {"check", "pipe"}},
+    {"boardThatIsAudited", {"plan", "audit", "pipe"}},
+    {"boardThatIsExplained", {"plan", "explain", "pipe", "--channel", "1", "--tx", "18GHz"}},
+    {"boardWhoseTablesAreLookedAt", {"tables", "lint", "pipe"}},
+    {"boardWhoseTablesAreExplained",
+     {"tables", "why", "pipe", "--channel", "1", "--frequency", "18GHz", "--temperature", "20"}},
+    {"tablesThatAreCompared", {"tables", "diff", "pipe", "model.toml"}},
+    {"boardOfAReplay", {"thermal", "pipe", "log.csv"}},
+    {"boardThatIsCalibrated", {"calibrate", "pipe", "--channel", "1"}},
+    {"boardThatIsQualified", {"qualify", "pipe", "--channel", "1"}},
+    {"tableOfABoard", {"check", "tables.toml"}},
+    {"script", {"run", "board.toml", "pipe"}},
+    {"scriptThatIsIncluded", {"run", "board.toml", "including"}},
+    {"logOfTemperatures", {"thermal", "board.toml", "pipe"}},
+    {"linesOfAnAudit", {"plan", "audit", "board.toml", "--csv", "pipe"}},
+    {"linesOfAReplay", {"thermal", "board.toml", "log.csv", "--csv", "pipe"}},
+    {"pageOfAReplay", {"thermal", "board.toml", "log.csv", "--html", "pipe"}},
+    {"pageOfACalibration",
+     {"calibrate", "model.toml", "--channel", "1", "--out", "tables.csv", "--html", "pipe"}},
+    {"tablesOfACalibration", {"calibrate", "model.toml", "--channel", "1", "--out", "pipe"}},
+    {"reportOfARun", {"run", "board.toml", "script", "--junit", "pipe"}}};
+
+INSTANTIATE_TEST_SUITE_P(Of, PipeThatNobodyServesTest,
+                         testing::Combine(testing::ValuesIn(everyPipe), Values(SIGINT, SIGTERM, SIGHUP)),
+                         [](const auto& test) {
+                             return nameOf(std::get<0>(test.param).name, std::get<1>(test.param));
                          });
+
+TEST_F(WaitingProgramTest, PipeIsNoJournalAndNotWaitedFor) {
+    write("model.toml", leakageBoard());
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    const Ending ending =
+        runProgram({{"calibrate", "model.toml", "--channel", "1", "--out", "t.csv", "--journal", "pipe"}});
+    EXPECT_EQ(ending.errors, "radioctl: pipe: no ordinary file, expected a calibration journal\n");
+    EXPECT_EQ(ending.exitCode, 3);
+}
+
+TEST_F(WaitingProgramTest, InterruptAtThePromptEndsAnIncludeThatIsWaitedFor) {
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    Process radioctl(Invocation{{"console", "board.toml"}, {}, true});
+    ASSERT_TRUE(radioctl.waitFor("radio> "));
+    radioctl.type("include pipe\n");
+    ASSERT_TRUE(radioctl.waitFor("include pipe"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    radioctl.signal(SIGINT);
+    ASSERT_TRUE(radioctl.waitFor("radio> "));
+    radioctl.type("quit\n");
+    EXPECT_EQ(radioctl.finish().exitCode, 0);
+}
+
+TEST_F(WaitingProgramTest, PipeThatIsReadGetsTheLines) {
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    Process radioctl(Invocation{{"thermal", "board.toml", "log.csv", "--csv", "pipe"}});
+    EXPECT_THAT(contentOf("pipe"), testing::StartsWith("second"));
+    EXPECT_EQ(radioctl.finish().exitCode, 0);
+}
+
+/** Standard output and that of errors are pipes that are full, and nobody reads them. */
+class UnreadOutputTest : public WaitingProgramTest, public testing::WithParamInterface<int> {
+protected:
+    UnreadOutputTest() {
+        std::string script;
+        for (int n = 0; n < 20000; ++n) {
+            script += "tune tx 1 7442000\n";
+        }
+        write("script", script);
+    }
+};
+
+TEST_P(UnreadOutputTest, OfASimulationIsLeftAtASignal) {
+    Process radioctl(Invocation{{"run", "board.toml", "script"}});
+    ASSERT_TRUE(radioctl.waitUntilItCatches(GetParam()));
+    std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+    radioctl.signal(GetParam());
+    // It ends before anybody reads what was left in the pipe.
+    EXPECT_TRUE(radioctl.waitUntilItEnded());
+    EXPECT_EQ(radioctl.finish().exitCode, 128 + GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(At, UnreadOutputTest, Values(SIGINT, SIGTERM, SIGHUP),
+                         [](const auto& test) { return nameOf("output", test.param); });
 
 TEST_F(WaitingProgramTest, PipeIsNoRecordingAndNotWaitedFor) {
     ASSERT_EQ(mkfifo("pipe", 0600), 0);
@@ -250,11 +358,7 @@ const std::vector<AWait> everyWait{
 INSTANTIATE_TEST_SUITE_P(Of, EveryWaitTest,
                          testing::Combine(testing::ValuesIn(everyWait), Values(SIGINT, SIGTERM, SIGHUP)),
                          [](const auto& test) {
-                             const int signal = std::get<1>(test.param);
-                             return std::string(std::get<0>(test.param).name) + (signal == SIGINT ? "AtSigint"
-                                                                                 : signal == SIGTERM
-                                                                                     ? "AtSigterm"
-                                                                                     : "AtSighup");
+                             return nameOf(std::get<0>(test.param).name, std::get<1>(test.param));
                          });
 
 } // namespace
