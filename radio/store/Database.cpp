@@ -348,6 +348,13 @@ void Database::forEachMeasured(const Selection& selection, const std::function<b
     for (bool goesOn = true; goesOn;) {
         std::vector<Run> some;
         m_sessions->with([&](soci::session& sql) {
+            std::optional<Transaction> reading;
+            if (m_sessions->address().backend == Backend::postgresql) {
+                // By their key, run for run: otherwise it goes through all measurements for each portion.
+                reading.emplace(sql, Backend::postgresql);
+                sql << "SET LOCAL enable_hashjoin = off";
+                sql << "SET LOCAL enable_mergejoin = off";
+            }
             const std::string which = " FROM runs WHERE (serial, begun, id) > (:serial, :begun, :id)" +
                                       conditions.text() + " ORDER BY serial, begun, id LIMIT " +
                                       std::to_string(runsAtATime);

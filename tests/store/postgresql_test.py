@@ -4,7 +4,7 @@ import threading
 import pytest
 
 import kill_servers
-from support import Server, accept, bench, event, exported, made_up, radioctl, write_runs
+from support import Server, accept, bench, event, events, exported, made_up, radioctl, write_runs
 
 
 @pytest.fixture(scope='module')
@@ -47,6 +47,24 @@ def test_more_runs_than_are_in_memory_at_a_time_are_all_listed_once(here, url):
     runs = [made_up(serial=f'S{n}', measurements=0) for n in range(600)]
     radioctl(here, 'store', 'import', write_runs(here / 'runs.json', *runs), '--store', url)
     assert set(exported(here, url)) == {run['id'] for run in runs}
+
+
+def test_report_is_that_of_sqlite_with_the_same_runs(here, url):
+    runs = [made_up(serial=f'S{n // 2:03}', measurements=4, station=f'bench-{n % 3}', begun=f'2026-03-01T09:{n // 60:02}:{n % 60:02}Z')
+            for n in range(600)]
+    for n, run in enumerate(runs):
+        for one in run['measurements']:
+            one['value'] += n % 7 / 8
+    write_runs(here / 'runs.json', *runs)
+    told = []
+    for store in (url, 'sqlite:units.sqlite'):
+        assert radioctl(here, 'store', 'import', 'runs.json', '--store', store).returncode == 0
+        ran = radioctl(here, 'store', 'report', '--all', '--json', '--store', store)
+        assert ran.returncode == 0, ran.stderr
+        assert event(ran, 'reported')['runs'] == 600
+        told.append([one for one in events(ran) if one['event'] != 'reported'])
+    assert told[0] == told[1]
+    assert [one['values'] for one in told[0] if one['event'] == 'report_measurement'] == [600] * 4
 
 
 def test_character_that_postgresql_does_not_take_is_replaced(here, url):
