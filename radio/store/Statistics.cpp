@@ -24,7 +24,7 @@ namespace {
 
 /** Values are told apart as finely as this, and lie within as much as that. */
 constexpr int finest = -30;
-constexpr double farthest = 1e15;
+constexpr double largest = 1e15;
 
 std::int64_t binOf(double value, int exponent) {
     return static_cast<std::int64_t>(std::floor(std::ldexp(value, -exponent)));
@@ -48,7 +48,7 @@ void Histogram::widen() {
 }
 
 void Histogram::add(double value) {
-    value = std::clamp(value, -farthest, farthest);
+    value = std::clamp(value, -largest, largest);
     if (m_total == 0) {
         // As fine as a number of this size is told apart.
         m_exponent = std::max(finest, value == 0.0 ? finest : std::ilogb(value) - 40);

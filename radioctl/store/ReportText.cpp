@@ -24,7 +24,7 @@ const std::string& orDash(const std::string& text) {
 void tellYields(std::ostream& out, const StatisticsReport& report) {
     TextTable table;
     table.add({"day", "station", "runs", "passed", "failed", "yield"});
-    for (const std::size_t column : {2, 3, 4, 5}) {
+    for (const std::size_t column : {2U, 3U, 4U, 5U}) {
         table.alignRight(column);
     }
     for (const auto& [where, yield] : report.yields) {
@@ -38,7 +38,7 @@ void tellYields(std::ostream& out, const StatisticsReport& report) {
 void tellMeasurands(std::ostream& out, const std::vector<const MeasurandReport*>& rows, std::size_t of) {
     TextTable table;
     table.add({"measurement", "values", "mean", "deviation", "Cpk", "missed", "unit"});
-    for (const std::size_t column : {1, 2, 3, 4, 5}) {
+    for (const std::size_t column : {1U, 2U, 3U, 4U, 5U}) {
         table.alignRight(column);
     }
     for (const MeasurandReport* const row : rows) {
@@ -58,7 +58,7 @@ void tellMeasurands(std::ostream& out, const std::vector<const MeasurandReport*>
 void tellDrift(std::ostream& out, const std::vector<const MeasurandReport*>& rows) {
     TextTable table;
     table.add({"measurement", "changes", "mean", "deviation", "largest", "unit", "run"});
-    for (const std::size_t column : {1, 2, 3, 4}) {
+    for (const std::size_t column : {1U, 2U, 3U, 4U}) {
         table.alignRight(column);
     }
     bool isEmpty = true;
@@ -80,7 +80,7 @@ void tellDrift(std::ostream& out, const std::vector<const MeasurandReport*>& row
 void tellStations(std::ostream& out, const std::vector<const MeasurandReport*>& rows) {
     TextTable table;
     table.add({"station", "mean", "others", "errors apart", "measurement"});
-    for (const std::size_t column : {1, 2, 3}) {
+    for (const std::size_t column : {1U, 2U, 3U}) {
         table.alignRight(column);
     }
     bool isEmpty = true;

@@ -152,7 +152,7 @@ std::string sideText(const Measurement* side) {
 void writePairs(std::ostream& out, const std::vector<MeasuredPair>& pairs) {
     TextTable table;
     table.add({"measurement", "A", "B", "change", "unit", "where"});
-    for (const std::size_t column : {1, 2, 3}) {
+    for (const std::size_t column : {1U, 2U, 3U}) {
         table.alignRight(column);
     }
     for (const MeasuredPair& pair : pairs) {
