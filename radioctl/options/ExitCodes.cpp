@@ -16,11 +16,11 @@ using Commands = std::vector<std::string_view>;
 
 const Commands& allCommands() {
     static const Commands all = {
-        "run",          "console",       "new",          "check",        "plan explain", "plan audit",
-        "thermal",      "qualify",       "calibrate",    "tables lint",  "tables diff",  "tables why",
-        "record show",  "record diff",   "replay",       "describe",     "store list",   "store show",
-        "store tables", "store compare", "store report", "store export", "store import", "store check",
-        "store push",   "store grant",   "completion"};
+        "run",         "console",      "new",           "check",        "plan explain", "plan audit",
+        "thermal",     "qualify",      "calibrate",     "serve",        "tables lint",  "tables diff",
+        "tables why",  "record show",  "record diff",   "replay",       "describe",     "store list",
+        "store show",  "store tables", "store compare", "store report", "store export", "store import",
+        "store check", "store push",   "store grant",   "completion"};
     return all;
 }
 
@@ -127,7 +127,7 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::outsideLimits, {"calibrate"}, "there are points without good corrections"},
         {ExitCode::outsideLimits, {"thermal", "calibrate"}, "a limit that the board states is not held"},
         {ExitCode::outsideLimits,
-         {"run", "console", "plan audit", "qualify", "calibrate"},
+         {"run", "console", "plan audit", "qualify", "calibrate", "serve"},
          "with --hardware an on_exit value could not be written"},
         {ExitCode::different, {"tables diff", "record diff"}, "there are differences"},
         {ExitCode::different, {"replay"}, "the library went another way than a recording"},
@@ -135,7 +135,7 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::different, {"store check"}, "a run is not whole, or the database is damaged"},
         {ExitCode::wrongCommandLine, all, "wrong command line"},
         {ExitCode::unusableInput,
-         {"run", "console", "check", "plan explain", "plan audit", "thermal", "qualify", "calibrate",
+         {"run", "console", "check", "plan explain", "plan audit", "thermal", "qualify", "calibrate", "serve",
           "tables lint", "tables diff", "tables why"},
          "a board cannot be used"},
         {ExitCode::unusableInput, {"new"}, "the file is there already"},
@@ -146,6 +146,9 @@ const std::vector<ExitReason>& exitReasons() {
          {"thermal"},
          "the log cannot be used, or the board has no compensation to replay"},
         {ExitCode::unusableInput, {"calibrate"}, "a journal or a table cannot be used"},
+        {ExitCode::unusableInput,
+         {"serve"},
+         "an address, a token, a certificate or a state cannot be used, or the program was built without it"},
         {ExitCode::unusableInput,
          {"tables lint", "tables diff", "tables why"},
          "a table cannot be used, or there are none to look at"},
@@ -163,7 +166,7 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::unusableInput, {"store import", "store push"}, "a file has no run"},
         {ExitCode::unusableInput, {"thermal", "calibrate", "store report"}, "gnuplot is missing"},
         {ExitCode::unusableInput,
-         {"run", "console", "plan audit", "qualify", "calibrate"},
+         {"run", "console", "plan audit", "qualify", "calibrate", "serve"},
          "with --hardware the hardware is missing or in use by another program, or there is no place for its "
          "mark"},
         {ExitCode::unusableInput, {"calibrate"}, "with --hardware a temperature did not come about in time"},
@@ -172,7 +175,7 @@ const std::vector<ExitReason>& exitReasons() {
          {"run", "console"},
          "the radio did not boot, and no \"expect result\" came first"},
         {ExitCode::notBooted,
-         {"plan explain", "plan audit", "thermal", "qualify", "calibrate", "tables why"},
+         {"plan explain", "plan audit", "thermal", "qualify", "calibrate", "serve", "tables why"},
          "the radio did not boot"},
         {ExitCode::notBooted, {"check"}, "with --all the radio did not boot"},
         {ExitCode::signalBase + SIGINT,
