@@ -21,7 +21,7 @@ def is_page(path):
 
 def name_of(path, heading=""):
     """What Doxygen calls a page, or a heading in it that GitHub has under this name."""
-    page = "mainpage" if path == "README.md" else re.sub(r"\W", "_", path[:-3].lower().replace("docs/", "guide/"))
+    page = "mainpage" if path == "README.md" else re.sub(r"\W", "_", "guide/" + path[:-3].lower().replace("docs/", ""))
     return page + ("_" + re.sub(r"\W", "_", heading) if heading else "")
 
 
@@ -89,7 +89,7 @@ def chapters(text):
         items = re.sub(r"^", "  ", body, flags=re.M)
         listed += f'- @subpage {name} "{heading}"\n{items}\n'
         # The pages themselves belong to the chapter, the links on the contents lead there as well.
-        pages += f"\n@page {name} {heading}\n\n" + re.sub(r"\[([^\]]*)\]\(@ref (guide_\w+|contributing|changelog)\)", r'@subpage \2 "\1"', body) + "\n"
+        pages += f"\n@page {name} {heading}\n\n" + re.sub(r"\[([^\]]*)\]\(@ref (guide_\w+)\)", r'@subpage \2 "\1"', body) + "\n"
     return head + listed + pages
 
 
