@@ -17,6 +17,7 @@
 #include "radioctl/replay/ReplayCommandLine.h"
 #include "radioctl/report/Output.h"
 #include "radioctl/run/RunCommandLine.h"
+#include "radioctl/serve/ServeCommandLine.h"
 #include "radioctl/tables/TablesCommandLine.h"
 #include "radioctl/thermal/ThermalCommandLine.h"
 
@@ -48,6 +49,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     Thermal::ThermalCommandLine thermal(program);
     Calibration::QualificationCommandLine qualification(program);
     Calibration::CalibrationCommandLine calibration(program);
+    Serving::ServeCommandLine serve(program);
     Tables::TablesCommandLine tables(program);
     Recordings::RecordCommandLine record(program);
     Replaying::ReplayCommandLine replay(program);
@@ -61,9 +63,9 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     if (const auto isGood = parser.parse(withUnitsJoined(argumentCount, arguments))) {
         return *isGood ? ExitCode::good : ExitCode::wrongCommandLine;
     }
-    const std::array<CommandLine::Verb*, 12> verbs{&run,     &create,        &check,       &plan,
-                                                   &thermal, &qualification, &calibration, &tables,
-                                                   &record,  &replay,        &describe,    &completion};
+    const std::array<CommandLine::Verb*, 13> verbs{
+        &run,   &create, &check,  &plan,   &thermal,  &qualification, &calibration,
+        &serve, &tables, &record, &replay, &describe, &completion};
     for (CommandLine::Verb* const verb : verbs) {
         if (verb->isCalled()) {
             return verb->run(json);

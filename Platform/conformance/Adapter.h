@@ -49,8 +49,11 @@ public:
 
     // Storage and calibration
 
-    /** Adds the variable, one int with this value, or gives the one that is there this value. */
-    virtual bool putVariable(const std::string& /*name*/, int /*value*/) { return false; }
+    /** Adds the variable with this content, or gives the one that is there, whose content is as long, this
+     * content. */
+    virtual bool putVariable(const std::string& /*name*/, const std::vector<int>& /*content*/) {
+        return false;
+    }
     /** Adds a table with one axis; `x` ascends, and has as many nodes as there are values. */
     virtual bool putTable(const std::string& /*name*/, const std::vector<int>& /*x*/,
                           const std::vector<int>& /*values*/) {

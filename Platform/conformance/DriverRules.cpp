@@ -24,12 +24,12 @@ DriverLayerInterface& layer() {
 }
 
 /** Null: the lookup fails, or gives none. */
-DriverInterface* find(const std::string& driver) {
+DriverInterface* find(const char* driver) {
     DriverInterface* found = nullptr;
-    return isSuccess(layer().getDriverInterface(&found, driver.c_str())) ? found : nullptr;
+    return isSuccess(layer().getDriverInterface(&found, driver)) ? found : nullptr;
 }
 
-DriverInterface& put(Adapter& adapter, const std::string& driver = name) {
+DriverInterface& put(Adapter& adapter, const char* driver = name) {
     need(adapter.putDriver(driver), "add a driver");
     DriverInterface* const found = find(driver);
     hold(found != nullptr, "a driver that was added is not found");

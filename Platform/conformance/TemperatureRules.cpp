@@ -54,6 +54,31 @@ void allAreTold(Adapter& adapter) {
     }
 }
 
+void orderIsKept(Adapter& adapter) {
+    struct Caller {
+        static void note(void* context, int /*degrees*/) {
+            const auto& caller = *static_cast<Caller*>(context);
+            *caller.calls += caller.name;
+        }
+
+        std::string* calls;
+        char name;
+        ITemperatureObserver record{this, &Caller::note};
+    };
+    std::string calls;
+    // They come neither in the order of their addresses nor of their names.
+    std::array<Caller, 3> callers{{{&calls, 'c'}, {&calls, 'b'}, {&calls, 'a'}}};
+    set(adapter, 20);
+    for (const std::size_t n : {std::size_t{2}, std::size_t{0}, std::size_t{1}}) {
+        hold(isSuccess(ITemperatureHandler::registerObserver(&callers.at(n).record)),
+             "registerObserver fails");
+    }
+    calls.clear();
+    set(adapter, 21);
+    holdSame("observers a, c and b, who came in this order, were told in the order", calls,
+             std::string("acb"));
+}
+
 void recordIsKeptByAddress(Adapter& adapter) {
     Thermometer thermometer;
     Thermometer late;
@@ -101,6 +126,8 @@ Rules temperatureRules() {
          "An observer is told of each change, with its context and in degrees Celsius.", correction,
          changesAreTold},
         {"temperature.all-are-told", "All observers are told, each once.", correction, allAreTold},
+        {"temperature.order-is-kept", "Observers are told in the order in which they were registered.",
+         correction, orderIsKept},
         {"temperature.record-is-kept-by-address", "An observer's record is kept by address, and not copied.",
          correction, recordIsKeptByAddress},
         {"temperature.type-is-seen", "What derives from ITemperatureHandler is found as one.", correction,

@@ -23,7 +23,7 @@ public:
 
     /**
      * Subscribes `observer` with the temperature service of the process. From then on the service calls it
-     * whenever the temperature changes. The record must outlive the service's last notification.
+     * whenever the temperature changes, in the order of registration. The record must outlive its last call.
      */
     static ETHResult registerObserver(ITemperatureObserver* observer);
 };

@@ -50,8 +50,8 @@ public:
         Minimal::drivers().at(driver).failure = code;
         return true;
     }
-    bool putVariable(const std::string& name, int value) override {
-        Minimal::variables()[name] = value;
+    bool putVariable(const std::string& name, const std::vector<int>& content) override {
+        Minimal::variables()[name] = content;
         return true;
     }
     bool putTable(const std::string& name, const std::vector<int>& x, const std::vector<int>& values) override {

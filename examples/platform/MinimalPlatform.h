@@ -28,7 +28,7 @@ struct Table {
 
 // Nodes of these maps stay where they are, which is what the library asks of records and contents.
 std::map<std::string, Driver>& drivers();
-std::map<std::string, int>& variables();
+std::map<std::string, std::vector<int>>& variables(); // whose length stays
 std::map<std::string, Table>& tables();
 
 void addDriver(const std::string& name);

@@ -33,11 +33,14 @@ int valueOf(const Table& table, int x1, int x2) {
 
 } // namespace
 
-std::map<std::string, int>& Minimal::variables() { return kept<std::map<std::string, int>>(); }
+std::map<std::string, std::vector<int>>& Minimal::variables() {
+    return kept<std::map<std::string, std::vector<int>>>();
+}
 std::map<std::string, Table>& Minimal::tables() { return kept<std::map<std::string, Table>>(); }
 
 EAFResult CStorageManager_GetVariableContentAddressByName(const char* name, void** address, int /*reserved*/) {
-    *address = find(variables(), name);
+    std::vector<int>* const content = find(variables(), name);
+    *address = content != nullptr ? content->data() : nullptr;
     return *address != nullptr ? ResultOk : ResultFailed;
 }
 EAFResult CStorageManager_GetVariableByName(const char* name, StorageVariable** out) {

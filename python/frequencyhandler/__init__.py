@@ -12,8 +12,9 @@ Celsius, and arrays are numpy's. A first try::
 
 from __future__ import annotations
 
-from ._loading import require_own_platform
+from ._loading import require_main_interpreter, require_own_platform
 
+require_main_interpreter()
 require_own_platform()
 
 from . import _engine, calibration, errors, events, plan, recordings, tables, thermal

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import operator
 import os
-from typing import Any, Callable, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
+from typing import Any, Callable, Iterable, List, Mapping, Optional, Sequence, SupportsIndex, Tuple, Union
 
 import numpy as np
 import numpy.typing as npt
@@ -13,8 +13,10 @@ from . import _engine
 from .errors import ArgumentError, ArgumentTypeError, UnknownName
 
 PathLike = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
+#: A whole number; numpy's as well.
+Whole = SupportsIndex
 #: A frequency: a whole number of kHz, or a text with a unit, such as "7.442 GHz".
-Frequency = Union[int, str]
+Frequency = Union[Whole, str]
 
 INT32 = (-(2**31), 2**31 - 1)
 INT64 = (-(2**63), 2**63 - 1)

@@ -2,13 +2,13 @@
 
 from __future__ import annotations
 
-from typing import Any, Callable, Dict, Optional, Sequence, Tuple
+from typing import Any, Callable, Dict, Iterable, Optional, Sequence, Tuple
 
 import numpy as np
 
 from . import _engine
-from ._arguments import (CHANNELS, INT64, Frequency, PathLike, flag, function, khz, path, real, several, shown, text, whole,
-                         wrong, wrong_type)
+from ._arguments import (CHANNELS, INT64, Frequency, PathLike, Whole, flag, function, khz, path, real, several, shown, text,
+                         whole, wrong, wrong_type)
 from ._endings import Ending
 from .board import BoardLike, engine_of
 from .calibration_results import (POINT, CalibrationResult, ChannelQualification, Point, Probe, Qualification, Summary,
@@ -78,12 +78,12 @@ def _end(result: Any, raised: Optional[BaseException], work: str, file: str, has
         raise left
 
 
-def calibrate(board: BoardLike, channel: int, *, method: Optional[str] = None, probes: Optional[int] = None,
+def calibrate(board: BoardLike, channel: Whole, *, method: Optional[str] = None, probes: Optional[Whole] = None,
               band: Optional[Sequence[Frequency]] = None, step: Optional[Frequency] = None,
-              temperatures: Optional[Sequence[int]] = None, i_range: Optional[Sequence[int]] = None,
-              q_range: Optional[Sequence[int]] = None, shrink: Optional[float] = None, min_delta: Optional[int] = None,
-              max_iterations: Optional[int] = None, settle_time: Optional[int] = None, detector: Optional[str] = None,
-              tolerance: Optional[int] = None, dwell: Optional[int] = None, serial: Optional[str] = None,
+              temperatures: Optional[Iterable[Whole]] = None, i_range: Optional[Sequence[Whole]] = None,
+              q_range: Optional[Sequence[Whole]] = None, shrink: Optional[float] = None, min_delta: Optional[Whole] = None,
+              max_iterations: Optional[Whole] = None, settle_time: Optional[Whole] = None, detector: Optional[str] = None,
+              tolerance: Optional[Whole] = None, dwell: Optional[Whole] = None, serial: Optional[str] = None,
               station: Optional[str] = None, beginning: str = "fresh", journal: Optional[PathLike] = None,
               tables: Optional[PathLike] = None, accept_edge: bool = False, accept_fail: bool = False,
               qualify: bool = True, real_time: bool = False, hardware: bool = False, force: bool = False,
@@ -148,7 +148,7 @@ def calibrate(board: BoardLike, channel: int, *, method: Optional[str] = None, p
     return result
 
 
-def qualify(board: BoardLike, channel: int, *, settle_time: Optional[int] = None, detector: Optional[str] = None,
+def qualify(board: BoardLike, channel: Whole, *, settle_time: Optional[Whole] = None, detector: Optional[str] = None,
             real_time: bool = False, hardware: bool = False, force: bool = False, progress: ProgressLike = None,
             cancel: CancelLike = None) -> ChannelQualification:
     """Measures how fast the detector of a channel settles, how noisy it is, and whether it follows the corrections.

@@ -2,9 +2,9 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, Any, Iterator, Mapping, Sequence, Tuple, Union
+from typing import TYPE_CHECKING, Any, Iterable, Iterator, Mapping, Sequence, Tuple, Union
 
-from ._arguments import INT32, INT64, flag, several, text, unknown_name, whole
+from ._arguments import INT32, INT64, Whole, flag, several, text, unknown_name, whole
 from ._tied import Tied
 from .errors import BusyError
 from .events import Outcome
@@ -60,7 +60,7 @@ class Driver(Tied):
         assert value is not None  # a read that gives none has failed
         return value
 
-    def write(self, value: int, *, force: bool = False) -> Outcome:
+    def write(self, value: Whole, *, force: bool = False) -> Outcome:
         """Writes a value of up to 32 bits, or up to 64 to a driver that takes Hz. Raises :class:`CommandFailed` with the
         driver's code, and on hardware for a value outside its range, unless it is forced."""
         self._radio._require_open()
@@ -120,10 +120,10 @@ class Variables(Tied, Mapping[str, Tuple[int, ...]]):
             raise unknown_name("variable", name, self._names.names)
         return tuple(self._radio._engine.variable(name))
 
-    def __setitem__(self, name: str, values: Union[int, Sequence[int]]) -> None:
+    def __setitem__(self, name: str, values: Union[Whole, Iterable[Whole]]) -> None:
         self.set(name, values)
 
-    def set(self, name: str, values: Union[int, Sequence[int]]) -> Outcome:
+    def set(self, name: str, values: Union[Whole, Iterable[Whole]]) -> Outcome:
         """Changes a variable; fewer values than it has places leave the others. The outcome's note says which phase takes
         it over, if one has to. Raises :class:`ArgumentError` for a variable that there is none of, and for values that do not
         fit."""

@@ -6,7 +6,8 @@ from typing import TYPE_CHECKING, Any, Iterable, List, Mapping, Optional, Sequen
 
 import numpy as np
 
-from ._arguments import CHANNELS, INT64, UINT32, Frequency, direction as checked_direction, khz, real, text, whole, wrong_type
+from ._arguments import (CHANNELS, INT64, UINT32, Frequency, Whole, direction as checked_direction, khz, real, text, whole,
+                         wrong_type)
 from ._tied import Tied
 from .errors import AlignedWrite, ExpectationFailed
 
@@ -64,33 +65,33 @@ class Expectations(Tied):
         __tracebackhide__ = True
         self._radio._act(words)
 
-    def driver(self, name: str, value: int) -> None:
+    def driver(self, name: str, value: Whole) -> None:
         """A driver has this value; of real hardware it is read. Raises :class:`ExpectationFailed`, and :class:`ArgumentError`
         for a driver that there is none of."""
         __tracebackhide__ = True
         self._act(["expect", "driver", text("name", name), str(whole("value", value, INT64))])
 
-    def _carrier(self, what: str, way: str, channel: int, carrier: Frequency) -> None:
+    def _carrier(self, what: str, way: str, channel: Whole, carrier: Frequency) -> None:
         __tracebackhide__ = True
         self._act(["expect", what, checked_direction(way), str(whole("channel", channel, CHANNELS)),
                    str(khz("carrier", carrier))])
 
-    def frequency(self, direction: str, channel: int, carrier: Frequency) -> None:
+    def frequency(self, direction: str, channel: Whole, carrier: Frequency) -> None:
         """The handler reports this carrier. Raises :class:`ExpectationFailed`, and :class:`ArgumentError`."""
         __tracebackhide__ = True
         self._carrier("frequency", direction, channel, carrier)
 
-    def rau(self, direction: str, channel: int, carrier: Frequency) -> None:
+    def rau(self, direction: str, channel: Whole, carrier: Frequency) -> None:
         """The remote radio unit has this carrier. Raises :class:`ExpectationFailed`, and :class:`ArgumentError`."""
         __tracebackhide__ = True
         self._carrier("rau", direction, channel, carrier)
 
-    def notified(self, direction: str, channel: int, carrier: Frequency) -> None:
+    def notified(self, direction: str, channel: Whole, carrier: Frequency) -> None:
         """The last command told the observers this carrier. Raises :class:`ExpectationFailed`, and :class:`ArgumentError`."""
         __tracebackhide__ = True
         self._carrier("notified", direction, channel, carrier)
 
-    def result(self, result: Union[str, int]) -> None:
+    def result(self, result: Union[str, Whole]) -> None:
         """The last command answered "ok", "failed", or with this code. Raises :class:`ExpectationFailed`, and
         :class:`ArgumentError` for another word."""
         __tracebackhide__ = True
@@ -125,7 +126,7 @@ class Expectations(Tied):
             words.append(f"{text('driver', pair[0])}={whole('value', pair[1], INT64)}")
         self._act(["expect", "writes", *(words or ["0"])])
 
-    def leakage(self, channel: int, *, below: float) -> None:
+    def leakage(self, channel: Whole, *, below: float) -> None:
         """The modelled LO leakage of a channel is below this level, in dBc. Raises :class:`ExpectationFailed`, and
         :class:`ArgumentError` for a channel without a model."""
         __tracebackhide__ = True

@@ -5,7 +5,7 @@ from __future__ import annotations
 from contextlib import contextmanager
 from typing import TYPE_CHECKING, Iterator, List, NamedTuple, Optional, Sequence, Union, overload
 
-from ._arguments import UINT32, text, whole
+from ._arguments import UINT32, Whole, text, whole
 from ._tied import Tied
 from .errors import BusyError
 from .events import Outcome
@@ -37,7 +37,7 @@ class Faults(Tied, Sequence[Fault]):
     def _all(self) -> List[Fault]:
         return [Fault(*fault) for fault in self._radio._engine.faults()]
 
-    def inject(self, operation: str, object: str = "", code: int = 0x8000, *, times: Optional[int] = None) -> Outcome:
+    def inject(self, operation: str, object: str = "", code: Whole = 0x8000, *, times: Optional[Whole] = None) -> Outcome:
         """Has the platform answer calls of ``operation`` ("driver-write") on ``object`` (empty: on any) with ``code``, so
         many times or until it is cleared. With a code that has no bit 0x8000 the call is carried out all the same. Raises
         :class:`ArgumentError` for an operation or object that there is none of."""
@@ -56,14 +56,14 @@ class Faults(Tied, Sequence[Fault]):
         return self._radio._act(words + ([text("object", object)] if text("object", object) else []))
 
     @contextmanager
-    def injected(self, operation: str, object: str = "", code: int = 0x8000) -> Iterator[None]:
+    def injected(self, operation: str, object: str = "", code: Whole = 0x8000) -> Iterator[None]:
         """A fault as long as the block lasts; others of the same operation and object are there afterwards as before."""
         self.inject(operation, object, code)
         try:
             yield
         finally:
             if not self._radio.is_closed:
-                self._take(Fault(operation, object, code, None))
+                self._take(Fault(operation, object, int(code), None))
 
     def _take(self, fault: Fault) -> None:
         others = [other for other in self._all() if other.operation == fault.operation]

@@ -21,6 +21,7 @@ __all__ = ["Events", "Subscription"]
 
 #: Of the kind that was asked for.
 Happened = TypeVar("Happened", bound=Event)
+Other = TypeVar("Other", bound=Event)
 
 #: So many commands may functions carry out that are told of the events of one: more go in a circle.
 FURTHER = 1000

@@ -9,7 +9,7 @@ import numpy as np
 import numpy.typing as npt
 
 from . import _engine
-from ._arguments import CHANNELS, Frequency, direction as checked_direction, flag, khz, whole
+from ._arguments import CHANNELS, Frequency, Whole, direction as checked_direction, flag, khz, whole
 from .board import BoardLike, engine_of
 from .errors import finish
 from .progress import CancelLike, ProgressLike, Reporter, cancelling
@@ -81,7 +81,7 @@ class Explanation:
         return "\n".join(lines)
 
 
-def explain(board: BoardLike, direction: str, channel: int, carrier: Frequency) -> Explanation:
+def explain(board: BoardLike, direction: str, channel: Whole, carrier: Frequency) -> Explanation:
     """Tunes a channel of a radio that is booted for it, and explains what came of it.
 
     ``carrier`` is in kHz or a text with a unit. Raises :class:`ArgumentError` for a channel that there is none of,

@@ -11,6 +11,7 @@ from typing import Any, Iterator, List, Optional, Tuple
 
 import pytest
 
+from ._arguments import Whole
 from .board import Board
 from .events import FailedWrite, Write
 from .radio import Radio
@@ -74,7 +75,7 @@ class MockedHardware:
         """What it refused."""
         return tuple(item for item in self._all() if isinstance(item, FailedWrite))
 
-    def refuse(self, driver: str, code: int = 0x8001, *, times: Optional[int] = None) -> None:
+    def refuse(self, driver: str, code: Whole = 0x8001, *, times: Optional[Whole] = None) -> None:
         """From now on a driver refuses what is written to it, so many times or always. Raises :class:`ArgumentError` for a
         driver that there is none of."""
         self.radio.faults.inject("driver-write", driver, code, times=times)

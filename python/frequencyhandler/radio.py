@@ -10,7 +10,7 @@ from types import TracebackType
 from typing import Any, Callable, List, Optional, Sequence, Tuple, Type, Union, get_args, overload
 
 from . import _engine
-from ._arguments import (CHANNELS, UINT32, Frequency, direction as checked_direction, flag, khz, real, shown, text,
+from ._arguments import (CHANNELS, UINT32, Frequency, Whole, direction as checked_direction, flag, khz, real, shown, text,
                          whole, wrong, wrong_type)
 from ._endings import Ending, forked
 from ._tied import Tied
@@ -20,7 +20,7 @@ from .errors import ClosedError, CommandFailed, RadioError, finish
 from .events import Event, Listing, Outcome, Phase, Trace, events_of
 from .expectations import Expectations, judge
 from .faults import Faults
-from .listening import Events, Happened, Listeners, Subscription
+from .listening import Events, Happened, Listeners, Other, Subscription
 
 __all__ = ["Radio"]
 
@@ -136,7 +136,7 @@ class Radio(Tied):
         if self.is_closed:
             raise ClosedError(f"the radio of {self._file} is closed")
 
-    def tune(self, direction: str, channel: int, carrier: Frequency, *, force: bool = False,
+    def tune(self, direction: str, channel: Whole, carrier: Frequency, *, force: bool = False,
              check: bool = True) -> Outcome:
         """Sets the carrier of a channel, in kHz or as a text with a unit, and gives what was written.
 
@@ -156,7 +156,7 @@ class Radio(Tied):
         report = self._engine.tune(way, number, frequency, flag("force", force))
         return self._done(f"tune {way} {number} {frequency}", report, check)
 
-    def sweep(self, direction: str, channel: int, first: Frequency, last: Frequency, step: Frequency, *,
+    def sweep(self, direction: str, channel: Whole, first: Frequency, last: Frequency, step: Frequency, *,
               dwell: float = 0.0, force: bool = False) -> Outcome:
         """Sets one carrier after the other, up or down, and stays ``dwell`` seconds at each. There are at most 1000000.
         Raises as :meth:`tune`; Ctrl-C raises :class:`Interrupted`, whose ``result`` has what was written so far."""
@@ -189,7 +189,7 @@ class Radio(Tied):
             raise wrong("command: no words", "a command")
         return self._act(words, flag("check", check))
 
-    def phase(self, name: Union[str, int]) -> Outcome:
+    def phase(self, name: Union[str, Whole]) -> Outcome:
         """Runs a start-up phase again over all channels: "init", "storage" or "frame-format", or 11, 5 or 20.
         Raises :class:`ArgumentError` for another one, and :class:`CommandFailed` when a module fails in it."""
         self._require_open()
@@ -214,13 +214,13 @@ class Radio(Tied):
         self._require_open()
         self._act(["temperature", str(whole("temperature", degrees, (-100, 200)))])
 
-    def frequency(self, direction: str, channel: int) -> int:
+    def frequency(self, direction: str, channel: Whole) -> int:
         """The carrier that a frequency handler reports, in kHz; 0 before the first. Raises :class:`ArgumentError` for a channel
         that the board does not have, and :class:`BusyError`."""
         self._require_open()
         return self._engine.frequency(checked_direction(direction), whole("channel", channel, CHANNELS))
 
-    def leakage(self, channel: int) -> Optional[float]:
+    def leakage(self, channel: Whole) -> Optional[float]:
         """The modelled LO leakage of a channel as it is now, in dBc; None without a carrier. Raises :class:`ArgumentError`
         for one that is not modelled, and :class:`BusyError`."""
         self._require_open()
@@ -253,6 +253,9 @@ class Radio(Tied):
     def events(self, kind: Type[Happened], /) -> Events[Happened]: ...
 
     @overload
+    def events(self, kind: Type[Happened], other: Type[Other], /) -> Events[Union[Happened, Other]]: ...
+
+    @overload
     def events(self, *kinds: Type[Any]) -> Events[Any]: ...
 
     def events(self, *kinds: Type[Any]) -> Events[Any]:
@@ -265,6 +268,10 @@ class Radio(Tied):
 
     @overload
     def on_event(self, callback: Callable[[Happened], Any], kind: Type[Happened], /) -> Subscription: ...
+
+    @overload
+    def on_event(self, callback: Callable[[Union[Happened, Other]], Any], kind: Type[Happened], other: Type[Other],
+                 /) -> Subscription: ...
 
     @overload
     def on_event(self, callback: Callable[[Any], Any], *kinds: Type[Any]) -> Subscription: ...

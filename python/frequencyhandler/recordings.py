@@ -14,7 +14,7 @@ from types import TracebackType
 from typing import Any, Callable, Dict, Iterator, List, Optional, Tuple, Type
 
 from . import _engine
-from ._arguments import CHANNELS, INT64, PathLike, path, shown, text, whole, wrong
+from ._arguments import CHANNELS, INT64, PathLike, Whole, path, shown, text, whole, wrong
 from ._tied import Tied
 from .description import Description, describe
 from .errors import ClosedError, RadioError, finish
@@ -213,7 +213,7 @@ def _pair(given: Tuple[Any, Any]) -> Pair:
     return _record(given[0]), _record(given[1])
 
 
-def diff(before: PathLike, after: PathLike, *, channel: Optional[int] = None, driver: str = "",
+def diff(before: PathLike, after: PathLike, *, channel: Optional[Whole] = None, driver: str = "",
          limit: int = 1000) -> Difference:
     """Compares two recordings, all of them or what belongs to one channel or one driver. Operations are aligned by what is
     done with what; threads, times and numbers of objects do not count. At most ``limit`` operations are told, and so many

@@ -10,7 +10,7 @@ import numpy as np
 import numpy.typing as npt
 
 from . import _engine
-from ._arguments import CHANNELS, Frequency, PathLike, khz, path, whole, wrong_type
+from ._arguments import CHANNELS, Frequency, PathLike, Whole, khz, path, whole, wrong_type
 from .board import Board, BoardLike, engine_of
 from .verdict import Finding, findings
 
@@ -135,7 +135,7 @@ class Reason:
     disagreements: Tuple[str, ...]
 
 
-def why(board: BoardLike, channel: int, carrier: Frequency, temperature: int) -> Reason:
+def why(board: BoardLike, channel: Whole, carrier: Frequency, temperature: Whole) -> Reason:
     """Sets a temperature, in degrees Celsius, and a transmit carrier on a radio that is booted for it, and explains the
     corrections. Raises as :func:`frequencyhandler.plan.explain`.
 

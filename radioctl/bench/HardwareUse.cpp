@@ -10,18 +10,22 @@
 
 namespace Radio {
 
-HardwareUse::HardwareUse(const Board& board, const HardwareOptions& options, std::ostream& out, bool json)
-    : m_report(out, json) {
+HardwareUse::HardwareUse(const Board& board, const HardwareOptions& options, std::ostream& out, bool json,
+                         std::ostream* events) {
+    m_reports.emplace_back(out, json);
+    if (events != nullptr) {
+        m_reports.emplace_back(*events, true);
+    }
     if (!options.hardware) {
-        m_report.begins(board, options);
+        tell([&](HardwareReport& report) { report.begins(board, options); });
         return;
     }
     static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     Devices::setPatience(&Interrupt::isWaitedOn);
     m_bench.emplace(board, *this, folderOfMarks());
-    m_report.begins(board, options);
+    tell([&](HardwareReport& report) { report.begins(board, options); });
     if (!m_bench->leftBehind().empty()) {
-        m_report.leftBehind(m_bench->leftBehind());
+        tell([&](HardwareReport& report) { report.leftBehind(m_bench->leftBehind()); });
     }
     begin();
 }
@@ -53,7 +57,7 @@ bool HardwareUse::leave() {
     }
     m_hasLeft = true;
     const std::vector<Devices::ExitWrite> writes = m_bench->leave();
-    m_report.left(writes);
+    tell([&](HardwareReport& report) { report.left(writes); });
     return std::all_of(writes.begin(), writes.end(),
                        [](const Devices::ExitWrite& write) { return isSuccess(write.code); });
 }

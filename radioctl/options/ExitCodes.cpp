@@ -15,10 +15,10 @@ namespace {
 using Commands = std::vector<std::string_view>;
 
 const Commands& allCommands() {
-    static const Commands all = {"run",         "console",    "new",         "check",       "plan explain",
-                                 "plan audit",  "thermal",    "qualify",     "calibrate",   "tables lint",
-                                 "tables diff", "tables why", "record show", "record diff", "replay",
-                                 "describe",    "completion"};
+    static const Commands all = {"run",         "console",     "new",        "check",       "plan explain",
+                                 "plan audit",  "thermal",     "qualify",    "calibrate",   "serve",
+                                 "tables lint", "tables diff", "tables why", "record show", "record diff",
+                                 "replay",      "describe",    "completion"};
     return all;
 }
 
@@ -106,14 +106,14 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::outsideLimits, {"calibrate"}, "there are points without good corrections"},
         {ExitCode::outsideLimits, {"thermal", "calibrate"}, "a limit that the board states is not held"},
         {ExitCode::outsideLimits,
-         {"run", "console", "plan audit", "qualify", "calibrate"},
+         {"run", "console", "plan audit", "qualify", "calibrate", "serve"},
          "with --hardware an on_exit value could not be written"},
         {ExitCode::different, {"tables diff", "record diff"}, "there are differences"},
         {ExitCode::different, {"replay"}, "the library went another way than a recording"},
         {ExitCode::outsideLimits, {"tables why"}, "the library wrote something else than was computed"},
         {ExitCode::wrongCommandLine, all, "wrong command line"},
         {ExitCode::unusableInput,
-         {"run", "console", "check", "plan explain", "plan audit", "thermal", "qualify", "calibrate",
+         {"run", "console", "check", "plan explain", "plan audit", "thermal", "qualify", "calibrate", "serve",
           "tables lint", "tables diff", "tables why"},
          "a board cannot be used"},
         {ExitCode::unusableInput, {"new"}, "the file is there already"},
@@ -125,6 +125,9 @@ const std::vector<ExitReason>& exitReasons() {
          "the log cannot be used, or the board has no compensation to replay"},
         {ExitCode::unusableInput, {"calibrate"}, "a journal or a table cannot be used"},
         {ExitCode::unusableInput,
+         {"serve"},
+         "an address, a token, a certificate or a state cannot be used, or the program was built without it"},
+        {ExitCode::unusableInput,
          {"tables lint", "tables diff", "tables why"},
          "a table cannot be used, or there are none to look at"},
         {ExitCode::unusableInput,
@@ -133,7 +136,7 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::unusableInput, {"record diff"}, "nothing was compared"},
         {ExitCode::unusableInput, {"thermal", "calibrate"}, "gnuplot is missing"},
         {ExitCode::unusableInput,
-         {"run", "console", "plan audit", "qualify", "calibrate"},
+         {"run", "console", "plan audit", "qualify", "calibrate", "serve"},
          "with --hardware the hardware is missing or in use by another program, or there is no place for its "
          "mark"},
         {ExitCode::unusableInput, {"calibrate"}, "with --hardware a temperature did not come about in time"},
@@ -142,7 +145,7 @@ const std::vector<ExitReason>& exitReasons() {
          {"run", "console"},
          "the radio did not boot, and no \"expect result\" came first"},
         {ExitCode::notBooted,
-         {"plan explain", "plan audit", "thermal", "qualify", "calibrate", "tables why"},
+         {"plan explain", "plan audit", "thermal", "qualify", "calibrate", "serve", "tables why"},
          "the radio did not boot"},
         {ExitCode::notBooted, {"check"}, "with --all the radio did not boot"},
         {ExitCode::signalBase + SIGINT,

@@ -44,8 +44,8 @@ public:
         }
         return true;
     }
-    bool putVariable(const std::string& name, int value) override {
-        return m_platform->variables().add(name, {value}).set({value});
+    bool putVariable(const std::string& name, const std::vector<int>& content) override {
+        return m_platform->variables().add(name, content).set(content);
     }
     bool putTable(const std::string& name, const std::vector<int>& x,
                   const std::vector<int>& values) override {

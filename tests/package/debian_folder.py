@@ -19,7 +19,7 @@ def files():
     for path in sorted(pathlib.Path(INSTALLED).rglob("*")):
         name = "usr/" + path.relative_to(INSTALLED).as_posix()
         if not path.is_dir() or path.is_symlink():
-            isArchitecture = name.startswith(f"usr/{LIBDIR}/") and not name.startswith("usr/lib/python3/")
+            isArchitecture = name.startswith(f"usr/{LIBDIR}/") and not name.startswith(("usr/lib/python3/", "usr/lib/systemd/"))
             yield name.replace(f"usr/{LIBDIR}/", "usr/lib/processor/", 1) if isArchitecture else name
 
 

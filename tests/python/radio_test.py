@@ -346,3 +346,23 @@ def test_everything_of_a_closed_radio_says_so(board_file):
         with pytest.raises(ClosedError):
             len(mapping)
     assert repr(drivers) == f"<4 drivers of <Radio {str(board_file)!r}, closed>>"
+
+
+IN_A_SUBINTERPRETER = """
+try:
+    import _interpreters as interpreters
+except ImportError:
+    import _xxsubinterpreters as interpreters
+interpreters.run_string(interpreters.create(), '''
+try:
+    import frequencyhandler
+except ImportError as error:
+    print(error, flush=True)
+''')
+"""
+
+
+def test_subinterpreter_is_refused():
+    done = subprocess.run([sys.executable, "-c", IN_A_SUBINTERPRETER], capture_output=True, text=True, timeout=60)
+    assert done.stdout == ("this is a subinterpreter, expected the main interpreter of the process: there is one radio in "
+                           "it\n"), done.stderr

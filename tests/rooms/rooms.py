@@ -21,7 +21,8 @@ LARGE = {
     'asio': ['Platform/devices/ScpiStream.h', 'Platform/devices/ScpiStream.cpp'],
     'CLI': ['radioctl/options/Options.cpp'],
     'Eigen': ['radio/fit/Bowl.cpp', 'radio/fit/Surface.cpp'],
-    'nlohmann': ['radio/files/Json.cpp', 'radio/calibration/SettingsReader.h'],
+    'boost': ['service/http/Server.cpp'],
+    'nlohmann': ['radio/files/Json.cpp', 'radio/calibration/SettingsReader.h', 'service/radio/Body.cpp'],
     'toml++': ['radio/board/TomlItem.h', 'radio/board/TomlText.h'],
 }
 
@@ -55,7 +56,7 @@ def header_of(project, room):
     names = sorted(name for name in os.listdir(os.path.join(project, room.folder)) if name.endswith('.h'))
     if not names:
         return None
-    if room.folder.startswith('radio'):
+    if room.folder.startswith(('radio', 'service')):
         return room.folder + '/' + names[0]
     if room.name == 'standalone_platform':
         return 'standalone/Platform.h'
@@ -103,17 +104,17 @@ def check_spelling(project):
                                  'PlatformServices/FrequencyHandler/private/qm7373')
              for name in os.listdir(os.path.join(project, folder)) if name.endswith('.h')}
     problems = []
-    for top in ('Platform/standalone', 'Platform/devices', 'radio', 'radioctl'):
+    for top in ('Platform/standalone', 'Platform/devices', 'radio', 'service', 'radioctl'):
         for folder, _, names in os.walk(os.path.join(project, top)):
             for name in sorted(n for n in names if n.endswith(('.h', '.cpp', '.in'))):
                 path = os.path.relpath(os.path.join(folder, name), project)
                 with open(os.path.join(project, path), encoding='utf-8') as file:
                     for number, line in enumerate(file, 1):
-                        large = re.match(r'\s*#\s*include\s*<(CLI|Eigen|asio|nlohmann|toml\+\+)/', line)
+                        large = re.match(r'\s*#\s*include\s*<(CLI|Eigen|asio|boost|nlohmann|toml\+\+)/', line)
                         if large and path not in LARGE[large[1]]:
                             problems.append(f'{path}:{number}: <{large[1]}/...>, expected it in {" or ".join(LARGE[large[1]])}')
                         match = re.match(r'\s*#\s*include\s*"([^"]+)"', line)
-                        if match and not match[1].startswith(('radio/', 'radioctl/', 'standalone/', 'devices/',
+                        if match and not match[1].startswith(('radio/', 'service/', 'radioctl/', 'standalone/', 'devices/',
                                                                  'recording/')) \
                                 and match[1] not in plain:
                             problems.append(f'{path}:{number}: "{match[1]}", expected it from the top')

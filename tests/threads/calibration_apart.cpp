@@ -22,16 +22,16 @@ void addBoard(int channel) {
         for (const char* const driver : {"rf.lo.frequency", "if.frequency", "rf.pll.config"}) {
             Minimal::addDriver(lower + direction + driver);
         }
-        Minimal::variables()[lower + direction + "mixer.multiplicationfactor"] = 1;
-        Minimal::variables()[lower + direction + "if.frequency"] = 140000;
-        Minimal::variables()[lower + direction + "rf.spectruminverted"] = 0;
-        Minimal::variables()[lower + direction + "baseband.spectruminverted"] = 0;
+        Minimal::variables()[lower + direction + "mixer.multiplicationfactor"] = {1};
+        Minimal::variables()[lower + direction + "if.frequency"] = {140000};
+        Minimal::variables()[lower + direction + "rf.spectruminverted"] = {0};
+        Minimal::variables()[lower + direction + "baseband.spectruminverted"] = {0};
     }
     for (const char* const driver : {"tx.rf.mixer.i", "tx.rf.mixer.q", "tx.rf.detector.v"}) {
         Minimal::addDriver(lower + driver);
     }
     for (const char* const direction : {"Tx", "Rx"}) {
-        Minimal::variables()[std::string(direction) + "IfBb"] = 0;
+        Minimal::variables()[std::string(direction) + "IfBb"] = {0};
         Minimal::tables()[upper + direction + ".Rf.Pll.Frequency.To.Chargepump.Setting"] = {{0}, {0}, {5}};
     }
     for (const char* const part : {"I", "Q"}) {

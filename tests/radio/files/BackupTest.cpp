@@ -3,21 +3,13 @@
 #include "radio/files/AtomicFile.h"
 #include "radio/files/InputError.h"
 #include "tests/radio/files/OwnDirectory.h"
+#include "tests/support/PoorFileSystem.h"
 
 #include <gtest/gtest.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstddef>
-#include <cstdint>
 #include <filesystem>
 #include <string>
-#include <vector>
 
 namespace Radio {
 namespace {
@@ -76,36 +68,7 @@ TEST_F(BackupTest, BackupOfALinkedFileIsBesideTheFile) {
     EXPECT_EQ(contentOf(backup), "old\n");
 }
 
-/** What a file system does not know. */
-enum class Unknown { renamingToNew, renamingToNewAndLinks };
-
-/** From now on this process works as on a file system that does not know it: the kernel answers so. */
-bool forget(Unknown unknown) {
-    constexpr unsigned number = offsetof(seccomp_data, nr);
-    constexpr unsigned flags = offsetof(seccomp_data, args) + 4 * sizeof(std::uint64_t);
-    std::vector<sock_filter> filter = {
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, number),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_renameat2, 0, 3),
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, flags),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, 0, 1, 0),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EINVAL),
-    };
-    if (unknown == Unknown::renamingToNewAndLinks) {
-        for (const long link : {
-#ifdef SYS_link
-                 long{SYS_link},
-#endif
-                 long{SYS_linkat}}) {
-            filter.push_back(BPF_STMT(BPF_LD | BPF_W | BPF_ABS, number));
-            filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(link), 0, 1));
-            filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM));
-        }
-    }
-    filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
-    const sock_fprog program = {static_cast<unsigned short>(filter.size()), filter.data()};
-    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-           prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
-}
+using PoorFileSystem::Unknown;
 
 /** On file systems that know less. */
 class PoorFileSystemTest : public OwnDirectory, public testing::WithParamInterface<Unknown> {
@@ -117,16 +80,9 @@ public:
     }
 
 protected:
-    /** What `work` says, in a process for which the file system knows less. */
     template <typename Work>
     static bool holdsThere(Work work) {
-        const pid_t child = fork();
-        if (child == 0) {
-            _exit(forget(GetParam()) && work() ? 0 : 1);
-        }
-        int status = -1;
-        waitpid(child, &status, 0);
-        return status == 0;
+        return PoorFileSystem::holdsThere(GetParam(), work);
     }
     static bool commitsNew(const std::string& text) {
         try {

@@ -181,8 +181,9 @@ TEST_F(BadInputTest, BoardThatIsNoToml) {
 
 TEST_F(BadInputTest, NoCommand) {
     expectWrongCommandLine(
-        {}, "One of run, console, new, check, plan, thermal, qualify, calibrate, tables, record, replay, "
-            "describe and completion is required");
+        {},
+        "One of run, console, new, check, plan, thermal, qualify, calibrate, serve, tables, record, replay, "
+        "describe and completion is required");
 }
 
 TEST_F(BadInputTest, NoBoard) {
@@ -193,7 +194,7 @@ TEST_F(BadInputTest, NoBoard) {
 TEST_F(BadInputTest, UnknownWordOnTheCommandLine) {
     expectWrongCommandLine({"boot"},
                            "unknown command \"boot\", expected one of run, console, new, check, plan, "
-                           "thermal, qualify, calibrate, tables, record, replay, "
+                           "thermal, qualify, calibrate, serve, tables, record, replay, "
                            "describe, completion");
     expectWrongCommandLine({"run", "board.toml", "script", "more"},
                            "The following argument was not expected: more");

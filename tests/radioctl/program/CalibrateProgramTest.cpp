@@ -1,6 +1,7 @@
 #include "tests/radio/support/FileSizeLimit.h"
 #include "tests/radio/support/LeakageBoard.h"
 #include "tests/radioctl/program/ProgramTest.h"
+#include "tests/support/PoorFileSystem.h"
 
 #include <nlohmann/json.hpp>
 #include <sys/stat.h>
@@ -394,6 +395,50 @@ TEST_F(CalibrateProgramTest, UnfinishedCalibrationIsNotThrownAway) {
     EXPECT_EQ(calibrate({"--restart"}).exitCode, 0);
     EXPECT_EQ(contentOf("board.channel-1.journal.~1~"), entered.substr(0, entered.size() / 2));
 }
+
+/** On file systems that cannot rename without replacing, as of a network. */
+class PoorFileSystemCalibrationTest : public CalibrateProgramTest,
+                                      public testing::WithParamInterface<PoorFileSystem::Unknown> {
+public:
+    void SetUp() override {
+        if (!PoorFileSystem::holdsThere(GetParam(), [] { return true; })) {
+            GTEST_SKIP() << "the kernel answers for no file system here, in an emulator for example";
+        }
+    }
+
+protected:
+    static bool succeedsThere(const std::vector<std::string>& options) {
+        return PoorFileSystem::holdsThere(GetParam(), [&] { return calibrate(options).exitCode == 0; });
+    }
+};
+
+TEST_P(PoorFileSystemCalibrationTest, CalibrationBeginsGoesOnAndBeginsAnew) {
+    ASSERT_TRUE(succeedsThere({}));
+    const std::string whole = tables();
+    const std::string entered = contentOf(journal);
+    const std::string half = entered.substr(0, entered.size() / 2);
+
+    write(journal, half);
+    std::filesystem::remove(csv);
+    ASSERT_TRUE(succeedsThere({"--resume"}));
+    EXPECT_EQ(tables(), whole);
+    EXPECT_EQ(linesOf(journal), static_cast<std::size_t>(std::count(entered.begin(), entered.end(), '\n')));
+
+    write(journal, half);
+    write(csv, "frequency_khz,temperature_c,i,q\n1,1,1,1\n");
+    ASSERT_TRUE(succeedsThere({"--restart"}));
+    EXPECT_EQ(contentOf("board.channel-1.journal.~1~"), half);
+    EXPECT_EQ(contentOf("board.channel-1.csv.~1~"), "frequency_khz,temperature_c,i,q\n1,1,1,1\n");
+    EXPECT_EQ(tables(), whole);
+}
+
+INSTANTIATE_TEST_SUITE_P(Knows, PoorFileSystemCalibrationTest,
+                         testing::Values(PoorFileSystem::Unknown::renamingToNew,
+                                         PoorFileSystem::Unknown::renamingToNewAndLinks),
+                         [](const testing::TestParamInfo<PoorFileSystem::Unknown>& test) {
+                             return test.param == PoorFileSystem::Unknown::renamingToNew ? "Links"
+                                                                                         : "Nothing";
+                         });
 
 TEST_F(CalibrateProgramTest, ResumesWithTheSameSettingsOnly) {
     calibrate();

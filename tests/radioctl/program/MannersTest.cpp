@@ -68,7 +68,7 @@ TEST_F(MannersTest, UnknownCommandsAndOptionsHaveTheNearestOne) {
     for (const auto& [words, complaint] : std::vector<std::pair<std::vector<std::string>, std::string>>{
              {{"calibrat", "board.toml"},
               "unknown command \"calibrat\" (did you mean \"calibrate\"?), expected one of "
-              "run, console, new, check, plan, thermal, qualify, calibrate, tables, record, "
+              "run, console, new, check, plan, thermal, qualify, calibrate, serve, tables, record, "
               "replay, describe, completion"},
              {{"plan", "explian"},
               "unknown command \"explian\" (did you mean \"explain\"?), expected one of explain, "
@@ -92,6 +92,7 @@ TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
                                                       {"plan", "explain", "--help"},
                                                       {"plan", "audit", "--help"},
                                                       {"thermal", "--help"},
+                                                      {"serve", "--help"},
                                                       {"tables", "--help"},
                                                       {"tables", "lint", "--help"},
                                                       {"tables", "diff", "--help"},

@@ -233,7 +233,7 @@ TEST_F(PlanProgramTest, AuditSpeaksJson) {
 TEST_F(PlanProgramTest, InterruptEndsTheAuditCleanly) {
     addRaster(1'000'000);
     Process process({{"plan", "audit", "board.toml", "--csv", "out.csv"}});
-    ASSERT_TRUE(process.waitUntilItCatches(SIGINT));
+    ASSERT_TRUE(process.waitUntilItIsWritten("out.csv"));
     process.signal(SIGINT);
     const Ending ending = process.finish();
     EXPECT_THAT(ending.output, HasSubstr("\nInterrupted: not all carriers were audited.\n"));

@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <thread>
@@ -176,6 +177,19 @@ bool Process::waitUntilItCatches(int number) const {
     while (std::chrono::steady_clock::now() < giveUp) {
         if ((caughtSignals(m_pid) & wanted) != 0) {
             return true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return false;
+}
+
+bool Process::waitUntilItIsWritten(const std::string& file) {
+    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::milliseconds(silenceLimit);
+    while (std::chrono::steady_clock::now() < giveUp) {
+        for (const auto& entry : std::filesystem::directory_iterator(".")) {
+            if (entry.path().filename().string().rfind(file + '.', 0) == 0) {
+                return true;
+            }
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }

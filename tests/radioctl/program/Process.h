@@ -50,6 +50,9 @@ public:
     bool showsWhatIsTyped() const;
     /** Waits until the program has taken charge of a signal; false when it has not after 10 s. */
     bool waitUntilItCatches(int number) const;
+    /** Waits until there is a part of this file beside it, as there is when work on it has begun; false when
+     * there is none after 10 s. */
+    static bool waitUntilItIsWritten(const std::string& file);
     /**
      * Reads until the output has `text` in it, behind what was waited for before; false when the program
      * ended or was silent for 10 s first.

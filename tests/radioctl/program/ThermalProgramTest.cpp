@@ -248,7 +248,7 @@ TEST_F(ThermalProgramTest, StandardOutputIsForOneOnly) {
 TEST_F(ThermalProgramTest, InterruptEndsTheReplayCleanly) {
     writeLongLog(600'000);
     Process process({{"thermal", "board.toml", "log.csv", "--csv", "out.csv"}});
-    ASSERT_TRUE(process.waitUntilItCatches(SIGINT));
+    ASSERT_TRUE(process.waitUntilItIsWritten("out.csv"));
     process.signal(SIGINT);
     const Ending ending = process.finish();
     EXPECT_THAT(ending.output, HasSubstr("\nInterrupted: no files were written.\n"));

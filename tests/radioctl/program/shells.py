@@ -31,6 +31,8 @@ CASES = {
     "radioctl check below/in": "radioctl check below/inner.toml ",
     "radioctl thermal board.toml da": "radioctl thermal board.toml day.csv ",
     "radioctl record diff unit.rec un": "radioctl record diff unit.rec unit.rec ",
+    "radioctl serve board.toml --trace no": "radioctl serve board.toml --trace notice ",
+    "radioctl serve bo": "radioctl serve board.toml ",
     "radioctl completion fi": "radioctl completion fish ",
     # None fits, or all that fit are told apart by the next letter alone.
     "radioctl nonsense bo": "radioctl nonsense bo",

@@ -1,0 +1,200 @@
+#include "service/radio/ServedRadio.h"
+
+#include "ResultCode.h"
+#include "radio/files/InputError.h"
+#include "radio/session/HardwareWrite.h"
+
+#include <algorithm>
+
+namespace Radio::Service {
+
+/** Hands everything on, and keeps what belongs to the action that is being carried out. */
+class ServedRadio::Witness final : public SessionListener {
+public:
+    Witness(SessionListener& next, std::map<unsigned long, Standalone::PhaseReport>& phases,
+            std::map<Failure, std::uint64_t>& failures)
+        : m_next(next),
+          m_phases(phases),
+          m_failures(failures) {}
+
+    /** Where what happens belongs to from now on; null: nowhere. */
+    void setResult(Result* result) { m_result = result; } // cppcheck-suppress danglingLifetime
+
+    void phaseStarted(unsigned long phase) override { m_next.phaseStarted(phase); }
+    void phaseFinished(const Standalone::PhaseReport& report) override {
+        m_phases[report.phase] = report;
+        m_next.phaseFinished(report);
+    }
+    void booted(bool succeeded) override { m_next.booted(succeeded); }
+    void commandStarted(const ScriptLine& line) override { m_next.commandStarted(line); }
+    void commandFinished(std::int32_t code, const std::string& note) override {
+        if (m_result != nullptr) {
+            m_result->code = code;
+            m_result->note = note;
+        }
+        m_next.commandFinished(code, note);
+    }
+    void called(const Standalone::Call& call) override {
+        if (m_result != nullptr && isWrite(call) && isSuccess(call.code)) {
+            m_result->writes.emplace_back(destination(call), call.value);
+        }
+        const bool isOfHardware = isWrite(call) || call.operation == Standalone::Operation::driverRead;
+        if (isOfHardware && isFailure(call.code)) {
+            count(call);
+            if (m_result != nullptr) {
+                m_result->failures.push_back(call);
+            }
+        }
+        m_next.called(call);
+    }
+    void traced(const Standalone::TraceMessage& message) override {
+        if (m_result != nullptr) {
+            m_result->traces.push_back(message);
+        }
+        m_next.traced(message);
+    }
+    void notified(const Notification& notification) override {
+        if (m_result != nullptr) {
+            m_result->notifications.push_back(notification);
+        }
+        m_next.notified(notification);
+    }
+    void valueRead(const Reading& reading) override {
+        if (m_result != nullptr) {
+            m_result->value = reading.value;
+        }
+        m_next.valueRead(reading);
+    }
+    void warned(const std::string& text) override {
+        if (m_result != nullptr) {
+            m_result->warnings.push_back(text);
+        }
+        m_next.warned(text);
+    }
+    void judged(const ScriptLine& line, const Judgement& judgement) override {
+        m_next.judged(line, judgement);
+    }
+    void listed(const Listing& listing) override { m_next.listed(listing); }
+    void helpWanted(const std::string& about) override { m_next.helpWanted(about); }
+
+private:
+    void count(const Standalone::Call& call) {
+        constexpr std::size_t most = 1000;
+        const Failure failure{call.operation, call.object, call.code};
+        const bool isNew = m_failures.count(failure) == 0;
+        ++m_failures[isNew && m_failures.size() >= most ? Failure{} : failure];
+    }
+
+    SessionListener& m_next;
+    std::map<unsigned long, Standalone::PhaseReport>& m_phases;
+    std::map<Failure, std::uint64_t>& m_failures;
+    Result* m_result = nullptr;
+};
+
+ServedRadio::ServedRadio(const Board& board, SessionListener& listener, Sensed sensed,
+                         OrbiTraceLevel shownTrace, Devices::Hardware* hardware, StateFile& state)
+    : m_board(board),
+      m_sensed(std::move(sensed)),
+      m_hardware(hardware),
+      m_state(state),
+      m_check(board),
+      m_guard(board, hardware != nullptr && board.hardware.description.sensor.has_value()),
+      m_witness(std::make_unique<Witness>(listener, m_phases, m_failures)),
+      m_session(std::make_unique<Session>(board, *m_witness, shownTrace, hardware)) {
+    m_session->setGuard([this](const Action& action) { return whyNot(action); });
+    m_session->setRefusing(true);
+}
+
+ServedRadio::~ServedRadio() = default;
+
+std::string ServedRadio::whyNot(const Action& action) {
+    if (m_hardware != nullptr) {
+        m_hardware->setForced(isForced(action));
+    }
+    std::string reason = m_guard.whyNot(action, platform());
+    m_isRefused = !reason.empty() && !isForced(action);
+    return reason;
+}
+
+bool ServedRadio::boot(const Carriers& carriers) {
+    m_session->boot();
+    const bool isUp = std::all_of(m_phases.begin(), m_phases.end(),
+                                  [](const auto& phase) { return phase.second.succeeded(); });
+    if (!isUp) {
+        return false;
+    }
+    if (m_hardware != nullptr) {
+        sense(m_hardware->readSensor());
+        m_hardware->startSensor();
+    }
+    for (const auto& [channel, khz] : carriers) {
+        const auto& [direction, number] = channel;
+        carryOut(Tune{direction, number, khz, false}, "tune " + std::string(toString(direction)) + " " +
+                                                          std::to_string(number) + " " + std::to_string(khz));
+    }
+    return true;
+}
+
+void ServedRadio::idle() {
+    const auto now = std::chrono::steady_clock::now();
+    const auto passed = std::chrono::duration_cast<std::chrono::microseconds>(now - m_livedUntil);
+    m_livedUntil = now;
+    if (m_hardware != nullptr) {
+        sense(m_hardware->poll());
+        return;
+    }
+    constexpr std::chrono::microseconds most = std::chrono::minutes(1);
+    radio().clock().advance(static_cast<std::uint32_t>(std::min(passed, most).count()));
+}
+
+void ServedRadio::sense(std::optional<int> degrees) {
+    if (degrees && degrees != platform().temperature().temperature()) {
+        m_hardware->setForced(false);
+        const std::size_t observers = m_session->sense(*degrees);
+        m_sensed(*degrees, observers);
+    }
+}
+
+Result ServedRadio::carryOut(const Action& action, const std::string& text) {
+    m_check.check(action);
+    Result result;
+    m_isRefused = false;
+    m_witness->setResult(&result);
+    m_session->execute({{}, text, action});
+    m_witness->setResult(nullptr);
+    result.isRefused = m_isRefused;
+    if (const auto* const tune = std::get_if<Tune>(&action)) {
+        if (!result.isRefused) {
+            keepCarriers(result);
+        }
+        m_tuned[tune->channel] = result;
+    }
+    return result;
+}
+
+/** What cannot be kept is no reason to say that the carrier was not set. */
+void ServedRadio::keepCarriers(Result& result) {
+    Carriers carriers;
+    for (const ChannelDescription& channel : m_board.channels) {
+        for (const Direction direction : {Direction::tx, Direction::rx}) {
+            const auto khz = static_cast<std::uint32_t>(radio().frequency(direction, channel.number));
+            if (khz != 0) {
+                carriers[{direction, channel.number}] = khz;
+            }
+        }
+    }
+    try {
+        m_state.keep(carriers);
+    } catch (const InputError& error) {
+        const std::string warning = std::string("the carriers are not kept: ") + error.what();
+        m_witness->warned(warning);
+        result.warnings.push_back(warning);
+    }
+}
+
+const Result* ServedRadio::lastTuned(int channel) const {
+    const auto tuned = m_tuned.find(channel);
+    return tuned == m_tuned.end() ? nullptr : &tuned->second;
+}
+
+} // namespace Radio::Service
