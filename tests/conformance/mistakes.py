@@ -151,7 +151,7 @@ MISTAKES = [
     ("what is absent is a variable", "storage.absent-is-none", "= find(variables(), name);", "= &variables()[name];\n    content->resize(3);"),
     ("what is absent is a table", "calibration.absent-is-none", "(find(tables(), name))", "(&tables()[name])"),
     ("values are rounded up", "calibration.nodes-are-met", "(value < 0 ? -0.5 : 0.5)", "1"),
-    ("the second axis has steps", "calibration.between-is-bilinear", "part2 == 0.0 ? row[0]", "part2 != 1.0 ? row[0]"),
+    ("the second axis has steps", "calibration.between-is-bilinear", "part == 0.0 ? row[0]", "part != 1.0 ? row[0]"),
     ("without a table the value is 0", "calibration.null-is-refused", "return ECHResult{notFound};",
      "*y = 0;\n        return ECHResult{notFound};"),
     ("beyond the end is whatever was there", "calibration.ends-are-answered",
