@@ -76,7 +76,7 @@ MISTAKES = [
      "    record.content = record.content ? new int(*static_cast<int*>(record.content)) : nullptr; return code;"),
     ("contents are copies", "storage.address-stays", "content->data() :", "new int(content->front()) :"),
     ("contents are lists of their parts", "storage.several-lie-in-a-row", "content->data() :",
-     "*new std::vector<int*>{new int(content->front())}->data() :"),
+     "static_cast<void*>((new std::vector<int*>{new int(content->front())})->data()) :"),
     ("lines are steps", "calibration.between-is-straight",
      "part1 == 0.0 ? along(n1)", "part1 != 1.0 ? along(n1)"),
     ("axes are exchanged", "calibration.axes-have-their-order", "reinterpret_cast<const Table*>(table), x1, x2)",
