@@ -18,6 +18,7 @@
 #include "radioctl/report/Output.h"
 #include "radioctl/run/RunCommandLine.h"
 #include "radioctl/serve/ServeCommandLine.h"
+#include "radioctl/store/StoreCommandLine.h"
 #include "radioctl/tables/TablesCommandLine.h"
 #include "radioctl/thermal/ThermalCommandLine.h"
 
@@ -54,6 +55,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     Recordings::RecordCommandLine record(program);
     Replaying::ReplayCommandLine replay(program);
     Describing::DescribeCommandLine describe(program);
+    Store::StoreCommandLine store(program);
     CompletionCommandLine completion(program);
     parser.endHelpWith(exitCodeHelp);
 
@@ -63,9 +65,9 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     if (const auto isGood = parser.parse(withUnitsJoined(argumentCount, arguments))) {
         return *isGood ? ExitCode::good : ExitCode::wrongCommandLine;
     }
-    const std::array<CommandLine::Verb*, 13> verbs{
-        &run,   &create, &check,  &plan,   &thermal,  &qualification, &calibration,
-        &serve, &tables, &record, &replay, &describe, &completion};
+    const std::array<CommandLine::Verb*, 14> verbs{&run,           &create,      &check, &plan,      &thermal,
+                                                   &qualification, &calibration, &serve, &tables,    &record,
+                                                   &replay,        &describe,    &store, &completion};
     for (CommandLine::Verb* const verb : verbs) {
         if (verb->isCalled()) {
             return verb->run(json);

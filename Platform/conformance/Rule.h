@@ -3,6 +3,7 @@
 
 #include "conformance/Adapter.h"
 
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -40,6 +41,15 @@ inline void need(bool isDone, const char* what) {
     if (!isDone) {
         throw Unseen(std::string("the adapter cannot ") + what);
     }
+}
+
+/** What the adapter tells; throws Unseen when it cannot. */
+template <typename Value>
+Value told(std::optional<Value> value, const char* what) {
+    if (!value) {
+        throw Unseen(std::string("the adapter cannot tell ") + what);
+    }
+    return *std::move(value);
 }
 
 /** Throws Broken with `what` unless it is so. */

@@ -61,8 +61,8 @@ void orderIsKept(Adapter& adapter) {
             *caller.calls += caller.name;
         }
 
-        std::string* calls;
-        char name;
+        std::string* calls = nullptr;
+        char name = 0;
         ITemperatureObserver record{this, &Caller::note};
     };
     std::string calls;

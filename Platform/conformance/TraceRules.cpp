@@ -80,9 +80,7 @@ void write(OrbiTrace& source, const std::string& text, bool isEnded = true) {
 }
 
 std::string traced(Adapter& adapter) {
-    const auto text = adapter.traced();
-    need(text.has_value(), "tell what was traced");
-    return *text;
+    return told(adapter.traced(), "what was traced");
 }
 
 std::size_t countOf(const std::string& text, const std::string& part) {

@@ -1,8 +1,8 @@
 #include "radio/calibration/HardwareUnderTest.h"
 
 #include "radio/board/BoardNames.h"
-#include "radio/calibration/Fingerprint.h"
 #include "radio/calibration/SearchDrivers.h"
+#include "radio/files/Fingerprint.h"
 #include "radio/files/InputError.h"
 #include "radio/text/Words.h"
 

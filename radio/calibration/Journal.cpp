@@ -1,10 +1,10 @@
 #include "radio/calibration/Journal.h"
 
-#include "radio/calibration/Fingerprint.h"
 #include "radio/calibration/QualificationJson.h"
 #include "radio/calibration/Settings.h"
 #include "radio/calibration/SettingsReader.h"
 #include "radio/files/AtomicFile.h"
+#include "radio/files/Fingerprint.h"
 #include "radio/files/TextFile.h"
 #include "radio/text/Words.h"
 

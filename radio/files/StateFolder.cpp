@@ -12,15 +12,28 @@ std::filesystem::path directoryFrom(const char* variable) {
     return directory.is_absolute() ? directory : std::filesystem::path();
 }
 
+/** Below what `variable` names, or else below `usual` in the user's home. */
+std::filesystem::path ownFolder(const char* variable, const char* usual) {
+    std::filesystem::path folder = directoryFrom(variable);
+    if (folder.empty()) {
+        const std::filesystem::path home = directoryFrom("HOME");
+        folder = home.empty() ? home : home / usual;
+    }
+    return folder.empty() ? folder : folder / "radioctl";
+}
+
 } // namespace
 
 std::filesystem::path stateFolder() {
-    std::filesystem::path state = directoryFrom("XDG_STATE_HOME");
-    if (state.empty()) {
-        const std::filesystem::path home = directoryFrom("HOME");
-        state = home.empty() ? home : home / ".local" / "state";
-    }
-    return state.empty() ? state : state / "radioctl";
+    return ownFolder("XDG_STATE_HOME", ".local/state");
+}
+
+std::filesystem::path dataFolder() {
+    return ownFolder("XDG_DATA_HOME", ".local/share");
+}
+
+std::filesystem::path configFolder() {
+    return ownFolder("XDG_CONFIG_HOME", ".config");
 }
 
 } // namespace Radio

@@ -15,12 +15,12 @@ std::string codeText(std::int32_t code);
  * What is shown goes through here, whatever it comes from: a name, a file, a device or a person.
  *
  * `text` with the bytes of its control characters, of those that turn the direction of what follows, of line
- * separators, and of what is no UTF-8 written as \x1b and so on, so that a terminal does not obey them. What
- * went through once is not changed any more.
+ * separators, and of what is no UTF-8 written as `\x1b` and so on, so that a terminal does not obey them.
+ * What went through once is not changed any more.
  */
 std::string harmless(std::string_view text);
-/** The same of what JSON has in strings: the value stays what it was, with \u001b and so on in place of these
- * characters. */
+/** The same of what JSON has in strings: the value stays what it was, with `\u001b` and so on in place of
+ * these characters. */
 std::string harmlessJson(std::string_view json);
 
 /** `word` in quotation marks, cut when it is long and with nothing in it that a terminal would obey. */

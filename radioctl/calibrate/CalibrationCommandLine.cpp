@@ -166,6 +166,7 @@ void CalibrationCommandLine::addFiles() {
                 "Where the tables go; otherwise to the file\nfrom which the board takes them")
         .file();
     m_calibrate.option("--html", m_options.html, "Write a page with plots (needs gnuplot)").file();
+    addStoreOptions(m_calibrate, m_options.keep);
 }
 
 std::string CalibrationCommandLine::takeOptions() {
@@ -195,6 +196,8 @@ std::string CalibrationCommandLine::takeOptions() {
     if (!m_detector.empty()) {
         wishes.useHighDetector = m_detector == "high";
     }
+    m_options.keep.serial = m_options.order.serial;
+    m_options.keep.station = m_options.order.station;
     m_options.order.journal = m_journal;
     m_options.order.tables = m_tables;
     m_options.order.version = RADIOCTL_VERSION;

@@ -10,9 +10,11 @@
 #include "radio/text/Words.h"
 #include "radioctl/bench/HardwareUse.h"
 #include "radioctl/calibrate/Attendant.h"
+#include "radioctl/calibrate/CalibrationRecord.h"
 #include "radioctl/calibrate/CalibrationReport.h"
 #include "radioctl/calibrate/page/CalibrationPage.h"
 #include "radioctl/console/Interrupt.h"
+#include "radioctl/keep/Keeper.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/page/Gnuplot.h"
 #include "radioctl/report/Output.h"
@@ -143,9 +145,12 @@ private:
     void writePage(const Board& board, const CalibrationOutcome& outcome);
     int exitCode(const CalibrationOutcome& outcome, bool hasLeft) const;
 
+    int keep(const Board& board, const CalibrationOutcome& outcome, int exitCode);
+
     const CalibrationOptions& m_options;
     const Interrupt m_interrupt;
     CalibrationEnd m_end;
+    Keeper m_keeper{m_options.keep, m_options.json, std::cout};
 };
 
 int CalibrationProgram::run() {
@@ -221,8 +226,26 @@ int CalibrationProgram::calibrate(const Board& board, CalibrationRun& run, const
     m_end.signal = m_interrupt.signal();
     m_end.exitCode = exitCode(outcome, hasLeft);
     report->finished(outcome, m_end);
+    m_end.exitCode = keep(board, outcome, m_end.exitCode);
     return m_end.trouble.empty() || m_end.signal != 0 ? m_end.exitCode
                                                       : refuse(m_end.trouble, m_options.json, m_end.exitCode);
+}
+
+/** Keeps a calibration that came to its end, or whose chain was refused: others go on with their journal. One
+ * that is gone through again was kept already, unless somebody asks for it. */
+int CalibrationProgram::keep(const Board& board, const CalibrationOutcome& outcome, int exitCode) {
+    const bool isAgain = m_options.order.beginning == Beginning::offline && m_options.keep.store.empty();
+    if (!m_keeper.isWanted() || isAgain || m_end.signal != 0 ||
+        (!outcome.isComplete && outcome.refusal.empty())) {
+        return exitCode;
+    }
+    std::filesystem::path folder = board.file.parent_path();
+    if (!outcome.journal.empty()) {
+        folder = std::filesystem::path(outcome.journal).parent_path();
+    }
+    Store::Run run = m_keeper.begin("calibration", board);
+    record(board, outcome, m_end, run);
+    return m_keeper.keep(std::move(run), folder, exitCode);
 }
 
 void CalibrationProgram::writePage(const Board& board, const CalibrationOutcome& outcome) {

@@ -3,6 +3,7 @@
 
 #include "radio/calibration/CalibrationRun.h"
 #include "radioctl/bench/HardwareOptions.h"
+#include "radioctl/keep/KeepOptions.h"
 
 #include <string>
 
@@ -15,6 +16,7 @@ struct CalibrationOptions {
     HardwareOptions hardware;
     /** What the board forbids is calibrated on hardware all the same. */
     bool isForced = false;
+    KeepOptions keep{};
     /** Where the page goes; empty: there is none. */
     std::string html;
     bool isVerbose = false;

@@ -15,10 +15,12 @@ namespace {
 using Commands = std::vector<std::string_view>;
 
 const Commands& allCommands() {
-    static const Commands all = {"run",         "console",     "new",        "check",       "plan explain",
-                                 "plan audit",  "thermal",     "qualify",    "calibrate",   "serve",
-                                 "tables lint", "tables diff", "tables why", "record show", "record diff",
-                                 "replay",      "describe",    "completion"};
+    static const Commands all = {
+        "run",         "console",      "new",           "check",        "plan explain", "plan audit",
+        "thermal",     "qualify",      "calibrate",     "serve",        "tables lint",  "tables diff",
+        "tables why",  "record show",  "record diff",   "replay",       "describe",     "store list",
+        "store show",  "store tables", "store compare", "store report", "store export", "store import",
+        "store check", "store push",   "store grant",   "completion"};
     return all;
 }
 
@@ -32,6 +34,25 @@ Commands commandsOf(std::string_view name) {
                             (name.empty() || behind.empty() || behind.front() == ' ');
                  });
     return commands;
+}
+
+/** The commands, those below one word by that word alone where there are many and all of them are there. */
+Commands withFamilies(const Commands& some) {
+    constexpr std::size_t many = 4;
+    Commands names;
+    for (const std::string_view command : some) {
+        const std::string_view family = command.substr(0, command.find(' '));
+        const Commands members = commandsOf(family);
+        const bool isWhole = members.size() >= many &&
+                             std::all_of(members.begin(), members.end(), [&some](std::string_view one) {
+                                 return std::find(some.begin(), some.end(), one) != some.end();
+                             });
+        const std::string_view name = isWhole ? family : command;
+        if (names.empty() || names.back() != name) {
+            names.push_back(name);
+        }
+    }
+    return names;
 }
 
 /** Some of the commands that are `asked` about, as they stand in front of a reason: nothing for all of them.
@@ -51,7 +72,7 @@ std::string namesOf(const Commands& some, const Commands& asked) {
         others.pop_back();
         return "all but " + joined(others, ", ") + (others.empty() ? "" : " and ") + last + ": ";
     }
-    return joined(some, ", ") + ": ";
+    return joined(withFamilies(some), ", ") + ": ";
 }
 
 std::string withNames(const ExitReason& reason, const Commands& asked) {
@@ -111,6 +132,7 @@ const std::vector<ExitReason>& exitReasons() {
         {ExitCode::different, {"tables diff", "record diff"}, "there are differences"},
         {ExitCode::different, {"replay"}, "the library went another way than a recording"},
         {ExitCode::outsideLimits, {"tables why"}, "the library wrote something else than was computed"},
+        {ExitCode::different, {"store check"}, "a run is not whole, or the database is damaged"},
         {ExitCode::wrongCommandLine, all, "wrong command line"},
         {ExitCode::unusableInput,
          {"run", "console", "check", "plan explain", "plan audit", "thermal", "qualify", "calibrate", "serve",
@@ -134,7 +156,15 @@ const std::vector<ExitReason>& exitReasons() {
          {"record show", "record diff", "replay", "describe"},
          "a recording cannot be used"},
         {ExitCode::unusableInput, {"record diff"}, "nothing was compared"},
-        {ExitCode::unusableInput, {"thermal", "calibrate"}, "gnuplot is missing"},
+        {ExitCode::unusableInput,
+         {"run", "plan audit", "thermal", "calibrate"},
+         "the settings file cannot be used, or the run could be kept neither in its store nor in a file"},
+        {ExitCode::unusableInput,
+         {"store list", "store show", "store tables", "store compare", "store report", "store export",
+          "store import", "store check", "store push", "store grant"},
+         "the store cannot be used, or has nothing of what was asked for"},
+        {ExitCode::unusableInput, {"store import", "store push"}, "a file has no run"},
+        {ExitCode::unusableInput, {"thermal", "calibrate", "store report"}, "gnuplot is missing"},
         {ExitCode::unusableInput,
          {"run", "console", "plan audit", "qualify", "calibrate", "serve"},
          "with --hardware the hardware is missing or in use by another program, or there is no place for its "
@@ -149,7 +179,8 @@ const std::vector<ExitReason>& exitReasons() {
          "the radio did not boot"},
         {ExitCode::notBooted, {"check"}, "with --all the radio did not boot"},
         {ExitCode::signalBase + SIGINT,
-         {"run", "console", "plan audit", "thermal", "qualify", "calibrate", "replay"},
+         {"run", "console", "plan audit", "thermal", "qualify", "calibrate", "replay", "store list",
+          "store report", "store export", "store import"},
          "interrupted by Ctrl-C (129 and 143: by SIGHUP and SIGTERM)"},
         {ExitCode::signalBase + SIGINT, {"check"}, "with --all the audit was interrupted likewise"},
     };

@@ -42,6 +42,8 @@ void PlanCommandLine::addAudit() {
     m_audit.option("BOARD", m_auditOptions.boards, "Board descriptions (TOML)").required().file({".toml"});
     m_audit.option("--csv", m_auditOptions.csv, "Write a line for each carrier; - is\nstandard output")
         .file();
+    addStoreOptions(m_audit, m_auditOptions.keep);
+    addUnitOptions(m_audit, m_auditOptions.keep);
     addHardwareOption(m_audit, m_auditOptions.hardware);
     m_audit.json(m_auditOptions.json);
 }
@@ -56,6 +58,10 @@ int PlanCommandLine::run(bool json) {
         if (m_auditOptions.json && m_auditOptions.csv == "-") {
             complain("--json and --csv - both want standard output");
             return ExitCode::wrongCommandLine;
+        }
+        if (m_auditOptions.boards.size() > 1 && !m_auditOptions.keep.serial.empty()) {
+            return refuse("--serial: there are several boards, expected one unit", m_auditOptions.json,
+                          ExitCode::wrongCommandLine);
         }
         return runAudit(m_auditOptions);
     }

@@ -9,6 +9,7 @@
 #include "radio/text/Words.h"
 #include "radioctl/bench/HardwareUse.h"
 #include "radioctl/console/Interrupt.h"
+#include "radioctl/keep/Keeper.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/plan/AuditReport.h"
 #include "radioctl/plan/ExplanationReport.h"
@@ -16,6 +17,7 @@
 #include "radioctl/report/Progress.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -45,6 +47,37 @@ public:
 private:
     std::optional<AtomicFile> m_file;
 };
+
+/** The audit as the store keeps it: of each row how far a carrier is off, and of all how many are outside. */
+Store::Run recordOf(const Board& board, const AuditResult& result, bool isHardware, int exitCode,
+                    const Keeper& keeper) {
+    Store::Run run = keeper.begin("audit", board);
+    run.isHardware = isHardware;
+    run.verdict = exitCode == ExitCode::good ? VerdictKind::pass : VerdictKind::fail;
+    run.exitCode = exitCode;
+    Store::Measurement outside{"carriers_outside"};
+    outside.value = static_cast<double>(result.outside);
+    outside.highest = 0.0;
+    outside.isHeld = result.outside == 0;
+    run.measurements.push_back(outside);
+    const auto limit = static_cast<double>(board.limits.carrierError.value_or(defaultCarrierError));
+    for (const RowResult& row : result.rows) {
+        Store::Measurement error{
+            "carrier_error " + std::string(row.row.carriers.transmit ? "tx" : "rx") + " " + row.row.raster +
+                (row.row.channelSpacing ? " " + std::to_string(*row.row.channelSpacing) : ""),
+            "Hz"};
+        error.channel = row.row.channel.number;
+        if (row.worstError) {
+            error.frequency = row.worstCarrier;
+            error.value = static_cast<double>(*row.worstError);
+            error.isHeld = std::abs(*error.value) <= limit;
+        }
+        error.lowest = -limit;
+        error.highest = limit;
+        run.measurements.push_back(error);
+    }
+    return run;
+}
 
 /** Audits boards one after the other. */
 class AuditRun {
@@ -94,6 +127,7 @@ bool AuditRun::mayGoOn(HardwareUse& use) const {
 }
 
 int AuditRun::audit(const Board& board) {
+    Keeper keeper(m_options.keep, m_options.json, m_options.csv == "-" ? std::cerr : std::cout);
     const std::uint64_t total = carriersToAudit(board);
     HardwareUse use(board, m_options.hardware, m_options.csv == "-" ? std::cerr : std::cout, m_options.json);
     BootedRadio booted(board, use.hardware());
@@ -130,6 +164,10 @@ int AuditRun::audit(const Board& board) {
     }
     summary.isCutShort = result.end == AuditEnd::stopped;
     report->finished(summary);
+    if (keeper.isWanted() && result.end == AuditEnd::complete) {
+        summary.exitCode = keeper.keep(recordOf(board, result, use.isReal(), summary.exitCode, keeper),
+                                       board.file.parent_path(), summary.exitCode);
+    }
     return isLost && summary.signal == 0
                ? refuse("the connection to " + harmless(use.lostDevice()) + " was lost", m_options.json,
                         summary.exitCode)

@@ -3,6 +3,7 @@
 
 #include "radio/board/PlatformWords.h"
 #include "radioctl/bench/HardwareOptions.h"
+#include "radioctl/keep/KeepOptions.h"
 
 #include <cstdint>
 #include <string>
@@ -24,6 +25,7 @@ struct AuditOptions {
     bool json = false;
     HardwareOptions hardware{};
     std::vector<std::string> boards;
+    KeepOptions keep{};
     /** A file, "-" for standard output, or empty. */
     std::string csv;
 };

@@ -151,6 +151,14 @@ void JunitReporter::summarised(const RunSummary& summary, int exitCode) {
     m_other.summarised(summary, exitCode);
 }
 
+std::vector<std::pair<std::string, bool>> JunitReporter::outcomes() const {
+    std::vector<std::pair<std::string, bool>> outcomes;
+    for (const Case& item : m_cases) {
+        outcomes.emplace_back(item.name, item.verdict == Verdict::passed);
+    }
+    return outcomes;
+}
+
 std::size_t JunitReporter::countOf(Verdict verdict) const {
     return static_cast<std::size_t>(std::count_if(
         m_cases.begin(), m_cases.end(), [verdict](const Case& item) { return item.verdict == verdict; }));

@@ -45,6 +45,8 @@ public:
     void refused(const std::string& message) override;
     void summarised(const RunSummary& summary, int exitCode) override;
 
+    /** The name of each case so far, and whether it passed. */
+    std::vector<std::pair<std::string, bool>> outcomes() const;
     /** Writes the report; a run that told of no summary did not come to its end, and the report says so. */
     void write(std::ostream& out, int exitCode) const;
 

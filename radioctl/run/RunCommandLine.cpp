@@ -13,6 +13,8 @@ RunCommandLine::RunCommandLine(CommandLine::Command program)
                 "out when standard input is no terminal")
         .file({".script"});
     m_run.option("--junit", m_options.junit, "Write what came of the expectations, as\nJUnit's XML").file();
+    addStoreOptions(m_run, m_options.keep);
+    addUnitOptions(m_run, m_options.keep);
 }
 
 CommandLine::Command RunCommandLine::add(CommandLine::Command& program, const char* name, const char* help) {

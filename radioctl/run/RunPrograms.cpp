@@ -4,6 +4,7 @@
 #include "radio/board/PlatformWords.h"
 #include "radio/files/AtomicFile.h"
 #include "radio/files/InputError.h"
+#include "radio/files/Json.h"
 #include "radio/files/TextFile.h"
 #include "radio/language/Script.h"
 #include "radio/plan/Guard.h"
@@ -18,6 +19,7 @@
 #include "radioctl/console/LineEditor.h"
 #include "radioctl/console/LineReader.h"
 #include "radioctl/console/PatientOutput.h"
+#include "radioctl/keep/Keeper.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/report/JunitReporter.h"
 #include "radioctl/report/Output.h"
@@ -28,7 +30,9 @@
 #include <functional>
 #include <iostream>
 #include <optional>
+#include <sstream>
 #include <string>
+#include <utility>
 
 namespace Radio {
 
@@ -276,10 +280,47 @@ int runWithJunit(const RunOptions& options, Reporter& reporter) {
     }
 }
 
+/** The same, and the store keeps it as an acceptance run, unless it was interrupted or could not begin. */
+int runKept(const RunOptions& options, Reporter& reporter, Keeper& keeper) {
+    const std::string script = options.script.value_or("-");
+    JunitReporter cases(reporter, script == "-" ? standardInput : script);
+    const int exitCode = options.junit.empty() ? runReporting(options, cases) : runWithJunit(options, cases);
+    if (exitCode != ExitCode::good && exitCode != ExitCode::expectationFailed &&
+        exitCode != ExitCode::notBooted) {
+        return exitCode;
+    }
+    const Board board = loadBoard(options.board);
+    Store::Run run = keeper.begin("acceptance", board);
+    run.isHardware = options.hardware.hardware;
+    run.verdict = exitCode == ExitCode::good ? VerdictKind::pass : VerdictKind::fail;
+    run.exitCode = exitCode;
+    run.settings = toText({{"script", script}});
+    for (const auto& [name, hasPassed] : cases.outcomes()) {
+        Store::Measurement measurement{name};
+        measurement.isHeld = hasPassed;
+        run.measurements.push_back(measurement);
+    }
+    std::ostringstream report;
+    cases.write(report, exitCode);
+    run.files.push_back({"report", report.str()});
+    if (script != "-") {
+        addFile(run, "script", script);
+    }
+    return keeper.keep(std::move(run), board.file.parent_path(), exitCode);
+}
+
 } // namespace
 
 int runScript(const RunOptions& options) {
     const auto reporter = makeReporter(options.json, options.verbose, true);
+    try {
+        Keeper keeper(options.keep, options.json, std::cout);
+        if (keeper.isWanted()) {
+            return runKept(options, *reporter, keeper);
+        }
+    } catch (const InputError& error) {
+        return refuse(*reporter, error.what());
+    }
     return options.junit.empty() ? runReporting(options, *reporter) : runWithJunit(options, *reporter);
 }
 

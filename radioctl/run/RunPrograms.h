@@ -3,6 +3,7 @@
 
 #include "OrbiTrace.h"
 #include "radioctl/bench/HardwareOptions.h"
+#include "radioctl/keep/KeepOptions.h"
 #include "standalone/Platform.h"
 
 #include <optional>
@@ -22,6 +23,7 @@ struct RunOptions {
     std::optional<std::string> script{};
     /** Where a report in the form of JUnit's XML goes; empty for nowhere. */
     std::string junit{};
+    KeepOptions keep{};
 };
 
 /** Boots a board and carries out a script. */

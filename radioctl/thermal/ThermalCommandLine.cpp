@@ -60,11 +60,14 @@ ThermalCommandLine::ThermalCommandLine(CommandLine::Command program)
     m_thermal.option("--station", m_options.station, "Where it is replayed; stands on the page")
         .named("TEXT")
         .check(whyNoLabel);
+    addStoreOptions(m_thermal, m_options.keep);
+    addUnitOptions(m_thermal, m_options.keep, false);
     m_thermal.json(m_options.json);
 }
 
 int ThermalCommandLine::run(bool json) {
     m_options.json |= json;
+    m_options.keep.station = m_options.station;
     if (isStandardOutput(m_options.csv)) {
         m_options.csv = "-";
     }

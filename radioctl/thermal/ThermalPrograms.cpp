@@ -4,11 +4,13 @@
 #include "radio/board/BoardCheck.h"
 #include "radio/files/AtomicFile.h"
 #include "radio/files/InputError.h"
+#include "radio/files/Json.h"
 #include "radio/session/BootedRadio.h"
 #include "radio/text/Words.h"
 #include "radio/thermal/ThermalLog.h"
 #include "radio/thermal/ThermalVerdict.h"
 #include "radioctl/console/Interrupt.h"
+#include "radioctl/keep/Keeper.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/page/Gnuplot.h"
 #include "radioctl/report/Output.h"
@@ -18,11 +20,11 @@
 
 #include <algorithm>
 #include <array>
-#include <ctime>
 #include <iostream>
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace Radio::Thermal {
 
@@ -68,14 +70,35 @@ std::string whyNoFiles(const ThermalOptions& options) {
     return {};
 }
 
-/** For example "2026-03-01T09:30:00Z". */
-std::string utcNow() {
-    const std::time_t now = std::time(nullptr);
-    std::tm utc{};
-    gmtime_r(&now, &utc);
-    std::array<char, 32> text{};
-    static_cast<void>(std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &utc));
-    return text.data();
+/** The replay as the store keeps it: the worst figures of each channel, and the limits they were held
+ * against.
+ */
+void record(const ReplayResult& result, const Verdict& verdict, Store::Run& run) {
+    run.measurements = measurementsOf(verdict);
+    Store::Measurement complaints{"complaints"};
+    complaints.value = static_cast<double>(result.totals.complaints);
+    complaints.highest = 0.0;
+    complaints.isHeld = result.totals.complaints == 0;
+    run.measurements.push_back(complaints);
+    for (const ChannelTotals& channel : result.totals.channels) {
+        if (!channel.worst) {
+            continue;
+        }
+        const WorstFigures& worst = *channel.worst;
+        for (const auto& [name, figure] :
+             {std::pair("worst_image_without", &worst.imageWithout), std::pair("worst_image", &worst.image),
+              std::pair("worst_leakage_without", &worst.leakageWithout),
+              std::pair("worst_leakage", &worst.leakage)}) {
+            Store::Measurement measurement{name, "dBc"};
+            measurement.channel = channel.channel;
+            if (channel.carrier) {
+                measurement.frequency = *channel.carrier;
+            }
+            measurement.temperature = figure->degrees;
+            measurement.value = figure->dBc;
+            run.measurements.push_back(measurement);
+        }
+    }
 }
 
 /** One replay from the command line to the exit code. */
@@ -95,6 +118,7 @@ private:
 
     const ThermalOptions& m_options;
     const Interrupt m_interrupt;
+    Keeper m_keeper{m_options.keep, m_options.json, m_options.csv == "-" ? std::cerr : std::cout};
     std::optional<AtomicFile> m_csvFile;
     std::optional<AtomicFile> m_htmlFile;
     std::optional<ThermalCsv> m_csv;
@@ -112,7 +136,7 @@ int ThermalRun::run() {
         return refuse(wrong, m_options.json, ExitCode::wrongCommandLine);
     }
     const ThermalLog log = readThermalLog(m_options.log);
-    return replayOn({board, m_options.log, log, m_options.station, utcNow(), RADIOCTL_VERSION});
+    return replayOn({board, m_options.log, log, m_options.station, Store::utcNow(), RADIOCTL_VERSION});
 }
 
 std::unique_ptr<ThermalReport> ThermalRun::makeReport(const Subject& subject) const {
@@ -187,6 +211,15 @@ int ThermalRun::replayOn(const Subject& subject) {
                    : isGood              ? ExitCode::good
                                          : ExitCode::outsideLimits;
     report->finished(result.totals, end);
+    if (m_keeper.isWanted() && result.isComplete && end.signal == 0) {
+        Store::Run run = m_keeper.begin("thermal", subject.board);
+        record(result, end.verdict, run);
+        run.verdict = isGood ? end.verdict.kind() : VerdictKind::fail;
+        run.exitCode = end.exitCode;
+        run.settings = toText({{"log", m_options.log}, {"samples", result.totals.samples}});
+        addFile(run, "page", m_options.html);
+        end.exitCode = m_keeper.keep(std::move(run), subject.board.file.parent_path(), end.exitCode);
+    }
     if (!notWritten.empty()) {
         return refuse(notWritten, m_options.json, end.exitCode);
     }

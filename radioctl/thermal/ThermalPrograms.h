@@ -2,6 +2,7 @@
 #define RADIOCTL_THERMAL_THERMALPROGRAMS_H
 
 #include "radio/thermal/Replay.h"
+#include "radioctl/keep/KeepOptions.h"
 
 #include <string>
 
@@ -20,6 +21,7 @@ struct ThermalOptions {
     std::string html;
     /** Where it is replayed; empty: nobody says. */
     std::string station;
+    KeepOptions keep{};
 };
 
 /** Replays a temperature log on a board and reports what came of it; gives the exit code. */

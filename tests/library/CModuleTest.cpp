@@ -52,7 +52,7 @@ protected:
 };
 
 TEST_F(CModuleTest, VersionIsThatOfTheHeaders) {
-    EXPECT_EQ(FrequencyHandler_GetVersion(), 0x000100U); // 0.1.0
+    EXPECT_EQ(FrequencyHandler_GetVersion(), 0x000200U); // 0.2.0
     EXPECT_EQ(FrequencyHandler_GetVersion(), static_cast<std::uint32_t>(FREQUENCYHANDLER_VERSION));
 }
 

@@ -1,6 +1,6 @@
 # cmake -DFILE=FrequencyHandlerConfigVersion.cmake -P versions.cmake
 #
-# Which versions that are asked for are served by the installed 0.1: until 1.0 a minor version serves itself alone.
+# Which versions that are asked for are served by the installed 0.2: until 1.0 a minor version serves itself alone.
 function(expect version expected)
     string(REPLACE "." ";" parts ${version})
     list(GET parts 0 PACKAGE_FIND_VERSION_MAJOR)
@@ -13,8 +13,8 @@ function(expect version expected)
     endif()
 endfunction()
 
-expect(0.1 TRUE)
-expect(0.1.0 TRUE)
-expect(0.0 FALSE)
-expect(0.2 FALSE)
+expect(0.2 TRUE)
+expect(0.2.0 TRUE)
+expect(0.1 FALSE)
+expect(0.3 FALSE)
 expect(1.0 FALSE)

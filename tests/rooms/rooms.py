@@ -22,7 +22,8 @@ LARGE = {
     'CLI': ['radioctl/options/Options.cpp'],
     'Eigen': ['radio/fit/Bowl.cpp', 'radio/fit/Surface.cpp'],
     'boost': ['service/http/Server.cpp'],
-    'nlohmann': ['radio/files/Json.cpp', 'radio/calibration/SettingsReader.h', 'service/radio/Body.cpp'],
+    'nlohmann': ['radio/files/Json.cpp', 'radio/calibration/SettingsReader.h', 'radio/store/RunReader.cpp', 'service/radio/Body.cpp'],
+    'soci': ['radio/store/Connection.h'],
     'toml++': ['radio/board/TomlItem.h', 'radio/board/TomlText.h'],
 }
 
@@ -110,7 +111,7 @@ def check_spelling(project):
                 path = os.path.relpath(os.path.join(folder, name), project)
                 with open(os.path.join(project, path), encoding='utf-8') as file:
                     for number, line in enumerate(file, 1):
-                        large = re.match(r'\s*#\s*include\s*<(CLI|Eigen|asio|boost|nlohmann|toml\+\+)/', line)
+                        large = re.match(r'\s*#\s*include\s*<(CLI|Eigen|asio|boost|nlohmann|soci|toml\+\+)/', line)
                         if large and path not in LARGE[large[1]]:
                             problems.append(f'{path}:{number}: <{large[1]}/...>, expected it in {" or ".join(LARGE[large[1]])}')
                         match = re.match(r'\s*#\s*include\s*"([^"]+)"', line)

@@ -7,7 +7,7 @@
 #define FREQUENCYHANDLER_INTERFACE_FREQUENCYHANDLERVERSION_H
 
 #define FREQUENCYHANDLER_VERSION_MAJOR 0
-#define FREQUENCYHANDLER_VERSION_MINOR 1
+#define FREQUENCYHANDLER_VERSION_MINOR 2
 #define FREQUENCYHANDLER_VERSION_PATCH 0
 
 /** The three as one number that grows, as FrequencyHandler_GetVersion() gives them of the library that is

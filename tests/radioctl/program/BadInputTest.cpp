@@ -183,7 +183,7 @@ TEST_F(BadInputTest, NoCommand) {
     expectWrongCommandLine(
         {},
         "One of run, console, new, check, plan, thermal, qualify, calibrate, serve, tables, record, replay, "
-        "describe and completion is required");
+        "describe, store and completion is required");
 }
 
 TEST_F(BadInputTest, NoBoard) {
@@ -195,7 +195,7 @@ TEST_F(BadInputTest, UnknownWordOnTheCommandLine) {
     expectWrongCommandLine({"boot"},
                            "unknown command \"boot\", expected one of run, console, new, check, plan, "
                            "thermal, qualify, calibrate, serve, tables, record, replay, "
-                           "describe, completion");
+                           "describe, store, completion");
     expectWrongCommandLine({"run", "board.toml", "script", "more"},
                            "The following argument was not expected: more");
     expectWrongCommandLine({"run", "--fast", "board.toml"}, "unknown option \"--fast\"");

@@ -45,18 +45,19 @@ protected:
     }
 
     /** Nothing in it stands for something else, the files that it reads are there, and it needs no radio on a
-     * bench. */
+     * bench and no database that the program was built without. */
     static bool canBeCarriedOut(const std::string& command) {
         std::string before;
         for (const std::string& word : wordsOf(command)) {
             const bool isPlaceholder =
                 !word.empty() && std::all_of(word.begin(), word.end(), [](unsigned char letter) {
-                    return std::isupper(letter) != 0 || letter == '.';
+                    return std::isupper(letter) != 0 || letter == '.' || letter == '[' || letter == ']';
                 });
             const bool isWritten = before == "--csv" || before == "--html" || before == "--out";
             const bool isFile =
                 std::regex_match(word, std::regex(R"([^*]+\.(toml|csv|script|journal)|.+\.rec)"));
-            if (isPlaceholder || word == "--hardware" ||
+            const bool isStore = word == "store" || word == "--store";
+            if (isPlaceholder || word == "--hardware" || (isStore && !RADIOCTL_HAS_STORE) ||
                 (isFile && !isWritten && !std::filesystem::exists(word))) {
                 return false;
             }

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <iterator>
 #include <regex>
+#include <sstream>
 
 namespace {
 
@@ -34,6 +35,19 @@ protected:
     static std::string contentOf(const std::string& file) {
         std::ifstream stream(file);
         return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    using Words = std::vector<std::string>;
+
+    /** What completion is told of the last of these words, without what each of them means. */
+    Words offered(Words words) {
+        words.insert(words.begin(), "completion-words");
+        std::istringstream lines(runProgram({words}).output);
+        Words offers;
+        for (std::string line; std::getline(lines, line);) {
+            offers.push_back(line.substr(0, line.find('\t')));
+        }
+        return offers;
     }
 };
 
@@ -69,7 +83,7 @@ TEST_F(MannersTest, UnknownCommandsAndOptionsHaveTheNearestOne) {
              {{"calibrat", "board.toml"},
               "unknown command \"calibrat\" (did you mean \"calibrate\"?), expected one of "
               "run, console, new, check, plan, thermal, qualify, calibrate, serve, tables, record, "
-              "replay, describe, completion"},
+              "replay, describe, store, completion"},
              {{"plan", "explian"},
               "unknown command \"explian\" (did you mean \"explain\"?), expected one of explain, "
               "audit"},
@@ -102,6 +116,17 @@ TEST_F(MannersTest, HelpFitsIntoEightyColumns) {
                                                       {"record", "diff", "--help"},
                                                       {"replay", "--help"},
                                                       {"describe", "--help"},
+                                                      {"store", "--help"},
+                                                      {"store", "list", "--help"},
+                                                      {"store", "show", "--help"},
+                                                      {"store", "tables", "--help"},
+                                                      {"store", "compare", "--help"},
+                                                      {"store", "report", "--help"},
+                                                      {"store", "export", "--help"},
+                                                      {"store", "import", "--help"},
+                                                      {"store", "check", "--help"},
+                                                      {"store", "push", "--help"},
+                                                      {"store", "grant", "--help"},
                                                       {"completion", "--help"}}) {
         EXPECT_THAT(runProgram({arguments}).output, Not(testing::ContainsRegex("[^\n]{80}")));
     }
@@ -124,6 +149,19 @@ TEST_F(MannersTest, CompletionWordsAreWhatCanStandThere) {
     EXPECT_EQ(runProgram({{"completion-words", "tables", "diff", ""}}).output, ":files .toml .csv\n");
     EXPECT_EQ(runProgram({{"completion-words", "describe", "--script", ""}}).output, ":files\n");
     EXPECT_EQ(runProgram({{"completion-words", "nonsense", ""}}).exitCode, 0);
+}
+
+TEST_F(MannersTest, CompletionTellsCommandsOfTheStoreFromOthersOfTheirName) {
+    EXPECT_EQ(offered({"store", ""}), (Words{"list", "show", "tables", "compare", "report", "export",
+                                             "import", "check", "push", "grant"}));
+    EXPECT_EQ(offered({"store", "check", "--s"}), (Words{"--store"}));
+    EXPECT_EQ(offered({"check", "--s"}), (Words{"--strict"}));
+    EXPECT_EQ(offered({"store", "show", "--s"}), (Words{"--store"}));
+    EXPECT_EQ(offered({"record", "show", "--f"}), (Words{"--from"}));
+    EXPECT_EQ(offered({"store", "export", "--format", "j"}), (Words{"json", "junit"}));
+    EXPECT_EQ(offered({"store", "report", "--kind", "a"}), (Words{"audit", "acceptance"}));
+    EXPECT_EQ(offered({"store", "tables", "--out", ""}), (Words{":files"}));
+    EXPECT_EQ(offered({"store", "show", ""}), (Words{}));
 }
 
 TEST_F(MannersTest, CompletionOffersAReportToRunAlone) {

@@ -1,5 +1,5 @@
-#ifndef RADIO_CALIBRATION_FINGERPRINT_H
-#define RADIO_CALIBRATION_FINGERPRINT_H
+#ifndef RADIO_FILES_FINGERPRINT_H
+#define RADIO_FILES_FINGERPRINT_H
 
 #include "radio/files/Json.h"
 
@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <string>
 
-namespace Radio::Calibration {
+namespace Radio {
 
 /** FNV-1a, 64 bits: enough to notice a change. */
 class Fingerprint {
@@ -31,6 +31,6 @@ private:
     std::uint64_t m_hash = 0xCBF29CE484222325U;
 };
 
-} // namespace Radio::Calibration
+} // namespace Radio
 
 #endif
