@@ -310,6 +310,7 @@ TEST_F(ScriptedBenchTest, QualifyOnHardwareLeavesTheRadio) {
 
 TEST_F(ScriptedBenchTest, CtrlCWhileQualifyingLeavesTheRadio) {
     Process process(invoke({"qualify", "--hardware", "board.toml", "--channel", "1"}));
+    ASSERT_TRUE(process.waitFor("HARDWARE: "));
     ASSERT_TRUE(process.waitUntilItCatches(SIGINT));
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     process.signal(SIGINT);
