@@ -92,13 +92,15 @@ protected:
             return "\n[hardware.\"" + driver + "\"]\ndevice = \"" + device + "\"\n" + rest + "\n";
         };
         const std::string range = "range = [-1000, 1000]\non_exit = 0";
-        return text + "\n[devices]\nbench = { scpi = \"" + m_bench.transmitter() +
-               "\" }\nchamber = { scpi = \"" + m_bench.chamber() + "\" }\n" +
+        // A machine that is at other things may have the bench wait.
+        const std::string patient = "\", time_limit = 20000 }\n";
+        return text + "\n[devices]\nbench = { scpi = \"" + m_bench.transmitter() + patient +
+               "chamber = { scpi = \"" + m_bench.chamber() + patient +
                on("channel.1.tx.rf.mixer.i", "bench", "write = \"I {}\"\n" + range) +
                on("channel.1.tx.rf.mixer.q", "bench", "write = \"Q {}\"\n" + range) +
                on("channel.1.tx.rf.detector.v", "bench", "read = \"DET?\"") +
                on("chamber", "chamber", "write = \"TEMP {}\"\nrange = [-40, 70]\non_exit = 25") +
-               "\n[sensor]\ndevice = \"chamber\"\nread = \"SENS?\"\ninterval = 20\n";
+               "\n[sensor]\ndevice = \"chamber\"\nread = \"SENS?\"\ninterval = 20\ntime_limit = 20000\n";
     }
     std::string withAnalyser() const {
         std::string described = board();
