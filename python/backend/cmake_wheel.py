@@ -1,7 +1,9 @@
 """Makes a wheel with CMake, for pip: PEP 517, and nothing but the standard library.
 
 It has the extension module, the package around it, and the two shared libraries of the project that the module needs; those
-of others are the system's. FREQUENCYHANDLER_BUILD names a build directory that is built already, whose files are then taken.
+of others are the system's. It is built as ./run builds, by the preset release. CMAKE_ARGS has what CMake is to be told beside that,
+"-DCMAKE_CXX_FLAGS_RELEASE=-O0" for example, as words of a shell; CMAKE_BUILD_PARALLEL_LEVEL says how many compilers run at once.
+FREQUENCYHANDLER_BUILD names a build directory that is built already, whose files are then taken.
 """
 
 import base64
@@ -10,6 +12,7 @@ import io
 import os
 import pathlib
 import re
+import shlex
 import subprocess
 import sys
 import sysconfig
@@ -45,11 +48,18 @@ def build():
     if given:
         return pathlib.Path(given)
     directory = TOP / "build" / f"wheel-{tag()}"
-    run("cmake", "-S", TOP, "-B", directory, "-DCMAKE_BUILD_TYPE=Release", "-DFREQUENCYHANDLER_TESTS=OFF",
-        f"-DPython_EXECUTABLE={sys.executable}")
-    if not any((directory / "python").glob("*.dist-info/METADATA")):  # configured with the package, and only then
+    try:
+        wishes = shlex.split(os.environ.get("CMAKE_ARGS", ""))
+    except ValueError as error:
+        raise SystemExit(f"CMAKE_ARGS: {error}, expected words as a shell has them") from None
+    # From the beginning: what an earlier call was told, or found, is none of this one's.
+    for configured in directory.glob("python/*.dist-info/METADATA"):
+        configured.unlink()
+    run("cmake", "--fresh", "-S", TOP, "-B", directory, "--preset", "release", "-DFREQUENCYHANDLER_PYTHON=ON",
+        f"-DPython_EXECUTABLE={sys.executable}", *wishes)
+    if not any(directory.glob("python/*.dist-info/METADATA")):  # configured with the package, and only then
         raise SystemExit(MISSING)
-    run("cmake", "--build", directory, "--target", "python_engine", "--parallel")
+    run("cmake", "--build", directory, "--target", "python_engine")
     return directory
 
 

@@ -1,7 +1,7 @@
-#include "ResultCode.h"
 #include "python/binding/Binding.h"
 #include "python/binding/BoardHandle.h"
 #include "python/binding/CalibrationValues.h"
+#include "python/binding/HardwareInUse.h"
 #include "python/binding/Orders.h"
 #include "python/binding/Patience.h"
 #include "python/binding/Stage.h"
@@ -10,56 +10,12 @@
 #include "radio/calibration/OwnFiles.h"
 #include "radio/calibration/Reservations.h"
 #include "radio/files/AtomicFile.h"
-#include "radio/session/Bench.h"
 #include "radio/text/WordError.h"
 #include "radio/text/Words.h"
-
-#include <algorithm>
-#include <memory>
 
 namespace Radio::Python {
 
 namespace {
-
-/** What becomes of connections shows in the points: what could not be measured, failed. */
-class Silence final : public Devices::HardwareListener {
-public:
-    void lost(const std::string& /*device*/, const std::string& /*why*/) override {}
-    void back(const std::string& /*device*/) override {}
-    void failed(const std::string& /*driver*/, const std::string& /*attribute*/,
-                std::int32_t /*code*/) override {}
-    void sensorFailed(const std::string& /*why*/) override {}
-};
-
-/** The hardware of a calibration, if it has any; left properly on every way out. */
-class Hardware {
-public:
-    Hardware(const Board& board, bool isHardware, bool isForced) {
-        if (isHardware) {
-            m_bench = std::make_unique<Bench>(board, m_silence, folderOfMarks());
-            m_bench->begin();
-            m_bench->hardware().setForced(isForced);
-        }
-    }
-    Hardware(const Hardware&) = delete;
-    Hardware& operator=(const Hardware&) = delete;
-    ~Hardware() = default; // the bench leaves
-
-    Calibration::CalibrationBench bench() {
-        return m_bench ? Calibration::benchOf(m_bench->hardware()) : Calibration::CalibrationBench();
-    }
-    /** False when something could not be written that was to be in the end. */
-    bool leave() {
-        const std::vector<Devices::ExitWrite> writes =
-            m_bench ? m_bench->leave() : std::vector<Devices::ExitWrite>();
-        return std::all_of(writes.begin(), writes.end(),
-                           [](const Devices::ExitWrite& write) { return isSuccess(write.code); });
-    }
-
-private:
-    Silence m_silence;
-    std::unique_ptr<Bench> m_bench;
-};
 
 /** Tells Python what a calibration tells. */
 class Listener final : public Calibration::CalibrationListener {
@@ -87,6 +43,11 @@ private:
     py::object m_onPoint;
     Calibration::CalibrationProgress m_last;
 };
+
+Calibration::CalibrationBench benchOf(HardwareInUse& use) {
+    return use.hardware() != nullptr ? Calibration::benchOf(*use.hardware())
+                                     : Calibration::CalibrationBench();
+}
 
 void refuse(const std::string& why) {
     if (!why.empty()) {
@@ -130,10 +91,10 @@ py::tuple calibrate(const BoardHandle& handle, const py::dict& given, const py::
         Calibration::CalibrationRun run(*board, order);
         reservation = requireMeant(*board, order, run, isForced);
         run.prepare();
-        Hardware hardware(*board, order.isHardware, isForced);
+        HardwareInUse hardware(*board, order.isHardware, isForced);
         run.open();
         backup = run.putAway().backup;
-        Calibration::CalibrationOutcome result = run.run(listener, hardware.bench());
+        Calibration::CalibrationOutcome result = run.run(listener, benchOf(hardware));
         hasLeft = hardware.leave();
         return result;
     });
@@ -161,12 +122,12 @@ py::tuple qualify(const BoardHandle& handle, const py::dict& given, const py::ob
                 Calibration::reservationAgainst(*board, qualifier.settings(), false);
             refuse(reservation.empty() ? "" : reservation + ", expected force=True where that is meant");
         }
-        Hardware hardware(*board, order.isHardware, isForced);
+        HardwareInUse hardware(*board, order.isHardware, isForced);
         const auto goOn = [&] {
             return patience.goOn([&] { return py::make_tuple(taken, Calibration::mostReadingsTaken); });
         };
         Calibration::ChannelQualification result =
-            qualifier.run(goOn, hardware.bench(), [&](std::uint32_t readings) { taken = readings; });
+            qualifier.run(goOn, benchOf(hardware), [&](std::uint32_t readings) { taken = readings; });
         hasLeft = hardware.leave();
         return result;
     });

@@ -23,6 +23,16 @@ void raise(const char* name, const Arguments&... arguments) {
     PyErr_SetObject(type.ptr(), error.ptr());
 }
 
+/** The name that a message says was perhaps meant, or None. */
+py::object meantIn(std::string_view message) {
+    constexpr std::string_view question = "(did you mean \"";
+    const std::size_t at = message.rfind(question);
+    const std::size_t begin = at + question.size();
+    const std::size_t end = at == std::string_view::npos ? at : message.find("\"?)", begin);
+    return end == std::string_view::npos ? py::object(py::none())
+                                         : py::object(text(message.substr(begin, end - begin)));
+}
+
 /** What a message says was expected, or None; not what somebody's own words say, which stand in quotes. */
 py::object expectedIn(std::string_view message) {
     constexpr std::string_view word = "expected";
@@ -39,7 +49,7 @@ py::object expectedIn(std::string_view message) {
         at = at == 0 ? std::string_view::npos : message.rfind(word, at - 1);
     }
     if (at == std::string_view::npos) {
-        return py::none();
+        return meantIn(message);
     }
     const std::size_t begin = message.find_first_not_of(": ", at + word.size());
     if (begin == std::string_view::npos) {

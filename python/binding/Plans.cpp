@@ -1,6 +1,7 @@
 #include "python/binding/AuditRecords.h"
 #include "python/binding/Binding.h"
 #include "python/binding/BoardHandle.h"
+#include "python/binding/HardwareInUse.h"
 #include "python/binding/Patience.h"
 #include "python/binding/Stage.h"
 #include "radio/board/BoardCheck.h"
@@ -89,33 +90,55 @@ py::dict rowDict(const RowResult& result) {
     return dict;
 }
 
-/** (end, rows, carriers, outside, seconds, array or None, raised). */
-py::tuple audit(const BoardHandle& handle, const py::object& dtype, const py::object& progress,
-                const py::object& cancel) {
+/** An audit, and what became of the hardware. */
+struct AuditOnHardware {
+    AuditResult result;
+    std::string lostDevice;
+    bool hasLeft = true;
+};
+
+AuditOnHardware auditOn(const Board& board, bool isHardware, AuditRecords& records, Patience& patience,
+                        std::uint64_t total) {
+    HardwareInUse use(board, isHardware, false);
+    BootedRadio booted(board, use.hardware());
+    booted.requireUp();
+    const auto goOn = [&](std::uint64_t done) {
+        return use.isThere() && patience.goOn([=] { return py::make_tuple(done, total); });
+    };
+    AuditOnHardware audited;
+    // Hardware takes so long for each carrier that it is worth asking at each.
+    audited.result = isHardware ? auditBoard(booted, board, {&records}, goOn, 1)
+                                : auditBoard(booted, board, {&records}, goOn);
+    if (audited.result.end == AuditEnd::phaseFailed) {
+        booted.fail("the radio did not take a channel spacing");
+    }
+    audited.lostDevice = use.lostDevice();
+    audited.hasLeft = use.leave();
+    return audited;
+}
+
+/** (end, rows, carriers, outside, seconds, array or None, lost device or None, whether left properly,
+ * raised). */
+py::tuple audit(const BoardHandle& handle, const py::object& dtype, bool isHardware,
+                const py::object& progress, const py::object& cancel) {
     const auto board = handle.copy();
     const std::uint64_t total = carriersToAudit(*board);
     AuditRecords records(dtype, total);
     Patience patience(progress, cancel);
     const Stage stage(named("an audit", *board));
-    const AuditResult result = unlocked([&] {
+    const AuditOnHardware audited = waiting(patience, [&] {
         requireUsable(*board);
-        BootedRadio booted(*board);
-        booted.requireUp();
-        AuditResult audited = auditBoard(booted, *board, {&records}, [&](std::uint64_t done) {
-            return patience.goOn([=] { return py::make_tuple(done, total); });
-        });
-        if (audited.end == AuditEnd::phaseFailed) {
-            booted.fail("the radio did not take a channel spacing");
-        }
-        return audited;
+        return auditOn(*board, isHardware, records, patience, total);
     });
+    const AuditResult& result = audited.result;
     patience.finish(py::make_tuple(result.carriers, total));
     py::list rows;
     for (const RowResult& row : result.rows) {
         rows.append(rowDict(row));
     }
-    return patience.sealed(py::make_tuple(result.end == AuditEnd::complete, rows, result.carriers,
-                                          result.outside, result.seconds, records.array(), py::none()));
+    return patience.sealed(py::make_tuple(
+        result.end == AuditEnd::complete, rows, result.carriers, result.outside, result.seconds,
+        records.array(), orNone(std::string_view(audited.lostDevice)), audited.hasLeft, py::none()));
 }
 
 } // namespace

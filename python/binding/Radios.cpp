@@ -76,7 +76,8 @@ py::object leakage(RadioHandle& handle, int channel) {
     return handle.look([channel](RadioUnit& radio) {
         const LeakingTransmitter* const transmitter = radio.transmitter(channel);
         if (transmitter == nullptr) {
-            throw WordError("no LO leakage is modelled for channel " + std::to_string(channel));
+            throw WordError("no LO leakage is modelled for channel " + std::to_string(channel) +
+                            ", expected a [[leakage]]");
         }
         return transmitter->surroundings().carrier == 0 ? py::object(py::none())
                                                         : py::object(py::float_(transmitter->level()));

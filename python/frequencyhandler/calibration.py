@@ -13,7 +13,7 @@ from ._endings import Ending
 from .board import BoardLike, engine_of
 from .calibration_results import (POINT, CalibrationResult, ChannelQualification, Point, Probe, Qualification, Summary,
                                   Worst, point, qualification, result as result_of)
-from .errors import RadioError, finish
+from .errors import finish_on_hardware
 from .progress import CancelLike, Progress, ProgressLike, Reporter, cancelling
 
 __all__ = ["calibrate", "qualify", "CalibrationResult", "Point", "Probe", "Qualification", "ChannelQualification", "Summary",
@@ -64,18 +64,6 @@ def _note(given: Dict[str, Any]) -> str:
     if given["highest_reading"] is not None:
         return f"last readings up to {given['highest_reading']}"
     return "" if given["worst_dbc"] is None else f"leakage up to {given['worst_dbc']:.2f} dBc"
-
-
-def _end(result: Any, raised: Optional[BaseException], work: str, file: str, has_left: bool) -> None:
-    left = None if has_left else RadioError(f"{file}: what was to be written in the end failed")
-    try:
-        finish(result, raised, work)
-    except BaseException as error:
-        if left is not None:
-            error.add_note(str(left))
-        raise
-    if left is not None:
-        raise left
 
 
 def calibrate(board: BoardLike, channel: Whole, *, method: Optional[str] = None, probes: Optional[Whole] = None,
@@ -144,7 +132,7 @@ def calibrate(board: BoardLike, channel: Whole, *, method: Optional[str] = None,
         with Ending(hardware):
             given, has_left, put_away, reservation, raised = _engine.calibrate(engine, order, listeners)
     result = result_of(given, put_away, reservation)
-    _end(result, raised, "the calibration", engine.file, has_left)
+    finish_on_hardware(result, raised, "the calibration", engine.file, has_left)
     return result
 
 
@@ -173,5 +161,5 @@ def qualify(board: BoardLike, channel: Whole, *, settle_time: Optional[Whole] = 
             carrier, temperature, name, given, has_left, raised = _engine.qualify(engine, order, reporter.counting,
                                                                                   cancelling(cancel))
     result = ChannelQualification(carrier, temperature, name, qualification(given))
-    _end(result, raised, "the qualification", engine.file, has_left)
+    finish_on_hardware(result, raised, "the qualification", engine.file, has_left)
     return result

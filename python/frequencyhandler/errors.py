@@ -158,3 +158,16 @@ def finish(result: Any, raised: BaseException | None, work: str) -> None:
     if isinstance(raised, KeyboardInterrupt):
         raise Interrupted(result, work) from raised
     raise raised
+
+
+def finish_on_hardware(result: Any, raised: BaseException | None, work: str, file: str, has_left: bool) -> None:
+    """The same of what may drive hardware, and raises that this could not be left properly."""
+    left = None if has_left else RadioError(f"{file}: what was to be written in the end failed")
+    try:
+        finish(result, raised, work)
+    except BaseException as error:
+        if left is not None:
+            error.add_note(str(left))
+        raise
+    if left is not None:
+        raise left

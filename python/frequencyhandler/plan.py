@@ -10,8 +10,9 @@ import numpy.typing as npt
 
 from . import _engine
 from ._arguments import CHANNELS, Frequency, Whole, direction as checked_direction, flag, khz, whole
+from ._endings import Ending
 from .board import BoardLike, engine_of
-from .errors import finish
+from .errors import finish_on_hardware
 from .progress import CancelLike, ProgressLike, Reporter, cancelling
 
 __all__ = ["Step", "Explanation", "explain", "FindingGroup", "AuditRow", "AuditResult", "audit", "CARRIER", "WORDS",
@@ -134,7 +135,8 @@ class AuditResult:
     """What an audit came to. ``count`` carriers were audited, of which ``outside`` are not within limits.
 
     ``carriers`` has the shape (count,) and the dtype :data:`CARRIER`, or is None where they were not to be kept. ``complete``
-    is False for one that was cancelled: what was audited until then is there.
+    is False for one that was cancelled, or whose hardware was lost: what was audited until then is there. ``lost_device`` is
+    the device whose connection was lost, or None.
     """
 
     complete: bool
@@ -143,15 +145,17 @@ class AuditResult:
     outside: int
     seconds: float
     carriers: Optional[npt.NDArray[np.void]]
+    lost_device: Optional[str] = None
 
     @property
     def is_good(self) -> bool:
-        """All carriers were audited, and are within limits."""
-        return self.complete and self.outside == 0
+        """All carriers were audited, and are within limits; no connection was lost."""
+        return self.complete and self.outside == 0 and self.lost_device is None
 
     def __repr__(self) -> str:
         return (f"<AuditResult: {self.count} carriers in {len(self.rows)} rows, {self.outside} outside"
-                f"{'' if self.complete else ', not complete'}>")
+                f"{'' if self.complete else ', not complete'}"
+                f"{'' if self.lost_device is None else f', the connection to {self.lost_device} was lost'}>")
 
 
 def _row(given: Dict[str, Any]) -> AuditRow:
@@ -159,16 +163,18 @@ def _row(given: Dict[str, Any]) -> AuditRow:
     return AuditRow(findings=tuple(groups), **given)
 
 
-def audit(board: BoardLike, *, keep: bool = True, progress: ProgressLike = None,
+def audit(board: BoardLike, *, keep: bool = True, hardware: bool = False, progress: ProgressLike = None,
           cancel: CancelLike = None) -> AuditResult:
     """Tunes every carrier of every raster of a board through the real library, and looks at what it writes.
 
     ``keep=False`` keeps the rows only, for boards of which an array has no room: a carrier takes 104 bytes. ``progress``
     and ``cancel``: see :mod:`frequencyhandler.progress`. Other threads go on meanwhile. Ctrl-C raises
-    :class:`Interrupted`, whose ``result`` has the carriers so far.
+    :class:`Interrupted`, whose ``result`` has the carriers so far. ``hardware=True`` drives the real radio; a connection that
+    is lost ends the audit, and what hardware refuses is a finding of its carrier.
 
-    Raises :class:`InputError` for a board with errors or without rasters, :class:`RadioError` for one that does not boot,
-    :class:`BusyError` while a radio is open.
+    Raises :class:`InputError` for a board with errors, without rasters, or whose hardware cannot be taken,
+    :class:`RadioError` for one that does not boot or whose hardware could not be left properly, :class:`BusyError` while a
+    radio is open.
 
     >>> result = audit("microwave-if-8ghz.toml")
     >>> result.is_good, result.carriers.shape == (result.count,)
@@ -177,8 +183,9 @@ def audit(board: BoardLike, *, keep: bool = True, progress: ProgressLike = None,
     engine = engine_of(board)
     dtype = CARRIER if flag("keep", keep) else None
     with Reporter(progress, "carriers") as reporter:
-        complete, rows, count, outside, seconds, carriers, raised = _engine.audit(
-            engine, dtype, reporter.counting, cancelling(cancel))
-    result = AuditResult(complete, tuple(_row(row) for row in rows), count, outside, seconds, carriers)
-    finish(result, raised, "the audit")
+        with Ending(flag("hardware", hardware)):
+            complete, rows, count, outside, seconds, carriers, lost, has_left, raised = _engine.audit(
+                engine, dtype, hardware, reporter.counting, cancelling(cancel))
+    result = AuditResult(complete, tuple(_row(row) for row in rows), count, outside, seconds, carriers, lost)
+    finish_on_hardware(result, raised, "the audit", engine.file, has_left)
     return result

@@ -105,6 +105,7 @@ WITHOUT_A_RADIO = list(itertools.chain(
     table(lambda board, value: plan.audit(board, progress=value), ArgumentTypeError, 1, "yes", []),
     table(lambda board, value: plan.audit(board, cancel=value), ArgumentTypeError, *NO_FUNCTIONS),
     table(lambda board, value: plan.audit(board, keep=value), ArgumentTypeError, *NO_FLAGS),
+    table(lambda board, value: plan.audit(board, hardware=value), ArgumentTypeError, *NO_FLAGS),
     table(lambda board, value: tables.lint(value), ArgumentTypeError, *NO_PATHS),
     table(lambda board, value: tables.lint(value), ArgumentError, *BAD_PATHS),
     table(lambda board, value: tables.diff(value, board), ArgumentTypeError, *NO_PATHS),

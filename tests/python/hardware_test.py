@@ -2,11 +2,12 @@
 
 import subprocess
 import sys
+import threading
 import time
 
 import pytest
 
-from frequencyhandler import CommandFailed, InputError, Radio, RadioError, events
+from frequencyhandler import ArgumentTypeError, CommandFailed, InputError, Radio, RadioError, events, plan
 
 
 def test_carrier_reaches_the_hardware_in_its_own_unit(bench, tmp_path):
@@ -121,3 +122,52 @@ def test_outcome_says_what_the_hardware_refused(bench, tmp_path):
         assert code & 0x8000
         assert repr(outcome).endswith(
             f"; no writes, refused channel.1.tx.rf.frequency=7442000 (0x{code & 0xFFFFFFFF:04x})>"), repr(outcome)
+
+
+def with_raster(bench, first, last, step):
+    with open(bench, "a") as file:
+        file.write('[[raster]]\nname = "carriers"\nchannels = [1]\ndirection = "tx"\n'
+                   f"first = {first}\nlast = {last}\nstep = {step}\n")
+    return bench
+
+
+@pytest.fixture
+def audited(bench):
+    """With three carriers, of which the hardware refuses the first."""
+    return with_raster(bench, 7427000, 7429000, 1000)
+
+
+def test_audit_on_hardware_finds_what_that_refuses_and_leaves_it(audited, tmp_path):
+    (tmp_path / "amplifier").write_text("1\n")
+    result = plan.audit(audited, hardware=True)
+    assert (result.complete, result.count, result.outside, result.lost_device) == (True, 3, 1, None)
+    failed = 1 << plan.FINDINGS.index("failed")
+    assert [bool(findings & failed) for findings in result.carriers["findings"]] == [True, False, False]
+    assert (tmp_path / "tx").read_text().strip() in ("7428000000", "7429000000")  # nothing else was ever allowed there
+    assert (tmp_path / "amplifier").read_text().strip() == "0"
+
+
+def test_audit_without_hardware_leaves_that_alone(audited, tmp_path):
+    (tmp_path / "amplifier").write_text("1\n")
+    assert plan.audit(audited).outside == 0
+    assert ((tmp_path / "tx").read_text(), (tmp_path / "amplifier").read_text()) == ("0\n", "1\n")
+    with pytest.raises(ArgumentTypeError, match="^hardware: 1, expected True or False$"):
+        plan.audit(audited, hardware=1)
+
+
+def test_audit_says_what_could_not_be_written_in_the_end(bench, tmp_path):
+    stop = threading.Event()
+
+    def break_it(state):
+        if not stop.is_set():
+            stop.set()
+            (tmp_path / "amplifier").unlink()
+            (tmp_path / "amplifier").mkdir()
+
+    with pytest.raises(RadioError, match="what was to be written in the end failed$"):
+        plan.audit(with_raster(bench, 7428000, 7582000, 1), hardware=True, progress=break_it, cancel=stop)
+
+
+def test_audit_of_a_board_without_hardware_is_refused(boards):
+    with pytest.raises(InputError, match="no hardware"):
+        plan.audit(boards / "microwave-if-8ghz.toml", hardware=True)

@@ -366,3 +366,13 @@ def test_subinterpreter_is_refused():
     done = subprocess.run([sys.executable, "-c", IN_A_SUBINTERPRETER], capture_output=True, text=True, timeout=60)
     assert done.stdout == ("this is a subinterpreter, expected the main interpreter of the process: there is one radio in "
                            "it\n"), done.stderr
+
+
+def test_error_has_what_was_meant_where_it_only_asks(radio):
+    with pytest.raises(ArgumentError) as caught:
+        radio.faults.inject("driver-write", "channel.1.tx.rf.frequenzy")
+    assert str(caught.value).endswith('(did you mean "channel.1.tx.rf.frequency"?)')
+    assert caught.value.expected == "channel.1.tx.rf.frequency"
+    with pytest.raises(ArgumentError) as caught:
+        radio.leakage(1)
+    assert caught.value.expected == "a [[leakage]]"

@@ -9,7 +9,7 @@ import time
 import pytest
 
 from frequencyhandler import (ArgumentError, ArgumentTypeError, Board, ClosedError, CommandFailed, Interrupted, Radio, TimedOut,
-                              calibrate, events, qualify, tables, thermal)
+                              calibrate, events, plan, qualify, tables, thermal)
 
 #: Until Ctrl-C is heard and a moment is over that an answer may still take, and what a busy computer adds; in seconds.
 SOON = 5
@@ -44,6 +44,12 @@ class Instrument:
                 self.heard.set()
             if line.strip() in self.answers:
                 client.sendall((self.answers[line.strip()] + "\n").encode())
+
+    def hang_up(self):
+        """Ends all connections, and takes no more."""
+        self._listener.close()
+        for client in self._clients:
+            client.shutdown(socket.SHUT_RDWR)
 
     def close(self):
         self._listener.close()
@@ -98,6 +104,35 @@ def test_instrument_that_does_not_answer_is_not_waited_for_after_an_interrupt(si
         assert caught.value.result.command == "read channel.1.tx.rf.frequency"
         instrument.answers["FREQ?"] = "7442000"
         assert read_when_connected(driver) == 7442000  # what broke off an answer broke the connection
+
+
+@pytest.fixture
+def many(silent):
+    """The same with more carriers than it is worth waiting for."""
+    with open(silent, "a") as file:
+        file.write('[[raster]]\nname = "many"\nchannels = [1]\ndirection = "tx"\nfirst = 7000000\nlast = 7999999\nstep = 1\n')
+    return silent
+
+
+def test_audit_ends_with_the_connection_to_its_hardware(many, instrument):
+    told = []
+
+    def hang_up(state):
+        if not told:
+            instrument.hang_up()
+        told.append(state.done)
+
+    result = plan.audit(many, hardware=True, progress=hang_up)
+    assert not result.complete and not result.is_good and result.lost_device == "meter"
+    assert 0 < told[0] <= result.count == result.carriers.size < 1000000
+    assert repr(result).endswith(", not complete, the connection to meter was lost>")
+
+
+def test_audit_on_hardware_is_interrupted(many):
+    with pytest.raises(Interrupted, match="^the audit was interrupted") as caught:
+        plan.audit(many, hardware=True, progress=lambda state: os.kill(os.getpid(), signal.SIGINT))
+    assert 0 < caught.value.result.count < 1000000
+    assert caught.value.result.lost_device is None
 
 
 def test_thread_that_waits_for_an_instrument_is_ended_by_close(silent, instrument):

@@ -86,19 +86,49 @@ def backend(monkeypatch):
     return importlib.import_module("cmake_wheel")
 
 
-def test_wheel_without_what_it_needs_says_what_is_missing(backend, monkeypatch, tmp_path):
-    done = []
-    monkeypatch.delenv("FREQUENCYHANDLER_BUILD", raising=False)
+class Commands:
+    """What would be called; configuring finds the package for Python, or does not."""
+
+    def __init__(self, metadata):
+        self.metadata, self.is_found, self.done = metadata, True, []
+
+    def __call__(self, *words):
+        self.done.append([str(word) for word in words])
+        if "--preset" in words and self.is_found:
+            self.metadata.parent.mkdir(parents=True, exist_ok=True)
+            self.metadata.touch()
+
+
+@pytest.fixture
+def commands(backend, monkeypatch, tmp_path):
+    for name in ("FREQUENCYHANDLER_BUILD", "CMAKE_ARGS"):
+        monkeypatch.delenv(name, raising=False)
     monkeypatch.setattr(backend, "TOP", tmp_path)
-    monkeypatch.setattr(backend, "run", lambda *words: done.append(words[:2]))
+    directory = tmp_path / "build" / f"wheel-{backend.tag()}"
+    commands = Commands(directory / "python" / "frequencyhandler-0.1.dist-info" / "METADATA")
+    monkeypatch.setattr(backend, "run", commands)
+    return commands
+
+
+def test_wheel_without_what_it_needs_says_what_is_missing(backend, commands):
+    backend.build()
+    assert [words[1] for words in commands.done] == ["--fresh", "--build"]
+    commands.is_found, commands.done = False, []
     with pytest.raises(SystemExit, match="python3-dev or pybind11-dev is missing"):
+        backend.build()  # and what was found before does not count
+    assert [words[1] for words in commands.done] == ["--fresh"]  # nothing is built
+
+
+def test_wheel_tells_cmake_what_its_user_wishes(backend, commands, monkeypatch):
+    monkeypatch.setenv("CMAKE_ARGS", "-DA=1 '-DB=-O0 -g'")
+    backend.build()
+    configured, built = commands.done
+    assert configured[-2:] == ["-DA=1", "-DB=-O0 -g"]
+    assert built[-2:] == ["--target", "python_engine"]
+    monkeypatch.setenv("CMAKE_ARGS", "-DA='1")
+    with pytest.raises(SystemExit, match="^CMAKE_ARGS: No closing quotation, expected words as a shell has them$"):
         backend.build()
-    assert done == [("cmake", "-S")]  # nothing is built
-    metadata = tmp_path / "build" / f"wheel-{backend.tag()}" / "python" / "frequencyhandler-0.1.dist-info" / "METADATA"
-    metadata.parent.mkdir(parents=True)
-    metadata.touch()
-    assert backend.build() == tmp_path / "build" / f"wheel-{backend.tag()}"
-    assert done == [("cmake", "-S"), ("cmake", "-S"), ("cmake", "--build")]
+    assert len(commands.done) == 2  # nothing more was done
 
 
 def test_archive_of_the_sources_says_what_it_is(backend, monkeypatch, tmp_path):
