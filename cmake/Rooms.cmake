@@ -26,6 +26,7 @@ function(add_room target)
     # Headers are what takes a compiler's time: they are read once for all sources of a room.
     set_target_properties(${target} PROPERTIES UNITY_BUILD ${FREQUENCYHANDLER_UNITY} UNITY_BUILD_BATCH_SIZE 0)
     target_compile_options(${target} PRIVATE ${FREQUENCYHANDLER_ROOM_OPTIONS})
+    harden(${target})
     if(FREQUENCYHANDLER_HAS_PYTHON)
         # A part of a shared module, too; calls inside the room stay direct there.
         set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON)
