@@ -31,6 +31,11 @@ def packages():
         yield package, listed.read_text(encoding="utf-8").split() if listed.exists() else []
 
 
+def wherePossible():
+    """The patterns of files that are not built everywhere, with their packages, as debian/rules has them installed."""
+    return re.findall(r"dh_install -p(\S+) (\S+) \S+$", (DEBIAN / "rules").read_text(encoding="utf-8"), re.M)
+
+
 def belongs(name, pattern):
     return fnmatch.fnmatchcase(name, pattern) or fnmatch.fnmatchcase(name, pattern + "/*")
 
@@ -40,7 +45,7 @@ def main():
     there = list(files())
     patterns = [(package, pattern) for package, listed in packages() for pattern in listed]
     for name in there:
-        owners = [package for package, pattern in patterns if belongs(name, pattern)]
+        owners = [package for package, pattern in patterns + wherePossible() if belongs(name, pattern)]
         if len(owners) != 1:
             wrong.append(f"{name} belongs to {owners or 'no package'}")
     for package, pattern in patterns:
