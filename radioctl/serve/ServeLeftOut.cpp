@@ -6,8 +6,8 @@ namespace Radio::Serving {
 
 int serve(const Options& options) {
     return refuse(
-        "serve: this radioctl was built without it, expected the packages libboost-dev and libssl-dev "
-        "when it is built",
+        "serve: this radioctl was built without it, expected the packages libboost-dev, libssl-dev, "
+        "prometheus-cpp-dev and libjs-chart.js when it is built",
         options.json, ExitCode::unusableInput);
 }
 

@@ -391,25 +391,25 @@ Json Calibrations::list() const {
 }
 
 void Calibrations::addTo(Metrics& metrics) const {
-    metrics.family("radio_calibration_running", "gauge", "1 while a calibration has the radio.");
+    metrics.gauges("radio_calibration_running", "1 while a calibration has the radio.");
     metrics.sample(m_current != nullptr ? 1 : 0);
     if (m_current != nullptr) {
         const Calibration::CalibrationProgress& progress = m_current->progress;
         const bool isFit = progress.mostProbes != 0;
         const auto done = static_cast<double>(isFit ? progress.probes : progress.points);
         const auto total = static_cast<double>(isFit ? progress.mostProbes : progress.wantedPoints);
-        metrics.family("radio_calibration_progress_ratio", "gauge",
+        metrics.gauges("radio_calibration_progress_ratio",
                        "How much of its points a calibration has, or a fit of its probes.");
         metrics.sample(total > 0 ? std::min(done / total, 1.0) : 0.0,
                        {{"channel", std::to_string(m_current->settings.channel)}});
     }
-    metrics.family(
-        "radio_calibration_good", "gauge",
+    metrics.gauges(
+        "radio_calibration_good",
         "Whether the last calibration of a channel was good: complete, stored and within the limits.");
     for (const auto& [channel, isGood] : m_good) {
         metrics.sample(isGood ? 1 : 0, {{"channel", std::to_string(channel)}});
     }
-    metrics.family("radio_calibrations_total", "counter", "Calibrations that are over, by how they ended.");
+    metrics.counters("radio_calibrations_total", "Calibrations that are over, by how they ended.");
     for (const auto& [state, count] : m_ended) {
         metrics.sample(static_cast<double>(count), {{"state", state}});
     }

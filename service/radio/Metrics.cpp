@@ -1,52 +1,42 @@
 #include "service/radio/Metrics.h"
 
-#include <array>
-#include <cstddef>
-#include <cstdio>
+#include <prometheus/metric_family.h>
+#include <prometheus/text_serializer.h>
 
 namespace Radio::Service {
 
 namespace {
 
-/** With what would end it, or its line, behind a backslash. */
-std::string escaped(std::string_view text) {
-    std::string result;
-    for (const char letter : text) {
-        if (letter == '\n') {
-            result += "\\n";
-            continue;
-        }
-        if (letter == '\\' || letter == '"') {
-            result += '\\';
-        }
-        result += letter;
-    }
-    return result;
-}
-
-std::string numberText(double value) {
-    std::array<char, 32> text{};
-    const int size = std::snprintf(text.data(), text.size(), "%.15g", value);
-    return {text.data(), static_cast<std::size_t>(size)};
+prometheus::MetricFamily family(prometheus::MetricType type, std::string_view name, std::string_view help) {
+    return {std::string(name), std::string(help), type, {}};
 }
 
 } // namespace
 
-void Metrics::family(std::string_view name, std::string_view type, std::string_view help) {
-    m_name = name;
-    m_text.append("# HELP ").append(name).append(" ").append(help).append("\n# TYPE ");
-    m_text.append(name).append(" ").append(type).append("\n");
+Metrics::Metrics() = default;
+Metrics::~Metrics() = default;
+
+void Metrics::gauges(std::string_view name, std::string_view help) {
+    m_families.push_back(family(prometheus::MetricType::Gauge, name, help));
+}
+
+void Metrics::counters(std::string_view name, std::string_view help) {
+    m_families.push_back(family(prometheus::MetricType::Counter, name, help));
 }
 
 void Metrics::sample(double value, Labels labels) {
-    m_text += m_name;
-    const char* separator = "{";
-    for (const auto& [label, text] : labels) {
-        m_text.append(separator).append(label).append("=\"").append(escaped(text)).append("\"");
-        separator = ",";
+    prometheus::ClientMetric metric;
+    for (const auto& [name, text] : labels) {
+        metric.label.push_back({std::string(name), std::string(text)});
     }
-    m_text += labels.size() == 0 ? " " : "} ";
-    m_text += numberText(value) + "\n";
+    // The type of the family says which of them counts.
+    metric.gauge.value = value;
+    metric.counter.value = value;
+    m_families.back().metric.push_back(std::move(metric));
+}
+
+std::string Metrics::text() const {
+    return prometheus::TextSerializer().Serialize(m_families);
 }
 
 } // namespace Radio::Service

@@ -707,11 +707,11 @@ Answer Resources::tellTemperature(const Request& request, const Names& names) {
 Answer Resources::metrics(const Request& /*request*/, const Names& /*names*/) {
     const Board& board = m_radio.board();
     Metrics metrics;
-    metrics.family("radio_info", "gauge", "The radio that is served.");
+    metrics.gauges("radio_info", "The radio that is served.");
     metrics.sample(1, {{"name", board.name},
                        {"serial", board.serial},
                        {"mode", m_radio.isOnHardware() ? "hardware" : "simulation"}});
-    metrics.family("radio_carrier_hertz", "gauge", "The carrier that a channel was tuned to.");
+    metrics.gauges("radio_carrier_hertz", "The carrier that a channel was tuned to.");
     for (const ChannelDescription& channel : board.channels) {
         for (const Direction direction : {Direction::tx, Direction::rx}) {
             const auto khz = m_radio.radio().frequency(direction, channel.number);
@@ -723,32 +723,31 @@ Answer Resources::metrics(const Request& /*request*/, const Names& /*names*/) {
         }
     }
     if (const auto degrees = m_radio.platform().temperature().temperature()) {
-        metrics.family("radio_temperature_celsius", "gauge", "The temperature that the radio was told.");
+        metrics.gauges("radio_temperature_celsius", "The temperature that the radio was told.");
         metrics.sample(*degrees);
     }
-    metrics.family("radio_lo_leakage_dbc", "gauge", "The modelled LO leakage of a channel that is tuned.");
+    metrics.gauges("radio_lo_leakage_dbc", "The modelled LO leakage of a channel that is tuned.");
     for (const auto& [channel, transmitter] : m_radio.radio().transmitters()) {
         if (transmitter->surroundings().carrier != 0) {
             metrics.sample(transmitter->level(), {{"channel", std::to_string(channel)}});
         }
     }
-    metrics.family("radio_driver_writes_total", "counter", "Writes to a driver that succeeded.");
+    metrics.counters("radio_driver_writes_total", "Writes to a driver that succeeded.");
     for (const auto& [name, driver] : m_radio.platform().drivers().drivers()) {
         metrics.sample(static_cast<double>(driver->writes()), {{"driver", name}});
     }
-    metrics.family("radio_failures_total", "counter", "Writes and reads that failed, by their code.");
+    metrics.counters("radio_failures_total", "Writes and reads that failed, by their code.");
     for (const auto& [failure, count] : m_radio.failures()) {
         metrics.sample(static_cast<double>(count), {{"operation", Standalone::toString(failure.operation)},
                                                     {"object", failure.object},
                                                     {"code", codeText(failure.code)}});
     }
-    metrics.family("radio_faults", "gauge", "Faults that are injected at the moment.");
+    metrics.gauges("radio_faults", "Faults that are injected at the moment.");
     metrics.sample(static_cast<double>(m_radio.platform().calls().faults().size()));
     m_calibrations.addTo(metrics);
-    metrics.family("radio_events_total", "counter", "Events that were told.");
+    metrics.counters("radio_events_total", "Events that were told.");
     metrics.sample(static_cast<double>(m_events.last()));
-    metrics.family("radio_requests_total", "counter",
-                   "Requests that reached the radio, by the status of the answer.");
+    metrics.counters("radio_requests_total", "Requests that reached the radio, by the status of the answer.");
     for (const auto& [status, count] : m_answered) {
         metrics.sample(static_cast<double>(count), {{"status", std::to_string(status)}});
     }

@@ -34,6 +34,11 @@ def packages():
         yield package, ["?" + pattern]
 
 
+def wherePossible():
+    """The patterns of files that are not built everywhere, with their packages, as debian/rules has them installed."""
+    return re.findall(r"dh_install -p(\S+) (\S+) \S+$", (DEBIAN / "rules").read_text(encoding="utf-8"), re.M)
+
+
 def belongs(name, pattern):
     return fnmatch.fnmatchcase(name, pattern) or fnmatch.fnmatchcase(name, pattern + "/*")
 
@@ -44,7 +49,7 @@ def main():
     patterns = [(package, pattern.lstrip("?")) for package, listed in packages() for pattern in listed]
     optional = {pattern[1:] for _, listed in packages() for pattern in listed if pattern.startswith("?")}
     for name in there:
-        owners = [package for package, pattern in patterns if belongs(name, pattern)]
+        owners = [package for package, pattern in patterns + wherePossible() if belongs(name, pattern)]
         if len(owners) != 1:
             wrong.append(f"{name} belongs to {owners or 'no package'}")
     for package, pattern in patterns:

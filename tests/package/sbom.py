@@ -91,6 +91,23 @@ def names_each_package_with_its_sum_and_what_it_is_linked_with():
     assert {each["relatedSpdxElement"] for each in document["relationships"]} <= set(identifiers)
 
 
+def has_what_is_left_out_of_a_build_only_where_it_is_in_it():
+    """Boost and Chart.js are in radioctl where it is linked with OpenSSL; on a processor without it, it cannot serve."""
+    always = ["libcli11-dev (= 1)", "libeigen3-dev (= 2)", "nlohmann-json3-dev (= 3)"]
+    related = {"libcli11-dev": "STATIC_LINK", "libeigen3-dev": "STATIC_LINK", "nlohmann-json3-dev": "STATIC_LINK", "libc6": "DYNAMIC_LINK"}
+    for depends, installed, wanted in (
+            ("libc6", always, related),
+            ("libc6, libssl3 (>= 3.0)", always + ["libboost-dev (= 4)", "libjs-chart.js (= 5)"],
+             related | {"libssl3": "DYNAMIC_LINK", "libboost-dev": "STATIC_LINK", "libjs-chart.js": "CONTAINS"})):
+        shutil.rmtree(FOLDER / "radioctl", ignore_errors=True)
+        document = shown(buildinfo([package("radioctl", depends)], installed))
+        assert {each["relatedSpdxElement"][8:]: each["relationshipType"] for each in document["relationships"]
+                if each["spdxElementId"] == "SPDXRef-radioctl"} == wanted, document["relationships"]
+    shutil.rmtree(FOLDER / "radioctl")
+    info = buildinfo([package("radioctl", "libc6, libssl3 (>= 3.0)")], always + ["libboost-dev (= 4)"])
+    refused(f"{info}: it was built without libjs-chart.js, whose content is to be in radioctl, says packaging/parts.csv", info)
+
+
 def is_the_same_for_the_same_packages():
     info = buildinfo(radio())
     assert run(info).stdout == run(info).stdout != ""
@@ -141,14 +158,18 @@ def has_the_parts_that_the_page_and_the_build_have():
         parts = list(csv.DictReader(stream))
     table = (PROJECT / "docs/packages.md").read_text(encoding="utf-8").partition("| part | licence | in |\n|---|---|---|\n")[2]
     rows = [[cell.strip() for cell in line.strip("|").split("|")] for line in table.split("\n\n")[0].splitlines()]
-    told = {re.sub(r"\[(.*?)\]\(.*?\)", r"\1", part).replace(", headers", ""): (licence, where, part.endswith(", headers")) for part, licence, where in rows}
+    told = {}
+    for part, licence, where in rows:
+        name, _, how = re.sub(r"\[(.*?)\]\(.*?\)", r"\1", part).partition(", ")
+        told[name] = (licence, where, how)
+    shown_as = {"dynamic": "", "headers": "headers", "content": "as it is"}
     wanted = {each["part"]: (each["licence"], "everything" if each["in"] == "*" else ", ".join(f"`{name}`" for name in each["in"].split()),
-                             each["link"] == "headers") for each in parts}
+                             shown_as[each["link"]]) for each in parts}
     assert told == wanted, {part: (told.get(part), wanted.get(part)) for part in told.keys() | wanted.keys() if told.get(part) != wanted.get(part)}
     control = (PROJECT / "debian/control").read_text(encoding="utf-8")
-    needed = re.findall(r"^ ([a-z0-9+.-]+-dev)\b", control.partition("Build-Depends-Indep")[0], re.M)
-    headers = {each["packages"] for each in parts if each["link"] == "headers"}
-    assert headers <= set(needed), headers - set(needed)
+    needed = re.findall(r"^ ([a-z0-9+.-]+)", control.partition("Build-Depends-Indep")[0], re.M)
+    built_with = {each["packages"] for each in parts if each["link"] != "dynamic"}
+    assert built_with <= set(needed), built_with - set(needed)
     packages = set(re.findall(r"^Package: (.*)$", control, re.M))
     assert {name for each in parts if each["in"] != "*" for name in each["in"].split()} <= packages
 

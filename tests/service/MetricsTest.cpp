@@ -7,9 +7,9 @@ namespace {
 
 TEST(Metrics, FamilyStandsBeforeItsSamples) {
     Metrics metrics;
-    metrics.family("radio_faults", "gauge", "Faults.");
+    metrics.gauges("radio_faults", "Faults.");
     metrics.sample(2);
-    metrics.family("radio_writes_total", "counter", "Writes.");
+    metrics.counters("radio_writes_total", "Writes.");
     metrics.sample(3, {{"driver", "a"}, {"code", "0x8001"}});
     EXPECT_EQ(metrics.text(), "# HELP radio_faults Faults.\n"
                               "# TYPE radio_faults gauge\n"
@@ -21,14 +21,14 @@ TEST(Metrics, FamilyStandsBeforeItsSamples) {
 
 TEST(Metrics, TextThatWouldEndItsLabelIsEscaped) {
     Metrics metrics;
-    metrics.family("a", "gauge", "b");
+    metrics.gauges("a", "b");
     metrics.sample(1, {{"name", "x\"y\\z\nw"}});
     EXPECT_EQ(metrics.text(), "# HELP a b\n# TYPE a gauge\na{name=\"x\\\"y\\\\z\\nw\"} 1\n");
 }
 
 TEST(Metrics, NumbersOfHertzAreWhole) {
     Metrics metrics;
-    metrics.family("a", "gauge", "b");
+    metrics.gauges("a", "b");
     metrics.sample(4294967295000.0);
     metrics.sample(-71.25);
     EXPECT_EQ(metrics.text(), "# HELP a b\n# TYPE a gauge\na 4294967295000\na -71.25\n");

@@ -23,6 +23,12 @@ def radio(tmp_path):
         yield served
 
 
+@pytest.fixture
+def leaking(tmp_path):
+    with Served(tmp_path, board=LEAKING) as served:
+        yield served
+
+
 def open_page(browser, radio):
     browser.events.clear()
     browser.ask('Page.navigate', url=f'http://127.0.0.1:{radio.port}/')
@@ -95,7 +101,96 @@ def test_change_of_somebody_else_is_shown(browser, radio):
     radio.ask('PUT', '/api/temperature', {'degrees': 41})
     browser.wait("document.querySelector('#degrees').textContent === '41 °C'")
     radio.ask('PUT', '/api/temperature', {'degrees': 42})
-    browser.wait("document.querySelector('#plots svg')?.getAttribute('aria-label') === 'temperature in °C: 42, between 41 and 42'")
+    browser.wait("document.querySelector('#plots canvas')?.getAttribute('aria-label') === 'temperature in °C: 42, between 41 and 42'")
+
+
+CANVAS = ("[...document.querySelectorAll('#plots figure')].find(figure => figure.querySelector('figcaption').textContent === '{}')"
+          "?.querySelector('canvas')")
+I_BRANCH = 'channel.1.tx.rf.mixer.i'
+
+
+def drawn(browser, name):
+    """The values of a curve; the last one is what is there at the moment."""
+    return browser.value(f"Chart.getChart({CANVAS.format(name)})?.data.datasets[0].data.map(point => point.y)")
+
+
+def test_plots_have_each_value_that_the_events_tell(browser, leaking):
+    open_page(browser, leaking)
+    browser.wait(CANVAS.format(I_BRANCH) + '?.getAttribute("aria-label") !== undefined')
+    browser.value("document.querySelector('#plots').scrollIntoView()")
+    follower = leaking.follow()
+    wanted = [0] # what the board begins with
+    for value in (-5, 12, 12, 700, -3, 4):
+        leaking.ask('PUT', '/api/drivers/' + I_BRANCH, {'value': value})
+        wanted += [event['value'] for _, event in follower.until('change') if event['event'] == 'call' and event['destination'] == I_BRANCH]
+    follower.close()
+    assert wanted == [0, -5, 12, 12, 700, -3, 4]
+    browser.wait(f"Chart.getChart({CANVAS.format(I_BRANCH)})?.data.datasets[0].data.length === 8")
+    assert drawn(browser, I_BRANCH) == wanted + [4]
+    assert browser.value(CANVAS.format(I_BRANCH) + ".getAttribute('aria-label')") == f'{I_BRANCH}: 4, between -5 and 700'
+    # A driver that refuses a value keeps what it had.
+    leaking.ask('POST', '/api/faults', {'operation': 'driver-write', 'object': I_BRANCH, 'code': 0x8001})
+    leaking.ask('PUT', '/api/drivers/' + I_BRANCH, {'value': 9})
+    leaking.ask('DELETE', '/api/faults')
+    leaking.ask('PUT', '/api/drivers/' + I_BRANCH, {'value': 8})
+    browser.wait(f"Chart.getChart({CANVAS.format(I_BRANCH)}).data.datasets[0].data.length === 9")
+    assert drawn(browser, I_BRANCH) == wanted + [8, 8]
+
+
+def test_leakage_is_drawn_as_the_radio_has_it(browser, leaking):
+    open_page(browser, leaking)
+    name = 'leakage of channel 1 in dBc'
+    leaking.ask('PUT', '/api/channels/1/tx', {'khz': 18000000})
+    # A twentieth of the signal, and with that taken away what the model has as its least.
+    for value, said in ((0, '-26.02, between -26.02 and -26.02'), (-500, '-120, between -120 and -26.02')):
+        leaking.ask('PUT', '/api/drivers/' + I_BRANCH, {'value': value})
+        browser.wait(CANVAS.format(name) + f"?.getAttribute('aria-label') === '{name}: {said}'")
+    browser.value("document.querySelector('#plots').scrollIntoView()")
+    browser.wait(f"Chart.getChart({CANVAS.format(name)}) !== undefined")
+    points = drawn(browser, name)
+    assert round(points[0], 2) == -26.02 and points[1:] == [-120, -120]
+
+
+def test_plot_is_gone_along_by_keyboard(browser, leaking):
+    open_page(browser, leaking)
+    for value in (-5, 12):
+        leaking.ask('PUT', '/api/drivers/' + I_BRANCH, {'value': value})
+    browser.value("document.querySelector('#plots').scrollIntoView()")
+    browser.wait(f"Chart.getChart({CANVAS.format(I_BRANCH)})?.data.datasets[0].data.length === 4")
+    browser.value(CANVAS.format(I_BRANCH) + '.focus()')
+    for key, value in (('ArrowLeft', 12), ('ArrowLeft', -5), ('ArrowLeft', 0), ('ArrowLeft', 0), ('ArrowRight', -5)):
+        browser.press(key)
+        said = browser.value("document.querySelector('#plot-point').textContent")
+        assert said.startswith(I_BRANCH + ', ') and said.endswith(f': {value}')
+    assert browser.value(f"Chart.getChart({CANVAS.format(I_BRANCH)}).getActiveElements()[0].index") == 1
+
+
+def test_plots_do_not_move_by_themselves_and_follow_the_colours(browser, leaking):
+    browser.ask('Emulation.setEmulatedMedia', features=[{'name': 'prefers-color-scheme', 'value': 'light'}])
+    open_page(browser, leaking)
+    browser.value("document.querySelector('#plots').scrollIntoView()")
+    chart = f'Chart.getChart({CANVAS.format(I_BRANCH)})'
+    browser.wait(f'{chart} !== undefined')
+    assert browser.value(f'{chart}.options.animation') is False
+    assert browser.value(f'{chart}.data.datasets[0].borderColor') == '#0550ae'
+    browser.ask('Emulation.setEmulatedMedia', features=[{'name': 'prefers-color-scheme', 'value': 'dark'}])
+    browser.wait(f"{chart}.data.datasets[0].borderColor === '#79b8ff'")
+    # Drawn, too: the curve's colour is on the canvas.
+    found = """(() => {{
+        const canvas = {canvas}, pixels = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height).data;
+        for (let n = 0; n < pixels.length; n += 4) if (pixels[n] === 0x79 && pixels[n + 1] === 0xb8 && pixels[n + 2] === 0xff && pixels[n + 3] === 255) return true;
+        return false; }})()"""
+    browser.wait(found.format(canvas=CANVAS.format(I_BRANCH)))
+    browser.ask('Emulation.setEmulatedMedia', features=[])
+
+
+def test_page_has_what_draws_its_plots_with_its_licence(browser, radio):
+    open_page(browser, radio)
+    page = radio.ask('GET', '/')[1]
+    with open('/usr/share/javascript/chart.js/chart.min.js', encoding='utf-8') as file:
+        assert f'<script>{file.read()}</script>' in page
+    with open('/usr/share/doc/libjs-chart.js/copyright', encoding='utf-8') as file:
+        assert browser.value("document.querySelector('footer pre').textContent").strip() == file.read().strip()
 
 
 def test_texts_of_a_board_are_no_markup(browser, tmp_path):
@@ -117,12 +212,6 @@ def test_lost_connection_is_shown_and_comes_back_by_itself(browser, tmp_path):
 
 
 CELLS = "[...document.querySelectorAll('#calibration-map [role=gridcell]')]"
-
-
-@pytest.fixture
-def leaking(tmp_path):
-    with Served(tmp_path, board=LEAKING) as served:
-        yield served
 
 
 def text_of(browser, name):

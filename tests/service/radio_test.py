@@ -265,7 +265,7 @@ def test_metrics_follow_the_radio(radio):
         if line.startswith('# TYPE '):
             assert (line.split()[3] == 'counter') == line.split()[2].endswith('_total')
         elif not line.startswith('#'):
-            assert re.fullmatch(r'[a-z_]+(\{[a-z]+="[^"]*"(,[a-z]+="[^"]*")*\})? -?[0-9.e+]+', line), line
+            assert re.fullmatch(r'[a-z_]+(\{[a-z]+="[^"]*"(,[a-z]+="[^"]*")*\})? -?[0-9.e+-]+', line), line
 
 
 def test_service_manager_is_told_how_it_is(tmp_path):
