@@ -4,6 +4,23 @@
 
 namespace Standalone {
 
+namespace {
+
+/** Whoever is told of a message may write others, or throw: the next end is that message's all the same. */
+class KeptLast {
+public:
+    explicit KeptLast(std::optional<std::size_t>& last) : m_last(last), m_own(last) {}
+    KeptLast(const KeptLast&) = delete;
+    KeptLast& operator=(const KeptLast&) = delete;
+    ~KeptLast() { m_last = m_own; }
+
+private:
+    std::optional<std::size_t>& m_last;
+    const std::optional<std::size_t> m_own;
+};
+
+} // namespace
+
 // Text that was never flushed belongs to an earlier log. Touching the common part of the trace objects here
 // also has it exist before a static log is complete, and so until after that one's end.
 TraceLog::TraceLog() {
@@ -30,15 +47,8 @@ void TraceLog::enter(const TraceMessage& message) {
         m_messages.push_back(message);
     }
     if (const std::shared_ptr<const std::function<void(const TraceMessage&)>> sink = m_sink) {
-        // Who is told may write messages of its own; the next end is this one's all the same.
-        const std::optional<std::size_t> own = m_last;
-        try {
-            (*sink)(message);
-        } catch (...) {
-            m_last = own;
-            throw;
-        }
-        m_last = own;
+        const KeptLast kept(m_last);
+        (*sink)(message);
     }
 }
 

@@ -23,9 +23,9 @@ std::pair<std::size_t, double> locate(const std::vector<int>& axis, int x) {
 int valueOf(const Table& table, int x1, int x2) {
     const auto [n1, part1] = locate(table.first, x1);
     const auto [n2, part2] = locate(table.second, x2);
-    const auto along = [&, n2 = n2, part2 = part2](std::size_t n) {
-        const int* const row = &table.values[n * table.second.size() + n2];
-        return part2 == 0.0 ? row[0] : row[0] + part2 * (double{1} * row[1] - row[0]);
+    const auto along = [&table, column = n2, part = part2](std::size_t n) {
+        const int* const row = &table.values[n * table.second.size() + column];
+        return part == 0.0 ? row[0] : row[0] + part * (double{1} * row[1] - row[0]);
     };
     const double value = part1 == 0.0 ? along(n1) : along(n1) + part1 * (along(n1 + 1) - along(n1));
     return static_cast<int>(value + (value < 0 ? -0.5 : 0.5));

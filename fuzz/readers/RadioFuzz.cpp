@@ -52,7 +52,8 @@ void requireHarmlessLines(const std::string& text) {
 /** What a prompt would offer of the board. */
 void requireHarmlessOffers(const BoardNames& names) {
     for (const std::string_view line : {"tune tx ", "set ", "write ", "interface ", "fault driver-write "}) {
-        for (const std::string& offer : complete(line, names).candidates) {
+        const auto offers = complete(line, names).candidates;
+        for (const std::string& offer : offers) {
             Fuzz::require(Fuzz::isHarmless(offer), "what is offered has nothing in it that a terminal obeys",
                           offer);
         }

@@ -60,7 +60,8 @@ void record(const Board& board, const CalibrationOutcome& outcome, const Calibra
     probes.value = static_cast<double>(outcome.newProbes + outcome.knownProbes);
     run.measurements.push_back(probes);
     // Of a fit its tables have nodes, the same in all runs; where it probed differs.
-    for (const Point& point : asTables(result).points) {
+    const auto nodes = asTables(result).points;
+    for (const Point& point : nodes) {
         recordPoint(point, result.settings, board.limits, run);
     }
     addFile(run, "tables", outcome.tables);

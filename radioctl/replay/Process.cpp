@@ -97,6 +97,10 @@ bool Process::readMore(std::string& text) const {
     return count > 0 || (count < 0 && errno == EINTR);
 }
 
+void Process::remind() const {
+    static_cast<void>(kill(m_pid, SIGXCPU));
+}
+
 int Process::end() {
     static_cast<void>(close(std::exchange(m_output, -1)));
     const pid_t pid = std::exchange(m_pid, -1);

@@ -26,6 +26,8 @@ public:
     int output() const { return m_output; }
     /** Reads what there is; false at its end. */
     bool readMore(std::string& text) const;
+    /** Tells it that its time is over: it is to say where it was, and to end. */
+    void remind() const;
     /** Waits for its end; a signal is a negative number. */
     int end();
 

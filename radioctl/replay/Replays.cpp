@@ -100,7 +100,8 @@ void Replays::startMore() {
             m_running.push_back({m_started,
                                  std::move(process),
                                  {},
-                                 Clock::now() + std::chrono::seconds(m_options.seconds) + lastWords});
+                                 Clock::now() + std::chrono::seconds(m_options.seconds) + lastWords,
+                                 false});
         } catch (const InputError& error) {
             if (!m_running.empty()) {
                 // There is no room for so many; one less leaves some for reading a file.
@@ -136,11 +137,16 @@ void Replays::read(int output) {
     m_running.erase(one);
 }
 
-/** What has not ended by itself is killed. It may have left somebody behind who keeps its output open. */
+/** What has not ended by itself, for want of a processor for example, is reminded once, and killed then. It
+ * may have left somebody behind who keeps its output open. */
 void Replays::endOverdue() {
     for (std::size_t place = m_running.size(); place-- > 0;) {
-        const Running& one = m_running[place];
-        if (Clock::now() >= one.deadline) {
+        Running& one = m_running[place];
+        if (Clock::now() >= one.deadline && !one.isReminded) {
+            one.process.remind();
+            one.isReminded = true;
+            one.deadline = Clock::now() + lastWords;
+        } else if (Clock::now() >= one.deadline) {
             m_outputs.remove(one.process.output());
             m_done[one.index] = readVerdict(m_options.files[one.index], "", -SIGXCPU);
             m_running.erase(m_running.begin() + static_cast<std::ptrdiff_t>(place));

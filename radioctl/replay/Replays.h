@@ -53,6 +53,7 @@ private:
         Process process;
         std::string said;
         Clock::time_point deadline;
+        bool isReminded = false;
     };
 
     void startMore();

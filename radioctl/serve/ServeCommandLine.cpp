@@ -12,11 +12,11 @@ ServeCommandLine::ServeCommandLine(CommandLine::Command program)
                  "without it everything is simulated");
     m_serve
         .option("--listen", m_options.listen,
-                "Where clients come; a port of 0 is any that\n"
-                "is free. Beyond the loopback --token,\n"
-                "--certificate and --key are needed")
-        .named("ADDRESS:PORT")
-        .showDefault();
+                "Where clients come; 127.0.0.1:8080. A port\n"
+                "of 0 is any that is free. Beyond the\n"
+                "loopback --token, --certificate and --key\n"
+                "are needed")
+        .named("ADDRESS:PORT");
     m_serve
         .option("--token", m_options.token,
                 "Has a line of 16 characters or more, which\n"

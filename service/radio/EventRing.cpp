@@ -66,7 +66,8 @@ std::optional<EventRing::Piece> EventRing::after(std::uint64_t seen, std::size_t
         return std::nullopt;
     }
     Piece piece{{}, seen};
-    for (std::size_t at = seen - gone; at < m_events.size() && piece.text.size() < most; ++at) {
+    for (auto at = static_cast<std::size_t>(seen - gone); at < m_events.size() && piece.text.size() < most;
+         ++at) {
         piece.text += m_events[at];
         ++piece.last;
     }

@@ -11,6 +11,7 @@ namespace {
 void hear(void* context, unsigned long channel, unsigned long frequency) {
     *static_cast<unsigned long*>(context) = frequency;
     std::printf("channel %lu: %lu kHz\n", channel, frequency);
+    std::fflush(stdout); // a leak that is found ends the process at once
 }
 
 } // namespace

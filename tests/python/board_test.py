@@ -172,7 +172,7 @@ def test_pickled_board_has_its_tables_in_another_process(leaking, tmp_path):
     leaking.tables.add("new", ([1, 2], None, [3, 4]))
     (tmp_path / "board").write_bytes(pickle.dumps(leaking))
     there = ("import pickle, sys; board = pickle.load(open(sys.argv[1], 'rb')); "
-             "print(board.file, len(board.tables), set(board.tables[sys.argv[2]].values.flat), *board.tables['new'].values)")
+             "print(board.file, len(board.tables), set(board.tables[sys.argv[2]].values.ravel().tolist()), *board.tables['new'].values)")
     done = subprocess.run([sys.executable, "-c", there, tmp_path / "board", I_TABLE], capture_output=True, text=True)
     assert done.stdout == f"{leaking.file} 5 {{77}} 3 4\n", done.stderr
 

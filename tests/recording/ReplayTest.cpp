@@ -361,12 +361,12 @@ TEST_F(FaultyReplayTest, EndOfTheProcessThatNobodyCouldTellOfIsADifference) {
 }
 
 TEST_F(FaultyReplayTest, LibraryThatTurnsForEverDoesNotComeBack) {
-    EXPECT_EQ(saidOf("turns", "--timeout 1 recording"),
+    EXPECT_EQ(saidOf("turns", "--timeout 5 recording"),
               std::string(inTheFirst) + "the library does not come back\n");
 }
 
 TEST_F(FaultyReplayTest, LibraryThatWaitsForEverDoesNotComeBack) {
-    EXPECT_EQ(saidOf("nothing", "--timeout 1 recording"),
+    EXPECT_EQ(saidOf("nothing", "--timeout 5 recording"),
               std::string(inTheFirst) + "the library does not come back\n");
 }
 

@@ -114,9 +114,16 @@ class Served:
                 body = json.dumps(body)
             if kind:
                 sent['Content-Type'] = kind
-        connection.request(method, path, body, sent)
-        answer = connection.getresponse()
-        content = answer.read()
+        try:
+            connection.request(method, path, body, sent)
+            answer = connection.getresponse()
+            content = answer.read()
+        except OSError as error:
+            try:
+                code = self.process.wait(10)
+            except subprocess.TimeoutExpired:
+                raise error from None
+            raise AssertionError(f'the program ended with {code}: {self.process.stderr.read()}') from error
         connection.close()
         self.content_type = answer.getheader('Content-Type')
         is_json = 'json' in self.content_type

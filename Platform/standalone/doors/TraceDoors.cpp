@@ -82,22 +82,33 @@ protected:
                                                    m_origin.line, m_text};
             // Whoever is told of the message may write one of its own, and this one may go on after it.
             m_text.clear();
-            const Origin origin = m_origin;
-            const Format format(m_stream);
-            try {
-                platform->trace().enter(message);
-            } catch (...) {
-                m_origin = origin;
-                format.restore(m_stream);
-                throw;
-            }
-            m_origin = origin;
-            format.restore(m_stream);
+            const Outer outer(*this);
+            platform->trace().enter(message);
         }
         return 0;
     }
 
 private:
+    /** Gives the outer message its origin and its format back, also when something is thrown. */
+    class Outer {
+    public:
+        explicit Outer(MessageBuffer& buffer)
+            : m_buffer(buffer),
+              m_origin(buffer.m_origin),
+              m_format(buffer.m_stream) {}
+        Outer(const Outer&) = delete;
+        Outer& operator=(const Outer&) = delete;
+        ~Outer() {
+            m_buffer.m_origin = m_origin;
+            m_format.restore(m_buffer.m_stream);
+        }
+
+    private:
+        MessageBuffer& m_buffer;
+        const Origin m_origin;
+        const Format m_format;
+    };
+
     Origin m_origin{};
     /** The stream that writes here. */
     std::ios& m_stream;

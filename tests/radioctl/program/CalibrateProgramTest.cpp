@@ -38,9 +38,9 @@ protected:
         std::ifstream stream(file, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
-    /** The tables without the date, which is another one each time. */
+    /** The tables without the date and the version, which are other ones another time. */
     static std::string tables(const std::string& file = "board.channel-1.csv") {
-        return std::regex_replace(contentOf(file), std::regex("# date: .*\n"), "");
+        return std::regex_replace(contentOf(file), std::regex("# (date|tool): .*\n"), "");
     }
     static std::size_t linesOf(const std::string& file) {
         const std::string content = contentOf(file);

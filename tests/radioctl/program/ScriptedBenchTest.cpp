@@ -232,7 +232,8 @@ TEST_F(ScriptedBenchTest, FitGoesOnWithAPersonInPlaceOfChamberAndSensor) {
 }
 
 TEST_F(ScriptedBenchTest, ResumedFitThatTheJournalHasWholeTouchesNoHardware) {
-    ASSERT_EQ(run(arguments({"--method", "fit"})).exitCode, 0);
+    const Ending fit = run(arguments({"--method", "fit"}));
+    ASSERT_EQ(fit.exitCode, 0) << fit.output << fit.errors;
     const std::string whole = tables("board.channel-1.csv");
     m_bench.chamberHeard();
     EXPECT_EQ(run(arguments({"--method", "fit", "--resume", "--out", "again.csv"})).exitCode, 0);
@@ -244,7 +245,8 @@ TEST_F(ScriptedBenchTest, ResumedFitThatTheJournalHasWholeTouchesNoHardware) {
 
 /** Nothing is measured at the nodes, and nothing modelled: the claim is what is known of them. */
 TEST_F(ScriptedBenchTest, TablesOfAFitAreHeldAgainstTheLimitByWhatItClaims) {
-    ASSERT_EQ(run(arguments({"--method", "fit"})).exitCode, 0);
+    const Ending fit = run(arguments({"--method", "fit"}));
+    ASSERT_EQ(fit.exitCode, 0) << fit.output << fit.errors;
     const std::string content = contentOf("board.channel-1.csv");
     std::smatch claim;
     ASSERT_TRUE(std::regex_search(content, claim, std::regex("\n# claim_dbc: (-[0-9]+\\.[0-9][0-9])\n")));
@@ -310,6 +312,7 @@ TEST_F(ScriptedBenchTest, QualifyOnHardwareLeavesTheRadio) {
 
 TEST_F(ScriptedBenchTest, CtrlCWhileQualifyingLeavesTheRadio) {
     Process process(invoke({"qualify", "--hardware", "board.toml", "--channel", "1"}));
+    ASSERT_TRUE(process.waitFor("HARDWARE: "));
     ASSERT_TRUE(process.waitUntilItCatches(SIGINT));
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     process.signal(SIGINT);

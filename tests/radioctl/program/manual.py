@@ -73,7 +73,7 @@ class Help:
             if option:
                 # Behind two spaces stands what it does; what there is before that, its value.
                 value = re.split(r"  +", option[3] or "")[0] if not re.match(r" ", option[3] or "") else ""
-                value = re.sub(r"( REQUIRED| Excludes: .*| \.\.\.| x \d|:\{.*|=\d\S*)", "", value)
+                value = re.sub(r"( REQUIRED| Excludes: .*| \.\.\.| x \d|:\{.*)", "", value)
                 if value and value not in ("F F", "LOW HIGH") and " " in value:
                     value = ""
                 names = [f"-{option[1]}"] * bool(option[1]) + [option[2]]
