@@ -90,7 +90,7 @@ void requireRules(const Answer& answer) {
 } // namespace
 
 int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
-    static const Board board = readBoard(boardText, "radio.toml", [](const auto&) { return std::nullopt; });
+    static Board board = readBoard(boardText, "radio.toml", [](const auto&) { return std::nullopt; });
     std::string_view text(reinterpret_cast<const char*>(data), size);
     Silence silence;
     StateFile state("", board);
@@ -98,7 +98,8 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     ServedRadio radio(
         board, silence, [](int, std::size_t) {}, Standalone::TraceLevel::information, nullptr, state);
     Fuzz::require(radio.boot({}), "the radio boots");
-    Resources resources(radio, events, [](const Change&) {});
+    Calibrations calibrations(board, radio, {});
+    Resources resources(radio, calibrations, events, [](const Change&) {});
     constexpr std::string_view separator = "\n~~~\n";
     for (bool isOver = false; !isOver;) {
         const std::size_t end = std::min(text.find(separator), text.size());

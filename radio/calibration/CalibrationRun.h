@@ -9,6 +9,7 @@
 #include "radio/calibration/Climate.h"
 #include "radio/calibration/Journal.h"
 #include "radio/calibration/Surface.h"
+#include "radio/session/RadioUnit.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -86,6 +87,14 @@ public:
     CalibrationListener& operator=(const CalibrationListener&) = delete;
     virtual ~CalibrationListener() = default;
 
+    /**
+     * The radio that is calibrated. It may be looked at while the listener is told or asked something, until
+     * goes(); to change it is what the calibration does. Faults may be injected here, before anything is
+     * measured.
+     */
+    virtual void isUp(RadioUnit& /*radio*/) {}
+    /** The same is to be forgotten. */
+    virtual void goes(RadioUnit& /*radio*/) {}
     /** The radio is up, and the first point begins. `result` has no points yet. */
     virtual void begins(const Board& board, const Result& result, std::size_t knownProbes) = 0;
     /** Before the first point, unless nobody asked: it may be refused. Figures that the journal had are told,

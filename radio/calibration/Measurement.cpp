@@ -20,6 +20,25 @@
 
 namespace Radio::Calibration {
 
+namespace {
+
+/** Has a listener know the radio for as long as it may. */
+class Presentation {
+public:
+    Presentation(CalibrationListener& listener, RadioUnit& radio) : m_listener(listener), m_radio(radio) {
+        m_listener.isUp(m_radio);
+    }
+    Presentation(const Presentation&) = delete;
+    Presentation& operator=(const Presentation&) = delete;
+    ~Presentation() { m_listener.goes(m_radio); }
+
+private:
+    CalibrationListener& m_listener;
+    RadioUnit& m_radio;
+};
+
+} // namespace
+
 void Measurement::run(CalibrationListener& listener, const CalibrationBench& bench) {
     takeDetector();
     Result& result = m_outcome.result;
@@ -32,6 +51,7 @@ void Measurement::run(CalibrationListener& listener, const CalibrationBench& ben
     BootedRadio booted(m_board, isBench ? bench.backings : Backings());
     booted.requireUp();
     booted.radio().clock().addListener([&slept](double milliseconds) { slept += milliseconds; });
+    const Presentation presentation(listener, booted.radio());
     std::optional<Climate> climate;
     if (isBench) {
         climate.emplace(m_board, settings.channel, result.climate, bench);

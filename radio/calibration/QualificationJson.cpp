@@ -8,4 +8,19 @@ Json toJson(const Qualification& qualification) {
             {"slope", orNull(qualification.slope)},        {"taken", qualification.taken}};
 }
 
+Json qualificationEvent(const Qualification& qualification) {
+    Json event = {{"event", "qualified"}};
+    if (qualification.isGood()) {
+        const Json figures = toJson(qualification);
+        for (const auto& [key, value] : figures.members()) {
+            event[key] = value;
+        }
+    } else {
+        event["taken"] = qualification.taken;
+    }
+    event["warnings"] = qualification.warnings;
+    event["refusal"] = qualification.refusal.empty() ? Json(nullptr) : Json(qualification.refusal);
+    return event;
+}
+
 } // namespace Radio::Calibration

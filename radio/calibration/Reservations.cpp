@@ -87,10 +87,14 @@ std::string whyNotHeld(const Board& board, const Settings& settings) {
 std::string reservationAgainst(const Board& board, const Settings& settings, bool wantsZero) {
     BootedRadio booted(board);
     booted.requireUp();
+    return reservationAgainst(board, booted.radio().platform(), settings, wantsZero);
+}
+
+std::string reservationAgainst(const Board& board, Standalone::Platform& platform, const Settings& settings,
+                               bool wantsZero) {
     Reservations reservations;
     for (const std::uint32_t carrier : carriersOf(settings)) {
-        reservations.add(
-            Plan::whyNotTune(board, booted.radio().platform(), Direction::tx, settings.channel, carrier));
+        reservations.add(Plan::whyNotTune(board, platform, Direction::tx, settings.channel, carrier));
     }
     for (const std::int32_t temperature : temperaturesOf(settings)) {
         reservations.add(Plan::whyNotTemperature(board, temperature));

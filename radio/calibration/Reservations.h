@@ -3,6 +3,7 @@
 
 #include "radio/board/Board.h"
 #include "radio/calibration/Calibration.h"
+#include "standalone/Platform.h"
 
 #include <string>
 
@@ -15,6 +16,9 @@ namespace Radio::Calibration {
  * zero. Boots a simulated radio for it. Throws RadioError when that does not come up.
  */
 std::string reservationAgainst(const Board& board, const Settings& settings, bool wantsZero);
+/** The same where a radio of the board is up already, of which only `platform` is looked at. */
+std::string reservationAgainst(const Board& board, Standalone::Platform& platform, const Settings& settings,
+                               bool wantsZero);
 
 } // namespace Radio::Calibration
 

@@ -1,13 +1,13 @@
 #include "radioctl/calibrate/CalibrationCommandLine.h"
 
 #include "radio/board/CalibrationBounds.h"
+#include "radio/files/Label.h"
 #include "radio/text/Frequency.h"
 #include "radio/text/Numbers.h"
 #include "radio/text/Words.h"
 #include "radioctl/calibrate/Attendant.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/options/Values.h"
-#include "radioctl/report/Label.h"
 #include "radioctl/report/Output.h"
 
 #include <algorithm>

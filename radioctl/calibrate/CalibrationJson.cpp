@@ -1,89 +1,16 @@
-#include "radio/calibration/Settings.h"
+#include "radio/calibration/CalibrationEvents.h"
+#include "radio/calibration/QualificationJson.h"
 #include "radioctl/calibrate/CalibrationReport.h"
-#include "radioctl/calibrate/QualificationReport.h"
 #include "radioctl/report/JsonLine.h"
-#include "radioctl/report/VerdictReport.h"
-
-#include <cmath>
 
 namespace Radio::Calibration {
-
-namespace {
-
-double rounded(double level) {
-    return std::round(level * 100) / 100;
-}
-
-Json roundedOrNull(const std::optional<double>& level) {
-    return level ? Json(rounded(*level)) : Json(nullptr);
-}
-
-const char* temperatureSource(const Board& board, const Result& result) {
-    if (!result.isHardware) {
-        return "modelled";
-    }
-    return board.hardware.description.sensor ? "sensor" : result.climate.isAttended ? "person" : "given";
-}
-
-Json toJson(const std::optional<Worst>& worst) {
-    return worst ? Json{{"dbc", rounded(worst->level)},
-                        {"khz", worst->frequency},
-                        {"degrees", worst->temperature}}
-                 : Json(nullptr);
-}
-
-Json readingJson(const std::optional<Worst>& worst) {
-    return worst ? Json{{"reading", std::llround(worst->level)},
-                        {"khz", worst->frequency},
-                        {"degrees", worst->temperature}}
-                 : Json(nullptr);
-}
-
-Json nullIfEmpty(const std::string& text) {
-    return text.empty() ? Json(nullptr) : Json(text);
-}
-
-/** What a fit says of itself; null for a search, and for a fit that did not come to its end. */
-Json fitJson(const std::optional<Fit::Outcome>& fit) {
-    if (!fit) {
-        return nullptr;
-    }
-    const std::optional<Fit::LevelAt>& claim = fit->claim;
-    return {{"claim_dbc", claim ? Json(rounded(claim->level)) : Json(nullptr)},
-            {"claim_khz", claim ? Json(claim->place.carrier) : Json(nullptr)},
-            {"claim_degrees", claim ? Json(claim->place.temperature) : Json(nullptr)},
-            {"is_relative", fit->isRelative},
-            {"verifications", fit->verifications.size()},
-            {"temperature_changes", fit->temperatureChanges},
-            {"slope", rounded(fit->slope)},
-            {"reason", nullIfEmpty(fit->reason)},
-            {"budget_spent", fit->isBudgetSpent}};
-}
-
-/** A place where a fit tried its tables. */
-Json triedEvent(const Fit::Verification& tried, const Point& point) {
-    return {{"event", "tried"},
-            {"khz", tried.place.carrier},
-            {"degrees", tried.place.temperature},
-            {"i", tried.corrections.i},
-            {"q", tried.corrections.q},
-            {"reading", tried.reading},
-            {"dbc", rounded(tried.level)},
-            {"as_foretold", tried.isAsForetold},
-            {"analyser_dbc", roundedOrNull(point.analysed)}};
-}
-
-} // namespace
 
 void CalibrationJson::warns(const std::string& reservation) {
     writeJsonLine(m_out, {{"event", "warning"}, {"text", reservation}});
 }
 
 void CalibrationJson::makesRoom(const std::string& file, const PutAway& putAway) {
-    writeJsonLine(m_out, {{"event", "put_away"},
-                          {"file", file},
-                          {"backup", putAway.backup},
-                          {"remark", nullIfEmpty(putAway.remark)}});
+    writeJsonLine(m_out, putAwayEvent(file, putAway));
 }
 
 void CalibrationJson::qualified(const Qualification& qualification) {
@@ -91,81 +18,24 @@ void CalibrationJson::qualified(const Qualification& qualification) {
 }
 
 void CalibrationJson::awaits(const AwaitedTemperature& awaited, bool /*isBeginning*/) {
-    writeJsonLine(m_out, {{"event", "awaiting"},
-                          {"degrees", awaited.wanted},
-                          {"now", orNull(awaited.now)},
-                          {"by_hand", awaited.isByHand},
-                          {"by_word", awaited.isByWord}});
+    writeJsonLine(m_out, awaitingEvent(awaited));
 }
 
 void CalibrationJson::begins(const Board& board, const Result& result, std::size_t knownProbes) {
     m_isFit = result.settings.method == CalibrationMethod::fit;
-    writeJsonLine(m_out, {{"event", "calibration"},
-                          {"file", board.file.string()},
-                          {"serial", result.serial},
-                          {"date", result.date},
-                          {"station", nullIfEmpty(result.station)},
-                          {"known_probes", knownProbes},
-                          {"mode", result.isHardware ? "hardware" : "simulation"},
-                          {"temperature", temperatureSource(board, result)},
-                          {"settings", toJson(result.settings)},
-                          {"order_c", result.route}});
+    writeJsonLine(m_out, beginningEvent(board, result, knownProbes));
 }
 
 void CalibrationJson::calibrated(const Point& point) {
-    const bool isFound = point.state != PointState::failed;
-    Json event = {{"event", "point"},
-                  {"khz", point.frequency},
-                  {"degrees", point.temperature},
-                  {"state", toString(point.state)},
-                  {"remark", nullIfEmpty(point.remark)},
-                  {"i", isFound ? Json(point.i) : Json(nullptr)},
-                  {"q", isFound ? Json(point.q) : Json(nullptr)}};
-    event["before_dbc"] = roundedOrNull(point.before);
-    event["after_dbc"] = isFound ? roundedOrNull(point.after) : Json(nullptr);
-    if (point.firstReading || !point.before) {
-        event["first_reading"] = orNull(point.firstReading);
-        event["last_reading"] = isFound ? orNull(point.lastReading) : Json(nullptr);
-    }
-    if (point.improvement) {
-        event["improvement_db"] = rounded(*point.improvement);
-    }
-    if (point.analysed) {
-        event["analyser_dbc"] = rounded(*point.analysed);
-    }
-    event["iterations"] = m_isFit ? Json(nullptr) : Json(point.iterations);
-    event["max_delta"] = m_isFit ? Json(nullptr) : Json(point.maxDelta);
-    event["probes"] = point.probes.size();
-    writeJsonLine(m_out, event);
+    writeJsonLine(m_out, pointEvent(point, m_isFit));
 }
 
 void CalibrationJson::finished(const CalibrationOutcome& outcome, const CalibrationEnd& end) {
-    const Result& result = outcome.result;
-    const LeakageSummary& summary = outcome.summary;
-    if (result.fit) {
-        for (std::size_t n = 0; n < result.fit->verifications.size(); ++n) {
-            writeJsonLine(m_out, triedEvent(result.fit->verifications[n], result.tries.at(n)));
-        }
+    for (const Json& tried : triedEvents(outcome.result)) {
+        writeJsonLine(m_out, tried);
     }
-    Json event = {
-        {"event", "calibrated"},    {"points", result.points.size()}, {"wanted_points", outcome.wanted},
-        {"good", summary.good},     {"missed", summary.missed},       {"edge", summary.edge},
-        {"failed", summary.failed}, {"probes", outcome.newProbes},    {"known_probes", outcome.knownProbes}};
-    event["qualifying_probes"] = outcome.qualifyingReadings;
-    event["verdict"] = verdictJson(outcome.verdict);
-    event["limits"] = limitsJson(outcome.verdict);
-    event["worst_before"] = toJson(summary.before);
-    event["worst_after"] = toJson(summary.after);
-    event["worst_between"] = toJson(summary.between);
-    if (result.isHardware) {
-        event["highest_first_reading"] = readingJson(summary.firstReading);
-        event["highest_last_reading"] = readingJson(summary.lastReading);
-    }
-    event["fit"] = fitJson(result.fit);
-    event["tables"] = nullIfEmpty(outcome.tables);
-    event["backup"] = nullIfEmpty(outcome.backup);
-    event["journal"] = nullIfEmpty(outcome.journal);
-    event["page"] = nullIfEmpty(end.page);
+    Json event = endEvent(outcome);
+    event["page"] = end.page.empty() ? Json(nullptr) : Json(end.page);
     event["elapsed_seconds"] = outcome.seconds;
     event["interrupted"] = end.signal != 0;
     event["exit_code"] = end.exitCode;

@@ -2,6 +2,7 @@
 
 #include "radio/board/BoardCheck.h"
 #include "radio/board/BoardNames.h"
+#include "radio/calibration/QualificationJson.h"
 #include "radio/calibration/Reservations.h"
 #include "radio/text/Words.h"
 #include "radioctl/bench/HardwareUse.h"

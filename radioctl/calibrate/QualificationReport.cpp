@@ -1,6 +1,5 @@
 #include "radioctl/calibrate/QualificationReport.h"
 
-#include "radio/calibration/QualificationJson.h"
 #include "radio/text/Words.h"
 
 namespace Radio::Calibration {
@@ -24,21 +23,6 @@ std::string qualificationText(const Qualification& qualification) {
         text += "Warning: " + harmless(warning) + "\n";
     }
     return text;
-}
-
-Json qualificationEvent(const Qualification& qualification) {
-    Json event = {{"event", "qualified"}};
-    if (qualification.isGood()) {
-        const Json figures = toJson(qualification);
-        for (const auto& [key, value] : figures.members()) {
-            event[key] = value;
-        }
-    } else {
-        event["taken"] = qualification.taken;
-    }
-    event["warnings"] = qualification.warnings;
-    event["refusal"] = qualification.refusal.empty() ? Json(nullptr) : Json(qualification.refusal);
-    return event;
 }
 
 } // namespace Radio::Calibration

@@ -1,7 +1,7 @@
 #include "radioctl/keep/KeepOptions.h"
 
+#include "radio/files/Label.h"
 #include "radio/store/Address.h"
-#include "radioctl/report/Label.h"
 
 namespace Radio {
 

@@ -12,6 +12,7 @@
 #include "radioctl/serve/EventLines.h"
 #include "radioctl/serve/ServiceManager.h"
 #include "service/http/Server.h"
+#include "service/radio/Calibrations.h"
 #include "service/radio/EventRing.h"
 #include "service/radio/Resources.h"
 #include "service/radio/ServedRadio.h"
@@ -76,13 +77,16 @@ public:
               m_board, m_reporter,
               [this](int degrees, std::size_t observers) { m_reporter.sensed(degrees, observers); },
               options.trace, m_hardware.hardware(), m_state),
-          m_resources(m_radio, m_ring, [this](const Change& change) { tell(change); }) {}
+          m_calibrations(m_board, m_radio,
+                         {m_hardware.hardware(), RADIOCTL_VERSION,
+                          [this](const Json& event) { writeJsonLine(m_events, event); },
+                          [this](const std::string& line) { note(line); }}),
+          m_resources(m_radio, m_calibrations, m_ring, [this](const Change& change) { tell(change); }) {}
 
     int run() {
         m_reporter.boardLoaded(m_board);
         if (!m_radio.boot(m_carriers)) {
-            const bool hasLeft = m_hardware.leave();
-            static_cast<void>(hasLeft);
+            leave();
             return refuse("the radio did not boot", false, ExitCode::notBooted);
         }
         m_server.start();
@@ -93,14 +97,26 @@ public:
         m_manager.ready("serving " + harmless(m_board.name) + " at " + m_server.address());
         while (m_interrupt.signal() == 0 && std::cout.good()) {
             m_interrupt.waitForInput(m_queue.descriptor(), idleInterval);
-            m_queue.work();
+            if (!goOn()) {
+                break;
+            }
             m_radio.idle();
-            m_manager.alive();
+            if (!m_calibrations.carryOut([this] { return goOn(); })) {
+                leave();
+                return refuse("the radio did not boot after a calibration", false, ExitCode::notBooted);
+            }
         }
         return end();
     }
 
 private:
+    /** Answers who asks; false when the service is to end. */
+    bool goOn() {
+        m_queue.work();
+        m_manager.alive();
+        return m_interrupt.signal() == 0 && std::cout.good();
+    }
+
     /** On the server's thread. */
     bool ask(Request request, std::function<void(Answer)> tell) {
         return m_queue.add([this, request = std::move(request), tell = std::move(tell)] {
@@ -123,6 +139,18 @@ private:
         }
     }
 
+    void note(const std::string& line) {
+        if (!m_options.json) {
+            std::cout << nowText() << "  " << line << std::endl;
+        }
+    }
+
+    /** Where it ends with something worse than what could not be written. */
+    void leave() {
+        const bool hasLeft = m_hardware.leave();
+        static_cast<void>(hasLeft);
+    }
+
     /** Requests that came before are answered, and then the radio is left. */
     int end() {
         m_manager.stopping();
@@ -138,7 +166,8 @@ private:
 
     const Options& m_options;
     const Interrupt m_interrupt;
-    const Board m_board;
+    /** A calibration gives it new tables. */
+    Board m_board;
     EventRing m_ring{runNumber(), mostEvents, mostEventBytes};
     EventLines m_lines;
     std::ostream m_events;
@@ -149,6 +178,7 @@ private:
     Server m_server;
     HardwareUse m_hardware;
     ServedRadio m_radio;
+    Calibrations m_calibrations;
     Resources m_resources;
     ServiceManager m_manager;
 };

@@ -1,8 +1,8 @@
 #include "radioctl/store/StoreCommandLine.h"
 
+#include "radio/files/Label.h"
 #include "radio/text/Words.h"
 #include "radioctl/options/ExitCode.h"
-#include "radioctl/report/Label.h"
 
 #include <limits>
 

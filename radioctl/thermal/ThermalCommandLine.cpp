@@ -1,12 +1,12 @@
 #include "radioctl/thermal/ThermalCommandLine.h"
 
 #include "radio/files/AtomicFile.h"
+#include "radio/files/Label.h"
 #include "radio/text/Frequency.h"
 #include "radio/text/Numbers.h"
 #include "radio/text/WordError.h"
 #include "radio/text/Words.h"
 #include "radioctl/options/ExitCode.h"
-#include "radioctl/report/Label.h"
 #include "radioctl/report/Output.h"
 
 #include <string_view>

@@ -1,8 +1,8 @@
 #include "radioctl/thermal/ThermalPage.h"
 
+#include "radio/board/VerdictJson.h"
 #include "radio/text/Words.h"
 #include "radioctl/page/Html.h"
-#include "radioctl/report/VerdictReport.h"
 
 #include <utility>
 

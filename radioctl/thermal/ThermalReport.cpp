@@ -1,5 +1,6 @@
 #include "radioctl/thermal/ThermalReport.h"
 
+#include "radio/board/VerdictJson.h"
 #include "radio/text/Words.h"
 #include "radioctl/report/JsonLine.h"
 #include "radioctl/report/TextTable.h"

@@ -33,6 +33,11 @@ std::int64_t integerOf(const Value& value, const std::string& name, std::int64_t
     return value.get<std::int64_t>();
 }
 
+std::string countText(std::size_t least, std::size_t most) {
+    return "a list of " + (least == most ? "" : std::to_string(least) + " to ") + std::to_string(most) +
+           " whole numbers";
+}
+
 } // namespace
 
 struct Body::Content {
@@ -88,24 +93,43 @@ std::string Body::text(const char* name) {
     return value;
 }
 
-bool Body::flag(const char* name) {
+bool Body::flag(const char* name, bool otherwise) {
     const Value* const value = m_content->find(name);
     if (value != nullptr && !value->is_boolean()) {
         fail(name, "true or false");
     }
-    return value != nullptr && value->get<bool>();
+    return value != nullptr ? value->get<bool>() : otherwise;
+}
+
+std::optional<double> Body::optionalNumber(const char* name) {
+    const Value* const value = m_content->find(name);
+    if (value != nullptr && !value->is_number()) {
+        fail(name, "a number");
+    }
+    return value == nullptr ? std::nullopt : std::optional(value->get<double>());
 }
 
 std::vector<std::int32_t> Body::integers(const char* name, std::size_t most) {
-    const Value* const value = m_content->find(name);
-    if (value == nullptr || !value->is_array() || value->empty() || value->size() > most) {
-        fail(name, "a list of 1 to " + std::to_string(most) + " whole numbers");
+    std::vector<std::int32_t> numbers = optionalIntegers(
+        name, 1, most, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max());
+    if (numbers.empty()) {
+        fail(name, countText(1, most));
     }
+    return numbers;
+}
+
+std::vector<std::int32_t> Body::optionalIntegers(const char* name, std::size_t least, std::size_t most,
+                                                 std::int32_t low, std::int32_t high) {
+    const Value* const value = m_content->find(name);
     std::vector<std::int32_t> numbers;
+    if (value == nullptr) {
+        return numbers;
+    }
+    if (!value->is_array() || value->size() < least || value->size() > most) {
+        fail(name, countText(least, most));
+    }
     for (const Value& element : *value) {
-        numbers.push_back(
-            static_cast<std::int32_t>(integerOf(element, name, std::numeric_limits<std::int32_t>::min(),
-                                                std::numeric_limits<std::int32_t>::max())));
+        numbers.push_back(static_cast<std::int32_t>(integerOf(element, name, low, high)));
     }
     return numbers;
 }

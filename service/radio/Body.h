@@ -30,10 +30,15 @@ public:
     std::string text(const char* name);
     /** Empty when there is none. */
     std::string optionalText(const char* name);
-    /** False when there is none. */
-    bool flag(const char* name);
+    /** `otherwise` when there is none. */
+    bool flag(const char* name, bool otherwise = false);
+    /** Nothing when there is none. */
+    std::optional<double> optionalNumber(const char* name);
     /** From one to `most` of 32 bits each. */
     std::vector<std::int32_t> integers(const char* name, std::size_t most);
+    /** From `least` to `most` within low and high; empty when there is no such member, or it is null. */
+    std::vector<std::int32_t> optionalIntegers(const char* name, std::size_t least, std::size_t most,
+                                               std::int32_t low, std::int32_t high);
     /** The names of an object's members, which are integers; nothing when there is no such member. */
     std::vector<std::pair<std::string, std::int64_t>> numbersByName(const char* name, std::int64_t low,
                                                                     std::int64_t high);

@@ -14,7 +14,7 @@ struct Row {
     const char* title;
 };
 
-constexpr std::array<Row, 13> rows{{
+constexpr std::array<Row, 15> rows{{
     {ProblemKind::badRequest, 400, "bad-request", "The request cannot be understood"},
     {ProblemKind::unauthorised, 401, "unauthorised", "A token is needed"},
     {ProblemKind::forbidden, 403, "forbidden", "Not from there"},
@@ -22,6 +22,8 @@ constexpr std::array<Row, 13> rows{{
     {ProblemKind::methodNotAllowed, 405, "method-not-allowed", "That cannot be done with it"},
     {ProblemKind::refused, 409, "refused", "The board does not allow it"},
     {ProblemKind::simulationOnly, 409, "simulation-only", "Only a simulated radio does that"},
+    {ProblemKind::calibrating, 409, "calibrating", "A calibration has the radio"},
+    {ProblemKind::notNow, 409, "not-now", "Nobody waits for that"},
     {ProblemKind::tooLarge, 413, "too-large", "The body is too large"},
     {ProblemKind::unsupportedMediaType, 415, "unsupported-media-type", "The body has to be JSON"},
     {ProblemKind::headerTooLarge, 431, "header-too-large", "The header is too large"},

@@ -20,6 +20,8 @@ enum class ProblemKind {
     methodNotAllowed,
     refused,
     simulationOnly,
+    calibrating,
+    notNow,
     tooLarge,
     unsupportedMediaType,
     headerTooLarge,

@@ -2,12 +2,14 @@
 
 #include "ResultCode.h"
 #include "radio/board/BoardNames.h"
+#include "radio/board/CalibrationBounds.h"
 #include "radio/session/HardwareWrite.h"
 #include "radio/session/LeakingTransmitter.h"
 #include "radio/text/Numbers.h"
 #include "radio/text/WordError.h"
 #include "radio/text/Words.h"
 #include "service/radio/Body.h"
+#include "service/radio/CalibrationBody.h"
 #include "service/radio/Description.h"
 #include "service/radio/Metrics.h"
 #include "service/radio/Problem.h"
@@ -28,6 +30,7 @@ using Names = Resources::Names;
 using Asked = Answer (Resources::*)(const Request&, const Names&);
 
 constexpr std::string_view descriptionPath = "/openapi.json";
+constexpr std::string_view calibrationsPath = "/api/calibrations";
 
 /** A name, what can be done with it, and by whom it is answered; nobody: not by the radio. */
 struct Route {
@@ -36,7 +39,7 @@ struct Route {
     Asked asked;
 };
 
-constexpr std::array<Route, 25> routes{{
+constexpr std::array<Route, 30> routes{{
     {"GET", pagePath, nullptr},
     {"GET", descriptionPath, nullptr},
     {"GET", eventsPath, nullptr},
@@ -61,6 +64,11 @@ constexpr std::array<Route, 25> routes{{
     {"GET", "/api/phases", &Resources::phases},
     {"POST", "/api/phases/{phase}", &Resources::runPhase},
     {"GET", "/api/limits", &Resources::limits},
+    {"GET", calibrationsPath, &Resources::calibrations},
+    {"POST", calibrationsPath, &Resources::beginCalibration},
+    {"GET", "/api/calibrations/{calibration}", &Resources::calibration},
+    {"DELETE", "/api/calibrations/{calibration}", &Resources::cancelCalibration},
+    {"PUT", "/api/calibrations/{calibration}/temperature", &Resources::tellTemperature},
     {"GET", "/metrics", &Resources::metrics},
 }};
 
@@ -262,6 +270,15 @@ Standalone::Operation operationNamed(const std::string& word) {
     return *operation;
 }
 
+/** The number of a calibration. */
+std::uint64_t calibrationNamed(const std::string& name) {
+    const auto number = parseNumber<std::uint32_t>(name);
+    if (!number) {
+        throw Problem(ProblemKind::notFound, "there is no calibration " + inQuotes(name));
+    }
+    return *number;
+}
+
 /** The end of a command that is carried out even where the board does not allow it. */
 std::string forceText(bool isForced) {
     return isForced ? " force" : "";
@@ -323,6 +340,10 @@ Answer Resources::dispatch(const Request& request) {
     const auto& [route, names] = find(request);
     if (route->asked == nullptr) {
         throw Problem(ProblemKind::internal, "nobody answers " + std::string(route->path));
+    }
+    // The radio is the calibration's; others look at it.
+    if (route->method != "GET" && route->path.substr(0, calibrationsPath.size()) != calibrationsPath) {
+        m_calibrations.requireNone();
     }
     return (this->*route->asked)(request, names);
 }
@@ -643,6 +664,46 @@ Answer Resources::limits(const Request& /*request*/, const Names& /*names*/) {
                        {"carrier_leakage_dbc", orNull(limits.carrierLeakage)}});
 }
 
+Answer Resources::calibrations(const Request& /*request*/, const Names& /*names*/) {
+    return jsonAnswer(m_calibrations.list());
+}
+
+Answer Resources::calibration(const Request& request, const Names& names) {
+    const std::uint64_t number = calibrationNamed(names[0]);
+    const std::string from = fromQuery(request, "from");
+    const auto first = from.empty() ? std::optional<std::uint32_t>(0) : parseNumber<std::uint32_t>(from);
+    if (!first) {
+        throw std::invalid_argument("\"from\": expected the number of a point, from 0 on");
+    }
+    return jsonAnswer(m_calibrations.state(number, *first));
+}
+
+Answer Resources::beginCalibration(const Request& request, const Names& /*names*/) {
+    m_calibrations.requireNone();
+    Body body = bodyOf(request);
+    const std::uint64_t number = m_calibrations.begin(wantedCalibration(body));
+    Answer answer = jsonAnswer(m_calibrations.state(number, 0), 201);
+    answer.headers.emplace_back("Location", std::string(calibrationsPath) + "/" + std::to_string(number));
+    return answer;
+}
+
+Answer Resources::cancelCalibration(const Request& /*request*/, const Names& names) {
+    const std::uint64_t number = calibrationNamed(names[0]);
+    constexpr int accepted = 202;
+    const int status = m_calibrations.cancel(number) ? accepted : 200;
+    return jsonAnswer(m_calibrations.state(number, 0), status);
+}
+
+Answer Resources::tellTemperature(const Request& request, const Names& names) {
+    const std::uint64_t number = calibrationNamed(names[0]);
+    Body body = bodyOf(request);
+    const auto degrees = body.optionalInteger("degrees", temperatureBounds.low, temperatureBounds.high);
+    body.end();
+    m_calibrations.tellTemperature(number,
+                                   degrees ? std::optional(static_cast<int>(*degrees)) : std::nullopt);
+    return jsonAnswer(m_calibrations.state(number, 0));
+}
+
 Answer Resources::metrics(const Request& /*request*/, const Names& /*names*/) {
     const Board& board = m_radio.board();
     Metrics metrics;
@@ -683,6 +744,7 @@ Answer Resources::metrics(const Request& /*request*/, const Names& /*names*/) {
     }
     metrics.family("radio_faults", "gauge", "Faults that are injected at the moment.");
     metrics.sample(static_cast<double>(m_radio.platform().calls().faults().size()));
+    m_calibrations.addTo(metrics);
     metrics.family("radio_events_total", "counter", "Events that were told.");
     metrics.sample(static_cast<double>(m_events.last()));
     metrics.family("radio_requests_total", "counter",

@@ -3,6 +3,7 @@
 
 #include "radio/board/Board.h"
 #include "radio/files/Json.h"
+#include "service/radio/Calibrations.h"
 #include "service/radio/EventRing.h"
 #include "service/radio/Exchange.h"
 #include "service/radio/ServedRadio.h"
@@ -43,8 +44,10 @@ class Resources {
 public:
     /** `changed` is told of every request that is no mere question, after it was answered. All that is given
      * must outlive the object. */
-    Resources(ServedRadio& radio, const EventRing& events, std::function<void(const Change&)> changed)
+    Resources(ServedRadio& radio, Calibrations& calibrations, const EventRing& events,
+              std::function<void(const Change&)> changed)
         : m_radio(radio),
+          m_calibrations(calibrations),
           m_events(events),
           m_changed(std::move(changed)) {}
 
@@ -75,6 +78,11 @@ public:
     Answer phases(const Request& request, const Names& names);
     Answer runPhase(const Request& request, const Names& names);
     Answer limits(const Request& request, const Names& names);
+    Answer calibrations(const Request& request, const Names& names);
+    Answer calibration(const Request& request, const Names& names);
+    Answer beginCalibration(const Request& request, const Names& names);
+    Answer cancelCalibration(const Request& request, const Names& names);
+    Answer tellTemperature(const Request& request, const Names& names);
     Answer metrics(const Request& request, const Names& names);
 
 private:
@@ -86,6 +94,7 @@ private:
     void requireSimulation() const;
 
     ServedRadio& m_radio;
+    Calibrations& m_calibrations;
     const EventRing& m_events;
     std::function<void(const Change&)> m_changed;
     /** How often each status was answered. */

@@ -95,14 +95,13 @@ ServedRadio::ServedRadio(const Board& board, SessionListener& listener, Sensed s
                          OrbiTraceLevel shownTrace, Devices::Hardware* hardware, StateFile& state)
     : m_board(board),
       m_sensed(std::move(sensed)),
+      m_shownTrace(shownTrace),
       m_hardware(hardware),
       m_state(state),
       m_check(board),
       m_guard(board, hardware != nullptr && board.hardware.description.sensor.has_value()),
-      m_witness(std::make_unique<Witness>(listener, m_phases, m_failures)),
-      m_session(std::make_unique<Session>(board, *m_witness, shownTrace, hardware)) {
-    m_session->setGuard([this](const Action& action) { return whyNot(action); });
-    m_session->setRefusing(true);
+      m_witness(std::make_unique<Witness>(listener, m_phases, m_failures)) {
+    begin();
 }
 
 ServedRadio::~ServedRadio() = default;
@@ -116,29 +115,103 @@ std::string ServedRadio::whyNot(const Action& action) {
     return reason;
 }
 
-bool ServedRadio::boot(const Carriers& carriers) {
+void ServedRadio::begin() {
+    m_session = std::make_unique<Session>(m_board, *m_witness, m_shownTrace, m_hardware);
+    m_session->setGuard([this](const Action& action) { return whyNot(action); });
+    m_session->setRefusing(true);
+}
+
+bool ServedRadio::startUp() {
+    m_phases.clear();
     m_session->boot();
-    const bool isUp = std::all_of(m_phases.begin(), m_phases.end(),
-                                  [](const auto& phase) { return phase.second.succeeded(); });
-    if (!isUp) {
+    return std::all_of(m_phases.begin(), m_phases.end(),
+                       [](const auto& phase) { return phase.second.succeeded(); });
+}
+
+bool ServedRadio::boot(const Carriers& carriers) {
+    if (!startUp()) {
         return false;
     }
     if (m_hardware != nullptr) {
         sense(m_hardware->readSensor());
         m_hardware->startSensor();
     }
+    takeUp(carriers);
+    return true;
+}
+
+/** Carriers come one after the other; those that are kept are all of them, before and after. */
+void ServedRadio::takeUp(const Carriers& carriers) {
+    m_isTakingUp = true;
+    std::optional<Result> last;
     for (const auto& [channel, khz] : carriers) {
         const auto& [direction, number] = channel;
-        carryOut(Tune{direction, number, khz, false}, "tune " + std::string(toString(direction)) + " " +
-                                                          std::to_string(number) + " " + std::to_string(khz));
+        Result result = carryOut(Tune{direction, number, khz, false},
+                                 "tune " + std::string(toString(direction)) + " " + std::to_string(number) +
+                                     " " + std::to_string(khz));
+        if (!result.isRefused) {
+            last = std::move(result);
+        }
+    }
+    m_isTakingUp = false;
+    if (last) {
+        keepCarriers(*last);
+    }
+}
+
+bool ServedRadio::lend(const std::function<void()>& work, const std::function<bool()>& isToGoOn) {
+    const Carriers before = carriers();
+    const std::optional<int> degrees = platform().temperature().temperature();
+    m_faults = platform().calls().faults();
+    std::map<std::string, std::vector<std::int32_t>> values;
+    for (const auto& [name, variable] : platform().variables().variables()) {
+        values[name] = variable->values();
+    }
+    m_session.reset();
+    work();
+    if (m_hardware != nullptr) {
+        m_hardware->setForced(false);
+    }
+    begin();
+    for (const auto& [name, content] : values) {
+        platform().variables().find(name)->set(content);
+    }
+    if (!startUp()) {
+        return false;
+    }
+    const std::optional<int> sensed = m_hardware != nullptr ? m_hardware->readSensor() : std::nullopt;
+    if (sensed) {
+        sense(sensed);
+    } else if (degrees) {
+        m_session->sense(*degrees);
+    }
+    m_livedUntil = std::chrono::steady_clock::now();
+    if (isToGoOn()) {
+        takeUp(before);
+        std::for_each(m_faults.begin(), m_faults.end(),
+                      [this](const Standalone::Fault& fault) { platform().calls().inject(fault); });
     }
     return true;
+}
+
+void ServedRadio::show(RadioUnit* radio) {
+    if (radio != nullptr) {
+        m_shown = radio;
+        std::for_each(m_faults.begin(), m_faults.end(),
+                      [this](const Standalone::Fault& fault) { platform().calls().inject(fault); });
+    } else if (m_shown != nullptr) {
+        m_faults = platform().calls().faults(); // some of them have been used up
+        m_shown = nullptr;
+    }
 }
 
 void ServedRadio::idle() {
     const auto now = std::chrono::steady_clock::now();
     const auto passed = std::chrono::duration_cast<std::chrono::microseconds>(now - m_livedUntil);
     m_livedUntil = now;
+    if (m_session == nullptr) {
+        return;
+    }
     if (m_hardware != nullptr) {
         sense(m_hardware->poll());
         return;
@@ -164,7 +237,7 @@ Result ServedRadio::carryOut(const Action& action, const std::string& text) {
     m_witness->setResult(nullptr);
     result.isRefused = m_isRefused;
     if (const auto* const tune = std::get_if<Tune>(&action)) {
-        if (!result.isRefused) {
+        if (!result.isRefused && !m_isTakingUp) {
             keepCarriers(result);
         }
         m_tuned[tune->channel] = result;
@@ -172,8 +245,7 @@ Result ServedRadio::carryOut(const Action& action, const std::string& text) {
     return result;
 }
 
-/** What cannot be kept is no reason to say that the carrier was not set. */
-void ServedRadio::keepCarriers(Result& result) {
+Carriers ServedRadio::carriers() {
     Carriers carriers;
     for (const ChannelDescription& channel : m_board.channels) {
         for (const Direction direction : {Direction::tx, Direction::rx}) {
@@ -183,8 +255,13 @@ void ServedRadio::keepCarriers(Result& result) {
             }
         }
     }
+    return carriers;
+}
+
+/** What cannot be kept is no reason to say that the carrier was not set. */
+void ServedRadio::keepCarriers(Result& result) {
     try {
-        m_state.keep(carriers);
+        m_state.keep(carriers());
     } catch (const InputError& error) {
         const std::string warning = std::string("the carriers are not kept: ") + error.what();
         m_witness->warned(warning);

@@ -64,10 +64,20 @@ public:
     /** Throws WordError when `action` names what the board does not have. `text` is what is told of it. */
     Result carryOut(const Action& action, const std::string& text);
 
+    /**
+     * Leaves board and hardware to `work`, which makes a radio of its own. Then this one starts up again, has
+     * its variables, its temperature and its faults back, and, if `isToGoOn` says so then, its carriers;
+     * false when it does not boot any more. Meanwhile nothing is carried out, and idle() does nothing.
+     */
+    bool lend(const std::function<void()>& work, const std::function<bool()>& isToGoOn);
+    /** During lend(): the radio that is looked at, which gets the faults; null: it goes. */
+    void show(RadioUnit* radio);
+
     const Board& board() const { return m_board; }
     bool isOnHardware() const { return m_hardware != nullptr; }
-    Standalone::Platform& platform() { return m_session->radio().platform(); }
-    RadioUnit& radio() { return m_session->radio(); }
+    Standalone::Platform& platform() { return radio().platform(); }
+    /** During lend() that which is shown. */
+    RadioUnit& radio() { return m_session != nullptr ? m_session->radio() : *m_shown; }
 
     /** What came of tuning a channel the last time, in either direction; null when nobody has. */
     const Result* lastTuned(int channel) const;
@@ -90,12 +100,17 @@ public:
 private:
     class Witness;
 
+    void begin();
+    bool startUp();
+    void takeUp(const Carriers& carriers);
     std::string whyNot(const Action& action);
+    Carriers carriers();
     void sense(std::optional<int> degrees);
     void keepCarriers(Result& result);
 
     const Board& m_board;
     Sensed m_sensed;
+    OrbiTraceLevel m_shownTrace;
     Devices::Hardware* m_hardware;
     StateFile& m_state;
     CommandCheck m_check;
@@ -104,7 +119,12 @@ private:
     std::map<Failure, std::uint64_t> m_failures;
     std::map<int, Result> m_tuned;
     std::unique_ptr<Witness> m_witness;
+    /** Null while the radio is lent. */
     std::unique_ptr<Session> m_session;
+    RadioUnit* m_shown = nullptr;
+    /** Those of a radio that is lent. */
+    std::vector<Standalone::Fault> m_faults;
+    bool m_isTakingUp = false;
     bool m_isRefused = false;
     std::chrono::steady_clock::time_point m_livedUntil = std::chrono::steady_clock::now();
 };

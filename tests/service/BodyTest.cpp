@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -63,10 +64,33 @@ TEST(Body, ListsAreBounded) {
               "\"values\": expected a whole number from -2147483648 to 2147483647");
 }
 
+TEST(Body, ListThatMayBeMissingHasItsLengthAndItsRange) {
+    const auto ask = [](Body& body) { body.optionalIntegers("band_khz", 2, 2, 1, 9); };
+    for (const std::string text : {"{}", "{\"band_khz\":null}", "{\"band_khz\":[1,9]}"}) {
+        EXPECT_EQ(problemOf(text, ask), "taken") << text;
+    }
+    for (const std::string values : {"[]", "[1]", "[1,2,3]", "2"}) {
+        EXPECT_EQ(problemOf("{\"band_khz\":" + values + "}", ask),
+                  "\"band_khz\": expected a list of 2 whole numbers")
+            << values;
+    }
+    EXPECT_EQ(problemOf("{\"band_khz\":[0,9]}", ask), "\"band_khz\": expected a whole number from 1 to 9");
+}
+
+TEST(Body, NumberMayHaveAFraction) {
+    Body body("{\"shrink_factor\":0.75,\"whole\":2}");
+    EXPECT_EQ(body.optionalNumber("shrink_factor"), 0.75);
+    EXPECT_EQ(body.optionalNumber("whole"), 2.0);
+    EXPECT_EQ(body.optionalNumber("other"), std::nullopt);
+    EXPECT_EQ(problemOf("{\"a\":\"0.75\"}", [](Body& asked) { asked.optionalNumber("a"); }),
+              "\"a\": expected a number");
+}
+
 TEST(Body, FlagIsFalseUnlessItIsThere) {
     Body body("{\"force\":true}");
     EXPECT_TRUE(body.flag("force"));
     EXPECT_FALSE(body.flag("other"));
+    EXPECT_TRUE(body.flag("other", true));
     EXPECT_EQ(problemOf("{\"force\":1}", [](Body& asked) { asked.flag("force"); }),
               "\"force\": expected true or false");
 }

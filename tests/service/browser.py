@@ -80,7 +80,7 @@ class Browser:
 
     def press(self, key, code=None):
         more = {'text': '\r'} if key == 'Enter' else {'text': ' '} if key == ' ' else {}
-        number = {'Enter': 13, 'Tab': 9, ' ': 32}[key]
+        number = {'Enter': 13, 'Tab': 9, ' ': 32, 'ArrowLeft': 37, 'ArrowUp': 38, 'ArrowRight': 39, 'ArrowDown': 40}[key]
         for kind in ('keyDown', 'keyUp'):
             self.ask('Input.dispatchKeyEvent', type=kind, key=key, code=code or key, windowsVirtualKeyCode=number,
                      **(more if kind == 'keyDown' else {}))

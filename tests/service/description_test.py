@@ -1,7 +1,7 @@
 """The description of the interface, held against the interface: every path, method and status of the one is one of the other."""
 import pytest
 
-from served import Served
+from served import LEAKING, MEASURED, Measured, Served, wait_for
 
 TX = 'channel.1.tx.rf.frequency'
 
@@ -11,6 +11,10 @@ OFF_RASTER = {'khz': 1}
 READ_FAULT = ('POST', '/api/faults', {'operation': 'driver-read', 'code': 0x8001, 'times': 1})
 WRITE_FAULT = ('POST', '/api/faults', {'operation': 'driver-write', 'code': 0x8001, 'times': 1})
 LOOKUP_FAULT = ('POST', '/api/faults', {'operation': 'driver-lookup', 'code': 0x8001})
+# Calibrations that do not come to their end by themselves; {run} in an address is the number of one.
+ENDLESS = {'channel': 1, 'beginning': 'restart', 'qualify': False, 'real_time': True, 'settle_time_ms': 60000}
+ATTENDED = {'channel': 1, 'beginning': 'restart', 'qualify': False, 'attended': True, 'temperatures_c': [10, 30]}
+MIXER = 'channel.1.tx.rf.mixer.i'
 CASES = {
     '/': {'get': {200: {}}},
     '/openapi.json': {'get': {200: {}}},
@@ -38,12 +42,13 @@ CASES = {
                 502: {'at': ['amplifier'], 'body': {'value': 1}, 'before': WRITE_FAULT}},
     },
     '/api/drivers/{driver}/reading': {'post': {
-        200: {'at': [TX]}, 400: {'at': ['%1']}, 404: {'at': ['none']}, 502: {'at': [TX], 'before': READ_FAULT}}},
+        200: {'at': [TX]}, 400: {'at': ['%1']}, 404: {'at': ['none']},
+        409: {'at': [MIXER], 'during': ENDLESS}, 502: {'at': [TX], 'before': READ_FAULT}}},
     '/api/variables': {'get': {200: {}}},
     '/api/variables/{variable}': {
         'get': {200: {'at': ['gain']}, 400: {'at': ['%%%']}, 404: {'at': ['none']}},
         'put': {200: {'at': ['gain'], 'body': {'values': [4]}}, 400: {'at': ['gain'], 'body': {'values': [1, 2]}},
-                404: {'at': ['none'], 'body': {'values': [1]}},
+                404: {'at': ['none'], 'body': {'values': [1]}}, 409: {'at': ['gain'], 'body': {'values': [4]}, 'during': ENDLESS},
                 415: {'at': ['gain'], 'body': {'values': [1]}, 'kind': None}},
     },
     '/api/tables': {'get': {200: {}}},
@@ -58,8 +63,23 @@ CASES = {
     },
     '/api/phases': {'get': {200: {}}},
     '/api/phases/{phase}': {'post': {200: {'at': ['init']}, 400: {'at': ['%']}, 404: {'at': ['last']},
+                                     409: {'at': ['init'], 'during': ENDLESS},
                                      502: {'at': ['init'], 'before': LOOKUP_FAULT}}},
     '/api/limits': {'get': {200: {}}},
+    '/api/calibrations': {
+        'get': {200: {'during': ENDLESS}},
+        'post': {201: {'leaking': True, 'body': ENDLESS}, 400: {'body': {}}, 409: {'body': {'channel': 1}},
+                 415: {'body': {'channel': 1}, 'kind': 'text/plain'}},
+    },
+    '/api/calibrations/{calibration}': {
+        'get': {200: {'at': ['{run}'], 'over': ENDLESS}, 400: {'at': ['1'], 'query': '?from=-1'}, 404: {'at': ['0']}},
+        'delete': {200: {'at': ['{run}'], 'over': ENDLESS}, 202: {'at': ['{run}'], 'during': ENDLESS}, 400: {'at': ['%']},
+                   404: {'at': ['none']}},
+    },
+    '/api/calibrations/{calibration}/temperature': {'put': {
+        200: {'at': ['{run}'], 'body': {'degrees': 11}, 'during': ATTENDED, 'measured': True}, 400: {'at': ['1'], 'body': {'degrees': 201}},
+        404: {'at': ['0'], 'body': {}}, 409: {'at': ['{run}'], 'body': {}, 'during': ENDLESS},
+        415: {'at': ['1'], 'body': {}, 'kind': None}}},
     '/metrics': {'get': {200: {}}},
 }
 
@@ -73,6 +93,18 @@ def radio(tmp_path_factory):
 @pytest.fixture(scope='module')
 def bench(tmp_path_factory):
     with Served(tmp_path_factory.mktemp('bench'), '--hardware') as served:
+        yield served
+
+
+@pytest.fixture(scope='module')
+def leaking(tmp_path_factory):
+    with Served(tmp_path_factory.mktemp('leaking'), board=LEAKING) as served:
+        yield served
+
+
+@pytest.fixture(scope='module')
+def measured(tmp_path_factory):
+    with Measured(tmp_path_factory.mktemp('measured'), board=MEASURED) as served:
         yield served
 
 
@@ -126,6 +158,23 @@ def filled(path, values):
     return path
 
 
+def begun(served, settings):
+    """The number of a calibration that goes on, and waits for what it waits for."""
+    status, answer, _ = served.ask('POST', '/api/calibrations', settings)
+    assert status == 201, answer
+    number = answer['calibration']
+    wait_for(lambda: (lambda now: now['awaiting'] or now['state'] == 'running' and not settings.get('attended'))(
+        served.ask('GET', f'/api/calibrations/{number}')[1]))
+    return number
+
+
+def cancel(served):
+    number = served.ask('GET', '/api/calibrations')[1]['going_on']
+    if number:
+        served.ask('DELETE', f'/api/calibrations/{number}')
+        wait_for(lambda: served.ask('GET', '/api/calibrations')[1]['going_on'] is None)
+
+
 def test_every_status_that_is_said_can_be_provoked_and_no_other_is(description):
     cases = {(path, method, status) for path, item in CASES.items() for method, statuses in item.items()
              for status in statuses}
@@ -134,9 +183,10 @@ def test_every_status_that_is_said_can_be_provoked_and_no_other_is(description):
 
 @pytest.mark.parametrize('path,method,status', [
     (path, method, status) for path, item in CASES.items() for method, statuses in item.items() for status in statuses])
-def test_answer_is_as_it_is_described(radio, bench, description, path, method, status):
+def test_answer_is_as_it_is_described(radio, bench, leaking, measured, description, path, method, status):
     case = CASES[path][method][status]
-    served = bench if case.get('hardware') else radio
+    calibration = case.get('during') or case.get('over')
+    served = bench if case.get('hardware') else measured if case.get('measured') else leaking if calibration or case.get('leaking') else radio
     served.ask('DELETE', '/api/faults')
     served.ask('POST', '/api/phases/init')
     if 'before' in case:
@@ -144,7 +194,11 @@ def test_answer_is_as_it_is_described(radio, bench, description, path, method, s
     if case.get('full'):
         for _ in range(1000):
             assert served.ask('POST', '/api/faults', case['body'])[0] == 201
-    address = filled(path, case.get('at', [])) + case.get('query', '')
+    run = begun(served, calibration) if calibration else None
+    if 'over' in case:
+        cancel(served)
+    at = [str(run) if one == '{run}' else one for one in case.get('at', [])]
+    address = filled(path, at) + case.get('query', '')
     found, answer, _ = served.ask(method.upper(), address, case.get('body'), kind=case.get('kind', 'application/json'))
     assert found == status, answer
     said = description['paths'][path][method]['responses'][str(status)]['content']
@@ -152,6 +206,7 @@ def test_answer_is_as_it_is_described(radio, bench, description, path, method, s
     assert problems_of(answer, said[served.content_type]['schema'], description) == []
     if status >= 400:
         assert answer['status'] == status
+    cancel(served)
     served.ask('DELETE', '/api/faults')
 
 

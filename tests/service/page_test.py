@@ -4,7 +4,7 @@ import os
 import pytest
 
 from browser import Browser
-from served import BOARD, Served
+from served import BOARD, LEAKING, MEASURED, Measured, Served
 
 BROWSER = os.environ['HEADLESS_BROWSER']
 TUNE = "document.querySelector('#khz-1-tx')"
@@ -114,6 +114,104 @@ def test_lost_connection_is_shown_and_comes_back_by_itself(browser, tmp_path):
         browser.wait("document.querySelector('#connection').textContent === 'Connected'")
         tune_by_keyboard(browser, 7472000)
         browser.wait(f"{ANSWER}.textContent === 'done, code 0'")
+
+
+CELLS = "[...document.querySelectorAll('#calibration-map [role=gridcell]')]"
+
+
+@pytest.fixture
+def leaking(tmp_path):
+    with Served(tmp_path, board=LEAKING) as served:
+        yield served
+
+
+def text_of(browser, name):
+    return browser.value(f"document.querySelector('#calibration-{name}').textContent")
+
+
+def test_calibration_is_begun_by_keyboard_and_shown_to_its_verdict(browser, leaking):
+    open_page(browser, leaking)
+    assert browser.value("document.querySelector('#calibration').hidden")
+    browser.value("document.querySelector('#calibration-temperatures').focus()")
+    browser.type('50, -10')
+    browser.press('Enter')
+    browser.wait("document.querySelector('#calibration-verdict').textContent !== ''")
+    assert text_of(browser, 'name') == 'Calibration 1 of channel 1, search'
+    assert text_of(browser, 'verdict').startswith('PASS: complete, 6 good, 0 missed, 0 at an edge, 0 failed; leaks at most -')
+    assert text_of(browser, 'verdict').endswith(f'; tables are in {leaking.folder}/board.channel-1.csv')
+    assert text_of(browser, 'limits').startswith('leakage_at_nodes -40: found -')
+    assert text_of(browser, 'state') == 'complete, 6 of 6 points'
+    assert browser.value("document.querySelector('#calibration-progress').value") == 1
+    assert browser.value("document.querySelector('#cancel-form').hidden")
+    # The warmest above, as on a map; each said in words.
+    browser.wait(CELLS + ".filter(cell => cell.textContent === '●').length === 6")
+    names = browser.value(CELLS + ".map(cell => cell.getAttribute('aria-label').split(',').slice(0, 2).join())")
+    assert names == [f'{khz} kHz, {degrees} °C: good' for degrees in (50, -10) for khz in (17900000, 18000000, 18100000)]
+    rows = browser.value("[...document.querySelectorAll('#calibration-points tr')].map(row => row.cells[0].textContent + ' ' + row.cells[1].textContent)")
+    assert rows == [f'{khz} kHz, {degrees} °C ● good' for degrees in (-10, 50) for khz in (17900000, 18000000, 18100000)]
+    assert 'calibration 1 is over: pass' in browser.value("document.querySelector('#trace').textContent")
+
+
+def test_map_is_gone_through_by_arrow_keys(browser, leaking):
+    leaking.ask('POST', '/api/calibrations', {'channel': 1})
+    open_page(browser, leaking)
+    browser.wait(CELLS + ".filter(cell => cell.textContent === '●').length === 6")
+    assert browser.value(CELLS + ".filter(cell => cell.tabIndex === 0).length") == 1
+    browser.value(CELLS + "[0].focus()")
+    for key, khz, degrees in (('ArrowRight', 18000000, 50), ('ArrowDown', 18000000, -10), ('ArrowDown', 18000000, -10),
+                              ('ArrowLeft', 17900000, -10), ('ArrowUp', 17900000, 50)):
+        browser.press(key)
+        assert text_of(browser, 'point').startswith(f'{khz} kHz, {degrees} °C: good, -')
+    assert browser.value(CELLS + ".filter(cell => cell.tabIndex === 0).length") == 1
+
+
+def test_points_fill_up_while_it_goes_on_and_cancelling_keeps_them(browser, leaking):
+    open_page(browser, leaking)
+    leaking.ask('POST', '/api/calibrations', {'channel': 1, 'real_time': True, 'settle_time_ms': 20, 'qualify': False})
+    some = CELLS + ".some(cell => cell.textContent === '●') && " + CELLS + ".some(cell => cell.textContent === '·')"
+    browser.wait(some)
+    assert browser.value(CELLS + ".filter(cell => cell.textContent === '·')[0].getAttribute('aria-label').endsWith(': to come')")
+    assert text_of(browser, 'state').startswith('running, ')
+    tune_by_keyboard(browser, 18000000)
+    browser.wait(f"{ANSWER}.textContent.startsWith('calibration 1 of channel 1 has the radio')")
+    browser.value("document.querySelector('#cancel-form button').focus()")
+    browser.press('Enter')
+    browser.wait("document.querySelector('#calibration-verdict').textContent.endsWith('what was measured is kept, and can be resumed')")
+    assert text_of(browser, 'verdict').startswith('CANCELLED: cancelled, ')
+    assert browser.value(some)
+    # To its verdict from where it was.
+    browser.value("document.querySelector('#calibration-beginning').value = 'resume';"
+                  "document.querySelector('#calibration-qualify').checked = false;"
+                  "document.querySelector('#calibration-form button').click()")
+    browser.wait("document.querySelector('#calibration-verdict').textContent.startsWith('PASS: complete, 6 good')")
+
+
+def test_why_a_calibration_does_not_begin_is_shown(browser, radio):
+    open_page(browser, radio)
+    browser.value("document.querySelector('#calibration-form button').click()")
+    browser.wait("document.querySelector('#calibration-answer').textContent.endsWith('expected a [[leakage]]')")
+    assert browser.value("document.querySelector('#calibration-answer').classList.contains('bad')")
+
+
+def test_person_says_on_the_page_that_a_temperature_is_there(browser, tmp_path):
+    with Measured(tmp_path, board=MEASURED) as served:
+        open_page(browser, served)
+        served.ask('POST', '/api/calibrations', {'channel': 1, 'temperatures_c': [10, 30], 'settle_time_ms': 0, 'qualify': False,
+                                                 'max_iterations': 1, 'attended': True})
+        for degrees in (10, 30):
+            browser.wait(f"document.querySelector('#calibration-state').textContent.includes('waiting for {degrees} °C')")
+            browser.value("document.querySelector('#awaited-degrees').focus()")
+            browser.press('Enter')
+        browser.wait("document.querySelector('#calibration-verdict').textContent.startsWith('No limits to judge by: complete')")
+        assert browser.value("document.querySelector('#awaited-form').hidden")
+
+
+def test_fit_is_mapped_where_it_was(browser, leaking):
+    leaking.ask('POST', '/api/calibrations', {'channel': 1, 'method': 'fit', 'probes': 100})
+    open_page(browser, leaking)
+    browser.wait("document.querySelector('#calibration-verdict').textContent !== ''")
+    points = leaking.ask('GET', '/api/calibrations/1')[1]['points']
+    browser.wait(CELLS + f".filter(cell => cell.textContent !== '').length === {len({(one['khz'], one['degrees']) for one in points})}")
 
 
 @pytest.mark.parametrize('scheme,ground', [('light', 'rgb(255, 255, 255)'), ('dark', 'rgb(18, 22, 27)')])

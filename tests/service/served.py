@@ -49,6 +49,102 @@ rx = 14000
 temperature = [-40, 85]
 '''
 
+# A radio whose LO leaks with 1/20 of the signal, in phase with I, at 18 GHz and 25 degrees: I = -500 takes that away. A
+# calibration of it has six points.
+LEAKING = '''name = "Leaking radio"
+serial = "L1"
+
+[[channel]]
+number = 1
+type = "microwave-hz"
+
+[[leakage]]
+channel = 1
+reference = 18000000
+paths = [{ level = -26.0206, phase = 0.0, level_per_degree = 0.01, level_per_ghz = 2.0 }]
+i = { driver = "channel.1.tx.rf.mixer.i", gain = 1.0e-4, range = [-1000, 1000] }
+q = { driver = "channel.1.tx.rf.mixer.q", gain = 1.0e-4, range = [-1000, 1000] }
+detector = { driver = "channel.1.tx.rf.detector.v", slope = 25.0, zero = -95.0, floor = -85.0, range = [0, 4095] }
+'''
+
+CALIBRATED = '''
+[[calibration]]
+channel = 1
+band = [17900000, 18100000]
+step = 100000
+method = "search"
+temperatures = [-10, 50]
+i_range = [-1000, 1000]
+q_range = [-1000, 1000]
+min_delta = 60
+
+[drivers]
+"channel.1.tx.rf.lo.frequency" = {}
+"channel.1.tx.rf.lo.frequency.in.hz" = {}
+"channel.1.tx.rf.lo.config" = {}
+"channel.1.rx.rf.lo.frequency" = {}
+"channel.1.rx.rf.lo.frequency.in.hz" = {}
+"channel.1.rx.rf.lo.config" = {}
+"channel.1.tx.rf.mixer.i" = {}
+"channel.1.tx.rf.mixer.q" = {}
+"channel.1.tx.rf.detector.v" = {}
+
+[variables]
+"TxIfBb" = 0
+"RxIfBb" = 0
+"gain" = 3
+"channel.1.tx.mixer.multiplicationfactor" = 2
+"channel.1.tx.rf.spectruminverted" = 0
+"channel.1.tx.baseband.spectruminverted" = 0
+"channel.1.rx.mixer.multiplicationfactor" = 2
+"channel.1.rx.rf.spectruminverted" = 0
+"channel.1.rx.baseband.spectruminverted" = 0
+
+[tables."Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.I"]
+file = "board.channel-1.csv"
+column = "i"
+
+[tables."Channel.1.Tx.Rf.Lo.Cancellation.Frequency.To.Voltage.Mixer.Q"]
+file = "board.channel-1.csv"
+column = "q"
+
+[limits]
+leakage_at_nodes = -40
+temperature = [-20, 60]
+'''
+
+LEAKING += CALIBRATED
+
+# The same as files, of which nothing is modelled. It has no limit in dBc, which nobody would know.
+MEASURED = '''name = "Measured radio"
+
+[[channel]]
+number = 1
+type = "microwave-hz"
+''' + CALIBRATED.replace('leakage_at_nodes = -40\n', '') + '''
+[hardware."channel.1.tx.rf.lo.frequency.in.hz"]
+write = "FOLDER/lo"
+
+[hardware."channel.1.tx.rf.mixer.i"]
+write = "FOLDER/i"
+range = [-1000, 1000]
+on_exit = 7
+
+[hardware."channel.1.tx.rf.mixer.q"]
+write = "FOLDER/q"
+range = [-1000, 1000]
+on_exit = 8
+
+[hardware."channel.1.tx.rf.detector.v"]
+read = "FOLDER/detector"
+'''
+
+SENSOR = '''
+[sensor]
+read = "FOLDER/temperature"
+interval = 20
+'''
+
 
 def prepare(descriptors):
     """In the process that becomes the program: so many descriptors, and no signal ignored."""
@@ -131,6 +227,25 @@ class Served:
 
     def follow(self, last=None):
         return Follower(self, last)
+
+
+class Measured(Served):
+    """A radio that is files."""
+
+    def __init__(self, folder, *options, board=MEASURED + SENSOR):
+        for name, content in (('lo', 0), ('i', 0), ('q', 0), ('detector', 500), ('temperature', 25)):
+            if not os.path.exists(os.path.join(folder, name)):
+                self.put(folder, name, content)
+        super().__init__(folder, '--hardware', *options, board=board)
+
+    @staticmethod
+    def put(folder, name, content):
+        with open(os.path.join(folder, name), 'w', encoding='utf-8') as file:
+            file.write(f'{content}\n')
+
+    def content(self, name):
+        with open(os.path.join(self.folder, name), encoding='utf-8') as file:
+            return file.read()
 
 
 class Follower:

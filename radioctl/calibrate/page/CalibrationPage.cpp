@@ -1,5 +1,6 @@
 #include "radioctl/calibrate/page/CalibrationPage.h"
 
+#include "radio/board/VerdictJson.h"
 #include "radio/calibration/LeakageVerdict.h"
 #include "radio/calibration/SearchDrivers.h"
 #include "radio/calibration/Surface.h"
@@ -12,7 +13,6 @@
 #include "radioctl/calibrate/page/PointLists.h"
 #include "radioctl/calibrate/page/SearchFigures.h"
 #include "radioctl/page/Html.h"
-#include "radioctl/report/VerdictReport.h"
 
 #include <algorithm>
 #include <sstream>

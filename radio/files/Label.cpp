@@ -1,4 +1,4 @@
-#include "radioctl/report/Label.h"
+#include "radio/files/Label.h"
 
 #include "radio/files/Json.h"
 #include "radio/text/Words.h"

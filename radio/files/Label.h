@@ -1,5 +1,5 @@
-#ifndef RADIOCTL_REPORT_LABEL_H
-#define RADIOCTL_REPORT_LABEL_H
+#ifndef RADIO_FILES_LABEL_H
+#define RADIO_FILES_LABEL_H
 
 #include <string>
 
