@@ -8,6 +8,7 @@
 #include "radioctl/console/Interrupt.h"
 #include "radioctl/console/PatientOutput.h"
 #include "radioctl/describe/DescribeCommandLine.h"
+#include "radioctl/laboratory/LaboratoryCommandLine.h"
 #include "radioctl/new/NewCommandLine.h"
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/options/ExitCodes.h"
@@ -50,6 +51,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     Thermal::ThermalCommandLine thermal(program);
     Calibration::QualificationCommandLine qualification(program);
     Calibration::CalibrationCommandLine calibration(program);
+    Laboratory::LaboratoryCommandLine laboratory(program);
     Serving::ServeCommandLine serve(program);
     Tables::TablesCommandLine tables(program);
     Recordings::RecordCommandLine record(program);
@@ -65,9 +67,9 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     if (const auto isGood = parser.parse(withUnitsJoined(argumentCount, arguments))) {
         return *isGood ? ExitCode::good : ExitCode::wrongCommandLine;
     }
-    const std::array<CommandLine::Verb*, 14> verbs{&run,           &create,      &check, &plan,      &thermal,
-                                                   &qualification, &calibration, &serve, &tables,    &record,
-                                                   &replay,        &describe,    &store, &completion};
+    const std::array<CommandLine::Verb*, 15> verbs{
+        &run,   &create, &check,  &plan,   &thermal,  &qualification, &calibration, &laboratory,
+        &serve, &tables, &record, &replay, &describe, &store,         &completion};
     for (CommandLine::Verb* const verb : verbs) {
         if (verb->isCalled()) {
             return verb->run(json);

@@ -113,8 +113,25 @@ CalibrationDescription readCalibration(const TomlItem& item, ChannelReader& chan
                   "q_range",   "shrink_factor",  "min_delta",     "max_iterations", "settle_time",
                   "detector",  "detector_slope", "detector_zero", "chamber",        "analyser",
                   "tolerance", "dwell",          "await_limit",   "method",         "probes"});
-    CalibrationDescription calibration;
+    CalibrationDescription calibration = readCalibrationSettings(item);
     calibration.channel = channel.read(item);
+    readDetector(item, calibration);
+    if (const std::optional<TomlItem> chamber = item.find("chamber")) {
+        calibration.chamber = readDriver(*chamber, drivers);
+    }
+    calibration.tolerance = readNumber(item, "tolerance", toleranceBounds);
+    calibration.dwell = readNumber(item, "dwell", dwellBounds);
+    if (const std::optional<TomlItem> analyser = item.find("analyser")) {
+        calibration.analyser = readDriver(*analyser, drivers);
+    }
+    calibration.awaitLimit = readNumber(item, "await_limit", awaitLimitBounds);
+    return calibration;
+}
+
+} // namespace
+
+CalibrationDescription readCalibrationSettings(const TomlItem& item) {
+    CalibrationDescription calibration;
     if (const std::optional<TomlItem> method = item.find("method")) {
         calibration.method = method->word(calibrationMethodFromString, {"fit", "search"});
     }
@@ -138,20 +155,8 @@ CalibrationDescription readCalibration(const TomlItem& item, ChannelReader& chan
     if (const std::optional<TomlItem> detector = item.find("detector")) {
         calibration.useHighDetector = detector->word(isHighDetector, {"low", "high"});
     }
-    readDetector(item, calibration);
-    if (const std::optional<TomlItem> chamber = item.find("chamber")) {
-        calibration.chamber = readDriver(*chamber, drivers);
-    }
-    calibration.tolerance = readNumber(item, "tolerance", toleranceBounds);
-    calibration.dwell = readNumber(item, "dwell", dwellBounds);
-    if (const std::optional<TomlItem> analyser = item.find("analyser")) {
-        calibration.analyser = readDriver(*analyser, drivers);
-    }
-    calibration.awaitLimit = readNumber(item, "await_limit", awaitLimitBounds);
     return calibration;
 }
-
-} // namespace
 
 std::vector<CalibrationDescription> readCalibrations(const TomlItem& root,
                                                      const std::vector<ChannelDescription>& channels,

@@ -14,6 +14,11 @@ std::vector<CalibrationDescription> readCalibrations(const TomlItem& root,
                                                      const std::vector<ChannelDescription>& channels,
                                                      const std::vector<DriverDescription>& drivers);
 
+/** What a table has of the settings that a calibration of a modelled transmitter takes: method, probes, band,
+ * step, temperatures, i_range, q_range, shrink_factor, min_delta, max_iterations, settle_time and detector.
+ * Other keys are the caller's. */
+CalibrationDescription readCalibrationSettings(const TomlItem& item);
+
 } // namespace Radio
 
 #endif

@@ -75,7 +75,7 @@ bool isFitHeld(const Result& result) {
 
 /** The journal beside the board, unless the order names one. */
 fs::path journalFor(const Board& board, const CalibrationOrder& order) {
-    if (!order.journal.empty()) {
+    if (!order.journal.empty() || order.beginning == Beginning::rehearsal) {
         return order.journal;
     }
     fs::path file = board.file;
@@ -89,6 +89,9 @@ CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order
       m_order(order),
       m_journalFile(journalFor(board, order)),
       m_tables(order.tables.lexically_normal()) {
+    if (isRehearsal() && (order.isHardware || !order.journal.empty() || !order.tables.empty())) {
+        throw std::invalid_argument("a rehearsal on hardware, or one of which something is to be kept");
+    }
     Result& result = m_outcome.result;
     result.isHardware = order.isHardware && !isOffline();
     result.serial = !order.serial.empty() ? order.serial : board.serial;
@@ -100,7 +103,7 @@ CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order
     result.station = order.station;
     if (!isOffline()) {
         requireTransmitter();
-        const std::optional<Settings> begun = settingsOfJournal();
+        const std::optional<Settings> begun = isRehearsal() ? std::nullopt : settingsOfJournal();
         const bool goesOn = order.beginning == Beginning::resume && begun;
         result.settings =
             settingsFor(board, goesOn ? asBegun(order.wishes, *begun) : order.wishes, result.isHardware);
@@ -111,7 +114,9 @@ CalibrationRun::CalibrationRun(const Board& board, const CalibrationOrder& order
             requireCalibratable(board, result.settings, order.isAttended);
             result.climate = climateTermsFor(board, order.wishes, order.isAttended);
         }
-        m_tables = m_tables.empty() ? tablesOf(board, order.wishes.channel) : m_tables;
+        if (m_tables.empty() && !isRehearsal()) {
+            m_tables = tablesOf(board, order.wishes.channel);
+        }
     }
 }
 
@@ -156,6 +161,9 @@ JournalHeader CalibrationRun::header() const {
 
 void CalibrationRun::prepare() {
     m_isPrepared = true;
+    if (isRehearsal()) {
+        return;
+    }
     if (!isOffline()) {
         claimChannel();
         claimTables();
@@ -213,7 +221,7 @@ void CalibrationRun::open() {
     if (!m_isPrepared) {
         prepare();
     }
-    if (!isOffline() && !m_journal) {
+    if (!isOffline() && !isRehearsal() && !m_journal) {
         beginJournal();
     }
 }

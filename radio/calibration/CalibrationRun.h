@@ -21,10 +21,11 @@ namespace Radio::Calibration {
 
 /** What becomes of a journal that is there. */
 enum class Beginning : std::uint8_t {
-    fresh,   ///< a finished one, or one without probes, is kept as a backup, an unfinished one is an error
-    resume,  ///< its calibration goes on
-    restart, ///< it is kept as a backup, finished or not, and also what is there in place of a journal
-    offline, ///< it is gone through again, and nothing is measured
+    fresh,     ///< a finished one, or one without probes, is kept as a backup, an unfinished one is an error
+    resume,    ///< its calibration goes on
+    restart,   ///< it is kept as a backup, finished or not, and also what is there in place of a journal
+    offline,   ///< it is gone through again, and nothing is measured
+    rehearsal, ///< of a modelled transmitter: nothing is read or kept, neither journal nor tables
 };
 
 /** What a calibration is to do. */
@@ -141,6 +142,8 @@ struct CalibrationOutcome {
     std::uint64_t qualifyingReadings = 0;
     /** From the beginning of the first point to the end of the last. */
     double seconds = 0;
+    /** What of that was slept, or would have been where nobody waits: settle times, and the like. */
+    double modelledSeconds = 0;
     /** Where tables were to go; empty: nowhere, or the calibration is not complete. */
     std::string wantedTables{};
     /** The tables that are stored, and what the old ones are called now; empty when there are none. */
@@ -171,7 +174,7 @@ public:
      * Settles what is to be done, and writes nothing. `board` must outlive the object. Throws ChoiceError
      * when something has to be said and neither the order nor the board does: with the choice "band", "step",
      * "temperatures", "tables", on hardware "i-range" or "q-range"; and InputError for a channel without a
-     * leakage, or whose hardware does not do.
+     * leakage, or whose hardware does not do. A rehearsal on hardware is std::invalid_argument.
      */
     CalibrationRun(const Board& board, const CalibrationOrder& order);
 
@@ -209,6 +212,7 @@ public:
 
 private:
     bool isOffline() const { return m_order.beginning == Beginning::offline; }
+    bool isRehearsal() const { return m_order.beginning == Beginning::rehearsal; }
     std::optional<Settings> settingsOfJournal() const;
     void requireTransmitter() const;
     std::string transmitter() const;

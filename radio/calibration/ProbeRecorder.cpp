@@ -261,6 +261,10 @@ void ProbeRecorder::settlePending() {
 }
 
 void ProbeRecorder::enter(const Probe& probe) {
+    if (m_probing.keepsNothing) {
+        ++m_newProbes;
+        return;
+    }
     if (m_probing.journal == nullptr || m_isReplay) {
         stop(journalIsOver);
         return;

@@ -27,6 +27,8 @@ struct Probing {
     bool isRealTime = false;
     /** So many readings make that of a new probe. */
     std::uint32_t readings = 1;
+    /** New probes are made and entered nowhere; there is no journal. */
+    bool keepsNothing = false;
 };
 
 /**

@@ -16,11 +16,11 @@ using Commands = std::vector<std::string_view>;
 
 const Commands& allCommands() {
     static const Commands all = {
-        "run",         "console",      "new",           "check",        "plan explain", "plan audit",
-        "thermal",     "qualify",      "calibrate",     "serve",        "tables lint",  "tables diff",
-        "tables why",  "record show",  "record diff",   "replay",       "describe",     "store list",
-        "store show",  "store tables", "store compare", "store report", "store export", "store import",
-        "store check", "store push",   "store grant",   "completion"};
+        "run",          "console",      "new",         "check",        "plan explain",     "plan audit",
+        "thermal",      "qualify",      "calibrate",   "laboratory",   "laboratory merge", "serve",
+        "tables lint",  "tables diff",  "tables why",  "record show",  "record diff",      "replay",
+        "describe",     "store list",   "store show",  "store tables", "store compare",    "store report",
+        "store export", "store import", "store check", "store push",   "store grant",      "completion"};
     return all;
 }
 
@@ -125,6 +125,9 @@ const std::vector<ExitReason>& exitReasons() {
          {"qualify", "calibrate"},
          "nothing can be measured with the detector as it is"},
         {ExitCode::outsideLimits, {"calibrate"}, "there are points without good corrections"},
+        {ExitCode::outsideLimits,
+         {"laboratory", "laboratory merge"},
+         "more transmitters fail with all settings than may"},
         {ExitCode::outsideLimits, {"thermal", "calibrate"}, "a limit that the board states is not held"},
         {ExitCode::outsideLimits,
          {"run", "console", "plan audit", "qualify", "calibrate", "serve"},
@@ -147,6 +150,12 @@ const std::vector<ExitReason>& exitReasons() {
          "the log cannot be used, or the board has no compensation to replay"},
         {ExitCode::unusableInput, {"calibrate"}, "a journal or a table cannot be used"},
         {ExitCode::unusableInput,
+         {"laboratory"},
+         "the laboratory file or its board cannot be used, or a transmitter cannot be calibrated"},
+        {ExitCode::unusableInput,
+         {"laboratory", "laboratory merge"},
+         "results cannot be used, or do not belong together"},
+        {ExitCode::unusableInput,
          {"serve"},
          "an address, a token, a certificate or a state cannot be used, or the program was built without it"},
         {ExitCode::unusableInput,
@@ -164,7 +173,9 @@ const std::vector<ExitReason>& exitReasons() {
           "store import", "store check", "store push", "store grant"},
          "the store cannot be used, or has nothing of what was asked for"},
         {ExitCode::unusableInput, {"store import", "store push"}, "a file has no run"},
-        {ExitCode::unusableInput, {"thermal", "calibrate", "store report"}, "gnuplot is missing"},
+        {ExitCode::unusableInput,
+         {"thermal", "calibrate", "laboratory", "laboratory merge", "store report"},
+         "gnuplot is missing"},
         {ExitCode::unusableInput,
          {"run", "console", "plan audit", "qualify", "calibrate", "serve"},
          "with --hardware the hardware is missing or in use by another program, or there is no place for its "
@@ -179,8 +190,8 @@ const std::vector<ExitReason>& exitReasons() {
          "the radio did not boot"},
         {ExitCode::notBooted, {"check"}, "with --all the radio did not boot"},
         {ExitCode::signalBase + SIGINT,
-         {"run", "console", "plan audit", "thermal", "qualify", "calibrate", "replay", "store list",
-          "store report", "store export", "store import"},
+         {"run", "console", "plan audit", "thermal", "qualify", "calibrate", "laboratory", "replay",
+          "store list", "store report", "store export", "store import"},
          "interrupted by Ctrl-C (129 and 143: by SIGHUP and SIGTERM)"},
         {ExitCode::signalBase + SIGINT, {"check"}, "with --all the audit was interrupted likewise"},
     };

@@ -48,11 +48,19 @@ bool asksForHelp(const std::string& word) {
     return word == "-h" || word == "--help" || word == "--version";
 }
 
-const CLI::App& requireCommandNamed(const CLI::App& app, const std::string& name) {
+/** The command below `app` of that name; null: none. */
+const CLI::App* commandNamed(const CLI::App& app, const std::string& name) {
     for (const CLI::App* const command : commandsBelow(app)) {
         if (command->get_name() == name) {
-            return *command;
+            return command;
         }
+    }
+    return nullptr;
+}
+
+const CLI::App& requireCommandNamed(const CLI::App& app, const std::string& name) {
+    if (const CLI::App* const command = commandNamed(app, name)) {
+        return *command;
     }
     const std::vector<std::string> names = commandNames(app);
     throw CLI::ExtrasError("unknown command " + inQuotes(name) + didYouMean(name, names) + ", expected " +
@@ -109,7 +117,8 @@ public:
             --m_valuesToCome;
         } else if (isOption(word) && !m_areArguments) {
             takeOption(word);
-        } else if (wantsCommand(*m_command)) {
+        } else if (wantsCommand(*m_command) ||
+                   (m_argumentCount == 0 && commandNamed(*m_command, word) != nullptr)) {
             takeCommand(word);
         } else {
             ++m_argumentCount;
@@ -129,6 +138,10 @@ public:
             offerCommands(offers);
         } else {
             offerValues(argument(), "", offers);
+            if (m_argumentCount == 0) {
+                // A command may stand where the argument would.
+                offerCommands(offers);
+            }
         }
         const auto isOther = [&typed](const Offers::Word& offer) {
             return offer.word.compare(0, typed.size(), typed) != 0;
@@ -173,12 +186,9 @@ private:
     }
 
     void takeCommand(const std::string& name) {
-        for (const CLI::App* const command : commandsBelow(*m_command)) {
-            if (command->get_name() == name) {
-                m_command = command;
-                m_given.clear();
-                return;
-            }
+        if (const CLI::App* const command = commandNamed(*m_command, name)) {
+            m_command = command;
+            m_given.clear();
         }
     }
 
@@ -389,6 +399,8 @@ void Parser::refuseUnknownNames(const std::vector<std::string>& words) const {
             requireOption(*command, word.substr(0, word.find('=')));
         } else if (word.substr(0, 1) != "-" && wantsCommand(*command)) {
             command = &requireCommandNamed(*command, word);
+        } else if (const CLI::App* const below = commandNamed(*command, word)) {
+            command = below;
         }
     }
     if (wantsCommand(*command)) {

@@ -22,7 +22,7 @@ LARGE = {
     'CLI': ['radioctl/options/Options.cpp'],
     'Eigen': ['radio/fit/Bowl.cpp', 'radio/fit/Surface.cpp'],
     'boost': ['service/http/Server.cpp'],
-    'nlohmann': ['radio/files/Json.cpp', 'radio/calibration/SettingsReader.h', 'radio/store/RunReader.cpp', 'service/radio/Body.cpp'],
+    'nlohmann': ['radio/files/Json.cpp', 'radio/calibration/SettingsReader.h', 'radio/laboratory/ResultsText.cpp', 'radio/store/RunReader.cpp', 'service/radio/Body.cpp'],
     'soci': ['radio/store/Connection.h'],
     'toml++': ['radio/board/TomlItem.h', 'radio/board/TomlText.h'],
 }

@@ -180,10 +180,9 @@ TEST_F(BadInputTest, BoardThatIsNoToml) {
 }
 
 TEST_F(BadInputTest, NoCommand) {
-    expectWrongCommandLine(
-        {},
-        "One of run, console, new, check, plan, thermal, qualify, calibrate, serve, tables, record, replay, "
-        "describe, store and completion is required");
+    expectWrongCommandLine({}, "One of run, console, new, check, plan, thermal, qualify, calibrate, "
+                               "laboratory, serve, tables, record, replay, "
+                               "describe, store and completion is required");
 }
 
 TEST_F(BadInputTest, NoBoard) {
@@ -194,7 +193,7 @@ TEST_F(BadInputTest, NoBoard) {
 TEST_F(BadInputTest, UnknownWordOnTheCommandLine) {
     expectWrongCommandLine({"boot"},
                            "unknown command \"boot\", expected one of run, console, new, check, plan, "
-                           "thermal, qualify, calibrate, serve, tables, record, replay, "
+                           "thermal, qualify, calibrate, laboratory, serve, tables, record, replay, "
                            "describe, store, completion");
     expectWrongCommandLine({"run", "board.toml", "script", "more"},
                            "The following argument was not expected: more");

@@ -55,7 +55,7 @@ protected:
                 });
             const bool isWritten = before == "--csv" || before == "--html" || before == "--out";
             const bool isFile =
-                std::regex_match(word, std::regex(R"([^*]+\.(toml|csv|script|journal)|.+\.rec)"));
+                std::regex_match(word, std::regex(R"([^*]+\.(toml|csv|script|journal|results)|.+\.rec)"));
             const bool isStore = word == "store" || word == "--store";
             if (isPlaceholder || word == "--hardware" || (isStore && !RADIOCTL_HAS_STORE) ||
                 (isFile && !isWritten && !std::filesystem::exists(word))) {

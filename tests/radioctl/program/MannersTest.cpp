@@ -82,7 +82,8 @@ TEST_F(MannersTest, UnknownCommandsAndOptionsHaveTheNearestOne) {
     for (const auto& [words, complaint] : std::vector<std::pair<std::vector<std::string>, std::string>>{
              {{"calibrat", "board.toml"},
               "unknown command \"calibrat\" (did you mean \"calibrate\"?), expected one of "
-              "run, console, new, check, plan, thermal, qualify, calibrate, serve, tables, record, "
+              "run, console, new, check, plan, thermal, qualify, calibrate, laboratory, serve, tables, "
+              "record, "
               "replay, describe, store, completion"},
              {{"plan", "explian"},
               "unknown command \"explian\" (did you mean \"explain\"?), expected one of explain, "

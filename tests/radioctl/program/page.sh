@@ -60,6 +60,17 @@ if "$radioctl" store import /dev/null --store sqlite:units.sqlite >store.log 2>&
     "$radioctl" store report --store sqlite:units.sqlite --html report.html >>store.log || { cat store.log; exit 1; }
     is_fine report.html 25
 fi
+# A laboratory of few transmitters: the trade-off, and how levels and probes spread.
+cat >lab.toml <<END
+board = "$boards/lo-leakage-18ghz.toml"
+channel = 1
+count = 3
+seed = 1
+limits = { leakage = -50 }
+settings = [{ name = "coarse & quick", method = "search", step = 467500 }, { name = "fit", probes = 300 }]
+END
+"$radioctl" laboratory lab.toml --html laboratory.html >laboratory.log || { cat laboratory.log; exit 1; }
+is_fine laboratory.html 3
 is_fine fit.html 9
 is_fine calibration.html 8
 is_fine thermal.html 7
