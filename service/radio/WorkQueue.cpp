@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <system_error>
 #include <utility>
 
@@ -26,14 +25,13 @@ bool WorkQueue::add(std::function<void()> work) {
         return false;
     }
     m_waiting.push_back(std::move(work));
-    const std::uint64_t one = 1;
-    static_cast<void>(write(m_descriptor, &one, sizeof one)); // full means that it can be read
+    static_cast<void>(eventfd_write(m_descriptor, 1)); // full means that it can be read
     return true;
 }
 
 void WorkQueue::work() {
-    std::uint64_t count = 0;
-    static_cast<void>(read(m_descriptor, &count, sizeof count)); // there may be none yet
+    eventfd_t count = 0;
+    static_cast<void>(eventfd_read(m_descriptor, &count)); // there may be none yet
     for (;;) {
         std::function<void()> next;
         {
