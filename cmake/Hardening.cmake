@@ -44,3 +44,13 @@ function(harden)
         endif()
     endforeach()
 endfunction()
+
+# harden_uncounted(TARGET): a shared library whose instructions tests and benchmarks hold to a budget. Where those are built it
+# is compiled as the budget has it, without what protects the stack of each call; elsewhere it is hardened whole.
+function(harden_uncounted target)
+    if(FREQUENCYHANDLER_TESTS OR FREQUENCYHANDLER_BENCHMARKS)
+        target_link_options(${target} PRIVATE ${hardening_link_flags})
+    else()
+        harden(${target})
+    endif()
+endfunction()
