@@ -2,6 +2,7 @@
 
 import os
 import shutil
+import signal
 from pathlib import Path
 
 import pytest
@@ -9,6 +10,9 @@ import pytest
 from frequencyhandler import Board
 
 BOARDS = Path(os.environ["RADIO_BOARDS"])
+
+# Who begins the tests in the background has Ctrl-C ignored, and the interpreter then leaves it so.
+signal.signal(signal.SIGINT, signal.default_int_handler)
 
 
 @pytest.fixture
