@@ -26,7 +26,7 @@ constexpr const char* beginning = "set terminal svg noenhanced dynamic size 960,
                                   "set key outside top right horizontal\nset grid\nset border 3\n"
                                   "set tics nomirror\n";
 
-const char* colourOf(std::size_t settings) {
+std::string colourOf(std::size_t settings) {
     constexpr std::array<const char*, 4> colours{blue, orange, green, purple};
     return colours[settings % colours.size()];
 }
