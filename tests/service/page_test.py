@@ -225,6 +225,8 @@ def test_calibration_is_begun_by_keyboard_and_shown_to_its_verdict(browser, leak
     browser.type('50, -10')
     browser.press('Enter')
     browser.wait("document.querySelector('#calibration-verdict').textContent !== ''")
+    # What is of no use now is not seen, either.
+    assert not browser.value("document.querySelector('#cancel-form').checkVisibility() || document.querySelector('#awaited-form').checkVisibility()")
     assert text_of(browser, 'name') == 'Calibration 1 of channel 1, search'
     assert text_of(browser, 'verdict').startswith('PASS: complete, 6 good, 0 missed, 0 at an edge, 0 failed; leaks at most -')
     assert text_of(browser, 'verdict').endswith(f'; tables are in {leaking.folder}/board.channel-1.csv')
@@ -289,6 +291,7 @@ def test_person_says_on_the_page_that_a_temperature_is_there(browser, tmp_path):
                                                  'max_iterations': 1, 'attended': True})
         for degrees in (10, 30):
             browser.wait(f"document.querySelector('#calibration-state').textContent.includes('waiting for {degrees} °C')")
+            assert browser.value("document.querySelector('#awaited-form').checkVisibility()")
             browser.value("document.querySelector('#awaited-degrees').focus()")
             browser.press('Enter')
         browser.wait("document.querySelector('#calibration-verdict').textContent.startsWith('No limits to judge by: complete')")
