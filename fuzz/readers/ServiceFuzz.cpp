@@ -1,15 +1,12 @@
 // Requests to a served radio, with a line "~~~" between them: each "METHOD TARGET" and its body behind it.
 
-#include "Rules.h"
+#include "ServiceRules.h"
 #include "radio/board/BoardFile.h"
 #include "radio/session/SessionListener.h"
 #include "service/radio/Resources.h"
 #include "service/radio/ServedRadio.h"
 
-#include <nlohmann/json.hpp>
-
 #include <optional>
-#include <set>
 
 // The wrapper of a C observer lives as long as the process.
 extern "C" const char* __lsan_default_suppressions();
@@ -70,23 +67,6 @@ Request requestOf(std::string_view text) {
     return request;
 }
 
-void requireRules(const Answer& answer) {
-    static const std::set<int> statuses{200, 201, 400, 404, 405, 409, 502};
-    Fuzz::require(statuses.count(answer.status) == 1, "an answer has a status that is described",
-                  answer.body);
-    const bool isProblem = answer.status >= 400;
-    if (!isProblem && answer.contentType != "application/json") {
-        return;
-    }
-    Fuzz::require(Fuzz::isHarmless(answer.body) || !isProblem,
-                  "an answer has nothing in it that a terminal obeys", answer.body);
-    const auto json = nlohmann::json::parse(answer.body, nullptr, false);
-    Fuzz::require(json.is_object(), "an answer is a JSON object", answer.body);
-    Fuzz::require(isProblem == (answer.contentType == "application/problem+json"),
-                  "what is not carried out is told as a problem", answer.body);
-    Fuzz::require(!isProblem || json.at("status") == answer.status, "a problem says its status", answer.body);
-}
-
 } // namespace
 
 int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
@@ -111,7 +91,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
             answer = resources.answer(request);
         }
         if (answer) {
-            requireRules(*answer);
+            Fuzz::requireAnswer(*answer, {200, 201, 400, 404, 405, 409, 502});
         }
     }
     return 0;

@@ -88,17 +88,18 @@ class Browser:
     def show(self, width, height, scheme):
         """The page in a window of that size, in light or dark."""
         self.ask('Emulation.setDeviceMetricsOverride', width=width, height=height, deviceScaleFactor=1, mobile=False)
+        self.ask('Emulation.setScrollbarsHidden', hidden=True)
         self.ask('Emulation.setEmulatedMedia', features=[{'name': 'prefers-color-scheme', 'value': scheme}])
 
     def picture(self, file, part=None):
-        """What is in the window, or one element of the page as a whole."""
+        """What is in the window, or one element of the page as a whole, with a margin."""
         more = {}
         if part:
-            place = self.value(f"(({{x, y, width, height}}) => ({{x: x + scrollX, y: y + scrollY, width, height, scale: 1}}))"
+            place = self.value(f"(({{x, y, width, height}}) => ({{x: x + scrollX - 12, y: y + scrollY - 12, width: width + 24, height: height + 24, scale: 1}}))"
                                f"(document.querySelector('{part}').getBoundingClientRect())")
             more = {'clip': place, 'captureBeyondViewport': True}
         with open(file, 'wb') as stream:
-            stream.write(base64.b64decode(self.ask('Page.captureScreenshot', format='png', optimizeForSpeed=False, **more)['data']))
+            stream.write(base64.b64decode(self.ask('Page.captureScreenshot', format='png', **more)['data']))
 
     def requests(self):
         """The addresses that the page has asked for."""

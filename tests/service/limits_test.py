@@ -1,6 +1,8 @@
 """What a client may take of the service; whatever it does, the others are served."""
+import contextlib
 import re
 import resource
+import select
 import socket
 import time
 
@@ -97,17 +99,59 @@ def test_who_waits_to_be_told_to_go_on_is_told(radio):
         assert connection.recv(1000).startswith(b'HTTP/1.1 200 ')
 
 
-def test_thousand_connections_leave_room_for_one_more(radio):
-    _, hard = resource.getrlimit(resource.RLIMIT_NOFILE)
+@contextlib.contextmanager
+def thousand_connections(radio):
+    hard = resource.getrlimit(resource.RLIMIT_NOFILE)[1]
     before = resource.getrlimit(resource.RLIMIT_NOFILE)
     resource.setrlimit(resource.RLIMIT_NOFILE, (min(4096, hard), hard))
     try:
-        idle = [radio.connect() for _ in range(1000)]
-        assert radio.ask('GET', '/api/radio')[0] == 200
-        for connection in idle:
-            connection.close()
+        with contextlib.ExitStack() as connections:
+            yield [connections.enter_context(radio.connect()) for _ in range(1000)]
     finally:
         resource.setrlimit(resource.RLIMIT_NOFILE, before)
+
+
+def test_thousand_connections_leave_room_for_one_more(radio):
+    with thousand_connections(radio):
+        assert radio.ask('GET', '/api/radio')[0] == 200
+
+
+def hung_up(connections):
+    """Those of them that the service has hung up on, without an answer."""
+    ready, over = select.poll(), set()
+    for connection in connections:
+        ready.register(connection, select.POLLIN)
+    by_number = {connection.fileno(): connection for connection in connections}
+    for number, _ in ready.poll(0):
+        try:
+            assert by_number[number].recv(1000) == b''
+        except ConnectionError:
+            pass
+        over.add(by_number[number])
+    return over
+
+
+def test_thousand_that_send_drop_by_drop_keep_nobody_waiting_and_are_hung_up_on(radio):
+    """Half of them headers without an end, half of them bodies: each byte comes in time, the whole does not."""
+    header = head(radio, 'PUT /api/temperature', 'X: ')
+    body = head(radio, 'PUT /api/temperature', 'Content-Type: application/json\r\nContent-Length: 60000\r\n\r\n')
+    with thousand_connections(radio) as connections:
+        for number, connection in enumerate(connections):
+            connection.sendall(body if number % 2 else header)
+        left, degrees = set(connections), 20
+        deadline = time.monotonic() + 120
+        while left and time.monotonic() < deadline:
+            degrees = 20 + (degrees + 1) % 20
+            assert radio.ask('PUT', '/api/temperature', {'degrees': degrees})[0] == 200
+            assert radio.ask('GET', '/api/temperature')[1]['degrees'] == degrees
+            left -= hung_up(left)
+            for connection in list(left):
+                try:
+                    connection.sendall(b' ')
+                except ConnectionError:
+                    left.discard(connection)
+            time.sleep(1)
+        assert not left
 
 
 def test_more_connections_than_it_takes_are_hung_up_on_and_it_recovers(tmp_path):

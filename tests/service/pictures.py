@@ -2,7 +2,8 @@
 """pictures.py RADIOCTL BOARDS BROWSER FOLDER
 
 Makes the pictures of the page that docs/service.md shows, in FOLDER: a simulated radio that is driven as somebody would drive it,
-in a browser without a window, such as chromium-headless-shell.
+in a browser without a window, such as chromium-headless-shell. No two browsers draw alike, and times are in them: they are not
+compared with anything; that they show what the page has is asserted while they are made.
 """
 import os
 import re
@@ -13,7 +14,8 @@ import time
 
 if len(sys.argv) != 5:
     sys.exit(__doc__)
-os.environ['RADIOCTL'], BOARDS, BROWSER, PICTURES = sys.argv[1:]
+sys.dont_write_bytecode = True
+os.environ['RADIOCTL'], BOARDS, BROWSER, PICTURES = (os.path.abspath(one) for one in sys.argv[1:])
 
 from browser import Browser  # noqa: E402 (what is driven is told by the environment)
 from served import Served  # noqa: E402
@@ -39,14 +41,20 @@ def main():
             shutil.copy(f'{BOARDS}/{BOARD}.channel-{channel}.csv', folder)
         with open(f'{BOARDS}/{BOARD}.toml', encoding='utf-8') as file:
             board = file.read()
+        # Paths are shown as somebody sees them who serves a board where it is.
+        os.chdir(folder)
+        os.environ['HOME'] = folder
         # What a search keeps, which takes more time than a fit and fills a map.
-        board = re.sub(r'^leakage = -\d+', 'leakage = -60', re.sub(r'^leakage_at_nodes = -\d+', 'leakage_at_nodes = -70', board, flags=re.M), flags=re.M)
-        with Served(folder, board=board) as radio:
-            browser.show(1240, 1000, 'light')
+        for limit, value in (('leakage', -60), ('leakage_at_nodes', -70)):
+            board, count = re.subn(rf'^{limit} = -\d+', f'{limit} = {value}', board, flags=re.M)
+            assert count == 1, f'{limit} is not in {BOARD}'
+        with Served('.', board=board) as radio:
+            browser.show(1240, 1040, 'light')
             browser.ask('Page.navigate', url=f'http://127.0.0.1:{radio.port}/')
             browser.wait("document.querySelector('#khz-1-tx') !== null")
             drive(radio)
-            browser.wait("document.querySelector('#plots canvas')?.getAttribute('aria-label').includes('41')")
+            browser.wait("document.querySelector('#channels').textContent.includes('18002500 kHz')")
+            browser.wait("[...document.querySelectorAll('#plots canvas')].some(plot => /temperature.*\\b41\\b/.test(plot.getAttribute('aria-label')))")
             time.sleep(1)
             browser.picture(f'{PICTURES}/service.png')
             browser.show(400, 900, 'dark')
