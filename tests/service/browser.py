@@ -95,7 +95,8 @@ class Browser:
         """What is in the window, or one element of the page as a whole, with a margin."""
         more = {}
         if part:
-            place = self.value(f"(({{x, y, width, height}}) => ({{x: x + scrollX - 12, y: y + scrollY - 12, width: width + 24, height: height + 24, scale: 1}}))"
+            place = self.value("(({x, y, width, height}) => ({x: x + scrollX - 12, y: y + scrollY - 12, "
+                               "width: width + 24, height: height + 24, scale: 1}))"
                                f"(document.querySelector('{part}').getBoundingClientRect())")
             more = {'clip': place, 'captureBeyondViewport': True}
         with open(file, 'wb') as stream:
