@@ -1,9 +1,12 @@
 """The laboratory on a real Slurm, which the test starts for itself: an array of eight, one task of which is killed."""
 import os
 import pathlib
+import pwd
 import shutil
+import signal
 import socket
 import subprocess
+import tempfile
 import time
 
 import pytest
@@ -11,13 +14,15 @@ import pytest
 from support import RADIOCTL, radioctl, write_laboratory
 
 SHARDS = 8
+TRANSMITTERS = 4000
+CALIBRATIONS = 2 * TRANSMITTERS  # with both sets of settings
 PROGRAMS = ('munged', 'mungekey', 'slurmctld', 'slurmd', 'sbatch', 'squeue', 'scancel', 'sinfo')
 PACKAGES = 'munge, slurmctld, slurmd, slurm-client'
 SCRIPT = os.path.join(os.environ['RADIO_EXAMPLES'], 'laboratory', 'array.sbatch')
 
-# Each task waits where it is told to until it may go on: so one can be killed in its middle, whatever the machine does.
+# Writes down each task that begins, with its process, which then is the program.
 WRAPPER = '''#!/bin/sh
-echo "$SLURM_ARRAY_TASK_ID $$ ${SLURM_RESTART_COUNT:-0}" >> '{folder}/begun'
+echo "$SLURM_ARRAY_TASK_ID $$" >> '{folder}/begun'
 exec '{radioctl}' "$@"
 '''
 
@@ -30,7 +35,6 @@ SlurmdUser={user}
 AuthType=auth/munge
 AuthInfo=socket={folder}/munge.socket
 CredType=cred/munge
-CryptoType=crypto/munge
 StateSaveLocation={folder}/state
 SlurmdSpoolDir={folder}/spool
 SlurmctldPidFile={folder}/slurmctld.pid
@@ -39,10 +43,6 @@ SlurmctldLogFile={folder}/slurmctld.log
 SlurmdLogFile={folder}/slurmd.log
 ProctrackType=proctrack/linuxproc
 TaskPlugin=task/none
-SwitchType=switch/none
-MpiDefault=none
-JobAcctGatherType=jobacct_gather/none
-AccountingStorageType=accounting_storage/none
 SelectType=select/cons_tres
 SelectTypeParameters=CR_CPU
 SchedulerType=sched/backfill
@@ -81,36 +81,33 @@ def wait_for(what, seconds, *, last=lambda: ''):
 
 
 class Slurm:
-    """munged, slurmctld and slurmd of the test's own, on the loopback."""
+    """munged, slurmctld and slurmd of the test's own, on the loopback, in a folder whose path a socket's name has room for."""
 
-    def __init__(self, folder):
-        self.folder = folder
+    def __init__(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix='radioctl-slurm-', dir='/tmp'))
+        self.folder.chmod(0o755)  # munge trusts no folder that others may write to
         self.processes = []
         self.path = os.environ.get('PATH', '') + ':/usr/sbin:/sbin'
-        self.environment = {**os.environ, 'PATH': self.path, 'SLURM_CONF': str(folder / 'slurm.conf')}
+        self.environment = {**os.environ, 'PATH': self.path, 'SLURM_CONF': str(self.folder / 'slurm.conf')}
+        self.host = socket.gethostname().split('.')[0]
         for name in ('state', 'spool'):
-            (folder / name).mkdir()
-        user = subprocess.run(['id', '-un'], text=True, capture_output=True, check=True).stdout.strip()
+            (self.folder / name).mkdir()
         controller, daemon = free_ports(2)
-        (folder / 'slurm.conf').write_text(CONFIGURATION.format(
-            host=socket.gethostname().split('.')[0], controller=controller, daemon=daemon, user=user, folder=folder,
+        (self.folder / 'slurm.conf').write_text(CONFIGURATION.format(
+            host=self.host, controller=controller, daemon=daemon, user=pwd.getpwuid(os.getuid()).pw_name, folder=self.folder,
             cpus=len(os.sched_getaffinity(0))))
 
     def start(self):
         folder = self.folder
-        folder.chmod(0o700 if os.getuid() else 0o755)
-        self._run('mungekey', '--create', '--keyfile', folder / 'munge.key')
+        key = self.run('mungekey', '--create', '--keyfile', folder / 'munge.key')
+        assert key.returncode == 0, key.stderr
         self._launch('munged', '--foreground', '--force', '--key-file', folder / 'munge.key', '--socket', folder / 'munge.socket',
                      '--pid-file', folder / 'munge.pid', '--log-file', folder / 'munge.log', '--seed-file', folder / 'munge.seed')
-        wait_for((folder / 'munge.socket').exists, 20, last=self.logs)
+        wait_for((folder / 'munge.socket').exists, 60, last=self.logs)
         self._launch('slurmctld', '-D', '-f', folder / 'slurm.conf')
-        host = socket.gethostname().split('.')[0]
-        self._launch('slurmd', '-D', '-N', host, '-f', folder / 'slurm.conf')
-        wait_for(lambda: 'idle' in self.run('sinfo', '-h', '-o', '%T').stdout, 60, last=self.logs)
+        self._launch('slurmd', '-D', '-N', self.host, '-f', folder / 'slurm.conf')
+        wait_for(lambda: 'idle' in self.run('sinfo', '-h', '-o', '%T').stdout, 120, last=self.logs)
         return self
-
-    def _run(self, *words):
-        return subprocess.run([str(word) for word in words], env=self.environment, check=True, capture_output=True)
 
     def _launch(self, program, *words):
         with open(self.folder / f'{program}.out', 'ab') as log:
@@ -119,15 +116,30 @@ class Slurm:
                 cwd=self.folder))
 
     def run(self, *words, **more):
-        return subprocess.run([str(word) for word in words], env={**self.environment, **more.pop('more', {})}, text=True,
-                              capture_output=True, check=False, timeout=60, **more)
+        return subprocess.run([str(word) for word in words], env=self.environment, text=True, capture_output=True, check=False,
+                              timeout=60, **more)
+
+    def submit(self, *words, cwd):
+        submitted = self.run('sbatch', '--parsable', *words, cwd=cwd)
+        assert submitted.returncode == 0, submitted.stderr + self.logs()
+        return submitted.stdout.strip()
+
+    def is_over(self, job):
+        listed = self.run('squeue', '-h', '-j', job)
+        return not listed.stdout.strip() and (listed.returncode == 0 or 'Invalid job id' in listed.stderr)
 
     def logs(self):
         return '\n'.join(f'== {log.name}\n{log.read_text(errors="replace")[-2000:]}'
                          for log in sorted(self.folder.glob('*.log')) + sorted(self.folder.glob('*.out')))
 
     def stop(self):
-        self.run('scancel', '--full', '--state=RUNNING', '--user', str(os.getuid()))
+        """Jobs first: what carries them out is no child of slurmd."""
+        if len(self.processes) == 3:
+            self.run('scancel', '--user', str(os.getuid()))
+            for _ in range(100):
+                if not self.run('squeue', '-h').stdout.strip():
+                    break
+                time.sleep(0.2)
         for process in reversed(self.processes):
             process.terminate()
             try:
@@ -135,15 +147,14 @@ class Slurm:
             except subprocess.TimeoutExpired:
                 process.kill()
                 process.wait()
+        shutil.rmtree(self.folder, ignore_errors=True)
 
 
 @pytest.fixture(name='slurm')
-def running_slurm(tmp_path):
+def running_slurm():
     if missing():
         pytest.skip(f'{", ".join(missing())} missing, of the packages {PACKAGES}')
-    folder = tmp_path / 'slurm'
-    folder.mkdir()
-    slurm = Slurm(folder)
+    slurm = Slurm()
     try:
         yield slurm.start()
     finally:
@@ -151,56 +162,68 @@ def running_slurm(tmp_path):
 
 
 def begun(folder):
-    """For each start of a task its number, its process and how often it was begun before."""
+    """For each start of a task its number and its process."""
     file = folder / 'begun'
     return [tuple(map(int, line.split())) for line in file.read_text().splitlines()] if file.exists() else []
+
+
+def results_of(shard):
+    return f'lab.{shard}-of-{SHARDS}.results'
+
+
+def kill_one_in_its_middle(folder, last):
+    """Gives the number of the task that was killed."""
+
+    def killed():
+        for shard, process in begun(folder):
+            running = folder / (results_of(shard) + '.running')
+            try:
+                if running.read_text().count('\n') > 1:
+                    os.kill(process, signal.SIGKILL)
+                    return shard
+            except (FileNotFoundError, ProcessLookupError):
+                pass  # it has not begun, or has just come to its end: another one will do
+        return None
+
+    return wait_for(killed, 60, last=last)
 
 
 def test_array_of_eight_with_a_task_killed_comes_to_the_bytes_of_one_machine(tmp_path, slurm):
     alone = tmp_path / 'alone'
     alone.mkdir()
-    write_laboratory(alone, count=64)
+    write_laboratory(alone, count=TRANSMITTERS)
     ran = radioctl(alone, 'laboratory', 'lab.toml')
     assert ran.returncode == 0, ran.stderr
 
     here = tmp_path / 'array'
     here.mkdir()
-    write_laboratory(here, count=64)
+    write_laboratory(here, count=TRANSMITTERS)
     wrapper = here / 'radioctl'
-    wrapper.write_text(WRAPPER.format(folder=here, radioctl=os.path.abspath(RADIOCTL)))
+    wrapper.write_text(WRAPPER.format(folder=here, radioctl=shutil.which(RADIOCTL)))
     wrapper.chmod(0o755)
-    options = ['--array', f'1-{SHARDS}', '--export', f'ALL,RADIOCTL={wrapper}']
 
-    submitted = slurm.run('sbatch', '--parsable', *options, SCRIPT, 'lab.toml', cwd=here)
-    assert submitted.returncode == 0, submitted.stderr + slurm.logs()
-    job = submitted.stdout.strip()
+    job = slurm.submit('--array', f'1-{SHARDS}', '--export', f'ALL,RADIOCTL={wrapper}', SCRIPT, 'lab.toml', cwd=here)
+    lost = kill_one_in_its_middle(here, slurm.logs)
+    wait_for(lambda: slurm.is_over(job), 120, last=slurm.logs)
 
-    def calibrating():
-        """A task that is in the middle of its shard."""
-        for number, process, _ in begun(here):
-            running = here / f'lab.{number}-of-{SHARDS}.results.running'
-            if running.exists() and running.read_text().count('\n') > 1:
-                return number, process, running.read_text()
-        return None
+    # All but one are there, and a merge says which is not.
+    others = [shard for shard in range(1, SHARDS + 1) if shard != lost]
+    assert [shard for shard in range(1, SHARDS + 1) if (here / results_of(shard)).exists()] == others
+    ran = radioctl(here, 'laboratory', 'merge', *map(results_of, others), '--out', 'lab.results')
+    assert ran.returncode == 3
+    assert f'of which 1 shard is missing: {lost}' in ran.stderr
 
-    number, process, kept = wait_for(calibrating, 60, last=slurm.logs)
-    os.kill(process, 9)
-    wait_for(lambda: not slurm.run('squeue', '-h', '-j', job).stdout.strip(), 120, last=slurm.logs)
-    lost = here / f'lab.{number}-of-{SHARDS}.results'
-    if not lost.exists():
-        merging = radioctl(here, 'laboratory', 'merge', *(shard.name for shard in sorted(here.glob('lab.*-of-8.results'))))
-        assert merging.returncode == 3
-        assert f'of which 1 shard is missing: {number}' in merging.stderr
-        again = slurm.run('sbatch', '--parsable', '--array', str(number), '--export', f'ALL,RADIOCTL={wrapper},SHARDS={SHARDS}',
-                          SCRIPT, 'lab.toml', cwd=here)
-        assert again.returncode == 0, again.stderr
-        wait_for(lost.exists, 60, last=slurm.logs)
-    assert [one for one, _, _ in begun(here)].count(number) == 2
-    # What it had reported before it was killed was not calibrated once more: its lines are there as they were.
-    assert set(kept.splitlines()[1:-1]) <= set(lost.read_text().splitlines())
+    # It is begun once more, and goes on: what it had reported is there as it was.
+    kept = [line for line in (here / (results_of(lost) + '.running')).read_text().splitlines(keepends=True)[1:]
+            if line.endswith('\n')]
+    job = slurm.submit('--array', lost, '--export', f'ALL,RADIOCTL={wrapper},SHARDS={SHARDS}', SCRIPT, 'lab.toml', cwd=here)
+    wait_for(lambda: slurm.is_over(job), 120, last=slurm.logs)
+    assert sorted(shard for shard, _ in begun(here)) == sorted([*range(1, SHARDS + 1), lost])
+    (log,) = here.glob(f'laboratory-{job}-{lost}.log')
+    assert f'{CALIBRATIONS // SHARDS - len(kept)} calibrations beside {len(kept)} that were there' in log.read_text()
+    assert set(kept) <= set((here / results_of(lost)).read_text().splitlines(keepends=True))
 
-    shards = [f'lab.{shard}-of-{SHARDS}.results' for shard in range(1, SHARDS + 1)]
-    merged = radioctl(here, 'laboratory', 'merge', *shards, '--out', 'lab.results')
-    assert merged.returncode == 0, merged.stderr
+    ran = radioctl(here, 'laboratory', 'merge', *map(results_of, range(1, SHARDS + 1)), '--out', 'lab.results')
+    assert ran.returncode == 0, ran.stderr
     assert (here / 'lab.results').read_bytes() == (alone / 'lab.results').read_bytes()
-    assert not list(pathlib.Path(here).glob('*.running'))
+    assert not list(here.glob('*.running'))

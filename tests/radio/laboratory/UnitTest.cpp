@@ -225,10 +225,10 @@ TEST_F(UnitTest, TransmittersOfALaboratoryAreLikeItsUnitsInTheirOrder) {
 
 TEST_F(UnitTest, LaboratoryCannotHaveMoreTransmittersThanUnitsNorPathsOfItsOwn) {
     write("month.units", linesOf({someUnit(loadLaboratoryBoard().leakages.front())}));
-    const std::string beginning = "board = \"board.toml\"\nchannel = 1\nseed = 1\nunits = \"month.units\"\n";
+    const std::string header = "board = \"board.toml\"\nchannel = 1\nseed = 1\nunits = \"month.units\"\n";
     const std::string end = "[[settings]]\nname = \"search\"\n";
     const auto refusalOf = [&](const std::string& text) {
-        write("lab.toml", beginning + text + end);
+        write("lab.toml", header + text + end);
         return refusal([] { loadLaboratory("lab.toml"); });
     };
     EXPECT_THAT(
