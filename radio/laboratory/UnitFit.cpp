@@ -50,6 +50,15 @@ constexpr double highestFloor = -40.0;
     throw InputError({measured.source, 0}, why);
 }
 
+/** At a place of a search the level changes by more than that, in dB, and a detector that works misses a bowl
+ * by less than that part of the power. */
+constexpr double leastChange = 3.0;
+constexpr double largestMisfit = 0.5;
+
+[[noreturn]] void refuseDetector(const Measured& measured) {
+    refuse(measured, "what was read does not follow the corrections, expected a detector that does");
+}
+
 /** Those that the detector could show. */
 std::vector<Fit::Reading> readingsOf(const Calibration::JournaledProbes& probes,
                                      const DetectorDescription& detector) {
@@ -62,6 +71,14 @@ std::vector<Fit::Reading> readingsOf(const Calibration::JournaledProbes& probes,
         }
     }
     return readings;
+}
+
+/** The highest by the lowest, in dB. */
+double changeOf(const std::vector<Fit::PowerProbe>& probes) {
+    const auto [low, high] =
+        std::minmax_element(probes.begin(), probes.end(),
+                            [](const auto& one, const auto& other) { return one.power < other.power; });
+    return Fit::levelOf(high->power) - Fit::levelOf(low->power);
 }
 
 /** Units for each dB: as places tell whose probes differ by factors, else as it was found, else as it is
@@ -97,19 +114,21 @@ Bowls bowlsOf(const Measured& measured, const DetectorDescription& detector) {
     }
     std::vector<std::vector<Fit::PowerProbe>> powers;
     std::vector<Calibration::KnownProbes::key_type> places;
+    std::vector<double> changes;
     for (const auto& [place, probes] : measured.probes) {
         std::vector<Fit::PowerProbe> found;
         for (const Fit::Reading& reading : readingsOf(probes, detector)) {
             found.push_back({reading.at, bowls.scale.power(reading.reading)});
         }
         if (found.size() >= leastProbes) {
+            changes.push_back(changeOf(found));
             powers.push_back(std::move(found));
             places.push_back(place);
         }
     }
     const std::optional<Fit::Curvature> curvature = Fit::fitCurvature(powers);
-    if (!curvature) {
-        refuse(measured, "what was read does not follow the corrections, expected a detector that does");
+    if (!curvature || median(std::move(changes)) < leastChange) {
+        refuseDetector(measured);
     }
     bowls.curvature = *curvature;
     double squares = 0.0;
@@ -125,6 +144,9 @@ Bowls bowlsOf(const Measured& measured, const DetectorDescription& detector) {
         refuse(measured, "at no place are there probes that tell of the best corrections");
     }
     bowls.misfit = std::sqrt(squares / freedom);
+    if (bowls.misfit > largestMisfit) {
+        refuseDetector(measured);
+    }
     return bowls;
 }
 

@@ -93,6 +93,9 @@ class Slurm:
         for name in ('state', 'spool'):
             (self.folder / name).mkdir()
         controller, daemon = free_ports(2)
+        version = self.run('slurmctld', '-V').stdout.split()[-1]
+        if int(version.split('.')[0]) >= 24:  # older ones need no cgroups, and know no such word
+            (self.folder / 'cgroup.conf').write_text('CgroupPlugin=disabled\n')
         (self.folder / 'slurm.conf').write_text(CONFIGURATION.format(
             host=self.host, controller=controller, daemon=daemon, user=pwd.getpwuid(os.getuid()).pw_name, folder=self.folder,
             cpus=len(os.sched_getaffinity(0))))

@@ -31,8 +31,9 @@ protected:
             for (const std::uint32_t carrier : {17800000U, 17900000U, 18000000U, 18100000U, 18200000U}) {
                 const Surroundings there{carrier, static_cast<double>(temperature)};
                 const LoCorrections best = idealLoCorrections(unit, there);
-                for (const std::int32_t radius : {20, 80, 320}) {
-                    for (const auto& [i, q] : {std::pair(1, 0), {0, 1}, {-1, 0}, {0, -1}}) {
+                for (const std::int32_t radius : {5, 40, 320}) {
+                    // Between the axes, too: there skew shows.
+                    for (const auto& [i, q] : {std::pair(1, 0), {0, 1}, {-1, 0}, {0, -1}, {1, 1}, {-1, 1}}) {
                         const LoCorrections at{best.i + i * radius, best.q + q * radius};
                         const double level = leakageLevel(unit, there, at);
                         measured.probes[{temperature, carrier}].push_back(
@@ -120,6 +121,8 @@ TEST_F(UnitTest, ReadingsAtTheLimitsOfTheDetectorTellNothing) {
 TEST_F(UnitTest, NoiseIsThatOfTheQualificationOrElseWhatProbesMissTheirBowlsBy) {
     LeakageDescription real = described();
     real.paths = {{-30.0, 0.0, 0.0, 40.0, 0.0, 0.0}};
+    // So few that the slope is found as exactly as it can be told.
+    real.detector.slope = 50.0;
     Measured measured = measuredOf(real);
     // Readings are whole: 0.29 units root mean square.
     EXPECT_NEAR(unitFrom(measured, described()).leakage.detector.noise, 0.29, 0.1);
@@ -135,8 +138,17 @@ TEST_F(UnitTest, DetectorThatDoesNotFollowTellsNothing) {
             probe.probe.reading = 1444;
         }
     }
-    EXPECT_EQ(refusal([&] { unitFrom(measured, described()); }),
-              "night.journal: what was read does not follow the corrections, expected a detector that does");
+    const std::string why =
+        "night.journal: what was read does not follow the corrections, expected a detector that does";
+    EXPECT_EQ(refusal([&] { unitFrom(measured, described()); }), why);
+    // One whose readings are of anything else: they go up and down by 20 dB.
+    int number = 0;
+    for (auto& [place, probes] : measured.probes) {
+        for (Calibration::JournaledProbe& probe : probes) {
+            probe.probe.reading = number++ % 3 == 0 ? 60000 : 40000;
+        }
+    }
+    EXPECT_EQ(refusal([&] { unitFrom(measured, described()); }), why);
 }
 
 TEST_F(UnitTest, JournalOfAnotherChannelIsRefused) {
