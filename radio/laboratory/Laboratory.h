@@ -3,6 +3,7 @@
 
 #include "radio/board/Board.h"
 #include "radio/laboratory/Population.h"
+#include "radio/laboratory/Unit.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -43,6 +44,8 @@ struct Description {
     double mostFailures = 0.01;
     TimeTerms time{};
     Population population{};
+    /** Units that the transmitters are like, at least as many as transmitters; empty: they are drawn. */
+    std::vector<Unit> units{};
     /** At least one. */
     std::vector<NamedSettings> settings;
     /** Sixteen hexadecimal digits that change with what the files say. */

@@ -295,11 +295,47 @@ NamedSettings readSettings(const TomlItem& item, const Description& laboratory,
     return settings;
 }
 
-std::string fingerprintOf(const Description& laboratory, const std::string& text) {
+std::string fingerprintOf(const Description& laboratory, const std::string& text,
+                          const std::filesystem::path& units) {
     Fingerprint fingerprint;
     fingerprint.add(Json(text));
     fingerprint.add(Json(readTextFile(laboratory.board.file, largestFile, "a board")));
+    if (!units.empty()) {
+        fingerprint.add(Json(readTextFile(units, largestUnitsFile, "units of a laboratory")));
+    }
     return fingerprint.text();
+}
+
+/** What differs between transmitters, which are like units if `file` names some. */
+Population readPopulation(const TomlItem& root, const LeakageDescription& base,
+                          const std::filesystem::path& units) {
+    const std::optional<TomlItem> item = root.find("population");
+    if (!item) {
+        return Population(base);
+    }
+    if (const std::optional<TomlItem> paths = item->isTable() ? item->find("paths") : std::nullopt;
+        paths && !units.empty()) {
+        paths->fail("the paths are those of the units, expected none here");
+    }
+    return PopulationReader(base).read(*item);
+}
+
+/** How many transmitters there are: of units all, unless somebody says. */
+std::uint32_t readCount(const TomlItem& root, const std::vector<Unit>& units) {
+    std::optional<TomlItem> count = root.find("count");
+    if (!count && !units.empty()) {
+        return static_cast<std::uint32_t>(units.size());
+    }
+    count = root.get("count", "how many transmitters are drawn");
+    const std::int32_t transmitters = count->integer(1);
+    if (transmitters > mostTransmitters) {
+        count->failExpecting("an integer from 1 to " + std::to_string(mostTransmitters));
+    }
+    if (!units.empty() && static_cast<std::size_t>(transmitters) > units.size()) {
+        count->failExpecting("an integer from 1 to " + std::to_string(units.size()) +
+                             ", since there are so many units");
+    }
+    return static_cast<std::uint32_t>(transmitters);
 }
 
 } // namespace
@@ -311,8 +347,8 @@ Description loadLaboratory(const std::filesystem::path& file) {
     }
     const toml::table table = parseToml(text, file.string());
     const TomlItem root(table, "", {file.string(), 0});
-    root.entries(
-        {"board", "channel", "count", "seed", "failures", "limits", "time", "population", "settings"});
+    root.entries({"board", "channel", "count", "seed", "units", "failures", "limits", "time", "population",
+                  "settings"});
     Description laboratory;
     laboratory.file = file;
     const TomlItem board = root.get("board", "the board file of the design");
@@ -324,12 +360,12 @@ Description loadLaboratory(const std::filesystem::path& file) {
         channel.fail("expected a channel with a [[leakage]] in " + harmless(laboratory.board.file.string()) +
                      ", found " + std::to_string(laboratory.channel));
     }
-    const TomlItem count = root.get("count", "how many transmitters are drawn");
-    const std::int32_t transmitters = count.integer(1);
-    if (transmitters > mostTransmitters) {
-        count.failExpecting("an integer from 1 to " + std::to_string(mostTransmitters));
+    std::filesystem::path units;
+    if (const std::optional<TomlItem> item = root.find("units")) {
+        units = file.parent_path() / item->nonEmptyText("the name of a file with units");
+        laboratory.units = readUnits(units, laboratory.board, laboratory.channel);
     }
-    laboratory.count = static_cast<std::uint32_t>(transmitters);
+    laboratory.count = readCount(root, laboratory.units);
     laboratory.seed =
         static_cast<std::uint64_t>(root.get("seed", "where the random numbers begin").integer(0));
     if (const std::optional<TomlItem> failures = root.find("failures")) {
@@ -346,10 +382,7 @@ Description loadLaboratory(const std::filesystem::path& file) {
         laboratory.board.limits.leakageImprovement = read.leakageImprovement;
     }
     laboratory.time = readTimes(root);
-    laboratory.population = Population(*leakage);
-    if (const std::optional<TomlItem> population = root.find("population")) {
-        laboratory.population = PopulationReader(*leakage).read(*population);
-    }
+    laboratory.population = readPopulation(root, *leakage, units);
     std::set<std::string> names;
     for (const TomlItem& item : root.tables("settings", "set of settings")) {
         laboratory.settings.push_back(readSettings(item, laboratory, names));
@@ -359,7 +392,7 @@ Description loadLaboratory(const std::filesystem::path& file) {
                                                  " tables [[settings]], found " +
                                                  std::to_string(laboratory.settings.size()));
     }
-    laboratory.fingerprint = fingerprintOf(laboratory, text);
+    laboratory.fingerprint = fingerprintOf(laboratory, text, units);
     return laboratory;
 }
 

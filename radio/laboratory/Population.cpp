@@ -4,8 +4,9 @@
 
 namespace Radio::Laboratory {
 
-LeakageDescription Population::draw(std::uint64_t seed, std::uint32_t number) const {
-    LeakageDescription drawn = m_base;
+LeakageDescription Population::draw(const LeakageDescription& like, std::uint64_t seed,
+                                    std::uint32_t number) const {
+    LeakageDescription drawn = like;
     for (const Quantity& quantity : m_quantities) {
         quantity.of(drawn) = quantity.distribution.draw(Draws(seed, number, quantity.name));
     }

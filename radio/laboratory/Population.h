@@ -39,7 +39,12 @@ public:
      * The transmitter `number` of those that `seed` draws. It depends on these two alone, and so does the
      * noise of its detectors. One that would leak on no path leaks on the first.
      */
-    LeakageDescription draw(std::uint64_t seed, std::uint32_t number) const;
+    LeakageDescription draw(std::uint64_t seed, std::uint32_t number) const {
+        return draw(m_base, seed, number);
+    }
+    /** The same, with `like`, which has as many paths and detectors, in place of the base; of a population
+     * that says nothing of paths `like` may have any number of them. */
+    LeakageDescription draw(const LeakageDescription& like, std::uint64_t seed, std::uint32_t number) const;
 
 private:
     struct Chance {

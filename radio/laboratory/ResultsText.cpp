@@ -1,10 +1,9 @@
 #include "radio/calibration/Settings.h"
 #include "radio/files/TextFile.h"
+#include "radio/laboratory/JsonMembers.h"
 #include "radio/laboratory/LaboratoryReader.h"
 #include "radio/laboratory/Results.h"
 #include "radio/text/Words.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <limits>
@@ -13,76 +12,16 @@ namespace Radio::Laboratory {
 
 namespace {
 
-using ParsedJson = nlohmann::ordered_json;
-
 constexpr int form = 1;
 /** A million transmitters with a few sets of settings. */
 constexpr std::size_t largestResults = std::size_t{2} * 1024 * 1024 * 1024;
 
-[[noreturn]] void refuse(const Place& place, const std::string& what) {
-    throw InputError(place, what + ", expected a line of a laboratory's results");
-}
+constexpr const char* resultsLine = "a line of a laboratory's results";
 
-/** A member of a line, of one kind or another. */
-class Members {
-public:
-    Members(const std::string& line, const Place& place) : m_place(place) {
-        m_json = ParsedJson::parse(line, nullptr, false);
-        if (!m_json.is_object()) {
-            refuse(place, "no JSON object");
-        }
-    }
-    Members(ParsedJson json, const Place& place) : m_json(std::move(json)), m_place(place) {}
-
-    bool has(const char* key) const { return m_json.contains(key); }
-    const ParsedJson& of(const char* key) const {
-        const auto found = m_json.find(key);
-        if (found == m_json.end()) {
-            refuse(m_place, std::string(key) + " is missing");
-        }
-        return *found;
-    }
-    std::string text(const char* key) const {
-        const ParsedJson& value = of(key);
-        if (!value.is_string()) {
-            refuse(m_place, std::string(key) + " is no text");
-        }
-        return value.get<std::string>();
-    }
-    std::uint64_t number(const char* key, std::uint64_t most) const {
-        const ParsedJson& value = of(key);
-        if (!value.is_number_unsigned() || value.get<std::uint64_t>() > most) {
-            refuse(m_place, std::string(key) + " is no whole number from 0 to " + std::to_string(most));
-        }
-        return value.get<std::uint64_t>();
-    }
-    std::uint32_t number32(const char* key, std::uint32_t most) const {
-        return static_cast<std::uint32_t>(number(key, most));
-    }
-    std::optional<double> real(const char* key) const {
-        const ParsedJson& value = of(key);
-        if (!value.is_null() && !value.is_number()) {
-            refuse(m_place, std::string(key) + " is no number");
-        }
-        return value.is_null() ? std::nullopt : std::optional(value.get<double>());
-    }
-    double requiredReal(const char* key) const {
-        const std::optional<double> number = real(key);
-        if (!number) {
-            refuse(m_place, std::string(key) + " is no number");
-        }
-        return *number;
-    }
-
-private:
-    ParsedJson m_json;
-    const Place& m_place;
-};
-
-Heading headingFrom(const Members& members, const Place& place) {
+Heading headingFrom(const JsonMembers& members, const Place& place) {
     constexpr auto most32 = std::numeric_limits<std::int32_t>::max();
     if (members.number("laboratory", std::numeric_limits<std::uint32_t>::max()) != form) {
-        refuse(place, "of another form");
+        members.refuse("of another form");
     }
     Heading heading;
     heading.version = members.text("version");
@@ -94,21 +33,21 @@ Heading headingFrom(const Members& members, const Place& place) {
     heading.mostFailures = members.requiredReal("failures");
     heading.limit = members.real("limit_dbc");
     for (const ParsedJson& one : members.of("settings")) {
-        const Members settings(one, place);
+        const JsonMembers settings(one, place, resultsLine);
         heading.settings.push_back(
             {settings.text("name"), settings.text("method"), settings.of("calibration").dump()});
     }
     if (heading.settings.empty() || heading.settings.size() > mostSettings) {
-        refuse(place, "settings are missing");
+        members.refuse("settings are missing");
     }
     return heading;
 }
 
-Shard shardFrom(const Members& members, const Place& place) {
-    const Members shard(members.of("shard"), place);
+Shard shardFrom(const JsonMembers& members) {
+    const JsonMembers shard = members.below("shard");
     const Shard found{shard.number32("number", mostTransmitters), shard.number32("of", mostTransmitters)};
     if (found.number < 1 || found.number > found.count) {
-        refuse(place, "there is no such shard");
+        shard.refuse("there is no such shard");
     }
     return found;
 }
@@ -160,15 +99,19 @@ std::string headingLine(const Heading& heading, const Shard& shard) {
 }
 
 std::string lineOf(const Trial& trial) {
-    return toText({{"transmitter", trial.task.transmitter},
-                   {"settings", trial.task.settings},
-                   {"end", toString(trial.end)},
-                   {"probes", trial.probes},
-                   {"seconds", trial.seconds},
-                   {"temperature_changes", trial.temperatureChanges},
-                   {"uncorrected_dbc", orNull(trial.uncorrected)},
-                   {"worst_dbc", orNull(trial.worst)},
-                   {"reason", trial.reason.empty() ? Json(nullptr) : Json(trial.reason)}});
+    Json json = {{"transmitter", trial.task.transmitter},
+                 {"settings", trial.task.settings},
+                 {"end", toString(trial.end)},
+                 {"probes", trial.probes},
+                 {"seconds", trial.seconds},
+                 {"temperature_changes", trial.temperatureChanges},
+                 {"uncorrected_dbc", orNull(trial.uncorrected)},
+                 {"worst_dbc", orNull(trial.worst)},
+                 {"reason", trial.reason.empty() ? Json(nullptr) : Json(trial.reason)}};
+    if (!trial.unit.empty()) {
+        json["unit"] = trial.unit;
+    }
+    return toText(json);
 }
 
 std::string textOf(const Results& results) {
@@ -181,12 +124,13 @@ std::string textOf(const Results& results) {
 
 Trial trialFrom(const std::string& line, const Place& place) {
     constexpr auto most = std::numeric_limits<std::uint32_t>::max();
-    const Members members(line, place);
+    const JsonMembers members(line, place, resultsLine);
     Trial trial;
+    trial.unit = members.has("unit") ? members.text("unit") : "";
     trial.task = {members.number32("transmitter", mostTransmitters), members.number32("settings", most)};
     const std::optional<TrialEnd> end = trialEndFromString(members.text("end"));
     if (!end) {
-        refuse(place, "unknown end " + inQuotes(members.text("end")));
+        members.refuse("unknown end " + inQuotes(members.text("end")));
     }
     trial.end = *end;
     trial.probes = members.number("probes", std::numeric_limits<std::uint64_t>::max());
@@ -210,17 +154,18 @@ Results readResults(const std::filesystem::path& file, bool isRunning, std::size
     }
     Place place{file.string(), 1};
     if (lines.empty() || (!isRunning && counting != text.size())) {
-        refuse(place, lines.empty() ? "there is nothing" : "the last line has no end");
+        throw InputError(place, std::string(lines.empty() ? "there is nothing" : "the last line has no end") +
+                                    ", expected " + resultsLine);
     }
-    const Members first(lines.front(), place);
-    Results results{headingFrom(first, place), shardFrom(first, place), {}};
+    const JsonMembers first(lines.front(), place, resultsLine);
+    Results results{headingFrom(first, place), shardFrom(first), {}};
     for (std::size_t n = 1; n < lines.size(); ++n) {
         place.line = static_cast<unsigned>(n + 1);
         results.trials.push_back(trialFrom(lines[n], place));
         const Task& task = results.trials.back().task;
         if (task.transmitter >= results.heading.count || task.settings >= results.heading.settings.size() ||
             task.transmitter % results.shard.count != results.shard.number - 1) {
-            refuse(place, "of a trial that is not of this shard");
+            first.refuse("of a trial that is not of this shard");
         }
     }
     if (!isRunning) {

@@ -113,7 +113,9 @@ std::optional<Trial> carryOut(const Description& laboratory, const Task& task,
     Board board = laboratory.board;
     const auto leakage = std::find_if(board.leakages.begin(), board.leakages.end(),
                                       [&](const auto& one) { return one.channel == laboratory.channel; });
-    *leakage = laboratory.population.draw(laboratory.seed, task.transmitter);
+    const LeakageDescription& like = laboratory.units.empty() ? laboratory.population.base()
+                                                              : laboratory.units.at(task.transmitter).leakage;
+    *leakage = laboratory.population.draw(like, laboratory.seed, task.transmitter);
     const NamedSettings& settings = laboratory.settings.at(task.settings);
     Calibration::CalibrationOrder order;
     order.wishes = settings.wishes;
@@ -127,6 +129,9 @@ std::optional<Trial> carryOut(const Description& laboratory, const Task& task,
     }
     Trial trial;
     trial.task = task;
+    if (!laboratory.units.empty()) {
+        trial.unit = laboratory.units.at(task.transmitter).name;
+    }
     std::tie(trial.end, trial.reason) = endOf(outcome);
     trial.probes = outcome.newProbes;
     trial.temperatureChanges = temperatureChangesOf(outcome);

@@ -40,6 +40,8 @@ struct Task {
 /** One calibration in a laboratory. */
 struct Trial {
     Task task{};
+    /** The unit that the transmitter is like; empty: none, it was drawn. */
+    std::string unit{};
     TrialEnd end = TrialEnd::failed;
     /** Why it is not held, as one clause; empty: it is. */
     std::string reason;

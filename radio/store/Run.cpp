@@ -1,5 +1,7 @@
 #include "radio/store/Run.h"
 
+#include "radio/text/Words.h"
+
 #include <sys/random.h>
 
 #include <algorithm>
@@ -78,6 +80,10 @@ std::string utcNow() {
 
 bool isUtcTime(std::string_view text) {
     return hasForm(text, "dddd-dd-ddTdd:dd:ddZ");
+}
+
+std::string whyNoDay(const std::string& word) {
+    return hasForm(word, "dddd-dd-dd") ? "" : inQuotes(word) + ", expected a day such as 2026-03-01";
 }
 
 } // namespace Radio::Store

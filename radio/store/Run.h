@@ -91,6 +91,8 @@ bool isRunId(std::string_view text);
 std::string utcNow();
 /** True for a time as runs have it. */
 bool isUtcTime(std::string_view text);
+/** Why a word is no day such as "2026-03-01"; empty when it is one. */
+std::string whyNoDay(const std::string& word);
 
 } // namespace Radio::Store
 

@@ -6,6 +6,7 @@
 #include "radioctl/options/ExitCode.h"
 #include "radioctl/report/Output.h"
 
+#include <limits>
 #include <optional>
 
 namespace Radio::Laboratory {
@@ -40,7 +41,10 @@ LaboratoryCommandLine::LaboratoryCommandLine(CommandLine::Command program)
     : m_laboratory(program.command(
           "laboratory",
           "Try settings of the calibration on transmitters\ndrawn at random, and say which are best")),
-      m_merge(m_laboratory.command("merge", "Put the results of all shards together")) {
+      m_merge(m_laboratory.command("merge", "Put the results of all shards together")),
+      m_units(m_laboratory.command(
+          "units",
+          "Make transmitters like units that were once\nmeasured, from runs, journals and recordings")) {
     m_laboratory.option("FILE", m_options.file, "Laboratory file (TOML)").file({".toml"});
     m_laboratory
         .option("--jobs", m_options.jobs,
@@ -66,14 +70,54 @@ LaboratoryCommandLine::LaboratoryCommandLine(CommandLine::Command program)
     m_merge.option("--out", m_mergeOptions.out, "Where the results of the whole go").file();
     m_merge.option("--html", m_mergeOptions.html, "Write a page with plots (needs gnuplot)").file();
     m_merge.json(m_mergeOptions.json);
+    addUnits();
+}
+
+void LaboratoryCommandLine::addUnits() {
+    constexpr int mostChannels = std::numeric_limits<int>::max();
+    Store::Selection& selection = m_unitsOptions.selection;
+    m_units.option("BOARD", m_unitsOptions.board, "Board file of the design").required().file({".toml"});
+    m_units
+        .option("FILE", m_unitsOptions.files,
+                "Journals of calibrations, and recordings of\nsearches that the library made")
+        .file({".journal", ".rec"});
+    m_units.option("--channel", m_unitsOptions.channel, "The radio channel")
+        .required()
+        .named("N")
+        .within(0, mostChannels);
+    m_units.option("--out", m_unitsOptions.out, "Where the units go").required().file();
+    m_units
+        .option("--store", m_unitsOptions.store,
+                "Also of the calibrations in this store:\nsqlite:FILE, postgresql://USER@HOST/DATABASE or "
+                "default")
+        .named("URL")
+        .check(Store::whyNoAddress);
+    m_units.option("--serial", selection.serial, "Of the store runs of this unit alone").named("TEXT");
+    m_units.option("--station", selection.station, "Of this station").named("TEXT");
+    m_units.option("--from", selection.from, "That began on this day or later, such as\n2026-03-01")
+        .named("DAY")
+        .check(Store::whyNoDay);
+    m_units.option("--to", selection.to, "That began on this day or before")
+        .named("DAY")
+        .check(Store::whyNoDay);
+    m_units.json(m_unitsOptions.json);
 }
 
 std::string LaboratoryCommandLine::takeOptions() {
-    if (m_merge.isCalled()) {
+    if (m_merge.isCalled() || m_units.isCalled()) {
         for (const char* const option : {"FILE", "--jobs", "--shard", "--out", "--html", "--restart"}) {
             if (m_laboratory.has(option)) {
-                return std::string(option) + " in front of merge, expected it behind it or not at all";
+                return std::string(option) + " in front of " + (m_merge.isCalled() ? "merge" : "units") +
+                       ", expected it behind it or not at all";
             }
+        }
+        if (m_units.isCalled() && m_unitsOptions.store.empty()) {
+            for (const char* const option : {"--serial", "--station", "--from", "--to"}) {
+                if (m_units.has(option)) {
+                    return std::string(option) + " chooses runs of a store, expected --store with it";
+                }
+            }
+            return m_unitsOptions.files.empty() ? "FILE or --store is required: where units come from" : "";
         }
         return {};
     }
@@ -93,9 +137,13 @@ std::string LaboratoryCommandLine::takeOptions() {
 int LaboratoryCommandLine::run(bool json) {
     m_options.json |= json;
     m_mergeOptions.json |= json || m_options.json;
+    m_unitsOptions.json |= json || m_options.json;
     const std::string wrong = takeOptions();
     if (!wrong.empty()) {
-        return refuse(wrong, m_mergeOptions.json, ExitCode::wrongCommandLine);
+        return refuse(wrong, m_mergeOptions.json || m_unitsOptions.json, ExitCode::wrongCommandLine);
+    }
+    if (m_units.isCalled()) {
+        return runUnits(m_unitsOptions);
     }
     return m_merge.isCalled() ? runMerge(m_mergeOptions) : runLaboratory(m_options);
 }

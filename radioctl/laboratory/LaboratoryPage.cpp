@@ -170,12 +170,14 @@ void writeFailures(std::ostream& out, const Results& results, const Study& study
         out << "<tr>" << cell(inHtml(results.heading.settings[n].name))
             << cell(inHtml(failuresText(study.tallies[n]))) << "</tr>\n";
     }
-    out << "</table>\n<table>\n<tr><th class=\"number\">transmitter</th><th>settings</th><th>end</th><th "
+    out << "</table>\n<table>\n<tr><th "
+           "class=\"number\">transmitter</th><th>unit</th><th>settings</th><th>end</th><th "
            "class=\"number\">worst level</th><th>why</th></tr>\n";
     std::size_t count = 0;
     for (const Trial& trial : results.trials) {
         if (trial.end != TrialEnd::held && ++count <= mostFailures) {
             out << "<tr class=\"bad\">" << numberCell(std::to_string(trial.task.transmitter))
+                << cell(inHtml(trial.unit))
                 << cell(inHtml(results.heading.settings[trial.task.settings].name))
                 << cell(std::string(toString(trial.end)))
                 << numberCell(trial.worst ? inHtml(levelText(*trial.worst)) : "-")

@@ -16,11 +16,12 @@ using Commands = std::vector<std::string_view>;
 
 const Commands& allCommands() {
     static const Commands all = {
-        "run",          "console",      "new",         "check",        "plan explain",     "plan audit",
-        "thermal",      "qualify",      "calibrate",   "laboratory",   "laboratory merge", "serve",
-        "tables lint",  "tables diff",  "tables why",  "record show",  "record diff",      "replay",
-        "describe",     "store list",   "store show",  "store tables", "store compare",    "store report",
-        "store export", "store import", "store check", "store push",   "store grant",      "completion"};
+        "run",          "console",      "new",          "check",       "plan explain",     "plan audit",
+        "thermal",      "qualify",      "calibrate",    "laboratory",  "laboratory merge", "laboratory units",
+        "serve",        "tables lint",  "tables diff",  "tables why",  "record show",      "record diff",
+        "replay",       "describe",     "store list",   "store show",  "store tables",     "store compare",
+        "store report", "store export", "store import", "store check", "store push",       "store grant",
+        "completion"};
     return all;
 }
 
@@ -156,6 +157,9 @@ const std::vector<ExitReason>& exitReasons() {
          {"laboratory", "laboratory merge"},
          "results cannot be used, or do not belong together"},
         {ExitCode::unusableInput,
+         {"laboratory units"},
+         "the board or the store cannot be used, or there is no unit that can be fitted"},
+        {ExitCode::unusableInput,
          {"serve"},
          "an address, a token, a certificate or a state cannot be used, or the program was built without it"},
         {ExitCode::unusableInput,
@@ -190,8 +194,8 @@ const std::vector<ExitReason>& exitReasons() {
          "the radio did not boot"},
         {ExitCode::notBooted, {"check"}, "with --all the radio did not boot"},
         {ExitCode::signalBase + SIGINT,
-         {"run", "console", "plan audit", "thermal", "qualify", "calibrate", "laboratory", "replay",
-          "store list", "store report", "store export", "store import"},
+         {"run", "console", "plan audit", "thermal", "qualify", "calibrate", "laboratory", "laboratory units",
+          "replay", "store list", "store report", "store export", "store import"},
          "interrupted by Ctrl-C (129 and 143: by SIGHUP and SIGTERM)"},
         {ExitCode::signalBase + SIGINT, {"check"}, "with --all the audit was interrupted likewise"},
     };

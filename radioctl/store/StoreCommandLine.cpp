@@ -1,20 +1,11 @@
 #include "radioctl/store/StoreCommandLine.h"
 
 #include "radio/files/Label.h"
-#include "radio/text/Words.h"
 #include "radioctl/options/ExitCode.h"
 
 #include <limits>
 
 namespace Radio::Store {
-
-namespace {
-
-std::string whyNoDay(const std::string& word) {
-    return isUtcTime(word + "T00:00:00Z") ? "" : inQuotes(word) + ", expected a day such as 2026-03-01";
-}
-
-} // namespace
 
 StoreCommandLine::StoreCommandLine(CommandLine::Command program)
     : m_store(program.command("store", "Look into the store of runs, and take runs out\nand in")) {

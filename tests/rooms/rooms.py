@@ -20,9 +20,9 @@ import sys
 LARGE = {
     'asio': ['Platform/devices/ScpiStream.h', 'Platform/devices/ScpiStream.cpp'],
     'CLI': ['radioctl/options/Options.cpp'],
-    'Eigen': ['radio/fit/Bowl.cpp', 'radio/fit/Surface.cpp'],
+    'Eigen': ['radio/fit/Bowl.cpp', 'radio/fit/Surface.cpp', 'radio/laboratory/UnitFit.cpp'],
     'boost': ['service/http/Server.cpp'],
-    'nlohmann': ['radio/files/Json.cpp', 'radio/calibration/SettingsReader.h', 'radio/laboratory/ResultsText.cpp', 'radio/store/RunReader.cpp', 'service/radio/Body.cpp'],
+    'nlohmann': ['radio/files/Json.cpp', 'radio/calibration/SettingsReader.h', 'radio/laboratory/JsonMembers.h', 'radio/store/RunReader.cpp', 'service/radio/Body.cpp'],
     'soci': ['radio/store/Connection.h'],
     'toml++': ['radio/board/TomlItem.h', 'radio/board/TomlText.h'],
 }
