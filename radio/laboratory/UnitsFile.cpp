@@ -1,3 +1,4 @@
+#include "radio/board/BoardNames.h"
 #include "radio/files/TextFile.h"
 #include "radio/laboratory/JsonMembers.h"
 #include "radio/laboratory/LaboratoryReader.h"
