@@ -14,9 +14,6 @@ namespace Radio {
 
 namespace {
 
-/** With more skew the branches point nearly the same way and correct nothing across it. */
-constexpr double largestSkew = 60.0;
-
 double numberOr(const TomlItem& table, std::string_view key, double otherwise) {
     const std::optional<TomlItem> item = table.find(key);
     return item ? item->number(largestNumber) : otherwise;

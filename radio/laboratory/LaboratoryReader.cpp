@@ -21,7 +21,6 @@ namespace Radio::Laboratory {
 namespace {
 
 constexpr std::size_t largestFile = std::size_t{16} * 1024 * 1024;
-constexpr double largestSkew = 60.0;
 constexpr const char* distributionText =
     "a number, or one of { uniform = [LOW, HIGH] }, { normal = [MEAN, DEVIATION] }, { values = [...] } and "
     "{ quantiles = [...] }";

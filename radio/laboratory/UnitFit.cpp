@@ -340,7 +340,6 @@ LeakagePath pathOf(const Wave& wave) {
 
 Unit unitFrom(const Measured& measured, const LeakageDescription& board) {
     constexpr double kilohertzPerGigahertz = 1.0e6;
-    constexpr double largestSkew = 60.0;
     Unit unit{measured.unit, measured.source, measured.date, 0, 0.0, board};
     if (measured.useHighDetector && !board.highDetector) {
         refuse(measured, "read the high detector, expected a board whose [[leakage]] has one");
