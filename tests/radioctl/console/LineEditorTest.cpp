@@ -22,7 +22,10 @@ using testing::Not;
 /** A line editor in a process of its own, at a terminal that the test holds the other end of. */
 class LineEditorTest : public testing::Test {
 public:
+    LineEditorTest() { EXPECT_EQ(pipe(m_news.data()), 0); }
     ~LineEditorTest() override {
+        close(m_news[0]);
+        close(m_news[1]);
         close(m_terminal);
         kill(m_pid, SIGKILL);
         waitpid(m_pid, nullptr, 0);
@@ -48,6 +51,17 @@ protected:
             _exit(0);
         }
     }
+    /** An idle hook that says "news" once there are some. */
+    std::function<void()> news() {
+        return [this] {
+            pollfd ready{m_news[0], POLLIN, 0};
+            char one = 0;
+            if (poll(&ready, 1, 0) > 0 && read(m_news[0], &one, 1) == 1) {
+                std::cout << "news" << std::endl;
+            }
+        };
+    }
+    void tellNews() const { ASSERT_EQ(write(m_news[1], "!", 1), 1); }
     void type(const std::string& text) const {
         ASSERT_EQ(write(m_terminal, text.data(), text.size()), static_cast<ssize_t>(text.size()));
     }
@@ -73,24 +87,17 @@ protected:
 private:
     pid_t m_pid = -1;
     int m_terminal = -1;
+    std::array<int, 2> m_news{-1, -1};
     std::string m_output;
     std::size_t m_seen = 0;
 };
 
-/** Says "news" when it is called for the so many-th time, which is every 250 ms. */
-std::function<void()> newsAfter(int calls) {
-    return [left = calls]() mutable {
-        if (--left == 0) {
-            std::cout << "news" << std::endl;
-        }
-    };
-}
-
 TEST_F(LineEditorTest, WhatTheIdleHookWritesStandsAboveTheLine) {
-    start(newsAfter(4));
+    start(news());
     ASSERT_TRUE(waitFor("radio> "));
     type("wait 1");
     ASSERT_TRUE(waitFor("wait 1"));
+    tellNews();
     ASSERT_TRUE(waitFor("\r\033[Jnews\r\n"));
     ASSERT_TRUE(waitFor("radio> wait 1"));
     type("2\r");
@@ -98,10 +105,12 @@ TEST_F(LineEditorTest, WhatTheIdleHookWritesStandsAboveTheLine) {
 }
 
 TEST_F(LineEditorTest, LineOfSeveralRowsGivesWayAsAWhole) {
-    start(newsAfter(6), "xterm", 20);
+    start(news(), "xterm", 20);
     ASSERT_TRUE(waitFor("radio> "));
     // The prompt and this have 7 + 15 columns: the cursor is in the second row.
     type("expect writes 1");
+    ASSERT_TRUE(waitFor("1"));
+    tellNews();
     ASSERT_TRUE(waitFor("\033[1A\r\033[Jnews\r\n"));
     type("0\r");
     EXPECT_TRUE(waitFor("[expect writes 10]"));
@@ -117,8 +126,9 @@ TEST_F(LineEditorTest, IdleHookThatWritesNothingLeavesTheLineAlone) {
 }
 
 TEST_F(LineEditorTest, TerminalThatKnowsNoEscapesGetsALineOfItsOwn) {
-    start(newsAfter(2), "dumb");
+    start(news(), "dumb");
     ASSERT_TRUE(waitFor("radio> "));
+    tellNews();
     ASSERT_TRUE(waitFor("\r\nnews\r\n"));
     EXPECT_THAT(output(), Not(HasSubstr("\033[J")));
 }
