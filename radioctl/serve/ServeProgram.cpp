@@ -83,6 +83,15 @@ public:
                           [this](const std::string& line) { note(line); }}),
           m_resources(m_radio, m_calibrations, m_ring, [this](const Change& change) { tell(change); }) {}
 
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+    ~Program() {
+        // Requests that wait hold connections, of which none may outlive the server.
+        m_queue.close();
+        m_server.stop();
+        m_queue.forget();
+    }
+
     int run() {
         m_reporter.boardLoaded(m_board);
         if (!m_radio.boot(m_carriers)) {

@@ -51,4 +51,10 @@ void WorkQueue::close() {
     m_isClosed = true;
 }
 
+void WorkQueue::forget() {
+    std::deque<std::function<void()>> forgotten;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    forgotten.swap(m_waiting);
+}
+
 } // namespace Radio::Service

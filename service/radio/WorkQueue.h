@@ -26,6 +26,8 @@ public:
     void work();
     /** Takes nothing more. */
     void close();
+    /** Does not do what waits, and lets go of what that holds. */
+    void forget();
 
 private:
     const std::size_t m_most;

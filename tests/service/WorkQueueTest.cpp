@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -52,6 +53,17 @@ TEST(WorkQueue, ClosedOneTakesNothingAndDoesWhatItHas) {
     EXPECT_FALSE(queue.add([&done] { ++done; }));
     queue.work();
     EXPECT_EQ(done, 1);
+}
+
+TEST(WorkQueue, WhatIsForgottenIsNotDoneAndHoldsNothing) {
+    WorkQueue queue(10);
+    auto held = std::make_shared<int>(0);
+    const std::weak_ptr<int> seen = held;
+    queue.add([held = std::move(held)] { ++*held; });
+    EXPECT_FALSE(seen.expired());
+    queue.forget();
+    EXPECT_TRUE(seen.expired());
+    queue.work();
 }
 
 } // namespace
