@@ -14,25 +14,46 @@ bool beginsWith(std::string_view text, std::string_view beginning) {
     return text.substr(0, beginning.size()) == beginning;
 }
 
-/** A URI without what stands between the name of a user and his host, and without "password=...". */
+/** A secret, or written so that it may be one. */
+bool isSecret(std::string_view parameter) {
+    constexpr std::string_view secret = "password"; // and "sslpassword"
+    const std::string_view key = parameter.substr(0, parameter.find('='));
+    return key.find('%') != std::string_view::npos ||
+           (key.size() >= secret.size() && key.substr(key.size() - secret.size()) == secret);
+}
+
+/** A URI, or what was to be one, without what stands between the name of a user and his host, and without
+ * parameters that are secret. */
 std::string withoutPassword(std::string uri) {
-    const std::size_t user = uri.find("://") + 3;
-    const std::size_t end = std::min(uri.find_first_of("/?", user), uri.size());
-    const std::size_t at = uri.rfind('@', end);
+    const std::size_t scheme = uri.find("://");
+    const std::size_t user = scheme == std::string::npos ? 0 : scheme + 3;
+    // A question mark before the "@" is one of the password.
+    const std::size_t at = uri.rfind('@', uri.find('/', user));
     const std::size_t colon = uri.find(':', user);
-    if (at != std::string::npos && at > user && colon < at) {
-        uri.erase(colon, at - colon);
+    std::size_t host = user;
+    if (at != std::string::npos && at > user) {
+        host = at;
+        if (colon < at) {
+            uri.erase(colon, at - colon);
+            host = colon;
+        }
     }
-    const std::size_t question = uri.find('?');
-    for (std::size_t begin = uri.find("password=", question); begin != std::string::npos;
-         begin = uri.find("password=", begin)) {
-        const std::size_t behind = uri.find('&', begin);
-        uri.erase(begin, behind == std::string::npos ? behind : behind + 1 - begin);
+    const std::size_t question = uri.find('?', host);
+    if (question == std::string::npos) {
+        return uri;
     }
-    if (question != std::string::npos && (uri.back() == '?' || uri.back() == '&')) {
-        uri.pop_back();
+    std::string shown = uri.substr(0, question);
+    char separator = '?';
+    for (std::size_t begin = question + 1; begin < uri.size();) {
+        const std::size_t end = std::min(uri.find('&', begin), uri.size());
+        const std::string parameter = uri.substr(begin, end - begin);
+        if (!isSecret(parameter)) {
+            shown += separator + parameter;
+            separator = '&';
+        }
+        begin = end + 1;
     }
-    return uri;
+    return shown;
 }
 
 } // namespace
@@ -58,7 +79,8 @@ Address addressFrom(const std::string& word) {
     if (beginsWith(word, "postgresql://") || beginsWith(word, "postgres://")) {
         return {Backend::postgresql, {}, word};
     }
-    throw WordError(inQuotes(word) + ", expected sqlite:FILE, postgresql://USER@HOST/DATABASE or default");
+    throw WordError(inQuotes(withoutPassword(word)) +
+                    ", expected sqlite:FILE, postgresql://USER@HOST/DATABASE or default");
 }
 
 std::string whyNoAddress(const std::string& word) {

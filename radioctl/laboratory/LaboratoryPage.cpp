@@ -208,8 +208,8 @@ void writePage(std::ostream& out, const Results& results, const Study& study) {
     writeBeginning(out, "Laboratory: " + inHtml(results.heading.name));
     out << "<h1>Which settings calibrate best?</h1>\n";
     writeVerdict(out, study.isNoneGood ? "fail" : "pass",
-                 {inHtml((study.isNoneGood ? "None is good enough; the best: " : "Recommended: ") + name +
-                         ": " + study.reason)});
+                 {(study.isNoneGood ? "None is good enough; the best: " : "Recommended: ") + name + ": " +
+                  study.reason});
     out << "<p>" << inHtml(headingText(results.heading)) << ". Simulated: nothing reached hardware.</p>\n";
     writeTradeOff(out, results, study);
     writeQuantiles(out, results, study);

@@ -149,7 +149,12 @@ void ServedRadio::takeUp(const Carriers& carriers) {
         Result result = carryOut(Tune{direction, number, khz, false},
                                  "tune " + std::string(toString(direction)) + " " + std::to_string(number) +
                                      " " + std::to_string(khz));
-        if (!result.isRefused) {
+        if (result.isRefused) {
+            m_refused[channel] = khz;
+            m_witness->warned(std::string(toString(direction)) + " " + std::to_string(number) +
+                              " does not come back at " + std::to_string(khz) +
+                              " kHz, which is refused; it is kept until there is another carrier");
+        } else {
             last = std::move(result);
         }
     }
@@ -261,7 +266,9 @@ Carriers ServedRadio::carriers() {
 /** What cannot be kept is no reason to say that the carrier was not set. */
 void ServedRadio::keepCarriers(Result& result) {
     try {
-        m_state.keep(carriers());
+        Carriers kept = carriers();
+        kept.insert(m_refused.begin(), m_refused.end());
+        m_state.keep(kept);
     } catch (const InputError& error) {
         const std::string warning = std::string("the carriers are not kept: ") + error.what();
         m_witness->warned(warning);

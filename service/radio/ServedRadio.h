@@ -118,6 +118,8 @@ private:
     std::map<unsigned long, Standalone::PhaseReport> m_phases;
     std::map<Failure, std::uint64_t> m_failures;
     std::map<int, Result> m_tuned;
+    /** Those that were kept and are refused now: they stay kept until there is another of their direction. */
+    Carriers m_refused;
     std::unique_ptr<Witness> m_witness;
     /** Null while the radio is lent. */
     std::unique_ptr<Session> m_session;

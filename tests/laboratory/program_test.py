@@ -28,6 +28,12 @@ def alone(tmp_path_factory):
     return folder
 
 
+def test_page_shows_names_as_they_are(alone):
+    page = (alone / 'lab.html').read_text(encoding='utf-8')
+    assert 'fine &amp; slow' in page
+    assert '&amp;amp;' not in page
+
+
 def shards(folder, count, *numbers):
     for number in numbers or range(1, count + 1):
         ran = radioctl(folder, 'laboratory', 'lab.toml', '--shard', f'{number}/{count}', '--jobs', 2)

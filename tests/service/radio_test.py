@@ -180,6 +180,22 @@ def test_carrier_that_is_refused_is_not_kept(tmp_path):
         assert not os.path.exists(state)
 
 
+def test_carrier_that_does_not_come_back_is_told_and_stays_kept_until_there_is_another(tmp_path):
+    state = tmp_path / 'state.json'
+    kept = {'version': 1, 'name': 'Served radio', 'serial': 'S1', 'tx': {'1': 7}, 'rx': {'1': 7542000}}
+    state.write_text(json.dumps(kept))
+    with Served(tmp_path, '--json', '--state', str(state)) as served:
+        channel = served.ask('GET', '/api/channels/1')[1]
+        assert (channel['tx_khz'], channel['rx_khz']) == (None, 7542000)
+        assert json.loads(state.read_text()) == kept
+        told = [event['text'] for event in map(json.loads, served.lines) if event['event'] == 'warning']
+        assert told[-1] == 'tx 1 does not come back at 7 kHz, which is refused; it is kept until there is another carrier'
+        served.ask('PUT', '/api/channels/1/rx', {'khz': 7570000})
+        assert json.loads(state.read_text()) == {**kept, 'rx': {'1': 7570000}}
+        served.ask('PUT', '/api/channels/1/tx', {'khz': 7472000})
+        assert json.loads(state.read_text()) == {**kept, 'tx': {'1': 7472000}, 'rx': {'1': 7570000}}
+
+
 @pytest.mark.parametrize('text,problem', [
     ('', 'expected a JSON object'),
     ('{"version":2}', '"version": expected a whole number from 1 to 1'),
