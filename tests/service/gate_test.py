@@ -69,6 +69,14 @@ def test_pages_of_others_are_refused(radio):
         assert asked_as(radio, here, Origin=origin)[0] == 403, origin
 
 
+def test_second_origin_is_not_passed_over(radio):
+    here = f'127.0.0.1:{radio.port}'
+    with radio.connect() as connection:
+        connection.sendall(f'GET /api/radio HTTP/1.1\r\nHost: {here}\r\nOrigin: http://{here}\r\n'
+                           'Origin: http://evil.example\r\n\r\n'.encode())
+        assert connection.recv(1000).startswith(b'HTTP/1.1 403 ')
+
+
 def test_change_from_a_page_of_others_is_not_carried_out(radio):
     status, _, _ = radio.ask('PUT', '/api/temperature', {'degrees': 33}, {'Origin': 'http://evil.example'})
     assert status == 403
